@@ -1,0 +1,34 @@
+# How every file of ours is compiled: language, warnings, hardening, sanitizers.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g -fno-omit-frame-pointer" CACHE STRING "Flags of the Sanitize build type")
+set(CMAKE_EXE_LINKER_FLAGS_SANITIZE "" CACHE STRING "Linker flags of the Sanitize build type")
+
+option(KELO_WARNINGS_AS_ERRORS "Stop at the first warning in our own code" OFF)
+set(KELO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+  # Without these two, ccache refuses files that use a precompiled header.
+  set(ENV{CCACHE_SLOPPINESS} "pch_defines,time_macros,include_file_mtime,include_file_ctime")
+endif()
+
+add_library(kelo_compiler INTERFACE)
+target_compile_options(kelo_compiler INTERFACE -Wall -Wextra -Wpedantic)
+if(KELO_WARNINGS_AS_ERRORS)
+  target_compile_options(kelo_compiler INTERFACE -Werror)
+endif()
+
+if(KELO_SANITIZE)
+  add_compile_options(-fsanitize=${KELO_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KELO_SANITIZE})
+else()
+  add_compile_options(-fstack-protector-strong)
+  add_compile_definitions($<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+  add_link_options(-Wl,-z,relro,-z,now)
+endif()

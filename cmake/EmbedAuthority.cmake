@@ -1,0 +1,13 @@
+# Writes the source file that holds the compiled-in certificate authority (PEM), empty when there is none.
+set(text "")
+if(PEM)
+  file(READ "${PEM}" text)
+  if(NOT text MATCHES "-----BEGIN CERTIFICATE-----")
+    message(FATAL_ERROR "${PEM} holds no PEM certificate.")
+  endif()
+  if(text MATCHES "PRIVATE KEY")
+    message(FATAL_ERROR "${PEM} holds a private key; give the certificate alone.")
+  endif()
+endif()
+file(WRITE "${OUTPUT}.new" "#include \"deployment/TrustedAuthority.h\"\n\nnamespace kelo::deployment {\n\nconst std::string_view trustedAuthorityPem = R\"PEM(${text})PEM\";\n\n}\n")
+file(COPY_FILE "${OUTPUT}.new" "${OUTPUT}")

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/HttpCookie.h"
+#include "platform/Task.h"
+
+#include <vector>
+
+namespace kelo::platform {
+
+/// The cookies of a web view's data store. Neither operation fails: a cookie that the store refuses
+/// is left out, a store that cannot be read is empty.
+class CookieStore {
+public:
+    virtual ~CookieStore() = default;
+    /// Ends when the cookie is in the store.
+    virtual Task<void> setCookie(HttpCookie cookie) = 0;
+    /// All cookies of all domains, in the store's own order.
+    virtual Task<std::vector<HttpCookie>> getAllCookies() = 0;
+};
+
+} // namespace kelo::platform

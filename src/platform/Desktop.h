@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/Alert.h"
+#include "platform/Application.h"
+#include "platform/Authorization.h"
+#include "platform/Clock.h"
+#include "platform/EmbeddedWebView.h"
+#include "platform/FileSystem.h"
+#include "platform/HttpSession.h"
+
+#include <memory>
+#include <vector>
+
+namespace kelo::platform {
+
+/// Everything the system asks of the desktop it runs on. There is one in a process; the state
+/// objects take no arguments and find it here, and a test swaps in its own.
+class Desktop {
+public:
+    virtual ~Desktop() = default;
+
+    virtual Application& application() = 0;
+    virtual AlertPresenter& alerts() = 0;
+    virtual Clock& clock() = 0;
+    virtual FileSystem& fileSystem() = 0;
+
+    /// A session with an own, private cookie store in memory that accepts every cookie and sends
+    /// them back by itself; nothing reaches the disk.
+    virtual std::unique_ptr<HttpSession> makeEphemeralHttpSession() = 0;
+    /// The process-wide session; it keeps no cookies.
+    virtual HttpSession& sharedHttpSession() = 0;
+
+    virtual std::shared_ptr<EmbeddedWebView> makeWebView(Rectangle frame,
+                                                         WebViewConfiguration configuration) = 0;
+
+    virtual std::shared_ptr<AuthorizationController>
+    makeAuthorizationController(std::vector<AuthorizationRequest> requests) = 0;
+
+    static Desktop& current();
+
+    /// Makes a desktop the current one for the lifetime of the object; the desktop must outlive it.
+    class Installation {
+    public:
+        explicit Installation(Desktop& desktop);
+        ~Installation();
+        Installation(const Installation&) = delete;
+        Installation& operator=(const Installation&) = delete;
+
+    private:
+        Desktop* previous;
+    };
+};
+
+} // namespace kelo::platform

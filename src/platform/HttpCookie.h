@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace kelo::platform {
+
+enum class SameSitePolicy { unspecified, none, lax, strict };
+
+/// One HTTP cookie with everything that must survive its way from one store to another.
+struct HttpCookie {
+    std::string name;
+    std::string value;
+    /// "host" for a host-only cookie, ".host" for one that its sub-domains get as well.
+    std::string domain;
+    std::string path = "/";
+    /// Nothing for a session cookie. Whole seconds.
+    std::optional<std::chrono::sys_seconds> expires;
+    bool secure = false;
+    bool httpOnly = false;
+    SameSitePolicy sameSite = SameSitePolicy::unspecified;
+
+    friend bool operator==(const HttpCookie&, const HttpCookie&) = default;
+};
+
+} // namespace kelo::platform

@@ -1,0 +1,25 @@
+#include "platform/MainLoop.h"
+
+#include "platform/Invariant.h"
+
+#include <atomic>
+
+namespace kelo::platform {
+
+namespace {
+// Workers post to it, so the pointer itself may be read from any thread.
+std::atomic<MainLoop*> installed = nullptr;
+} // namespace
+
+MainLoop& MainLoop::main() {
+    MainLoop* loop = installed.load();
+    if (!loop)
+        invariantBroken("a main loop is installed before anything runs");
+    return *loop;
+}
+
+MainLoop::Installation::Installation(MainLoop& loop) : previous(installed.exchange(&loop)) {}
+
+MainLoop::Installation::~Installation() { installed.store(previous); }
+
+} // namespace kelo::platform

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/Url.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelo::platform {
+
+enum class CachePolicy { useProtocolCachePolicy = 0 };
+
+/// A request as it goes on the wire. Headers are sent in this order, under these names, and besides
+/// them only what the protocol itself needs.
+struct UrlRequest {
+    Url url;
+    std::string method = "GET";
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    std::optional<Bytes> body = std::nullopt;
+    std::chrono::seconds timeout = std::chrono::seconds(60);
+    CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
+};
+
+} // namespace kelo::platform
