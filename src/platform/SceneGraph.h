@@ -24,7 +24,9 @@ struct Size {
 template <typename T>
 struct Drawn {
     std::function<T()> body;
-    std::vector<std::shared_ptr<ObservableObject>> observed = {};
+    /// Asked once for each place the value is drawn in, after the first body(); null when nothing
+    /// can change. Asking earlier would create objects before their turn.
+    std::function<std::vector<std::shared_ptr<ObservableObject>>()> observed = nullptr;
 };
 
 enum class ControlSize { regular, large };
