@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+
+namespace kelo::demo {
+
+/// What the command line asks for.
+struct Options {
+    enum class Action { help, makeAuthority, serve };
+
+    Action action = Action::serve;
+    std::filesystem::path authority;
+    std::uint16_t port = 8443; ///< 0: any free one
+    std::optional<std::filesystem::path> state;
+    std::optional<std::string> origin; ///< expected of passkeys instead of the service's own
+};
+
+/// The command line makes no sense; the text says what is wrong with it.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Throws UsageError.
+Options parseOptions(std::span<const char* const> arguments);
+
+std::string helpText();
+
+} // namespace kelo::demo
