@@ -1,0 +1,153 @@
+#include "linux/http/HttpExchange.h"
+
+#include "linux/glib/AsyncResult.h"
+#include "linux/glib/SignalHandler.h"
+#include "linux/http/SoupUri.h"
+#include "linux/http/TransportErrors.h"
+
+#include <algorithm>
+
+namespace kelo::desktop {
+
+using platform::PlatformError;
+using platform::PlatformErrorKind;
+using platform::Url;
+using platform::UrlRequest;
+
+namespace {
+
+/// What the signals of a message write down for the flow.
+struct Handshake {
+    std::shared_ptr<const TrustedAuthority> authority;
+    Url url;
+    GTlsCertificateFlags refused = static_cast<GTlsCertificateFlags>(0);
+};
+using SharedHandshake = std::shared_ptr<Handshake>;
+
+// Runs only when the system's trust store has refused the chain.
+gboolean acceptCertificate(SoupMessage*, GTlsCertificate* certificate,
+                           GTlsCertificateFlags systemProblems, SharedHandshake* handshake) {
+    Handshake& notes = **handshake;
+    const GTlsCertificateFlags problems = notes.authority->problems(certificate, notes.url);
+    const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
+    notes.refused = ourAuthority ? problems : systemProblems;
+    return problems == 0;
+}
+
+// The library lets a peer end the connection without saying so in TLS, which is how somebody in the
+// middle would cut a reply short whose length nobody announced.
+void insistOnProperClose(SoupMessage*, GSocketClientEvent event, GIOStream* connection,
+                         SharedHandshake*) {
+    if (event == G_SOCKET_CLIENT_TLS_HANDSHAKING && G_IS_TLS_CONNECTION(connection))
+        g_tls_connection_set_require_close_notify(G_TLS_CONNECTION(connection), TRUE);
+}
+
+bool fitsInHeader(const std::string& text) {
+    return std::none_of(text.begin(), text.end(), [](unsigned char c) {
+        return (c < 0x20 && c != '\t') || c == 0x7f;
+    });
+}
+
+GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& firstUrl) {
+    const SoupUri uri = soupUri(request.url);
+    const SoupUri site = soupUri(firstUrl);
+    if (!uri || !site || request.url.scheme() != "https")
+        throw PlatformError(PlatformErrorKind::insecure,
+                            "Could not connect to " + request.url.host() +
+                                ": its address is not a secure one.",
+                            request.url.absoluteString());
+
+    auto message = GObjectPointer<SoupMessage>::adopt(
+        soup_message_new_from_uri(request.method.c_str(), uri.get()));
+    soup_message_add_flags(message.get(), SOUP_MESSAGE_NO_REDIRECT);
+    soup_message_set_site_for_cookies(message.get(), site.get());
+    soup_message_set_first_party(message.get(), site.get());
+    if (request.body) {
+        GBytes* const body = g_bytes_new(request.body->data(), request.body->size());
+        soup_message_set_request_body_from_bytes(message.get(), nullptr, body);
+        g_bytes_unref(body);
+    }
+    SoupMessageHeaders* const headers = soup_message_get_request_headers(message.get());
+    for (const auto& [name, value] : request.headers) {
+        // Values come from cookies and replies: a line break in one would add a header.
+        if (!fitsInHeader(name) || !fitsInHeader(value))
+            throw PlatformError(PlatformErrorKind::badReply,
+                                "The request to " + request.url.host() +
+                                    " was not sent, because the service handed out a value that "
+                                    "no request can carry. Try again later.",
+                                "control character in header " + name);
+        soup_message_headers_append(headers, name.c_str(), value.c_str());
+    }
+    return message;
+}
+
+[[noreturn]] void fail(const GError& error, TransferPhase phase, const Handshake& handshake,
+                       const UrlRequest& request, const Deadline& deadline) {
+    if (deadline.passed())
+        throw timeOutError(request.url, request.timeout);
+    if (handshake.refused != 0)
+        throw certificateError(handshake.refused, request.url);
+    throw transportError(error, phase, request.url);
+}
+
+ExchangeReply headOf(SoupMessage* message, const Url& url) {
+    ExchangeReply reply;
+    reply.status = static_cast<int>(soup_message_get_status(message));
+    SoupMessageHeaders* const headers = soup_message_get_response_headers(message);
+    if (const char* location = soup_message_headers_get_one(headers, "Location"))
+        reply.location = location;
+    if (soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH &&
+        soup_message_headers_get_content_length(headers) > static_cast<goffset>(replyLimit))
+        throw replyTooLongError(url);
+    return reply;
+}
+
+} // namespace
+
+platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
+                                       std::shared_ptr<const TrustedAuthority> authority,
+                                       UrlRequest request, Url firstUrl,
+                                       const Deadline& deadline) {
+    const GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
+    SharedHandshake handshake(new Handshake{std::move(authority), request.url});
+    connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);
+    connectWithState(message.get(), "network-event", insistOnProperClose, handshake);
+
+    GCancellable* const cancellable = deadline.cancellable();
+    const auto send = [session = session.get(), message = message.get(),
+                       cancellable](GAsyncReadyCallback ready, gpointer data) {
+        soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, ready, data);
+    };
+    const auto sent = co_await asyncResult(send);
+    GError* error = nullptr;
+    const auto stream = GObjectPointer<GInputStream>::adopt(
+        soup_session_send_finish(session.get(), sent.get(), &error));
+    if (const GErrorPointer failure(error); failure)
+        fail(*failure, TransferPhase::beforeReply, *handshake, request, deadline);
+
+    ExchangeReply reply = headOf(message.get(), request.url);
+    constexpr gsize portion = 64 * 1024;
+    while (true) {
+        const auto read = [stream = stream.get(), cancellable](GAsyncReadyCallback ready,
+                                                               gpointer data) {
+            g_input_stream_read_bytes_async(stream, portion, G_PRIORITY_DEFAULT, cancellable, ready,
+                                            data);
+        };
+        const auto result = co_await asyncResult(read);
+        GBytes* const bytes = g_input_stream_read_bytes_finish(stream.get(), result.get(), &error);
+        if (const GErrorPointer failure(error); failure)
+            fail(*failure, TransferPhase::insideReply, *handshake, request, deadline);
+        gsize size = 0;
+        const auto* data = static_cast<const std::uint8_t*>(g_bytes_get_data(bytes, &size));
+        const bool tooLong = reply.body.size() + size > replyLimit;
+        if (!tooLong)
+            reply.body.insert(reply.body.end(), data, data + size);
+        g_bytes_unref(bytes);
+        if (tooLong)
+            throw replyTooLongError(request.url);
+        if (size == 0)
+            co_return reply;
+    }
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,77 @@
+#include "linux/http/Redirect.h"
+
+#include "linux/glib/GObjectPointer.h"
+#include "linux/http/SoupUri.h"
+#include "platform/PlatformError.h"
+
+#include <strings.h>
+
+#include <algorithm>
+
+namespace kelo::desktop {
+
+using platform::PlatformError;
+using platform::PlatformErrorKind;
+using platform::Url;
+using platform::UrlRequest;
+
+namespace {
+
+std::optional<Url> resolved(const Url& base, const std::string& location) {
+    const SoupUri from = soupUri(base);
+    if (!from)
+        return std::nullopt;
+    const SoupUri target(
+        g_uri_parse_relative(from.get(), location.c_str(), soupUriFlags, nullptr));
+    if (!target)
+        return std::nullopt;
+    const GText text(g_uri_to_string(target.get()));
+    return Url::parse(text.get());
+}
+
+bool describesBody(const std::string& header) {
+    return strncasecmp(header.c_str(), "Content-", 8) == 0;
+}
+
+bool becomesGet(const std::string& method, int status) {
+    if (status == 303)
+        return method != "GET" && method != "HEAD";
+    return (status == 301 || status == 302) && method == "POST";
+}
+
+} // namespace
+
+std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
+                                     const std::optional<std::string>& location) {
+    const bool redirects =
+        status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+    if (!redirects || !location)
+        return std::nullopt;
+
+    const std::optional<Url> target = resolved(request.url, *location);
+    if (!target)
+        throw PlatformError(PlatformErrorKind::badReply,
+                            request.url.host() + " sent Kelo on to an address that does not "
+                                                 "exist. Try again later.",
+                            "Location: " + *location);
+    if (target->scheme() != "https")
+        throw PlatformError(PlatformErrorKind::insecure,
+                            request.url.host() + " sent Kelo on to an address that is not secure, "
+                                                 "so nothing more was sent.",
+                            "Location: " + *location);
+
+    UrlRequest next = request;
+    next.url = *target;
+    if (!target->hasSameOrigin(request.url)) {
+        next.method = request.method == "HEAD" ? "HEAD" : "GET";
+        next.headers.clear();
+        next.body.reset();
+    } else if (becomesGet(request.method, status)) {
+        next.method = "GET";
+        next.body.reset();
+        std::erase_if(next.headers, [](const auto& header) { return describesBody(header.first); });
+    }
+    return next;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,122 @@
+#include "linux/http/TransportErrors.h"
+
+#include <libsoup/soup.h>
+
+#include <string>
+
+namespace kelo::desktop {
+
+using platform::PlatformError;
+using platform::PlatformErrorKind;
+
+namespace {
+
+std::string causeOf(const GError& error) {
+    return std::string(g_quark_to_string(error.domain)) + " " + std::to_string(error.code) + ": " +
+           error.message;
+}
+
+PlatformError cannotConnect(const platform::Url& url, const std::string& reason,
+                            const GError& error) {
+    return {PlatformErrorKind::cannotConnect,
+            "Could not connect to " + url.host() + ": " + reason, causeOf(error)};
+}
+
+PlatformError cutShort(const platform::Url& url, const GError& error) {
+    return {PlatformErrorKind::badReply,
+            "The reply from " + url.host() + " broke off before its end. Try again.",
+            causeOf(error)};
+}
+
+PlatformError notFound(const platform::Url& url, const GError& error) {
+    return {PlatformErrorKind::cannotConnect,
+            "Could not find " + url.host() + ". Check the network connection and try again.",
+            causeOf(error)};
+}
+
+PlatformError connectionError(const GError& error, const platform::Url& url) {
+    switch (error.code) {
+    case G_IO_ERROR_CONNECTION_REFUSED:
+        return cannotConnect(url, "Connection refused.", error);
+    case G_IO_ERROR_HOST_NOT_FOUND:
+        return notFound(url, error);
+    case G_IO_ERROR_HOST_UNREACHABLE:
+    case G_IO_ERROR_NETWORK_UNREACHABLE:
+        return cannotConnect(url, "The network does not reach it. Check the network connection.",
+                             error);
+    case G_IO_ERROR_TIMED_OUT:
+        return cannotConnect(url, "It did not answer. Try again later.", error);
+    case G_IO_ERROR_PROXY_FAILED:
+    case G_IO_ERROR_PROXY_AUTH_FAILED:
+    case G_IO_ERROR_PROXY_NEED_AUTH:
+    case G_IO_ERROR_PROXY_NOT_ALLOWED:
+        return cannotConnect(url, "The proxy refused. Check the proxy settings of this computer.",
+                             error);
+    case G_IO_ERROR_CONNECTION_CLOSED:
+    case G_IO_ERROR_PARTIAL_INPUT:
+        return {PlatformErrorKind::cannotConnect,
+                "The connection to " + url.host() + " was lost. Try again.", causeOf(error)};
+    default:
+        return cannotConnect(url, "The connection failed. Check the network and try again.", error);
+    }
+}
+
+} // namespace
+
+PlatformError transportError(const GError& error, TransferPhase phase, const platform::Url& url) {
+    if (error.domain == SOUP_SESSION_ERROR)
+        return {PlatformErrorKind::badReply,
+                url.host() + " sent a reply that Kelo could not read. Try again later.",
+                causeOf(error)};
+    if (phase == TransferPhase::insideReply)
+        return cutShort(url, error);
+    if (error.domain == G_RESOLVER_ERROR)
+        return notFound(url, error);
+    if (error.domain == G_TLS_ERROR)
+        return {PlatformErrorKind::insecure,
+                "Could not set up a secure connection to " + url.host() +
+                    ", so nothing was sent. Try again later.",
+                causeOf(error)};
+    if (error.domain == G_IO_ERROR)
+        return connectionError(error, url);
+    return cannotConnect(url, "The connection failed. Check the network and try again.", error);
+}
+
+PlatformError certificateError(GTlsCertificateFlags problems, const platform::Url& url) {
+    const std::string certificate = "The certificate of " + url.host();
+    const std::string cause = "certificate flags " + std::to_string(static_cast<int>(problems));
+    // A chain from nowhere proves nothing, so what it says about names and dates is of no interest.
+    std::string sentence = certificate +
+                           " is not trusted on this computer, so nothing was sent. Ask those who "
+                           "run the service.";
+    if ((problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0) {
+        if (problems & G_TLS_CERTIFICATE_REVOKED)
+            sentence = certificate + " was withdrawn, so nothing was sent. Ask those who run the "
+                                     "service.";
+        else if (problems & G_TLS_CERTIFICATE_BAD_IDENTITY)
+            sentence = certificate + " is made out to another host, so nothing was sent. Ask those "
+                                     "who run the service.";
+        else if (problems & G_TLS_CERTIFICATE_EXPIRED)
+            sentence = certificate + " has expired, so nothing was sent. Check the clock of this "
+                                     "computer, or ask those who run the service.";
+        else if (problems & G_TLS_CERTIFICATE_NOT_ACTIVATED)
+            sentence = certificate + " is not valid yet, so nothing was sent. Check the clock of "
+                                     "this computer.";
+    }
+    return {PlatformErrorKind::insecure, sentence, cause};
+}
+
+PlatformError timeOutError(const platform::Url& url, std::chrono::seconds limit) {
+    const std::string unit = limit.count() == 1 ? " second" : " seconds";
+    return {PlatformErrorKind::timedOut, url.host() + " did not answer within " +
+                                             std::to_string(limit.count()) + unit +
+                                             ". Try again later."};
+}
+
+PlatformError replyTooLongError(const platform::Url& url) {
+    return {PlatformErrorKind::badReply, "The reply from " + url.host() +
+                                             " was longer than 16 MiB and was dropped. Try again "
+                                             "later."};
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,78 @@
+#include "linux/http/TrustedAuthority.h"
+
+#include "deployment/TrustedAuthority.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <string>
+
+namespace kelo::desktop {
+
+namespace {
+
+// An identity is compared with the bare address, without the brackets a URL puts around it.
+std::string bareHost(const platform::Url& url) {
+    const std::string& host = url.host();
+    return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
+}
+
+bool writeAll(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(file, text.data(), text.size());
+        if (written <= 0)
+            return false;
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+} // namespace
+
+// GIO reads authorities from files alone, and reads them anew at each verification. A file in memory
+// that this process alone holds cannot be exchanged by anyone in between.
+TrustedAuthority::TrustedAuthority(std::string_view pem) {
+    if (pem.empty())
+        return;
+    file = memfd_create("kelo-authority", MFD_CLOEXEC);
+    if (file < 0 || !writeAll(file, pem)) {
+        g_warning("The compiled-in certificate authority could not be laid out in memory; "
+                  "only the system's are trusted.");
+        return;
+    }
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    GError* error = nullptr;
+    database = GObjectPointer<GTlsDatabase>::adopt(g_tls_file_database_new(path.c_str(), &error));
+    if (const GErrorPointer failure(error); failure)
+        g_warning("The compiled-in certificate authority could not be read (%s); "
+                  "only the system's are trusted.",
+                  failure->message);
+}
+
+TrustedAuthority::~TrustedAuthority() {
+    if (file >= 0)
+        close(file);
+}
+
+std::shared_ptr<const TrustedAuthority> TrustedAuthority::compiledIn() {
+    static const auto authority =
+        std::make_shared<const TrustedAuthority>(deployment::trustedAuthorityPem);
+    return authority;
+}
+
+GTlsCertificateFlags TrustedAuthority::problems(GTlsCertificate* certificate,
+                                                const platform::Url& url) const {
+    if (!database || !certificate)
+        return G_TLS_CERTIFICATE_UNKNOWN_CA;
+    const auto identity = GObjectPointer<GSocketConnectable>::adopt(
+        g_network_address_new(bareHost(url).c_str(), url.port().value_or(443)));
+    GError* error = nullptr;
+    const GTlsCertificateFlags found = g_tls_database_verify_chain(
+        database.get(), certificate, G_TLS_DATABASE_PURPOSE_AUTHENTICATE_SERVER, identity.get(),
+        nullptr, G_TLS_DATABASE_VERIFY_NONE, nullptr, &error);
+    if (const GErrorPointer failure(error); failure)
+        return G_TLS_CERTIFICATE_GENERIC_ERROR;
+    return found;
+}
+
+} // namespace kelo::desktop
