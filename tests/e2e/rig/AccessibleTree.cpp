@@ -1,0 +1,144 @@
+#include "e2e/rig/AccessibleTree.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace kelo::rig {
+
+namespace {
+
+constexpr int deepest = 40;
+
+/// Calls visit for every object below, the parents first, until it answers false.
+bool walk(const Accessible& object, int depth,
+          const std::function<bool(const Accessible&, int)>& visit) {
+    if (!visit(object, depth))
+        return false;
+    if (depth == deepest)
+        return true;
+    for (const auto& child : object.children()) {
+        if (!walk(child, depth + 1, visit))
+            return false;
+    }
+    return true;
+}
+
+bool matches(const Accessible& object, const Wanted& wanted) {
+    // The role is asked first: it is the cheaper answer, and most objects fail it.
+    return std::ranges::find(wanted.roles, object.role()) != wanted.roles.end() &&
+           object.name() == wanted.name && object.isShown();
+}
+
+} // namespace
+
+std::string Wanted::description() const {
+    return (place == Place::page ? "\"" + name + "\" in the page" : "\"" + name + "\" in a window");
+}
+
+Wanted button(std::string name) {
+    return {Place::windows, {Role::button}, std::move(name)};
+}
+
+Wanted label(std::string name) {
+    return {Place::windows, {Role::label}, std::move(name)};
+}
+
+Wanted menu(std::string name) {
+    return {Place::windows, {Role::menu, Role::menuItem}, std::move(name)};
+}
+
+Wanted menuItem(std::string name) {
+    return {Place::windows, {Role::menuItem}, std::move(name)};
+}
+
+Wanted pageButton(std::string name) {
+    return {Place::page, {Role::button}, std::move(name)};
+}
+
+Wanted pageField(std::string name) {
+    return {Place::page, {Role::entry, Role::text, Role::passwordText}, std::move(name)};
+}
+
+Wanted pageHeading(std::string name) {
+    return {Place::page, {Role::heading}, std::move(name)};
+}
+
+AccessibleTree::AccessibleTree(const AccessibilityBus& bus) : bus(bus) {}
+
+std::vector<Accessible> AccessibleTree::roots(Place place) const {
+    std::vector<Accessible> result;
+    for (auto& address : place == Place::windows ? bus.applications() : bus.pages())
+        result.emplace_back(bus, std::move(address));
+    return result;
+}
+
+std::vector<Accessible> AccessibleTree::findAll(const Wanted& wanted) const {
+    std::vector<Accessible> found;
+    for (const auto& root : roots(wanted.place)) {
+        walk(root, 0, [&](const Accessible& object, int) {
+            if (matches(object, wanted))
+                found.push_back(object);
+            return true;
+        });
+    }
+    return found;
+}
+
+std::optional<Accessible> AccessibleTree::find(const Wanted& wanted) const {
+    std::optional<Accessible> found;
+    for (const auto& root : roots(wanted.place)) {
+        const bool searchOn = walk(root, 0, [&](const Accessible& object, int) {
+            if (matches(object, wanted))
+                found = object;
+            return !found;
+        });
+        if (!searchOn)
+            break;
+    }
+    return found;
+}
+
+Accessible AccessibleTree::await(const Wanted& wanted) const {
+    std::optional<Accessible> found;
+    awaitThat("there is " + wanted.description(), [&] {
+        found = find(wanted);
+        return found.has_value();
+    });
+    return *found;
+}
+
+void AccessibleTree::awaitGone(const Wanted& wanted) const {
+    awaitThat("there is no " + wanted.description() + " any more",
+              [&] { return !find(wanted).has_value(); });
+}
+
+void AccessibleTree::awaitThat(const std::string& what,
+                               const std::function<bool()>& condition) const {
+    if (!bus.await(condition, deadline))
+        throw std::runtime_error("Waited in vain until " + what + ". What there is:\n" + picture());
+}
+
+std::string AccessibleTree::picture() const {
+    std::ostringstream text;
+    for (const Place place : {Place::windows, Place::page}) {
+        for (const auto& root : roots(place)) {
+            text << (place == Place::page ? "page" : "program") << ' ' << root.address().busName
+                 << '\n';
+            walk(root, 1, [&](const Accessible& object, int depth) {
+                const Extents area = object.extents();
+                text << std::string(static_cast<std::size_t>(depth) * 2, ' ') << "role "
+                     << static_cast<unsigned>(object.role()) << " \"" << object.name() << "\" "
+                     << area.width << 'x' << area.height << '+' << area.x << '+' << area.y
+                     << (object.isShown() ? "" : " (not shown)")
+                     << (object.isSensitive() ? "" : " (insensitive)")
+                     << (object.isFocused() ? " (has the keyboard)" : "") << '\n';
+                return true;
+            });
+        }
+    }
+    return text.str();
+}
+
+} // namespace kelo::rig

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "e2e/rig/PrivateDesktop.h"
+
+#include <string>
+
+namespace kelo::rig {
+
+/// What a person does with Kelo: real clicks and keys, each aimed at what the accessibility tree
+/// says is there. Every function waits for what it acts on and throws std::runtime_error when it
+/// does not come.
+class User {
+public:
+    explicit User(const PrivateDesktop& desktop);
+
+    void click(const Wanted& wanted) const;
+    /// Clicks into the field, waits until it has the keyboard, and types.
+    void typeInto(const Wanted& field, const std::string& text) const;
+    void press(const std::string& key) const;
+
+    // The page.
+    void awaitLoginPage() const;
+    void signInWithPassword(const std::string& email, const std::string& password) const;
+    void awaitSignedIn(const std::string& firstName) const;
+    void signOut() const;
+
+    // Kelo's own windows.
+    void chooseRegister() const;
+    void awaitPrompt() const;
+    void answerPrompt(const std::string& passwordOrCode) const;
+    void pressSignInWithPasskey() const;
+    void awaitSheet() const;
+    void confirmSheet(const std::string& loginPassword) const;
+    void cancelSheet() const;
+    /// Waits for the alert with this text and closes it.
+    void acknowledge(const std::string& text) const;
+    void awaitAlert(const std::string& text) const;
+    void closeAlert() const;
+    /// Waits for the red text below the sign-in button.
+    void awaitError(const std::string& text) const;
+
+private:
+    Point centreOnScreen(const Accessible& object) const;
+
+    const PrivateDesktop& desktop;
+};
+
+} // namespace kelo::rig
