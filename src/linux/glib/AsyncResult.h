@@ -11,10 +11,10 @@
 
 namespace kelo::desktop {
 
-/// Awaits one asynchronous operation of a GIO-style library. start(callback, data) must begin it and
-/// hand both through; the flow goes on with the result, to give to the operation's finish function.
-/// Dropping the flow does not stop the operation (cancel its GCancellable for that), it only makes
-/// nobody wait for it any more. Main thread only.
+/// Awaits one asynchronous operation of a GIO-style library. start(callback, data) must begin it
+/// and hand both through; the flow goes on with the result, to give to the operation's finish
+/// function. Dropping the flow does not stop the operation (cancel its GCancellable for that), it
+/// only makes nobody wait for it any more. Main thread only.
 template <typename Start>
 platform::Task<GObjectPointer<GAsyncResult>> asyncResult(Start start) {
     using Result = GObjectPointer<GAsyncResult>;

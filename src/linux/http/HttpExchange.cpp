@@ -43,9 +43,8 @@ void insistOnProperClose(SoupMessage*, GSocketClientEvent event, GIOStream* conn
 }
 
 bool fitsInHeader(const std::string& text) {
-    return std::none_of(text.begin(), text.end(), [](unsigned char c) {
-        return (c < 0x20 && c != '\t') || c == 0x7f;
-    });
+    return std::none_of(text.begin(), text.end(),
+                        [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7f; });
 }
 
 GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& firstUrl) {
@@ -106,8 +105,7 @@ ExchangeReply headOf(SoupMessage* message, const Url& url) {
 
 platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
                                        std::shared_ptr<const TrustedAuthority> authority,
-                                       UrlRequest request, Url firstUrl,
-                                       const Deadline& deadline) {
+                                       UrlRequest request, Url firstUrl, const Deadline& deadline) {
     const GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
     SharedHandshake handshake(new Handshake{std::move(authority), request.url});
     connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);

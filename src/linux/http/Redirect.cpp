@@ -21,8 +21,7 @@ std::optional<Url> resolved(const Url& base, const std::string& location) {
     const SoupUri from = soupUri(base);
     if (!from)
         return std::nullopt;
-    const SoupUri target(
-        g_uri_parse_relative(from.get(), location.c_str(), soupUriFlags, nullptr));
+    const SoupUri target(g_uri_parse_relative(from.get(), location.c_str(), soupUriFlags, nullptr));
     if (!target)
         return std::nullopt;
     const GText text(g_uri_to_string(target.get()));

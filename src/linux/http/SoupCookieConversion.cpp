@@ -34,7 +34,9 @@ platform::SameSitePolicy fromSoupPolicy(SoupSameSitePolicy policy, bool secure) 
     return secure ? platform::SameSitePolicy::none : platform::SameSitePolicy::unspecified;
 }
 
-std::string textOrEmpty(const char* text) { return text ? text : ""; }
+std::string textOrEmpty(const char* text) {
+    return text ? text : "";
+}
 
 } // namespace
 
@@ -64,7 +66,8 @@ platform::HttpCookie fromSoupCookie(SoupCookie* cookie) {
     result.httpOnly = soup_cookie_get_http_only(cookie);
     result.sameSite = fromSoupPolicy(soup_cookie_get_same_site_policy(cookie), result.secure);
     if (GDateTime* const expires = soup_cookie_get_expires(cookie))
-        result.expires = std::chrono::sys_seconds(std::chrono::seconds(g_date_time_to_unix(expires)));
+        result.expires =
+            std::chrono::sys_seconds(std::chrono::seconds(g_date_time_to_unix(expires)));
     return result;
 }
 

@@ -46,7 +46,9 @@ SoupHttpSession::SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedA
     }
 }
 
-SoupHttpSession::~SoupHttpSession() { soup_session_abort(session.get()); }
+SoupHttpSession::~SoupHttpSession() {
+    soup_session_abort(session.get());
+}
 
 Task<HttpReply> SoupHttpSession::data(UrlRequest request) {
     return perform(session, authority, std::move(request));

@@ -18,8 +18,8 @@ std::string causeOf(const GError& error) {
 
 PlatformError cannotConnect(const platform::Url& url, const std::string& reason,
                             const GError& error) {
-    return {PlatformErrorKind::cannotConnect,
-            "Could not connect to " + url.host() + ": " + reason, causeOf(error)};
+    return {PlatformErrorKind::cannotConnect, "Could not connect to " + url.host() + ": " + reason,
+            causeOf(error)};
 }
 
 PlatformError cutShort(const platform::Url& url, const GError& error) {

@@ -29,8 +29,8 @@ bool writeAll(int file, std::string_view text) {
 
 } // namespace
 
-// GIO reads authorities from files alone, and reads them anew at each verification. A file in memory
-// that this process alone holds cannot be exchanged by anyone in between.
+// GIO reads authorities from files alone, and reads them anew at each verification. A file in
+// memory that this process alone holds cannot be exchanged by anyone in between.
 TrustedAuthority::TrustedAuthority(std::string_view pem) {
     if (pem.empty())
         return;

@@ -1,0 +1,34 @@
+#include "linux/glib/RendererChoice.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace kelo::desktop {
+
+// Every driver of Mesa works through a render node, and what finds none draws in software. Asking
+// OpenGL itself would start the very stack that is to be avoided.
+bool hasRenderNode(const std::string& folder) {
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, missing)) {
+        if (!entry.path().filename().string().starts_with("renderD"))
+            continue;
+        if (access(entry.path().c_str(), R_OK | W_OK) == 0)
+            return true;
+    }
+    return false;
+}
+
+void chooseRenderer() {
+    const char* const forced = std::getenv("LIBGL_ALWAYS_SOFTWARE");
+    const bool software = forced && std::string(forced) != "0" && std::string(forced) != "false";
+    // NVIDIA's own driver does without render nodes.
+    const bool hardware = hasRenderNode("/dev/dri") || access("/dev/nvidiactl", R_OK | W_OK) == 0;
+    if (software || !hardware)
+        setenv("GSK_RENDERER", "cairo", /*overwrite=*/0);
+}
+
+} // namespace kelo::desktop

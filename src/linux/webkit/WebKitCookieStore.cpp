@@ -1,0 +1,60 @@
+#include "linux/webkit/WebKitCookieStore.h"
+
+#include "linux/glib/AsyncResult.h"
+#include "linux/http/SoupCookieConversion.h"
+
+namespace kelo::desktop {
+
+using platform::HttpCookie;
+using platform::Task;
+
+namespace {
+
+using Manager = GObjectPointer<WebKitCookieManager>;
+
+Task<void> add(Manager manager, HttpCookie cookie) {
+    const SoupCookiePointer converted = toSoupCookie(cookie);
+    const auto start = [&manager, &converted](GAsyncReadyCallback ready, gpointer data) {
+        webkit_cookie_manager_add_cookie(manager.get(), converted.get(), nullptr, ready, data);
+    };
+    const auto result = co_await asyncResult(start);
+    GError* error = nullptr;
+    webkit_cookie_manager_add_cookie_finish(manager.get(), result.get(), &error);
+    if (const GErrorPointer failure(error); failure)
+        g_warning("The web view did not take the cookie %s: %s", cookie.name.c_str(),
+                  failure->message);
+}
+
+Task<std::vector<HttpCookie>> all(Manager manager) {
+    const auto start = [&manager](GAsyncReadyCallback ready, gpointer data) {
+        webkit_cookie_manager_get_all_cookies(manager.get(), nullptr, ready, data);
+    };
+    const auto result = co_await asyncResult(start);
+    GError* error = nullptr;
+    GList* const list =
+        webkit_cookie_manager_get_all_cookies_finish(manager.get(), result.get(), &error);
+    if (const GErrorPointer failure(error); failure)
+        g_warning("The web view's cookies could not be read: %s", failure->message);
+    std::vector<HttpCookie> cookies;
+    for (GList* link = list; link; link = link->next) {
+        const SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
+        cookies.push_back(fromSoupCookie(cookie.get()));
+    }
+    g_list_free(list);
+    co_return cookies;
+}
+
+} // namespace
+
+WebKitCookieStore::WebKitCookieStore(WebKitNetworkSession* session)
+    : manager(Manager::share(webkit_network_session_get_cookie_manager(session))) {}
+
+Task<void> WebKitCookieStore::setCookie(HttpCookie cookie) {
+    return add(manager, std::move(cookie));
+}
+
+Task<std::vector<HttpCookie>> WebKitCookieStore::getAllCookies() {
+    return all(manager);
+}
+
+} // namespace kelo::desktop

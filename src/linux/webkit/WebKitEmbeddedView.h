@@ -1,0 +1,69 @@
+#pragma once
+
+#include "linux/glib/GObjectPointer.h"
+#include "linux/glib/HostedWidget.h"
+#include "linux/webkit/NavigationPolicy.h"
+#include "linux/webkit/WebKitCookieStore.h"
+#include "linux/webkit/WebKitSession.h"
+#include "platform/EmbeddedWebView.h"
+
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <string>
+
+namespace kelo::desktop {
+
+/// EmbeddedWebView on WebKitGTK. The page may not use the microphone, the camera, the location or
+/// anything else that needs a permission. A load that fails shows a page of ours with the reason.
+class WebKitEmbeddedView final : public platform::EmbeddedWebView, public HostedWidget {
+public:
+    WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
+                       const WebKitSessionSettings& settings, platform::Rectangle frame,
+                       const platform::WebViewConfiguration& configuration);
+    ~WebKitEmbeddedView() override;
+    WebKitEmbeddedView(const WebKitEmbeddedView&) = delete;
+    WebKitEmbeddedView& operator=(const WebKitEmbeddedView&) = delete;
+
+    /// GET only, and the engine's own time-out: it offers no other.
+    void load(platform::UrlRequest request) override;
+    std::optional<platform::Url> url() const override;
+    void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override;
+    void setAllowsBackForwardNavigationGestures(bool allowed) override;
+    platform::CookieStore& cookieStore() override { return cookies; }
+
+    GtkWidget* widget() override { return GTK_WIDGET(view.get()); }
+
+private:
+    /// What the engine is at.
+    enum class Stage {
+        page,   ///< a page of the web, on its way or shown
+        failed, ///< that page will not come
+        notice, ///< our own page about it
+    };
+
+    void connectSignals();
+    void loadChanged(WebKitLoadEvent event);
+    bool loadFailed(const char* address, const GError& error);
+    bool certificateRefused(const char* address, GTlsCertificate* certificate,
+                            GTlsCertificateFlags problems);
+    void processEnded(WebKitWebProcessTerminationReason reason);
+    void showNotice(const std::string& heading, const std::string& sentence,
+                    const std::string& address);
+    void tryAgain();
+
+    GObjectPointer<WebKitNetworkSession> session;
+    std::shared_ptr<const TrustedAuthority> authority;
+    GObjectPointer<WebKitWebView> view;
+    WebKitCookieStore cookies;
+    NavigationPolicy policy;
+    std::weak_ptr<platform::NavigationDelegate> delegate;
+    Stage stage = Stage::page;
+    bool noticeAnnounced = false;
+    std::string failedAddress;
+    /// The last certificate let through, and for whom: one that fails again is not tried for ever.
+    GObjectPointer<GTlsCertificate> allowedCertificate;
+    std::string allowedHost;
+};
+
+} // namespace kelo::desktop

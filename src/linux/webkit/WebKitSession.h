@@ -1,0 +1,45 @@
+#pragma once
+
+#include "linux/glib/GObjectPointer.h"
+#include "linux/http/TrustedAuthority.h"
+#include "linux/webkit/ExternalLinks.h"
+#include "platform/EmbeddedWebView.h"
+
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <string>
+
+namespace kelo::desktop {
+
+/// Where the web views keep what, whom they trust, and whom they show.
+struct WebKitSessionSettings {
+    std::string dataFolder;
+    std::string cacheFolder;
+    std::shared_ptr<const TrustedAuthority> authority;
+    platform::Url service;
+    ExternalOpener openExternally;
+
+    /// $XDG_DATA_HOME/kelo/web, $XDG_CACHE_HOME/kelo, the compiled-in authority and service.
+    static WebKitSessionSettings standard();
+};
+
+/// The one data store that all web views of the program share: cookies, web storage, cache. Both
+/// folders are made for their owner alone. GTK must be up; main thread only.
+class WebKitSession {
+public:
+    explicit WebKitSession(WebKitSessionSettings settings = WebKitSessionSettings::standard());
+
+    /// The result is a HostedWidget, too. A frame that is not empty is the least size the widget
+    /// asks for. The view may outlive the session object.
+    std::shared_ptr<platform::EmbeddedWebView>
+    makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration);
+
+    WebKitNetworkSession* networkSession() const { return session.get(); }
+
+private:
+    WebKitSessionSettings settings;
+    GObjectPointer<WebKitNetworkSession> session;
+};
+
+} // namespace kelo::desktop
