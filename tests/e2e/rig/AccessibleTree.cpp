@@ -25,10 +25,14 @@ bool walk(const Accessible& object, int depth,
     return true;
 }
 
+bool isNamed(const std::string& name, const Wanted& wanted) {
+    return name == wanted.name || (wanted.nameMayGoOn && name.starts_with(wanted.name + " "));
+}
+
 bool matches(const Accessible& object, const Wanted& wanted) {
     // The role is asked first: it is the cheaper answer, and most objects fail it.
     return std::ranges::find(wanted.roles, object.role()) != wanted.roles.end() &&
-           object.name() == wanted.name && object.isShown();
+           isNamed(object.name(), wanted) && object.isShown();
 }
 
 } // namespace
@@ -58,7 +62,7 @@ Wanted pageButton(std::string name) {
 }
 
 Wanted pageField(std::string name) {
-    return {Place::page, {Role::entry, Role::text, Role::passwordText}, std::move(name)};
+    return {Place::page, {Role::entry, Role::text, Role::passwordText}, std::move(name), true};
 }
 
 Wanted pageHeading(std::string name) {

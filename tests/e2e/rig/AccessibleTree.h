@@ -18,6 +18,8 @@ struct Wanted {
     Place place = Place::windows;
     std::vector<Role> roles;
     std::string name;
+    /// The name may go on after a blank: a web engine appends what stands in a field to its label.
+    bool nameMayGoOn = false;
 
     std::string description() const;
 };
