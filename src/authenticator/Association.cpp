@@ -1,0 +1,22 @@
+#include "authenticator/Association.h"
+
+#include "platform/PlatformError.h"
+
+#include <algorithm>
+
+namespace kelo::authenticator {
+
+const Association& requireAssociation(std::span<const Association> associations,
+                                      std::string_view relyingPartyIdentifier) {
+    const auto found = std::ranges::find(associations, relyingPartyIdentifier,
+                                         &Association::relyingPartyIdentifier);
+    if (found == associations.end())
+        throw platform::PlatformError(platform::PlatformErrorKind::notAllowed,
+                                      "Kelo does not serve passkeys for " +
+                                          std::string(relyingPartyIdentifier) +
+                                          ". Use a web browser for that service.",
+                                      "not an associated relying party");
+    return *found;
+}
+
+} // namespace kelo::authenticator

@@ -1,0 +1,100 @@
+#include "authenticator/GetAssertion.h"
+
+#include "authenticator/Consent.h"
+#include "authenticator/Cryptography.h"
+#include "authenticator/webauthn/AuthenticatorData.h"
+#include "authenticator/webauthn/ClientData.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::authenticator {
+
+namespace {
+
+/// Anything the service might say but this one word, or nothing at all, asks for verification: the
+/// standard lets an authenticator verify more than it was asked to, never less.
+bool asksForVerification(const platform::PlatformAssertionRequest& request) {
+    return request.userVerificationPreference != "discouraged";
+}
+
+bool allows(const platform::PlatformAssertionRequest& request, const CredentialRecord& record) {
+    const auto& allowed = request.allowedCredentials;
+    using Descriptor = platform::PlatformPublicKeyCredentialDescriptor;
+    return !allowed || allowed->empty() ||
+           std::ranges::find(*allowed, record.credentialId, &Descriptor::credentialId) !=
+               allowed->end();
+}
+
+[[noreturn]] void noCredential(const std::string& relyingPartyIdentifier) {
+    throw platform::PlatformError(
+        platform::PlatformErrorKind::noCredential,
+        "There is no passkey for " + relyingPartyIdentifier +
+            " on this computer. Sign in another way, then register one from "
+            "the Account menu.",
+        "no credential matches the request");
+}
+
+} // namespace
+
+GetAssertion::GetAssertion(const Authenticator& authenticator,
+                           platform::PlatformAssertionRequest request,
+                           std::shared_ptr<platform::Window> anchor)
+    : authenticator(authenticator), request(std::move(request)), anchor(std::move(anchor)) {}
+
+platform::Task<std::vector<CredentialRecord>> GetAssertion::candidates() {
+    auto read = [store = authenticator.credentials, party = request.relyingPartyIdentifier] {
+        return store.find(party);
+    };
+    std::vector<CredentialRecord> records =
+        co_await platform::onWorker(authenticator.worker, std::move(read));
+    std::erase_if(records,
+                  [&](const CredentialRecord& record) { return !allows(request, record); });
+    co_return records;
+}
+
+platform::Task<platform::PlatformAssertionCredential> GetAssertion::run() {
+    const Association& association =
+        requireAssociation(authenticator.associations, request.relyingPartyIdentifier);
+    std::vector<CredentialRecord> records = co_await candidates();
+    if (records.empty())
+        noCredential(request.relyingPartyIdentifier);
+
+    Consent consent(authenticator, anchor);
+    ConsentRequest question;
+    question.ceremony = Ceremony::signIn;
+    question.relyingPartyIdentifier = request.relyingPartyIdentifier;
+    for (const CredentialRecord& record : records)
+        question.accountNames.push_back(record.accountName);
+    const std::size_t chosen = co_await consent.confirm(std::move(question));
+    const bool verifies = asksForVerification(request);
+    if (verifies)
+        co_await consent.verify();
+    CredentialRecord& record = records[chosen];
+
+    AuthenticatorData data;
+    data.relyingPartyHash = sha256(record.relyingPartyIdentifier);
+    data.flags = flag::userPresent | (verifies ? flag::userVerified : 0);
+
+    ClientData clientData;
+    clientData.type = "webauthn.get";
+    clientData.challenge = request.challenge;
+    clientData.origin = association.origin;
+
+    platform::PlatformAssertionCredential credential;
+    credential.rawAuthenticatorData = encode(data);
+    credential.rawClientDataJson = platform::bytesOf(clientDataJson(clientData));
+
+    platform::Bytes message = *credential.rawAuthenticatorData;
+    const Sha256Digest clientDataHash = sha256(credential.rawClientDataJson);
+    message.insert(message.end(), clientDataHash.begin(), clientDataHash.end());
+    const Sha256Digest digest = sha256(message);
+    platform::Bytes digestBytes(digest.begin(), digest.end());
+    credential.signature = co_await consent.unlessCancelled(
+        authenticator.keys.sign(std::move(record.wrappedPrivateKey), std::move(digestBytes)));
+    credential.credentialId = std::move(record.credentialId);
+    credential.userId = std::move(record.userId);
+    co_return credential;
+}
+
+} // namespace kelo::authenticator

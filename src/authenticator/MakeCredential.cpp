@@ -1,0 +1,86 @@
+#include "authenticator/MakeCredential.h"
+
+#include "authenticator/Consent.h"
+#include "authenticator/Cryptography.h"
+#include "authenticator/webauthn/AttestationObject.h"
+#include "authenticator/webauthn/ClientData.h"
+
+#include <utility>
+
+namespace kelo::authenticator {
+
+namespace {
+
+constexpr std::size_t credentialIdSize = 32;
+constexpr std::size_t longestUserId = 64;
+
+void requireUserId(const platform::Bytes& userId) {
+    if (userId.empty() || userId.size() > longestUserId)
+        throw platform::PlatformError(
+            platform::PlatformErrorKind::notAllowed,
+            "The service sent an account that a passkey cannot be made for. "
+            "Nothing was registered.",
+            "user id of " + std::to_string(userId.size()) + " bytes");
+}
+
+platform::Bytes attest(const CredentialRecord& record) {
+    AuthenticatorData data;
+    data.relyingPartyHash = sha256(record.relyingPartyIdentifier);
+    data.flags = flag::userPresent | flag::userVerified;
+    data.attestedCredential.emplace();
+    data.attestedCredential->credentialId = record.credentialId;
+    data.attestedCredential->publicKey = record.publicKey;
+    return attestationObject(data);
+}
+
+} // namespace
+
+MakeCredential::MakeCredential(const Authenticator& authenticator,
+                               platform::PlatformRegistrationRequest request,
+                               std::shared_ptr<platform::Window> anchor)
+    : authenticator(authenticator), request(std::move(request)), anchor(std::move(anchor)) {}
+
+platform::Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
+    const Association& association =
+        requireAssociation(authenticator.associations, request.relyingPartyIdentifier);
+    requireUserId(request.userId);
+
+    Consent consent(authenticator, anchor);
+    ConsentRequest question;
+    question.ceremony = Ceremony::registration;
+    question.relyingPartyIdentifier = request.relyingPartyIdentifier;
+    question.accountNames.push_back(request.name);
+    co_await consent.confirm(std::move(question));
+    co_await consent.verify();
+
+    CreatedKey key = co_await consent.unlessCancelled(authenticator.keys.create());
+
+    CredentialRecord record;
+    record.credentialId = randomBytes(credentialIdSize);
+    record.relyingPartyIdentifier = request.relyingPartyIdentifier;
+    record.userId = request.userId;
+    record.accountName = request.name;
+    record.created = std::chrono::floor<std::chrono::seconds>(authenticator.clock.now());
+    record.publicKey = key.publicKey;
+    record.wrappedPrivateKey = std::move(key.wrappedPrivateKey);
+
+    ClientData clientData;
+    clientData.type = "webauthn.create";
+    clientData.challenge = request.challenge;
+    clientData.origin = association.origin;
+
+    platform::PlatformRegistrationCredential credential;
+    credential.credentialId = record.credentialId;
+    credential.rawClientDataJson = platform::bytesOf(clientDataJson(clientData));
+    credential.rawAttestationObject = attest(record);
+
+    // Last, when nothing else can fail any more. The store is copied: the worker may come to it
+    // after the ceremony was dropped.
+    auto save = [store = authenticator.credentials, record = std::move(record)] {
+        store.save(record);
+    };
+    co_await platform::onWorker(authenticator.worker, std::move(save));
+    co_return credential;
+}
+
+} // namespace kelo::authenticator

@@ -1,0 +1,67 @@
+#include "authenticator/SoftwareKeyStore.h"
+
+#include "authenticator/KeyWrapping.h"
+#include "platform/PlatformError.h"
+
+#include <utility>
+
+namespace kelo::authenticator {
+
+namespace {
+
+using platform::PlatformError;
+using platform::PlatformErrorKind;
+
+CreatedKey createNow(WrappingKeySource& source) {
+    // The wrapping key first: without it there must be no key at all.
+    const SecretBytes wrappingKey = source.findOrCreate();
+    const P256Key key = P256Key::generate();
+    return {key.publicKey(), wrapPrivateKey(wrappingKey, key)};
+}
+
+[[noreturn]] void wrappingKeyLost(std::string cause) {
+    throw PlatformError(
+        PlatformErrorKind::storage,
+        "This passkey can no longer be used, because your keyring no longer holds the "
+        "key that protects it. Sign in another way, then register a new passkey from "
+        "the Account menu.",
+        std::move(cause));
+}
+
+platform::Bytes signNow(WrappingKeySource& source, platform::ByteView wrapped,
+                        platform::ByteView digest) {
+    const std::optional<SecretBytes> wrappingKey = source.find();
+    if (!wrappingKey)
+        wrappingKeyLost("the keyring holds no wrapping key");
+    const auto opened = unwrapPrivateKey(*wrappingKey, wrapped);
+    if (const auto* failure = std::get_if<UnwrapFailure>(&opened)) {
+        if (*failure == UnwrapFailure::otherWrappingKey)
+            wrappingKeyLost("the keyring holds another wrapping key");
+        throw PlatformError(
+            PlatformErrorKind::storage,
+            "This passkey is damaged on disk and cannot be used. Sign in another way, "
+            "then register a new passkey from the Account menu.",
+            "a wrapped private key does not authenticate");
+    }
+    return std::get<P256Key>(opened).sign(digest);
+}
+
+} // namespace
+
+SoftwareKeyStore::SoftwareKeyStore(std::shared_ptr<WrappingKeySource> source,
+                                   platform::Worker& worker)
+    : source(std::move(source)), worker(worker) {}
+
+platform::Task<CreatedKey> SoftwareKeyStore::create() {
+    auto job = [source = source] { return createNow(*source); };
+    co_return co_await platform::onWorker(worker, std::move(job));
+}
+
+platform::Task<platform::Bytes> SoftwareKeyStore::sign(platform::Bytes wrappedPrivateKey,
+                                                       platform::Bytes digest) {
+    auto job = [source = source, wrapped = std::move(wrappedPrivateKey),
+                digest = std::move(digest)] { return signNow(*source, wrapped, digest); };
+    co_return co_await platform::onWorker(worker, std::move(job));
+}
+
+} // namespace kelo::authenticator

@@ -1,0 +1,16 @@
+#include "authenticator/webauthn/AttestationObject.h"
+
+#include "authenticator/webauthn/CborWriter.h"
+
+namespace kelo::authenticator {
+
+platform::Bytes attestationObject(const AuthenticatorData& data) {
+    CborWriter writer;
+    writer.map(3);
+    writer.text("fmt").text("none");
+    writer.text("attStmt").map(0);
+    writer.text("authData").bytes(encode(data));
+    return writer.result();
+}
+
+} // namespace kelo::authenticator
