@@ -1,14 +1,52 @@
 #include "demo/Authority.h"
+#include "demo/HttpServer.h"
 #include "demo/Options.h"
+#include "demo/Service.h"
+#include "demo/ServiceContext.h"
 #include "demo/ServiceError.h"
 
+#include <glib-unix.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <cstddef>
 #include <iostream>
+#include <memory>
+#include <string>
 
 namespace kelo::demo {
 namespace {
+
+struct LoopRelease {
+    void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
+};
+
+gboolean quit(gpointer loop) {
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_REMOVE;
+}
+
+std::string originAt(std::uint16_t port) {
+    // A browser's origin leaves the default port out.
+    return "https://localhost" + (port == 443 ? "" : ":" + std::to_string(port));
+}
+
+int serve(const Options& options) {
+    const AuthorityFiles files(options.authority);
+    prepareServerCertificate(files);
+    HttpServer server(files, options.port);
+    const auto origin = originAt(server.port());
+    ServiceContext context(origin, options.origin.value_or(origin), StateFile(options.state));
+    Service service(context);
+    server.setHandler([&service](const Request& request) { return service.answer(request); });
+
+    const std::unique_ptr<GMainLoop, LoopRelease> loop(g_main_loop_new(nullptr, FALSE));
+    g_unix_signal_add(SIGTERM, quit, loop.get());
+    g_unix_signal_add(SIGINT, quit, loop.get());
+    std::cout << "Listening on " << origin << std::endl;
+    g_main_loop_run(loop.get());
+    return 0;
+}
 
 int run(const Options& options) {
     switch (options.action) {
@@ -19,8 +57,7 @@ int run(const Options& options) {
         prepareAuthority(AuthorityFiles(options.authority));
         return 0;
     case Options::Action::serve:
-        prepareServerCertificate(AuthorityFiles(options.authority));
-        return 0;
+        return serve(options);
     }
     return 1;
 }

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <map>
+#include <string>
+
+namespace kelo::demo {
+
+/// Slows down guessing: so many wrong tries a minute for one account, then none is looked at until
+/// the oldest is a minute ago.
+class AttemptLimiter {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    static constexpr std::size_t triesPerWindow = 10;
+    static constexpr std::chrono::minutes window{1};
+
+    /// Names come from a fixed set: the table grows by one entry for each and never shrinks.
+    bool mayTry(const std::string& name, Time now);
+    void noteFailure(const std::string& name, Time now);
+
+private:
+    std::map<std::string, std::deque<Time>> failures; ///< by name, oldest first
+};
+
+} // namespace kelo::demo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "demo/Http.h"
+#include "demo/ServiceContext.h"
+
+#include <string>
+
+namespace kelo::demo {
+
+/// The pages that people see, and the files they are made of.
+class Pages {
+public:
+    /// The context outlives this.
+    explicit Pages(ServiceContext& context);
+
+    Reply home(const Request& request);
+    Reply login(const Request& request);
+    Reply signIn(const Request& request);
+    Reply signOut(const Request& request);
+    Reply widget(const Request& request);
+    Reply notFound() const;
+
+    /// A style sheet, script or picture, by its name in demo/pages.
+    Reply asset(const Request& request, const std::string& name) const;
+
+private:
+    Reply loginPage(const Request& request, unsigned status, const std::string& email,
+                    const std::string& problem);
+    std::string passkeyList(const std::string& email) const;
+
+    ServiceContext& context;
+};
+
+} // namespace kelo::demo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "demo/Http.h"
+#include "demo/ServiceContext.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <optional>
+#include <string>
+
+namespace kelo::demo {
+
+/// Registering a passkey for who is signed in: CSRF token, options, verification.
+class RegistrationApi {
+public:
+    /// The context outlives this.
+    explicit RegistrationApi(ServiceContext& context);
+
+    Reply csrf(const Request& request);
+    Reply options(const Request& request);
+    Reply verify(const Request& request);
+
+private:
+    std::optional<Reply> refuseUnlessSignedIn(const Request& request) const;
+    Passkey checkAttestation(const nlohmann::json& body, const Session& session);
+    std::optional<Reply> refuseUnlessConfirmed(const nlohmann::json& body, const Account& account);
+
+    ServiceContext& context;
+};
+
+} // namespace kelo::demo

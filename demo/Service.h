@@ -1,0 +1,40 @@
+#pragma once
+
+#include "demo/Http.h"
+#include "demo/Pages.h"
+#include "demo/RegistrationApi.h"
+#include "demo/ServiceContext.h"
+#include "demo/SignInApi.h"
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace kelo::demo {
+
+/// The whole service: finds who answers a request, and adds to every reply what a browser is to
+/// hold a careful site to.
+class Service {
+public:
+    /// The context outlives this.
+    explicit Service(ServiceContext& context);
+
+    Reply answer(const Request& request);
+
+private:
+    using Handler = std::function<Reply(const Request&)>;
+
+    void routePages();
+    void routeApi();
+    Reply route(const Request& request);
+    bool isForeign(const Request& request) const;
+    bool isOtherHost(const Request& request) const;
+
+    ServiceContext& context;
+    Pages pages;
+    SignInApi signIn;
+    RegistrationApi registration;
+    std::map<std::string, std::map<std::string, Handler>> routes; ///< by path, then method
+};
+
+} // namespace kelo::demo

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "demo/AccountStore.h"
+#include "demo/ChallengeTable.h"
+#include "demo/CsrfToken.h"
+#include "demo/Http.h"
+#include "demo/PasskeyStore.h"
+#include "demo/PasskeyVerifier.h"
+#include "demo/SessionTable.h"
+#include "demo/StateFile.h"
+
+#include <string>
+#include <string_view>
+
+namespace kelo::demo {
+
+/// What the handlers share: who the service is, and everything it remembers.
+struct ServiceContext {
+    static constexpr const char* relyingParty = "localhost";
+    static constexpr const char* sessionCookie = "__Secure-kelo.session-token";
+    static constexpr const char* csrfCookie = "__Host-kelo.csrf-token";
+
+    /// The origin is where the service listens; passkeys may be expected from another. Loads what
+    /// an earlier run kept. Throws ServiceError.
+    ServiceContext(std::string origin, std::string passkeyOrigin, StateFile state);
+
+    /// Who sent the request; null when nobody is signed in. Valid until the sessions change.
+    const Session* sessionOf(const Request& request) const;
+
+    /// Signs in: a new session, never the one the request came with, so that nobody can be made to
+    /// use a session that another knows.
+    void openSession(const Request& request, std::string_view email, Reply& reply);
+    void closeSession(const Request& request, Reply& reply);
+
+    /// The anonymous CSRF token to put in a form; sets the cookie unless the request brought it.
+    std::string csrfTokenFor(const Request& request, Reply& reply) const;
+
+    /// Whether a form's token and the cookie belong together.
+    bool isCsrfTokenOf(const Request& request, std::string_view token) const;
+
+    /// Keeps the state; false, with a warning, when it could not be written.
+    bool save() const;
+
+    std::string origin;
+    PasskeyVerifier verifier;
+    AccountStore accounts;
+    PasskeyStore passkeys;
+    SessionTable sessions;
+    ChallengeTable signInChallenges;
+    ChallengeTable registrationChallenges;
+    CsrfToken csrf;
+    StateFile state;
+
+private:
+    void forgetSessionOf(const Request& request);
+};
+
+} // namespace kelo::demo

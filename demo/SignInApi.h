@@ -1,0 +1,31 @@
+#pragma once
+
+#include "demo/Http.h"
+#include "demo/ServiceContext.h"
+
+#include <map>
+#include <string>
+
+namespace kelo::demo {
+
+/// Signing in with a passkey: options, CSRF token, callback.
+class SignInApi {
+public:
+    /// The context outlives this.
+    explicit SignInApi(ServiceContext& context);
+
+    Reply options(const Request& request);
+    Reply csrf(const Request& request);
+    Reply callback(const Request& request);
+
+private:
+    using Form = std::map<std::string, std::string>;
+
+    std::string checkAssertion(const std::string& assertion);
+    Reply answerCallback(const Request& request, const Form& form, const std::string& reason,
+                         const std::string& email);
+
+    ServiceContext& context;
+};
+
+} // namespace kelo::demo
