@@ -5,6 +5,7 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG" CACHE STRING "Flags of the Release build type" FORCE)
 set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g -fno-omit-frame-pointer" CACHE STRING "Flags of the Sanitize build type")
 set(CMAKE_EXE_LINKER_FLAGS_SANITIZE "" CACHE STRING "Linker flags of the Sanitize build type")
 
@@ -20,6 +21,11 @@ endif()
 
 add_library(kelo_compiler INTERFACE)
 target_compile_options(kelo_compiler INTERFACE -Wall -Wextra -Wpedantic)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # GCC 12 warns of overlapping copies in plain string concatenation, wrongly:
+  # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651. Remove when GCC 12 is no longer supported.
+  target_compile_options(kelo_compiler INTERFACE -Wno-restrict)
+endif()
 if(KELO_WARNINGS_AS_ERRORS)
   target_compile_options(kelo_compiler INTERFACE -Werror)
 endif()

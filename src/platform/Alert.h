@@ -23,8 +23,8 @@ inline constexpr int alertFirstButtonReturn = 1000;
 struct Alert {
     std::string messageText;
     std::string informativeText;
-    /// First the default one, which Enter presses. Empty: the platform's own acknowledgement button.
-    /// Escape and closing the dialog press the last of several, or the only one.
+    /// First the default one, which Enter presses. Empty: the platform's own acknowledgement
+    /// button. Escape and closing the dialog press the last of several, or the only one.
     std::vector<std::string> buttons = {};
     std::optional<SecureTextField> accessoryView = std::nullopt;
     /// The field has the keyboard focus when the alert opens.

@@ -47,9 +47,8 @@ public:
     PlatformAssertionRequest createCredentialAssertionRequest(Bytes challenge) const {
         return {relyingPartyIdentifier, std::move(challenge), std::nullopt, std::nullopt};
     }
-    PlatformRegistrationRequest createCredentialRegistrationRequest(Bytes challenge,
-                                                                    std::string name,
-                                                                    Bytes userId) const {
+    PlatformRegistrationRequest
+    createCredentialRegistrationRequest(Bytes challenge, std::string name, Bytes userId) const {
         return {relyingPartyIdentifier, std::move(challenge), std::move(name), std::move(userId)};
     }
 
@@ -99,8 +98,8 @@ public:
     virtual std::shared_ptr<Window> presentationAnchor(AuthorizationController& controller) = 0;
 };
 
-/// Runs a passkey ceremony. It keeps itself alive while the ceremony runs, so the one who started it
-/// need not; delegate and provider are held weakly.
+/// Runs a passkey ceremony. It keeps itself alive while the ceremony runs, so the one who started
+/// it need not; delegate and provider are held weakly.
 class AuthorizationController {
 public:
     virtual ~AuthorizationController() = default;

@@ -11,8 +11,12 @@ namespace kelo::platform {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
-inline Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
+inline Bytes bytesOf(std::string_view text) {
+    return Bytes(text.begin(), text.end());
+}
 
-inline std::string textOf(ByteView bytes) { return std::string(bytes.begin(), bytes.end()); }
+inline std::string textOf(ByteView bytes) {
+    return std::string(bytes.begin(), bytes.end());
+}
 
 } // namespace kelo::platform

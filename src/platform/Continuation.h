@@ -28,8 +28,8 @@ struct ContinuationState {
 
 /// The one-shot right to go on with a flow that is suspended in withCheckedContinuation(). Copies
 /// stand for the same flow. Resuming is possible from any thread; the flow goes on in a later turn
-/// of the main loop, never inside the call. Resuming twice is a defect and stops the process; a flow
-/// whose continuation is dropped unresumed stays suspended.
+/// of the main loop, never inside the call. Resuming twice is a defect and stops the process; a
+/// flow whose continuation is dropped unresumed stays suspended.
 template <typename T>
 class CheckedContinuation {
 public:

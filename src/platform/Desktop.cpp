@@ -19,6 +19,8 @@ Desktop& Desktop::current() {
 Desktop::Installation::Installation(Desktop& desktop)
     : previous(std::exchange(installed, &desktop)) {}
 
-Desktop::Installation::~Installation() { installed = previous; }
+Desktop::Installation::~Installation() {
+    installed = previous;
+}
 
 } // namespace kelo::platform

@@ -15,8 +15,8 @@ public:
     virtual void write(ByteView bytes) = 0;
 };
 
-/// The few file operations the debug log needs. None follows a symbolic link at the path itself, and
-/// none touches anything but a regular file.
+/// The few file operations the debug log needs. None follows a symbolic link at the path itself,
+/// and none touches anything but a regular file.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;

@@ -16,7 +16,7 @@ struct HttpCookie {
     std::string domain;
     std::string path = "/";
     /// Nothing for a session cookie. Whole seconds.
-    std::optional<std::chrono::sys_seconds> expires;
+    std::optional<std::chrono::sys_seconds> expires = std::nullopt;
     bool secure = false;
     bool httpOnly = false;
     SameSitePolicy sameSite = SameSitePolicy::unspecified;

@@ -34,8 +34,8 @@ public:
     virtual ~HttpSession() = default;
 
     /// The whole reply, whatever its status. Fails with a PlatformError when there is none: no
-    /// connection, no complete reply within the request's timeout, a certificate that does not hold,
-    /// a reply that is cut short or longer than 16 MiB.
+    /// connection, no complete reply within the request's timeout, a certificate that does not
+    /// hold, a reply that is cut short or longer than 16 MiB.
     virtual Task<HttpReply> data(UrlRequest request) = 0;
 
     /// A plain GET with the session's own time-out and policy.

@@ -20,6 +20,8 @@ MainLoop& MainLoop::main() {
 
 MainLoop::Installation::Installation(MainLoop& loop) : previous(installed.exchange(&loop)) {}
 
-MainLoop::Installation::~Installation() { installed.store(previous); }
+MainLoop::Installation::~Installation() {
+    installed.store(previous);
+}
 
 } // namespace kelo::platform

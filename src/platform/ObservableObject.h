@@ -39,7 +39,8 @@ public:
 
     [[nodiscard]] Observation observe(std::function<void()> willChange) {
         const std::uint64_t number = observers->next++;
-        observers->actions.emplace(number, std::move(willChange));
+        observers->actions.emplace(number,
+                                   std::make_shared<std::function<void()>>(std::move(willChange)));
         return Observation([weak = std::weak_ptr(observers), number] {
             if (const auto list = weak.lock())
                 list->actions.erase(number);
@@ -52,14 +53,14 @@ public:
         for (auto next = list->actions.begin(); next != list->actions.end();) {
             const std::uint64_t number = next->first;
             const auto action = next->second;
-            action();
+            (*action)();
             next = list->actions.upper_bound(number);
         }
     }
 
 private:
     struct Observers {
-        std::map<std::uint64_t, std::function<void()>> actions;
+        std::map<std::uint64_t, std::shared_ptr<std::function<void()>>> actions;
         std::uint64_t next = 0;
     };
     std::shared_ptr<Observers> observers = std::make_shared<Observers>();

@@ -8,15 +8,15 @@
 namespace kelo::platform {
 
 enum class PlatformErrorKind {
-    cannotConnect,   ///< nobody answers, or the connection broke
-    timedOut,        ///< no complete reply in time
-    insecure,        ///< the certificate, or TLS itself, did not hold
-    badReply,        ///< a reply that breaks the protocol: too long, too short
-    invalidJson,     ///< text that is not JSON, or a value that cannot be written as JSON
-    cancelled,       ///< the user said no
-    noCredential,    ///< no passkey that could answer
-    notAllowed,      ///< user verification failed, or the request is not for us
-    storage,         ///< the keyring or the disk did not keep or give what was asked
+    cannotConnect, ///< nobody answers, or the connection broke
+    timedOut,      ///< no complete reply in time
+    insecure,      ///< the certificate, or TLS itself, did not hold
+    badReply,      ///< a reply that breaks the protocol: too long, too short
+    invalidJson,   ///< text that is not JSON, or a value that cannot be written as JSON
+    cancelled,     ///< the user said no
+    noCredential,  ///< no passkey that could answer
+    notAllowed,    ///< user verification failed, or the request is not for us
+    storage,       ///< the keyring or the disk did not keep or give what was asked
 };
 
 /// A failure of the platform under the system. The description is one sentence (or two) that says

@@ -57,9 +57,9 @@ struct TextDescription {
 struct OverlayDescription {
     ButtonDescription button;
     std::optional<TextDescription> text;
-    double spacing = 0;      ///< between button and text
-    double padding = 0;      ///< around both, inside the panel
-    double cornerRadius = 0; ///< of the panel
+    double spacing = 0;       ///< between button and text
+    double padding = 0;       ///< around both, inside the panel
+    double cornerRadius = 0;  ///< of the panel
     double bottomPadding = 0; ///< between the panel and the window's lower edge
 };
 

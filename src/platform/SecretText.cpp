@@ -19,7 +19,9 @@ void wipe(std::string& text) {
 
 SecretText::SecretText(std::string_view text) : text(text) {}
 
-SecretText::SecretText(SecretText&& other) noexcept : text(other.text) { wipe(other.text); }
+SecretText::SecretText(SecretText&& other) noexcept : text(other.text) {
+    wipe(other.text);
+}
 
 SecretText& SecretText::operator=(SecretText&& other) noexcept {
     if (this != &other) {
@@ -30,6 +32,8 @@ SecretText& SecretText::operator=(SecretText&& other) noexcept {
     return *this;
 }
 
-SecretText::~SecretText() { wipe(text); }
+SecretText::~SecretText() {
+    wipe(text);
+}
 
 } // namespace kelo::platform

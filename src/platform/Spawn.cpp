@@ -50,7 +50,9 @@ void spawn(Task<void> task) {
     });
 }
 
-std::size_t spawnedTaskCount() { return running().size(); }
+std::size_t spawnedTaskCount() {
+    return running().size();
+}
 
 void dropSpawnedTasks() {
     // A frame that is destroyed may spawn or end others, so take them one at a time.

@@ -13,8 +13,8 @@ void spawn(Task<void> task);
 /// How many spawned tasks have not ended yet.
 std::size_t spawnedTaskCount();
 
-/// Drops every spawned task that has not ended, wherever it is suspended. For the end of the process
-/// and of a test, before the objects go that the tasks refer to.
+/// Drops every spawned task that has not ended, wherever it is suspended. For the end of the
+/// process and of a test, before the objects go that the tasks refer to.
 void dropSpawnedTasks();
 
 } // namespace kelo::platform

@@ -42,9 +42,8 @@ std::optional<int> hexDigit(char c) {
 } // namespace
 
 std::optional<Url> Url::parse(std::string_view text) {
-    const bool clean = std::none_of(text.begin(), text.end(), [](unsigned char c) {
-        return c <= 0x20 || c == 0x7f;
-    });
+    const bool clean = std::none_of(text.begin(), text.end(),
+                                    [](unsigned char c) { return c <= 0x20 || c == 0x7f; });
     const auto separator = text.find("://");
     if (!clean || separator == std::string_view::npos || separator == 0 ||
         !std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(separator),
@@ -65,11 +64,11 @@ std::optional<Url> Url::parse(std::string_view text) {
     url.port_ = defaultPort(url.scheme_);
     const auto bracket = authority.rfind(']');
     const auto colon = authority.rfind(':');
-    if (colon != std::string_view::npos &&
-        (bracket == std::string_view::npos || colon > bracket)) {
+    if (colon != std::string_view::npos && (bracket == std::string_view::npos || colon > bracket)) {
         const std::string_view digits = authority.substr(colon + 1);
         std::uint16_t port = 0;
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+        const auto [end, error] =
+            std::from_chars(digits.data(), digits.data() + digits.size(), port);
         if (error != std::errc() || end != digits.data() + digits.size())
             return std::nullopt;
         url.port_ = port;

@@ -5,7 +5,8 @@ namespace kelo::platform {
 namespace {
 
 struct Sequence {
-    std::size_t length; ///< bytes taken; of an ill-formed one, its longest valid beginning, at least 1
+    std::size_t
+        length; ///< bytes taken; of an ill-formed one, its longest valid beginning, at least 1
     bool wellFormed;
 };
 
@@ -42,19 +43,6 @@ bool isWellFormedUtf8(std::string_view text) {
         at += sequence.length;
     }
     return true;
-}
-
-std::string repairedUtf8(std::string_view text) {
-    std::string result;
-    for (std::size_t at = 0; at < text.size();) {
-        const Sequence sequence = sequenceAt(text, at);
-        if (sequence.wellFormed)
-            result += text.substr(at, sequence.length);
-        else
-            result += "\uFFFD";
-        at += sequence.length;
-    }
-    return result;
 }
 
 } // namespace kelo::platform

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace kelo::platform {
@@ -8,8 +7,5 @@ namespace kelo::platform {
 /// Well-formed in the sense of Unicode table 3-7: no overlong forms, no surrogates, nothing above
 /// U+10FFFF.
 bool isWellFormedUtf8(std::string_view text);
-
-/// The text with every ill-formed sequence replaced by U+FFFD.
-std::string repairedUtf8(std::string_view text);
 
 } // namespace kelo::platform

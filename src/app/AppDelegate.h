@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/Application.h"
+
+namespace kelo {
+
+/// Keeps the program running without a window: it lives in the tray until the user quits it.
+class AppDelegate final : public platform::ApplicationDelegate {
+public:
+    bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }
+};
+
+} // namespace kelo

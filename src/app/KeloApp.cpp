@@ -1,0 +1,71 @@
+#include "app/KeloApp.h"
+
+#include "app/MenuBarContent.h"
+#include "app/SettingsView.h"
+#include "passkey/RegistrationCommand.h"
+#include "web/ContentView.h"
+
+namespace kelo {
+
+namespace {
+
+using Observed = std::vector<std::shared_ptr<platform::ObservableObject>>;
+
+} // namespace
+
+KeloApp::KeloApp()
+    : web(&WebModel::make),
+      passkey([] { return std::make_shared<PasskeyAuthenticator>(); }),
+      registrar([] { return std::make_shared<PasskeyRegistrar>(); }),
+      voice([] { return std::make_shared<VoiceController>(); }) {}
+
+platform::SceneGraph KeloApp::body() {
+    return {mainWindowGroup(), menuBarExtra(), settings()};
+}
+
+platform::WindowGroup KeloApp::mainWindowGroup() const {
+    platform::WindowGroup group;
+    group.identifier = "main";
+    group.content.body = [web = web, passkey = passkey] {
+        // The page's first load begins in the web model's making, so that comes first.
+        const auto model = web.get();
+        return ContentView{model, passkey.get()}.body();
+    };
+    group.content.observed = [web = web, passkey = passkey] {
+        return Observed{web.get(), passkey.get()};
+    };
+    // Each appearance, not each start: the controller is ready for that, and the hotkey must not
+    // work before there has been a window.
+    group.onAppear = [voice = voice, web = web] { voice.get()->start(web.get()); };
+    group.defaultSize = {1100, 760};
+    group.commands = {accountMenu()};
+    return group;
+}
+
+platform::CommandMenu KeloApp::accountMenu() const {
+    platform::CommandMenu menu;
+    menu.title = "Account";
+    menu.items.body = [web = web, registrar = registrar] {
+        const RegistrationCommand command(registrar.get(),
+                                          [web] { return web.get()->currentCookies(); });
+        return command.menu();
+    };
+    menu.items.observed = [registrar = registrar] { return Observed{registrar.get()}; };
+    return menu;
+}
+
+platform::MenuBarExtra KeloApp::menuBarExtra() {
+    platform::MenuBarExtra extra;
+    extra.title = "Kelo";
+    extra.systemImage = "brain";
+    extra.content.body = [] { return MenuBarContent().body(); };
+    return extra;
+}
+
+platform::SettingsScene KeloApp::settings() {
+    platform::SettingsScene scene;
+    scene.content.body = [] { return SettingsView().body(); };
+    return scene;
+}
+
+} // namespace kelo

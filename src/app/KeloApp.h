@@ -1,0 +1,36 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "app/StateObject.h"
+#include "passkey/PasskeyAuthenticator.h"
+#include "passkey/PasskeyRegistrar.h"
+#include "platform/Application.h"
+#include "voice/VoiceController.h"
+#include "web/WebModel.h"
+
+namespace kelo {
+
+/// The program: its long-lived objects, each made when first read, and the scenes that show them.
+/// Every behaviour it wires together has its own home.
+class KeloApp final : public platform::App {
+public:
+    /// Only notes how the objects are made; none is made yet.
+    KeloApp();
+
+    platform::ApplicationDelegate& applicationDelegate() override { return appDelegate; }
+    platform::SceneGraph body() override;
+
+private:
+    platform::WindowGroup mainWindowGroup() const;
+    platform::CommandMenu accountMenu() const;
+    static platform::MenuBarExtra menuBarExtra();
+    static platform::SettingsScene settings();
+
+    AppDelegate appDelegate;
+    StateObject<WebModel> web;
+    StateObject<PasskeyAuthenticator> passkey;
+    StateObject<PasskeyRegistrar> registrar;
+    StateObject<VoiceController> voice;
+};
+
+} // namespace kelo

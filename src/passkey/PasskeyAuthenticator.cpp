@@ -1,0 +1,157 @@
+#include "passkey/PasskeyAuthenticator.h"
+
+#include "passkey/Base64URL.h"
+#include "passkey/BusyScope.h"
+#include "passkey/FormEncoding.h"
+#include "passkey/PasskeyError.h"
+#include "passkey/ServiceEndpoints.h"
+#include "platform/Desktop.h"
+#include "platform/Invariant.h"
+
+#include <algorithm>
+
+namespace kelo {
+
+namespace {
+
+using platform::Bytes;
+using platform::HttpCookie;
+using platform::HttpReply;
+using platform::Task;
+
+/// The credentials the service allows, or nothing when it names none or not as a list of objects.
+/// An element whose id cannot be read is left out; the list may end up empty.
+std::optional<std::vector<platform::PlatformPublicKeyCredentialDescriptor>>
+allowedCredentials(const nlohmann::json& options) {
+    const auto member = options.find("allowCredentials");
+    if (member == options.end() || !member->is_array() || member->empty() ||
+        !std::all_of(member->begin(), member->end(),
+                     [](const nlohmann::json& element) { return element.is_object(); }))
+        return std::nullopt;
+    std::vector<platform::PlatformPublicKeyCredentialDescriptor> descriptors;
+    for (const nlohmann::json& element : *member) {
+        const auto text = stringMember(element, "id");
+        auto id = text ? base64URLDecode(*text) : std::nullopt;
+        if (id)
+            descriptors.push_back({*std::move(id)});
+    }
+    return descriptors;
+}
+
+const Bytes& required(const std::optional<Bytes>& part) {
+    if (!part)
+        platform::invariantBroken("an assertion has authenticator data, signature and user ID");
+    return *part;
+}
+
+} // namespace
+
+PasskeyAuthenticator::PasskeyAuthenticator()
+    : session(platform::Desktop::current().makeEphemeralHttpSession()) {}
+
+Task<std::vector<HttpCookie>> PasskeyAuthenticator::signIn() {
+    busy = true;
+    const BusyScope scope(busy);
+    errorMessage = std::nullopt;
+    const nlohmann::json options = co_await fetchAssertionOptions();
+    const auto credential = co_await performAssertion(options);
+    co_await completeSignIn(assertionJSON(credential));
+    co_return sessionCookies();
+}
+
+Task<nlohmann::json> PasskeyAuthenticator::fetchAssertionOptions() {
+    const HttpReply reply =
+        co_await session->data(endpointRequest(endpoint::assertionOptions, "POST"));
+    if (reply.status != 200)
+        throw PasskeyError::optionsFailed();
+    nlohmann::json options = parseJson(reply.body);
+    if (!options.is_object())
+        throw PasskeyError::optionsFailed();
+    co_return options;
+}
+
+Task<platform::PlatformAssertionCredential>
+PasskeyAuthenticator::performAssertion(nlohmann::json options) {
+    const auto text = stringMember(options, "challenge");
+    const auto challenge = text ? base64URLDecode(*text) : std::nullopt;
+    if (!challenge)
+        throw PasskeyError::optionsFailed();
+
+    // The relying party is ours, whatever the service may name: a passkey made for this service
+    // must not be used to sign for another.
+    const platform::PlatformPublicKeyCredentialProvider provider{
+        std::string(relyingPartyIdentifier())};
+    auto request = provider.createCredentialAssertionRequest(*challenge);
+    request.allowedCredentials = allowedCredentials(options);
+    request.userVerificationPreference = stringMember(options, "userVerification");
+    platform::AuthorizationRequest authorization = std::move(request);
+    co_return co_await perform(std::move(authorization), weak_from_this());
+}
+
+nlohmann::json
+PasskeyAuthenticator::assertionJSON(const platform::PlatformAssertionCredential& credential) {
+    const std::string id = base64URLEncode(credential.credentialId);
+    return {
+        {"id", id},
+        {"rawId", id},
+        {"type", "public-key"},
+        {"authenticatorAttachment", "platform"},
+        {"clientExtensionResults", nlohmann::json::object()},
+        {"response",
+         {
+             {"clientDataJSON", base64URLEncode(credential.rawClientDataJson)},
+             {"authenticatorData", base64URLEncode(required(credential.rawAuthenticatorData))},
+             {"signature", base64URLEncode(required(credential.signature))},
+             {"userHandle", base64URLEncode(required(credential.userId))},
+         }},
+    };
+}
+
+Task<std::string> PasskeyAuthenticator::fetchCsrfToken() {
+    const HttpReply reply = co_await session->data(endpointURL(endpoint::signInCsrf));
+    const auto body = parsedJson(reply.body);
+    const auto token = body ? stringMember(*body, "csrfToken") : std::nullopt;
+    if (!token)
+        throw PasskeyError::badResponse("No CSRF token");
+    co_return *token;
+}
+
+Task<void> PasskeyAuthenticator::completeSignIn(nlohmann::json assertion) {
+    const std::string token = co_await fetchCsrfToken();
+    const FormFields fields = {
+        {"csrfToken", token},
+        {"passkeyAssertion", serializeJson(assertion)},
+        {"callbackUrl", serviceBaseURL().absoluteString()},
+        {"json", "true"},
+    };
+    auto request = endpointRequest(endpoint::credentialsCallback, "POST");
+    request.headers = {{"Content-Type", "application/x-www-form-urlencoded"},
+                       {"X-Auth-Return-Redirect", "true"}};
+    if (const auto form = formEncode(fields))
+        request.body = platform::bytesOf(*form);
+
+    const HttpReply reply = co_await session->data(std::move(request));
+    if (!reply.status)
+        throw PasskeyError::badResponse("No response");
+    if (*reply.status >= 400)
+        throw PasskeyError::signInRejected();
+    // The service may refuse with a success status and say so in the address it wants shown next.
+    const auto body = parsedJson(reply.body);
+    const auto next = body ? stringMember(*body, "url") : std::nullopt;
+    if (next && next->find("error") != std::string::npos)
+        throw PasskeyError::signInRejected();
+}
+
+std::vector<HttpCookie> PasskeyAuthenticator::sessionCookies() const {
+    std::vector<HttpCookie> cookies;
+    if (const auto* storage = session->cookieStorage())
+        cookies = storage->cookies(serviceBaseURL()).value_or(std::vector<HttpCookie>());
+    const bool signedIn = std::any_of(cookies.begin(), cookies.end(), [](const HttpCookie& cookie) {
+        return cookie.name.find(sessionTokenMark) != std::string::npos;
+    });
+    if (!signedIn)
+        throw PasskeyError::noSessionCookie();
+    return cookies;
+}
+
+} // namespace kelo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/LocalizedError.h"
+
+#include <string>
+
+namespace kelo {
+
+/// How a passkey flow fails by its own rules. Failures of the platform are not wrapped into it:
+/// they reach the user with the platform's own text.
+class PasskeyError final : public platform::LocalizedError {
+public:
+    enum class Case { badResponse, optionsFailed, noSessionCookie, signInRejected };
+
+    /// Carries its own description, shown unchanged.
+    static PasskeyError badResponse(std::string text);
+    static PasskeyError optionsFailed();
+    static PasskeyError noSessionCookie();
+    static PasskeyError signInRejected();
+
+    Case kind() const { return kind_; }
+    std::string localizedDescription() const override;
+
+    friend bool operator==(const PasskeyError& left, const PasskeyError& right) {
+        return left.kind_ == right.kind_ && left.text == right.text;
+    }
+
+private:
+    explicit PasskeyError(Case kind, std::string text = {});
+
+    Case kind_;
+    std::string text; ///< of badResponse only
+};
+
+} // namespace kelo

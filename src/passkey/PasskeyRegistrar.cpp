@@ -1,0 +1,161 @@
+#include "passkey/PasskeyRegistrar.h"
+
+#include "passkey/Base64URL.h"
+#include "passkey/BusyScope.h"
+#include "passkey/PasskeyError.h"
+#include "passkey/ServiceEndpoints.h"
+#include "platform/Desktop.h"
+
+namespace kelo {
+
+namespace {
+
+using platform::Bytes;
+using platform::HttpReply;
+using platform::SecretText;
+using platform::Task;
+
+std::string joinedCookies(const std::vector<platform::HttpCookie>& cookies) {
+    std::string header;
+    for (const platform::HttpCookie& cookie : cookies) {
+        if (!header.empty())
+            header += "; ";
+        header += cookie.name + '=' + cookie.value;
+    }
+    return header;
+}
+
+std::optional<Bytes> bytesMember(const nlohmann::json& value, std::string_view name) {
+    const auto text = stringMember(value, name);
+    return text ? base64URLDecode(*text) : std::nullopt;
+}
+
+nlohmann::json attestationJSON(const platform::PlatformRegistrationCredential& credential) {
+    if (!credential.rawAttestationObject)
+        throw PasskeyError::badResponse("No attestation object from authenticator.");
+    const std::string id = base64URLEncode(credential.credentialId);
+    return {
+        {"id", id},
+        {"rawId", id},
+        {"type", "public-key"},
+        {"authenticatorAttachment", "platform"},
+        {"clientExtensionResults", nlohmann::json::object()},
+        {"response",
+         {
+             {"clientDataJSON", base64URLEncode(credential.rawClientDataJson)},
+             {"attestationObject", base64URLEncode(*credential.rawAttestationObject)},
+             {"transports", nlohmann::json::array({"internal"})},
+         }},
+    };
+}
+
+/// The verify request's body. The service tells password and code apart, so it gets the same text
+/// under both names.
+Bytes verifyBody(nlohmann::json attestation, const SecretText& passwordOrCode) {
+    nlohmann::json body = {
+        {"response", std::move(attestation)},
+        {"label", "Mac (Kelo)"},
+        {"password", passwordOrCode.view()},
+        {"mfaCode", passwordOrCode.view()},
+    };
+    const auto wipeSecrets = [&body] {
+        platform::wipe(body["password"].get_ref<std::string&>());
+        platform::wipe(body["mfaCode"].get_ref<std::string&>());
+    };
+    try {
+        std::string text = serializeJson(body);
+        wipeSecrets();
+        Bytes bytes = platform::bytesOf(text);
+        platform::wipe(text);
+        return bytes;
+    } catch (...) {
+        wipeSecrets();
+        throw;
+    }
+}
+
+} // namespace
+
+PasskeyRegistrar::PasskeyRegistrar() : base(serviceBaseURL()), rpID(relyingPartyIdentifier()) {}
+
+Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> cookies,
+                                             SecretText passwordOrCode) {
+    busy = true;
+    const BusyScope scope(busy);
+    message = std::nullopt;
+    const std::string cookieHeader = joinedCookies(cookies);
+    if (cookieHeader.find(sessionTokenMark) == std::string::npos)
+        throw PasskeyError::badResponse("Log in first, then register a passkey.");
+
+    const std::string token = co_await fetchCsrfToken(cookieHeader);
+    const nlohmann::json options = co_await fetchCreationOptions(cookieHeader, token);
+    const auto credential = co_await performRegistration(options);
+    nlohmann::json attestation = attestationJSON(credential);
+
+    auto request = authorizedRequest(endpoint::registrationVerify, "POST", cookieHeader);
+    request.headers.emplace_back("x-csrf-token", token);
+    request.headers.emplace_back("Content-Type", "application/json");
+    request.body = verifyBody(std::move(attestation), passwordOrCode);
+    const HttpReply reply =
+        co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
+    if (reply.status == 200) {
+        message = "Passkey registered on this Mac.";
+        co_return;
+    }
+    const auto body = parsedJson(reply.body);
+    const auto reason = body ? stringMember(*body, "reason") : std::nullopt;
+    throw PasskeyError::badResponse("Registration failed: " + reason.value_or("server rejected") +
+                                    ".");
+}
+
+platform::UrlRequest PasskeyRegistrar::authorizedRequest(std::string_view path,
+                                                         std::string_view method,
+                                                         const std::string& cookieHeader) const {
+    auto request = endpointRequest(path, method);
+    request.url = base.appendingPathComponent(path);
+    request.headers = {{"Cookie", cookieHeader}};
+    return request;
+}
+
+Task<std::string> PasskeyRegistrar::fetchCsrfToken(std::string cookieHeader) {
+    auto request = authorizedRequest(endpoint::registrationCsrf, "GET", cookieHeader);
+    const HttpReply reply =
+        co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
+    const auto body = reply.status == 200 ? parsedJson(reply.body) : std::nullopt;
+    const auto token = body ? stringMember(*body, "token") : std::nullopt;
+    if (!token)
+        throw PasskeyError::badResponse("Not signed in (could not get CSRF token).");
+    co_return *token;
+}
+
+Task<nlohmann::json> PasskeyRegistrar::fetchCreationOptions(std::string cookieHeader,
+                                                            std::string token) {
+    auto request = authorizedRequest(endpoint::registrationOptions, "POST", cookieHeader);
+    request.headers.emplace_back("x-csrf-token", token);
+    const HttpReply reply =
+        co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
+    if (reply.status != 200)
+        throw PasskeyError::badResponse("Could not start passkey registration.");
+    nlohmann::json options = parseJson(reply.body);
+    if (!options.is_object())
+        throw PasskeyError::badResponse("Could not start passkey registration.");
+    co_return options;
+}
+
+Task<platform::PlatformRegistrationCredential>
+PasskeyRegistrar::performRegistration(nlohmann::json options) {
+    auto challenge = bytesMember(options, "challenge");
+    const auto user = options.is_object() ? options.find("user") : options.end();
+    auto userId = user != options.end() ? bytesMember(*user, "id") : std::nullopt;
+    if (!challenge || !userId)
+        throw PasskeyError::badResponse("Bad registration options.");
+    std::string name =
+        stringMember(*user, "name").value_or(stringMember(*user, "displayName").value_or("Kelo"));
+
+    const platform::PlatformPublicKeyCredentialProvider provider{rpID};
+    platform::AuthorizationRequest request = provider.createCredentialRegistrationRequest(
+        *std::move(challenge), std::move(name), *std::move(userId));
+    co_return co_await perform(std::move(request), weak_from_this());
+}
+
+} // namespace kelo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "passkey/PasskeyAuthenticator.h"
+#include "platform/SceneGraph.h"
+#include "web/WebModel.h"
+
+#include <memory>
+
+namespace kelo {
+
+/// What the main window shows: the web application and, over its login page alone, the native
+/// sign-in button. Holds no state: the picture follows from path, busy and errorMessage.
+struct ContentView {
+    std::shared_ptr<WebModel> web;
+    std::shared_ptr<PasskeyAuthenticator> passkey;
+
+    platform::WebContentDescription body() const;
+
+private:
+    bool isOnLoginPage() const;
+    platform::OverlayDescription overlay() const;
+    static platform::Task<void> signIn(std::shared_ptr<WebModel> web,
+                                       std::shared_ptr<PasskeyAuthenticator> passkey);
+};
+
+} // namespace kelo

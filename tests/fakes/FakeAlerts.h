@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Alert.h"
+#include "platform/Continuation.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kelo::fakes {
+
+/// Alerts that stay up until the test answers them.
+class FakeAlerts final : public platform::AlertPresenter {
+public:
+    platform::Task<platform::AlertOutcome> runModal(platform::Alert alert) override {
+        shown.push_back(std::move(alert));
+        co_return co_await platform::withCheckedContinuation<platform::AlertOutcome>(
+            [&](platform::CheckedContinuation<platform::AlertOutcome> continuation) {
+                pending = continuation;
+            });
+    }
+
+    bool isUp() const { return pending.has_value(); }
+
+    void answer(int returnCode, std::string_view fieldText = {}) {
+        const auto continuation = std::exchange(pending, std::nullopt);
+        continuation.value().resume({returnCode, platform::SecretText(fieldText)});
+    }
+
+    std::vector<platform::Alert> shown;
+
+private:
+    std::optional<platform::CheckedContinuation<platform::AlertOutcome>> pending;
+};
+
+} // namespace kelo::fakes

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/Continuation.h"
+#include "platform/HttpSession.h"
+
+#include <deque>
+#include <exception>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace kelo::fakes {
+
+/// A session whose replies a test lays out beforehand, and which keeps every request.
+class FakeHttpSession final : public platform::HttpSession, public platform::HttpCookieStorage {
+public:
+    struct Sent {
+        platform::UrlRequest request;
+        /// Sent by the plain fetch of a URL, without settings of its own.
+        bool byUrl = false;
+    };
+
+    /// The next request without an answer gets this one.
+    void reply(std::optional<int> status, std::string body) {
+        answers.emplace_back(platform::HttpReply{platform::bytesOf(body), status});
+    }
+    void fail(std::exception_ptr error) { answers.emplace_back(std::move(error)); }
+    /// The next request without an answer stays open until the continuation is resumed.
+    void holdNext() { answers.emplace_back(Hold{}); }
+
+    platform::Task<platform::HttpReply> data(platform::UrlRequest request) override {
+        sent.push_back({std::move(request), false});
+        return answer();
+    }
+    platform::Task<platform::HttpReply> data(platform::Url url) override {
+        sent.push_back({platform::UrlRequest{std::move(url)}, true});
+        return answer();
+    }
+    const platform::HttpCookieStorage* cookieStorage() const override {
+        return hasStorage ? this : nullptr;
+    }
+    std::optional<std::vector<platform::HttpCookie>>
+    cookies(const platform::Url& url) const override {
+        askedCookiesFor.push_back(url.absoluteString());
+        return storedCookies;
+    }
+
+    std::vector<Sent> sent;
+    std::optional<platform::CheckedContinuation<platform::HttpReply>> held;
+    bool hasStorage = true;
+    std::optional<std::vector<platform::HttpCookie>> storedCookies =
+        std::vector<platform::HttpCookie>();
+    mutable std::vector<std::string> askedCookiesFor;
+
+private:
+    struct Hold {};
+    using Answer = std::variant<platform::HttpReply, std::exception_ptr, Hold>;
+
+    platform::Task<platform::HttpReply> answer() {
+        if (answers.empty())
+            throw std::logic_error("a request was sent that the test did not expect: " +
+                                   sent.back().request.url.absoluteString());
+        Answer next = std::move(answers.front());
+        answers.pop_front();
+        return deliver(std::move(next));
+    }
+
+    platform::Task<platform::HttpReply> deliver(Answer next) {
+        co_return co_await platform::withCheckedContinuation<platform::HttpReply>(
+            [&](platform::CheckedContinuation<platform::HttpReply> continuation) {
+                if (auto* reply = std::get_if<platform::HttpReply>(&next))
+                    continuation.resume(std::move(*reply));
+                else if (auto* error = std::get_if<std::exception_ptr>(&next))
+                    continuation.fail(*error);
+                else
+                    held = continuation;
+            });
+    }
+
+    std::deque<Answer> answers;
+};
+
+} // namespace kelo::fakes

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Continuation.h"
+#include "platform/EmbeddedWebView.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::fakes {
+
+/// A web view without an engine: it notes what it is asked and "finishes" when a test says so.
+class FakeWebView final : public platform::EmbeddedWebView, public platform::CookieStore {
+public:
+    FakeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration)
+        : frame(frame), configuration(std::move(configuration)) {}
+
+    void load(platform::UrlRequest request) override {
+        calls.push_back("load " + request.url.absoluteString());
+        loads.push_back(std::move(request));
+    }
+    std::optional<platform::Url> url() const override { return shown; }
+    void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override {
+        calls.push_back("setNavigationDelegate");
+        navigationDelegate = std::move(delegate);
+    }
+    void setAllowsBackForwardNavigationGestures(bool allowed) override {
+        calls.push_back(allowed ? "allow gestures" : "forbid gestures");
+    }
+    platform::CookieStore& cookieStore() override { return *this; }
+
+    platform::Task<void> setCookie(platform::HttpCookie cookie) override {
+        calls.push_back("set " + cookie.name);
+        co_await platform::withCheckedContinuation<void>(
+            [&](platform::CheckedContinuation<void> continuation) {
+                if (holdsCookieCompletions)
+                    pendingCookie = continuation;
+                else
+                    continuation.resume();
+            });
+        cookies.push_back(std::move(cookie));
+    }
+    platform::Task<std::vector<platform::HttpCookie>> getAllCookies() override {
+        calls.push_back("get all cookies");
+        co_return cookies;
+    }
+
+    /// The page at the URL has finished loading.
+    void finishNavigation(const char* text) {
+        shown = text ? platform::Url::parse(text) : std::nullopt;
+        if (const auto delegate = navigationDelegate.lock())
+            delegate->didFinishNavigation(*this);
+    }
+
+    const platform::Rectangle frame;
+    const platform::WebViewConfiguration configuration;
+    std::vector<std::string> calls;
+    std::vector<platform::UrlRequest> loads;
+    std::vector<platform::HttpCookie> cookies;
+    std::weak_ptr<platform::NavigationDelegate> navigationDelegate;
+    std::optional<platform::Url> shown;
+    bool holdsCookieCompletions = false;
+    std::optional<platform::CheckedContinuation<void>> pendingCookie;
+};
+
+} // namespace kelo::fakes

@@ -1,0 +1,129 @@
+#pragma once
+
+#include "fakes/FakeAlerts.h"
+#include "fakes/FakeApplication.h"
+#include "fakes/FakeAuthorization.h"
+#include "fakes/FakeFileSystem.h"
+#include "fakes/FakeHttpSession.h"
+#include "fakes/FakeMainLoop.h"
+#include "fakes/FakeWebView.h"
+#include "platform/Desktop.h"
+#include "platform/LocalizedError.h"
+#include "platform/Spawn.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::fakes {
+
+struct FakeClock final : platform::Clock {
+    std::chrono::system_clock::time_point now() const override { return time; }
+    std::chrono::system_clock::time_point time{};
+};
+
+/// Swaps every fake in at once for its own lifetime. At its end it drops the flows that are still
+/// suspended.
+class ScopedTestDesktop final : public platform::Desktop {
+public:
+    ScopedTestDesktop() : loopInstallation(loop), desktopInstallation(*this) {}
+    ~ScopedTestDesktop() override { platform::dropSpawnedTasks(); }
+    ScopedTestDesktop(const ScopedTestDesktop&) = delete;
+    ScopedTestDesktop& operator=(const ScopedTestDesktop&) = delete;
+
+    FakeApplication& application() override { return application_; }
+    FakeAlerts& alerts() override { return alerts_; }
+    FakeClock& clock() override { return clock_; }
+    FakeFileSystem& fileSystem() override { return fileSystem_; }
+
+    std::unique_ptr<platform::HttpSession> makeEphemeralHttpSession() override {
+        made.emplace_back("session");
+        auto session = std::make_unique<FakeHttpSession>();
+        ephemeralSessions.push_back(session.get());
+        return session;
+    }
+    FakeHttpSession& sharedHttpSession() override { return sharedSession; }
+
+    std::shared_ptr<platform::EmbeddedWebView>
+    makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) override {
+        made.emplace_back("web view");
+        webViews.push_back(std::make_shared<FakeWebView>(frame, std::move(configuration)));
+        return webViews.back();
+    }
+    std::shared_ptr<platform::AuthorizationController>
+    makeAuthorizationController(std::vector<platform::AuthorizationRequest> requests) override {
+        controllers.push_back(std::make_shared<FakeAuthorizationController>(std::move(requests)));
+        return controllers.back();
+    }
+
+    FakeMainLoop loop;
+    /// What was asked for, in order.
+    std::vector<std::string> made;
+    std::vector<FakeHttpSession*> ephemeralSessions;
+    FakeHttpSession sharedSession;
+    std::vector<std::shared_ptr<FakeWebView>> webViews;
+    std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
+
+private:
+    platform::MainLoop::Installation loopInstallation;
+    platform::Desktop::Installation desktopInstallation;
+    FakeApplication application_;
+    FakeAlerts alerts_;
+    FakeClock clock_;
+    FakeFileSystem fileSystem_;
+};
+
+/// What became of a flow that a test started.
+template <typename T>
+struct FlowResult {
+    std::optional<T> value;
+    std::exception_ptr error;
+    bool ended() const { return value || error; }
+    std::string errorText() const {
+        return error ? platform::localizedDescription(error) : std::string();
+    }
+    template <typename Error>
+    const Error* errorAs() const {
+        try {
+            if (error)
+                std::rethrow_exception(error);
+        } catch (const Error& known) {
+            return &known;
+        } catch (...) {
+        }
+        return nullptr;
+    }
+};
+
+namespace detail {
+
+template <typename T>
+platform::Task<void> follow(platform::Task<T> task, std::shared_ptr<FlowResult<T>> result) {
+    try {
+        result->value = co_await task;
+    } catch (...) {
+        result->error = std::current_exception();
+    }
+}
+
+inline platform::Task<bool> toTrue(platform::Task<void> task) {
+    co_await task;
+    co_return true;
+}
+
+} // namespace detail
+
+/// Starts a flow; the loop must run for it to get anywhere.
+template <typename T>
+std::shared_ptr<FlowResult<T>> start(platform::Task<T> task) {
+    auto result = std::make_shared<FlowResult<T>>();
+    platform::spawn(detail::follow(std::move(task), result));
+    return result;
+}
+
+inline std::shared_ptr<FlowResult<bool>> start(platform::Task<void> task) {
+    return start(detail::toTrue(std::move(task)));
+}
+
+} // namespace kelo::fakes

@@ -1,0 +1,164 @@
+#include "app/KeloApp.h"
+#include "app/UpdaterController.h"
+#include "fakes/ScopedTestDesktop.h"
+#include "log/DebugLog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace kelo {
+namespace {
+
+struct KeloAppTest : testing::Test {
+    fakes::ScopedTestDesktop desktop;
+    fakes::FakeApplication& application = desktop.application();
+    KeloApp app;
+
+    ~KeloAppTest() override { platform::dropSpawnedTasks(); }
+
+    void launch() {
+        application.run(app);
+        desktop.loop.runUntilIdle();
+    }
+    /// How often the voice controller was started, by its log line.
+    long starts() {
+        const std::string& log = desktop.fileSystem().files[std::string(debugLogPath)];
+        const std::string line = "VoiceController.start — widget = web /widget host\n";
+        long count = 0;
+        for (auto at = log.find(line); at != std::string::npos; at = log.find(line, at + 1))
+            ++count;
+        return count;
+    }
+    platform::MenuItem accountItem() {
+        const auto& menus = application.mainWindowGroup().commands;
+        return std::get<platform::MenuItem>(menus.at(0).items.body().at(0));
+    }
+};
+
+TEST_F(KeloAppTest, ConstructionMakesNoStateObject) {
+    EXPECT_TRUE(desktop.webViews.empty());
+    EXPECT_TRUE(desktop.ephemeralSessions.empty());
+}
+
+TEST_F(KeloAppTest, ReadingTheScenesMakesNoStateObjectEither) {
+    app.body();
+    EXPECT_TRUE(desktop.webViews.empty());
+    EXPECT_TRUE(desktop.ephemeralSessions.empty());
+    EXPECT_EQ(starts(), 0);
+}
+
+TEST_F(KeloAppTest, ScenesAreMainWindowMenuBarExtraAndSettingsInThisOrder) {
+    const auto scenes = app.body();
+    ASSERT_EQ(scenes.size(), 3u);
+    const auto& main = std::get<platform::WindowGroup>(scenes[0]);
+    EXPECT_EQ(main.identifier, "main");
+    EXPECT_EQ(main.defaultSize, (platform::Size{1100, 760}));
+    const auto& extra = std::get<platform::MenuBarExtra>(scenes[1]);
+    EXPECT_EQ(extra.title, "Kelo");
+    EXPECT_EQ(extra.systemImage, "brain");
+    EXPECT_TRUE(std::holds_alternative<platform::SettingsScene>(scenes[2]));
+}
+
+TEST_F(KeloAppTest, NewMainWindowHasTheDefaultSize) {
+    launch();
+    EXPECT_EQ(application.windowAt(0).size, (platform::Size{1100, 760}));
+}
+
+TEST_F(KeloAppTest, AccountMenuHasItsOneItem) {
+    launch();
+    const auto& menus = application.mainWindowGroup().commands;
+    ASSERT_EQ(menus.size(), 1u);
+    EXPECT_EQ(menus[0].title, "Account");
+    EXPECT_EQ(menus[0].items.body().size(), 1u);
+    EXPECT_EQ(accountItem().label, "Register a Passkey on This Mac…");
+    EXPECT_FALSE(accountItem().shortcut);
+}
+
+TEST_F(KeloAppTest, AccountItemIsDisabledWhileARegistrationRuns) {
+    launch();
+    desktop.webViews.at(0)->cookies = {{"session-token", "x", "localhost"}};
+    int redraws = 0;
+    std::vector<platform::Observation> observations;
+    for (const auto& object : application.mainWindowGroup().commands[0].items.observed())
+        observations.push_back(object->observe([&] { ++redraws; }));
+    accountItem().action();
+    desktop.loop.runUntilIdle();
+    desktop.sharedSession.holdNext();
+    desktop.alerts().answer(1000, "code");
+    desktop.loop.runUntilIdle();
+    EXPECT_FALSE(accountItem().enabled);
+    EXPECT_GT(redraws, 0);
+    desktop.sharedSession.held->resume({{}, 500});
+    redraws = 0;
+    desktop.loop.runUntilIdle();
+    EXPECT_TRUE(accountItem().enabled);
+    EXPECT_GT(redraws, 0);
+}
+
+TEST_F(KeloAppTest, AccountItemReadsTheCookiesOfTheOneWebModel) {
+    launch();
+    accountItem().action();
+    desktop.loop.runUntilIdle();
+    const auto& calls = desktop.webViews.at(0)->calls;
+    EXPECT_NE(std::find(calls.begin(), calls.end(), "get all cookies"), calls.end());
+    EXPECT_EQ(desktop.alerts().shown.at(0).messageText, "Bevestig registratie");
+}
+
+TEST_F(KeloAppTest, WebModelIsMadeBeforeTheAuthenticatorAndTheWindow) {
+    const auto scenes = app.body();
+    std::get<platform::WindowGroup>(scenes[0]).content.body();
+    EXPECT_EQ(desktop.made, (std::vector<std::string>{"web view", "session"}));
+    EXPECT_EQ(desktop.webViews.at(0)->loads.size(), 1u);
+    EXPECT_TRUE(application.open.empty());
+}
+
+TEST_F(KeloAppTest, SecondMainWindowMakesNoNewStateObjects) {
+    launch();
+    application.openWindow("main");
+    EXPECT_EQ(application.open.size(), 2u);
+    EXPECT_EQ(desktop.webViews.size(), 1u);
+    EXPECT_EQ(desktop.ephemeralSessions.size(), 1u);
+    EXPECT_EQ(application.windowAt(0).content.webView, application.windowAt(1).content.webView);
+}
+
+TEST_F(KeloAppTest, ContentIsRedrawnForTheWebModelAndTheAuthenticator) {
+    launch();
+    const auto observed = application.mainWindowGroup().content.observed();
+    ASSERT_EQ(observed.size(), 2u);
+    int redraws = 0;
+    const auto web = observed[0]->observe([&] { ++redraws; });
+    desktop.webViews.at(0)->finishNavigation("https://host/login");
+    EXPECT_EQ(redraws, 1);
+    EXPECT_TRUE(application.mainWindowGroup().content.body().overlay);
+}
+
+TEST_F(KeloAppTest, VoiceStartsOnlyWhenAMainWindowHasAppeared) {
+    app.body();
+    EXPECT_EQ(starts(), 0);
+    launch();
+    EXPECT_EQ(starts(), 1);
+}
+
+TEST_F(KeloAppTest, ClosingTheLastWindowLeavesTheProgramRunning) {
+    launch();
+    application.closeWindow(application.windows().at(0));
+    EXPECT_TRUE(application.open.empty());
+    EXPECT_FALSE(application.terminated);
+    EXPECT_FALSE(app.applicationDelegate().applicationShouldTerminateAfterLastWindowClosed());
+}
+
+TEST_F(KeloAppTest, ReopenedMainWindowStartsVoiceOnceMore) {
+    launch();
+    application.closeWindow(application.windows().at(0));
+    application.openWindow("main");
+    EXPECT_EQ(starts(), 2);
+    EXPECT_EQ(desktop.webViews.size(), 1u);
+}
+
+TEST_F(KeloAppTest, UpdaterIsOneForTheProcess) {
+    EXPECT_EQ(&UpdaterController::shared(), &UpdaterController::shared());
+}
+
+} // namespace
+} // namespace kelo

@@ -1,0 +1,30 @@
+#include "web/UserScript.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace kelo {
+namespace {
+
+TEST(UserScript, HasItsExactLengthAndLines) {
+    const std::string_view script = hidePasskeyButtonsScript;
+    EXPECT_EQ(script.size(), 452u);
+    const auto continuationBytes = std::count_if(script.begin(), script.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+    });
+    EXPECT_EQ(script.size() - static_cast<std::size_t>(continuationBytes), 450u);
+    EXPECT_EQ(std::count(script.begin(), script.end(), '\n'), 12);
+    EXPECT_FALSE(script.ends_with('\n'));
+    EXPECT_EQ(script.find('\r'), std::string_view::npos);
+}
+
+TEST(UserScript, LooksForTheLabelsOfTheNativeButton) {
+    for (const std::string_view label : {signInLabel, waitingLabel})
+        EXPECT_NE(hidePasskeyButtonsScript.find("t==='" + std::string(label) + "'"),
+                  std::string_view::npos);
+}
+
+} // namespace
+} // namespace kelo
