@@ -1,0 +1,64 @@
+#include "linux/desktop/PosixFileSystem.h"
+
+#include "linux/glib/FileDescriptor.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+/// Nothing when the path cannot be opened or is not a regular file. O_NONBLOCK keeps a FIFO that
+/// someone put there from holding us up.
+FileDescriptor openRegular(const std::string& path, int flags) {
+    FileDescriptor file(
+        ::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, 0600));
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return FileDescriptor();
+    return file;
+}
+
+bool writeAll(int file, platform::ByteView bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+class PosixFile final : public platform::OpenFile {
+public:
+    explicit PosixFile(FileDescriptor file) : file(std::move(file)) {}
+    void seekToEnd() override { ::lseek(file.get(), 0, SEEK_END); }
+    void write(platform::ByteView bytes) override { writeAll(file.get(), bytes); }
+
+private:
+    FileDescriptor file;
+};
+
+} // namespace
+
+std::unique_ptr<platform::OpenFile> PosixFileSystem::openForWriting(const std::string& path) {
+    auto file = openRegular(path, 0);
+    if (!file)
+        return nullptr;
+    return std::make_unique<PosixFile>(std::move(file));
+}
+
+bool PosixFileSystem::writeWholeFile(const std::string& path, platform::ByteView bytes) {
+    const auto file = openRegular(path, O_CREAT);
+    // Truncated only once it is known to be a regular file.
+    return file && ::ftruncate(file.get(), 0) == 0 && writeAll(file.get(), bytes);
+}
+
+} // namespace kelo::desktop

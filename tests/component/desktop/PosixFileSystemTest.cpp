@@ -1,0 +1,101 @@
+#include "linux/desktop/PosixFileSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace kelo::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::bytesOf;
+
+struct PosixFileSystemTest : testing::Test {
+    PosixFileSystemTest() {
+        std::string pattern = (fs::temp_directory_path() / "kelo-test-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+        path = (folder / "file").string();
+    }
+    ~PosixFileSystemTest() override { fs::remove_all(folder); }
+
+    static std::string content(const fs::path& file) {
+        std::ifstream stream(file);
+        return (std::ostringstream() << stream.rdbuf()).str();
+    }
+
+    PosixFileSystem files;
+    fs::path folder;
+    std::string path;
+};
+
+TEST_F(PosixFileSystemTest, MissingFileIsNotOpenedAndNotCreated) {
+    EXPECT_EQ(files.openForWriting(path), nullptr);
+    EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(PosixFileSystemTest, WholeFileIsCreatedForItsOwnerAlone) {
+    const auto umaskBefore = umask(0);
+    EXPECT_TRUE(files.writeWholeFile(path, bytesOf("one\n")));
+    umask(umaskBefore);
+    EXPECT_EQ(content(path), "one\n");
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
+}
+
+TEST_F(PosixFileSystemTest, WholeFileReplacesLongerContent) {
+    std::ofstream(path) << "something longer";
+    EXPECT_TRUE(files.writeWholeFile(path, bytesOf("one")));
+    EXPECT_EQ(content(path), "one");
+}
+
+TEST_F(PosixFileSystemTest, OpenedFileIsNotTruncatedAndAppendedToAtItsEnd) {
+    std::ofstream(path) << "one\n";
+    {
+        const auto file = files.openForWriting(path);
+        ASSERT_TRUE(file);
+        file->seekToEnd();
+        file->write(bytesOf("two\n"));
+    }
+    EXPECT_EQ(content(path), "one\ntwo\n");
+}
+
+TEST_F(PosixFileSystemTest, SymbolicLinkIsNotFollowed) {
+    const auto target = folder / "target";
+    std::ofstream(target) << "precious";
+    fs::create_symlink(target, path);
+    EXPECT_EQ(files.openForWriting(path), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
+    EXPECT_EQ(content(target), "precious");
+}
+
+TEST_F(PosixFileSystemTest, DanglingSymbolicLinkCreatesNothing) {
+    const auto target = folder / "target";
+    fs::create_symlink(target, path);
+    EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
+    EXPECT_FALSE(fs::exists(target));
+}
+
+TEST_F(PosixFileSystemTest, FifoNeitherBlocksNorIsWritten) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(files.openForWriting(path), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
+    // With a reader at its other end it could be opened, and is still refused.
+    const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(files.openForWriting(path), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
+    close(reader);
+}
+
+TEST_F(PosixFileSystemTest, FolderAndMissingFolderAreRefused) {
+    EXPECT_EQ(files.openForWriting(folder.string()), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(folder.string(), bytesOf("x")));
+    EXPECT_FALSE(files.writeWholeFile((folder / "none" / "file").string(), bytesOf("x")));
+}
+
+} // namespace
+} // namespace kelo::desktop
