@@ -2,6 +2,7 @@
 
 #include "linux/glib/AsyncResult.h"
 #include "linux/glib/SignalHandler.h"
+#include "linux/http/ChunkedBody.h"
 #include "linux/http/SoupUri.h"
 #include "linux/http/TransportErrors.h"
 
@@ -15,6 +16,11 @@ using platform::Url;
 using platform::UrlRequest;
 
 namespace {
+
+struct BytesDeleter {
+    void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
+};
+using BytesPointer = std::unique_ptr<GBytes, BytesDeleter>;
 
 /// What the signals of a message write down for the flow.
 struct Handshake {
@@ -62,9 +68,8 @@ GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& fir
     soup_message_set_site_for_cookies(message.get(), site.get());
     soup_message_set_first_party(message.get(), site.get());
     if (request.body) {
-        GBytes* const body = g_bytes_new(request.body->data(), request.body->size());
-        soup_message_set_request_body_from_bytes(message.get(), nullptr, body);
-        g_bytes_unref(body);
+        const BytesPointer body(g_bytes_new(request.body->data(), request.body->size()));
+        soup_message_set_request_body_from_bytes(message.get(), nullptr, body.get());
     }
     SoupMessageHeaders* const headers = soup_message_get_request_headers(message.get());
     for (const auto& [name, value] : request.headers) {
@@ -101,13 +106,55 @@ ExchangeReply headOf(SoupMessage* message, const Url& url) {
     return reply;
 }
 
+// The library takes an end of the connection between two chunks for the end of the body, and a
+// chunk size that is no number for the last one, so bodies in chunks are read from the connection
+// below it. The price is that such a connection is not used again. Null when the body is not in
+// chunks.
+GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
+    SoupMessageHeaders* const headers = soup_message_get_response_headers(message);
+    const guint status = soup_message_get_status(message);
+    const bool noBody = status == SOUP_STATUS_NO_CONTENT || status == SOUP_STATUS_NOT_MODIFIED ||
+                        g_str_equal(soup_message_get_method(message), SOUP_METHOD_HEAD);
+    if (noBody || soup_message_get_http_version(message) > SOUP_HTTP_1_1 ||
+        soup_message_headers_get_encoding(headers) != SOUP_ENCODING_CHUNKED)
+        return nullptr;
+    GInputStream* stream = body;
+    for (int layer = 0; layer < 2 && stream; ++layer)
+        stream = G_IS_FILTER_INPUT_STREAM(stream)
+                     ? g_filter_input_stream_get_base_stream(G_FILTER_INPUT_STREAM(stream))
+                     : nullptr;
+    return stream;
+}
+
+// Appends what was read to the body; true at its end.
+bool takePortion(GBytes* bytes, std::optional<ChunkedBody>& chunks, platform::Bytes& body,
+                 const Url& url) {
+    gsize size = 0;
+    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
+    bool finished = size == 0;
+    if (!chunks) {
+        body.insert(body.end(), data, data + size);
+    } else {
+        if (size == 0)
+            throw replyBrokenOffError(url);
+        const ChunkedBody::State state = chunks->take({data, size}, body);
+        if (state == ChunkedBody::State::malformed)
+            throw unreadableReplyError(url);
+        finished = state == ChunkedBody::State::finished;
+    }
+    if (body.size() > replyLimit)
+        throw replyTooLongError(url);
+    return finished;
+}
+
 } // namespace
 
 platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
                                        std::shared_ptr<const TrustedAuthority> authority,
                                        UrlRequest request, Url firstUrl, const Deadline& deadline) {
     const GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
-    SharedHandshake handshake(new Handshake{std::move(authority), request.url});
+    const auto handshake =
+        std::make_shared<Handshake>(Handshake{std::move(authority), request.url});
     connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);
     connectWithState(message.get(), "network-event", insistOnProperClose, handshake);
 
@@ -124,26 +171,24 @@ platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
         fail(*failure, TransferPhase::beforeReply, *handshake, request, deadline);
 
     ExchangeReply reply = headOf(message.get(), request.url);
-    constexpr gsize portion = 64 * 1024;
+    std::optional<ChunkedBody> chunks;
+    GInputStream* source = stream.get();
+    if (GInputStream* const connection = connectionBelow(message.get(), stream.get())) {
+        source = connection;
+        chunks.emplace();
+    }
     while (true) {
-        const auto read = [stream = stream.get(), cancellable](GAsyncReadyCallback ready,
-                                                               gpointer data) {
-            g_input_stream_read_bytes_async(stream, portion, G_PRIORITY_DEFAULT, cancellable, ready,
+        const auto read = [source, cancellable](GAsyncReadyCallback ready, gpointer data) {
+            constexpr gsize most = 64 * 1024;
+            g_input_stream_read_bytes_async(source, most, G_PRIORITY_DEFAULT, cancellable, ready,
                                             data);
         };
         const auto result = co_await asyncResult(read);
-        GBytes* const bytes = g_input_stream_read_bytes_finish(stream.get(), result.get(), &error);
+        GBytes* const bytes = g_input_stream_read_bytes_finish(source, result.get(), &error);
         if (const GErrorPointer failure(error); failure)
             fail(*failure, TransferPhase::insideReply, *handshake, request, deadline);
-        gsize size = 0;
-        const auto* data = static_cast<const std::uint8_t*>(g_bytes_get_data(bytes, &size));
-        const bool tooLong = reply.body.size() + size > replyLimit;
-        if (!tooLong)
-            reply.body.insert(reply.body.end(), data, data + size);
-        g_bytes_unref(bytes);
-        if (tooLong)
-            throw replyTooLongError(request.url);
-        if (size == 0)
+        const BytesPointer portion(bytes);
+        if (takePortion(portion.get(), chunks, reply.body, request.url))
             co_return reply;
     }
 }

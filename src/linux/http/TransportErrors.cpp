@@ -3,6 +3,7 @@
 #include <libsoup/soup.h>
 
 #include <string>
+#include <utility>
 
 namespace kelo::desktop {
 
@@ -19,12 +20,6 @@ std::string causeOf(const GError& error) {
 PlatformError cannotConnect(const platform::Url& url, const std::string& reason,
                             const GError& error) {
     return {PlatformErrorKind::cannotConnect, "Could not connect to " + url.host() + ": " + reason,
-            causeOf(error)};
-}
-
-PlatformError cutShort(const platform::Url& url, const GError& error) {
-    return {PlatformErrorKind::badReply,
-            "The reply from " + url.host() + " broke off before its end. Try again.",
             causeOf(error)};
 }
 
@@ -65,11 +60,9 @@ PlatformError connectionError(const GError& error, const platform::Url& url) {
 
 PlatformError transportError(const GError& error, TransferPhase phase, const platform::Url& url) {
     if (error.domain == SOUP_SESSION_ERROR)
-        return {PlatformErrorKind::badReply,
-                url.host() + " sent a reply that Kelo could not read. Try again later.",
-                causeOf(error)};
+        return unreadableReplyError(url, causeOf(error));
     if (phase == TransferPhase::insideReply)
-        return cutShort(url, error);
+        return replyBrokenOffError(url, causeOf(error));
     if (error.domain == G_RESOLVER_ERROR)
         return notFound(url, error);
     if (error.domain == G_TLS_ERROR)
@@ -111,6 +104,18 @@ PlatformError timeOutError(const platform::Url& url, std::chrono::seconds limit)
     return {PlatformErrorKind::timedOut, url.host() + " did not answer within " +
                                              std::to_string(limit.count()) + unit +
                                              ". Try again later."};
+}
+
+PlatformError replyBrokenOffError(const platform::Url& url, std::string cause) {
+    return {PlatformErrorKind::badReply,
+            "The reply from " + url.host() + " broke off before its end. Try again.",
+            std::move(cause)};
+}
+
+PlatformError unreadableReplyError(const platform::Url& url, std::string cause) {
+    return {PlatformErrorKind::badReply,
+            url.host() + " sent a reply that Kelo could not read. Try again later.",
+            std::move(cause)};
 }
 
 PlatformError replyTooLongError(const platform::Url& url) {

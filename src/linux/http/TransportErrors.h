@@ -6,6 +6,7 @@
 #include <gio/gio.h>
 
 #include <chrono>
+#include <string>
 
 namespace kelo::desktop {
 
@@ -23,5 +24,7 @@ platform::PlatformError certificateError(GTlsCertificateFlags problems, const pl
 
 platform::PlatformError timeOutError(const platform::Url& url, std::chrono::seconds limit);
 platform::PlatformError replyTooLongError(const platform::Url& url);
+platform::PlatformError replyBrokenOffError(const platform::Url& url, std::string cause = {});
+platform::PlatformError unreadableReplyError(const platform::Url& url, std::string cause = {});
 
 } // namespace kelo::desktop

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/Bytes.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kelo::desktop {
+
+/// Takes a body in chunks (RFC 9112, section 7.1) apart. Strict: what is not surely well formed is
+/// an error, and only the last chunk with its trailer ends the body. Extensions and trailer fields
+/// are skipped.
+class ChunkedBody {
+public:
+    enum class State { more, finished, malformed };
+
+    /// Takes the next bytes of the connection and appends what they hold to the body.
+    State take(std::string_view bytes, platform::Bytes& body);
+
+private:
+    enum class Expects { sizeLine, data, dataEnd, trailer };
+
+    bool takeLine();
+    bool takeSize();
+
+    Expects expects = Expects::sizeLine;
+    std::string line;
+    std::uint64_t left = 0;
+    bool done = false;
+};
+
+} // namespace kelo::desktop

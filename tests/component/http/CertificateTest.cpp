@@ -1,0 +1,91 @@
+#include "component/http/HttpFixture.h"
+
+namespace kelo::test {
+
+using platform::PlatformErrorKind;
+using platform::textOf;
+
+/// A server with the given certificate is refused with this sentence and never sees a request.
+class Certificate : public HttpFixture {
+protected:
+    void expectRefused(const Identity& shown, const std::string& sentence,
+                       std::string_view host = "localhost") {
+        const MisbehavingServer peer(shown, MisbehavingServer::saying(httpReply("secret")));
+        platform::UrlRequest request{*platform::Url::parse("https://" + std::string(host) + ":" +
+                                                           std::to_string(peer.port()) + "/")};
+        request.headers = {{"Cookie", "session-token=secret"}};
+        const auto error = failureOf(request);
+        EXPECT_EQ(error.kind(), PlatformErrorKind::insecure);
+        EXPECT_EQ(error.localizedDescription(), sentence);
+        EXPECT_TRUE(peer.requests().empty());
+    }
+
+    const std::string untrusted = "The certificate of localhost is not trusted on this computer, "
+                                  "so nothing was sent. Ask those who run the service.";
+};
+
+TEST_F(Certificate, OfTheTrustedAuthorityHolds) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("hello")));
+    EXPECT_EQ(textOf(fetch({peer->url()}).body), "hello");
+}
+
+TEST_F(Certificate, SelfSignedIsRefused) {
+    expectRefused(TestAuthority::selfSigned(), untrusted);
+}
+
+TEST_F(Certificate, OfAnotherAuthorityIsRefused) {
+    expectRefused(TestAuthority().issue(), untrusted);
+}
+
+TEST_F(Certificate, OfAnotherAuthorityOfTheSameNameIsRefused) {
+    expectRefused(TestAuthority("Kelo test authority").issue(), untrusted);
+}
+
+TEST_F(Certificate, ExpiredIsRefused) {
+    IdentityRequest request;
+    request.validFrom = -std::chrono::hours(24);
+    request.validUntil = -std::chrono::hours(1);
+    expectRefused(authority.issue(request),
+                  "The certificate of localhost has expired, so nothing was sent. Check the clock "
+                  "of this computer, or ask those who run the service.");
+}
+
+TEST_F(Certificate, NotYetValidIsRefused) {
+    IdentityRequest request;
+    request.validFrom = std::chrono::hours(2);
+    expectRefused(authority.issue(request),
+                  "The certificate of localhost is not valid yet, so nothing was sent. Check the "
+                  "clock of this computer.");
+}
+
+TEST_F(Certificate, ForAnotherHostIsRefused) {
+    IdentityRequest request;
+    request.hosts = {"example.org"};
+    expectRefused(authority.issue(request),
+                  "The certificate of localhost is made out to another host, so nothing was sent. "
+                  "Ask those who run the service.");
+}
+
+TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
+    const MisbehavingServer peer(TestAuthority::selfSigned(),
+                                 MisbehavingServer::saying(httpReply("secret")));
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(failureOf({peer.url()}).kind(), PlatformErrorKind::insecure);
+    EXPECT_TRUE(peer.requests().empty());
+}
+
+TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
+    Session strict(Session::Cookies::none, std::make_shared<desktop::TrustedAuthority>(""));
+    const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
+    EXPECT_THROW(rig.run(strict.data(peer->url())), platform::PlatformError);
+    EXPECT_TRUE(peer->requests().empty());
+}
+
+TEST_F(Certificate, UnreadableAuthorityTrustsNobody) {
+    Session strict(Session::Cookies::none, std::make_shared<desktop::TrustedAuthority>(
+                                               "-----BEGIN CERTIFICATE-----\nAA\n"));
+    const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
+    EXPECT_THROW(rig.run(strict.data(peer->url())), platform::PlatformError);
+}
+
+} // namespace kelo::test

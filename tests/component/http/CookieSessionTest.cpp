@@ -1,0 +1,115 @@
+#include "component/http/HttpFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace kelo::test {
+
+using platform::HttpCookie;
+using platform::SameSitePolicy;
+using platform::UrlRequest;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+/// A session with a cookie store of its own.
+class CookieSession : public HttpFixture {
+protected:
+    static MisbehavingServer::Behaviour settingCookies(std::vector<std::string> cookies) {
+        return MisbehavingServer::answering([cookies](const WireRequest& request) {
+            std::string headers;
+            if (request.target == "/set")
+                for (const std::string& cookie : cookies)
+                    headers += "Set-Cookie: " + cookie + "\r\n";
+            return httpReply("{}", headers);
+        });
+    }
+
+    std::vector<HttpCookie> cookiesFor(const platform::Url& url) {
+        return own.cookieStorage()->cookies(url).value();
+    }
+
+    Session own{Session::Cookies::inMemory, trusting(authority)};
+};
+
+TEST_F(CookieSession, SharedSessionHasNoStore) {
+    EXPECT_EQ(session.cookieStorage(), nullptr);
+    const auto peer = server(settingCookies({"a=1; Path=/"}));
+    fetch({peer->url("/set")});
+    fetch({peer->url("/next")});
+    EXPECT_FALSE(peer->requests().at(1).header("cookie"));
+}
+
+TEST_F(CookieSession, CookiesOfAReplyAreSentBack) {
+    const auto peer = server(settingCookies(
+        {"__Host-csrf=1; Path=/; Secure; HttpOnly; SameSite=Lax",
+         "__Secure-app.session-token=x%20y; Path=/; Secure; HttpOnly; SameSite=Strict"}));
+    rig.run(own.data(peer->url("/set")));
+    UrlRequest post{peer->url("/callback")};
+    post.method = "POST";
+    rig.run(own.data(post));
+    EXPECT_EQ(peer->requests().at(1).header("cookie"),
+              "__Host-csrf=1; __Secure-app.session-token=x%20y");
+}
+
+TEST_F(CookieSession, StoreGivesEveryAttribute) {
+    const auto peer = server(settingCookies(
+        {"__Secure-session-token=v; Path=/; Secure; HttpOnly; SameSite=Lax; Expires=Fri, 01 Jan "
+         "2100 00:00:00 GMT",
+         "plain=p; Path=/api"}));
+    rig.run(own.data(peer->url("/set")));
+
+    HttpCookie token;
+    token.name = "__Secure-session-token";
+    token.value = "v";
+    token.domain = "localhost";
+    token.secure = true;
+    token.httpOnly = true;
+    token.sameSite = SameSitePolicy::lax;
+    token.expires = std::chrono::sys_seconds(std::chrono::seconds(4102444800));
+    EXPECT_THAT(cookiesFor(peer->url()), ElementsAre(token));
+
+    HttpCookie plain;
+    plain.name = "plain";
+    plain.value = "p";
+    plain.domain = "localhost";
+    plain.path = "/api";
+    EXPECT_THAT(cookiesFor(peer->url("/api/x")), UnorderedElementsAre(token, plain));
+}
+
+TEST_F(CookieSession, CookiesThatDoNotApplyAreLeftOut) {
+    const auto peer = server(settingCookies({"a=1; Path=/api", "b=2; Path=/; Secure"}));
+    rig.run(own.data(peer->url("/set")));
+    EXPECT_THAT(cookiesFor(*platform::Url::parse("https://example.org")), IsEmpty());
+    EXPECT_EQ(cookiesFor(peer->url()).size(), 1u);
+}
+
+TEST_F(CookieSession, CookieOfARedirectIsKept) {
+    const auto peer = server(MisbehavingServer::answering([](const WireRequest& request) {
+        if (request.target == "/end")
+            return httpReply("{}");
+        return httpReply("", "Location: /end\r\nSet-Cookie: a=1; Path=/\r\n", "302 Found");
+    }));
+    rig.run(own.data(peer->url("/start")));
+    EXPECT_EQ(peer->requests().at(1).header("cookie"), "a=1");
+}
+
+TEST_F(CookieSession, ServerMayTakeACookieBack) {
+    const auto peer = server(MisbehavingServer::answering([](const WireRequest& request) {
+        const std::string line = request.target == "/set" ? "Set-Cookie: a=1; Path=/\r\n"
+                                                          : "Set-Cookie: a=; Path=/; Max-Age=0\r\n";
+        return httpReply("{}", line);
+    }));
+    rig.run(own.data(peer->url("/set")));
+    ASSERT_EQ(cookiesFor(peer->url()).size(), 1u);
+    rig.run(own.data(peer->url("/clear")));
+    EXPECT_THAT(cookiesFor(peer->url()), IsEmpty());
+}
+
+TEST_F(CookieSession, TwoSessionsShareNothing) {
+    const auto peer = server(settingCookies({"a=1; Path=/"}));
+    rig.run(own.data(peer->url("/set")));
+    const Session other(Session::Cookies::inMemory, trusting(authority));
+    EXPECT_THAT(other.cookieStorage()->cookies(peer->url()).value(), IsEmpty());
+}
+
+} // namespace kelo::test

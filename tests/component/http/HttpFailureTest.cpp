@@ -1,0 +1,187 @@
+#include "component/http/HttpFixture.h"
+
+namespace kelo::test {
+
+using platform::PlatformErrorKind;
+using platform::textOf;
+using platform::UrlRequest;
+
+using HttpFailure = HttpFixture;
+
+namespace {
+
+MisbehavingServer::Behaviour breakingOffAfter(std::string bytes) {
+    return [bytes = std::move(bytes)](ServerConnection& connection) {
+        if (!connection.read())
+            return;
+        connection.write(bytes);
+        connection.breakOff();
+    };
+}
+
+const std::string cutShort = "The reply from localhost broke off before its end. Try again.";
+
+} // namespace
+
+TEST_F(HttpFailure, RefusedConnectionIsNamed) {
+    platform::Url nobody = server(MisbehavingServer::saying(""))->url();
+    const auto error = failureOf({nobody});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
+    EXPECT_EQ(error.localizedDescription(), "Could not connect to localhost: Connection refused.");
+    EXPECT_NE(error.cause(), "");
+}
+
+TEST_F(HttpFailure, UnknownHostIsNamed) {
+    const auto error = failureOf({*platform::Url::parse("https://no-such-host.invalid/")});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
+    EXPECT_EQ(error.localizedDescription(),
+              "Could not find no-such-host.invalid. Check the network connection and try again.");
+}
+
+TEST_F(HttpFailure, ServerThatNeverAnswersTimesOut) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.waitForPeer();
+    });
+    UrlRequest request{peer->url()};
+    request.timeout = std::chrono::seconds(1);
+    const auto error = failureOf(request);
+    EXPECT_EQ(error.kind(), PlatformErrorKind::timedOut);
+    EXPECT_EQ(error.localizedDescription(),
+              "localhost did not answer within 1 second. Try again later.");
+    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+}
+
+TEST_F(HttpFailure, ServerThatDribblesTimesOut) {
+    // A byte whenever the last one has surely been looked at; each alone would keep a time-out
+    // between two reads from ever coming.
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n");
+        while (connection.write("x"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    });
+    UrlRequest request{peer->url()};
+    request.timeout = std::chrono::seconds(2);
+    const auto error = failureOf(request);
+    EXPECT_EQ(error.kind(), PlatformErrorKind::timedOut);
+    EXPECT_EQ(error.localizedDescription(),
+              "localhost did not answer within 2 seconds. Try again later.");
+}
+
+TEST_F(HttpFailure, RedirectsShareOneDeadline) {
+    const auto peer = server(MisbehavingServer::answering([](const WireRequest& request) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        return httpReply("", "Location: " + request.target + "x\r\n", "302 Found");
+    }));
+    UrlRequest request{peer->url("/")};
+    request.timeout = std::chrono::seconds(1);
+    EXPECT_EQ(failureOf(request).kind(), PlatformErrorKind::timedOut);
+}
+
+TEST_F(HttpFailure, DefaultTimeOutIsAMinute) {
+    EXPECT_EQ(UrlRequest{*platform::Url::parse("https://localhost")}.timeout,
+              std::chrono::seconds(60));
+}
+
+TEST_F(HttpFailure, ReplyShorterThanItsContentLengthIsNoReply) {
+    const auto peer =
+        server(MisbehavingServer::saying("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nshort"));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.localizedDescription(), cutShort);
+}
+
+TEST_F(HttpFailure, ReplyBrokenOffInsideItsContentLengthIsNoReply) {
+    const auto peer =
+        server(breakingOffAfter("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nshort"));
+    EXPECT_EQ(failureOf({peer->url()}).localizedDescription(), cutShort);
+}
+
+TEST_F(HttpFailure, ChunkedReplyWithoutItsLastChunkIsNoReply) {
+    const auto peer = server(MisbehavingServer::saying(
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nshort\r\n"));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.localizedDescription(), cutShort);
+}
+
+TEST_F(HttpFailure, ChunkCutInsideIsNoReply) {
+    const auto peer = server(MisbehavingServer::saying(
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nff\r\nshort"));
+    EXPECT_EQ(failureOf({peer->url()}).kind(), PlatformErrorKind::badReply);
+}
+
+TEST_F(HttpFailure, ChunkSizeThatIsNoNumberIsNoReply) {
+    const auto peer = server(MisbehavingServer::saying(
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nshort\r\n0\r\n\r\n"));
+    EXPECT_EQ(failureOf({peer->url()}).kind(), PlatformErrorKind::badReply);
+}
+
+TEST_F(HttpFailure, WholeChunkedReplyIsAReply) {
+    const auto peer = server(MisbehavingServer::saying(
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nwhole\r\n0\r\n\r\n"));
+    EXPECT_EQ(textOf(fetch({peer->url()}).body), "whole");
+}
+
+TEST_F(HttpFailure, ReplyWithoutLengthThatEndsProperlyIsAReply) {
+    const auto peer =
+        server(MisbehavingServer::saying("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nall of it"));
+    EXPECT_EQ(textOf(fetch({peer->url()}).body), "all of it");
+}
+
+TEST_F(HttpFailure, ReplyWithoutLengthAndWithoutProperCloseIsNoReply) {
+    const auto peer =
+        server(breakingOffAfter("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nall of it?"));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.localizedDescription(), cutShort);
+}
+
+TEST_F(HttpFailure, ConnectionLostBeforeTheReplyIsNamed) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.close();
+    });
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
+    EXPECT_EQ(error.localizedDescription(), "The connection to localhost was lost. Try again.");
+}
+
+TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {
+    const auto peer = server(MisbehavingServer::saying("220 mail.example.org ESMTP\r\n\r\n"));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.localizedDescription(),
+              "localhost sent a reply that Kelo could not read. Try again later.");
+}
+
+TEST_F(HttpFailure, ReplyOfSixteenMebibytesIsTaken) {
+    const std::string body(16 * 1024 * 1024, 'a');
+    const auto peer = server(MisbehavingServer::saying(httpReply(body)));
+    EXPECT_EQ(fetch({peer->url()}).body.size(), body.size());
+}
+
+TEST_F(HttpFailure, AnnouncedReplyAboveSixteenMebibytesIsDropped) {
+    const auto peer =
+        server(MisbehavingServer::saying("HTTP/1.1 200 OK\r\nContent-Length: " +
+                                         std::to_string(16 * 1024 * 1024 + 1) + "\r\n\r\nabc"));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.localizedDescription(),
+              "The reply from localhost was longer than 16 MiB and was dropped. Try again later.");
+}
+
+TEST_F(HttpFailure, EndlessReplyIsDroppedAtSixteenMebibytes) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.write("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n");
+        const std::string piece(64 * 1024, 'a');
+        while (connection.write(piece)) {
+        }
+    });
+    EXPECT_EQ(failureOf({peer->url()}).kind(), PlatformErrorKind::badReply);
+    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+}
+
+} // namespace kelo::test

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "component/http/LoopRig.h"
+#include "component/http/MisbehavingServer.h"
+#include "component/http/TestAuthority.h"
+#include "linux/http/SoupHttpSession.h"
+#include "platform/PlatformError.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kelo::test {
+
+/// A session that trusts an authority of the test's own, and servers certified by it.
+class HttpFixture : public testing::Test {
+protected:
+    using Session = desktop::SoupHttpSession;
+
+    static std::shared_ptr<const desktop::TrustedAuthority> trusting(const TestAuthority& root) {
+        return std::make_shared<const desktop::TrustedAuthority>(root.pem());
+    }
+
+    std::unique_ptr<MisbehavingServer> server(MisbehavingServer::Behaviour behaviour) {
+        return std::make_unique<MisbehavingServer>(identity, std::move(behaviour));
+    }
+
+    platform::HttpReply fetch(platform::UrlRequest request) {
+        return rig.run(session.data(std::move(request)));
+    }
+
+    /// The failure of the request; a test failure of its own when there is none.
+    platform::PlatformError failureOf(platform::UrlRequest request) {
+        try {
+            const auto reply = rig.run(session.data(std::move(request)));
+            ADD_FAILURE() << "expected a failure, got " << reply.body.size() << " bytes";
+        } catch (const platform::PlatformError& error) {
+            return error;
+        }
+        return {platform::PlatformErrorKind::cancelled, "no failure"};
+    }
+
+    static platform::UrlRequest get(platform::Url url) { return {std::move(url)}; }
+
+    LoopRig rig;
+    TestAuthority authority;
+    Identity identity = authority.issue();
+    Session session{Session::Cookies::none, trusting(authority)};
+};
+
+} // namespace kelo::test

@@ -1,0 +1,157 @@
+#include "component/http/HttpFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace kelo::test {
+
+using platform::bytesOf;
+using platform::textOf;
+using platform::UrlRequest;
+using testing::ElementsAre;
+
+using HttpRequest = HttpFixture;
+
+TEST_F(HttpRequest, PlainGetCarriesNothingButTheHost) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("hello")));
+    const auto reply = rig.run(session.data(peer->url("/api/csrf")));
+
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(textOf(reply.body), "hello");
+    ASSERT_EQ(peer->requests().size(), 1u);
+    const WireRequest seen = peer->requests().front();
+    EXPECT_EQ(seen.method, "GET");
+    EXPECT_EQ(seen.target, "/api/csrf");
+    EXPECT_THAT(seen.headerNames(), ElementsAre("connection", "host"));
+    EXPECT_EQ(seen.header("host"), "localhost:" + std::to_string(peer->port()));
+    EXPECT_EQ(seen.body, "");
+}
+
+TEST_F(HttpRequest, PostWithoutBodyHasNoContentType) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
+    UrlRequest request{peer->url("/api/options")};
+    request.method = "POST";
+    fetch(request);
+
+    const WireRequest seen = peer->requests().at(0);
+    EXPECT_EQ(seen.method, "POST");
+    EXPECT_THAT(seen.headerNames(), ElementsAre("connection", "content-length", "host"));
+    EXPECT_EQ(seen.header("content-length"), "0");
+}
+
+TEST_F(HttpRequest, HeadersAndBodyArriveAsGiven) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
+    UrlRequest request{peer->url("/api/verify?x=%2F#part")};
+    request.method = "POST";
+    request.headers = {{"Cookie", "a=1; __Secure-session-token=x y\"z"},
+                       {"x-csrf-token", ""},
+                       {"Content-Type", "application/json"}};
+    request.body = bytesOf(std::string("{\"a\":\0}", 7));
+    fetch(request);
+
+    const WireRequest seen = peer->requests().at(0);
+    EXPECT_EQ(seen.target, "/api/verify?x=%2F");
+    EXPECT_THAT(seen.headerNames(), ElementsAre("connection", "content-length", "content-type",
+                                                "cookie", "host", "x-csrf-token"));
+    EXPECT_EQ(seen.header("cookie"), "a=1; __Secure-session-token=x y\"z");
+    EXPECT_EQ(seen.header("x-csrf-token"), "");
+    EXPECT_EQ(seen.header("content-type"), "application/json");
+    EXPECT_EQ(seen.body, std::string("{\"a\":\0}", 7));
+}
+
+TEST_F(HttpRequest, LineBreakInHeaderIsRefusedAndNothingIsSent) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
+    UrlRequest request{peer->url()};
+    request.headers = {{"x-csrf-token", "abc\r\nX-Evil: yes"}};
+    EXPECT_EQ(failureOf(request).kind(), platform::PlatformErrorKind::badReply);
+    EXPECT_EQ(peer->connectionCount(), 0);
+}
+
+TEST_F(HttpRequest, UnencryptedAddressIsRefused) {
+    const auto error = failureOf({*platform::Url::parse("http://localhost:1/")});
+    EXPECT_EQ(error.kind(), platform::PlatformErrorKind::insecure);
+}
+
+TEST_F(HttpRequest, EveryStatusIsAReply) {
+    for (const char* status : {"201 Created", "204 No Content", "304 Not Modified",
+                               "400 Bad Request", "401 Unauthorized", "500 Oops"}) {
+        const auto peer = server(MisbehavingServer::saying(httpReply("", "", status)));
+        EXPECT_EQ(fetch({peer->url()}).status, std::stoi(status));
+    }
+}
+
+TEST_F(HttpRequest, ConnectionIsUsedAgain) {
+    const auto peer = server(MisbehavingServer::answering(
+        [](const WireRequest& request) { return httpReply(request.target); }));
+    EXPECT_EQ(textOf(fetch({peer->url("/one")}).body), "/one");
+    EXPECT_EQ(textOf(fetch({peer->url("/two")}).body), "/two");
+    EXPECT_EQ(peer->connectionCount(), 1);
+}
+
+TEST_F(HttpRequest, RequestsRunSideBySide) {
+    const auto peer = server(MisbehavingServer::answering(
+        [](const WireRequest& request) { return httpReply(request.target); }));
+    std::vector<std::string> bodies;
+    const auto collect = [](platform::Task<platform::HttpReply> task,
+                            std::vector<std::string>& bodies) -> platform::Task<void> {
+        const auto reply = co_await task;
+        bodies.push_back(textOf(reply.body));
+    };
+    for (int i = 0; i < 5; ++i)
+        platform::spawn(collect(session.data(peer->url("/" + std::to_string(i))), bodies));
+    ASSERT_TRUE(rig.runUntil([&] { return bodies.size() == 5; }));
+    EXPECT_THAT(bodies, testing::UnorderedElementsAre("/0", "/1", "/2", "/3", "/4"));
+}
+
+TEST_F(HttpRequest, DroppingTheTaskEndsTheConnection) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.waitForPeer();
+    });
+    bool ended = false;
+    const auto waitForReply = [](platform::Task<platform::HttpReply> task,
+                                 bool& ended) -> platform::Task<void> {
+        co_await task;
+        ended = true;
+    };
+    platform::spawn(waitForReply(session.data(peer->url()), ended));
+    ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
+    platform::dropSpawnedTasks();
+    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+    EXPECT_FALSE(ended);
+}
+
+TEST_F(HttpRequest, DroppingTheTaskInsideTheReplyEndsTheConnection) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nbegin");
+        connection.waitForPeer();
+    });
+    const auto waitForReply = [](platform::Task<platform::HttpReply> task) -> platform::Task<void> {
+        co_await task;
+    };
+    platform::spawn(waitForReply(session.data(peer->url())));
+    ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
+    // One more exchange on another connection: by then the first one's beginning has arrived.
+    const auto other = server(MisbehavingServer::saying(httpReply("x")));
+    fetch({other->url()});
+    platform::dropSpawnedTasks();
+    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+}
+
+TEST_F(HttpRequest, SessionMayGoWhileARequestIsDropped) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        connection.waitForPeer();
+    });
+    auto own = std::make_unique<Session>(Session::Cookies::inMemory, trusting(authority));
+    const auto waitForReply = [](platform::Task<platform::HttpReply> task) -> platform::Task<void> {
+        co_await task;
+    };
+    platform::spawn(waitForReply(own->data(peer->url())));
+    ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
+    platform::dropSpawnedTasks();
+    own.reset();
+    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+}
+
+} // namespace kelo::test

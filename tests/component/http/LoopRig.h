@@ -1,0 +1,78 @@
+#pragma once
+
+#include "linux/glib/GLibMainLoop.h"
+#include "platform/Spawn.h"
+#include "platform/Task.h"
+
+#include <gtest/gtest.h>
+
+#include <glib.h>
+
+#include <chrono>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace kelo::test {
+
+/// The GLib loop as the process's main loop, turned by the test.
+class LoopRig {
+public:
+    LoopRig() : installation(loop) {}
+    ~LoopRig() { platform::dropSpawnedTasks(); }
+
+    /// Turns the loop until the condition holds; false after 60 seconds.
+    bool runUntil(const std::function<bool()>& condition) {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        // What other threads do turns no loop by itself, so look again every few milliseconds.
+        const guint tick = g_timeout_add(
+            5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+        bool holds = condition();
+        for (; !holds && std::chrono::steady_clock::now() < limit; holds = condition())
+            g_main_context_iteration(nullptr, TRUE);
+        g_source_remove(tick);
+        return holds;
+    }
+
+    /// Runs the task to its end and hands out what it hands out.
+    template <typename T>
+    T run(platform::Task<T> task) {
+        auto outcome = std::make_shared<Outcome<T>>();
+        platform::spawn(settle<T>(std::move(task), outcome));
+        if (!runUntil([&outcome] { return outcome->ended; }))
+            throw std::runtime_error("the task did not end within a minute");
+        if (outcome->failure)
+            std::rethrow_exception(outcome->failure);
+        if constexpr (!std::is_void_v<T>)
+            return std::move(*outcome->value);
+    }
+
+private:
+    template <typename T>
+    struct Outcome {
+        std::optional<std::conditional_t<std::is_void_v<T>, bool, T>> value;
+        std::exception_ptr failure;
+        bool ended = false;
+    };
+
+    template <typename T>
+    static platform::Task<void> settle(platform::Task<T> task,
+                                       std::shared_ptr<Outcome<T>> outcome) {
+        try {
+            if constexpr (std::is_void_v<T>)
+                co_await task;
+            else
+                outcome->value.emplace(co_await task);
+        } catch (...) {
+            outcome->failure = std::current_exception();
+        }
+        outcome->ended = true;
+    }
+
+    desktop::GLibMainLoop loop;
+    platform::MainLoop::Installation installation;
+};
+
+} // namespace kelo::test

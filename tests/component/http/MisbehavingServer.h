@@ -1,0 +1,104 @@
+#pragma once
+
+#include "component/http/TestAuthority.h"
+#include "platform/Url.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace kelo::test {
+
+/// One request as it came over the wire.
+struct WireRequest {
+    std::string method;
+    std::string target;
+    /// In the order and spelling of the wire.
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string body;
+
+    /// The value of the first header of that name, whatever its case; nothing when there is none.
+    std::optional<std::string> header(std::string_view name) const;
+    /// Names in small letters, sorted.
+    std::vector<std::string> headerNames() const;
+};
+
+/// The server's end of one connection, TLS already set up. Every call blocks its own thread.
+class ServerConnection {
+public:
+    virtual ~ServerConnection() = default;
+    /// The next request; nothing when the peer has gone.
+    virtual std::optional<WireRequest> read() = 0;
+    /// False when the peer has gone.
+    virtual bool write(std::string_view bytes) = 0;
+    /// Ends TLS and the connection as the protocols want it.
+    virtual void close() = 0;
+    /// Ends the connection without a word in TLS.
+    virtual void breakOff() = 0;
+    /// Waits until the peer ends the connection.
+    virtual void waitForPeer() = 0;
+};
+
+/// An HTTPS server on a free port of the loopback device, that does as it is told: the behaviour is
+/// run once for each connection, in a thread of its own.
+class MisbehavingServer {
+public:
+    using Behaviour = std::function<void(ServerConnection&)>;
+    using Answer = std::function<std::string(const WireRequest&)>;
+
+    MisbehavingServer(const Identity& identity, Behaviour behaviour);
+    ~MisbehavingServer();
+
+    /// Answers every request of a connection, one after another.
+    static Behaviour answering(Answer answer);
+    /// Answers one request with these bytes, and closes in order.
+    static Behaviour saying(std::string bytes);
+
+    /// https://localhost:port and the path.
+    platform::Url url(std::string_view path = "") const;
+    std::string origin() const;
+    std::uint16_t port() const { return port_; }
+
+    /// Those that were read so far, over all connections.
+    std::vector<WireRequest> requests() const;
+    /// How many connections were accepted, whatever became of them.
+    int connectionCount() const;
+    /// How many connections have ended.
+    int endedCount() const;
+
+private:
+    class Connection;
+    struct Tls;
+
+    void acceptAll();
+    void serve(int socket);
+    void record(const WireRequest& request);
+
+    Behaviour behaviour;
+    std::unique_ptr<Tls> tls;
+    int listener = -1;
+    std::uint16_t port_ = 0;
+
+    mutable std::mutex mutex;
+    std::vector<WireRequest> seen;
+    std::vector<int> open;
+    int accepted = 0;
+    int ended = 0;
+    bool stopping = false;
+    std::vector<std::thread> workers;
+    std::thread acceptor;
+};
+
+/// A complete HTTP/1.1 reply with a Content-Length; extraHeaders are whole lines, each with its
+/// end.
+std::string httpReply(std::string_view body, std::string_view extraHeaders = "",
+                      std::string_view status = "200 OK");
+
+} // namespace kelo::test
