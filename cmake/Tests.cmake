@@ -1,13 +1,15 @@
 # kelo_test(NAME unit_web LABEL unit SOURCES ... LINKS kelo_web ... [PROPERTIES ...])
 #   One GoogleTest program and one ctest entry; each TEST inside is named after the rule it holds.
-#   LABEL is unit, component or e2e.
+#   LABEL is unit, component or e2e. LAUNCHER, if any, is a program with arguments that runs the test,
+#   for instance ${KELO_WITH_DISPLAY}: a display, a session bus and a home of its own.
+set(KELO_WITH_DISPLAY ${PROJECT_SOURCE_DIR}/tests/component/with-display)
 function(kelo_test)
-  cmake_parse_arguments(TEST "" "NAME;LABEL" "SOURCES;LINKS;PROPERTIES" ${ARGN})
+  cmake_parse_arguments(TEST "" "NAME;LABEL" "SOURCES;LINKS;LAUNCHER;PROPERTIES" ${ARGN})
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_include_directories(${TEST_NAME} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${TEST_NAME} PRIVATE kelo_compiler ${TEST_LINKS} GTest::gmock GTest::gtest_main)
   set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
   # One ctest entry a program, not a test: a process start each would triple the time of a run.
-  add_test(NAME ${TEST_NAME} COMMAND ${TEST_NAME})
+  add_test(NAME ${TEST_NAME} COMMAND ${TEST_LAUNCHER} $<TARGET_FILE:${TEST_NAME}>)
   set_tests_properties(${TEST_NAME} PROPERTIES LABELS ${TEST_LABEL} TIMEOUT 300 ${TEST_PROPERTIES})
 endfunction()
