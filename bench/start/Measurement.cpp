@@ -1,0 +1,103 @@
+#include "start/Measurement.h"
+
+#include "e2e/rig/ChildProcess.h"
+#include "start/ProcessTree.h"
+
+#include <stdexcept>
+#include <sys/stat.h>
+#include <thread>
+
+namespace kelo::bench {
+
+namespace {
+
+using Clock = WindowWatch::Clock;
+
+constexpr std::chrono::seconds patience{60};
+constexpr std::chrono::seconds settling{4};
+constexpr std::chrono::seconds idleWindow{10};
+
+/// The demo page's button: no toolkit of the candidates draws in this colour.
+constexpr std::uint32_t pageColour = 0x2f5d50;
+constexpr std::size_t leastPixels = 200;
+
+double milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+double mebibytes(std::uint64_t kibibytes) {
+    return static_cast<double>(kibibytes) / 1024;
+}
+
+bool exists(pid_t process) {
+    struct stat status {};
+    return stat(("/proc/" + std::to_string(process)).c_str(), &status) == 0;
+}
+
+/// The next start must find neither the processes of this one nor their files in use.
+void endWithTree(rig::ChildProcess& process) {
+    const auto tree = processTree(process.identifier());
+    process.end();
+    const auto deadline = Clock::now() + patience;
+    for (const pid_t member : tree) {
+        while (exists(member) && Clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
+double sum(const std::vector<pid_t>& tree, std::uint64_t (*value)(pid_t)) {
+    std::uint64_t total = 0;
+    for (const pid_t member : tree)
+        total += value(member);
+    return static_cast<double>(total);
+}
+
+double& at(Sample& sample, Quantity quantity) {
+    return sample[static_cast<std::size_t>(quantity)];
+}
+
+} // namespace
+
+Pixel findPaintedPixel(const WindowWatch& watch, const Candidate& candidate,
+                       const std::filesystem::path& log) {
+    rig::ChildProcess process(candidate.command, candidate.environment, log);
+    const auto pixel = watch.awaitArea(pageColour, leastPixels, Clock::now() + patience);
+    if (!pixel)
+        throw std::runtime_error(candidate.name + " did not show the page: " + process.printed());
+    std::this_thread::sleep_for(settling);
+    const auto settled = watch.awaitArea(pageColour, leastPixels, Clock::now() + patience);
+    endWithTree(process);
+    return settled.value_or(*pixel);
+}
+
+Sample measure(const WindowWatch& watch, const Candidate& candidate,
+               const std::filesystem::path& log) {
+    Sample sample{};
+    watch.reset();
+    const auto start = Clock::now();
+    rig::ChildProcess process(candidate.command, candidate.environment, log);
+    const auto mapped = watch.awaitMapped(start + patience);
+    const auto painted = watch.awaitColour(candidate.painted, pageColour, start + patience);
+    if (!mapped || !painted)
+        throw std::runtime_error(candidate.name + " did not show the page: " + process.printed());
+    at(sample, Quantity::mapped) = milliseconds(*mapped - start);
+    at(sample, Quantity::painted) = milliseconds(*painted - start);
+
+    std::this_thread::sleep_for(settling);
+    const auto tree = processTree(process.identifier());
+    const auto pid = process.identifier();
+    at(sample, Quantity::interfaceMemory) = mebibytes(proportionalSetSize(pid));
+    at(sample, Quantity::treeMemory) = sum(tree, proportionalSetSize) / 1024;
+
+    const double interfaceBefore = static_cast<double>(voluntarySwitches(pid));
+    const double treeBefore = sum(tree, voluntarySwitches);
+    std::this_thread::sleep_for(idleWindow);
+    const double seconds = std::chrono::duration<double>(idleWindow).count();
+    at(sample, Quantity::interfaceWakeUps) =
+        (static_cast<double>(voluntarySwitches(pid)) - interfaceBefore) / seconds;
+    at(sample, Quantity::treeWakeUps) = (sum(tree, voluntarySwitches) - treeBefore) / seconds;
+    endWithTree(process);
+    return sample;
+}
+
+} // namespace kelo::bench

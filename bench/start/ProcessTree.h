@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <sys/types.h>
+#include <vector>
+
+namespace kelo::bench {
+
+/// A process and everything it started, itself first.
+std::vector<pid_t> processTree(pid_t root);
+
+/// Proportional set size in KiB: shared pages count by their share. 0 when it is gone.
+std::uint64_t proportionalSetSize(pid_t process);
+
+/// How often the threads of a process have gone to sleep by themselves so far: each time one of
+/// them was woken before.
+std::uint64_t voluntarySwitches(pid_t process);
+
+} // namespace kelo::bench
