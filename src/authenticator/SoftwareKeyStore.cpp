@@ -12,9 +12,29 @@ namespace {
 using platform::PlatformError;
 using platform::PlatformErrorKind;
 
-CreatedKey createNow(WrappingKeySource& source) {
+/// Lives in the flow that waits for the worker, and stops the work when that flow is dropped: an
+/// unlock prompt nobody waits for any more should go, and the worker be free for the next.
+class StopWhenDropped {
+public:
+    StopWhenDropped() = default;
+    ~StopWhenDropped() { source.request_stop(); }
+    StopWhenDropped(const StopWhenDropped&) = delete;
+    StopWhenDropped& operator=(const StopWhenDropped&) = delete;
+    std::stop_token token() const { return source.get_token(); }
+
+private:
+    std::stop_source source;
+};
+
+void throwIfStopped(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+}
+
+CreatedKey createNow(WrappingKeySource& source, const std::stop_token& stop) {
+    throwIfStopped(stop);
     // The wrapping key first: without it there must be no key at all.
-    const SecretBytes wrappingKey = source.findOrCreate();
+    const SecretBytes wrappingKey = source.findOrCreate(stop);
     const P256Key key = P256Key::generate();
     return {key.publicKey(), wrapPrivateKey(wrappingKey, key)};
 }
@@ -29,8 +49,9 @@ CreatedKey createNow(WrappingKeySource& source) {
 }
 
 platform::Bytes signNow(WrappingKeySource& source, platform::ByteView wrapped,
-                        platform::ByteView digest) {
-    const std::optional<SecretBytes> wrappingKey = source.find();
+                        platform::ByteView digest, const std::stop_token& stop) {
+    throwIfStopped(stop);
+    const std::optional<SecretBytes> wrappingKey = source.find(stop);
     if (!wrappingKey)
         wrappingKeyLost("the keyring holds no wrapping key");
     const auto opened = unwrapPrivateKey(*wrappingKey, wrapped);
@@ -53,14 +74,16 @@ SoftwareKeyStore::SoftwareKeyStore(std::shared_ptr<WrappingKeySource> source,
     : source(std::move(source)), worker(worker) {}
 
 platform::Task<CreatedKey> SoftwareKeyStore::create() {
-    auto job = [source = source] { return createNow(*source); };
+    const StopWhenDropped stop;
+    auto job = [source = source, stop = stop.token()] { return createNow(*source, stop); };
     co_return co_await platform::onWorker(worker, std::move(job));
 }
 
 platform::Task<platform::Bytes> SoftwareKeyStore::sign(platform::Bytes wrappedPrivateKey,
                                                        platform::Bytes digest) {
-    auto job = [source = source, wrapped = std::move(wrappedPrivateKey),
-                digest = std::move(digest)] { return signNow(*source, wrapped, digest); };
+    const StopWhenDropped stop;
+    auto job = [source = source, wrapped = std::move(wrappedPrivateKey), digest = std::move(digest),
+                stop = stop.token()] { return signNow(*source, wrapped, digest, stop); };
     co_return co_await platform::onWorker(worker, std::move(job));
 }
 

@@ -1,0 +1,37 @@
+#include "linux/glib/WorkerThread.h"
+
+#include <utility>
+
+namespace kelo::desktop {
+
+WorkerThread::~WorkerThread() {
+    if (thread.joinable()) {
+        thread.request_stop();
+        thread.join();
+    }
+}
+
+void WorkerThread::perform(std::function<void()> job) {
+    const std::lock_guard lock(mutex);
+    jobs.push_back(std::move(job));
+    if (!thread.joinable())
+        thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
+    arrived.notify_one();
+}
+
+void WorkerThread::run(const std::stop_token& stop) {
+    while (true) {
+        std::function<void()> job;
+        {
+            std::unique_lock lock(mutex);
+            if (!arrived.wait(lock, stop, [this] { return !jobs.empty(); }) ||
+                stop.stop_requested())
+                return;
+            job = std::move(jobs.front());
+            jobs.pop_front();
+        }
+        job();
+    }
+}
+
+} // namespace kelo::desktop
