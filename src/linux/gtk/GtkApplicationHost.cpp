@@ -1,0 +1,207 @@
+#include "linux/gtk/GtkApplicationHost.h"
+
+#include "deployment/Deployment.h"
+#include "linux/gtk/ColorScheme.h"
+#include "linux/gtk/MainWindow.h"
+#include "linux/gtk/MenuBar.h"
+#include "linux/gtk/ModalWindow.h"
+#include "linux/gtk/Program.h"
+#include "linux/gtk/SettingsWindow.h"
+#include "linux/gtk/Style.h"
+#include "platform/MainLoop.h"
+
+#include <glibmm/init.h>
+#include <glibmm/miscutils.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+/// Texts follow the user's language, but the C++ streams of other rooms must not begin to group the
+/// digits of a port number, as they would under the user's locale.
+void keepStreamsPlain() {
+    Glib::set_init_to_users_preferred_locale(false);
+}
+
+} // namespace
+
+GtkApplicationHost::GtkApplicationHost() {
+    keepStreamsPlain();
+    const std::string identifier(deployment::applicationIdentifier);
+    // Desktops match windows to the desktop entry by this name.
+    Glib::set_prgname(identifier);
+    Glib::set_application_name(programName);
+    application = Gtk::Application::create(identifier);
+    application->signal_startup().connect([this] { startUp(); });
+    application->signal_activate().connect([this] { activated(); });
+}
+
+GtkApplicationHost::~GtkApplicationHost() = default;
+
+int GtkApplicationHost::run(platform::App& toRun) {
+    app = &toRun;
+    const int status = application->run();
+    mainWindows.clear();
+    settings.reset();
+    menuBar_.reset();
+    colorScheme.reset();
+    scenes.clear();
+    app = nullptr;
+    return status;
+}
+
+void GtkApplicationHost::startUp() {
+    loadStyle();
+    colorScheme = std::make_unique<ColorScheme>(application->get_dbus_connection());
+    Gtk::Window::set_default_icon_name(std::string(deployment::applicationIdentifier));
+    addActions();
+    // Whether the program outlives its last window is the delegate's to say, not the toolkit's.
+    application->hold();
+}
+
+void GtkApplicationHost::addActions() {
+    application->add_action("quit", [this] { terminate(); });
+    application->add_action("preferences", [this] { openSettings(); });
+    application->add_action("open-main", [this] { activated(); });
+    application->set_accel_for_action("app.quit", "<Control>q");
+    application->set_accel_for_action("app.preferences", "<Control>comma");
+    application->set_accel_for_action("win.close", "<Control>w");
+}
+
+void GtkApplicationHost::activated() {
+    if (!scenesRead) {
+        scenesRead = true;
+        scenes = app->body();
+    }
+    if (const auto* first = firstWindowGroup())
+        openWindow(first->identifier);
+}
+
+void GtkApplicationHost::activate() {
+    const auto open = programWindows();
+    if (!open.empty())
+        present(*open.front());
+}
+
+void GtkApplicationHost::terminate() {
+    application->quit();
+}
+
+void GtkApplicationHost::openWindow(std::string_view identifier) {
+    if (const auto open = mainWindows.find(identifier); open != mainWindows.end()) {
+        present(*open->second);
+        return;
+    }
+    const auto* group = windowGroup(identifier);
+    if (!group)
+        return;
+    // Before the window is built: reading the content sets its page loading, and the page takes
+    // longer than the window.
+    const auto description = group->content.body();
+    const auto window =
+        std::make_shared<MainWindow>(*group, description, menuBar().model(),
+                                     [this, name = group->identifier] { mainWindowClosed(name); });
+    mainWindows.emplace(group->identifier, window);
+    application->add_window(*window);
+    present(*window);
+}
+
+void GtkApplicationHost::openSettings() {
+    if (!settings) {
+        const auto* scene = settingsScene();
+        if (!scene)
+            return;
+        settings = std::make_shared<SettingsWindow>(
+            *scene, [this] { windowClosed(std::exchange(settings, nullptr)); });
+        application->add_window(*settings);
+    }
+    present(*settings);
+}
+
+void GtkApplicationHost::present(Gtk::Window& window) {
+    window.present();
+    // While a dialog is up, it is the one that can be answered.
+    if (auto* modal = ModalWindow::topmost())
+        modal->present();
+}
+
+void GtkApplicationHost::mainWindowClosed(const std::string& identifier) {
+    auto closed = mainWindows.extract(identifier);
+    if (closed.empty())
+        return;
+    closed.mapped()->releaseWebView();
+    windowClosed(std::move(closed.mapped()));
+}
+
+void GtkApplicationHost::windowClosed(std::shared_ptr<ProgramWindow> window) {
+    application->remove_window(*window);
+    // The window is inside its own event handling still.
+    platform::MainLoop::main().post([window = std::move(window)]() mutable { window.reset(); });
+    if (programWindows().empty() &&
+        app->applicationDelegate().applicationShouldTerminateAfterLastWindowClosed())
+        terminate();
+}
+
+std::shared_ptr<platform::Window> GtkApplicationHost::keyWindow() {
+    for (auto* window : programWindows())
+        if (window->is_active())
+            return window->handle();
+    return nullptr;
+}
+
+std::vector<std::shared_ptr<platform::Window>> GtkApplicationHost::windows() {
+    std::vector<std::shared_ptr<platform::Window>> handles;
+    for (auto* window : programWindows())
+        handles.push_back(window->handle());
+    return handles;
+}
+
+std::shared_ptr<platform::Window> GtkApplicationHost::makePlainWindow() {
+    return std::make_shared<WindowHandle>(std::make_unique<Gtk::Window>());
+}
+
+std::vector<ProgramWindow*> GtkApplicationHost::programWindows() {
+    std::vector<ProgramWindow*> found;
+    for (auto* window : application->get_windows()) // most recently used first
+        if (auto* ours = dynamic_cast<ProgramWindow*>(window))
+            found.push_back(ours);
+    return found;
+}
+
+MenuBar& GtkApplicationHost::menuBar() {
+    if (!menuBar_) {
+        std::vector<platform::CommandMenu> menus;
+        for (const auto& scene : scenes)
+            if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
+                menus.insert(menus.end(), group->commands.begin(), group->commands.end());
+        menuBar_ = std::make_unique<MenuBar>(*application, menus, settingsScene() != nullptr);
+    }
+    return *menuBar_;
+}
+
+const platform::WindowGroup* GtkApplicationHost::firstWindowGroup() const {
+    for (const auto& scene : scenes)
+        if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
+            return group;
+    return nullptr;
+}
+
+const platform::WindowGroup* GtkApplicationHost::windowGroup(std::string_view identifier) const {
+    for (const auto& scene : scenes)
+        if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
+            if (group->identifier == identifier)
+                return group;
+    return nullptr;
+}
+
+const platform::SettingsScene* GtkApplicationHost::settingsScene() const {
+    for (const auto& scene : scenes)
+        if (const auto* found = std::get_if<platform::SettingsScene>(&scene))
+            return found;
+    return nullptr;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <gtkmm/application.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kelo::desktop {
+
+class ColorScheme;
+class MainWindow;
+class MenuBar;
+class ProgramWindow;
+class SettingsWindow;
+
+/// The program as a desktop application that runs once for each user: a second start wakes the
+/// first one over the session bus and ends. Without a session bus every start runs for itself.
+///
+/// Construct it before anything else of the toolkit; there is one at a time. The main loop of the
+/// process (platform::MainLoop) must be installed while it runs.
+class GtkApplicationHost final : public platform::Application {
+public:
+    GtkApplicationHost();
+    ~GtkApplicationHost() override;
+
+    int run(platform::App& app) override;
+    void activate() override;
+    void terminate() override;
+    /// A name that no window group has is ignored.
+    void openWindow(std::string_view identifier) override;
+    std::shared_ptr<platform::Window> keyWindow() override;
+    std::vector<std::shared_ptr<platform::Window>> windows() override;
+    std::shared_ptr<platform::Window> makePlainWindow() override;
+
+    /// Opens or raises the settings; does nothing when the program has none.
+    void openSettings();
+
+private:
+    void startUp();
+    void addActions();
+    void activated();
+    void present(Gtk::Window& window);
+    const platform::WindowGroup* firstWindowGroup() const;
+    const platform::WindowGroup* windowGroup(std::string_view identifier) const;
+    const platform::SettingsScene* settingsScene() const;
+    MenuBar& menuBar();
+    void mainWindowClosed(const std::string& identifier);
+    void windowClosed(std::shared_ptr<ProgramWindow> window);
+    std::vector<ProgramWindow*> programWindows();
+
+    Glib::RefPtr<Gtk::Application> application;
+    platform::App* app = nullptr; ///< while it runs
+    platform::SceneGraph scenes;
+    bool scenesRead = false;
+    std::unique_ptr<ColorScheme> colorScheme;
+    std::unique_ptr<MenuBar> menuBar_;
+    std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
+    std::shared_ptr<SettingsWindow> settings;
+};
+
+} // namespace kelo::desktop

@@ -1,0 +1,4 @@
+#pragma once
+
+// What nearly every file of this room includes, compiled once.
+#include <gtkmm.h>

@@ -1,0 +1,39 @@
+#include "linux/gtk/MainWindow.h"
+
+#include "linux/gtk/Program.h"
+#include "platform/MainLoop.h"
+
+#include <utility>
+
+namespace kelo::desktop {
+
+MainWindow::MainWindow(const platform::WindowGroup& group,
+                       const platform::WebContentDescription& description,
+                       const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed)
+    : ProgramWindow(std::move(closed)), group(group), content(group.defaultSize), menuBar(menu) {
+    set_title(programName);
+    add_css_class("kelo-main");
+    header.pack_start(menuBar);
+    menuBar.set_valign(Gtk::Align::CENTER);
+    set_titlebar(header);
+    content.draw(description);
+    set_child(content);
+    if (group.content.observed)
+        redrawing.emplace(group.content.observed(),
+                          [this] { content.draw(this->group.content.body()); });
+    signal_map().connect([this] { appear(); });
+}
+
+void MainWindow::releaseWebView() {
+    redrawing.reset();
+    content.releaseWebView();
+}
+
+void MainWindow::appear() {
+    // Typing goes to the page from the start, not to the menu before it.
+    content.focusWebView();
+    if (group.onAppear)
+        platform::MainLoop::main().post(group.onAppear);
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,53 @@
+#include "linux/gtk/SecretEntry.h"
+
+#include "linux/gtk/Accessibility.h"
+
+#include <gtkmm/entry.h>
+#include <gtkmm/passwordentry.h>
+
+#include <algorithm>
+
+namespace kelo::desktop {
+
+namespace {
+
+Gtk::Widget* makeLine(SecretEntry::Display display) {
+    if (display == SecretEntry::Display::masked)
+        return Gtk::make_managed<Gtk::PasswordEntry>();
+    return Gtk::make_managed<Gtk::Entry>();
+}
+
+} // namespace
+
+SecretEntry::SecretEntry(Display display) : display(display), line(makeLine(display)) {
+    line->set_hexpand();
+    // The undo history would keep what was typed.
+    g_object_set(line->gobj(), "activates-default", TRUE, "enable-undo", FALSE, nullptr);
+    append(*line);
+}
+
+SecretEntry::~SecretEntry() {
+    take();
+}
+
+void SecretEntry::setPlaceholder(const std::string& text) {
+    g_object_set(line->gobj(), "placeholder-text", text.c_str(), nullptr);
+}
+
+void SecretEntry::setName(const std::string& name) {
+    setAccessibleName(*line, name);
+}
+
+void SecretEntry::focus() {
+    line->grab_focus();
+}
+
+platform::SecretText SecretEntry::take() {
+    auto* editable = GTK_EDITABLE(line->gobj());
+    // Straight out of the toolkit's own buffer, which it overwrites when the text is replaced.
+    platform::SecretText text{std::string_view(gtk_editable_get_text(editable))};
+    gtk_editable_set_text(editable, "");
+    return text;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,62 @@
+#include "linux/gtk/SettingsWindow.h"
+
+#include "linux/gtk/Accessibility.h"
+
+#include <gtkmm/box.h>
+#include <gtkmm/label.h>
+
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+Gtk::Widget* makeRow(const platform::LabeledRow& row) {
+    auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+    auto* label = Gtk::make_managed<Gtk::Label>(row.label);
+    label->set_halign(Gtk::Align::START);
+    auto* value = Gtk::make_managed<Gtk::Label>(row.value);
+    value->set_hexpand();
+    value->set_halign(Gtk::Align::END);
+    value->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
+    value->set_selectable();
+    value->add_css_class("kelo-dim");
+    line->append(*label);
+    line->append(*value);
+    return line;
+}
+
+} // namespace
+
+SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void()> closed)
+    : ProgramWindow(std::move(closed)), scene(std::move(scene)) {
+    set_title("Settings");
+    set_resizable(false);
+    rows.set_selection_mode(Gtk::SelectionMode::NONE);
+    rows.set_valign(Gtk::Align::CENTER);
+    rows.set_margin(16);
+    rows.add_css_class("kelo-group");
+    setAccessibleName(rows, "Settings");
+    draw();
+    set_child(rows);
+    if (this->scene.content.observed)
+        redrawing.emplace(this->scene.content.observed(), [this] { draw(); });
+}
+
+void SettingsWindow::draw() {
+    const auto description = scene.content.body();
+    rows.set_size_request(static_cast<int>(description.size.width) - 2 * rows.get_margin_start(),
+                          -1);
+    set_size_request(static_cast<int>(description.size.width),
+                     static_cast<int>(description.size.height));
+    while (auto* row = rows.get_row_at_index(0))
+        rows.remove(*row);
+    for (const auto& row : description.rows) {
+        rows.append(*makeRow(row));
+        auto* last = rows.get_row_at_index(static_cast<int>(&row - description.rows.data()));
+        last->set_activatable(false);
+        last->set_focusable(false);
+    }
+}
+
+} // namespace kelo::desktop

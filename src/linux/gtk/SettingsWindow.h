@@ -1,0 +1,27 @@
+#pragma once
+
+#include "linux/gtk/ProgramWindow.h"
+#include "linux/gtk/Redrawing.h"
+#include "platform/SceneGraph.h"
+
+#include <gtkmm/listbox.h>
+
+#include <functional>
+#include <optional>
+
+namespace kelo::desktop {
+
+/// The settings scene: a group of labelled, read-only rows.
+class SettingsWindow final : public ProgramWindow {
+public:
+    SettingsWindow(platform::SettingsScene scene, std::function<void()> closed);
+
+private:
+    void draw();
+
+    platform::SettingsScene scene;
+    Gtk::ListBox rows;
+    std::optional<Redrawing> redrawing;
+};
+
+} // namespace kelo::desktop
