@@ -1,1 +1,23 @@
-int main() { return 0; }
+#include "app/KeloApp.h"
+#include "linux/desktop/LinuxDesktop.h"
+#include "linux/glib/GLibMainLoop.h"
+#include "linux/glib/RendererChoice.h"
+#include "linux/webkit/NvidiaBlankWindow.h"
+#include "platform/Spawn.h"
+
+int main() {
+    // Both set the environment, so they come before the first thread.
+    kelo::desktop::chooseRenderer();
+    kelo::desktop::avoidBlankWindowOnNvidia();
+
+    kelo::desktop::GLibMainLoop loop;
+    const kelo::platform::MainLoop::Installation loopInstallation(loop);
+    kelo::desktop::LinuxDesktop desktop;
+    const kelo::platform::Desktop::Installation desktopInstallation(desktop);
+
+    kelo::KeloApp app;
+    const int status = desktop.application().run(app);
+    // Flows that are still waiting refer to the objects above.
+    kelo::platform::dropSpawnedTasks();
+    return status;
+}

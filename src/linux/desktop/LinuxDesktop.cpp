@@ -1,0 +1,36 @@
+#include "linux/desktop/LinuxDesktop.h"
+
+#include "linux/http/SoupHttpSession.h"
+#include "linux/webkit/WebKitSession.h"
+
+#include <utility>
+
+namespace kelo::desktop {
+
+LinuxDesktop::LinuxDesktop() : alerts_(application_), passkeys(sheets) {}
+
+LinuxDesktop::~LinuxDesktop() = default;
+
+std::unique_ptr<platform::HttpSession> LinuxDesktop::makeEphemeralHttpSession() {
+    return desktop::makeEphemeralHttpSession();
+}
+
+platform::HttpSession& LinuxDesktop::sharedHttpSession() {
+    if (!sharedSession)
+        sharedSession = makeSharedHttpSession();
+    return *sharedSession;
+}
+
+std::shared_ptr<platform::EmbeddedWebView>
+LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) {
+    if (!webKitSession)
+        webKitSession = std::make_unique<WebKitSession>();
+    return webKitSession->makeWebView(frame, std::move(configuration));
+}
+
+std::shared_ptr<platform::AuthorizationController> LinuxDesktop::makeAuthorizationController(
+    std::vector<platform::AuthorizationRequest> requests) {
+    return passkeys.makeController(std::move(requests));
+}
+
+} // namespace kelo::desktop
