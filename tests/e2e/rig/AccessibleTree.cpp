@@ -49,6 +49,14 @@ Wanted label(std::string name) {
     return {Place::windows, {Role::label}, std::move(name)};
 }
 
+Wanted alert(std::string name) {
+    return {Place::windows, {Role::alert}, std::move(name)};
+}
+
+Wanted choice(std::string name) {
+    return {Place::windows, {Role::radioButton, Role::checkBox}, std::move(name)};
+}
+
 Wanted menu(std::string name) {
     return {Place::windows, {Role::menu, Role::menuItem}, std::move(name)};
 }

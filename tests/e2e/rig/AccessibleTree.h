@@ -26,6 +26,8 @@ struct Wanted {
 
 Wanted button(std::string name);
 Wanted label(std::string name);
+Wanted alert(std::string name);
+Wanted choice(std::string name);
 Wanted menu(std::string name);
 Wanted menuItem(std::string name);
 Wanted pageButton(std::string name);

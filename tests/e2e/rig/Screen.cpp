@@ -134,6 +134,11 @@ void Screen::requestClose(const ScreenWindow& window) const {
     tellWindowManager(window.identifier, "_NET_CLOSE_WINDOW");
 }
 
+void Screen::minimize(const ScreenWindow& window) const {
+    XIconifyWindow(display.get(), window.identifier, DefaultScreen(display.get()));
+    XFlush(display.get());
+}
+
 void Screen::click(Point point) const {
     XTestFakeMotionEvent(display.get(), -1, point.x, point.y, CurrentTime);
     XTestFakeButtonEvent(display.get(), 1, True, CurrentTime);

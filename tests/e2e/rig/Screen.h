@@ -45,6 +45,8 @@ public:
     std::optional<ScreenWindow> activeWindow() const;
     /// As a taskbar or a switcher does.
     void activate(const ScreenWindow& window) const;
+    /// Puts it away, as the button in the window's frame does.
+    void minimize(const ScreenWindow& window) const;
     /// As the close button in the window's frame does.
     void requestClose(const ScreenWindow& window) const;
 

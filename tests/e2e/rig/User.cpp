@@ -7,28 +7,29 @@ namespace kelo::rig {
 
 namespace {
 
-/// The toplevel accessible that holds the object: among the windows of its program.
-std::optional<Extents> areaOfWindowHolding(const AccessibilityBus& bus, const Accessible& object,
-                                           std::string& title) {
-    Accessible current = object;
-    while (true) {
-        const Role role = current.role();
-        if (role == Role::frame || role == Role::dialog || role == Role::alert ||
-            role == Role::window) {
-            title = current.name();
-            return current.extents();
-        }
-        const VariantPointer parent =
-            bus.property(current.address(), "org.a11y.atspi.Accessible", "Parent");
-        if (!parent || !g_variant_is_of_type(parent.get(), G_VARIANT_TYPE("(so)")))
-            return std::nullopt;
-        const char* busName = nullptr;
-        const char* path = nullptr;
-        g_variant_get(parent.get(), "(&s&o)", &busName, &path);
-        if (std::string(path) == current.address().path || !*busName)
-            return std::nullopt;
-        current = Accessible(bus, {busName, path});
+constexpr const char* passwordQuestion = "Password: ";
+
+std::optional<Accessible> parentOf(const AccessibilityBus& bus, const Accessible& object) {
+    const VariantPointer parent =
+        bus.property(object.address(), "org.a11y.atspi.Accessible", "Parent");
+    if (!parent || !g_variant_is_of_type(parent.get(), G_VARIANT_TYPE("(so)")))
+        return std::nullopt;
+    const char* busName = nullptr;
+    const char* path = nullptr;
+    g_variant_get(parent.get(), "(&s&o)", &busName, &path);
+    if (!*busName)
+        return std::nullopt;
+    return Accessible(bus, {busName, path});
+}
+
+/// The window that holds the object: the one right below its program's root. A page has none.
+std::optional<Accessible> windowHolding(const AccessibilityBus& bus, Accessible object) {
+    while (const auto parent = parentOf(bus, object)) {
+        if (parent->role() == Role::application)
+            return object;
+        object = *parent;
     }
+    return std::nullopt;
 }
 
 } // namespace
@@ -41,12 +42,13 @@ Point User::centreOnScreen(const Accessible& object) const {
     const auto windows = desktop.screen.windows();
     if (windows.empty())
         throw std::runtime_error("No window is on the screen.");
-    std::string title;
-    const auto area = areaOfWindowHolding(desktop.bus, object, title);
+    const auto holder = windowHolding(desktop.bus, object);
     const ScreenWindow* shownIn = nullptr;
-    if (area) {
+    if (holder) {
+        const Extents area = holder->extents();
+        const std::string title = holder->name();
         for (const auto& window : windows) {
-            if (window.width == area->width && window.height == area->height &&
+            if (window.width == area.width && window.height == area.height &&
                 (!shownIn || window.title == title))
                 shownIn = &window;
         }
@@ -56,7 +58,7 @@ Point User::centreOnScreen(const Accessible& object) const {
             windows, {}, [](const ScreenWindow& window) { return window.width * window.height; });
     }
     if (!shownIn)
-        throw std::runtime_error("No window of the screen is \"" + title + "\".");
+        throw std::runtime_error("No window of the screen shows \"" + object.name() + "\".");
     const Extents place = object.extents();
     return {shownIn->origin.x + place.x + place.width / 2,
             shownIn->origin.y + place.y + place.height / 2};
@@ -130,19 +132,33 @@ void User::pressSignInWithPasskey() const {
 
 void User::awaitSheet() const {
     desktop.tree.await(button("Continue"));
+    desktop.tree.awaitThat("the sheet has the keyboard", [&] {
+        const auto active = desktop.screen.activeWindow();
+        return active && active->title.ends_with("passkey?");
+    });
+}
+
+void User::agreeOnSheet() const {
+    awaitSheet();
+    click(button("Continue"));
+    desktop.tree.await(label(passwordQuestion));
+}
+
+void User::answerSheet(const std::string& loginPassword) const {
+    desktop.tree.await(label(passwordQuestion));
+    desktop.screen.type(loginPassword);
+    desktop.screen.press("Return");
 }
 
 void User::confirmSheet(const std::string& loginPassword) const {
-    awaitSheet();
-    click(button("Continue"));
-    desktop.tree.await(label("Password: "));
-    desktop.screen.type(loginPassword);
-    desktop.screen.press("Return");
+    agreeOnSheet();
+    answerSheet(loginPassword);
 }
 
 void User::cancelSheet() const {
     awaitSheet();
     desktop.screen.press("Escape");
+    desktop.tree.awaitGone(button("Continue"));
 }
 
 void User::awaitAlert(const std::string& text) const {
@@ -155,13 +171,8 @@ void User::closeAlert() const {
     desktop.tree.awaitGone(label("Passkey"));
 }
 
-void User::acknowledge(const std::string& text) const {
-    awaitAlert(text);
-    closeAlert();
-}
-
 void User::awaitError(const std::string& text) const {
-    desktop.tree.await(label(text));
+    desktop.tree.await(alert(text));
 }
 
 } // namespace kelo::rig

@@ -30,10 +30,12 @@ public:
     void answerPrompt(const std::string& passwordOrCode) const;
     void pressSignInWithPasskey() const;
     void awaitSheet() const;
+    /// "Continue"; waits for the password question.
+    void agreeOnSheet() const;
+    void answerSheet(const std::string& loginPassword) const;
+    /// Both.
     void confirmSheet(const std::string& loginPassword) const;
     void cancelSheet() const;
-    /// Waits for the alert with this text and closes it.
-    void acknowledge(const std::string& text) const;
     void awaitAlert(const std::string& text) const;
     void closeAlert() const;
     /// Waits for the red text below the sign-in button.

@@ -1,0 +1,73 @@
+#include "e2e/Journey.h"
+
+#include <iostream>
+
+namespace kelo::e2e {
+
+rig::PrivateDesktop& Journey::desktop() {
+    static rig::PrivateDesktop ours;
+    return ours;
+}
+
+std::filesystem::path Journey::build() {
+    // The test program lies in the build's folder "tests".
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+}
+
+Journey::Journey() : user(desktop()) {}
+
+Journey::~Journey() = default;
+
+void Journey::SetUp() {
+    startService();
+    startKelo();
+    user.awaitLoginPage();
+}
+
+void Journey::TearDown() {
+    picture(HasFailure() ? "FAILED" : "end");
+    if (HasFailure() && kelo)
+        std::cerr << "Kelo printed:\n" << kelo->printed() << "\n";
+    if (HasFailure() && service)
+        std::cerr << "The service printed:\n" << service->printed() << "\n";
+    endKelo();
+    service.reset();
+}
+
+void Journey::startService() {
+    service.reset();
+    service = std::make_unique<rig::DemoService>(build(), authority, folder.path() / "service.log");
+}
+
+void Journey::startKelo() {
+    kelo = std::make_unique<rig::KeloProcess>(build(), folder.path(), folder.path() / "kelo.log");
+}
+
+void Journey::endKelo() {
+    kelo.reset();
+    // Its web processes go a moment later; the next test must not find their pages.
+    desktop().tree.awaitThat("the pages of the ended Kelo are gone",
+                             [] { return desktop().bus.pages().empty(); });
+}
+
+void Journey::register_(const Person& person) const {
+    user.chooseRegister();
+    user.answerPrompt(person.password);
+    user.confirmSheet(desktop().loginPassword);
+    user.awaitAlert(registered);
+    user.closeAlert();
+}
+
+void Journey::becomeOwnerOfPasskey(const Person& person) const {
+    user.signInWithPassword(person.email, person.password);
+    user.awaitSignedIn(person.firstName);
+    register_(person);
+    user.signOut();
+}
+
+void Journey::picture(const std::string& moment) const {
+    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    desktop().screen.capture(build() / "e2e" / (std::string(test->name()) + "-" + moment + ".png"));
+}
+
+} // namespace kelo::e2e

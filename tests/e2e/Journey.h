@@ -1,0 +1,58 @@
+#pragma once
+
+#include "e2e/rig/DemoService.h"
+#include "e2e/rig/KeloProcess.h"
+#include "e2e/rig/TemporaryFolder.h"
+#include "e2e/rig/User.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace kelo::e2e {
+
+struct Person {
+    std::string email;
+    std::string password;
+    std::string firstName;
+};
+
+inline const Person ada{"ada@example.org", "analytical engine", "Ada"};
+inline const Person grace{"grace@example.org", "nanosecond", "Grace"};
+
+inline constexpr const char* registered = "Passkey registered on this Mac.";
+
+/// A service and a Kelo of this test's own, both with nothing remembered. Ends with a picture of
+/// the screen in the build's folder e2e, named after the test.
+class Journey : public testing::Test {
+protected:
+    Journey();
+    ~Journey() override;
+
+    void SetUp() override;
+    void TearDown() override;
+
+    void startService();
+    void startKelo();
+    void endKelo();
+
+    void register_(const Person& person) const;
+    /// Signs in with the password, registers a passkey and signs out again.
+    void becomeOwnerOfPasskey(const Person& person) const;
+
+    /// Takes a picture on the way, named after the test and the moment.
+    void picture(const std::string& moment) const;
+
+    static rig::PrivateDesktop& desktop();
+    static std::filesystem::path build();
+
+    const rig::User user;
+    const rig::TemporaryFolder folder;
+    std::filesystem::path authority = build() / "demo-authority";
+    std::unique_ptr<rig::DemoService> service;
+    std::unique_ptr<rig::KeloProcess> kelo;
+};
+
+} // namespace kelo::e2e

@@ -1,0 +1,70 @@
+#include "e2e/Journey.h"
+
+#include <algorithm>
+
+namespace kelo::e2e {
+
+namespace {
+
+constexpr std::chrono::seconds patience{30};
+
+class MainWindow : public Journey {
+protected:
+    std::optional<rig::ScreenWindow> mainWindow() const {
+        const auto windows = desktop().screen.windows();
+        const auto found =
+            std::ranges::find(windows, kelo->identifier(), &rig::ScreenWindow::process);
+        return found == windows.end() ? std::nullopt : std::optional(*found);
+    }
+
+    /// What happens when somebody starts Kelo once more: the second process hands over and ends.
+    void startAgain() const {
+        rig::KeloProcess second(build(), folder.path(), folder.path() / "second.log");
+        ASSERT_EQ(second.awaitExit(patience), 0) << second.printed();
+    }
+};
+
+} // namespace
+
+TEST_F(MainWindow, HasTheSizeOfItsScene) {
+    const auto window = mainWindow();
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->width, 1100);
+    EXPECT_GE(window->height, 760);
+}
+
+TEST_F(MainWindow, IsRaisedByASecondStart) {
+    ASSERT_TRUE(mainWindow());
+    // Something else takes the screen: Kelo's window goes to the taskbar.
+    desktop().screen.minimize(*mainWindow());
+    desktop().tree.awaitThat("Kelo's window is not the active one", [&] {
+        const auto active = desktop().screen.activeWindow();
+        return !active || active->process != kelo->identifier();
+    });
+    startAgain();
+    desktop().tree.awaitThat("Kelo's window is the active one", [&] {
+        const auto active = desktop().screen.activeWindow();
+        return active && active->process == kelo->identifier();
+    });
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(MainWindow, ClosedLeavesTheProcessRunningAndComesBackWithItsPage) {
+    user.signInWithPassword(ada.email, ada.password);
+    user.awaitSignedIn("Ada");
+    desktop().screen.requestClose(*mainWindow());
+    desktop().tree.awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
+    EXPECT_TRUE(kelo->isRunning());
+    startAgain();
+    desktop().tree.awaitThat("Kelo's window is back", [&] { return mainWindow().has_value(); });
+    user.awaitSignedIn("Ada");
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(MainWindow, QuitInTheMenuEndsTheProcess) {
+    user.click(rig::menu("Kelo"));
+    user.click(rig::menuItem("Quit"));
+    EXPECT_EQ(kelo->awaitExit(patience), 0) << kelo->printed();
+}
+
+} // namespace kelo::e2e
