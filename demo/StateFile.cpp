@@ -24,7 +24,7 @@ std::int64_t secondsOf(Time time) {
 }
 
 Time timeOf(const json& value) {
-    constexpr std::int64_t farFuture = 32'503'680'000; // the year 3000
+    constexpr std::int64_t farFuture = 9'000'000'000; // what the clock's type can hold
     if (!value.is_number_integer())
         throw std::invalid_argument("not a time");
     const auto seconds = value.get<std::int64_t>();

@@ -36,9 +36,9 @@ std::string fillTemplate(std::string_view page, const Values& values) {
     for (;;) {
         const auto start = page.find("{{");
         const auto end = page.find("}}", start);
-        result += page.substr(0, start);
         if (end == std::string_view::npos)
-            return result;
+            return result.append(page);
+        result += page.substr(0, start);
         const auto name = page.substr(start + 2, end - start - 2);
         if (name.starts_with('&'))
             result += values.at(std::string(name.substr(1)));

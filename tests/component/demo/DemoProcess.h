@@ -1,0 +1,46 @@
+#pragma once
+
+#include "linux/glib/GObjectPointer.h"
+
+#include <gio/gio.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kelo::demo {
+
+/// How a run of the real program ended.
+struct Outcome {
+    int exitCode = -1; ///< -1 when a signal ended it
+    std::string output;
+    std::string errors;
+};
+
+/// Runs the program to its end.
+Outcome runDemoService(const std::vector<std::string>& arguments);
+
+/// The real program, serving on a free port, ended with the object.
+class DemoProcess {
+public:
+    explicit DemoProcess(const std::filesystem::path& authority,
+                         const std::vector<std::string>& more = {});
+    DemoProcess(const DemoProcess&) = delete;
+    DemoProcess& operator=(const DemoProcess&) = delete;
+    ~DemoProcess();
+
+    /// For instance https://localhost:40123, as the program says it.
+    const std::string& origin() const { return origin_; }
+    std::string port() const { return origin_.substr(origin_.rfind(':') + 1); }
+    std::string identifier() const;
+
+    /// Asks it to end, and waits. The output is what came after the first line.
+    Outcome stop(int signal);
+
+private:
+    desktop::GObjectPointer<GSubprocess> process;
+    desktop::GObjectPointer<GDataInputStream> output;
+    std::string origin_;
+};
+
+} // namespace kelo::demo

@@ -1,0 +1,169 @@
+#include "DemoFixture.h"
+
+#include <gio/gio.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+namespace kelo::demo {
+namespace {
+
+class ServiceProcess : public DemoFixture {
+protected:
+    std::filesystem::path stateFile() const { return directory.path / "state.json"; }
+
+    static std::string read(const std::filesystem::path& path) {
+        std::ostringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
+    }
+
+    static bool connects(const char* address, const std::string& port) {
+        const auto client = desktop::GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
+        const auto target = desktop::GObjectPointer<GSocketAddress>::adopt(
+            g_inet_socket_address_new_from_string(address, static_cast<guint>(std::stoi(port))));
+        const auto connection =
+            desktop::GObjectPointer<GSocketConnection>::adopt(g_socket_client_connect(
+                client.get(), G_SOCKET_CONNECTABLE(target.get()), nullptr, nullptr));
+        return static_cast<bool>(connection);
+    }
+
+    TemporaryDirectory directory;
+};
+
+TEST_F(ServiceProcess, ListensOnLoopbackOnly) {
+    EXPECT_TRUE(connects("127.0.0.1", service->port()));
+    // Any address of 127.0.0.0/8 reaches a listener on every interface, and none on 127.0.0.1.
+    EXPECT_FALSE(connects("127.0.0.2", service->port()));
+}
+
+TEST_F(ServiceProcess, SaysOneLineAndEndsCleanly) {
+    for (const int signal : {SIGTERM, SIGINT}) {
+        startService();
+        const auto outcome = service->stop(signal);
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors, "");
+    }
+}
+
+TEST_F(ServiceProcess, TakenPortIsExplained) {
+    const auto outcome =
+        runDemoService({"--authority", authority().string(), "--port", service->port()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.errors.find("is taken by another program"), std::string::npos)
+        << outcome.errors;
+}
+
+TEST_F(ServiceProcess, WrongOptionsAreExplained) {
+    for (const auto& [arguments, text] :
+         {std::pair<std::vector<std::string>, std::string>{{}, "--authority is missing"},
+          {{"--authority"}, "--authority needs a value"},
+          {{"--authority", "x", "--port", "65536"}, "--port takes a number"},
+          {{"--authority", "x", "--port", "1x"}, "--port takes a number"},
+          {{"--authority", "x", "--origin", "http://a"}, "--origin takes https://"},
+          {{"--authority", "x", "--origin", "https://a/"}, "--origin takes https://"},
+          {{"--nonsense"}, "There is no option \"--nonsense\""}}) {
+        const auto outcome = runDemoService(arguments);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_NE(outcome.errors.find(text), std::string::npos) << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+    }
+}
+
+TEST_F(ServiceProcess, HelpNamesTheAccounts) {
+    const auto outcome = runDemoService({"--help"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_NE(outcome.output.find("ada@example.org    password \"analytical engine\""),
+              std::string::npos);
+    EXPECT_NE(outcome.output.find("grace@example.org  password \"nanosecond\""), std::string::npos);
+}
+
+TEST_F(ServiceProcess, StateSurvivesRestart) {
+    startService({"--state", stateFile().string()});
+    ASSERT_EQ(signInWithPassword(*browser).status, 303u);
+    passkey->counter = 3;
+    ASSERT_EQ(registerPasskey(*browser, *passkey).status, 200u);
+    passkey->counter = 4;
+    HttpsClient other(authority(), service->origin());
+    ASSERT_EQ(signInWithPasskey(other, *passkey).status, 200u);
+    const auto cookies = browser->cookies;
+    ASSERT_EQ(service->stop(SIGTERM).exitCode, 0);
+    auto registered = std::move(passkey);
+
+    startService({"--state", stateFile().string()});
+    browser->cookies = cookies;
+    const auto page = browser->get("/").body;
+    EXPECT_NE(page.find("Welcome, Ada"), std::string::npos);
+    EXPECT_NE(page.find("Mac (Kelo)"), std::string::npos);
+    registered->origin = service->origin();
+    EXPECT_EQ(signInWithPasskey(*browser, *registered).status, 401u) << "the counter was kept";
+    registered->counter = 5;
+    EXPECT_EQ(signInWithPasskey(*browser, *registered).status, 200u);
+}
+
+TEST_F(ServiceProcess, SignedOutSessionStaysEndedAfterRestart) {
+    startService({"--state", stateFile().string()});
+    ASSERT_EQ(signInWithPassword(*browser).status, 303u);
+    const auto cookies = browser->cookies;
+    const auto token = browser->get("/api/csrf").json().at("token").get<std::string>();
+    ASSERT_EQ(browser->postForm("/logout", {{"csrfToken", token}}).status, 303u);
+    startService({"--state", stateFile().string()});
+    browser->cookies = cookies;
+    EXPECT_EQ(browser->get("/api/csrf").status, 401u);
+}
+
+TEST_F(ServiceProcess, StateFileIsForItsOwnerAndHoldsNothingToSignInWith) {
+    startService({"--state", stateFile().string()});
+    ASSERT_EQ(signInWithPassword(*browser).status, 303u);
+    struct stat status {};
+    ASSERT_EQ(::stat(stateFile().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600u);
+    const auto text = read(stateFile());
+    EXPECT_EQ(text.find(browser->cookies.at(sessionCookie)), std::string::npos);
+    EXPECT_EQ(text.find(adaPassword), std::string::npos);
+}
+
+TEST_F(ServiceProcess, CorruptStateIsReportedAndLeftUntouched) {
+    for (const std::string text :
+         {"", "{", "[]", "{\"version\":1}", "{\"version\":1,\"passkeys\":[7],\"sessions\":[]}",
+          "{\"version\":1,\"passkeys\":[],\"sessions\":[{\"identifier\":\"a\",\"email\":\"b\","
+          "\"csrfToken\":\"c\",\"expires\":-1}]}"}) {
+        std::ofstream(stateFile()) << text;
+        const auto outcome = runDemoService(
+            {"--authority", authority().string(), "--port", "0", "--state", stateFile().string()});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_NE(outcome.errors.find("is damaged. It was left as it is"), std::string::npos)
+            << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(read(stateFile()), text);
+    }
+}
+
+TEST_F(ServiceProcess, StateOfAnotherVersionIsReportedAndLeftUntouched) {
+    const std::string text = "{\"version\":2}";
+    std::ofstream(stateFile()) << text;
+    const auto outcome = runDemoService(
+        {"--authority", authority().string(), "--port", "0", "--state", stateFile().string()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.errors.find("another version"), std::string::npos) << outcome.errors;
+    EXPECT_EQ(read(stateFile()), text);
+}
+
+TEST_F(ServiceProcess, PasskeyThatCannotBeStoredIsNotTaken) {
+    const auto folder = directory.path / "state";
+    std::filesystem::create_directory(folder);
+    startService({"--state", (folder / "state.json").string()});
+    ASSERT_EQ(signInWithPassword(*browser).status, 303u);
+    std::filesystem::remove_all(folder);
+    const auto response = registerPasskey(*browser, *passkey);
+    EXPECT_EQ(response.status, 500u);
+    EXPECT_EQ(response.reason(), "The passkey could not be stored");
+    std::filesystem::create_directory(folder);
+    EXPECT_EQ(registerPasskey(*browser, *passkey).status, 200u);
+}
+
+} // namespace
+} // namespace kelo::demo
