@@ -4,6 +4,8 @@
 #include "linux/webkit/NoticePage.h"
 #include "platform/Invariant.h"
 
+#include <utility>
+
 namespace kelo::desktop {
 
 using platform::InjectionTime;
@@ -53,6 +55,7 @@ GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
 
 bool isNoFailure(const GError& error) {
     return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
+           g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
            g_error_matches(&error, WEBKIT_POLICY_ERROR,
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
 }
@@ -142,6 +145,8 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         stage = noticeAnnounced ? Stage::notice : Stage::page;
         noticeAnnounced = false;
     }
+    if (event == WEBKIT_LOAD_COMMITTED)
+        certificateTried = false;
     if (event != WEBKIT_LOAD_FINISHED || stage != Stage::page)
         return;
     if (const auto listener = delegate.lock())
@@ -152,7 +157,8 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     stage = Stage::failed;
     if (isNoFailure(error))
         return true;
-    g_warning("%s did not load: %s", address, error.message);
+    g_warning("%s did not load: %s %d: %s", address, g_quark_to_string(error.domain), error.code,
+              error.message);
     const std::optional<Url> url = Url::parse(address);
     const std::string sentence =
         url ? transportError(error, TransferPhase::beforeReply, *url).localizedDescription()
@@ -168,13 +174,11 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
     if (!url)
         return false;
     const GTlsCertificateFlags problems = authority->problems(certificate, *url);
-    const bool triedBefore = allowedCertificate && allowedHost == url->host() &&
-                             g_tls_certificate_is_same(allowedCertificate.get(), certificate);
-    if (problems == 0 && !triedBefore) {
-        allowedCertificate = GObjectPointer<GTlsCertificate>::share(certificate);
-        allowedHost = url->host();
+    // The engine forgets what it was allowed when its network process ends, so each load may allow
+    // anew; but a certificate that fails straight after is not tried for ever.
+    if (problems == 0 && !std::exchange(certificateTried, true)) {
         webkit_network_session_allow_tls_certificate_for_host(session.get(), certificate,
-                                                              allowedHost.c_str());
+                                                              url->host().c_str());
         webkit_web_view_load_uri(view.get(), address);
         return true;
     }

@@ -61,9 +61,8 @@ private:
     Stage stage = Stage::page;
     bool noticeAnnounced = false;
     std::string failedAddress;
-    /// The last certificate let through, and for whom: one that fails again is not tried for ever.
-    GObjectPointer<GTlsCertificate> allowedCertificate;
-    std::string allowedHost;
+    /// A certificate was let through for the load that is on its way.
+    bool certificateTried = false;
 };
 
 } // namespace kelo::desktop
