@@ -60,6 +60,13 @@ bool isNoFailure(const GError& error) {
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
 }
 
+// The engine's word for "my network process has gone". It has no name in the library's interface.
+bool isLossOfNetworkProcess(const GError& error) {
+    constexpr int internalError = 300;
+    return error.domain == g_quark_from_static_string("WebKitErrorDomain") &&
+           error.code == internalError;
+}
+
 } // namespace
 
 WebKitEmbeddedView::WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
@@ -146,7 +153,7 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         noticeAnnounced = false;
     }
     if (event == WEBKIT_LOAD_COMMITTED)
-        certificateTried = false;
+        certificateTried = networkLossForgiven = false;
     if (event != WEBKIT_LOAD_FINISHED || stage != Stage::page)
         return;
     if (const auto listener = delegate.lock())
@@ -159,6 +166,11 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
         return true;
     g_warning("%s did not load: %s %d: %s", address, g_quark_to_string(error.domain), error.code,
               error.message);
+    // The next load starts a new one, so nobody needs to hear of it unless that fails as well.
+    if (isLossOfNetworkProcess(error) && !std::exchange(networkLossForgiven, true)) {
+        webkit_web_view_load_uri(view.get(), address);
+        return true;
+    }
     const std::optional<Url> url = Url::parse(address);
     const std::string sentence =
         url ? transportError(error, TransferPhase::beforeReply, *url).localizedDescription()

@@ -63,6 +63,8 @@ private:
     std::string failedAddress;
     /// A certificate was let through for the load that is on its way.
     bool certificateTried = false;
+    /// That load has been repeated because the engine's network process had gone.
+    bool networkLossForgiven = false;
 };
 
 } // namespace kelo::desktop

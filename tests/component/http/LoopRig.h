@@ -23,9 +23,9 @@ public:
     LoopRig() : installation(loop) {}
     ~LoopRig() { platform::dropSpawnedTasks(); }
 
-    /// Turns the loop until the condition holds; false after 60 seconds.
+    /// Turns the loop until the condition holds; false after 30 seconds.
     bool runUntil(const std::function<bool()>& condition) {
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         // What other threads do turns no loop by itself, so look again every few milliseconds.
         const guint tick = g_timeout_add(
             5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
@@ -42,7 +42,7 @@ public:
         auto outcome = std::make_shared<Outcome<T>>();
         platform::spawn(settle<T>(std::move(task), outcome));
         if (!runUntil([&outcome] { return outcome->ended; }))
-            throw std::runtime_error("the task did not end within a minute");
+            throw std::runtime_error("the task did not end within 30 seconds");
         if (outcome->failure)
             std::rethrow_exception(outcome->failure);
         if constexpr (!std::is_void_v<T>)

@@ -1,0 +1,58 @@
+#include "component/webkit/Descendants.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+namespace kelo::test {
+
+namespace {
+
+struct Process {
+    std::string name;
+    pid_t parent = 0;
+};
+
+std::map<pid_t, Process> allProcesses() {
+    std::map<pid_t, Process> processes;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        const std::string number = entry.path().filename().string();
+        if (!std::all_of(number.begin(), number.end(), ::isdigit))
+            continue;
+        std::ifstream file(entry.path() / "stat");
+        std::string text;
+        std::getline(file, text);
+        const auto open = text.find('(');
+        const auto close = text.rfind(')');
+        if (open == std::string::npos || close == std::string::npos)
+            continue;
+        // After the name: a blank, the state, a blank, the parent.
+        processes[std::stoi(number)] = {text.substr(open + 1, close - open - 1),
+                                        std::stoi(text.substr(close + 4))};
+    }
+    return processes;
+}
+
+} // namespace
+
+int killDescendants(const std::string& name) {
+    const auto processes = allProcesses();
+    int killed = 0;
+    for (const auto& [number, process] : processes) {
+        if (process.name != name)
+            continue;
+        pid_t ancestor = process.parent;
+        while (ancestor > 1 && ancestor != getpid() && processes.contains(ancestor))
+            ancestor = processes.at(ancestor).parent;
+        if (ancestor == getpid() && kill(number, SIGKILL) == 0)
+            ++killed;
+    }
+    return killed;
+}
+
+} // namespace kelo::test

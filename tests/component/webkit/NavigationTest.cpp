@@ -1,0 +1,174 @@
+#include "component/webkit/Descendants.h"
+#include "component/webkit/WebKitFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace kelo::test {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+using Navigation = WebKitFixture;
+
+TEST_F(Navigation, PageUnderTheTrustedAuthorityIsShown) {
+    const auto peer = site({{"/", "<title>Home</title>hello"}});
+    makeView(peer->url());
+    EXPECT_FALSE(view->url());
+    open(peer->url("/"));
+    EXPECT_EQ(pageText(), "hello");
+    EXPECT_THAT(recorder->finished, ElementsAre(peer->origin() + "/"));
+}
+
+TEST_F(Navigation, PathIsDecodedWithoutQueryAndFragment) {
+    const auto peer = site({{"/a/b%20c?x=1", "one"}});
+    makeView(peer->url());
+    open(peer->url("/a/b%20c?x=1#part"));
+    EXPECT_EQ(view->url()->path(), "/a/b c");
+    EXPECT_EQ(view->url()->absoluteString(), peer->origin() + "/a/b%20c?x=1#part");
+}
+
+TEST_F(Navigation, RedirectFinishesOnceAtItsEnd) {
+    const MisbehavingServer peer(
+        identity, MisbehavingServer::answering([](const WireRequest& request) {
+            return request.target == "/login" ? page("log in")
+                                              : httpReply("", "Location: /login\r\n", "302 Found");
+        }));
+    makeView(peer.url());
+    open(peer.url("/"));
+    EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/login"));
+}
+
+TEST_F(Navigation, ErrorStatusIsAFinishedPage) {
+    const auto peer = site({});
+    makeView(peer->url());
+    open(peer->url("/missing"));
+    EXPECT_EQ(view->url()->path(), "/missing");
+}
+
+TEST_F(Navigation, RefusedConnectionShowsOurNoticeAndDoesNotFinish) {
+    const platform::Url nobody = site({})->url("/login");
+    makeView(nobody);
+    load(nobody);
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    EXPECT_THAT(pageText(), HasSubstr("Could not connect to localhost: Connection refused."));
+    EXPECT_THAT(pageText(), HasSubstr("Try again"));
+    EXPECT_THAT(recorder->finished, IsEmpty());
+}
+
+TEST_F(Navigation, UnknownHostShowsOurNotice) {
+    const auto nowhere = *platform::Url::parse("https://no-such-host.invalid/");
+    makeView(nowhere);
+    load(nowhere);
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    EXPECT_THAT(pageText(), HasSubstr("Could not find no-such-host.invalid."));
+    EXPECT_THAT(recorder->finished, IsEmpty());
+}
+
+TEST_F(Navigation, TryAgainLoadsThePageOnceTheServerIsThere) {
+    bool up = false;
+    const MisbehavingServer peer(identity, [&up](ServerConnection& connection) {
+        while (connection.read()) {
+            if (!up)
+                return connection.breakOff();
+            connection.write(page("back again"));
+        }
+    });
+    makeView(peer.url());
+    load(peer.url("/"));
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    up = true;
+    evaluate("document.querySelector('a').click()");
+    ASSERT_TRUE(waitForFinished(1));
+    EXPECT_EQ(pageText(), "back again");
+    EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/"));
+}
+
+TEST_F(Navigation, FailureAfterAPageLeavesTheDelegateAlone) {
+    const auto peer = site({{"/", "hello"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    load(*platform::Url::parse("https://no-such-host.invalid/"));
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    EXPECT_THAT(recorder->finished, ElementsAre(peer->origin() + "/"));
+    open(peer->url("/"));
+    EXPECT_EQ(recorder->finished.size(), 2u);
+}
+
+TEST_F(Navigation, LoadThatIsOvertakenDoesNotFinish) {
+    const MisbehavingServer peer(identity, [](ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            if (request->target == "/slow")
+                return connection.waitForPeer();
+            connection.write(page("quick"));
+        }
+    });
+    makeView(peer.url());
+    load(peer.url("/slow"));
+    ASSERT_TRUE(rig.runUntil([&] { return !peer.requests().empty(); }));
+    open(peer.url("/quick"));
+    EXPECT_EQ(pageText(), "quick");
+    EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/quick"));
+}
+
+TEST_F(Navigation, CrashOfTheWebProcessShowsOurNotice) {
+    const auto peer = site({{"/", "hello"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    ASSERT_GT(killDescendants("WebKitWebProces"), 0);
+    ASSERT_TRUE(waitForTitle("This page stopped working"));
+    EXPECT_EQ(recorder->finished.size(), 1u);
+    evaluate("document.querySelector('a').click()");
+    ASSERT_TRUE(waitForFinished(2));
+    EXPECT_EQ(pageText(), "hello");
+    EXPECT_EQ(recorder->finished.back(), peer->origin() + "/");
+}
+
+TEST_F(Navigation, CrashOfTheNetworkProcessHealsWithTheNextLoad) {
+    const auto peer = site({{"/", "hello"}, {"/next", "next"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    ASSERT_GT(killDescendants("WebKitNetworkPr"), 0);
+    open(peer->url("/next"));
+    EXPECT_EQ(pageText(), "next");
+}
+
+TEST_F(Navigation, DelegateThatHasGoneIsNotCalled) {
+    const auto peer = site({{"/", "<title>Home</title>"}});
+    makeView(peer->url());
+    recorder.reset();
+    load(peer->url("/"));
+    EXPECT_TRUE(waitForTitle("Home"));
+}
+
+TEST_F(Navigation, ViewSurvivesItsWindows) {
+    const auto peer = site({{"/", "<script>window.kept = 'yes'</script>"}});
+    makeView(peer->url());
+    GtkWidget* const widget = GTK_WIDGET(native());
+    for (int round = 0; round < 3; ++round) {
+        GtkWidget* const window = gtk_window_new();
+        gtk_window_set_child(GTK_WINDOW(window), widget);
+        gtk_window_present(GTK_WINDOW(window));
+        ASSERT_TRUE(rig.runUntil([&] { return gtk_widget_get_mapped(widget) == TRUE; }));
+        if (round == 0)
+            open(peer->url("/"));
+        EXPECT_EQ(evaluate("window.kept"), "yes");
+        gtk_window_destroy(GTK_WINDOW(window));
+        ASSERT_TRUE(rig.runUntil([&] { return gtk_widget_get_parent(widget) == nullptr; }));
+        EXPECT_EQ(evaluate("window.kept"), "yes");
+    }
+    EXPECT_EQ(recorder->finished.size(), 1u);
+}
+
+TEST_F(Navigation, FramesOfTheViewAskForTheirSize) {
+    const auto anywhere = *platform::Url::parse("https://localhost");
+    const auto sized = sessionFor(anywhere).makeWebView({0, 0, 640, 620}, {});
+    int width = 0;
+    int height = 0;
+    gtk_widget_get_size_request(dynamic_cast<desktop::HostedWidget&>(*sized).widget(), &width,
+                                &height);
+    EXPECT_EQ(width, 640);
+    EXPECT_EQ(height, 620);
+}
+
+} // namespace kelo::test

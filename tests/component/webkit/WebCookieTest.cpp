@@ -1,0 +1,149 @@
+#include "component/webkit/WebKitFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <sys/stat.h>
+
+namespace kelo::test {
+
+using platform::HttpCookie;
+using platform::SameSitePolicy;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class WebCookie : public WebKitFixture {
+protected:
+    void set(const HttpCookie& cookie) { rig.run(view->cookieStore().setCookie(cookie)); }
+    std::vector<HttpCookie> all() { return rig.run(view->cookieStore().getAllCookies()); }
+
+    static HttpCookie cookie(std::string name, std::string domain = "localhost") {
+        HttpCookie result;
+        result.name = std::move(name);
+        result.value = "value";
+        result.domain = std::move(domain);
+        return result;
+    }
+    static std::chrono::sys_seconds inAnHour() {
+        return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) +
+               std::chrono::hours(1);
+    }
+    // What the server was sent by the page's own request.
+    static std::string lastCookies(const MisbehavingServer& peer) {
+        return peer.requests().back().header("cookie").value_or("");
+    }
+
+    const platform::Url anywhere = *platform::Url::parse("https://localhost");
+};
+
+TEST_F(WebCookie, EmptyStoreIsEmpty) {
+    makeView(anywhere);
+    EXPECT_THAT(all(), IsEmpty());
+}
+
+TEST_F(WebCookie, EveryAttributeComesBack) {
+    makeView(anywhere);
+    HttpCookie plain = cookie("plain");
+    HttpCookie path = cookie("path");
+    path.path = "/api/deep";
+    HttpCookie secure = cookie("secure");
+    secure.secure = true;
+    secure.sameSite = SameSitePolicy::none;
+    HttpCookie httpOnly = cookie("httpOnly");
+    httpOnly.httpOnly = true;
+    HttpCookie lax = cookie("lax");
+    lax.sameSite = SameSitePolicy::lax;
+    HttpCookie strict = cookie("strict");
+    strict.sameSite = SameSitePolicy::strict;
+    HttpCookie expires = cookie("expires");
+    expires.expires = inAnHour();
+    HttpCookie wide = cookie("wide", ".assistant.example.com");
+    HttpCookie host = cookie("__Host-token");
+    host.secure = true;
+    host.httpOnly = true;
+    host.sameSite = SameSitePolicy::lax;
+    host.value = "a.b-c_d%20e=f";
+    for (const HttpCookie& one :
+         {plain, path, secure, httpOnly, lax, strict, expires, wide, host}) {
+        set(one);
+        const auto stored = all();
+        const auto found = std::find_if(stored.begin(), stored.end(),
+                                        [&](const HttpCookie& c) { return c.name == one.name; });
+        ASSERT_NE(found, stored.end()) << one.name;
+        EXPECT_EQ(*found, one) << one.name;
+    }
+    EXPECT_EQ(all().size(), 9u);
+}
+
+TEST_F(WebCookie, SameNameReplaces) {
+    makeView(anywhere);
+    set(cookie("a"));
+    HttpCookie newer = cookie("a");
+    newer.value = "newer";
+    set(newer);
+    EXPECT_THAT(all(), ElementsAre(newer));
+}
+
+TEST_F(WebCookie, HandedOverCookiesAreSentByThePage) {
+    const auto peer = site({{"/", "hello"}});
+    makeView(peer->url());
+    HttpCookie token = cookie("__Secure-session-token");
+    token.secure = true;
+    token.httpOnly = true;
+    token.sameSite = SameSitePolicy::lax;
+    HttpCookie host = cookie("__Host-csrf");
+    host.secure = true;
+    host.sameSite = SameSitePolicy::strict;
+    HttpCookie foreign = cookie("foreign", "example.org");
+    set(token);
+    set(host);
+    set(foreign);
+    open(peer->url("/"));
+    EXPECT_THAT(lastCookies(*peer), HasSubstr("__Secure-session-token=value"));
+    EXPECT_THAT(lastCookies(*peer), HasSubstr("__Host-csrf=value"));
+    EXPECT_THAT(lastCookies(*peer), Not(HasSubstr("foreign")));
+    EXPECT_EQ(evaluate("document.cookie"), "__Host-csrf=value");
+}
+
+TEST_F(WebCookie, CookiesThatThePageSetsAreRead) {
+    const MisbehavingServer peer(
+        identity, MisbehavingServer::answering([](const WireRequest&) {
+            return page("hello",
+                        "Set-Cookie: __Host-a=1; Path=/; Secure; HttpOnly; SameSite=Strict\r\n"
+                        "Set-Cookie: b=2; Path=/x; SameSite=Lax; "
+                        "Expires=Fri, 01 Jan 2100 00:00:00 GMT\r\n");
+        }));
+    makeView(peer.url());
+    open(peer.url("/"));
+    HttpCookie a = cookie("__Host-a");
+    a.value = "1";
+    a.secure = true;
+    a.httpOnly = true;
+    a.sameSite = SameSitePolicy::strict;
+    HttpCookie b = cookie("b");
+    b.value = "2";
+    b.path = "/x";
+    b.sameSite = SameSitePolicy::lax;
+    b.expires = std::chrono::sys_seconds(std::chrono::seconds(4102444800));
+    EXPECT_THAT(all(), testing::UnorderedElementsAre(a, b));
+}
+
+TEST_F(WebCookie, TwoViewsShareTheStore) {
+    makeView(anywhere);
+    set(cookie("a"));
+    const auto other = session->makeWebView({}, {});
+    EXPECT_THAT(rig.run(other->cookieStore().getAllCookies()), ElementsAre(cookie("a")));
+}
+
+TEST_F(WebCookie, FoldersAreForTheirOwnerAlone) {
+    makeView(anywhere);
+    for (const auto& path : {folder / "data" / "web", folder / "cache"}) {
+        struct stat status = {};
+        ASSERT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0700u) << path;
+    }
+}
+
+} // namespace kelo::test

@@ -1,0 +1,113 @@
+#include "component/webkit/WebKitFixture.h"
+
+#include "linux/glib/AsyncResult.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace kelo::test {
+
+namespace {
+
+platform::Task<std::string> evaluated(WebKitWebView* view, std::string script) {
+    const auto start = [view, &script](GAsyncReadyCallback ready, gpointer data) {
+        webkit_web_view_evaluate_javascript(view, script.c_str(),
+                                            static_cast<gssize>(script.size()), nullptr, nullptr,
+                                            nullptr, ready, data);
+    };
+    const auto result = co_await desktop::asyncResult(start);
+    GError* error = nullptr;
+    JSCValue* const value = webkit_web_view_evaluate_javascript_finish(view, result.get(), &error);
+    if (const desktop::GErrorPointer failure(error); failure)
+        co_return std::string("error: ") + failure->message;
+    const auto owned = desktop::GObjectPointer<JSCValue>::adopt(value);
+    const desktop::GText text(jsc_value_to_string(value));
+    co_return std::string(text.get());
+}
+
+} // namespace
+
+WebKitFixture::WebKitFixture() {
+    std::string path = (std::filesystem::temp_directory_path() / "kelo-webkit.XXXXXX").string();
+    if (!mkdtemp(path.data()))
+        throw std::runtime_error("no temporary folder");
+    folder = path;
+}
+
+WebKitFixture::~WebKitFixture() {
+    endSession();
+    std::error_code gone;
+    std::filesystem::remove_all(folder, gone);
+}
+
+std::string WebKitFixture::page(std::string_view html, std::string_view extraHeaders) {
+    return httpReply(
+        html, std::string("Content-Type: text/html; charset=utf-8\r\n").append(extraHeaders));
+}
+
+std::unique_ptr<MisbehavingServer> WebKitFixture::site(std::map<std::string, std::string> pages) {
+    return std::make_unique<MisbehavingServer>(
+        identity, MisbehavingServer::answering([pages](const WireRequest& request) {
+            const auto found = pages.find(request.target);
+            return found == pages.end() ? httpReply("nothing here", "", "404 Not Found")
+                                        : page(found->second);
+        }));
+}
+
+desktop::WebKitSession& WebKitFixture::sessionFor(const platform::Url& service) {
+    if (!session) {
+        desktop::WebKitSessionSettings settings{
+            (folder / "data" / "web").string(), (folder / "cache").string(),
+            std::make_shared<const desktop::TrustedAuthority>(authority.pem()), service,
+            [this](const std::string& address) { openedOutside.push_back(address); }};
+        session = std::make_unique<desktop::WebKitSession>(std::move(settings));
+    }
+    return *session;
+}
+
+void WebKitFixture::endSession() {
+    view.reset();
+    session.reset();
+}
+
+void WebKitFixture::makeView(const platform::Url& service,
+                             platform::WebViewConfiguration configuration) {
+    view = sessionFor(service).makeWebView({}, std::move(configuration));
+    view->setNavigationDelegate(recorder);
+}
+
+WebKitWebView* WebKitFixture::native() const {
+    return WEBKIT_WEB_VIEW(dynamic_cast<desktop::HostedWidget&>(*view).widget());
+}
+
+void WebKitFixture::load(const platform::Url& url) {
+    platform::UrlRequest request{url};
+    view->load(request);
+}
+
+void WebKitFixture::open(const platform::Url& url) {
+    const auto before = recorder->finished.size();
+    load(url);
+    ASSERT_TRUE(waitForFinished(before + 1)) << "shown instead: " << pageText();
+}
+
+bool WebKitFixture::waitForFinished(std::size_t count) {
+    return rig.runUntil([&] { return recorder->finished.size() >= count; });
+}
+
+bool WebKitFixture::waitForTitle(const std::string& title) {
+    return rig.runUntil([&] {
+        const char* const shown = webkit_web_view_get_title(native());
+        return shown && title == shown && !webkit_web_view_is_loading(native());
+    });
+}
+
+std::string WebKitFixture::evaluate(const std::string& script) {
+    return rig.run(evaluated(native(), script));
+}
+
+bool WebKitFixture::waitForScript(const std::string& script, const std::string& result) {
+    return rig.runUntil([&] { return evaluate(script) == result; });
+}
+
+} // namespace kelo::test

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "component/http/LoopRig.h"
+#include "component/http/MisbehavingServer.h"
+#include "component/http/TestAuthority.h"
+#include "linux/glib/HostedWidget.h"
+#include "linux/webkit/WebKitSession.h"
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <webkit/webkit.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kelo::test {
+
+/// Notes the address of every navigation that finished.
+class NavigationRecorder final : public platform::NavigationDelegate {
+public:
+    void didFinishNavigation(platform::EmbeddedWebView& webView) override {
+        const auto url = webView.url();
+        finished.push_back(url ? url->absoluteString() : "");
+    }
+    std::vector<std::string> finished;
+};
+
+/// Real web views on a display, a service under an authority of the test's own, and folders that go
+/// with the test.
+class WebKitFixture : public testing::Test {
+protected:
+    static void SetUpTestSuite() { gtk_init(); }
+
+    WebKitFixture();
+    ~WebKitFixture() override;
+
+    /// A server that shows these pages (target → HTML), 404 for others.
+    std::unique_ptr<MisbehavingServer> site(std::map<std::string, std::string> pages);
+    static std::string page(std::string_view html, std::string_view extraHeaders = "");
+
+    /// Opens the session on first use; its service is the given server's origin.
+    desktop::WebKitSession& sessionFor(const platform::Url& service);
+    void endSession();
+
+    /// A new view that reports to the recorder.
+    void makeView(const platform::Url& service, platform::WebViewConfiguration configuration = {});
+    WebKitWebView* native() const;
+
+    void load(const platform::Url& url);
+    /// Loads and waits until it finished, once more than before.
+    void open(const platform::Url& url);
+    bool waitForFinished(std::size_t count);
+    bool waitForTitle(const std::string& title);
+    /// The result of a script in the page, as text.
+    std::string evaluate(const std::string& script);
+    bool waitForScript(const std::string& script, const std::string& result);
+    std::string pageText() { return evaluate("document.body.innerText"); }
+
+    LoopRig rig;
+    TestAuthority authority;
+    Identity identity = authority.issue();
+    std::filesystem::path folder;
+    std::vector<std::string> openedOutside;
+    std::unique_ptr<desktop::WebKitSession> session;
+    std::shared_ptr<platform::EmbeddedWebView> view;
+    std::shared_ptr<NavigationRecorder> recorder = std::make_shared<NavigationRecorder>();
+};
+
+} // namespace kelo::test
