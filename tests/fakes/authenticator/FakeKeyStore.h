@@ -1,0 +1,56 @@
+#pragma once
+
+#include "authenticator/KeyStore.h"
+#include "authenticator/P256Key.h"
+#include "fakes/authenticator/FakePasskeySheet.h"
+#include "platform/Continuation.h"
+#include "platform/PlatformError.h"
+
+#include <optional>
+#include <utility>
+
+namespace kelo::fakes {
+
+/// Real keys, kept in the clear.
+class FakeKeyStore final : public authenticator::KeyStore {
+public:
+    explicit FakeKeyStore(SheetScript& script) : script(script) {}
+
+    platform::Task<authenticator::CreatedKey> create() override {
+        script.events.emplace_back("create");
+        co_await obstacle();
+        const authenticator::P256Key key = authenticator::P256Key::generate();
+        authenticator::CreatedKey created;
+        created.publicKey = key.publicKey();
+        const authenticator::SecretBytes scalar = key.scalar();
+        created.wrappedPrivateKey.assign(scalar.view().begin(), scalar.view().end());
+        co_return created;
+    }
+
+    platform::Task<platform::Bytes> sign(platform::Bytes wrappedPrivateKey,
+                                         platform::Bytes digest) override {
+        script.events.emplace_back("sign");
+        co_await obstacle();
+        const auto key = authenticator::P256Key::fromScalar(
+            authenticator::SecretBytes(std::move(wrappedPrivateKey)));
+        co_return key->sign(digest);
+    }
+
+    /// Fails with this text.
+    std::optional<std::string> failure;
+    /// Never comes to an end.
+    bool hangs = false;
+
+private:
+    platform::Task<void> obstacle() {
+        if (hangs)
+            co_await platform::withCheckedContinuation<void>(
+                [](platform::CheckedContinuation<void>) {});
+        if (failure)
+            throw platform::PlatformError(platform::PlatformErrorKind::storage, *failure);
+    }
+
+    SheetScript& script;
+};
+
+} // namespace kelo::fakes

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "authenticator/PasskeySheet.h"
+#include "platform/Continuation.h"
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelo::fakes {
+
+/// What the person in front of the sheets does, and what they have seen.
+struct SheetScript {
+    /// The account agreed to; nothing: cancels.
+    std::optional<std::size_t> choice = 0;
+    /// Leaves the question of the sheet open.
+    bool leavesOpen = false;
+    /// Answers to the questions of the verification, in order; none left: cancels.
+    std::deque<std::string> answers;
+    /// Leaves the questions of the verification open.
+    bool leavesQuestionsOpen = false;
+
+    std::vector<authenticator::ConsentRequest> requests;
+    /// "sheet", "confirm", "verify", "create", "sign", "closed" in the order they happened.
+    std::vector<std::string> events;
+    /// The words of the verification: "? text" hidden, "! text" visible, "i text", "e text".
+    std::vector<std::string> words;
+    std::shared_ptr<platform::Window> anchor;
+    std::function<void()> cancelAction;
+
+    void pressCancel() {
+        if (const auto action = cancelAction)
+            action();
+    }
+};
+
+class FakePasskeySheet final : public authenticator::PasskeySheet {
+public:
+    explicit FakePasskeySheet(SheetScript& script) : script(script) {
+        script.events.emplace_back("sheet");
+    }
+    FakePasskeySheet(const FakePasskeySheet&) = delete;
+    FakePasskeySheet& operator=(const FakePasskeySheet&) = delete;
+    ~FakePasskeySheet() override {
+        script.cancelAction = nullptr;
+        script.events.emplace_back("closed");
+    }
+
+    platform::Task<std::optional<std::size_t>>
+    confirm(authenticator::ConsentRequest request) override {
+        script.events.emplace_back("confirm");
+        script.requests.push_back(std::move(request));
+        if (script.leavesOpen)
+            co_await never();
+        co_return script.choice;
+    }
+
+    platform::Task<std::optional<platform::SecretText>>
+    ask(authenticator::VerificationPrompt prompt) override {
+        script.words.push_back((prompt.echo ? "! " : "? ") + prompt.text);
+        if (script.leavesQuestionsOpen)
+            co_await never();
+        if (script.answers.empty())
+            co_return std::nullopt;
+        std::optional<platform::SecretText> answer(script.answers.front());
+        script.answers.pop_front();
+        co_return std::move(answer);
+    }
+    void showInformation(std::string text) override { script.words.push_back("i " + text); }
+    void showError(std::string text) override { script.words.push_back("e " + text); }
+    void onCancel(std::function<void()> action) override {
+        script.cancelAction = std::move(action);
+    }
+
+private:
+    static platform::Task<void> never() {
+        co_await platform::withCheckedContinuation<void>(
+            [](platform::CheckedContinuation<void>) {});
+    }
+
+    SheetScript& script;
+};
+
+class FakePasskeySheetFactory final : public authenticator::PasskeySheetFactory {
+public:
+    explicit FakePasskeySheetFactory(SheetScript& script) : script(script) {}
+    std::unique_ptr<authenticator::PasskeySheet>
+    makeSheet(std::shared_ptr<platform::Window> anchor) override {
+        script.anchor = std::move(anchor);
+        return std::make_unique<FakePasskeySheet>(script);
+    }
+
+private:
+    SheetScript& script;
+};
+
+} // namespace kelo::fakes

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "authenticator/Authenticator.h"
+#include "fakes/FakeMainLoop.h"
+#include "fakes/authenticator/FakeKeyStore.h"
+#include "fakes/authenticator/FakePasskeySheet.h"
+#include "fakes/authenticator/FakeUserVerifier.h"
+#include "fakes/authenticator/TemporaryFolder.h"
+#include "platform/PlatformError.h"
+#include "platform/Spawn.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace kelo::fakes {
+
+/// Runs each job where it is given.
+class InlineWorker final : public platform::Worker {
+public:
+    void perform(std::function<void()> job) override { job(); }
+};
+
+class FixedClock final : public platform::Clock {
+public:
+    std::chrono::system_clock::time_point now() const override { return time; }
+    std::chrono::system_clock::time_point time{std::chrono::seconds(1'700'000'000)};
+};
+
+/// How a task ended, if it did.
+template <typename T>
+struct Ended {
+    std::optional<T> value;
+    std::optional<platform::PlatformError> error;
+    bool pending() const { return !value && !error; }
+};
+
+template <typename T>
+platform::Task<void> record(std::shared_ptr<Ended<T>> ended, platform::Task<T> task) {
+    try {
+        ended->value = co_await task;
+    } catch (const platform::PlatformError& error) {
+        ended->error = error;
+    }
+}
+
+/// An authenticator with a main loop, a person, keys and a disk of its own; all go with the test.
+class ScopedAuthenticator {
+public:
+    ScopedAuthenticator() = default;
+    ScopedAuthenticator(const ScopedAuthenticator&) = delete;
+    ScopedAuthenticator& operator=(const ScopedAuthenticator&) = delete;
+    ~ScopedAuthenticator() { platform::dropSpawnedTasks(); }
+
+    /// Starts a task and runs it as far as it comes.
+    template <typename T>
+    std::shared_ptr<Ended<T>> run(platform::Task<T> task) {
+        auto ended = std::make_shared<Ended<T>>();
+        platform::spawn(record(ended, std::move(task)));
+        loop.runUntilIdle();
+        return ended;
+    }
+
+    FakeMainLoop loop;
+    platform::MainLoop::Installation installation{loop};
+    TemporaryFolder folder;
+    SheetScript person;
+    FakePasskeySheetFactory sheets{person};
+    FakeUserVerifier verifier{person};
+    FakeKeyStore keys{person};
+    authenticator::CredentialStore credentials{folder.path() / "kelo" / "passkeys.sqlite"};
+    InlineWorker worker;
+    FixedClock clock;
+    std::array<authenticator::Association, 1> associations{
+        authenticator::Association{"localhost", "https://localhost:8443"}};
+    authenticator::Authenticator authenticator{associations, sheets, verifier, keys,
+                                               credentials,  worker, clock};
+};
+
+} // namespace kelo::fakes

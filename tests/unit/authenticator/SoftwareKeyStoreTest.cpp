@@ -1,0 +1,106 @@
+#include "Hex.h"
+
+#include "authenticator/Cryptography.h"
+#include "authenticator/SoftwareKeyStore.h"
+#include "fakes/authenticator/ScopedAuthenticator.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+namespace kelo {
+
+using namespace authenticator;
+
+namespace {
+
+class FakeWrappingKeySource final : public WrappingKeySource {
+public:
+    std::optional<SecretBytes> find(std::stop_token stop) override {
+        lastStop = std::move(stop);
+        if (failure)
+            throw platform::PlatformError(platform::PlatformErrorKind::storage, *failure);
+        if (!kept)
+            return std::nullopt;
+        return SecretBytes(platform::Bytes(*kept));
+    }
+    SecretBytes findOrCreate(std::stop_token stop) override {
+        if (auto found = find(std::move(stop)))
+            return std::move(*found);
+        kept = randomBytes(32);
+        return SecretBytes(platform::Bytes(*kept));
+    }
+
+    std::optional<platform::Bytes> kept;
+    std::optional<std::string> failure;
+    std::stop_token lastStop;
+};
+
+class HeldWorker final : public platform::Worker {
+public:
+    void perform(std::function<void()> job) override { jobs.push_back(std::move(job)); }
+    std::deque<std::function<void()>> jobs;
+};
+
+class SoftwareKeyStoreTest : public testing::Test {
+protected:
+    fakes::ScopedAuthenticator scope;
+    std::shared_ptr<FakeWrappingKeySource> source = std::make_shared<FakeWrappingKeySource>();
+    SoftwareKeyStore store{source, scope.worker};
+    platform::Bytes digest = platform::Bytes(32, 0x5A);
+};
+
+} // namespace
+
+TEST_F(SoftwareKeyStoreTest, SignsWithTheKeyItMade) {
+    const auto created = scope.run(store.create());
+    ASSERT_TRUE(created->value);
+    const auto signature = scope.run(store.sign(created->value->wrappedPrivateKey, digest));
+    ASSERT_TRUE(signature->value);
+    EXPECT_EQ(signature->value->at(0), 0x30);
+}
+
+TEST_F(SoftwareKeyStoreTest, MakesNoKeyWithoutAWrappingKey) {
+    source->failure = "No keyring is running.";
+    const auto created = scope.run(store.create());
+    ASSERT_TRUE(created->error);
+    EXPECT_EQ(created->error->localizedDescription(), "No keyring is running.");
+    EXPECT_FALSE(source->kept);
+}
+
+TEST_F(SoftwareKeyStoreTest, SaysThatALostWrappingKeyIsLost) {
+    const auto created = scope.run(store.create());
+    for (const auto& kept : {std::optional<platform::Bytes>(), std::optional(randomBytes(32))}) {
+        source->kept = kept;
+        const auto signature = scope.run(store.sign(created->value->wrappedPrivateKey, digest));
+        ASSERT_TRUE(signature->error);
+        EXPECT_EQ(signature->error->kind(), platform::PlatformErrorKind::storage);
+        EXPECT_EQ(
+            signature->error->localizedDescription(),
+            "This passkey can no longer be used, because your keyring no longer holds the key that "
+            "protects it. Sign in another way, then register a new passkey from the Account menu.");
+        EXPECT_EQ(source->kept, kept) << "signing must not put a new wrapping key in place";
+    }
+}
+
+TEST_F(SoftwareKeyStoreTest, SaysThatADamagedKeyIsDamaged) {
+    const auto created = scope.run(store.create());
+    platform::Bytes damaged = created->value->wrappedPrivateKey;
+    damaged.back() ^= 1;
+    const auto signature = scope.run(store.sign(damaged, digest));
+    ASSERT_TRUE(signature->error);
+    EXPECT_NE(signature->error->localizedDescription().find("damaged on disk"), std::string::npos);
+}
+
+TEST_F(SoftwareKeyStoreTest, StopsTheSourceWhenNobodyWaitsAnyMore) {
+    HeldWorker worker;
+    SoftwareKeyStore held(source, worker);
+    scope.run(held.create());
+    ASSERT_EQ(worker.jobs.size(), 1U);
+    platform::dropSpawnedTasks();
+    worker.jobs.front()();
+    EXPECT_FALSE(source->kept) << "a dropped request must not reach the keyring";
+    EXPECT_FALSE(source->lastStop.stop_possible());
+}
+
+} // namespace kelo
