@@ -117,6 +117,8 @@ void GtkApplicationHost::openSettings() {
         settings = std::make_shared<SettingsWindow>(
             *scene, [this] { windowClosed(std::exchange(settings, nullptr)); });
         application->add_window(*settings);
+        if (!mainWindows.empty())
+            settings->set_transient_for(*mainWindows.begin()->second);
     }
     present(*settings);
 }

@@ -13,6 +13,8 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     : ProgramWindow(std::move(closed)), group(group), content(group.defaultSize), menuBar(menu) {
     set_title(programName);
     add_css_class("kelo-main");
+    if (!get_display()->is_composited())
+        add_css_class("kelo-opaque");
     header.pack_start(menuBar);
     menuBar.set_valign(Gtk::Align::CENTER);
     set_titlebar(header);

@@ -67,6 +67,7 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
 
 ModalWindow::~ModalWindow() {
     std::erase(stack(), this);
+    unset_default_widget();
     unset_child();
 }
 

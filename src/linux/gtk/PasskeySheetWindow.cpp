@@ -32,9 +32,17 @@ std::string explanationOf(const authenticator::ConsentRequest& request) {
     const std::string who =
         "<b>" + Glib::Markup::escape_text(request.relyingPartyIdentifier).raw() + "</b>";
     if (request.ceremony == authenticator::Ceremony::registration)
-        return who + " wants to keep a passkey on this computer. With it you sign in without a "
-                     "password.";
+        return who + " asks to keep a passkey for you on this computer.";
     return who + " asks you to sign in with a passkey that is kept on this computer.";
+}
+
+Gtk::Label* makeAccount(const std::string& name) {
+    auto* label = Gtk::make_managed<Gtk::Label>(name);
+    label->set_ellipsize(Pango::EllipsizeMode::END);
+    label->set_tooltip_text(name);
+    label->set_xalign(0);
+    label->set_hexpand();
+    return label;
 }
 
 } // namespace
@@ -47,6 +55,11 @@ PasskeySheetWindow::PasskeySheetWindow(Gtk::Window* parent, Actions actions)
     buildAccounts();
     buildVerification();
     buildButtons();
+}
+
+// The window would go on pointing at its default button, which goes before it.
+PasskeySheetWindow::~PasskeySheetWindow() {
+    unset_default_widget();
 }
 
 void PasskeySheetWindow::buildHeading() {
@@ -67,7 +80,8 @@ void PasskeySheetWindow::buildAccounts() {
     accountsCaption.add_css_class("kelo-caption");
     accountsCaption.add_css_class("kelo-dim");
     accountsCaption.set_halign(Gtk::Align::START);
-    accounts.add_css_class("kelo-group");
+    accountsScroll.add_css_class("kelo-group");
+    accounts.add_css_class("kelo-accounts");
     accountsScroll.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     accountsScroll.set_propagate_natural_height();
     accountsScroll.set_max_content_height(tallestAccountList);
@@ -132,18 +146,13 @@ void PasskeySheetWindow::fillAccounts(const std::vector<std::string>& names) {
     accountsScroll.set_visible(!names.empty());
     accountsCaption.set_text(names.size() > 1 ? "Choose an account" : "Account");
     for (const auto& name : names) {
-        auto* label = Gtk::make_managed<Gtk::Label>(name);
-        label->set_ellipsize(Pango::EllipsizeMode::END);
-        label->set_halign(Gtk::Align::START);
         if (names.size() == 1) {
-            label->add_css_class("kelo-row");
-            accounts.append(*label);
+            accounts.append(*makeAccount(name));
             return;
         }
         auto* choice = Gtk::make_managed<Gtk::CheckButton>();
-        label->insert_at_end(*choice);
+        choice->set_child(*makeAccount(name));
         setAccessibleName(*choice, name);
-        choice->add_css_class("kelo-row");
         if (choices.empty())
             choice->set_active();
         else
@@ -206,9 +215,6 @@ void PasskeySheetWindow::showStatus(const std::string& text, bool isError) {
     else
         spinner.stop();
     statusLine.set_visible(true);
-    if (open == Open::consent)
-        return;
-    explanation.set_visible(false);
 }
 
 void PasskeySheetWindow::goOn() {

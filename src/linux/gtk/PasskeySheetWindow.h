@@ -28,6 +28,7 @@ public:
         std::function<void()> cancelled;
     };
     PasskeySheetWindow(Gtk::Window* parent, Actions actions);
+    ~PasskeySheetWindow() override;
 
     void showConsent(const authenticator::ConsentRequest& request);
     void showQuestion(const authenticator::VerificationPrompt& prompt);

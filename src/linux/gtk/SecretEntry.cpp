@@ -4,8 +4,7 @@
 
 #include <gtkmm/entry.h>
 #include <gtkmm/passwordentry.h>
-
-#include <algorithm>
+#include <gtkmm/window.h>
 
 namespace kelo::desktop {
 

@@ -20,6 +20,7 @@ Gtk::Widget* makeRow(const platform::LabeledRow& row) {
     value->set_halign(Gtk::Align::END);
     value->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
     value->set_selectable();
+    value->set_focusable(false); // the row is; a text that gets the focus is selected at once
     value->add_css_class("kelo-dim");
     line->append(*label);
     line->append(*value);
@@ -31,31 +32,32 @@ Gtk::Widget* makeRow(const platform::LabeledRow& row) {
 SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void()> closed)
     : ProgramWindow(std::move(closed)), scene(std::move(scene)) {
     set_title("Settings");
+    add_css_class("kelo-main");
+    set_titlebar(header);
     set_resizable(false);
     rows.set_selection_mode(Gtk::SelectionMode::NONE);
     rows.set_valign(Gtk::Align::CENTER);
     rows.set_margin(16);
+    rows.set_hexpand();
     rows.add_css_class("kelo-group");
     setAccessibleName(rows, "Settings");
     draw();
-    set_child(rows);
+    space.append(rows);
+    set_child(space);
     if (this->scene.content.observed)
         redrawing.emplace(this->scene.content.observed(), [this] { draw(); });
 }
 
 void SettingsWindow::draw() {
     const auto description = scene.content.body();
-    rows.set_size_request(static_cast<int>(description.size.width) - 2 * rows.get_margin_start(),
-                          -1);
-    set_size_request(static_cast<int>(description.size.width),
-                     static_cast<int>(description.size.height));
+    space.set_size_request(static_cast<int>(description.size.width),
+                           static_cast<int>(description.size.height));
     while (auto* row = rows.get_row_at_index(0))
         rows.remove(*row);
     for (const auto& row : description.rows) {
         rows.append(*makeRow(row));
         auto* last = rows.get_row_at_index(static_cast<int>(&row - description.rows.data()));
         last->set_activatable(false);
-        last->set_focusable(false);
     }
 }
 

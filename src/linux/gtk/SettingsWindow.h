@@ -4,6 +4,8 @@
 #include "linux/gtk/Redrawing.h"
 #include "platform/SceneGraph.h"
 
+#include <gtkmm/box.h>
+#include <gtkmm/headerbar.h>
 #include <gtkmm/listbox.h>
 
 #include <functional>
@@ -20,6 +22,8 @@ private:
     void draw();
 
     platform::SettingsScene scene;
+    Gtk::HeaderBar header;
+    Gtk::Box space;
     Gtk::ListBox rows;
     std::optional<Redrawing> redrawing;
 };

@@ -5,12 +5,17 @@
 #include <gtkmm/icontheme.h>
 #include <gtkmm/stylecontext.h>
 
+#include <utility>
+
 // Generated from data/kelo.gresource.xml. Naming it keeps the linker from leaving the data out.
 extern "C" GResource* kelo_get_resource(void);
 
 namespace kelo::desktop {
 
 void loadStyle() {
+    // Once is enough for a process: both stay with the display.
+    if (static bool loaded = false; std::exchange(loaded, true))
+        return;
     g_resources_register(kelo_get_resource());
     const auto display = Gdk::Display::get_default();
     // The toolkit looks here by itself only under the application's own identifier.

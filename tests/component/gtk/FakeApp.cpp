@@ -1,0 +1,74 @@
+#include "component/gtk/FakeApp.h"
+
+#include <gtkmm/window.h>
+
+#include <algorithm>
+
+namespace kelo::tests {
+
+platform::SceneGraph FakeApp::body() {
+    events.push_back("body");
+    const auto observed = [this] {
+        return std::vector<std::shared_ptr<platform::ObservableObject>>{state};
+    };
+    platform::WindowGroup main;
+    main.identifier = "main";
+    main.content = {[this] { return content(); }, observed};
+    main.onAppear = [this] { events.push_back("appear"); };
+    main.defaultSize = {1100, 760};
+    main.commands.push_back({"Account", {[this] { return accountMenu(); }, observed}});
+
+    platform::MenuBarExtra extra{"Kelo", "brain", {[] { return platform::Menu{}; }}};
+
+    platform::SettingsDescription settings;
+    settings.rows = {{"Version", "1.4.2 (57)"}, {"Backend", "assistant.example.com"}};
+    settings.size = {360, 140};
+    return {main, extra, platform::SettingsScene{{[settings] { return settings; }}}};
+}
+
+int FakeApp::count(const std::string& event) const {
+    return static_cast<int>(std::count(events.begin(), events.end(), event));
+}
+
+platform::WebContentDescription FakeApp::content() {
+    if (!page) {
+        // Which windows there are by now, for the rule that the page comes before the window.
+        events.push_back(Gtk::Window::list_toplevels().empty() ? "page before windows"
+                                                               : "page after windows");
+        page = std::make_shared<FakePage>();
+    }
+    events.push_back("content");
+    platform::WebContentDescription description;
+    description.webView = page;
+    description.minimumSize = {800, 600};
+    if (!state->onLogin.get())
+        return description;
+
+    platform::OverlayDescription overlay;
+    overlay.button.label = state->busy.get() ? "Waiting for passkey…" : "Sign in with passkey";
+    overlay.button.systemImage = "person.badge.key";
+    overlay.button.labelMaximumWidth = 320;
+    overlay.button.controlSize = platform::ControlSize::large;
+    overlay.button.style = platform::ButtonStyle::borderedProminent;
+    overlay.button.enabled = !state->busy.get();
+    overlay.button.action = [this] { events.push_back("sign in"); };
+    if (const auto& error = state->error.get())
+        overlay.text = platform::TextDescription{*error, platform::TextFont::caption,
+                                                 platform::TextColor::red};
+    overlay.spacing = 6;
+    overlay.padding = 16;
+    overlay.cornerRadius = 12;
+    overlay.bottomPadding = 28;
+    description.overlay = overlay;
+    return description;
+}
+
+platform::Menu FakeApp::accountMenu() {
+    platform::MenuItem item;
+    item.label = "Register a Passkey on This Mac…";
+    item.enabled = !state->registering.get();
+    item.action = [this] { events.push_back("register"); };
+    return {item};
+}
+
+} // namespace kelo::tests

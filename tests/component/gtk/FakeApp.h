@@ -1,0 +1,41 @@
+#pragma once
+
+#include "component/gtk/FakePage.h"
+#include "platform/Application.h"
+#include "platform/Published.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::tests {
+
+/// A system that has a main window, an "Account" menu and settings, and notes what is asked of it.
+class FakeApp final : public platform::App, private platform::ApplicationDelegate {
+public:
+    struct State : platform::ObservableObject {
+        platform::Published<bool> onLogin{*this, false};
+        platform::Published<bool> busy{*this, false};
+        platform::Published<std::optional<std::string>> error{*this, std::nullopt};
+        platform::Published<bool> registering{*this, false};
+    };
+
+    platform::ApplicationDelegate& applicationDelegate() override { return *this; }
+    platform::SceneGraph body() override;
+
+    std::shared_ptr<State> state = std::make_shared<State>();
+    std::shared_ptr<FakePage> page; ///< made by the first drawing, when the toolkit is up
+    bool terminatesAfterLastWindow = false;
+    std::vector<std::string> events; ///< "body", "content", "appear", "sign in", "register"
+
+    int count(const std::string& event) const;
+
+private:
+    bool applicationShouldTerminateAfterLastWindowClosed() override {
+        return terminatesAfterLastWindow;
+    }
+    platform::WebContentDescription content();
+    platform::Menu accountMenu();
+};
+
+} // namespace kelo::tests

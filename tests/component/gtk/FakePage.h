@@ -1,0 +1,28 @@
+#pragma once
+
+#include "linux/glib/HostedWidget.h"
+#include "platform/EmbeddedWebView.h"
+
+#include <gtkmm/drawingarea.h>
+
+#include <stdexcept>
+
+namespace kelo::tests {
+
+/// A page of one colour that takes the keyboard and counts its clicks.
+class FakePage final : public platform::EmbeddedWebView, public desktop::HostedWidget {
+public:
+    FakePage();
+
+    GtkWidget* widget() override { return GTK_WIDGET(area.gobj()); }
+    void load(platform::UrlRequest) override {}
+    std::optional<platform::Url> url() const override { return std::nullopt; }
+    void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate>) override {}
+    void setAllowsBackForwardNavigationGestures(bool) override {}
+    platform::CookieStore& cookieStore() override { throw std::logic_error("no cookies here"); }
+
+    Gtk::DrawingArea area;
+    int clicks = 0;
+};
+
+} // namespace kelo::tests

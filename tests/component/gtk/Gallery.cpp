@@ -1,0 +1,166 @@
+// Shows every window of the desktop side, one after the other, and keeps a picture of each.
+//   with-display with-window-manager gallery FOLDER
+#include "component/gtk/RunningProgram.h"
+#include "linux/gtk/GtkAlertPresenter.h"
+#include "linux/gtk/GtkPasskeySheet.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtkmm/settings.h>
+
+#include <iostream>
+
+namespace kelo::tests {
+namespace {
+
+constexpr const char* longError =
+    "Could not connect to assistant.example.com: Connection refused. Check your connection and "
+    "try again.";
+
+class Gallery {
+public:
+    explicit Gallery(std::string folder) : folder(std::move(folder)) {}
+
+    void show() {
+        program.run([this] {
+            walk("light");
+            Gtk::Settings::get_default()->property_gtk_application_prefer_dark_theme() = true;
+            program.screen.press(GDK_KEY_Escape);
+            walk("dark");
+        });
+    }
+
+private:
+    void walk(const std::string& scheme) {
+        prefix = folder + "/" + scheme + "-";
+        auto& main = program.window("Kelo");
+        program.app.state->onLogin = true;
+        keep(main, "login");
+        program.app.state->busy = true;
+        keep(main, "waiting");
+        program.app.state->busy = false;
+        program.app.state->error = "Cancelled.";
+        keep(main, "error");
+        program.app.state->error = longError;
+        keep(main, "long-error");
+        program.app.state->error = std::nullopt;
+
+        program.screen.press(GDK_KEY_F10);
+        keep(main, "menu");
+        program.screen.press(GDK_KEY_Right);
+        keep(main, "menu-account");
+        program.screen.press(GDK_KEY_Escape);
+        program.host.openSettings();
+        keep(program.window("Settings"), "settings");
+        program.window("Settings").close();
+        alerts();
+        sheets();
+    }
+
+    void keep(Gtk::Window& window, const std::string& name) {
+        program.settle();
+        program.untilDrawn(window);
+        program.untilDrawn(window);
+        program.screen.save(prefix + name + ".png");
+    }
+
+    static platform::Task<void> showAlert(desktop::GtkAlertPresenter& presenter,
+                                          platform::Alert alert) {
+        co_await presenter.runModal(std::move(alert));
+    }
+
+    void alert(platform::Alert alert, const std::string& name) {
+        const std::string title = alert.messageText;
+        platform::spawn(showAlert(presenter, std::move(alert)));
+        auto& dialog = program.window(title);
+        program.untilActive(dialog);
+        keep(dialog, name);
+        platform::dropSpawnedTasks();
+    }
+
+    void alerts() {
+        platform::Alert prompt;
+        prompt.messageText = "Bevestig registratie";
+        prompt.informativeText =
+            "Vul je wachtwoord óf een MFA-code in om deze passkey te registreren.";
+        prompt.buttons = {"Registreer", "Annuleer"};
+        prompt.accessoryView = platform::SecureTextField{240, 24, "Wachtwoord of MFA-code"};
+        prompt.accessoryIsInitialFirstResponder = true;
+        alert(prompt, "prompt");
+        platform::Alert result;
+        result.messageText = "Passkey";
+        result.informativeText = "Passkey registered on this Mac.";
+        alert(result, "result");
+        result.informativeText = longError;
+        alert(result, "result-long");
+    }
+
+    static platform::Task<void> converse(authenticator::PasskeySheet& sheet,
+                                         authenticator::ConsentRequest request, bool echo) {
+        co_await sheet.confirm(std::move(request));
+        authenticator::VerificationPrompt prompt{"Password: ", echo};
+        co_await sheet.ask(std::move(prompt));
+    }
+
+    void sheets() {
+        desktop::GtkPasskeySheetFactory factory;
+        auto sheet = factory.makeSheet(program.host.windows().front());
+        authenticator::ConsentRequest request;
+        request.relyingPartyIdentifier = "assistant.example.com";
+        request.accountNames = {"demo@example.com"};
+        platform::spawn(converse(*sheet, request, false));
+        auto& signIn = program.window("Sign in with a passkey?");
+        program.untilActive(signIn);
+        keep(signIn, "sheet-sign-in");
+        program.screen.press(GDK_KEY_Return);
+        program.until("a question", [&] {
+            return textsIn(signIn).back() != "" && withClass(signIn, "password");
+        });
+        keep(signIn, "sheet-password");
+        sheet->showError("Wrong password. Try again.");
+        keep(signIn, "sheet-wrong-password");
+        program.screen.type("secret");
+        program.screen.press(GDK_KEY_Return);
+        program.until("an answer", [&] { return !withClass(signIn, "password"); });
+        keep(signIn, "sheet-checking");
+        sheet->showInformation("Swipe your finger over the fingerprint reader");
+        keep(signIn, "sheet-finger");
+        sheet.reset();
+
+        sheet = factory.makeSheet(program.host.windows().front());
+        request.ceremony = authenticator::Ceremony::registration;
+        platform::spawn(converse(*sheet, request, true));
+        auto& create = program.window("Create a passkey?");
+        program.untilActive(create);
+        keep(create, "sheet-create");
+        platform::dropSpawnedTasks();
+        sheet.reset();
+
+        sheet = factory.makeSheet(program.host.windows().front());
+        request.ceremony = authenticator::Ceremony::signIn;
+        request.accountNames = {"demo@example.com", "someone.else@example.com",
+                                "a.very.long.account.name.that.does.not.fit@subdomain.example.com"};
+        platform::spawn(converse(*sheet, request, false));
+        auto& choose = program.window("Sign in with a passkey?");
+        program.untilActive(choose);
+        program.screen.press(GDK_KEY_Down);
+        keep(choose, "sheet-accounts");
+        platform::dropSpawnedTasks();
+    }
+
+    std::string folder;
+    std::string prefix;
+    RunningProgram program;
+    desktop::GtkAlertPresenter presenter{program.host};
+};
+
+} // namespace
+} // namespace kelo::tests
+
+int main(int count, char** arguments) {
+    if (count != 2) {
+        std::cerr << "usage: gallery FOLDER\n";
+        return 2;
+    }
+    kelo::tests::Gallery(arguments[1]).show();
+    return 0;
+}

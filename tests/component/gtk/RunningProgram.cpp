@@ -1,0 +1,170 @@
+#include "component/gtk/RunningProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <gtkmm/label.h>
+
+#include <chrono>
+#include <exception>
+#include <stdexcept>
+
+namespace kelo::tests {
+
+namespace {
+
+constexpr std::chrono::seconds deadline{20};
+
+} // namespace
+
+RunningProgram::RunningProgram() = default;
+
+RunningProgram::~RunningProgram() {
+    platform::dropSpawnedTasks();
+}
+
+void RunningProgram::run(std::function<void()> body) {
+    mainLoop.post([this, body = std::move(body)] {
+        try {
+            until("the main window has appeared", [this] { return app.count("appear") > 0; });
+            untilActive(window("Kelo"));
+            body();
+        } catch (const std::exception& error) {
+            ADD_FAILURE() << error.what();
+        }
+        platform::dropSpawnedTasks();
+        host.terminate();
+    });
+    status = host.run(app);
+}
+
+void RunningProgram::until(const std::string& what, const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    // What happens on the display is not always an event of ours, so look again now and then.
+    const guint tick = g_timeout_add(
+        5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+    bool holds = condition();
+    while (!holds && std::chrono::steady_clock::now() < end) {
+        g_main_context_iteration(nullptr, TRUE);
+        holds = condition();
+    }
+    g_source_remove(tick);
+    if (!holds)
+        throw std::runtime_error("never happened: " + what);
+}
+
+void RunningProgram::settle() {
+    // Everything posted so far comes before this; a drawing that it asked for comes with a frame.
+    bool turned = false;
+    g_idle_add_full(
+        G_PRIORITY_LOW,
+        [](gpointer flag) -> gboolean {
+            *static_cast<bool*>(flag) = true;
+            return G_SOURCE_REMOVE;
+        },
+        &turned, nullptr);
+    until("the main loop comes to rest", [&turned] { return turned; });
+}
+
+std::vector<Gtk::Window*> RunningProgram::windowsOnScreen() {
+    std::vector<Gtk::Window*> found;
+    for (auto* window : Gtk::Window::list_toplevels())
+        if (window->get_mapped())
+            found.push_back(window);
+    return found;
+}
+
+Gtk::Window& RunningProgram::window(const std::string& title) {
+    Gtk::Window* found = nullptr;
+    until("a window \"" + title + "\"", [&] {
+        for (auto* window : windowsOnScreen())
+            if (window->get_title().raw() == title)
+                found = window;
+        return found != nullptr;
+    });
+    return *found;
+}
+
+void RunningProgram::untilActive(Gtk::Window& window) {
+    until("\"" + window.get_title().raw() + "\" has the keyboard",
+          [&] { return window.is_active(); });
+    untilDrawn(window);
+}
+
+void RunningProgram::untilDrawn(Gtk::Window& window) {
+    // One frame for the layout, one that shows it.
+    for (int frame = 0; frame < 2; ++frame) {
+        bool painted = false;
+        auto* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window.gobj()));
+        const gulong handler = g_signal_connect(
+            clock, "after-paint",
+            G_CALLBACK(+[](GdkFrameClock*, gpointer flag) { *static_cast<bool*>(flag) = true; }),
+            &painted);
+        window.queue_draw();
+        until("a frame is drawn", [&painted] { return painted; });
+        g_signal_handler_disconnect(clock, handler);
+    }
+    gdk_display_sync(gdk_display_get_default());
+}
+
+RunningProgram::Box RunningProgram::boxOf(Gtk::Widget& widget) {
+    auto* top = dynamic_cast<Gtk::Window*>(widget.get_root());
+    graphene_rect_t bounds;
+    if (!top ||
+        !gtk_widget_compute_bounds(GTK_WIDGET(widget.gobj()), GTK_WIDGET(top->gobj()), &bounds))
+        throw std::runtime_error("the widget is in no window");
+    double shadowX = 0;
+    double shadowY = 0;
+    gtk_native_get_surface_transform(GTK_NATIVE(top->gobj()), &shadowX, &shadowY);
+    const auto [x, y] = screen.origin(gtk_native_get_surface(GTK_NATIVE(top->gobj())));
+    const int scale = top->get_scale_factor();
+    const auto pixels = [scale](double points) {
+        return static_cast<int>(std::lround(points * scale));
+    };
+    return {x + pixels(shadowX + bounds.origin.x), y + pixels(shadowY + bounds.origin.y),
+            pixels(bounds.size.width), pixels(bounds.size.height)};
+}
+
+void RunningProgram::click(Gtk::Widget& widget) {
+    const Box box = boxOf(widget);
+    screen.click(box.x + box.width / 2, box.y + box.height / 2);
+}
+
+std::vector<Gtk::Widget*> widgetsIn(Gtk::Widget& root) {
+    std::vector<Gtk::Widget*> found{&root};
+    for (auto* child = root.get_first_child(); child; child = child->get_next_sibling()) {
+        const auto below = widgetsIn(*child);
+        found.insert(found.end(), below.begin(), below.end());
+    }
+    return found;
+}
+
+std::vector<std::string> textsIn(Gtk::Widget& root) {
+    std::vector<std::string> texts;
+    for (auto* label : visibleIn<Gtk::Label>(root))
+        texts.push_back(label->get_text());
+    return texts;
+}
+
+bool isNamed(Gtk::Widget& widget, const std::string& name) {
+    char* different = gtk_test_accessible_check_property(
+        GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, name.c_str());
+    const bool same = different == nullptr;
+    g_free(different);
+    return same;
+}
+
+Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name) {
+    for (auto* button : visibleIn<Gtk::Button>(root))
+        if (button->get_label().raw() == name || isNamed(*button, name))
+            return button;
+    return nullptr;
+}
+
+Gtk::Widget* withClass(Gtk::Widget& root, const std::string& cssClass) {
+    for (auto* widget : visibleIn<Gtk::Widget>(root))
+        if (widget->has_css_class(cssClass))
+            return widget;
+    return nullptr;
+}
+
+} // namespace kelo::tests

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "component/gtk/FakeApp.h"
+#include "component/gtk/Screen.h"
+#include "linux/glib/GLibMainLoop.h"
+#include "linux/gtk/GtkApplicationHost.h"
+#include "platform/Spawn.h"
+
+#include <gtkmm/button.h>
+#include <gtkmm/window.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelo::tests {
+
+/// The desktop side of the program with a fake system in it, on a real display.
+class RunningProgram {
+public:
+    RunningProgram();
+    ~RunningProgram();
+
+    /// Starts the program, runs the body inside its main loop once the main window has appeared,
+    /// and terminates it.
+    void run(std::function<void()> body);
+
+    /// Lets the main loop run until the condition holds; a failure, and an exception, after a
+    /// generous deadline.
+    static void until(const std::string& what, const std::function<bool()>& condition);
+    /// Lets everything happen that is under way: what is posted, drawn, and sent to the display.
+    static void settle();
+
+    std::vector<Gtk::Window*> windowsOnScreen();
+    /// The one window on the screen with the title; waits for it.
+    Gtk::Window& window(const std::string& title);
+    /// Waits until it has the keyboard.
+    void untilActive(Gtk::Window& window);
+    /// Waits until the window is drawn with the size it has now.
+    void untilDrawn(Gtk::Window& window);
+
+    /// Where the widget is on the screen, in pixels.
+    struct Box {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+    };
+    Box boxOf(Gtk::Widget& widget);
+    void click(Gtk::Widget& widget);
+
+    desktop::GLibMainLoop mainLoop;
+    platform::MainLoop::Installation installation{mainLoop};
+    FakeApp app;
+    desktop::GtkApplicationHost host;
+    Screen screen;
+    int status = -1;
+};
+
+/// All widgets below (and with) the root, in drawing order, also those not visible.
+std::vector<Gtk::Widget*> widgetsIn(Gtk::Widget& root);
+
+template <typename Kind>
+std::vector<Kind*> visibleIn(Gtk::Widget& root) {
+    std::vector<Kind*> found;
+    for (auto* widget : widgetsIn(root))
+        if (auto* kind = dynamic_cast<Kind*>(widget); kind && kind->get_mapped())
+            found.push_back(kind);
+    return found;
+}
+
+/// The texts of all visible labels, in drawing order.
+std::vector<std::string> textsIn(Gtk::Widget& root);
+
+/// The visible button that assistive technology knows by the name; null when there is none.
+Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name);
+
+/// Whether a screen reader would call the widget so.
+bool isNamed(Gtk::Widget& widget, const std::string& name);
+
+/// A visible widget with the style class; null when there is none.
+Gtk::Widget* withClass(Gtk::Widget& root, const std::string& cssClass);
+
+} // namespace kelo::tests

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cairomm/surface.h>
+
+#include <gdk/gdk.h>
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+struct _XDisplay;
+
+namespace kelo::tests {
+
+struct Color {
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+    friend bool operator==(const Color&, const Color&) = default;
+};
+
+/// The display as its user has it: what is on the screen, and the keyboard and mouse before it. A
+/// connection of its own, so that nothing passes through the toolkit under test.
+class Screen {
+public:
+    Screen();
+
+    /// Presses and releases a key (GDK_KEY_...) while the modifiers are held.
+    void press(unsigned key, std::initializer_list<unsigned> modifiers = {});
+    void type(const std::string& text); ///< lower case letters and digits
+    void click(int x, int y);
+    /// Moves the pointer, holds the button and modifier, moves by the distance, lets go.
+    void drag(int x, int y, int byX, int byY, unsigned button, unsigned modifier);
+
+    Color colorAt(int x, int y);
+    int width() const;
+    int height() const;
+    /// Writes what is on the screen to a PNG file.
+    void save(const std::string& path);
+
+    /// Where the surface's upper left corner is on the screen.
+    std::pair<int, int> origin(GdkSurface* surface);
+
+private:
+    struct Close {
+        void operator()(_XDisplay* display) const;
+    };
+    void key(unsigned symbol, bool down);
+
+    std::unique_ptr<_XDisplay, Close> display;
+};
+
+} // namespace kelo::tests
