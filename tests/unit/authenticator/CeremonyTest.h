@@ -1,0 +1,67 @@
+#pragma once
+
+#include "IndependentVerifier.h"
+
+#include "authenticator/GetAssertion.h"
+#include "authenticator/MakeCredential.h"
+#include "fakes/authenticator/ScopedAuthenticator.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+namespace kelo {
+
+/// A person, their keys and their disk, and requests of the service "localhost".
+class CeremonyTest : public testing::Test {
+protected:
+    using Registered = fakes::Ended<platform::PlatformRegistrationCredential>;
+    using Asserted = fakes::Ended<platform::PlatformAssertionCredential>;
+
+    static platform::PlatformRegistrationRequest registration(std::string name = "zoe@example.org",
+                                                              std::string userId = "user-1") {
+        return {"localhost", platform::bytesOf("creation challenge"), std::move(name),
+                platform::bytesOf(userId)};
+    }
+    static platform::PlatformAssertionRequest assertion() {
+        return {"localhost", platform::bytesOf("assertion challenge"), std::nullopt, std::nullopt};
+    }
+
+    std::shared_ptr<Registered> doRegister(platform::PlatformRegistrationRequest request) {
+        makers.push_back(std::make_unique<authenticator::MakeCredential>(
+            scope.authenticator, std::move(request), nullptr));
+        return scope.run(makers.back()->run());
+    }
+    std::shared_ptr<Asserted> signIn(platform::PlatformAssertionRequest request) {
+        getters.push_back(std::make_unique<authenticator::GetAssertion>(
+            scope.authenticator, std::move(request), nullptr));
+        return scope.run(getters.back()->run());
+    }
+    /// Registers, and forgets what the person saw.
+    platform::PlatformRegistrationCredential registered(std::string name, std::string userId) {
+        auto ended = doRegister(registration(std::move(name), std::move(userId)));
+        scope.person.events.clear();
+        scope.person.requests.clear();
+        return ended->value.value();
+    }
+
+    template <typename T>
+    static void expectError(const fakes::Ended<T>& ended, platform::PlatformErrorKind kind,
+                            const std::string& sentence) {
+        ASSERT_TRUE(ended.error);
+        EXPECT_EQ(ended.error->kind(), kind);
+        EXPECT_EQ(ended.error->localizedDescription(), sentence);
+    }
+    std::vector<authenticator::CredentialRecord> kept() const {
+        return scope.credentials.find("localhost");
+    }
+
+    // The ceremonies outlive the tasks that the scope drops.
+    std::vector<std::unique_ptr<authenticator::MakeCredential>> makers;
+    std::vector<std::unique_ptr<authenticator::GetAssertion>> getters;
+    fakes::ScopedAuthenticator scope;
+};
+
+} // namespace kelo

@@ -1,0 +1,206 @@
+#include "CeremonyTest.h"
+
+#include "authenticator/webauthn/Base64Url.h"
+
+namespace kelo {
+
+using authenticator::Ceremony;
+using authenticator::VerificationOutcome;
+using platform::PlatformErrorKind;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+const char* const noPasskey =
+    "There is no passkey for localhost on this computer. Sign in another way, "
+    "then register one from the Account menu.";
+
+platform::PlatformPublicKeyCredentialDescriptor
+descriptor(const platform::PlatformRegistrationCredential& credential) {
+    return {credential.credentialId};
+}
+
+} // namespace
+
+class GetAssertionTest : public CeremonyTest {
+protected:
+    std::uint8_t flagsFor(std::optional<std::string> preference) {
+        auto request = assertion();
+        request.userVerificationPreference = std::move(preference);
+        const auto ended = signIn(request);
+        EXPECT_TRUE(ended->value);
+        return ended->value ? ended->value->rawAuthenticatorData->at(32) : 0;
+    }
+};
+
+TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
+    const auto credential = registered("zoe", "user-1");
+    const auto ended = signIn(assertion());
+    ASSERT_TRUE(ended->value);
+    const auto registration = verifyRegistration(credential, "localhost");
+    EXPECT_TRUE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
+    EXPECT_FALSE(verifyAssertion(*ended->value, registration->publicKey, "example.org", true));
+    EXPECT_EQ(ended->value->credentialId, credential.credentialId);
+    EXPECT_EQ(ended->value->userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(ended->value->rawAuthenticatorData->size(), 37U);
+    EXPECT_EQ(ended->value->rawAuthenticatorData->at(32), 0x05);
+    EXPECT_EQ(platform::textOf(ended->value->rawClientDataJson),
+              "{\"type\":\"webauthn.get\",\"challenge\":\"" +
+                  authenticator::base64Url(platform::bytesOf("assertion challenge")) +
+                  "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
+}
+
+TEST_F(GetAssertionTest, AChangedClientDataDoesNotVerify) {
+    const auto credential = registered("zoe", "user-1");
+    auto ended = signIn(assertion());
+    ended->value->rawClientDataJson.back() = ' ';
+    const auto registration = verifyRegistration(credential, "localhost");
+    EXPECT_FALSE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
+}
+
+TEST_F(GetAssertionTest, AsksThenVerifiesThenSignsThenCloses) {
+    registered("zoe", "user-1");
+    signIn(assertion());
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "sign", "closed"));
+    ASSERT_EQ(scope.person.requests.size(), 1U);
+    EXPECT_EQ(scope.person.requests[0].ceremony, Ceremony::signIn);
+    EXPECT_EQ(scope.person.requests[0].relyingPartyIdentifier, "localhost");
+    EXPECT_THAT(scope.person.requests[0].accountNames, ElementsAre("zoe"));
+}
+
+TEST_F(GetAssertionTest, VerifiesForEveryPreferenceButDiscouraged) {
+    registered("zoe", "user-1");
+    EXPECT_EQ(flagsFor(std::nullopt), 0x05);
+    for (const char* preference : {"required", "preferred", "", "Discouraged", "something new"})
+        EXPECT_EQ(flagsFor(preference), 0x05) << preference;
+}
+
+TEST_F(GetAssertionTest, DiscouragedNeedsTheConfirmationOnlyAndClaimsNoMore) {
+    const auto credential = registered("zoe", "user-1");
+    scope.verifier.outcome = VerificationOutcome::unavailable;
+    EXPECT_EQ(flagsFor("discouraged"), 0x01);
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "sign", "closed"));
+    auto request = assertion();
+    request.userVerificationPreference = "discouraged";
+    const auto ended = signIn(request);
+    const auto registration = verifyRegistration(credential, "localhost");
+    EXPECT_TRUE(verifyAssertion(*ended->value, registration->publicKey, "localhost", false));
+    EXPECT_FALSE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
+}
+
+TEST_F(GetAssertionTest, RefusesAnotherRelyingPartyBeforeThePersonSeesAnything) {
+    registered("zoe", "user-1");
+    auto request = assertion();
+    request.relyingPartyIdentifier = "example.org";
+    expectError(
+        *signIn(request), PlatformErrorKind::notAllowed,
+        "Kelo does not serve passkeys for example.org. Use a web browser for that service.");
+    EXPECT_THAT(scope.person.events, IsEmpty());
+}
+
+TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyYet) {
+    expectError(*signIn(assertion()), PlatformErrorKind::noCredential, noPasskey);
+    EXPECT_THAT(scope.person.events, IsEmpty());
+    EXPECT_FALSE(std::filesystem::exists(scope.folder.path() / "kelo"));
+}
+
+TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyWhenNoneIsAllowed) {
+    registered("zoe", "user-1");
+    auto request = assertion();
+    request.allowedCredentials.emplace();
+    request.allowedCredentials->push_back({platform::Bytes(32)});
+    request.allowedCredentials->push_back({platform::Bytes()});
+    expectError(*signIn(request), PlatformErrorKind::noCredential, noPasskey);
+    EXPECT_THAT(scope.person.events, IsEmpty());
+}
+
+TEST_F(GetAssertionTest, AnEmptyAllowListAllowsEveryPasskeyOfTheRelyingParty) {
+    registered("zoe", "user-1");
+    registered("max", "user-2");
+    auto request = assertion();
+    request.allowedCredentials.emplace();
+    EXPECT_TRUE(signIn(request)->value);
+    EXPECT_EQ(scope.person.requests.at(0).accountNames.size(), 2U);
+}
+
+TEST_F(GetAssertionTest, OffersOnlyAllowedPasskeys) {
+    const auto zoe = registered("zoe", "user-1");
+    registered("max", "user-2");
+    auto request = assertion();
+    request.allowedCredentials.emplace();
+    request.allowedCredentials->push_back({platform::Bytes(32)});
+    request.allowedCredentials->push_back(descriptor(zoe));
+    const auto ended = signIn(request);
+    EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("zoe"));
+    EXPECT_EQ(ended->value->credentialId, zoe.credentialId);
+}
+
+TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
+    const auto zoe = registered("zoe", "user-1");
+    scope.clock.time += std::chrono::seconds(5);
+    const auto max = registered("max", "user-2");
+    scope.person.choice = 1;
+    const auto ended = signIn(assertion());
+    EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("max", "zoe"));
+    ASSERT_TRUE(ended->value);
+    EXPECT_EQ(ended->value->userId, platform::bytesOf("user-1"));
+    const auto key = [](const auto& credential) {
+        return verifyRegistration(credential, "localhost")->publicKey;
+    };
+    EXPECT_TRUE(verifyAssertion(*ended->value, key(zoe), "localhost", true));
+    EXPECT_FALSE(verifyAssertion(*ended->value, key(max), "localhost", true));
+}
+
+TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonDeclines) {
+    registered("zoe", "user-1");
+    scope.person.choice = std::nullopt;
+    expectError(*signIn(assertion()), PlatformErrorKind::cancelled,
+                "The passkey request was cancelled.");
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "closed"));
+}
+
+TEST_F(GetAssertionTest, SignsNothingForAPersonItCouldNotVerify) {
+    registered("zoe", "user-1");
+    scope.verifier.outcome = VerificationOutcome::failed;
+    expectError(
+        *signIn(assertion()), PlatformErrorKind::notAllowed,
+        "Kelo could not verify that it is you, so the passkey was not used. Please try again.");
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
+}
+
+TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
+    registered("zoe", "user-1");
+    scope.verifier.outcome = VerificationOutcome::cancelled;
+    expectError(*signIn(assertion()), PlatformErrorKind::cancelled,
+                "The passkey request was cancelled.");
+}
+
+TEST_F(GetAssertionTest, PassesTheKeyStoresReasonOn) {
+    registered("zoe", "user-1");
+    scope.keys.failure = "Your keyring is locked.";
+    expectError(*signIn(assertion()), PlatformErrorKind::storage, "Your keyring is locked.");
+    EXPECT_EQ(scope.person.events.back(), "closed");
+}
+
+TEST_F(GetAssertionTest, CancelWhileTheKeyringWaitsEndsAtOnce) {
+    registered("zoe", "user-1");
+    scope.keys.hangs = true;
+    const auto ended = signIn(assertion());
+    ASSERT_TRUE(ended->pending());
+    scope.person.pressCancel();
+    scope.person.pressCancel();
+    scope.loop.runUntilIdle();
+    expectError(*ended, PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    EXPECT_EQ(scope.person.events.back(), "closed");
+}
+
+TEST_F(GetAssertionTest, ADamagedFileIsReportedBeforeThePersonSeesAnything) {
+    std::filesystem::create_directories(scope.folder.path() / "kelo" / "passkeys.sqlite");
+    const auto ended = signIn(assertion());
+    ASSERT_TRUE(ended->error);
+    EXPECT_EQ(ended->error->kind(), PlatformErrorKind::storage);
+    EXPECT_THAT(scope.person.events, IsEmpty());
+}
+
+} // namespace kelo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Authorization.h"
+#include "platform/Bytes.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kelo {
+
+/// What someone else's library (libfido2) reads from a registration.
+struct VerifiedRegistration {
+    platform::Bytes credentialId;
+    platform::Bytes publicKey;
+    platform::Bytes aaguid;
+    std::uint8_t flags = 0;
+    std::uint32_t counter = 0;
+};
+
+/// Nothing when the library does not accept the attestation object for this relying party.
+std::optional<VerifiedRegistration>
+verifyRegistration(const platform::PlatformRegistrationCredential& credential,
+                   const std::string& relyingParty);
+
+/// Whether the library accepts the assertion under the public key of a registration.
+bool verifyAssertion(const platform::PlatformAssertionCredential& credential,
+                     const platform::Bytes& publicKey, const std::string& relyingParty,
+                     bool userVerified);
+
+} // namespace kelo
