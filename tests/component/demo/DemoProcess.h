@@ -20,7 +20,8 @@ struct Outcome {
 /// Runs the program to its end.
 Outcome runDemoService(const std::vector<std::string>& arguments);
 
-/// The real program, serving on a free port, ended with the object.
+/// The real program, serving on a free port, ended with the object. An end that is not clean, which
+/// includes what a sanitizer finds, fails the test.
 class DemoProcess {
 public:
     explicit DemoProcess(const std::filesystem::path& authority,

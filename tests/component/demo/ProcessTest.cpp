@@ -90,7 +90,8 @@ TEST_F(ServiceProcess, StateSurvivesRestart) {
     HttpsClient other(authority(), service->origin());
     ASSERT_EQ(signInWithPasskey(other, *passkey).status, 200u);
     const auto cookies = browser->cookies;
-    ASSERT_EQ(service->stop(SIGTERM).exitCode, 0);
+    const auto outcome = service->stop(SIGTERM);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
     auto registered = std::move(passkey);
 
     startService({"--state", stateFile().string()});
