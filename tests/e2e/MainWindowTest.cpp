@@ -62,8 +62,7 @@ TEST_F(MainWindow, ClosedLeavesTheProcessRunningAndComesBackWithItsPage) {
 }
 
 TEST_F(MainWindow, QuitInTheMenuEndsTheProcess) {
-    user.click(rig::menu("Kelo"));
-    user.click(rig::menuItem("Quit"));
+    user.chooseFromMenu("Kelo", "Quit");
     EXPECT_EQ(kelo->awaitExit(patience), 0) << kelo->printed();
 }
 

@@ -154,7 +154,7 @@ std::vector<ObjectAddress> AccessibilityBus::pages() const {
             const VariantPointer path(g_variant_get_child_value(object.get(), 1));
             const std::string text = g_variant_get_string(path.get(), nullptr);
             if (text.starts_with(pageRootPrefix))
-                roots.push_back({name, text});
+                roots.push_back({name, text, true});
         }
     }
     return roots;

@@ -22,6 +22,8 @@ using VariantPointer = std::unique_ptr<GVariant, VariantDeleter>;
 struct ObjectAddress {
     std::string busName;
     std::string path;
+    /// It belongs to a web page rather than to a toolkit's window.
+    bool inPage = false;
     bool operator==(const ObjectAddress&) const = default;
 };
 

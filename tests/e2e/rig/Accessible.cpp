@@ -14,9 +14,10 @@ constexpr unsigned stateFocused = 12;
 constexpr unsigned stateSensitive = 24;
 constexpr unsigned stateVisible = 30;
 
-// Neither toolkit knows where its window stands on the screen, so both answer "screen" with
-// coordinates of the window. "Window" is no common ground: to a web page it means the page.
-constexpr std::uint32_t coordinatesOfWindow = 0;
+// To a toolkit's window "window" means what it says. A page takes that for itself, and "screen" for
+// the window that shows it, because it does not know either where that stands.
+constexpr std::uint32_t screenCoordinates = 0;
+constexpr std::uint32_t windowCoordinates = 1;
 
 } // namespace
 
@@ -39,8 +40,9 @@ Role Accessible::role() const {
 }
 
 Extents Accessible::extents() const {
-    const VariantPointer reply = bus->call(object, componentInterface, "GetExtents",
-                                           g_variant_new("(u)", coordinatesOfWindow));
+    const VariantPointer reply =
+        bus->call(object, componentInterface, "GetExtents",
+                  g_variant_new("(u)", object.inPage ? screenCoordinates : windowCoordinates));
     Extents result;
     if (reply && g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("((iiii))")))
         g_variant_get(reply.get(), "((iiii))", &result.x, &result.y, &result.width, &result.height);
@@ -57,7 +59,7 @@ std::vector<Accessible> Accessible::children() const {
     const char* busName = nullptr;
     const char* path = nullptr;
     while (g_variant_iter_next(iterator, "(&s&o)", &busName, &path))
-        result.emplace_back(*bus, ObjectAddress{busName, path});
+        result.emplace_back(*bus, ObjectAddress{busName, path, object.inPage});
     g_variant_iter_free(iterator);
     return result;
 }

@@ -132,6 +132,33 @@ void AccessibleTree::awaitThat(const std::string& what,
         throw std::runtime_error("Waited in vain until " + what + ". What there is:\n" + picture());
 }
 
+std::optional<Accessible> AccessibleTree::findFocused(Role role) const {
+    std::optional<Accessible> found;
+    for (const auto& root : roots(Place::windows)) {
+        walk(root, 0, [&](const Accessible& object, int) {
+            if (object.role() == role && object.isFocused())
+                found = object;
+            return true;
+        });
+    }
+    return found;
+}
+
+std::optional<Accessible> AccessibleTree::mainWindow() const {
+    std::optional<Accessible> largest;
+    int largestArea = 0;
+    for (const auto& root : roots(Place::windows)) {
+        for (const auto& window : root.children()) {
+            const Extents extents = window.extents();
+            if (extents.width * extents.height > largestArea) {
+                largestArea = extents.width * extents.height;
+                largest = window;
+            }
+        }
+    }
+    return largest;
+}
+
 std::string AccessibleTree::picture() const {
     std::ostringstream text;
     for (const Place place : {Place::windows, Place::page}) {

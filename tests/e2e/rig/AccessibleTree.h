@@ -55,6 +55,11 @@ public:
     /// All shown ones, in the order of the tree.
     std::vector<Accessible> findAll(const Wanted& wanted) const;
 
+    /// The object of a window that has the keyboard, if it has the role.
+    std::optional<Accessible> findFocused(Role role) const;
+    /// The largest window of any program: the one with the page.
+    std::optional<Accessible> mainWindow() const;
+
     /// The trees as text, one object a line.
     std::string picture() const;
 

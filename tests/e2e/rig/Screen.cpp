@@ -10,7 +10,11 @@
 #include <X11/keysym.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
+#include <cstring>
+#include <sstream>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 
 namespace kelo::rig {
 
@@ -19,9 +23,9 @@ namespace {
 struct XFreeDeleter {
     void operator()(void* memory) const { XFree(memory); }
 };
-struct ImageDeleter {
-    void operator()(XImage* image) const { XDestroyImage(image); }
-};
+
+constexpr std::chrono::milliseconds moment{150};
+constexpr std::chrono::seconds longestUnrest{3};
 
 // A window may vanish between two questions about it. The answer is then simply empty; Xlib's
 // default is to end the program.
@@ -106,6 +110,14 @@ std::vector<ScreenWindow> Screen::windows() const {
     return result;
 }
 
+std::string Screen::picture() const {
+    std::ostringstream text;
+    for (const auto& window : windows())
+        text << '"' << window.title << "\" of process " << window.process << ", " << window.width
+             << 'x' << window.height << '+' << window.origin.x << '+' << window.origin.y << '\n';
+    return text.str();
+}
+
 std::optional<ScreenWindow> Screen::activeWindow() const {
     const auto active = longs(DefaultRootWindow(display.get()), "_NET_ACTIVE_WINDOW");
     if (active.empty() || active.front() == 0)
@@ -188,15 +200,41 @@ void Screen::type(const std::string& text) const {
     XFlush(display.get());
 }
 
-void Screen::capture(const std::filesystem::path& file) const {
+void Screen::ImageDeleter::operator()(_XImage* image) const {
+    XDestroyImage(image);
+}
+
+std::unique_ptr<_XImage, Screen::ImageDeleter> Screen::read() const {
     const int number = DefaultScreen(display.get());
-    const int width = DisplayWidth(display.get(), number);
-    const int height = DisplayHeight(display.get(), number);
-    const std::unique_ptr<XImage, ImageDeleter> image(
+    std::unique_ptr<_XImage, ImageDeleter> image(
         XGetImage(display.get(), RootWindow(display.get(), number), 0, 0,
-                  static_cast<unsigned>(width), static_cast<unsigned>(height), AllPlanes, ZPixmap));
+                  static_cast<unsigned>(DisplayWidth(display.get(), number)),
+                  static_cast<unsigned>(DisplayHeight(display.get(), number)), AllPlanes, ZPixmap));
     if (!image)
         throw std::runtime_error("The screen cannot be read.");
+    return image;
+}
+
+std::unique_ptr<_XImage, Screen::ImageDeleter> Screen::readSettled() const {
+    const auto end = std::chrono::steady_clock::now() + longestUnrest;
+    auto image = read();
+    while (std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(moment);
+        auto next = read();
+        const auto size = static_cast<std::size_t>(image->bytes_per_line) *
+                          static_cast<std::size_t>(image->height);
+        const bool still = std::memcmp(image->data, next->data, size) == 0;
+        image = std::move(next);
+        if (still)
+            break;
+    }
+    return image;
+}
+
+void Screen::capture(const std::filesystem::path& file) const {
+    const auto image = readSettled();
+    const int width = image->width;
+    const int height = image->height;
     const auto picture = desktop::GObjectPointer<GdkPixbuf>::adopt(
         gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, width, height));
     const auto rowLength = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(picture.get()));

@@ -10,6 +10,7 @@
 
 // Xlib's own names stay out of everybody else's file: it defines macros such as None and Bool.
 struct _XDisplay;
+struct _XImage;
 
 namespace kelo::rig {
 
@@ -43,6 +44,8 @@ public:
     /// In the order in which they were opened.
     std::vector<ScreenWindow> windows() const;
     std::optional<ScreenWindow> activeWindow() const;
+    /// The windows as text, one a line.
+    std::string picture() const;
     /// As a taskbar or a switcher does.
     void activate(const ScreenWindow& window) const;
     /// Puts it away, as the button in the window's frame does.
@@ -57,7 +60,8 @@ public:
     /// Types a text of characters that the keyboard layout has.
     void type(const std::string& text) const;
 
-    /// Writes the whole screen as PNG; makes the folder. Throws std::runtime_error on failure.
+    /// Writes the whole screen as PNG, once it has stood still for a moment (the tree is ahead of
+    /// what is drawn) or a little later; makes the folder. Throws std::runtime_error on failure.
     void capture(const std::filesystem::path& file) const;
 
 private:
@@ -66,6 +70,11 @@ private:
     };
     std::vector<unsigned long> longs(unsigned long window, const char* property) const;
     std::string text(unsigned long window, const char* property) const;
+    struct ImageDeleter {
+        void operator()(_XImage* image) const;
+    };
+    std::unique_ptr<_XImage, ImageDeleter> read() const;
+    std::unique_ptr<_XImage, ImageDeleter> readSettled() const;
     ScreenWindow describe(unsigned long window) const;
     void tellWindowManager(unsigned long window, const char* message) const;
     void strike(unsigned long keysym, bool down) const;

@@ -1,6 +1,8 @@
 #include "e2e/rig/User.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace kelo::rig {
@@ -8,6 +10,11 @@ namespace kelo::rig {
 namespace {
 
 constexpr const char* passwordQuestion = "Password: ";
+
+/// Of UTF-8; a masked field shows another character for each, but as many.
+std::ptrdiff_t lengthInCharacters(const std::string& text) {
+    return std::ranges::count_if(text, [](char byte) { return (byte & 0xC0) != 0x80; });
+}
 
 std::optional<Accessible> parentOf(const AccessibilityBus& bus, const Accessible& object) {
     const VariantPointer parent =
@@ -37,31 +44,31 @@ std::optional<Accessible> windowHolding(const AccessibilityBus& bus, Accessible 
 User::User(const PrivateDesktop& desktop) : desktop(desktop) {}
 
 /// The accessibility tree knows places in a window, and the X server where the windows stand. The
-/// two meet by the window's size and title.
+/// two meet by the window's title and size; the server's has a margin around, where a program draws
+/// its frame by itself.
 Point User::centreOnScreen(const Accessible& object) const {
-    const auto windows = desktop.screen.windows();
-    if (windows.empty())
+    auto holder = windowHolding(desktop.bus, object);
+    if (!holder)
+        holder = desktop.tree.mainWindow(); // a page
+    if (!holder)
         throw std::runtime_error("No window is on the screen.");
-    const auto holder = windowHolding(desktop.bus, object);
-    const ScreenWindow* shownIn = nullptr;
-    if (holder) {
-        const Extents area = holder->extents();
-        const std::string title = holder->name();
-        for (const auto& window : windows) {
-            if (window.width == area.width && window.height == area.height &&
-                (!shownIn || window.title == title))
-                shownIn = &window;
-        }
-    } else {
-        // A page: it is in the largest window, the main one.
-        shownIn = &*std::ranges::max_element(
-            windows, {}, [](const ScreenWindow& window) { return window.width * window.height; });
+    const Extents area = holder->extents();
+    const std::string title = holder->name();
+    std::optional<ScreenWindow> shownIn;
+    const auto difference = [&](const ScreenWindow& window) {
+        return std::abs(window.width - area.width) + std::abs(window.height - area.height);
+    };
+    for (const auto& window : desktop.screen.windows()) {
+        if (window.title == title && (!shownIn || difference(window) < difference(*shownIn)))
+            shownIn = window;
     }
     if (!shownIn)
-        throw std::runtime_error("No window of the screen shows \"" + object.name() + "\".");
+        throw std::runtime_error("No window of the screen shows \"" + object.name() +
+                                 "\". The windows are:\n" + desktop.screen.picture() +
+                                 "The accessible objects are:\n" + desktop.tree.picture());
     const Extents place = object.extents();
-    return {shownIn->origin.x + place.x + place.width / 2,
-            shownIn->origin.y + place.y + place.height / 2};
+    return {shownIn->origin.x + (shownIn->width - area.width) / 2 + place.x + place.width / 2,
+            shownIn->origin.y + (shownIn->height - area.height) / 2 + place.y + place.height / 2};
 }
 
 void User::click(const Wanted& wanted) const {
@@ -83,10 +90,38 @@ void User::typeInto(const Wanted& field, const std::string& text) const {
         return found && found->isFocused();
     });
     desktop.screen.type(text);
+    // The web engine hands on keys one by one and clicks at once: the next click, made with a
+    // machine's haste, would overtake them.
+    desktop.tree.awaitThat("the text stands in " + field.description(), [&] {
+        const auto found = desktop.tree.find(field);
+        return found && lengthInCharacters(found->text()) == lengthInCharacters(text);
+    });
 }
 
 void User::press(const std::string& key) const {
     desktop.screen.press(key);
+}
+
+void User::chooseFromMenu(const std::string& menuName, const std::string& itemName) const {
+    const Wanted item = menuItem(itemName);
+    click(menu(menuName));
+    desktop.tree.await(item);
+    // The first item has the keyboard when the menu has opened; the others are further down.
+    desktop.tree.awaitThat("the menu " + menuName + " has the keyboard",
+                           [&] { return desktop.tree.findFocused(Role::menuItem).has_value(); });
+    while (true) {
+        const auto focused = desktop.tree.findFocused(Role::menuItem);
+        if (!focused)
+            throw std::runtime_error("The menu " + menuName + " lost the keyboard.");
+        if (focused->name() == itemName)
+            break;
+        desktop.screen.press("Down");
+        desktop.tree.awaitThat("the next item of the menu has the keyboard", [&] {
+            const auto next = desktop.tree.findFocused(Role::menuItem);
+            return next && next->address() != focused->address();
+        });
+    }
+    desktop.screen.press("Return");
 }
 
 void User::awaitLoginPage() const {
@@ -111,8 +146,7 @@ void User::signOut() const {
 }
 
 void User::chooseRegister() const {
-    click(menu("Account"));
-    click(menuItem("Register a Passkey on This Mac…"));
+    chooseFromMenu("Account", "Register a Passkey on This Mac…");
 }
 
 void User::awaitPrompt() const {

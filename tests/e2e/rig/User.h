@@ -18,6 +18,9 @@ public:
     void typeInto(const Wanted& field, const std::string& text) const;
     void press(const std::string& key) const;
 
+    /// Opens the menu of the main window's bar with the mouse, and chooses with the keyboard.
+    void chooseFromMenu(const std::string& menuName, const std::string& itemName) const;
+
     // The page.
     void awaitLoginPage() const;
     void signInWithPassword(const std::string& email, const std::string& password) const;
