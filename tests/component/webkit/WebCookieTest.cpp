@@ -1,3 +1,4 @@
+#include "component/webkit/Descendants.h"
 #include "component/webkit/WebKitFixture.h"
 
 #include <gmock/gmock.h>
@@ -135,6 +136,37 @@ TEST_F(WebCookie, TwoViewsShareTheStore) {
     set(cookie("a"));
     const auto other = session->makeWebView({}, {});
     EXPECT_THAT(rig.run(other->cookieStore().getAllCookies()), ElementsAre(cookie("a")));
+}
+
+TEST_F(WebCookie, CookieWithAnExpirySurvivesARestartAndOthersDoNot) {
+    makeView(anywhere);
+    HttpCookie kept = cookie("__Secure-session-token");
+    kept.secure = true;
+    kept.httpOnly = true;
+    kept.sameSite = SameSitePolicy::lax;
+    kept.expires = inAnHour();
+    HttpCookie wide = cookie("wide", ".assistant.example.com");
+    wide.expires = inAnHour();
+    wide.sameSite = SameSitePolicy::strict;
+    set(kept);
+    set(wide);
+    set(cookie("session"));
+    endSession();
+    makeView(anywhere);
+    EXPECT_THAT(all(), testing::UnorderedElementsAre(kept, wide));
+}
+
+TEST_F(WebCookie, CookieIsOnTheDiskAtOnceAndSurvivesACrash) {
+    const auto peer = site({{"/", "hello"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    HttpCookie kept = cookie("kept");
+    kept.expires = inAnHour();
+    set(kept);
+    ASSERT_GT(killDescendants("WebKitNetworkPr"), 0);
+    open(peer->url("/"));
+    EXPECT_EQ(lastCookies(*peer), "kept=value");
+    EXPECT_THAT(all(), ElementsAre(kept));
 }
 
 TEST_F(WebCookie, FoldersAreForTheirOwnerAlone) {

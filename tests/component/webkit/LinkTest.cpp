@@ -1,0 +1,131 @@
+#include "component/webkit/WebKitFixture.h"
+
+#include "linux/webkit/Downloads.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+namespace kelo::test {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// What the links of a page lead to.
+class Link : public WebKitFixture {
+protected:
+    void show(const std::string& html, std::map<std::string, std::string> more = {}) {
+        more["/"] = html;
+        peer = site(std::move(more));
+        makeView(peer->url());
+        open(peer->url("/"));
+    }
+    /// A click by script counts as the user's while the engine runs a script on our behalf.
+    void click() { evaluate("document.querySelector('a').click(); 1"); }
+
+    std::unique_ptr<MisbehavingServer> peer;
+};
+
+TEST_F(Link, OfTheServiceThatWantsANewWindowOpensInTheView) {
+    show("<a target=_blank href='/next'>next</a>", {{"/next", "next page"}});
+    click();
+    ASSERT_TRUE(waitForFinished(2));
+    EXPECT_EQ(view->url()->path(), "/next");
+    EXPECT_THAT(openedOutside, IsEmpty());
+}
+
+TEST_F(Link, OfAnotherSiteThatWantsANewWindowOpensInTheBrowser) {
+    show("<a target=_blank href='https://example.org/x?y=1'>out</a>");
+    click();
+    ASSERT_TRUE(rig.runUntil([&] { return !openedOutside.empty(); }));
+    EXPECT_THAT(openedOutside, ElementsAre("https://example.org/x?y=1"));
+    EXPECT_EQ(recorder->finished.size(), 1u);
+    EXPECT_EQ(view->url()->path(), "/");
+}
+
+TEST_F(Link, MailAddressOpensInTheMailProgram) {
+    show("<a href='mailto:help@example.org'>mail</a>");
+    click();
+    ASSERT_TRUE(rig.runUntil([&] { return !openedOutside.empty(); }));
+    EXPECT_THAT(openedOutside, ElementsAre("mailto:help@example.org"));
+}
+
+TEST_F(Link, AddressOfAnUnknownKindDoesNothing) {
+    show("<a href='strange:thing'>strange</a>", {{"/next", "next"}});
+    click();
+    open(peer->url("/next"));
+    EXPECT_THAT(openedOutside, IsEmpty());
+    EXPECT_THAT(recorder->finished, ElementsAre(peer->origin() + "/", peer->origin() + "/next"));
+}
+
+TEST_F(Link, ScriptAloneOpensNothingOutside) {
+    show("<script>window.open('https://example.org/'); location = 'mailto:a@example.org'</script>",
+         {{"/next", "next"}});
+    open(peer->url("/next"));
+    EXPECT_THAT(openedOutside, IsEmpty());
+}
+
+TEST_F(Link, MicrophoneCameraAndLocationAreRefused) {
+    show("<p></p>");
+    // The engine puts such questions off while nobody can see the page.
+    GtkWidget* const window = gtk_window_new();
+    gtk_window_set_child(GTK_WINDOW(window), GTK_WIDGET(native()));
+    gtk_window_present(GTK_WINDOW(window));
+    evaluate("navigator.geolocation.getCurrentPosition(() => window.place = 'yes',"
+             "error => window.place = 'refused ' + error.code); 1");
+    EXPECT_TRUE(waitForScript("window.place", "refused 1"));
+    evaluate("window.sound = navigator.mediaDevices ? 'asked' : 'none';"
+             "navigator.mediaDevices && navigator.mediaDevices.getUserMedia({audio: true})"
+             ".then(() => window.sound = 'yes', error => window.sound = 'no'); 1");
+    EXPECT_TRUE(rig.runUntil([&] {
+        const std::string sound = evaluate("window.sound");
+        return sound == "no" || sound == "none";
+    }));
+    gtk_window_destroy(GTK_WINDOW(window));
+}
+
+TEST_F(Link, AttachmentGoesToTheDownloadsFolderAndLeavesThePage) {
+    const MisbehavingServer files(
+        identity, MisbehavingServer::answering([](const WireRequest& request) {
+            if (request.target == "/file")
+                return httpReply("contents", "Content-Type: text/plain\r\nContent-Disposition: "
+                                             "attachment; filename=\"../re port.txt\"\r\n");
+            return page("<a href='/file'>get</a>");
+        }));
+    makeView(files.url());
+    open(files.url("/"));
+    click();
+    const std::filesystem::path home = g_get_home_dir();
+    std::filesystem::path saved;
+    ASSERT_TRUE(rig.runUntil([&] {
+        for (const auto& entry : std::filesystem::directory_iterator(home))
+            if (entry.path().extension() == ".txt" && std::filesystem::file_size(entry) == 8)
+                saved = entry.path();
+        return !saved.empty();
+    }));
+    EXPECT_EQ(saved.parent_path(), home);
+    EXPECT_EQ(recorder->finished.size(), 1u);
+    EXPECT_EQ(pageText(), "get");
+    std::filesystem::remove(saved);
+}
+
+TEST(DownloadPath, IsFreeAndStaysInTheFolder) {
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("kelo-downloads." + std::to_string(getpid()));
+    std::filesystem::create_directories(folder);
+    const auto free = [&](const std::string& name) {
+        return std::filesystem::path(desktop::freePathFor(folder, name)).filename().string();
+    };
+    EXPECT_EQ(free("report.pdf"), "report.pdf");
+    std::ofstream(folder / "report.pdf") << "x";
+    EXPECT_EQ(free("report.pdf"), "report (2).pdf");
+    std::ofstream(folder / "report (2).pdf") << "x";
+    EXPECT_EQ(free("report.pdf"), "report (3).pdf");
+    EXPECT_EQ(free("../../etc/passwd"), "_.._etc_passwd");
+    EXPECT_EQ(free(".bashrc"), "bashrc");
+    EXPECT_EQ(free(""), "download");
+    EXPECT_EQ(free(".."), "download");
+    std::filesystem::remove_all(folder);
+}
+
+} // namespace kelo::test
