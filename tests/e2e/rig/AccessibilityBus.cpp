@@ -77,6 +77,8 @@ AccessibilityBus::AccessibilityBus() {
         throw std::runtime_error("The accessibility bus cannot be reached: " + messageOf(error));
     connection = desktop::GObjectPointer<GDBusConnection>::adopt(opened);
     announceListener(session.get());
+    call({"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus",
+         "StartServiceByName", g_variant_new("(su)", registryName, 0));
     for (const char* events : {"object:", "window:", "focus:", "document:"})
         call({registryName, "/org/a11y/atspi/registry"}, registryName, "RegisterEvent",
              g_variant_new("(sass)", events, nullptr, ""));

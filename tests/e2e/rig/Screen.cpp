@@ -10,6 +10,7 @@
 #include <X11/keysym.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
@@ -213,6 +214,22 @@ std::unique_ptr<_XImage, Screen::ImageDeleter> Screen::read() const {
     if (!image)
         throw std::runtime_error("The screen cannot be read.");
     return image;
+}
+
+bool Screen::isDrawn(Point corner, int width, int height) const {
+    const auto image = read();
+    const int right = std::min(corner.x + width, image->width);
+    const int bottom = std::min(corner.y + height, image->height);
+    std::optional<unsigned long> first;
+    for (int y = std::max(corner.y, 0); y < bottom; ++y) {
+        for (int x = std::max(corner.x, 0); x < right; ++x) {
+            const unsigned long colour = XGetPixel(image.get(), x, y);
+            if (colour != first.value_or(colour))
+                return true;
+            first = colour;
+        }
+    }
+    return false;
 }
 
 std::unique_ptr<_XImage, Screen::ImageDeleter> Screen::readSettled() const {

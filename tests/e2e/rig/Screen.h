@@ -53,6 +53,9 @@ public:
     /// As the close button in the window's frame does.
     void requestClose(const ScreenWindow& window) const;
 
+    /// Whether the area shows anything at all: more than a single colour.
+    bool isDrawn(Point corner, int width, int height) const;
+
     void click(Point point) const;
     /// Presses and releases one key by its name ("Return", "Escape", "F10"), with the modifiers
     /// ("Control_L") held.

@@ -46,7 +46,7 @@ User::User(const PrivateDesktop& desktop) : desktop(desktop) {}
 /// The accessibility tree knows places in a window, and the X server where the windows stand. The
 /// two meet by the window's title and size; the server's has a margin around, where a program draws
 /// its frame by itself.
-Point User::centreOnScreen(const Accessible& object) const {
+Point User::cornerOnScreen(const Accessible& object) const {
     auto holder = windowHolding(desktop.bus, object);
     if (!holder)
         holder = desktop.tree.mainWindow(); // a page
@@ -67,12 +67,23 @@ Point User::centreOnScreen(const Accessible& object) const {
                                  "\". The windows are:\n" + desktop.screen.picture() +
                                  "The accessible objects are:\n" + desktop.tree.picture());
     const Extents place = object.extents();
-    return {shownIn->origin.x + (shownIn->width - area.width) / 2 + place.x + place.width / 2,
-            shownIn->origin.y + (shownIn->height - area.height) / 2 + place.y + place.height / 2};
+    return {shownIn->origin.x + (shownIn->width - area.width) / 2 + place.x,
+            shownIn->origin.y + (shownIn->height - area.height) / 2 + place.y};
+}
+
+void User::awaitDrawn(const Wanted& wanted) const {
+    desktop.tree.await(wanted);
+    desktop.tree.awaitThat(wanted.description() + " is drawn", [&] {
+        const auto found = desktop.tree.find(wanted);
+        if (!found)
+            return false;
+        const Extents place = found->extents();
+        return desktop.screen.isDrawn(cornerOnScreen(*found), place.width, place.height);
+    });
 }
 
 void User::click(const Wanted& wanted) const {
-    desktop.tree.await(wanted);
+    awaitDrawn(wanted);
     desktop.tree.awaitThat(wanted.description() + " can be clicked", [&] {
         const auto found = desktop.tree.find(wanted);
         return found && found->isSensitive();
@@ -80,7 +91,9 @@ void User::click(const Wanted& wanted) const {
     const auto target = desktop.tree.find(wanted);
     if (!target)
         throw std::runtime_error(wanted.description() + " is gone.");
-    desktop.screen.click(centreOnScreen(*target));
+    const Extents place = target->extents();
+    const Point corner = cornerOnScreen(*target);
+    desktop.screen.click({corner.x + place.width / 2, corner.y + place.height / 2});
 }
 
 void User::typeInto(const Wanted& field, const std::string& text) const {
@@ -125,8 +138,8 @@ void User::chooseFromMenu(const std::string& menuName, const std::string& itemNa
 }
 
 void User::awaitLoginPage() const {
-    desktop.tree.await(pageField("Email"));
-    desktop.tree.await(button("Sign in with passkey"));
+    awaitDrawn(pageField("Email"));
+    awaitDrawn(button("Sign in with passkey"));
 }
 
 void User::signInWithPassword(const std::string& email, const std::string& password) const {
@@ -136,7 +149,7 @@ void User::signInWithPassword(const std::string& email, const std::string& passw
 }
 
 void User::awaitSignedIn(const std::string& firstName) const {
-    desktop.tree.await(pageHeading("Welcome, " + firstName));
+    awaitDrawn(pageHeading("Welcome, " + firstName));
     desktop.tree.awaitGone(button("Sign in with passkey"));
 }
 

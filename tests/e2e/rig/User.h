@@ -13,6 +13,8 @@ class User {
 public:
     explicit User(const PrivateDesktop& desktop);
 
+    /// Waits until it can be seen on the screen: the tree is ahead of what is drawn.
+    void awaitDrawn(const Wanted& wanted) const;
     void click(const Wanted& wanted) const;
     /// Clicks into the field, waits until it has the keyboard, and types.
     void typeInto(const Wanted& field, const std::string& text) const;
@@ -45,7 +47,7 @@ public:
     void awaitError(const std::string& text) const;
 
 private:
-    Point centreOnScreen(const Accessible& object) const;
+    Point cornerOnScreen(const Accessible& object) const;
 
     const PrivateDesktop& desktop;
 };
