@@ -26,11 +26,11 @@ protected:
 
 } // namespace
 
-TEST_F(MainWindow, HasTheSizeOfItsScene) {
-    const auto window = mainWindow();
-    ASSERT_TRUE(window);
-    EXPECT_EQ(window->width, 1100);
-    EXPECT_GE(window->height, 760);
+TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
+    const auto area =
+        desktop().tree.await({rig::Place::windows, {rig::Role::widget}, "WebKitWebView"});
+    EXPECT_EQ(area.extents().width, 1100);
+    EXPECT_EQ(area.extents().height, 760);
 }
 
 TEST_F(MainWindow, IsRaisedByASecondStart) {

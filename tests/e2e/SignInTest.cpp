@@ -49,7 +49,9 @@ TEST_F(SignIn, CancelledAtThePasswordSaysSoBelowTheButton) {
 
 TEST_F(SignIn, WithoutAnyPasskeySaysWhatToDo) {
     user.pressSignInWithPasskey();
-    user.awaitError("There is no passkey for localhost on this computer.");
+    user.awaitError(
+        "There is no passkey for localhost on this computer. Sign in another way, then register "
+        "one from the Account menu.");
 }
 
 TEST_F(SignIn, RefusedByTheServiceIsShown) {
