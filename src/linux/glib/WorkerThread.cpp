@@ -5,10 +5,17 @@
 namespace kelo::desktop {
 
 WorkerThread::~WorkerThread() {
-    if (thread.joinable()) {
-        thread.request_stop();
-        thread.join();
+    if (!thread.joinable())
+        return;
+    thread.request_stop();
+    std::deque<std::function<void()>> dropped;
+    {
+        const std::lock_guard lock(mutex);
+        jobs.swap(dropped);
     }
+    // Not under the lock: what a job owns may have a say of its own when it goes.
+    dropped.clear();
+    thread.join();
 }
 
 void WorkerThread::perform(std::function<void()> job) {

@@ -102,6 +102,11 @@ bool HelperProcess::send(MessageType type, std::string_view payload) const {
     return sent == static_cast<ssize_t>(bytes.size());
 }
 
+bool HelperProcess::spokeOutOfTurn() {
+    // What it said in this very turn of the main loop counts too.
+    return !read() || reader.midMessage();
+}
+
 platform::Task<std::optional<Message>> HelperProcess::receive() {
     if (auto message = reader.next())
         co_return message;

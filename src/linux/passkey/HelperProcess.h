@@ -56,8 +56,8 @@ public:
     /// The next message; nothing once the helper closed its end or broke the rules. One at a time.
     platform::Task<std::optional<Message>> receive();
 
-    /// Whether the helper has said something that nobody received yet.
-    bool spokeOutOfTurn() const { return waiting == std::nullopt && reader.midMessage(); }
+    /// Whether the helper has said something that nobody asked for, or has closed its end.
+    bool spokeOutOfTurn();
 
     /// Cancelled when the helper closes its end or breaks the rules.
     authenticator::Cancellation closed() const { return closed_; }

@@ -1,0 +1,169 @@
+#include "linux/passkey/verification/VerificationProtocol.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+// Stands in for kelo-verify-user and does what KELO_TEST_BEHAVIOUR says.
+
+using namespace kelo::desktop;
+
+namespace {
+
+void write(const std::vector<char>& bytes) {
+    for (std::size_t sent = 0; sent < bytes.size();) {
+        const ssize_t count = ::write(STDOUT_FILENO, bytes.data() + sent, bytes.size() - sent);
+        if (count <= 0)
+            ::_exit(EXIT_FAILURE);
+        sent += static_cast<std::size_t>(count);
+    }
+}
+
+/// Two messages at once, so that the second is there when the first is read.
+void sayTwo(std::vector<char> first, const std::vector<char>& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    write(first);
+}
+
+void say(MessageType type, std::string_view payload = "") {
+    write(encode(type, payload));
+}
+
+Message receive() {
+    static MessageReader reader;
+    while (true) {
+        if (auto message = reader.next())
+            return std::move(*message);
+        char byte = 0;
+        if (::read(STDIN_FILENO, &byte, 1) != 1)
+            ::_exit(EXIT_FAILURE);
+        reader.feed(std::span(&byte, 1));
+    }
+}
+
+RunMark mark() {
+    RunMark read{};
+    std::ranges::copy(receive().payload, read.begin());
+    return read;
+}
+
+void sayVerified() {
+    say(MessageType::result, encodeResult(HelperResult::verified, mark()));
+}
+
+[[noreturn]] void hang() {
+    while (true)
+        ::pause();
+}
+
+const std::map<std::string, std::function<void()>> behaviours = {
+    {"verified", [] { sayVerified(); }},
+    {"unavailable",
+     [] { say(MessageType::result, encodeResult(HelperResult::unavailable, mark())); }},
+    {"says nothing", [] {}},
+    {"fails", [] { ::_exit(EXIT_FAILURE); }},
+    {"dies", [] { ::raise(SIGKILL); }},
+    {"verified, then fails",
+     [] {
+         sayVerified();
+         ::_exit(EXIT_FAILURE);
+     }},
+    {"verified, then dies",
+     [] {
+         sayVerified();
+         ::raise(SIGKILL);
+     }},
+    {"verified, then goes on",
+     [] {
+         sayVerified();
+         say(MessageType::information, "And another thing.");
+     }},
+    {"verified, then half a message",
+     [] {
+         sayVerified();
+         write({'I', 0});
+     }},
+    {"verified twice",
+     [] {
+         const RunMark once = mark();
+         say(MessageType::result, encodeResult(HelperResult::verified, once));
+         say(MessageType::result, encodeResult(HelperResult::verified, once));
+     }},
+    {"verified without being asked",
+     [] { say(MessageType::result, encodeResult(HelperResult::verified, RunMark{})); }},
+    {"unknown result",
+     [] {
+         const RunMark once = mark();
+         say(MessageType::result, "!" + std::string(once.begin(), once.end()));
+     }},
+    {"garbage", [] { write(std::vector<char>(10000, '\x07')); }},
+    {"plain text",
+     [] {
+         write({'P', 'a', 's', 's', 'w', 'o', 'r', 'd', ':'});
+     }},
+    {"half a message",
+     [] {
+         write({'I', 0, 9, 'x'});
+     }},
+    {"control characters",
+     [] {
+         write({'I', 0, 1, '\x1B'});
+     }},
+    {"begins itself",
+     [] {
+         say(MessageType::begin, std::string(16, 'x'));
+         hang();
+     }},
+    {"answers itself",
+     [] {
+         say(MessageType::answer, "secret");
+         hang();
+     }},
+    {"speaks while a question is open",
+     [] {
+         const RunMark once = mark();
+         sayTwo(encode(MessageType::hiddenPrompt, "Password: "),
+                encode(MessageType::result, encodeResult(HelperResult::verified, once)));
+         receive();
+     }},
+    {"two questions at once",
+     [] {
+         mark();
+         sayTwo(encode(MessageType::hiddenPrompt, "Password: "),
+                encode(MessageType::hiddenPrompt, "Password: "));
+         receive();
+         hang();
+     }},
+    {"dies while a question is open",
+     [] {
+         mark();
+         say(MessageType::hiddenPrompt, "Password: ");
+         ::raise(SIGKILL);
+     }},
+    {"hangs",
+     [] {
+         mark();
+         say(MessageType::information, "Swipe your finger");
+         hang();
+     }},
+};
+
+} // namespace
+
+int main() {
+    if (const char* lifeline = std::getenv("KELO_TEST_LIFELINE"))
+        ::open(lifeline, O_WRONLY); // stays open as long as this process lives
+    const char* name = std::getenv("KELO_TEST_BEHAVIOUR");
+    const auto found = behaviours.find(name ? name : "");
+    if (found == behaviours.end())
+        return 2;
+    found->second();
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,90 @@
+#include "VerificationFixture.h"
+
+#include <fstream>
+
+namespace kelo {
+
+using testing::ElementsAre;
+
+namespace {
+
+class MisbehavingHelper : public VerificationFixture {
+protected:
+    desktop::PamVerifier helperThat(const std::string& behaviour) const {
+        auto environment = forSanitizers();
+        environment.push_back("KELO_TEST_BEHAVIOUR=" + behaviour);
+        environment.push_back("KELO_TEST_LIFELINE=" + fifo);
+        return desktop::PamVerifier(KELO_MISBEHAVING_HELPER, environment);
+    }
+    Outcome outcomeOfHelperThat(const std::string& behaviour) {
+        auto verifier = helperThat(behaviour);
+        return verify(verifier);
+    }
+
+    int lifeline = openLifeline();
+    ~MisbehavingHelper() override { ::close(lifeline); }
+};
+
+class BrokenTalk : public MisbehavingHelper, public testing::WithParamInterface<const char*> {};
+
+} // namespace
+
+TEST_F(MisbehavingHelper, AResultWithoutQuestionsCountsForItsOwnRun) {
+    EXPECT_EQ(outcomeOfHelperThat("verified"), Outcome::verified);
+    EXPECT_EQ(outcomeOfHelperThat("unavailable"), Outcome::unavailable);
+}
+
+TEST_P(BrokenTalk, VerifiesNobody) {
+    person.answers = {"secret", "secret"};
+    EXPECT_EQ(outcomeOfHelperThat(GetParam()), Outcome::failed);
+    EXPECT_TRUE(endsWhenHelperDies(lifeline));
+    EXPECT_EQ(person.cancelAction, nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, BrokenTalk,
+    testing::Values("says nothing", "fails", "dies", "verified, then fails", "verified, then dies",
+                    "verified, then goes on", "verified, then half a message", "verified twice",
+                    "verified without being asked", "unknown result", "garbage", "plain text",
+                    "half a message", "control characters", "begins itself", "answers itself",
+                    "speaks while a question is open", "two questions at once"),
+    [](const auto& info) {
+        std::string name = info.param;
+        std::erase_if(name, [](char c) { return c == ' ' || c == ','; });
+        return name;
+    });
+
+TEST_F(MisbehavingHelper, OneThatDiesLeavesNobodyTypingToIt) {
+    person.leavesQuestionsOpen = true;
+    EXPECT_EQ(outcomeOfHelperThat("dies while a question is open"), Outcome::failed);
+}
+
+TEST_F(MisbehavingHelper, CancelEndsOneThatHangs) {
+    auto verifier = helperThat("hangs");
+    start(verifier);
+    ASSERT_TRUE(waitForWords(1));
+    EXPECT_THAT(person.words, ElementsAre("i Swipe your finger"));
+    person.pressCancel();
+    ASSERT_TRUE(MainLoopScope::runUntil([this] { return outcome.has_value(); }));
+    EXPECT_EQ(*outcome, Outcome::cancelled);
+    EXPECT_TRUE(endsWhenHelperDies(lifeline));
+}
+
+TEST_F(MisbehavingHelper, ADroppedVerificationEndsOneThatHangs) {
+    auto verifier = helperThat("hangs");
+    start(verifier);
+    ASSERT_TRUE(waitForWords(1));
+    platform::dropSpawnedTasks();
+    EXPECT_TRUE(endsWhenHelperDies(lifeline));
+    EXPECT_FALSE(outcome);
+}
+
+TEST_F(MisbehavingHelper, OneThatIsNotThereIsUnavailable) {
+    desktop::PamVerifier missing(folder.path() / "no-such-program");
+    EXPECT_EQ(verify(missing), Outcome::unavailable);
+    std::ofstream(folder.path() / "no-program") << "text";
+    desktop::PamVerifier noProgram(folder.path() / "no-program");
+    EXPECT_EQ(verify(noProgram), Outcome::unavailable);
+}
+
+} // namespace kelo

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "MainLoopScope.h"
+
+#include "fakes/authenticator/FakePasskeySheet.h"
+#include "fakes/authenticator/TemporaryFolder.h"
+#include "linux/passkey/PamVerifier.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo {
+
+/// A verifier, a person before its conversation, and a way to see that the helper is gone.
+class VerificationFixture : public testing::Test {
+protected:
+    using Outcome = authenticator::VerificationOutcome;
+
+    VerificationFixture() { ::mkfifo(fifo.c_str(), 0600); }
+
+    /// Sanitizers in the helper: a library is preloaded before them, and it cannot be traced.
+    static std::vector<std::string> forSanitizers() {
+        return {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0"};
+    }
+
+    static platform::Task<void> record(std::optional<Outcome>& outcome,
+                                       platform::Task<Outcome> task) {
+        outcome = co_await task;
+    }
+    void start(desktop::PamVerifier& verifier) {
+        outcome.reset();
+        platform::spawn(record(outcome, verifier.verify(sheet)));
+    }
+    Outcome verify(desktop::PamVerifier& verifier) {
+        start(verifier);
+        EXPECT_TRUE(MainLoopScope::runUntil([this] { return outcome.has_value(); }));
+        return outcome.value_or(Outcome::failed);
+    }
+    bool waitForWords(std::size_t count) {
+        return MainLoopScope::runUntil([&] { return person.words.size() >= count || outcome; });
+    }
+
+    /// Opens the end of the FIFO that a helper holds open as long as it lives.
+    int openLifeline() const { return ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }
+    /// Whether the helper that holds the other end comes to its end.
+    static bool endsWhenHelperDies(int lifeline) {
+        pollfd watched{lifeline, 0, 0};
+        return ::poll(&watched, 1, 60'000) == 1 && (watched.revents & POLLHUP) != 0;
+    }
+
+    MainLoopScope loop;
+    fakes::TemporaryFolder folder;
+    std::string fifo = folder.path() / "lifeline";
+    fakes::SheetScript person;
+    fakes::FakePasskeySheet sheet{person};
+    std::optional<Outcome> outcome;
+};
+
+} // namespace kelo
