@@ -1,0 +1,103 @@
+#include "MainLoopScope.h"
+
+#include "authenticator/SoftwareKeyStore.h"
+#include "linux/glib/WorkerThread.h"
+#include "linux/passkey/SecretServiceWrappingKeySource.h"
+#include "platform/PlatformError.h"
+
+#include <cstdio>
+#include <string>
+
+// Uses the keyring of the session bus it is started on, as a process of its own, since GIO keeps
+// one session bus for the life of a process:
+//   create              makes a key and prints it wrapped, in hexadecimal
+//   sign WRAPPED        signs with it and prints "signed"
+//   create-and-give-up  begins as create, but drops the request when it reads a line, and prints
+//                       "given up" once the worker is free again
+// A failure is printed as "error: " and its sentence.
+
+namespace kelo {
+
+namespace {
+
+using desktop::WorkerThread;
+
+std::string toHex(platform::ByteView bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += "0123456789abcdef"[byte >> 4];
+        text += "0123456789abcdef"[byte & 0xF];
+    }
+    return text;
+}
+
+platform::Bytes fromHex(const std::string& text) {
+    platform::Bytes bytes;
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2)
+        bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+platform::Task<std::string> create(authenticator::KeyStore& keys) {
+    const authenticator::CreatedKey created = co_await keys.create();
+    co_return toHex(created.wrappedPrivateKey);
+}
+
+platform::Task<std::string> sign(authenticator::KeyStore& keys, std::string wrapped) {
+    platform::Bytes digest(32, 0x5A);
+    co_await keys.sign(fromHex(wrapped), std::move(digest));
+    co_return "signed";
+}
+
+platform::Task<void> record(std::string& outcome, platform::Task<std::string> task) {
+    try {
+        outcome = co_await task;
+    } catch (const platform::PlatformError& error) {
+        outcome = "error: " + error.localizedDescription();
+        std::fprintf(stderr, "cause: %s\n", error.what());
+    }
+}
+
+platform::Task<void> passThrough(platform::Worker& worker, std::string& outcome) {
+    auto job = [] {};
+    co_await platform::onWorker(worker, std::move(job));
+    outcome = "given up";
+}
+
+int run(const std::string& command, const std::string& argument) {
+    const MainLoopScope loop;
+    WorkerThread worker;
+    authenticator::SoftwareKeyStore keys(
+        std::make_shared<desktop::SecretServiceWrappingKeySource>(), worker);
+    std::string outcome;
+    platform::spawn(record(outcome, command == "sign" ? sign(keys, argument) : create(keys)));
+    if (command == "create-and-give-up") {
+        GIOChannel* input = g_io_channel_unix_new(0);
+        bool told = false;
+        g_io_add_watch(
+            input, G_IO_IN,
+            [](GIOChannel*, GIOCondition, gpointer flag) -> gboolean {
+                *static_cast<bool*>(flag) = true;
+                return G_SOURCE_REMOVE;
+            },
+            &told);
+        g_io_channel_unref(input);
+        MainLoopScope::runUntil([&] { return told || !outcome.empty(); });
+        if (outcome.empty()) {
+            platform::dropSpawnedTasks();
+            platform::spawn(passThrough(worker, outcome));
+        }
+    }
+    const bool ended = MainLoopScope::runUntil([&] { return !outcome.empty(); });
+    platform::dropSpawnedTasks();
+    std::puts(outcome.c_str());
+    return ended ? 0 : 1;
+}
+
+} // namespace
+
+} // namespace kelo
+
+int main(int count, char** arguments) {
+    return kelo::run(count > 1 ? arguments[1] : "", count > 2 ? arguments[2] : "");
+}

@@ -1,0 +1,117 @@
+#include "SessionBus.h"
+
+#include "MainLoopScope.h"
+
+#include <fstream>
+
+namespace kelo {
+
+using desktop::GErrorPointer;
+using desktop::GObjectPointer;
+using desktop::GText;
+
+Child::Child(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
+    const auto flags = static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDIN_PIPE |
+                                                     G_SUBPROCESS_FLAGS_STDOUT_PIPE);
+    const auto launcher =
+        GObjectPointer<GSubprocessLauncher>::adopt(g_subprocess_launcher_new(flags));
+    for (const std::string& assignment : environment) {
+        const std::size_t equals = assignment.find('=');
+        g_subprocess_launcher_setenv(launcher.get(), assignment.substr(0, equals).c_str(),
+                                     assignment.substr(equals + 1).c_str(), TRUE);
+    }
+    std::vector<const char*> arguments;
+    for (const std::string& argument : command)
+        arguments.push_back(argument.c_str());
+    arguments.push_back(nullptr);
+    GError* error = nullptr;
+    process = GObjectPointer<GSubprocess>::adopt(
+        g_subprocess_launcher_spawnv(launcher.get(), arguments.data(), &error));
+    const GErrorPointer failure(error);
+    if (!process)
+        g_error("cannot start %s: %s", command.front().c_str(), failure->message);
+    output = GObjectPointer<GDataInputStream>::adopt(
+        g_data_input_stream_new(g_subprocess_get_stdout_pipe(process.get())));
+}
+
+Child::~Child() {
+    if (process)
+        kill();
+}
+
+void Child::write(const std::string& text) const {
+    g_output_stream_write_all(g_subprocess_get_stdin_pipe(process.get()), text.data(), text.size(),
+                              nullptr, nullptr, nullptr);
+}
+
+void Child::closeInput() const {
+    g_output_stream_close(g_subprocess_get_stdin_pipe(process.get()), nullptr, nullptr);
+}
+
+std::string Child::readLine() const {
+    const GText line(g_data_input_stream_read_line(output.get(), nullptr, nullptr, nullptr));
+    return line ? line.get() : "";
+}
+
+void Child::kill() const {
+    g_subprocess_force_exit(process.get());
+    g_subprocess_wait(process.get(), nullptr, nullptr);
+}
+
+namespace {
+
+std::string configuration(const std::filesystem::path& folder) {
+    const std::filesystem::path file = folder / "bus.conf";
+    std::ofstream(file) << "<busconfig><type>session</type><listen>unix:dir=" << folder.string()
+                        << "</listen><auth>EXTERNAL</auth><policy context='default'>"
+                           "<allow send_destination='*' eavesdrop='true'/>"
+                           "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
+    return file;
+}
+
+} // namespace
+
+SessionBus::SessionBus(const std::filesystem::path& folder)
+    : daemon({"dbus-daemon", "--nofork", "--print-address=1",
+              "--config-file=" + configuration(folder)},
+             {}),
+      address_(daemon.readLine()) {
+    const auto flags =
+        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    connection_ = GObjectPointer<GDBusConnection>::adopt(
+        g_dbus_connection_new_for_address_sync(address_.c_str(), flags, nullptr, nullptr, nullptr));
+    g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
+}
+
+namespace {
+
+enum class Ownership { unknown, owned, free };
+
+bool waitFor(GDBusConnection* connection, const char* name, Ownership wanted) {
+    Ownership seen = Ownership::unknown;
+    const guint watch = g_bus_watch_name_on_connection(
+        connection, name, G_BUS_NAME_WATCHER_FLAGS_NONE,
+        [](GDBusConnection*, const gchar*, const gchar*, gpointer data) {
+            *static_cast<Ownership*>(data) = Ownership::owned;
+        },
+        [](GDBusConnection*, const gchar*, gpointer data) {
+            *static_cast<Ownership*>(data) = Ownership::free;
+        },
+        &seen, nullptr);
+    const bool came = MainLoopScope::runUntil([&] { return seen == wanted; });
+    g_bus_unwatch_name(watch);
+    return came;
+}
+
+} // namespace
+
+bool SessionBus::waitForName(const char* name) const {
+    return waitFor(connection_.get(), name, Ownership::owned);
+}
+
+bool SessionBus::waitForNoName(const char* name) const {
+    return waitFor(connection_.get(), name, Ownership::free);
+}
+
+} // namespace kelo

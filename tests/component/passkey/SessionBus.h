@@ -1,0 +1,53 @@
+#pragma once
+
+#include "linux/glib/GObjectPointer.h"
+
+#include <gio/gio.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kelo {
+
+/// A child process with its standard input and output piped; killed and collected when it goes.
+class Child {
+public:
+    Child() = default;
+    Child(const std::vector<std::string>& command, const std::vector<std::string>& environment);
+    Child(Child&&) = default;
+    Child& operator=(Child&&) = default;
+    ~Child();
+
+    /// Writes a text and leaves the input open.
+    void write(const std::string& text) const;
+    void closeInput() const;
+    /// The next line, without its end; empty at the end of the output.
+    std::string readLine() const;
+    /// Kills it and waits until it is gone.
+    void kill() const;
+
+private:
+    desktop::GObjectPointer<GSubprocess> process;
+    desktop::GObjectPointer<GDataInputStream> output;
+};
+
+/// A session bus of its own, on which nothing is started by itself.
+class SessionBus {
+public:
+    explicit SessionBus(const std::filesystem::path& folder);
+
+    const std::string& address() const { return address_; }
+    GDBusConnection* connection() const { return connection_.get(); }
+    /// Waits until somebody owns the name.
+    bool waitForName(const char* name) const;
+    /// Waits until nobody owns it any more.
+    bool waitForNoName(const char* name) const;
+
+private:
+    Child daemon;
+    std::string address_;
+    desktop::GObjectPointer<GDBusConnection> connection_;
+};
+
+} // namespace kelo
