@@ -19,6 +19,8 @@ extern "C" const char* __lsan_default_suppressions() {
     return
         // Fontconfig keeps its parsed configuration until the process ends.
         "leak:libfontconfig\n"
+        // The script engine's allocator keeps its pages, and pointers into them where nobody looks.
+        "leak:libjavascriptcoregtk\n"
         // GLib's and GIO's worker threads and their queues live as long as the process.
         "leak:g_thread_pool_spawn_thread\n"
         "leak:g_main_context_push_thread_default\n";
