@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+
 namespace kelo::test {
 
 using testing::ElementsAre;
@@ -66,7 +68,7 @@ TEST_F(Navigation, UnknownHostShowsOurNotice) {
 }
 
 TEST_F(Navigation, TryAgainLoadsThePageOnceTheServerIsThere) {
-    bool up = false;
+    std::atomic<bool> up = false;
     const MisbehavingServer peer(identity, [&up](ServerConnection& connection) {
         while (connection.read()) {
             if (!up)
