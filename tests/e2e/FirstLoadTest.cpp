@@ -1,0 +1,40 @@
+#include "e2e/Journey.h"
+
+namespace kelo::e2e {
+
+namespace {
+
+using rig::button;
+using rig::pageButton;
+using rig::pageField;
+using rig::pageHeading;
+
+/// The first load finds no service, or the wrong one.
+class FirstLoad : public Journey {
+protected:
+    void SetUp() override {}
+};
+
+} // namespace
+
+TEST_F(FirstLoad, WithoutAServiceSaysSoAndTriesAgainOnRequest) {
+    startKelo();
+    user.awaitDrawn(pageHeading("This page did not load"));
+    EXPECT_FALSE(desktop().tree.find(button("Sign in with passkey")));
+    picture("notice");
+    startService();
+    user.click(pageButton("Try again"));
+    user.awaitLoginPage();
+}
+
+TEST_F(FirstLoad, UnderACertificateNobodyVouchesForShowsNothingOfThePage) {
+    authority = folder.path() / "foreign-authority";
+    rig::DemoService::makeAuthority(build(), authority, folder.path() / "authority.log");
+    startService();
+    startKelo();
+    user.awaitDrawn(pageHeading("This page is not secure"));
+    EXPECT_FALSE(desktop().tree.find(pageField("Email")));
+    EXPECT_FALSE(desktop().tree.find(button("Sign in with passkey")));
+}
+
+} // namespace kelo::e2e
