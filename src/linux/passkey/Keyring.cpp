@@ -1,5 +1,6 @@
 #include "linux/passkey/Keyring.h"
 
+#include "linux/passkey/PatientCall.h"
 #include "platform/PlatformError.h"
 
 #include <memory>
@@ -94,7 +95,7 @@ std::optional<SecretBytes> decodeKey(SecretValue& value) {
 } // namespace
 
 Keyring::Keyring(const std::stop_token& stop)
-    : onStop(stop, [cancel = cancellable] { g_cancellable_cancel(cancel.get()); }) {
+    : stop(stop), onStop(stop, [cancel = cancellable] { g_cancellable_cancel(cancel.get()); }) {
     CallError error;
     service = GObjectPointer<SecretService>::adopt(secret_service_open_sync(
         SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable.get(), error.out()));
@@ -129,11 +130,21 @@ GObjectPointer<SecretCollection> Keyring::defaultCollection() {
     return collection;
 }
 
+void Keyring::throwIfStopped() const {
+    if (stop.stop_requested())
+        throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+}
+
 void Keyring::unlock(GDBusProxy* locked) {
     GList only{locked, nullptr, nullptr};
+    const PatientCall call;
+    call.start([&](GAsyncReadyCallback callback, gpointer data) {
+        secret_service_unlock(service.get(), &only, nullptr, callback, data);
+    });
+    GAsyncResult* result = call.wait(stop);
+    throwIfStopped();
     CallError error;
-    const int unlocked =
-        secret_service_unlock_sync(service.get(), &only, cancellable.get(), nullptr, error.out());
+    const int unlocked = secret_service_unlock_finish(service.get(), result, nullptr, error.out());
     if (error)
         fail(error.take(), "unlock");
     if (unlocked < 1)
@@ -176,10 +187,16 @@ std::optional<SecretBytes> Keyring::load() {
 
 void Keyring::store(const SecretBytes& key) {
     const Secret secret = encodeKey(key);
+    const PatientCall call;
+    call.start([&](GAsyncReadyCallback callback, gpointer data) {
+        secret_service_store(service.get(), &schema(), attributes().get(),
+                             SECRET_COLLECTION_DEFAULT, label, secret.get(), nullptr, callback,
+                             data);
+    });
+    GAsyncResult* result = call.wait(stop);
+    throwIfStopped();
     CallError error;
-    if (!secret_service_store_sync(service.get(), &schema(), attributes().get(),
-                                   SECRET_COLLECTION_DEFAULT, label, secret.get(),
-                                   cancellable.get(), error.out()))
+    if (!secret_service_store_finish(service.get(), result, error.out()))
         fail(error.take(), "store");
 }
 

@@ -30,8 +30,10 @@ private:
     GObjectPointer<SecretItem> search();
     GObjectPointer<SecretCollection> defaultCollection();
     void unlock(GDBusProxy* locked);
+    void throwIfStopped() const;
     [[noreturn]] void fail(GErrorPointer error, const char* operation) const;
 
+    std::stop_token stop;
     GObjectPointer<GCancellable> cancellable =
         GObjectPointer<GCancellable>::adopt(g_cancellable_new());
     std::stop_callback<std::function<void()>> onStop;

@@ -1,5 +1,6 @@
 #include "MainLoopScope.h"
 #include "SessionBus.h"
+#include "UnansweredPrompter.h"
 
 #include "fakes/authenticator/TemporaryFolder.h"
 
@@ -128,6 +129,34 @@ TEST_F(KeyringTest, ALockedKeyringWhoseUnlockingIsDismissedIsSaidPlainly) {
     stopKeyring();
     startUnlocked();
     EXPECT_EQ(probe({"sign", wrapped}), "signed") << "the keyring stayed as it was";
+}
+
+TEST_F(KeyringTest, ARequestThatIsGivenUpDoesNotWaitForTheUnlockPrompt) {
+    startUnlocked();
+    probe({"create"});
+    stopKeyring();
+    const UnansweredPrompter prompter(bus.connection());
+    startLocked();
+    const Child waiting({KELO_KEYRING_PROBE, "create-and-give-up"}, environment());
+    ASSERT_TRUE(prompter.waitUntilAsked());
+    waiting.write("\n");
+    EXPECT_EQ(waiting.readLine(), "given up");
+    // The daemon is still there, with its prompt: dismissing that would have brought it down.
+    ASSERT_TRUE(bus.waitForName("org.freedesktop.secrets"));
+    EXPECT_TRUE(bus.ping("org.freedesktop.secrets"));
+}
+
+TEST_F(KeyringTest, ALockedKeyringIsUnlockedAndUsed) {
+    startLocked();
+    ASSERT_TRUE(bus.makeKeyringWithoutPassword());
+    const std::string wrapped = probe({"create"});
+    EXPECT_THAT(wrapped, MatchesRegex("[0-9a-f]{266}"));
+    stopKeyring();
+    startLocked();
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    stopKeyring();
+    startLocked();
+    EXPECT_EQ(probe({"create"}).substr(0, 18), wrapped.substr(0, 18));
 }
 
 TEST_F(KeyringTest, AKeyringThatMayNotBeMadeIsSaidPlainly) {

@@ -114,4 +114,41 @@ bool SessionBus::waitForNoName(const char* name) const {
     return waitFor(connection_.get(), name, Ownership::free);
 }
 
+bool SessionBus::ping(const char* name) const {
+    return GVariantPointer(g_dbus_connection_call_sync(
+               connection_.get(), name, "/", "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr,
+               G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr)) != nullptr;
+}
+
+GVariantPointer SessionBus::call(const char* interface, const char* method,
+                                 GVariant* parameters) const {
+    GError* error = nullptr;
+    GVariantPointer result(g_dbus_connection_call_sync(
+        connection_.get(), "org.freedesktop.secrets", "/org/freedesktop/secrets", interface, method,
+        parameters, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, &error));
+    if (const GErrorPointer failure(error); failure)
+        g_printerr("%s: %s\n", method, failure->message);
+    return result;
+}
+
+bool SessionBus::makeKeyringWithoutPassword() const {
+    const auto opened = call("org.freedesktop.Secret.Service", "OpenSession",
+                             g_variant_new_parsed("('plain', <''>)"));
+    if (!opened)
+        return false;
+    const char* session = nullptr;
+    g_variant_get(opened.get(), "(v&o)", nullptr, &session);
+    const auto made = call(
+        "org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface", "CreateWithMasterPassword",
+        g_variant_new_parsed("({'org.freedesktop.Secret.Collection.Label': <'login'>},"
+                             " (%o, @ay [], @ay [], 'text/plain'))",
+                             session));
+    if (!made)
+        return false;
+    const char* collection = nullptr;
+    g_variant_get(made.get(), "(&o)", &collection);
+    return call("org.freedesktop.Secret.Service", "SetAlias",
+                g_variant_new("(so)", "default", collection)) != nullptr;
+}
+
 } // namespace kelo

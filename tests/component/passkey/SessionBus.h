@@ -5,10 +5,16 @@
 #include <gio/gio.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace kelo {
+
+struct GVariantRelease {
+    void operator()(GVariant* value) const { g_variant_unref(value); }
+};
+using GVariantPointer = std::unique_ptr<GVariant, GVariantRelease>;
 
 /// A child process with its standard input and output piped; killed and collected when it goes.
 class Child {
@@ -43,8 +49,14 @@ public:
     bool waitForName(const char* name) const;
     /// Waits until nobody owns it any more.
     bool waitForNoName(const char* name) const;
+    /// Whether the owner of a name answers.
+    bool ping(const char* name) const;
+    /// Gives the keyring daemon a default collection that opens without a question.
+    bool makeKeyringWithoutPassword() const;
 
 private:
+    GVariantPointer call(const char* interface, const char* method, GVariant* parameters) const;
+
     Child daemon;
     std::string address_;
     desktop::GObjectPointer<GDBusConnection> connection_;

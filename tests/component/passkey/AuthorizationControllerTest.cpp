@@ -1,0 +1,187 @@
+#include "MainLoopScope.h"
+
+#include "authenticator/CredentialStore.h"
+#include "fakes/authenticator/FakePasskeySheet.h"
+#include "fakes/authenticator/TemporaryFolder.h"
+#include "linux/passkey/PasskeyServices.h"
+#include "platform/Application.h"
+#include "platform/PlatformError.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+// The controller with the real parts behind it, as far as they answer without a keyring or PAM.
+
+namespace kelo {
+
+namespace {
+
+using platform::AuthorizationController;
+using platform::PlatformErrorKind;
+
+/// GLib reads the environment once, so the folder is the whole program's.
+const std::filesystem::path& dataHome() {
+    static const fakes::TemporaryFolder folder;
+    return folder.path();
+}
+
+class DataHome : public testing::Environment {
+public:
+    void SetUp() override { ::setenv("XDG_DATA_HOME", dataHome().c_str(), 1); }
+};
+const testing::Environment* const environment =
+    testing::AddGlobalTestEnvironment(std::make_unique<DataHome>().release());
+
+class Listener final : public platform::AuthorizationControllerDelegate,
+                       public platform::AuthorizationPresentationContextProvider {
+public:
+    void didCompleteWithAuthorization(AuthorizationController& controller,
+                                      platform::Authorization authorization) override {
+        from = &controller;
+        credential = std::move(authorization);
+        ++calls;
+    }
+    void didCompleteWithError(AuthorizationController& controller,
+                              std::exception_ptr failure) override {
+        from = &controller;
+        try {
+            std::rethrow_exception(failure);
+        } catch (const platform::PlatformError& known) {
+            error = known;
+        }
+        ++calls;
+    }
+    std::shared_ptr<platform::Window> presentationAnchor(AuthorizationController&) override {
+        ++anchorsAsked;
+        return nullptr;
+    }
+
+    AuthorizationController* from = nullptr;
+    std::optional<platform::Authorization> credential;
+    std::optional<platform::PlatformError> error;
+    int calls = 0;
+    int anchorsAsked = 0;
+};
+
+class AuthorizationControllerTest : public testing::Test {
+protected:
+    ~AuthorizationControllerTest() override {
+        platform::dropSpawnedTasks();
+        std::filesystem::remove_all(dataHome() / "kelo");
+    }
+
+    static platform::PlatformRegistrationRequest
+    registration(const std::string& party = "localhost") {
+        return {party, platform::bytesOf("challenge"), "zoe", platform::bytesOf("user-1")};
+    }
+    static platform::PlatformAssertionRequest assertion() {
+        platform::PlatformAssertionRequest request;
+        request.relyingPartyIdentifier = "localhost";
+        request.challenge = platform::bytesOf("challenge");
+        return request;
+    }
+    /// Starts a ceremony and lets the controller go.
+    std::shared_ptr<Listener> perform(std::vector<platform::AuthorizationRequest> requests) {
+        auto listener = std::make_shared<Listener>();
+        const auto controller = services.makeController(std::move(requests));
+        controller->setDelegate(listener);
+        controller->setPresentationContextProvider(listener);
+        controller->performRequests();
+        EXPECT_EQ(listener->calls, 0) << "the delegate is called in a later turn";
+        return listener;
+    }
+    static void expectError(const Listener& listener, PlatformErrorKind kind) {
+        ASSERT_TRUE(MainLoopScope::runUntil([&] { return listener.calls > 0; }));
+        ASSERT_TRUE(listener.error);
+        EXPECT_EQ(listener.error->kind(), kind) << listener.error->localizedDescription();
+        EXPECT_NE(listener.from, nullptr);
+        EXPECT_EQ(listener.calls, 1);
+    }
+    bool waitForSheets(std::size_t count) {
+        return MainLoopScope::runUntil([&] { return person.requests.size() >= count; });
+    }
+
+    MainLoopScope loop;
+    fakes::SheetScript person;
+    fakes::FakePasskeySheetFactory sheets{person};
+    desktop::PasskeyServices services{sheets};
+};
+
+} // namespace
+
+TEST_F(AuthorizationControllerTest, MakingOneTouchesNothing) {
+    const auto controller = services.makeController({assertion()});
+    EXPECT_TRUE(std::filesystem::is_empty(dataHome()));
+}
+
+TEST_F(AuthorizationControllerTest, WithoutAPasskeyItSaysSoEvenWhenNobodyHoldsIt) {
+    const auto listener = perform({assertion()});
+    expectError(*listener, PlatformErrorKind::noCredential);
+    EXPECT_EQ(listener->anchorsAsked, 1);
+    EXPECT_TRUE(std::filesystem::is_empty(dataHome()));
+}
+
+TEST_F(AuthorizationControllerTest, RefusesAnotherRelyingParty) {
+    expectError(*perform({registration("example.org")}), PlatformErrorKind::notAllowed);
+    EXPECT_TRUE(person.requests.empty());
+}
+
+TEST_F(AuthorizationControllerTest, RefusesNoRequestAndTwo) {
+    expectError(*perform({}), PlatformErrorKind::notAllowed);
+    expectError(*perform({assertion(), assertion()}), PlatformErrorKind::notAllowed);
+}
+
+TEST_F(AuthorizationControllerTest, CancelAtTheSheetIsThePlatformsCancellation) {
+    person.choice = std::nullopt;
+    const auto listener = perform({registration()});
+    expectError(*listener, PlatformErrorKind::cancelled);
+    EXPECT_EQ(listener->error->localizedDescription(), "The passkey request was cancelled.");
+}
+
+TEST_F(AuthorizationControllerTest, ANewCeremonyGivesUpTheFormer) {
+    person.leavesOpen = true;
+    const auto former = perform({registration()});
+    ASSERT_TRUE(waitForSheets(1));
+    const auto second = perform({registration()});
+    expectError(*former, PlatformErrorKind::cancelled);
+    ASSERT_TRUE(waitForSheets(2));
+    EXPECT_EQ(second->calls, 0);
+    EXPECT_EQ(std::ranges::count(person.events, "closed"), 1);
+}
+
+TEST_F(AuthorizationControllerTest, ACeremonyThatNeverBeganCanBeGivenUp) {
+    person.leavesOpen = true;
+    const auto former = perform({registration()});
+    const auto second = perform({registration()});
+    expectError(*former, PlatformErrorKind::cancelled);
+    ASSERT_TRUE(waitForSheets(1));
+    EXPECT_EQ(second->calls, 0);
+}
+
+TEST_F(AuthorizationControllerTest, ADelegateThatIsGoneIsNotCalled) {
+    const std::weak_ptr<Listener> gone = perform({assertion()});
+    EXPECT_TRUE(gone.expired());
+    EXPECT_TRUE(MainLoopScope::runUntil([] { return platform::spawnedTaskCount() == 0; }));
+}
+
+TEST_F(AuthorizationControllerTest, ThePasskeysAreInTheUsersDataFolder) {
+    EXPECT_EQ(desktop::passkeyFile(), dataHome() / "kelo" / "passkeys.sqlite");
+}
+
+TEST_F(AuthorizationControllerTest, OffersThePasskeysOnDisk) {
+    authenticator::CredentialRecord record;
+    record.credentialId = platform::Bytes(32, 1);
+    record.relyingPartyIdentifier = "localhost";
+    record.userId = platform::bytesOf("user-1");
+    record.accountName = "zoe";
+    record.wrappedPrivateKey = platform::bytesOf("wrapped");
+    authenticator::CredentialStore(desktop::passkeyFile()).save(record);
+    person.choice = std::nullopt;
+    expectError(*perform({assertion()}), PlatformErrorKind::cancelled);
+    ASSERT_EQ(person.requests.size(), 1U);
+    EXPECT_EQ(person.requests[0].accountNames, std::vector<std::string>{"zoe"});
+}
+
+} // namespace kelo
