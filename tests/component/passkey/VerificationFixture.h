@@ -27,9 +27,16 @@ protected:
 
     VerificationFixture() { ::mkfifo(fifo.c_str(), 0600); }
 
-    /// Sanitizers in the helper: a library is preloaded before them, and it cannot be traced.
+    /// What a helper built with a sanitizer needs: a library is preloaded before the sanitizer's,
+    /// the process cannot be traced for leaks, and pam_wrapper must not bind libpam deeply (its
+    /// switch for that carries the name of a sister library).
     static std::vector<std::string> forSanitizers() {
-        return {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0"};
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        return {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0",
+                "UID_WRAPPER_DISABLE_DEEPBIND=1"};
+#else
+        return {};
+#endif
     }
 
     static platform::Task<void> record(std::optional<Outcome>& outcome,
@@ -50,7 +57,9 @@ protected:
     }
 
     /// Opens the end of the FIFO that a helper holds open as long as it lives.
-    int openLifeline() const { return ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }
+    int openLifeline() const {
+        return ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    }
     /// Whether the helper that holds the other end comes to its end.
     static bool endsWhenHelperDies(int lifeline) {
         pollfd watched{lifeline, 0, 0};
