@@ -58,27 +58,27 @@ Bytes hmac(const Bytes& key, const Bytes& data) {
     return result;
 }
 
-/// RFC 6979 section 3.2; the names are the standard's.
+/// RFC 6979 section 3.2; the names are the standard's, in lower case.
 class NonceGenerator {
 public:
-    NonceGenerator(const Bytes& x, const Bytes& h1) : V(32, 0x01), K(32, 0x00) {
+    NonceGenerator(const Bytes& x, const Bytes& h1) : v(32, 0x01), k(32, 0x00) {
         for (const std::uint8_t step : {std::uint8_t{0}, std::uint8_t{1}}) {
-            K = hmac(K, concatenated({V, {step}, x, h1}));
-            V = hmac(K, V);
+            k = hmac(k, concatenated({v, {step}, x, h1}));
+            v = hmac(k, v);
         }
     }
     Bytes next() {
         if (used) {
-            K = hmac(K, concatenated({V, {0}}));
-            V = hmac(K, V);
+            k = hmac(k, concatenated({v, {0}}));
+            v = hmac(k, v);
         }
         used = true;
-        V = hmac(K, V);
-        return V;
+        v = hmac(k, v);
+        return v;
     }
 
 private:
-    Bytes V, K;
+    Bytes v, k;
     bool used = false;
 };
 

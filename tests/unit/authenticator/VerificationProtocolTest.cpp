@@ -45,6 +45,8 @@ TEST(VerificationProtocol, AMessageComesBackAsItWasSent) {
 TEST(VerificationProtocol, HasTheBytesItsHeaderDescribes) {
     EXPECT_EQ(encode(MessageType::information, "Hi"), bytes("I\0\2Hi"sv));
     EXPECT_EQ(encode(MessageType::answer, std::string(256, 'a')).at(1), 1);
+    EXPECT_EQ(encode(MessageType::answer, std::string(5000, 'a')),
+              encode(MessageType::answer, std::string(longestPayload, 'a')));
 }
 
 TEST(VerificationProtocol, MessagesMayComeBytewise) {

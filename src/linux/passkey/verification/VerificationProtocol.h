@@ -55,8 +55,8 @@ inline constexpr std::size_t longestPayload = 4096;
 /// Ties a result to the run it belongs to.
 using RunMark = std::array<char, 16>;
 
-/// One message as bytes. The payload must not be longer than longestPayload. The bytes of an answer
-/// are a secret: wipe them.
+/// One message as bytes, its payload cut to longestPayload. The bytes of an answer are a secret:
+/// wipe them.
 std::vector<char> encode(MessageType type, std::string_view payload);
 
 /// A text as the protocol allows it: with "?" for what is not ASCII if it is not UTF-8, without

@@ -1,0 +1,58 @@
+#include "linux/passkey/verification/VerificationProtocol.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <span>
+#include <string>
+
+// Bytes from a helper that may be anything. The first byte says in what pieces the rest arrives.
+
+using namespace kelo::desktop;
+
+namespace {
+
+void require(bool held) {
+    if (!held)
+        std::abort();
+}
+
+void examine(const Message& message, std::string_view stream, std::size_t& consumed) {
+    require(message.payload.size() <= longestPayload);
+    // A message is what was sent, and nothing is skipped between two.
+    const auto again = encode(message.type, message.payload);
+    require(stream.substr(consumed, again.size()) == std::string_view(again.data(), again.size()));
+    consumed += again.size();
+    if (message.type == MessageType::result) {
+        RunMark mark{};
+        std::copy_n(message.payload.begin() + 1, mark.size(), mark.begin());
+        const auto result = decodeResult(message.payload, mark);
+        require(!result || encodeResult(*result, mark) == message.payload);
+        mark[0] = static_cast<char>(mark[0] ^ 1);
+        require(!decodeResult(message.payload, mark));
+    }
+    if (message.type == MessageType::information)
+        require(presentable(message.payload) == message.payload);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0)
+        return 0;
+    const std::size_t piece = std::size_t{data[0]} + 1;
+    const std::string stream(data + 1, data + size);
+    require(presentable(stream).size() <= longestPayload);
+    require(presentable(presentable(stream)) == presentable(stream));
+
+    MessageReader reader;
+    std::size_t consumed = 0;
+    for (std::size_t at = 0; at < stream.size(); at += piece) {
+        reader.feed(std::span(stream).subspan(at, std::min(piece, stream.size() - at)));
+        const bool wasBroken = reader.broken();
+        while (const auto message = reader.next()) {
+            require(!wasBroken);
+            examine(*message, stream, consumed);
+        }
+    }
+    return 0;
+}
