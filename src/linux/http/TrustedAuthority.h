@@ -23,6 +23,9 @@ public:
     /// The one this build was configured with.
     static std::shared_ptr<const TrustedAuthority> compiledIn();
 
+    /// No chain will ever hold.
+    bool isEmpty() const { return !database; }
+
     /// What is wrong with the chain of a server at this URL if this authority is the only root:
     /// signatures, dates, purpose and host name. Zero: it holds.
     GTlsCertificateFlags problems(GTlsCertificate* certificate, const platform::Url& url) const;

@@ -53,27 +53,32 @@ GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
     return view;
 }
 
+// Another load came in between, or the load became a download.
 bool isNoFailure(const GError& error) {
     return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
-           g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
            g_error_matches(&error, WEBKIT_POLICY_ERROR,
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
 }
 
-// The engine's word for "my network process has gone". It has no name in the library's interface.
-bool isLossOfNetworkProcess(const GError& error) {
+// The engine's network process has gone (which has no name in the library's interface), or
+// cancelled a load that nobody asked it to cancel: it does so at times where a certificate should
+// be refused.
+bool isLostByTheEngine(const GError& error) {
     constexpr int internalError = 300;
-    return error.domain == g_quark_from_static_string("WebKitErrorDomain") &&
-           error.code == internalError;
+    return g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
+           (error.domain == g_quark_from_static_string("WebKitErrorDomain") &&
+            error.code == internalError);
 }
 
 } // namespace
 
 WebKitEmbeddedView::WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
+                                       std::shared_ptr<CertificateProbe> probe,
                                        const WebKitSessionSettings& settings,
                                        platform::Rectangle frame,
                                        const WebViewConfiguration& configuration)
     : session(session),
+      probe(std::move(probe)),
       authority(settings.authority),
       view(makeNativeView(session.get(), frame, configuration)),
       cookies(session.get()),
@@ -129,6 +134,7 @@ void WebKitEmbeddedView::load(UrlRequest request) {
         if (headers)
             soup_message_headers_append(headers, name.c_str(), value.c_str());
     webkit_web_view_load_request(view.get(), native.get());
+    probe->start(request.url);
 }
 
 std::optional<Url> WebKitEmbeddedView::url() const {
@@ -153,7 +159,7 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         noticeAnnounced = false;
     }
     if (event == WEBKIT_LOAD_COMMITTED)
-        certificateTried = networkLossForgiven = false;
+        certificateTried = lossForgiven = false;
     if (event != WEBKIT_LOAD_FINISHED || stage != Stage::page)
         return;
     if (const auto listener = delegate.lock())
@@ -166,8 +172,9 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
         return true;
     g_warning("%s did not load: %s %d: %s", address, g_quark_to_string(error.domain), error.code,
               error.message);
-    // The next load starts a new one, so nobody needs to hear of it unless that fails as well.
-    if (isLossOfNetworkProcess(error) && !std::exchange(networkLossForgiven, true)) {
+    // Nobody needs to hear of it unless it happens twice. What a lost process was allowed is lost.
+    if (isLostByTheEngine(error) && !std::exchange(lossForgiven, true)) {
+        certificateTried = false;
         webkit_web_view_load_uri(view.get(), address);
         return true;
     }

@@ -19,6 +19,7 @@ namespace kelo::desktop {
 class WebKitEmbeddedView final : public platform::EmbeddedWebView, public HostedWidget {
 public:
     WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
+                       std::shared_ptr<CertificateProbe> probe,
                        const WebKitSessionSettings& settings, platform::Rectangle frame,
                        const platform::WebViewConfiguration& configuration);
     ~WebKitEmbeddedView() override;
@@ -53,6 +54,7 @@ private:
     void tryAgain();
 
     GObjectPointer<WebKitNetworkSession> session;
+    std::shared_ptr<CertificateProbe> probe;
     std::shared_ptr<const TrustedAuthority> authority;
     GObjectPointer<WebKitWebView> view;
     WebKitCookieStore cookies;
@@ -63,8 +65,8 @@ private:
     std::string failedAddress;
     /// A certificate was let through for the load that is on its way.
     bool certificateTried = false;
-    /// That load has been repeated because the engine's network process had gone.
-    bool networkLossForgiven = false;
+    /// That load has been repeated because the engine lost it through no fault of the service.
+    bool lossForgiven = false;
 };
 
 } // namespace kelo::desktop

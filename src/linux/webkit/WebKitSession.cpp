@@ -51,12 +51,13 @@ WebKitSession::WebKitSession(WebKitSessionSettings given) : settings(std::move(g
     webkit_network_session_set_persistent_credential_storage_enabled(session.get(), FALSE);
     webkit_network_session_set_tls_errors_policy(session.get(), WEBKIT_TLS_ERRORS_POLICY_FAIL);
     saveDownloadsOf(session.get());
+    probe = std::make_shared<CertificateProbe>(session, settings.authority);
 }
 
 std::shared_ptr<platform::EmbeddedWebView>
 WebKitSession::makeWebView(platform::Rectangle frame,
                            platform::WebViewConfiguration configuration) {
-    return std::make_shared<WebKitEmbeddedView>(session, settings, frame, configuration);
+    return std::make_shared<WebKitEmbeddedView>(session, probe, settings, frame, configuration);
 }
 
 } // namespace kelo::desktop

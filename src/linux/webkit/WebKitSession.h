@@ -2,6 +2,7 @@
 
 #include "linux/glib/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
+#include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/ExternalLinks.h"
 #include "platform/EmbeddedWebView.h"
 
@@ -40,6 +41,7 @@ public:
 private:
     WebKitSessionSettings settings;
     GObjectPointer<WebKitNetworkSession> session;
+    std::shared_ptr<CertificateProbe> probe;
 };
 
 } // namespace kelo::desktop

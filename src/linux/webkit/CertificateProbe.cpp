@@ -1,0 +1,67 @@
+#include "linux/webkit/CertificateProbe.h"
+
+#include "linux/glib/AsyncResult.h"
+#include "linux/glib/SignalHandler.h"
+#include "platform/Spawn.h"
+
+namespace kelo::desktop {
+
+using platform::Url;
+
+namespace {
+
+struct Look {
+    GObjectPointer<WebKitNetworkSession> session;
+    std::shared_ptr<const TrustedAuthority> authority;
+    Url url;
+};
+using SharedLook = std::shared_ptr<Look>;
+
+// Asked only about certificates that the system refuses. The answer is always no: all there is to
+// learn has been learned, and the connection may end here.
+gboolean acceptCertificate(GTlsConnection*, GTlsCertificate* certificate, GTlsCertificateFlags,
+                           SharedLook* shared) {
+    const Look& look = **shared;
+    if (look.authority->accepts(certificate, look.url))
+        webkit_network_session_allow_tls_certificate_for_host(look.session.get(), certificate,
+                                                              look.url.host().c_str());
+    return FALSE;
+}
+
+void connectionEvent(GSocketClient*, GSocketClientEvent event, GSocketConnectable*,
+                     GIOStream* connection, SharedLook* look) {
+    if (event == G_SOCKET_CLIENT_TLS_HANDSHAKING)
+        connectWithState(connection, "accept-certificate", acceptCertificate, *look);
+}
+
+platform::Task<void> lookAt(SharedLook look) {
+    constexpr guint seconds = 10;
+    const auto client = GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
+    g_socket_client_set_tls(client.get(), TRUE);
+    g_socket_client_set_timeout(client.get(), seconds);
+    connectWithState(client.get(), "event", connectionEvent, look);
+    const auto start = [&client, &look](GAsyncReadyCallback ready, gpointer data) {
+        g_socket_client_connect_to_uri_async(client.get(), look->url.absoluteString().c_str(), 443,
+                                             nullptr, ready, data);
+    };
+    const auto result = co_await asyncResult(start);
+    // Whatever is wrong with the host, the load itself will say.
+    const auto connection = GObjectPointer<GSocketConnection>::adopt(
+        g_socket_client_connect_to_uri_finish(client.get(), result.get(), nullptr));
+}
+
+} // namespace
+
+CertificateProbe::CertificateProbe(GObjectPointer<WebKitNetworkSession> session,
+                                   std::shared_ptr<const TrustedAuthority> authority)
+    : session(std::move(session)), authority(std::move(authority)) {}
+
+void CertificateProbe::start(const Url& url) {
+    const std::string origin = url.host() + ":" + std::to_string(url.port().value_or(0));
+    if (url.scheme() != "https" || authority->isEmpty() || !looked.insert(origin).second)
+        return;
+    const auto look = std::make_shared<Look>(Look{session, authority, url});
+    platform::spawn(lookAt(look));
+}
+
+} // namespace kelo::desktop
