@@ -33,7 +33,8 @@ GtkApplicationHost::GtkApplicationHost() {
     const std::string identifier(deployment::applicationIdentifier);
     // Desktops match windows to the desktop entry by this name.
     Glib::set_prgname(identifier);
-    Glib::set_application_name(programName);
+    if (Glib::get_application_name() != programName) // the toolkit takes a name only once
+        Glib::set_application_name(programName);
     application = Gtk::Application::create(identifier);
     application->signal_startup().connect([this] { startUp(); });
     application->signal_activate().connect([this] { activated(); });

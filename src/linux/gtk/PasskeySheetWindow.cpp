@@ -3,7 +3,9 @@
 #include "linux/gtk/Accessibility.h"
 #include "linux/gtk/SystemImage.h"
 
+#include <gdk/gdkkeysyms.h>
 #include <glibmm/markup.h>
+#include <gtkmm/eventcontrollerkey.h>
 
 #include <utility>
 
@@ -86,6 +88,18 @@ void PasskeySheetWindow::buildAccounts() {
     accountsScroll.set_propagate_natural_height();
     accountsScroll.set_max_content_height(tallestAccountList);
     accountsScroll.set_child(accounts);
+    // Enter agrees, as it does anywhere else in the sheet; the space bar and the arrows choose.
+    auto keys = Gtk::EventControllerKey::create();
+    keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    keys->signal_key_pressed().connect(
+        [this](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Return && key != GDK_KEY_KP_Enter && key != GDK_KEY_ISO_Enter)
+                return false;
+            goOn();
+            return true;
+        },
+        false);
+    accounts.add_controller(keys);
     column.append(accountsCaption);
     column.append(accountsScroll);
 }
@@ -157,8 +171,6 @@ void PasskeySheetWindow::fillAccounts(const std::vector<std::string>& names) {
             choice->set_active();
         else
             choice->set_group(*choices.front());
-        // Enter agrees, as it does anywhere else in the sheet; the space bar and the arrows choose.
-        g_object_set(choice->gobj(), "receives-default", FALSE, nullptr);
         accounts.append(*choice);
         choices.push_back(choice);
     }
@@ -173,8 +185,7 @@ std::size_t PasskeySheetWindow::chosenAccount() const {
 
 void PasskeySheetWindow::showQuestion(const authenticator::VerificationPrompt& prompt) {
     open = Open::question;
-    if (answer)
-        answerPlace.remove(*answer);
+    answer.reset(); // first, so that two are never there at once
     answer = std::make_unique<SecretEntry>(prompt.echo ? SecretEntry::Display::visible
                                                        : SecretEntry::Display::masked);
     answer->set_hexpand();

@@ -27,6 +27,13 @@ SecretEntry::SecretEntry(Display display) : display(display), line(makeLine(disp
 
 SecretEntry::~SecretEntry() {
     take();
+    // The toolkit's masked entry would hear of the loss of the focus after its end.
+    auto* window = dynamic_cast<Gtk::Window*>(get_root());
+    auto* focus = window ? window->get_focus() : nullptr;
+    if (focus && focus->is_ancestor(*this))
+        window->unset_focus();
+    if (auto* place = dynamic_cast<Gtk::Box*>(get_parent()))
+        place->remove(*this);
 }
 
 void SecretEntry::setPlaceholder(const std::string& text) {

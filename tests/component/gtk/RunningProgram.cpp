@@ -24,17 +24,31 @@ RunningProgram::~RunningProgram() {
 
 void RunningProgram::run(std::function<void()> body) {
     mainLoop.post([this, body = std::move(body)] {
-        try {
-            until("the main window has appeared", [this] { return app.count("appear") > 0; });
-            untilActive(window("Kelo"));
-            body();
-        } catch (const std::exception& error) {
-            ADD_FAILURE() << error.what();
-        }
+        inBody(body);
         platform::dropSpawnedTasks();
         host.terminate();
     });
     status = host.run(app);
+}
+
+void RunningProgram::runToItsOwnEnd(std::function<void()> body) {
+    mainLoop.post([this, body = std::move(body)] {
+        if (!inBody(body))
+            host.terminate();
+    });
+    status = host.run(app);
+}
+
+bool RunningProgram::inBody(const std::function<void()>& body) {
+    try {
+        until("the main window has appeared", [this] { return app.count("appear") > 0; });
+        untilActive(window("Kelo"));
+        body();
+        return true;
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << error.what();
+        return false;
+    }
 }
 
 void RunningProgram::until(const std::string& what, const std::function<bool()>& condition) {
@@ -107,24 +121,25 @@ void RunningProgram::untilDrawn(Gtk::Window& window) {
 }
 
 RunningProgram::Box RunningProgram::boxOf(Gtk::Widget& widget) {
-    auto* top = dynamic_cast<Gtk::Window*>(widget.get_root());
+    // The window, or the menu, whose surface the widget is drawn on.
+    GtkNative* native = gtk_widget_get_native(widget.gobj());
     graphene_rect_t bounds;
-    if (!top ||
-        !gtk_widget_compute_bounds(GTK_WIDGET(widget.gobj()), GTK_WIDGET(top->gobj()), &bounds))
-        throw std::runtime_error("the widget is in no window");
-    double shadowX = 0;
-    double shadowY = 0;
-    gtk_native_get_surface_transform(GTK_NATIVE(top->gobj()), &shadowX, &shadowY);
-    const auto [x, y] = screen.origin(gtk_native_get_surface(GTK_NATIVE(top->gobj())));
-    const int scale = top->get_scale_factor();
+    if (!native || !gtk_widget_compute_bounds(widget.gobj(), GTK_WIDGET(native), &bounds))
+        throw std::runtime_error("the widget is on no surface");
+    double offsetX = 0;
+    double offsetY = 0;
+    gtk_native_get_surface_transform(native, &offsetX, &offsetY);
+    const auto [x, y] = screen.origin(gtk_native_get_surface(native));
+    const int scale = widget.get_scale_factor();
     const auto pixels = [scale](double points) {
         return static_cast<int>(std::lround(points * scale));
     };
-    return {x + pixels(shadowX + bounds.origin.x), y + pixels(shadowY + bounds.origin.y),
+    return {x + pixels(offsetX + bounds.origin.x), y + pixels(offsetY + bounds.origin.y),
             pixels(bounds.size.width), pixels(bounds.size.height)};
 }
 
 void RunningProgram::click(Gtk::Widget& widget) {
+    until("the widget has its place", [&] { return boxOf(widget).width > 0; });
     const Box box = boxOf(widget);
     screen.click(box.x + box.width / 2, box.y + box.height / 2);
 }

@@ -26,6 +26,8 @@ public:
     /// Starts the program, runs the body inside its main loop once the main window has appeared,
     /// and terminates it.
     void run(std::function<void()> body);
+    /// The same, but the body must make the program end.
+    void runToItsOwnEnd(std::function<void()> body);
 
     /// Lets the main loop run until the condition holds; a failure, and an exception, after a
     /// generous deadline.
@@ -49,7 +51,9 @@ public:
         int height = 0;
     };
     Box boxOf(Gtk::Widget& widget);
-    void click(Gtk::Widget& widget);
+    void click(Gtk::Widget& widget); ///< in its middle, once it has been laid out
+
+    bool inBody(const std::function<void()>& body);
 
     desktop::GLibMainLoop mainLoop;
     platform::MainLoop::Installation installation{mainLoop};

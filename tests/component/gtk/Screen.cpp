@@ -59,15 +59,19 @@ void Screen::click(int x, int y) {
     XSync(display.get(), False);
 }
 
-void Screen::drag(int x, int y, int byX, int byY, unsigned button, unsigned modifier) {
-    XTestFakeMotionEvent(display.get(), -1, x, y, CurrentTime);
+void Screen::hold(int x, int y, unsigned button, unsigned modifier) {
+    moveTo(x, y);
     key(modifier, true);
     XTestFakeButtonEvent(display.get(), button, True, CurrentTime);
-    // In steps, as a hand moves: the first tells the window manager that this is no click.
-    constexpr int steps = 20;
-    for (int step = 1; step <= steps; ++step)
-        XTestFakeMotionEvent(display.get(), -1, x + byX * step / steps, y + byY * step / steps,
-                             CurrentTime);
+    XSync(display.get(), False);
+}
+
+void Screen::moveTo(int x, int y) {
+    XTestFakeMotionEvent(display.get(), -1, x, y, CurrentTime);
+    XSync(display.get(), False);
+}
+
+void Screen::letGo(unsigned button, unsigned modifier) {
     XTestFakeButtonEvent(display.get(), button, False, CurrentTime);
     key(modifier, false);
     XSync(display.get(), False);

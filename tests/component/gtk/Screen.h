@@ -29,8 +29,10 @@ public:
     void press(unsigned key, std::initializer_list<unsigned> modifiers = {});
     void type(const std::string& text); ///< lower case letters and digits
     void click(int x, int y);
-    /// Moves the pointer, holds the button and modifier, moves by the distance, lets go.
-    void drag(int x, int y, int byX, int byY, unsigned button, unsigned modifier);
+    /// Moves the pointer there and holds the button and the modifier down.
+    void hold(int x, int y, unsigned button, unsigned modifier);
+    void moveTo(int x, int y);
+    void letGo(unsigned button, unsigned modifier);
 
     Color colorAt(int x, int y);
     int width() const;

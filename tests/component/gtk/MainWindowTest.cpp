@@ -1,0 +1,206 @@
+#include "component/gtk/RunningProgram.h"
+#include "linux/gtk/WindowHandle.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace kelo::tests {
+namespace {
+
+constexpr Color pageColor{255, 0, 255};
+
+TEST(MainWindow, ContentIsAskedForBeforeAnyWindowIsBuilt) {
+    RunningProgram program;
+    program.run([] {});
+    EXPECT_EQ(program.app.count("page before windows"), 1);
+    EXPECT_EQ(program.app.count("page after windows"), 0);
+    EXPECT_EQ(program.app.events.front(), "body");
+    EXPECT_EQ(program.status, 0);
+}
+
+TEST(MainWindow, OpensWithTheDefaultSizeOfItsContent) {
+    RunningProgram program;
+    program.run([&] {
+        EXPECT_EQ(program.app.page->area.get_width(), 1100);
+        EXPECT_EQ(program.app.page->area.get_height(), 760);
+        EXPECT_EQ(program.windowsOnScreen().size(), 1U);
+    });
+}
+
+TEST(MainWindow, ShrinksToItsMinimumAndNoFurther) {
+    RunningProgram program;
+    program.run([&] {
+        auto& area = program.app.page->area;
+        const auto page = program.boxOf(area);
+        const int x = page.x + page.width - 100;
+        const int y = page.y + page.height - 100;
+        // The window manager's own way to resize a window from anywhere inside it. It needs a
+        // moment to take the mouse, so the hand goes on moving.
+        program.screen.hold(x, y, 3, GDK_KEY_Alt_L);
+        int moved = 0;
+        RunningProgram::until("the window is small", [&] {
+            if (moved < page.height - 150)
+                moved += 20;
+            program.screen.moveTo(x - moved - moved / 2, y - moved + moved % 3);
+            return area.get_width() <= 800 && area.get_height() <= 600;
+        });
+        for (int further = 0; further < 100; further += 10)
+            program.screen.moveTo(x - moved - moved / 2 - further, y - moved - further);
+        program.screen.letGo(3, GDK_KEY_Alt_L);
+        program.untilDrawn(program.window("Kelo"));
+        EXPECT_EQ(program.app.page->area.get_width(), 800);
+        EXPECT_EQ(program.app.page->area.get_height(), 600);
+    });
+}
+
+TEST(MainWindow, WebViewReachesEveryEdgeOfTheContent) {
+    RunningProgram program;
+    program.run([&] {
+        auto& window = program.window("Kelo");
+        const auto content = program.boxOf(*window.get_child());
+        const auto page = program.boxOf(program.app.page->area);
+        EXPECT_EQ(page.x, content.x);
+        EXPECT_EQ(page.y, content.y);
+        EXPECT_EQ(page.width, content.width);
+        EXPECT_EQ(page.height, content.height);
+        const int right = page.x + page.width - 1;
+        const int bottom = page.y + page.height - 1;
+        EXPECT_EQ(program.screen.colorAt(page.x, page.y), pageColor);
+        EXPECT_EQ(program.screen.colorAt(right, page.y), pageColor);
+        EXPECT_EQ(program.screen.colorAt(page.x, bottom), pageColor);
+        EXPECT_EQ(program.screen.colorAt(right, bottom), pageColor);
+    });
+}
+
+TEST(MainWindow, KeyboardIsThePagesFromTheStart) {
+    RunningProgram program;
+    program.run([&] {
+        RunningProgram::until("the page has the keyboard",
+                              [&] { return program.app.page->area.has_focus(); });
+    });
+}
+
+TEST(MainWindow, ClosingItLeavesTheProgramRunningAndReopeningShowsTheSameWebView) {
+    RunningProgram program;
+    program.run([&] {
+        GtkWidget* before = program.app.page->widget();
+        program.screen.press(GDK_KEY_w, {GDK_KEY_Control_L});
+        RunningProgram::until("no window is open",
+                              [&] { return Gtk::Window::list_toplevels().empty(); });
+        EXPECT_EQ(gtk_widget_get_parent(before), nullptr);
+        EXPECT_EQ(program.app.count("appear"), 1);
+
+        program.host.openWindow("main");
+        RunningProgram::until("it appears again", [&] { return program.app.count("appear") == 2; });
+        program.untilActive(program.window("Kelo"));
+        EXPECT_EQ(program.app.page->widget(), before);
+        EXPECT_TRUE(program.app.page->area.get_mapped());
+        EXPECT_EQ(program.app.page->area.get_width(), 1100);
+        EXPECT_EQ(program.app.count("body"), 1);
+    });
+}
+
+TEST(MainWindow, ReopenedInTheTurnItWasClosedInItShowsTheWebView) {
+    RunningProgram program;
+    program.run([&] {
+        program.window("Kelo").close();
+        program.host.openWindow("main");
+        RunningProgram::until("it appears again", [&] { return program.app.count("appear") == 2; });
+        RunningProgram::settle();
+        EXPECT_TRUE(program.app.page->area.get_mapped());
+        EXPECT_EQ(program.windowsOnScreen().size(), 1U);
+    });
+}
+
+TEST(MainWindow, LastWindowEndsTheProgramWhenTheDelegateSaysSo) {
+    RunningProgram program;
+    program.app.terminatesAfterLastWindow = true;
+    program.runToItsOwnEnd([&] { program.window("Kelo").close(); });
+    EXPECT_EQ(program.status, 0); // comes back by itself
+}
+
+TEST(MainWindow, QuitKeyEndsTheProgram) {
+    RunningProgram program;
+    program.runToItsOwnEnd([&] { program.screen.press(GDK_KEY_q, {GDK_KEY_Control_L}); });
+    EXPECT_EQ(program.status, 0);
+}
+
+TEST(MainWindow, OpeningItTwiceRaisesTheOpenOne) {
+    RunningProgram program;
+    program.run([&] {
+        auto& first = program.window("Kelo");
+        program.host.openWindow("main");
+        program.host.openWindow("no such group");
+        RunningProgram::settle();
+        EXPECT_EQ(program.windowsOnScreen(), std::vector<Gtk::Window*>{&first});
+        EXPECT_EQ(program.app.count("appear"), 1);
+    });
+}
+
+TEST(MainWindow, IsTheKeyWindowAndGoneFromTheListOnceClosed) {
+    RunningProgram program;
+    program.run([&] {
+        const auto windows = program.host.windows();
+        ASSERT_EQ(windows.size(), 1U);
+        EXPECT_EQ(program.host.keyWindow(), windows.front());
+        program.window("Kelo").close();
+        EXPECT_EQ(program.host.keyWindow(), nullptr);
+        EXPECT_TRUE(program.host.windows().empty());
+        RunningProgram::settle();
+        EXPECT_EQ(desktop::WindowHandle::resolve(windows.front()), nullptr);
+        EXPECT_NE(desktop::WindowHandle::resolve(program.host.makePlainWindow()), nullptr);
+    });
+}
+
+TEST(MainWindow, IsDrawnAgainOnceAfterSeveralChanges) {
+    RunningProgram program;
+    program.run([&] {
+        const int before = program.app.count("content");
+        program.app.state->onLogin = true;
+        program.app.state->busy = true;
+        program.app.state->error = "No.";
+        EXPECT_EQ(program.app.count("content"), before) << "drawn before the change was made";
+        RunningProgram::settle();
+        EXPECT_EQ(program.app.count("content"), before + 1);
+    });
+}
+
+TEST(MainWindow, ClosedItIsNotDrawnAnyMore) {
+    RunningProgram program;
+    program.run([&] {
+        program.window("Kelo").close();
+        const int before = program.app.count("content");
+        program.app.state->onLogin = true;
+        RunningProgram::settle();
+        EXPECT_EQ(program.app.count("content"), before);
+    });
+}
+
+TEST(SettingsWindow, ShowsItsRowsAndOpensOnce) {
+    RunningProgram program;
+    program.run([&] {
+        program.screen.press(GDK_KEY_comma, {GDK_KEY_Control_L});
+        auto& settings = program.window("Settings");
+        program.untilActive(settings);
+        const std::vector<std::string> expected{"Settings", "Version", "1.4.2 (57)", "Backend",
+                                                "assistant.example.com"};
+        auto texts = textsIn(settings);
+        std::sort(texts.begin(), texts.end());
+        auto sorted = expected;
+        std::sort(sorted.begin(), sorted.end());
+        EXPECT_EQ(texts, sorted);
+        EXPECT_EQ(settings.get_child()->get_width(), 360);
+        EXPECT_EQ(settings.get_child()->get_height(), 140);
+        program.host.openSettings();
+        RunningProgram::settle();
+        EXPECT_EQ(program.windowsOnScreen().size(), 2U);
+        program.screen.press(GDK_KEY_w, {GDK_KEY_Control_L});
+        RunningProgram::until("the settings are closed",
+                              [&] { return program.windowsOnScreen().size() == 1; });
+    });
+}
+
+} // namespace
+} // namespace kelo::tests
