@@ -1,4 +1,5 @@
 #include "demo/Authority.h"
+#include "demo/FileDescriptor.h"
 #include "demo/HttpServer.h"
 #include "demo/Options.h"
 #include "demo/Service.h"
@@ -6,6 +7,7 @@
 #include "demo/ServiceError.h"
 
 #include <glib-unix.h>
+#include <sys/signalfd.h>
 #include <sys/stat.h>
 
 #include <csignal>
@@ -21,9 +23,23 @@ struct LoopRelease {
     void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
 };
 
-gboolean quit(gpointer loop) {
+gboolean quit(int, GIOCondition, gpointer loop) {
     g_main_loop_quit(static_cast<GMainLoop*>(loop));
     return G_SOURCE_REMOVE;
+}
+
+/// Readable once the service is asked to end. No handler interrupts anything, and a request that
+/// comes before the loop runs is kept. To be called before there is a second thread.
+FileDescriptor watchForEnd() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    FileDescriptor watch(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!watch)
+        throw ServiceError("Could not start: the system has no file descriptor to spare.");
+    return watch;
 }
 
 std::string originAt(std::uint16_t port) {
@@ -34,6 +50,7 @@ std::string originAt(std::uint16_t port) {
 int serve(const Options& options) {
     const AuthorityFiles files(options.authority);
     prepareServerCertificate(files);
+    const auto end = watchForEnd();
     HttpServer server(files, options.port);
     const auto origin = originAt(server.port());
     ServiceContext context(origin, options.origin.value_or(origin), StateFile(options.state));
@@ -41,8 +58,7 @@ int serve(const Options& options) {
     server.setHandler([&service](const Request& request) { return service.answer(request); });
 
     const std::unique_ptr<GMainLoop, LoopRelease> loop(g_main_loop_new(nullptr, FALSE));
-    g_unix_signal_add(SIGTERM, quit, loop.get());
-    g_unix_signal_add(SIGINT, quit, loop.get());
+    g_unix_fd_add(end.get(), G_IO_IN, quit, loop.get());
     std::cout << "Listening on " << origin << std::endl;
     g_main_loop_run(loop.get());
     return 0;
