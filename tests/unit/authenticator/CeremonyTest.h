@@ -1,6 +1,6 @@
 #pragma once
 
-#include "IndependentVerifier.h"
+#include "unit/authenticator/IndependentVerifier.h"
 
 #include "authenticator/GetAssertion.h"
 #include "authenticator/MakeCredential.h"

@@ -1,4 +1,4 @@
-#include "IndependentVerifier.h"
+#include "unit/authenticator/IndependentVerifier.h"
 
 #include "authenticator/Cryptography.h"
 
