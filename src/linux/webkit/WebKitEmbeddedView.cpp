@@ -232,7 +232,8 @@ void WebKitEmbeddedView::showNotice(const std::string& heading, const std::strin
 }
 
 void WebKitEmbeddedView::tryAgain() {
-    if (!failedAddress.empty())
+    // A page of the web may have such a link as well.
+    if (stage == Stage::notice && !failedAddress.empty())
         webkit_web_view_load_uri(view.get(), failedAddress.c_str());
 }
 

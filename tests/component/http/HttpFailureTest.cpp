@@ -53,13 +53,12 @@ TEST_F(HttpFailure, ServerThatNeverAnswersTimesOut) {
 }
 
 TEST_F(HttpFailure, ServerThatDribblesTimesOut) {
-    // A byte whenever the last one has surely been looked at; each alone would keep a time-out
-    // between two reads from ever coming.
+    // Each byte alone would keep a time-out between two reads from ever coming.
     const auto peer = server([](ServerConnection& connection) {
         connection.read();
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n");
-        while (connection.write("x"))
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        while (!connection.peerStirs(std::chrono::milliseconds(20)) && connection.write("x")) {
+        }
     });
     UrlRequest request{peer->url()};
     request.timeout = std::chrono::seconds(2);
@@ -70,10 +69,13 @@ TEST_F(HttpFailure, ServerThatDribblesTimesOut) {
 }
 
 TEST_F(HttpFailure, RedirectsShareOneDeadline) {
-    const auto peer = server(MisbehavingServer::answering([](const WireRequest& request) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        return httpReply("", "Location: " + request.target + "x\r\n", "302 Found");
-    }));
+    const auto peer = server([](ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            if (connection.peerStirs(std::chrono::milliseconds(300)))
+                return;
+            connection.write(httpReply("", "Location: " + request->target + "x\r\n", "302 Found"));
+        }
+    });
     UrlRequest request{peer->url("/")};
     request.timeout = std::chrono::seconds(1);
     EXPECT_EQ(failureOf(request).kind(), PlatformErrorKind::timedOut);

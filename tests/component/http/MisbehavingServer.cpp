@@ -7,6 +7,7 @@
 #include <arpa/inet.h>
 #include <csignal>
 #include <netinet/in.h>
+#include <poll.h>
 #include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -130,6 +131,11 @@ public:
     void waitForPeer() override {
         while (readMore())
             buffer.clear();
+    }
+
+    bool peerStirs(std::chrono::milliseconds limit) override {
+        pollfd waiting = {socket, POLLIN, 0};
+        return SSL_pending(ssl.get()) > 0 || poll(&waiting, 1, static_cast<int>(limit.count())) > 0;
     }
 
 private:

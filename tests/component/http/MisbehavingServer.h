@@ -44,6 +44,9 @@ public:
     virtual void breakOff() = 0;
     /// Waits until the peer ends the connection.
     virtual void waitForPeer() = 0;
+    /// Waits until the peer ends the connection or sends something, but no longer than this; false
+    /// when neither came.
+    virtual bool peerStirs(std::chrono::milliseconds limit) = 0;
 };
 
 /// An HTTPS server on a free port of the loopback device, that does as it is told: the behaviour is
