@@ -22,6 +22,17 @@ struct BytesDeleter {
 };
 using BytesPointer = std::unique_ptr<GBytes, BytesDeleter>;
 
+// A copy that lasts as long as the library needs it, and is overwritten then like any other.
+BytesPointer bytesOf(const platform::RequestBody& body) {
+    auto copy = std::make_unique<platform::RequestBody>(body);
+    const auto* data = copy->data();
+    const gsize size = copy->size();
+    const auto drop = [](gpointer owned) {
+        std::unique_ptr<platform::RequestBody>(static_cast<platform::RequestBody*>(owned));
+    };
+    return BytesPointer(g_bytes_new_with_free_func(data, size, drop, copy.release()));
+}
+
 /// What the signals of a message write down for the flow.
 struct Handshake {
     std::shared_ptr<const TrustedAuthority> authority;
@@ -68,7 +79,7 @@ GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& fir
     soup_message_set_site_for_cookies(message.get(), site.get());
     soup_message_set_first_party(message.get(), site.get());
     if (request.body) {
-        const BytesPointer body(g_bytes_new(request.body->data(), request.body->size()));
+        const BytesPointer body = bytesOf(*request.body);
         soup_message_set_request_body_from_bytes(message.get(), nullptr, body.get());
     }
     SoupMessageHeaders* const headers = soup_message_get_request_headers(message.get());

@@ -2,6 +2,10 @@
 
 #include "deployment/TrustedAuthority.h"
 
+#include <openssl/bio.h>
+#include <openssl/pem.h>
+#include <openssl/x509v3.h>
+
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -25,6 +29,24 @@ bool writeAll(int file, std::string_view text) {
         text.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
+}
+
+struct OpenSslDeleter {
+    void operator()(BIO* memory) const { BIO_free_all(memory); }
+    void operator()(X509* certificate) const { X509_free(certificate); }
+};
+
+// GIO takes the purpose to check for and, with its usual backend, does not look at it.
+bool isForServers(GTlsCertificate* certificate) {
+    char* text = nullptr;
+    g_object_get(certificate, "certificate-pem", &text, nullptr);
+    const GText pem(text);
+    if (!pem)
+        return false;
+    const std::unique_ptr<BIO, OpenSslDeleter> memory(BIO_new_mem_buf(pem.get(), -1));
+    const std::unique_ptr<X509, OpenSslDeleter> parsed(
+        PEM_read_bio_X509(memory.get(), nullptr, nullptr, nullptr));
+    return parsed && X509_check_purpose(parsed.get(), X509_PURPOSE_SSL_SERVER, /*ca=*/0) == 1;
 }
 
 } // namespace
@@ -72,7 +94,8 @@ GTlsCertificateFlags TrustedAuthority::problems(GTlsCertificate* certificate,
         nullptr, G_TLS_DATABASE_VERIFY_NONE, nullptr, &error);
     if (const GErrorPointer failure(error); failure)
         return G_TLS_CERTIFICATE_GENERIC_ERROR;
-    return found;
+    const bool sound = found != 0 || isForServers(certificate);
+    return sound ? found : G_TLS_CERTIFICATE_GENERIC_ERROR;
 }
 
 } // namespace kelo::desktop

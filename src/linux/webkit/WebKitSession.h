@@ -27,6 +27,10 @@ struct WebKitSessionSettings {
 
 /// The one data store that all web views of the program share: cookies, web storage, cache. Both
 /// folders are made for their owner alone. GTK must be up; main thread only.
+///
+/// The engine runs its web processes in a sandbox (bwrap). Where the kernel forbids that, as in a
+/// container without privileges and without user namespaces, the engine itself ends the program at
+/// the first load, with "Failed to fully launch dbus-proxy". There is no switch here to do without.
 class WebKitSession {
 public:
     explicit WebKitSession(WebKitSessionSettings settings = WebKitSessionSettings::standard());

@@ -66,6 +66,12 @@ TEST_F(Certificate, ForAnotherHostIsRefused) {
                   "Ask those who run the service.");
 }
 
+TEST_F(Certificate, ForAClientIsRefused) {
+    IdentityRequest request;
+    request.forServers = false;
+    expectRefused(authority.issue(request), untrusted);
+}
+
 TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
     const MisbehavingServer peer(TestAuthority::selfSigned(),
                                  MisbehavingServer::saying(httpReply("secret")));

@@ -48,6 +48,12 @@ TEST_F(WebCertificate, ForAnotherHostIsRefused) {
     expectRefused(authority.issue(request), "is made out to another host");
 }
 
+TEST_F(WebCertificate, ForAClientIsRefused) {
+    IdentityRequest request;
+    request.forServers = false;
+    expectRefused(authority.issue(request), "is not trusted on this computer");
+}
+
 TEST_F(WebCertificate, AcceptedOneDoesNotOpenTheDoorForAnother) {
     const auto peer = site({{"/", "hello"}});
     makeView(peer->url());
