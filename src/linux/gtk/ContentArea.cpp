@@ -17,6 +17,7 @@ int points(double length) {
 
 ContentArea::ContentArea(platform::Size defaultSize)
     : Glib::ObjectBase("KeloContentArea"), defaultSize(defaultSize) {
+    add_css_class("kelo-content");
     set_hexpand();
     set_vexpand();
     panel.set_visible(false);
@@ -61,6 +62,16 @@ void ContentArea::releaseWebView() {
         gtk_widget_unparent(widget);
     hosted = nullptr;
     webView.reset();
+}
+
+void ContentArea::rememberFocus(const Gtk::Widget& focus) {
+    panelWasLast = focus.is_ancestor(panel);
+}
+
+void ContentArea::takeFocus() {
+    if (panelWasLast && panel.get_visible() && panel.child_focus(Gtk::DirectionType::TAB_FORWARD))
+        return;
+    focusWebView();
 }
 
 void ContentArea::focusWebView() {

@@ -22,7 +22,10 @@ public:
     void draw(const platform::WebContentDescription& description);
     /// Lets the web view go, so that another window may take it. The next draw() takes it again.
     void releaseWebView();
-    void focusWebView();
+    /// The widget, somewhere inside, has the keyboard now.
+    void rememberFocus(const Gtk::Widget& focus);
+    /// Gives the keyboard to what had it last here, to begin with the page.
+    void takeFocus();
 
 protected:
     Gtk::SizeRequestMode get_request_mode_vfunc() const override;
@@ -32,6 +35,7 @@ protected:
 
 private:
     void takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& next);
+    void focusWebView();
     void drawOverlay(const std::optional<platform::OverlayDescription>& description);
 
     std::shared_ptr<platform::EmbeddedWebView> webView;
@@ -40,6 +44,7 @@ private:
     platform::Size defaultSize;
     platform::Size minimumSize;
     double bottomPadding = 0;
+    bool panelWasLast = false; ///< to have the keyboard
 };
 
 } // namespace kelo::desktop

@@ -24,6 +24,7 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
         redrawing.emplace(group.content.observed(),
                           [this] { content.draw(this->group.content.body()); });
     signal_map().connect([this] { appear(); });
+    property_focus_widget().signal_changed().connect([this] { followFocus(); });
 }
 
 void MainWindow::releaseWebView() {
@@ -33,9 +34,32 @@ void MainWindow::releaseWebView() {
 
 void MainWindow::appear() {
     // Typing goes to the page from the start, not to the menu before it.
-    content.focusWebView();
+    content.takeFocus();
     if (group.onAppear)
         platform::MainLoop::main().post(group.onAppear);
+}
+
+void MainWindow::followFocus() {
+    auto* focus = get_focus();
+    if (focus && focus->is_ancestor(content))
+        content.rememberFocus(*focus);
+    const bool isOnBar = focus && focus->get_parent() == &menuBar;
+    const bool leftMenu = isOnBar && focusIsInMenu;
+    focusIsInMenu = focus && focus->is_ancestor(menuBar) && !isOnBar;
+    if (!leftMenu)
+        return;
+    // The toolkit leaves the keyboard on the bar when a menu closes. People expect it back where it
+    // was; whether another menu opens instead, the next turn shows.
+    platform::MainLoop::main().post([this, handle = handle()] {
+        if (WindowHandle::resolve(handle))
+            leaveMenus();
+    });
+}
+
+void MainWindow::leaveMenus() {
+    auto* focus = get_focus();
+    if (focus && focus->get_parent() == &menuBar)
+        content.takeFocus();
 }
 
 } // namespace kelo::desktop

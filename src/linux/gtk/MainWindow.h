@@ -28,11 +28,14 @@ public:
 
 private:
     void appear();
+    void followFocus();
+    void leaveMenus();
 
     const platform::WindowGroup& group;
     ContentArea content;
     Gtk::HeaderBar header;
     Gtk::PopoverMenuBar menuBar;
+    bool focusIsInMenu = false;
     std::optional<Redrawing> redrawing;
 };
 

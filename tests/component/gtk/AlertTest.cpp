@@ -192,6 +192,17 @@ TEST_F(AlertDialog, GoesWhenItsTaskIsDropped) {
     });
 }
 
+TEST_F(AlertDialog, ProgramMayEndWhileItIsUp) {
+    program.runToItsOwnEnd([&] {
+        start(registrationPrompt());
+        dialog("Bevestig registratie");
+        program.host.terminate();
+    });
+    EXPECT_EQ(program.status, 0);
+    platform::dropSpawnedTasks();
+    EXPECT_TRUE(Gtk::Window::list_toplevels().empty());
+}
+
 TEST_F(AlertDialog, AfterwardsTheMainWindowHasTheKeyboardAgain) {
     program.run([&] {
         const auto outcome = start(result("Passkey"));

@@ -48,6 +48,28 @@ TEST_F(MainMenu, OpensWithTheMouse) {
     });
 }
 
+TEST_F(MainMenu, LeftWithEscapeItGivesTheKeyboardBackToThePage) {
+    program.run([&] {
+        openAccountMenu();
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the menu is closed", [&] { return !entry(command); });
+        RunningProgram::until("the page has the keyboard",
+                              [&] { return program.app.page->area.has_focus(); });
+    });
+}
+
+TEST_F(MainMenu, LeftWithEscapeItGivesTheKeyboardBackToThePanelThatHadIt) {
+    program.run([&] {
+        program.app.state->onLogin = true;
+        RunningProgram::settle();
+        auto* button = buttonNamed(program.window("Kelo"), "Sign in with passkey");
+        button->grab_focus();
+        openAccountMenu();
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the button has the keyboard", [&] { return button->has_focus(); });
+    });
+}
+
 TEST_F(MainMenu, CommandFollowsThePublishedValueAlsoWhileTheMenuIsOpen) {
     program.run([&] {
         openAccountMenu();
