@@ -51,7 +51,7 @@ nlohmann::json attestationJSON(const platform::PlatformRegistrationCredential& c
 
 /// The verify request's body. The service tells password and code apart, so it gets the same text
 /// under both names.
-Bytes verifyBody(nlohmann::json attestation, const SecretText& passwordOrCode) {
+platform::RequestBody verifyBody(nlohmann::json attestation, const SecretText& passwordOrCode) {
     nlohmann::json body = {
         {"response", std::move(attestation)},
         {"label", "Mac (Kelo)"},

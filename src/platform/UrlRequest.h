@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "platform/RequestBody.h"
 #include "platform/Url.h"
 
 #include <chrono>
@@ -19,7 +19,7 @@ struct UrlRequest {
     Url url;
     std::string method = "GET";
     std::vector<std::pair<std::string, std::string>> headers = {};
-    std::optional<Bytes> body = std::nullopt;
+    std::optional<RequestBody> body = std::nullopt;
     std::chrono::seconds timeout = std::chrono::seconds(60);
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
 };

@@ -66,7 +66,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
             "authenticatorAttachment": "platform", "clientExtensionResults": {},
             "response": {"clientDataJSON": "e30", "attestationObject": "-_8",
                          "transports": ["internal"]}}})json"));
-    EXPECT_EQ(verify.body->at(0), '{');
+    EXPECT_EQ(*verify.body->begin(), '{');
     EXPECT_EQ(platform::textOf(*verify.body).find(' '),
               platform::textOf(*verify.body).find(" (Kelo)"));
 }
