@@ -158,8 +158,10 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         stage = noticeAnnounced ? Stage::notice : Stage::page;
         noticeAnnounced = false;
     }
-    if (event == WEBKIT_LOAD_COMMITTED)
-        certificateTried = lossForgiven = false;
+    if (event == WEBKIT_LOAD_COMMITTED) {
+        certificateTried = false;
+        lossesForgiven = 0;
+    }
     if (event != WEBKIT_LOAD_FINISHED || stage != Stage::page)
         return;
     if (const auto listener = delegate.lock())
@@ -172,8 +174,11 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
         return true;
     g_warning("%s did not load: %s %d: %s", address, g_quark_to_string(error.domain), error.code,
               error.message);
-    // Nobody needs to hear of it unless it happens twice. What a lost process was allowed is lost.
-    if (isLostByTheEngine(error) && !std::exchange(lossForgiven, true)) {
+    // Nobody needs to hear of it unless it goes on: a process that ends takes what it was allowed
+    // along, so that one loss brings about the next.
+    constexpr int mostLosses = 3;
+    if (isLostByTheEngine(error) && lossesForgiven < mostLosses) {
+        ++lossesForgiven;
         certificateTried = false;
         webkit_web_view_load_uri(view.get(), address);
         return true;

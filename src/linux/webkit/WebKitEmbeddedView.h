@@ -65,8 +65,9 @@ private:
     std::string failedAddress;
     /// A certificate was let through for the load that is on its way.
     bool certificateTried = false;
-    /// That load has been repeated because the engine lost it through no fault of the service.
-    bool lossForgiven = false;
+    /// How often that load was repeated because the engine lost it, through no fault of the
+    /// service.
+    int lossesForgiven = 0;
 };
 
 } // namespace kelo::desktop
