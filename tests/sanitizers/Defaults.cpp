@@ -5,7 +5,6 @@ extern "C" const char* __asan_default_options();
 extern "C" const char* __ubsan_default_options();
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __tsan_default_options();
-extern "C" const char* __tsan_default_suppressions();
 
 extern "C" const char* __asan_default_options() {
     return "detect_stack_use_after_return=1:strict_string_checks=1:check_initialization_order=1";
@@ -30,13 +29,4 @@ extern "C" const char* __tsan_default_options() {
     // GLib, GIO and GTK are built without the sanitizer: it cannot see their futex-based locks, and
     // would take a lock order that only passes through them for a deadlock.
     return "ignore_noninstrumented_modules=1:detect_deadlocks=0";
-}
-
-extern "C" const char* __tsan_default_suppressions() {
-    return
-        // The two synchronise by futexes and atomics of their own, in code the sanitizer has not
-        // instrumented, so what they hand from thread to thread looks unordered.
-        "race:libglib-2.0.so\n"
-        "race:libgio-2.0.so\n"
-        "race:libgobject-2.0.so\n";
 }
