@@ -1,7 +1,7 @@
 #include "demo/AtomicFile.h"
 
-#include "demo/FileDescriptor.h"
 #include "demo/ServiceError.h"
+#include "linux/glib/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -37,7 +37,7 @@ bool writeAll(int descriptor, std::string_view content) {
 class FileBeside {
 public:
     explicit FileBeside(const std::filesystem::path& target) : name(target.string() + ".XXXXXX") {
-        descriptor = FileDescriptor(::mkostemp(name.data(), O_CLOEXEC));
+        descriptor = desktop::FileDescriptor(::mkostemp(name.data(), O_CLOEXEC));
         if (!descriptor)
             fail("Could not write", target);
     }
@@ -57,7 +57,7 @@ public:
 
 private:
     std::string name;
-    FileDescriptor descriptor;
+    desktop::FileDescriptor descriptor;
     bool moved = false;
 };
 
@@ -72,13 +72,14 @@ void writeFileAtomically(const std::filesystem::path& path, std::string_view con
     // Without this the new name may be gone after a power cut, though its content is safe. Some
     // file systems cannot do it for a directory, and then there is nothing more to be done.
     const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
-    const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const desktop::FileDescriptor directory(
+        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory)
         ::fsync(directory.get());
 }
 
 std::optional<std::string> readFileIfPresent(const std::filesystem::path& path) {
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const desktop::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file && errno == ENOENT)
         return std::nullopt;
     if (!file)

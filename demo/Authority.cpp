@@ -2,8 +2,8 @@
 
 #include "demo/AtomicFile.h"
 #include "demo/CertificateMaker.h"
-#include "demo/FileDescriptor.h"
 #include "demo/ServiceError.h"
+#include "linux/glib/FileDescriptor.h"
 #include "platform/SecretText.h"
 
 #include <fcntl.h>
@@ -58,8 +58,8 @@ bool isSignedBy(X509& authority, X509& certificate) {
 }
 
 /// Shuts out other processes for its lifetime.
-FileDescriptor lockDirectory(const std::filesystem::path& directory) {
-    FileDescriptor lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+desktop::FileDescriptor lockDirectory(const std::filesystem::path& directory) {
+    desktop::FileDescriptor lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     int result = -1;
     do
         result = lock ? ::flock(lock.get(), LOCK_EX) : -1;

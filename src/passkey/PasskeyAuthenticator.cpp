@@ -2,6 +2,7 @@
 
 #include "passkey/Base64URL.h"
 #include "passkey/BusyScope.h"
+#include "passkey/CredentialJson.h"
 #include "passkey/FormEncoding.h"
 #include "passkey/PasskeyError.h"
 #include "passkey/ServiceEndpoints.h"
@@ -90,21 +91,13 @@ PasskeyAuthenticator::performAssertion(nlohmann::json options) {
 
 nlohmann::json
 PasskeyAuthenticator::assertionJSON(const platform::PlatformAssertionCredential& credential) {
-    const std::string id = base64URLEncode(credential.credentialId);
-    return {
-        {"id", id},
-        {"rawId", id},
-        {"type", "public-key"},
-        {"authenticatorAttachment", "platform"},
-        {"clientExtensionResults", nlohmann::json::object()},
-        {"response",
-         {
-             {"clientDataJSON", base64URLEncode(credential.rawClientDataJson)},
-             {"authenticatorData", base64URLEncode(required(credential.rawAuthenticatorData))},
-             {"signature", base64URLEncode(required(credential.signature))},
-             {"userHandle", base64URLEncode(required(credential.userId))},
-         }},
+    nlohmann::json response = {
+        {"clientDataJSON", base64URLEncode(credential.rawClientDataJson)},
+        {"authenticatorData", base64URLEncode(required(credential.rawAuthenticatorData))},
+        {"signature", base64URLEncode(required(credential.signature))},
+        {"userHandle", base64URLEncode(required(credential.userId))},
     };
+    return credentialJson(credential.credentialId, std::move(response));
 }
 
 Task<std::string> PasskeyAuthenticator::fetchCsrfToken() {

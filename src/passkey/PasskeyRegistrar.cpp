@@ -2,6 +2,7 @@
 
 #include "passkey/Base64URL.h"
 #include "passkey/BusyScope.h"
+#include "passkey/CredentialJson.h"
 #include "passkey/PasskeyError.h"
 #include "passkey/ServiceEndpoints.h"
 #include "platform/Desktop.h"
@@ -33,20 +34,12 @@ std::optional<Bytes> bytesMember(const nlohmann::json& value, std::string_view n
 nlohmann::json attestationJSON(const platform::PlatformRegistrationCredential& credential) {
     if (!credential.rawAttestationObject)
         throw PasskeyError::badResponse("No attestation object from authenticator.");
-    const std::string id = base64URLEncode(credential.credentialId);
-    return {
-        {"id", id},
-        {"rawId", id},
-        {"type", "public-key"},
-        {"authenticatorAttachment", "platform"},
-        {"clientExtensionResults", nlohmann::json::object()},
-        {"response",
-         {
-             {"clientDataJSON", base64URLEncode(credential.rawClientDataJson)},
-             {"attestationObject", base64URLEncode(*credential.rawAttestationObject)},
-             {"transports", nlohmann::json::array({"internal"})},
-         }},
+    nlohmann::json response = {
+        {"clientDataJSON", base64URLEncode(credential.rawClientDataJson)},
+        {"attestationObject", base64URLEncode(*credential.rawAttestationObject)},
+        {"transports", nlohmann::json::array({"internal"})},
     };
+    return credentialJson(credential.credentialId, std::move(response));
 }
 
 /// The verify request's body. The service tells password and code apart, so it gets the same text

@@ -23,6 +23,8 @@ public:
     }
 
     int get() const { return descriptor; }
+    /// Hands the descriptor over; the caller closes it.
+    int release() { return std::exchange(descriptor, -1); }
     explicit operator bool() const { return descriptor >= 0; }
 
 private:

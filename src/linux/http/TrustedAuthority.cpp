@@ -56,13 +56,13 @@ bool isForServers(GTlsCertificate* certificate) {
 TrustedAuthority::TrustedAuthority(std::string_view pem) {
     if (pem.empty())
         return;
-    file = memfd_create("kelo-authority", MFD_CLOEXEC);
-    if (file < 0 || !writeAll(file, pem)) {
+    file = FileDescriptor(memfd_create("kelo-authority", MFD_CLOEXEC));
+    if (!file || !writeAll(file.get(), pem)) {
         g_warning("The compiled-in certificate authority could not be laid out in memory; "
                   "only the system's are trusted.");
         return;
     }
-    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    const std::string path = "/proc/self/fd/" + std::to_string(file.get());
     GError* error = nullptr;
     database = GObjectPointer<GTlsDatabase>::adopt(g_tls_file_database_new(path.c_str(), &error));
     if (const GErrorPointer failure(error); failure)
@@ -71,10 +71,7 @@ TrustedAuthority::TrustedAuthority(std::string_view pem) {
                   failure->message);
 }
 
-TrustedAuthority::~TrustedAuthority() {
-    if (file >= 0)
-        close(file);
-}
+TrustedAuthority::~TrustedAuthority() = default;
 
 std::shared_ptr<const TrustedAuthority> TrustedAuthority::compiledIn() {
     static const auto authority =

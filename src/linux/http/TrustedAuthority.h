@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/glib/FileDescriptor.h"
 #include "linux/glib/GObjectPointer.h"
 #include "platform/Url.h"
 
@@ -35,7 +36,7 @@ public:
     }
 
 private:
-    int file = -1;
+    FileDescriptor file;
     GObjectPointer<GTlsDatabase> database;
 };
 

@@ -43,11 +43,6 @@ void onEnd(GObject* process, GAsyncResult* result, gpointer data) {
 
 } // namespace
 
-FileDescriptor::~FileDescriptor() {
-    if (number >= 0)
-        ::close(number);
-}
-
 std::unique_ptr<HelperProcess>
 HelperProcess::start(const std::filesystem::path& program,
                      const std::vector<std::string>& extraEnvironment) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "authenticator/Cancellation.h"
+#include "linux/glib/FileDescriptor.h"
 #include "linux/glib/GObjectPointer.h"
 #include "linux/passkey/verification/VerificationProtocol.h"
 #include "platform/Continuation.h"
@@ -16,27 +17,6 @@
 #include <vector>
 
 namespace kelo::desktop {
-
-/// A file descriptor that is closed when this goes.
-class FileDescriptor {
-public:
-    FileDescriptor() = default;
-    explicit FileDescriptor(int number) : number(number) {}
-    FileDescriptor(FileDescriptor&& other) noexcept : number(other.release()) {}
-    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        std::swap(number, other.number);
-        return *this;
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor();
-
-    int get() const { return number; }
-    int release() { return std::exchange(number, -1); }
-
-private:
-    int number = -1;
-};
 
 /// A running kelo-verify-user, or whatever stands in its place. It is killed when this goes; GLib
 /// collects its exit status. Main thread, with the default GLib main context running.
