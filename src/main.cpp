@@ -1,11 +1,13 @@
 #include "app/KeloApp.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/glib/GLibMainLoop.h"
+#include "linux/glib/LargeBlocks.h"
 #include "linux/glib/RendererChoice.h"
 #include "linux/webkit/NvidiaBlankWindow.h"
 #include "platform/Spawn.h"
 
 int main() {
+    kelo::desktop::keepLargeBlocksApart();
     // Both set the environment, so they come before the first thread.
     kelo::desktop::chooseRenderer();
     kelo::desktop::avoidBlankWindowOnNvidia();

@@ -6,8 +6,18 @@
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace kelo::desktop {
+
+namespace {
+
+std::vector<std::string>& ownVariables() {
+    static std::vector<std::string> variables;
+    return variables;
+}
+
+} // namespace
 
 // Every driver of Mesa works through a render node, and what finds none draws in software. Asking
 // OpenGL itself would start the very stack that is to be avoided.
@@ -27,8 +37,17 @@ void chooseRenderer() {
     const bool software = forced && std::string(forced) != "0" && std::string(forced) != "false";
     // NVIDIA's own driver does without render nodes.
     const bool hardware = hasRenderNode("/dev/dri") || access("/dev/nvidiactl", R_OK | W_OK) == 0;
-    if (software || !hardware)
-        setenv("GSK_RENDERER", "cairo", /*overwrite=*/0);
+    if ((hardware && !software) || std::getenv("GSK_RENDERER") || std::getenv("GDK_DEBUG"))
+        return;
+    for (const auto& [name, value] :
+         {std::pair{"GSK_RENDERER", "cairo"}, {"GDK_DEBUG", "gl-disable"}}) {
+        setenv(name, value, /*overwrite=*/0);
+        ownVariables().emplace_back(name);
+    }
+}
+
+const std::vector<std::string>& rendererVariables() {
+    return ownVariables();
 }
 
 } // namespace kelo::desktop

@@ -57,7 +57,6 @@ int GtkApplicationHost::run(platform::App& toRun) {
 void GtkApplicationHost::startUp() {
     loadStyle();
     colorScheme = std::make_unique<ColorScheme>(application->get_dbus_connection());
-    Gtk::Window::set_default_icon_name(std::string(deployment::applicationIdentifier));
     addActions();
     // Whether the program outlives its last window is the delegate's to say, not the toolkit's.
     application->hold();

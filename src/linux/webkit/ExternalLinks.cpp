@@ -1,6 +1,7 @@
 #include "linux/webkit/ExternalLinks.h"
 
 #include "linux/glib/GObjectPointer.h"
+#include "linux/glib/RendererChoice.h"
 
 #include <gio/gio.h>
 
@@ -13,7 +14,11 @@ void openWithDefaultProgram(const std::string& address) {
         if (const GErrorPointer failure(error); failure)
             g_warning("A link could not be opened in another program: %s", failure->message);
     };
-    g_app_info_launch_default_for_uri_async(address.c_str(), nullptr, nullptr, finished, nullptr);
+    const auto context = GObjectPointer<GAppLaunchContext>::adopt(g_app_launch_context_new());
+    for (const std::string& variable : rendererVariables())
+        g_app_launch_context_unsetenv(context.get(), variable.c_str());
+    g_app_info_launch_default_for_uri_async(address.c_str(), context.get(), nullptr, finished,
+                                            nullptr);
 }
 
 } // namespace kelo::desktop

@@ -41,16 +41,21 @@ private:
 TEST(RendererChoice, SoftwareGraphicsDrawWithCairo) {
     const Variable software("LIBGL_ALWAYS_SOFTWARE", "1");
     const Variable renderer("GSK_RENDERER", std::nullopt);
+    const Variable debug("GDK_DEBUG", std::nullopt);
     desktop::chooseRenderer();
-    ASSERT_NE(std::getenv("GSK_RENDERER"), nullptr);
     EXPECT_STREQ(std::getenv("GSK_RENDERER"), "cairo");
+    EXPECT_STREQ(std::getenv("GDK_DEBUG"), "gl-disable");
+    EXPECT_EQ(desktop::rendererVariables(),
+              (std::vector<std::string>{"GSK_RENDERER", "GDK_DEBUG"}));
 }
 
 TEST(RendererChoice, ChoiceOfTheUserStays) {
     const Variable software("LIBGL_ALWAYS_SOFTWARE", "1");
     const Variable renderer("GSK_RENDERER", "gl");
+    const Variable debug("GDK_DEBUG", std::nullopt);
     desktop::chooseRenderer();
     EXPECT_STREQ(std::getenv("GSK_RENDERER"), "gl");
+    EXPECT_EQ(std::getenv("GDK_DEBUG"), nullptr);
 }
 
 TEST(RendererChoice, RenderNodeMeansHardware) {
