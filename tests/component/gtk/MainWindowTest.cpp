@@ -29,6 +29,14 @@ TEST(MainWindow, OpensWithTheDefaultSizeOfItsContent) {
     });
 }
 
+TEST(MainWindow, CarriesItsIconForWindowManagers) {
+    RunningProgram program;
+    program.run([&] {
+        GdkSurface* const surface = program.window("Kelo").get_surface()->gobj();
+        EXPECT_EQ(program.screen.iconSizes(surface), (std::vector{48, 128}));
+    });
+}
+
 TEST(MainWindow, ShrinksToItsMinimumAndNoFurther) {
     RunningProgram program;
     program.run([&] {

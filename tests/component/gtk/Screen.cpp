@@ -2,6 +2,7 @@
 
 #include <gdk/x11/gdkx.h>
 
+#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 
@@ -98,6 +99,25 @@ std::pair<int, int> Screen::origin(GdkSurface* surface) {
     XTranslateCoordinates(display.get(), gdk_x11_surface_get_xid(surface),
                           DefaultRootWindow(display.get()), 0, 0, &x, &y, &child);
     return {x, y};
+}
+
+std::vector<int> Screen::iconSizes(GdkSurface* surface) {
+    constexpr long longest = 1 << 20;
+    Atom type = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long rest = 0;
+    unsigned char* data = nullptr;
+    XGetWindowProperty(display.get(), gdk_x11_surface_get_xid(surface),
+                       XInternAtom(display.get(), "_NET_WM_ICON", False), 0, longest, False,
+                       XA_CARDINAL, &type, &format, &count, &rest, &data);
+    const std::unique_ptr<unsigned char, int (*)(void*)> owned(data, XFree);
+    // Xlib gives each 32 bit value in a long: width, height, then the picture's points.
+    const auto* values = reinterpret_cast<const unsigned long*>(data);
+    std::vector<int> sizes;
+    for (unsigned long at = 0; at + 2 < count; at += 2 + values[at] * values[at + 1])
+        sizes.push_back(static_cast<int>(values[at]));
+    return sizes;
 }
 
 void Screen::save(const std::string& path) {

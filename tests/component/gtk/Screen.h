@@ -7,6 +7,8 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 struct _XDisplay;
 
@@ -42,6 +44,9 @@ public:
 
     /// Where the surface's upper left corner is on the screen.
     std::pair<int, int> origin(GdkSurface* surface);
+
+    /// Widths of the pictures that window managers find on the surface as its icon.
+    std::vector<int> iconSizes(GdkSurface* surface);
 
 private:
     struct Close {
