@@ -28,8 +28,8 @@ LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfigurat
     return webKitSession->makeWebView(frame, std::move(configuration));
 }
 
-std::shared_ptr<platform::AuthorizationController> LinuxDesktop::makeAuthorizationController(
-    std::vector<platform::AuthorizationRequest> requests) {
+std::shared_ptr<platform::AuthorizationController>
+LinuxDesktop::makeAuthorizationController(std::vector<platform::AuthorizationRequest> requests) {
     return passkeys.makeController(std::move(requests));
 }
 

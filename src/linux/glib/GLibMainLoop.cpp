@@ -16,7 +16,9 @@ gboolean runJob(gpointer data) {
     return G_SOURCE_REMOVE;
 }
 
-void dropJob(gpointer data) { std::unique_ptr<Job>(static_cast<Job*>(data)); }
+void dropJob(gpointer data) {
+    std::unique_ptr<Job>(static_cast<Job*>(data));
+}
 
 class GLibTimer final : public platform::Timer, public std::enable_shared_from_this<GLibTimer> {
 public:
@@ -27,7 +29,8 @@ public:
             action();
         });
         const auto milliseconds = static_cast<guint>(std::ceil(delay.count() * 1000));
-        source = g_timeout_add_full(G_PRIORITY_DEFAULT, milliseconds, runJob, fire.release(), dropJob);
+        source =
+            g_timeout_add_full(G_PRIORITY_DEFAULT, milliseconds, runJob, fire.release(), dropJob);
     }
     void invalidate() override {
         if (const guint pending = std::exchange(source, 0))

@@ -17,7 +17,8 @@ public:
         if (object)
             g_object_ref(object);
     }
-    GObjectPointer(GObjectPointer&& other) noexcept : object(std::exchange(other.object, nullptr)) {}
+    GObjectPointer(GObjectPointer&& other) noexcept
+        : object(std::exchange(other.object, nullptr)) {}
     GObjectPointer& operator=(GObjectPointer other) noexcept {
         std::swap(object, other.object);
         return *this;

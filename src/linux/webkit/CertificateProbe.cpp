@@ -17,8 +17,8 @@ struct Look {
 };
 using SharedLook = std::shared_ptr<Look>;
 
-// Asked about every certificate, because the connection has no trust store. The answer is always no: all there is to
-// learn has been learned, and the connection may end here.
+// Asked about every certificate, because the connection has no trust store. The answer is always
+// no: all there is to learn has been learned, and the connection may end here.
 gboolean acceptCertificate(GTlsConnection*, GTlsCertificate* certificate, GTlsCertificateFlags,
                            SharedLook* shared) {
     const Look& look = **shared;
@@ -32,8 +32,8 @@ void connectionEvent(GSocketClient*, GSocketClientEvent event, GSocketConnectabl
                      GIOStream* connection, SharedLook* look) {
     if (event != G_SOCKET_CLIENT_TLS_HANDSHAKING)
         return;
-    // Reading the system's trust store takes longer than all the rest and 10 MB, and what it vouches
-    // for, the engine accepts by itself.
+    // Reading the system's trust store takes longer than all the rest and 10 MB, and what it
+    // vouches for, the engine accepts by itself.
     g_tls_connection_set_database(G_TLS_CONNECTION(connection), nullptr);
     connectWithState(connection, "accept-certificate", acceptCertificate, *look);
 }
