@@ -27,8 +27,10 @@ platform::Task<std::string> evaluated(WebKitWebView* view, std::string script) {
 
 } // namespace
 
+// The folder stays until the display, and with it this home, goes: the engine's network process
+// closes the files of a session that ended at its leisure, and does not survive losing them before.
 WebKitFixture::WebKitFixture() {
-    std::string path = (std::filesystem::temp_directory_path() / "kelo-webkit.XXXXXX").string();
+    std::string path = (std::filesystem::path(g_get_home_dir()) / "kelo-webkit.XXXXXX").string();
     if (!mkdtemp(path.data()))
         throw std::runtime_error("no temporary folder");
     folder = path;
@@ -36,8 +38,6 @@ WebKitFixture::WebKitFixture() {
 
 WebKitFixture::~WebKitFixture() {
     endSession();
-    std::error_code gone;
-    std::filesystem::remove_all(folder, gone);
 }
 
 std::string WebKitFixture::page(std::string_view html, std::string_view extraHeaders) {
