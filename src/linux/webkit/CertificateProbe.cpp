@@ -14,8 +14,23 @@ struct Look {
     GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<const TrustedAuthority> authority;
     Url url;
+    GObjectPointer<GObject> connection = {};
+    gulong handler = 0;
+
+    // GIO may let go of the connection on a thread of its own, so our handler goes before, on this.
+    void end() {
+        if (connection)
+            g_signal_handler_disconnect(connection.get(), handler);
+        connection = {};
+    }
 };
 using SharedLook = std::shared_ptr<Look>;
+
+/// Ends the look when its flow ends or is dropped.
+struct LookScope {
+    SharedLook look;
+    ~LookScope() { look->end(); }
+};
 
 // Asked about every certificate, because the connection has no trust store. The answer is always
 // no: all there is to learn has been learned, and the connection may end here.
@@ -35,10 +50,13 @@ void connectionEvent(GSocketClient*, GSocketClientEvent event, GSocketConnectabl
     // Reading the system's trust store takes longer than all the rest and 10 MB, and what it
     // vouches for, the engine accepts by itself.
     g_tls_connection_set_database(G_TLS_CONNECTION(connection), nullptr);
-    connectWithState(connection, "accept-certificate", acceptCertificate, *look);
+    (*look)->end();
+    (*look)->connection = GObjectPointer<GObject>::share(G_OBJECT(connection));
+    (*look)->handler = connectWithState(connection, "accept-certificate", acceptCertificate, *look);
 }
 
 platform::Task<void> lookAt(SharedLook look) {
+    const LookScope scope{look};
     constexpr guint seconds = 10;
     const auto client = GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
     g_socket_client_set_tls(client.get(), TRUE);
