@@ -47,8 +47,8 @@ void connectionEvent(GSocketClient*, GSocketClientEvent event, GSocketConnectabl
                      GIOStream* connection, SharedLook* look) {
     if (event != G_SOCKET_CLIENT_TLS_HANDSHAKING)
         return;
-    // Reading the system's trust store takes longer than all the rest and 10 MB, and what it
-    // vouches for, the engine accepts by itself.
+    // Without a trust store nothing is vouched for here: what the system trusts, the engine accepts
+    // by itself.
     g_tls_connection_set_database(G_TLS_CONNECTION(connection), nullptr);
     (*look)->end();
     (*look)->connection = GObjectPointer<GObject>::share(G_OBJECT(connection));
