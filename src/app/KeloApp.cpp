@@ -23,6 +23,10 @@ platform::SceneGraph KeloApp::body() {
     return {mainWindowGroup(), menuBarExtra(), settings()};
 }
 
+std::vector<platform::ProgramAction> KeloApp::actions() {
+    return {{"widget", [voice = voice] { voice.get()->toggleWidget(); }}};
+}
+
 platform::WindowGroup KeloApp::mainWindowGroup() const {
     platform::WindowGroup group;
     group.identifier = "main";

@@ -19,6 +19,7 @@ public:
 
     platform::ApplicationDelegate& applicationDelegate() override { return appDelegate; }
     platform::SceneGraph body() override;
+    std::vector<platform::ProgramAction> actions() override;
 
 private:
     platform::WindowGroup mainWindowGroup() const;

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "platform/SceneGraph.h"
+#include "platform/Window.h"
 
+#include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +17,14 @@ public:
     virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
 };
 
+/// Something that the user can ask of the program from outside its windows: on the command line, in
+/// a desktop's list of programs, by a key that the desktop gives it.
+struct ProgramAction {
+    /// Lower-case letters and dashes. "--NAME" on the command line asks for it.
+    std::string name;
+    std::function<void()> action;
+};
+
 /// The program as the desktop runs it.
 class App {
 public:
@@ -21,12 +32,8 @@ public:
     virtual ApplicationDelegate& applicationDelegate() = 0;
     /// Read once, when the desktop is ready to show windows.
     virtual SceneGraph body() = 0;
-};
-
-/// A window of ours, to present something over.
-class Window {
-public:
-    virtual ~Window() = default;
+    /// Read once, before body(). An action may be asked for while no window is open.
+    virtual std::vector<ProgramAction> actions() = 0;
 };
 
 /// The running program. Main thread only.

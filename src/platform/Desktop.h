@@ -5,10 +5,14 @@
 #include "platform/Authorization.h"
 #include "platform/Clock.h"
 #include "platform/EmbeddedWebView.h"
+#include "platform/EventMonitors.h"
 #include "platform/FileSystem.h"
 #include "platform/HttpSession.h"
+#include "platform/Panel.h"
+#include "platform/Screen.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace kelo::platform {
@@ -35,6 +39,11 @@ public:
 
     virtual std::shared_ptr<AuthorizationController>
     makeAuthorizationController(std::vector<AuthorizationRequest> requests) = 0;
+
+    virtual EventMonitors& eventMonitors() = 0;
+    virtual std::shared_ptr<Panel> makePanel(PanelDescription description) = 0;
+    /// The monitor that has the keyboard focus; nothing while no monitor is connected.
+    virtual std::optional<Screen> mainScreen() = 0;
 
     static Desktop& current();
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "platform/CookieStore.h"
+#include "platform/Geometry.h"
+#include "platform/ScriptMessage.h"
 #include "platform/Url.h"
 #include "platform/UrlRequest.h"
+#include "platform/WebPermission.h"
 
 #include <memory>
 #include <optional>
@@ -24,18 +27,20 @@ enum class WebsiteDataStore {
     persistentDefault,
 };
 
+/// Lets the pages of a view post messages to a handler.
+struct ScriptMessageRegistration {
+    /// Held as long as the view lives: a handler that owns the view must be registered through
+    /// something that does not own the handler.
+    std::shared_ptr<ScriptMessageHandler> handler;
+    /// What a page finds the handler by: window.webkit.messageHandlers.NAME.postMessage(...).
+    std::string name;
+};
+
 struct WebViewConfiguration {
     WebsiteDataStore websiteDataStore = WebsiteDataStore::persistentDefault;
     bool allowsContentJavaScript = true;
     std::vector<UserScript> userScripts = {};
-};
-
-struct Rectangle {
-    double x = 0;
-    double y = 0;
-    double width = 0;
-    double height = 0;
-    friend bool operator==(const Rectangle&, const Rectangle&) = default;
+    std::vector<ScriptMessageRegistration> scriptMessageHandlers = {};
 };
 
 class EmbeddedWebView;
@@ -57,6 +62,8 @@ public:
     virtual std::optional<Url> url() const = 0;
     /// Held weakly.
     virtual void setNavigationDelegate(std::weak_ptr<NavigationDelegate> delegate) = 0;
+    /// Held weakly. A view without one refuses its pages everything that needs a permission.
+    virtual void setUserInterfaceDelegate(std::weak_ptr<UserInterfaceDelegate> delegate) = 0;
     virtual void setAllowsBackForwardNavigationGestures(bool allowed) = 0;
     /// Of the data store in the view's configuration; lives as long as the view.
     virtual CookieStore& cookieStore() = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/EmbeddedWebView.h"
+#include "platform/Geometry.h"
 #include "platform/ObservableObject.h"
 
 #include <functional>
@@ -13,12 +14,6 @@
 /// What the user sees, as values: computed by the system from its published state, drawn by the
 /// desktop. Lengths are points (one CSS pixel each). Texts are shown as they stand.
 namespace kelo::platform {
-
-struct Size {
-    double width = 0;
-    double height = 0;
-    friend bool operator==(const Size&, const Size&) = default;
-};
 
 /// A value that is computed anew at every drawing, and the objects whose changes ask for one.
 template <typename T>

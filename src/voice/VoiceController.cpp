@@ -5,7 +5,31 @@
 namespace kelo {
 
 void VoiceController::start(const std::shared_ptr<WebModel>&) {
+    const auto weak = weak_from_this();
+    hotkey->onTap = [weak] {
+        if (const auto self = weak.lock())
+            self->toggleWidget();
+    };
+    hotkey->onHoldStart = [weak] {
+        if (const auto self = weak.lock())
+            self->showWidget();
+    };
+    // A hold opens and never closes.
+    hotkey->onHoldEnd = [] {};
+    hotkey->start();
     debugLog("VoiceController.start — widget = web /widget host");
+}
+
+void VoiceController::toggleWidget() {
+    if (widget->isVisible())
+        widget->hide();
+    else
+        widget->show();
+}
+
+void VoiceController::showWidget() {
+    if (!widget->isVisible())
+        widget->show();
 }
 
 } // namespace kelo

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/ObservableObject.h"
+#include "voice/GlobalHotkey.h"
+#include "voice/VoiceWidgetWindow.h"
 
 #include <memory>
 
@@ -8,12 +10,23 @@ namespace kelo {
 
 class WebModel;
 
-/// Will bind the global hotkey to the voice widget. One for the life of the process; start() is
-/// called each time a main window's content appears.
-class VoiceController final : public platform::ObservableObject {
+/// Puts the voice widget one keystroke away: a tap of the chord shows or hides it, a hold shows it.
+/// One for the life of the process; start() is called each time a main window's content appears.
+/// Main thread only.
+class VoiceController final : public platform::ObservableObject,
+                              public std::enable_shared_from_this<VoiceController> {
 public:
     /// The web model is accepted and not used: the widget has a web view of its own.
     void start(const std::shared_ptr<WebModel>& web);
+
+    /// What a tap does, for those who ask for it by other means than the chord.
+    void toggleWidget();
+
+private:
+    void showWidget();
+
+    const std::shared_ptr<GlobalHotkey> hotkey = std::make_shared<GlobalHotkey>();
+    const std::shared_ptr<VoiceWidgetWindow> widget = std::make_shared<VoiceWidgetWindow>();
 };
 
 } // namespace kelo

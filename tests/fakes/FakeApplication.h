@@ -19,6 +19,7 @@ public:
     /// Reads the scenes and opens the first window; comes back at once.
     int run(platform::App& app) override {
         delegate = &app.applicationDelegate();
+        actions = app.actions();
         scenes = app.body();
         openWindow("main");
         return 0;
@@ -56,6 +57,7 @@ public:
         return dynamic_cast<const FakeWindow&>(*open.at(index));
     }
 
+    std::vector<platform::ProgramAction> actions;
     platform::SceneGraph scenes;
     std::vector<std::shared_ptr<platform::Window>> open;
     std::shared_ptr<platform::Window> key;

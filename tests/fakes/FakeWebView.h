@@ -25,6 +25,11 @@ public:
         calls.push_back("setNavigationDelegate");
         navigationDelegate = std::move(delegate);
     }
+    void
+    setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override {
+        calls.push_back("setUserInterfaceDelegate");
+        interfaceDelegate = std::move(delegate);
+    }
     void setAllowsBackForwardNavigationGestures(bool allowed) override {
         calls.push_back(allowed ? "allow gestures" : "forbid gestures");
     }
@@ -53,12 +58,29 @@ public:
             delegate->didFinishNavigation(*this);
     }
 
+    /// A page of the service posts to the handler of that name, if there is one.
+    void post(const std::string& name, platform::ScriptValue body) {
+        for (const auto& registration : configuration.scriptMessageHandlers)
+            if (registration.name == name)
+                registration.handler->didReceiveScriptMessage(*this, {name, body});
+    }
+    /// A page asks for a device; nothing while nobody has decided.
+    std::optional<platform::PermissionDecision> requestMedia(const std::string& host,
+                                                             platform::MediaCaptureType type) {
+        std::optional<platform::PermissionDecision> decision;
+        if (const auto delegate = interfaceDelegate.lock())
+            delegate->requestMediaCapturePermission(*this, {"https", host, 0}, type,
+                                                    [&](auto made) { decision = made; });
+        return decision;
+    }
+
     const platform::Rectangle frame;
     const platform::WebViewConfiguration configuration;
     std::vector<std::string> calls;
     std::vector<platform::UrlRequest> loads;
     std::vector<platform::HttpCookie> cookies;
     std::weak_ptr<platform::NavigationDelegate> navigationDelegate;
+    std::weak_ptr<platform::UserInterfaceDelegate> interfaceDelegate;
     std::optional<platform::Url> shown;
     bool holdsCookieCompletions = false;
     std::optional<platform::CheckedContinuation<void>> pendingCookie;

@@ -3,9 +3,11 @@
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeAuthorization.h"
+#include "fakes/FakeEventMonitors.h"
 #include "fakes/FakeFileSystem.h"
 #include "fakes/FakeHttpSession.h"
 #include "fakes/FakeMainLoop.h"
+#include "fakes/FakePanel.h"
 #include "fakes/FakeWebView.h"
 #include "platform/Desktop.h"
 #include "platform/LocalizedError.h"
@@ -57,6 +59,14 @@ public:
         return controllers.back();
     }
 
+    FakeEventMonitors& eventMonitors() override { return monitors; }
+    std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description) override {
+        made.emplace_back("panel");
+        panels.push_back(std::make_shared<FakePanel>(description));
+        return panels.back();
+    }
+    std::optional<platform::Screen> mainScreen() override { return screen; }
+
     FakeMainLoop loop;
     /// What was asked for, in order.
     std::vector<std::string> made;
@@ -64,6 +74,9 @@ public:
     FakeHttpSession sharedSession;
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
+    FakeEventMonitors monitors;
+    std::vector<std::shared_ptr<FakePanel>> panels;
+    std::optional<platform::Screen> screen = platform::Screen{{0, 25, 1440, 875}};
 
 private:
     platform::MainLoop::Installation loopInstallation;

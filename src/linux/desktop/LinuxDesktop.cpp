@@ -33,4 +33,9 @@ LinuxDesktop::makeAuthorizationController(std::vector<platform::AuthorizationReq
     return passkeys.makeController(std::move(requests));
 }
 
+std::shared_ptr<platform::Panel>
+LinuxDesktop::makePanel(platform::PanelDescription description) {
+    return panels.makePanel(std::move(description));
+}
+
 } // namespace kelo::desktop

@@ -5,6 +5,8 @@
 #include "linux/gtk/GtkAlertPresenter.h"
 #include "linux/gtk/GtkApplicationHost.h"
 #include "linux/gtk/GtkPasskeySheet.h"
+#include "linux/input/KeyboardMonitors.h"
+#include "linux/panel/DesktopPanels.h"
 #include "linux/passkey/PasskeyServices.h"
 #include "platform/Desktop.h"
 
@@ -32,12 +34,17 @@ public:
     makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) override;
     std::shared_ptr<platform::AuthorizationController>
     makeAuthorizationController(std::vector<platform::AuthorizationRequest> requests) override;
+    platform::EventMonitors& eventMonitors() override { return keyboard; }
+    std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description) override;
+    std::optional<platform::Screen> mainScreen() override { return panels.mainScreen(); }
 
 private:
     GtkApplicationHost application_;
     GtkAlertPresenter alerts_;
     GtkPasskeySheetFactory sheets;
     PasskeyServices passkeys;
+    KeyboardMonitors keyboard;
+    DesktopPanels panels;
     SystemClock clock_;
     PosixFileSystem fileSystem_;
     std::unique_ptr<platform::HttpSession> sharedSession;

@@ -1,5 +1,7 @@
 #include "linux/gtk/ProgramWindow.h"
 
+#include "linux/glib/WindowIdentity.h"
+
 #include <gdkmm/texture.h>
 #include <gdkmm/toplevel.h>
 
@@ -22,6 +24,7 @@ void setIcon(Gtk::Window& window) {
 } // namespace
 
 ProgramWindow::ProgramWindow(std::function<void()> closed) : closed(std::move(closed)) {
+    setWindowIdentity(static_cast<Gtk::Window*>(this)->gobj(), handle_);
     add_action("close", [this] { close(); });
     signal_realize().connect([this] { setIcon(*this); });
     signal_close_request().connect(

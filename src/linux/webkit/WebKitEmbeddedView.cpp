@@ -147,6 +147,11 @@ void WebKitEmbeddedView::setNavigationDelegate(
     delegate = std::move(newDelegate);
 }
 
+void WebKitEmbeddedView::setUserInterfaceDelegate(
+    std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
+    interfaceDelegate = std::move(newDelegate);
+}
+
 void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
     webkit_settings_set_enable_back_forward_navigation_gestures(
         webkit_web_view_get_settings(view.get()), allowed);

@@ -30,6 +30,8 @@ public:
     void load(platform::UrlRequest request) override;
     std::optional<platform::Url> url() const override;
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override;
+    void
+    setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override;
     void setAllowsBackForwardNavigationGestures(bool allowed) override;
     platform::CookieStore& cookieStore() override { return cookies; }
 
@@ -60,6 +62,7 @@ private:
     WebKitCookieStore cookies;
     NavigationPolicy policy;
     std::weak_ptr<platform::NavigationDelegate> delegate;
+    std::weak_ptr<platform::UserInterfaceDelegate> interfaceDelegate;
     Stage stage = Stage::page;
     bool noticeAnnounced = false;
     std::string failedAddress;

@@ -6,6 +6,10 @@
 
 namespace kelo::tests {
 
+std::vector<platform::ProgramAction> FakeApp::actions() {
+    return {{"wave", [this] { events.emplace_back("wave"); }}};
+}
+
 platform::SceneGraph FakeApp::body() {
     events.push_back("body");
     const auto observed = [this] {

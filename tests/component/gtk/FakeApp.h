@@ -22,6 +22,7 @@ public:
 
     platform::ApplicationDelegate& applicationDelegate() override { return *this; }
     platform::SceneGraph body() override;
+    std::vector<platform::ProgramAction> actions() override;
 
     std::shared_ptr<State> state = std::make_shared<State>();
     std::shared_ptr<FakePage> page; ///< made by the first drawing, when the toolkit is up

@@ -18,6 +18,7 @@ public:
     void load(platform::UrlRequest) override {}
     std::optional<platform::Url> url() const override { return std::nullopt; }
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate>) override {}
+    void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate>) override {}
     void setAllowsBackForwardNavigationGestures(bool) override {}
     platform::CookieStore& cookieStore() override { throw std::logic_error("no cookies here"); }
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "linux/input/ModifierSource.h"
+
+#include <string>
+#include <vector>
+
+namespace kelo::desktop {
+
+struct SourceStatus {
+    std::string name;
+    Availability availability;
+};
+
+/// Every source of the hotkey that this program knows, in the order in which it would use them on
+/// this desktop. Needs no window and leaves nothing running.
+std::vector<SourceStatus> hotkeyStatus();
+
+} // namespace kelo::desktop

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace kelo::platform {
+
+class EmbeddedWebView;
+
+/// Where a page comes from.
+struct SecurityOrigin {
+    std::string scheme; ///< "https"
+    std::string host;
+    std::uint16_t port = 0; ///< 0 for the scheme's own
+};
+
+enum class MediaCaptureType { camera = 0, microphone = 1, cameraAndMicrophone = 2 };
+
+enum class PermissionDecision {
+    /// Ask the user.
+    prompt = 0,
+    grant = 1,
+    deny = 2,
+};
+
+/// Decides what a web view's pages may do. Main thread only.
+class UserInterfaceDelegate {
+public:
+    using DecisionHandler = std::function<void(PermissionDecision)>;
+
+    virtual ~UserInterfaceDelegate() = default;
+    /// A page asks for the microphone or the camera. The handler is to be called once, now or later.
+    virtual void requestMediaCapturePermission(EmbeddedWebView& webView,
+                                               const SecurityOrigin& origin, MediaCaptureType type,
+                                               DecisionHandler decisionHandler) = 0;
+};
+
+} // namespace kelo::platform

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/EventMonitors.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kelo::fakes {
+
+/// A keyboard that a test types on, once while another program has the focus, once while we have.
+class FakeEventMonitors final : public platform::EventMonitors {
+public:
+    std::shared_ptr<platform::EventMonitor> addGlobalMonitor(platform::EventMask matching,
+                                                             GlobalHandler handler) override {
+        if (!offersGlobal)
+            return nullptr;
+        globals.emplace_back(matching, std::move(handler));
+        return std::make_shared<platform::EventMonitor>();
+    }
+    std::shared_ptr<platform::EventMonitor> addLocalMonitor(platform::EventMask matching,
+                                                            LocalHandler handler) override {
+        if (!offersLocal)
+            return nullptr;
+        locals.emplace_back(matching, std::move(handler));
+        return std::make_shared<platform::EventMonitor>();
+    }
+
+    /// Another program has the focus.
+    void flagsElsewhere(platform::ModifierFlags flags) const {
+        const platform::Event event{platform::event_mask::flagsChanged, flags};
+        for (const auto& [mask, handler] : globals)
+            if (mask & event.kind)
+                handler(event);
+    }
+
+    /// One of ours has the focus. What is left of the event when every monitor has seen it.
+    platform::EventPointer send(platform::Event event) const {
+        auto current = std::make_shared<const platform::Event>(std::move(event));
+        for (const auto& [mask, handler] : locals)
+            if (current && (mask & current->kind))
+                current = handler(current);
+        return current;
+    }
+    platform::EventPointer flagsHere(platform::ModifierFlags flags) const {
+        return send({platform::event_mask::flagsChanged, flags});
+    }
+    platform::EventPointer keyDown(platform::KeyCode code,
+                                   std::shared_ptr<const platform::Window> window) const {
+        return send({platform::event_mask::keyDown, 0, code, std::move(window)});
+    }
+
+    bool offersGlobal = true;
+    bool offersLocal = true;
+    std::vector<std::pair<platform::EventMask, GlobalHandler>> globals;
+    std::vector<std::pair<platform::EventMask, LocalHandler>> locals;
+};
+
+} // namespace kelo::fakes

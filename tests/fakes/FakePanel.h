@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/Panel.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelo::fakes {
+
+/// A panel without a screen: it notes what is done with it.
+class FakePanel final : public platform::Panel {
+public:
+    explicit FakePanel(platform::PanelDescription description)
+        : description(std::move(description)), frame_(this->description.contentRectangle) {}
+
+    void setContentView(platform::PanelContent newContent) override {
+        content = std::move(newContent);
+    }
+    bool isVisible() const override { return visible; }
+    platform::Rectangle frame() const override { return frame_; }
+    void setFrameOrigin(platform::Point origin) override {
+        calls.emplace_back("setFrameOrigin");
+        frame_.x = origin.x;
+        frame_.y = origin.y;
+    }
+    void makeKeyAndOrderFront() override {
+        calls.emplace_back("makeKeyAndOrderFront");
+        visible = true;
+    }
+    void makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) override {
+        calls.emplace_back("makeFirstResponder");
+        firstResponder = view;
+    }
+    void orderOut() override {
+        calls.emplace_back("orderOut");
+        visible = false;
+    }
+
+    const platform::PanelDescription description;
+    platform::PanelContent content;
+    std::shared_ptr<platform::EmbeddedWebView> firstResponder;
+    std::vector<std::string> calls;
+    bool visible = false;
+
+private:
+    platform::Rectangle frame_;
+};
+
+} // namespace kelo::fakes
