@@ -46,7 +46,7 @@ struct Event {
     /// Of a key-down event.
     KeyCode keyCode = key::other;
     /// The window of ours that the event is addressed to; null for none that the system knows.
-    std::shared_ptr<const Window> window;
+    std::shared_ptr<const Window> window = nullptr;
 };
 
 using EventPointer = std::shared_ptr<const Event>;
