@@ -76,8 +76,8 @@ struct PanelContent {
     bool masksToBounds = false;
 };
 
-/// A window without decoration that floats over the other programs' windows. Not visible until it is
-/// ordered to the front. Main thread only.
+/// A window without decoration that floats over the other programs' windows. Not visible until it
+/// is ordered to the front. Main thread only.
 class Panel : public Window {
 public:
     virtual void setContentView(PanelContent content) = 0;

@@ -16,8 +16,8 @@ struct ScriptMessage {
     ScriptValue body;
 };
 
-/// Hears the messages that pages post under a registered name. Only the service's own pages can, and
-/// only from the main frame: see what implements EmbeddedWebView. Main thread only.
+/// Hears the messages that pages post under a registered name. Only the service's own pages can,
+/// and only from the main frame: see what implements EmbeddedWebView. Main thread only.
 class ScriptMessageHandler {
 public:
     virtual ~ScriptMessageHandler() = default;

@@ -30,7 +30,8 @@ public:
     using DecisionHandler = std::function<void(PermissionDecision)>;
 
     virtual ~UserInterfaceDelegate() = default;
-    /// A page asks for the microphone or the camera. The handler is to be called once, now or later.
+    /// A page asks for the microphone or the camera. The handler is to be called once, now or
+    /// later.
     virtual void requestMediaCapturePermission(EmbeddedWebView& webView,
                                                const SecurityOrigin& origin, MediaCaptureType type,
                                                DecisionHandler decisionHandler) = 0;

@@ -48,11 +48,10 @@ void GlobalHotkey::pressed() {
     didHold = false;
     if (holdTimer)
         holdTimer->invalidate();
-    holdTimer =
-        platform::MainLoop::main().scheduleTimer(holdThreshold, [weak = weak_from_this()] {
-            if (const auto self = weak.lock())
-                self->holdTimerFired();
-        });
+    holdTimer = platform::MainLoop::main().scheduleTimer(holdThreshold, [weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->holdTimerFired();
+    });
 }
 
 void GlobalHotkey::released() {

@@ -81,8 +81,8 @@ std::shared_ptr<platform::EmbeddedWebView> VoiceWidgetWindow::makeWebView() {
     configuration.allowsContentJavaScript = true;
     configuration.scriptMessageHandlers.push_back(
         {std::make_shared<WeakScriptHandler>(weak_from_this()), handlerName});
-    auto view = Desktop::current().makeWebView({0, 0, size.width, size.height},
-                                               std::move(configuration));
+    auto view =
+        Desktop::current().makeWebView({0, 0, size.width, size.height}, std::move(configuration));
     view->setUserInterfaceDelegate(weak_from_this());
     return view;
 }

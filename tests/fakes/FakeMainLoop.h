@@ -2,6 +2,7 @@
 
 #include "platform/MainLoop.h"
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -43,6 +44,13 @@ public:
             runUntilIdle();
         }
         now = end;
+    }
+
+    /// Timers that have neither fired nor been invalidated.
+    std::size_t pendingTimers() const {
+        return static_cast<std::size_t>(
+            std::count_if(timers.begin(), timers.end(),
+                          [](const auto& timer) { return timer->action != nullptr; }));
     }
 
 private:

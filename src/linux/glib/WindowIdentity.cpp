@@ -18,11 +18,10 @@ GQuark identityKey() {
 } // namespace
 
 void setWindowIdentity(GtkWindow* window, Identity identity) {
-    g_object_set_qdata_full(reinterpret_cast<GObject*>(window), identityKey(),
-                            std::make_unique<Identity>(std::move(identity)).release(),
-                            [](gpointer data) {
-                                const std::unique_ptr<Identity> owned(static_cast<Identity*>(data));
-                            });
+    g_object_set_qdata_full(
+        reinterpret_cast<GObject*>(window), identityKey(),
+        std::make_unique<Identity>(std::move(identity)).release(),
+        [](gpointer data) { const std::unique_ptr<Identity> owned(static_cast<Identity*>(data)); });
 }
 
 std::shared_ptr<platform::Window> windowIdentity(GtkWindow* window) {

@@ -156,6 +156,38 @@ TEST_F(KeloAppTest, ReopenedMainWindowStartsVoiceOnceMore) {
     EXPECT_EQ(desktop.webViews.size(), 1u);
 }
 
+TEST_F(KeloAppTest, HotkeyDoesNothingBeforeTheFirstMainWindow) {
+    app.body();
+    EXPECT_TRUE(desktop.monitors.globals.empty());
+    launch();
+    EXPECT_EQ(desktop.monitors.globals.size(), 1u);
+}
+
+TEST_F(KeloAppTest, WidgetActionTogglesTheOneWidgetThatTheChordToggles) {
+    launch();
+    ASSERT_EQ(application.actions.size(), 1u);
+    EXPECT_EQ(application.actions[0].name, "widget");
+    application.actions[0].action();
+    ASSERT_EQ(desktop.panels.size(), 1u);
+    EXPECT_TRUE(desktop.panels[0]->visible);
+    desktop.monitors.flagsElsewhere(0xC0000);
+    desktop.monitors.flagsElsewhere(0);
+    EXPECT_FALSE(desktop.panels[0]->visible);
+    EXPECT_EQ(desktop.panels.size(), 1u);
+}
+
+TEST_F(KeloAppTest, WidgetActionWorksWithoutAnyMainWindow) {
+    app.actions().at(0).action();
+    EXPECT_TRUE(desktop.panels.at(0)->visible);
+    EXPECT_EQ(starts(), 0);
+}
+
+TEST_F(KeloAppTest, WidgetHasAWebViewOfItsOwn) {
+    launch();
+    app.actions().at(0).action();
+    EXPECT_EQ(desktop.webViews.size(), 2u);
+}
+
 TEST_F(KeloAppTest, UpdaterIsOneForTheProcess) {
     EXPECT_EQ(&UpdaterController::shared(), &UpdaterController::shared());
 }

@@ -1,0 +1,259 @@
+#include "voice/GlobalHotkey.h"
+
+#include "fakes/ScopedTestDesktop.h"
+#include "log/DebugLog.h"
+
+#include <gtest/gtest.h>
+
+namespace kelo {
+namespace {
+
+using namespace std::chrono_literals;
+using Actions = std::vector<std::string>;
+namespace modifier = platform::modifier;
+
+constexpr platform::ModifierFlags chord = modifier::control | modifier::option;
+
+struct GlobalHotkeyTest : testing::Test {
+    fakes::ScopedTestDesktop desktop;
+    fakes::FakeEventMonitors& monitors = desktop.monitors;
+    std::shared_ptr<GlobalHotkey> hotkey = std::make_shared<GlobalHotkey>();
+    Actions actions;
+
+    GlobalHotkeyTest() {
+        hotkey->onTap = [this] { actions.emplace_back("tap"); };
+        hotkey->onHoldStart = [this] { actions.emplace_back("hold start"); };
+        hotkey->onHoldEnd = [this] { actions.emplace_back("hold end"); };
+    }
+    std::string log() { return desktop.fileSystem().files[std::string(debugLogPath)]; }
+    void flags(platform::ModifierFlags flags) const { hotkey->handleFlagsChanged(flags); }
+    void wait(std::chrono::duration<double> span) { desktop.loop.advance(span); }
+};
+
+TEST_F(GlobalHotkeyTest, ReleaseWithinTheThresholdIsOneTapAndNoHold) {
+    flags(chord);
+    wait(249ms);
+    flags(0);
+    wait(10s);
+    EXPECT_EQ(actions, Actions{"tap"});
+}
+
+TEST_F(GlobalHotkeyTest, HoldStartsAtTheThresholdAndEndsAtTheRelease) {
+    flags(chord);
+    wait(249ms);
+    EXPECT_TRUE(actions.empty());
+    wait(1ms);
+    EXPECT_EQ(actions, Actions{"hold start"});
+    wait(10s);
+    EXPECT_EQ(actions, Actions{"hold start"});
+    flags(0);
+    EXPECT_EQ(actions, (Actions{"hold start", "hold end"}));
+}
+
+TEST_F(GlobalHotkeyTest, AnotherModifierDuringThePressKeepsTheFirstDeadline) {
+    flags(chord);
+    wait(200ms);
+    flags(chord | modifier::shift);
+    flags(chord | modifier::shift | modifier::command);
+    flags(chord);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 1u);
+    wait(50ms);
+    EXPECT_EQ(actions, Actions{"hold start"});
+}
+
+TEST_F(GlobalHotkeyTest, ChordCountsTogetherWithOtherModifiers) {
+    flags(chord | modifier::shift | modifier::capsLock | 0x800000);
+    flags(chord); // only Shift was released
+    EXPECT_TRUE(actions.empty());
+    flags(modifier::control);
+    EXPECT_EQ(actions, Actions{"tap"});
+}
+
+TEST_F(GlobalHotkeyTest, ReleaseOfEitherKeyEndsThePress) {
+    for (const auto left : {modifier::control, modifier::option}) {
+        actions.clear();
+        flags(chord);
+        flags(left);
+        EXPECT_EQ(actions, Actions{"tap"});
+        flags(0);
+        EXPECT_EQ(actions, Actions{"tap"});
+    }
+}
+
+TEST_F(GlobalHotkeyTest, OneKeyOfTheChordAloneIsNothing) {
+    for (const auto alone : {modifier::control, modifier::option, modifier::shift}) {
+        flags(alone);
+        EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
+        wait(1s);
+        flags(0);
+    }
+    EXPECT_TRUE(actions.empty());
+}
+
+TEST_F(GlobalHotkeyTest, PressAfterAHoldIsATapAgain) {
+    flags(chord);
+    wait(1s);
+    flags(0);
+    flags(chord);
+    wait(100ms);
+    flags(0);
+    EXPECT_EQ(actions, (Actions{"hold start", "hold end", "tap"}));
+}
+
+TEST_F(GlobalHotkeyTest, ReleaseCancelsTheTimer) {
+    flags(chord);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 1u);
+    flags(0);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
+}
+
+TEST_F(GlobalHotkeyTest, EachPressHasAThresholdOfItsOwn) {
+    flags(chord);
+    wait(200ms);
+    flags(0);
+    flags(chord);
+    wait(200ms);
+    EXPECT_EQ(actions, Actions{"tap"});
+    wait(50ms);
+    EXPECT_EQ(actions, (Actions{"tap", "hold start"}));
+}
+
+TEST_F(GlobalHotkeyTest, TimerThatFiresAfterAReleaseDoesNothing) {
+    flags(chord);
+    flags(0);
+    hotkey->holdTimerFired();
+    EXPECT_EQ(actions, Actions{"tap"});
+}
+
+TEST_F(GlobalHotkeyTest, HotkeyIsReadyForTheNextPressWhenAnActionRuns) {
+    hotkey->onTap = [this] {
+        actions.emplace_back("tap");
+        if (actions.size() == 1)
+            flags(chord);
+    };
+    flags(chord);
+    flags(0);
+    flags(0);
+    EXPECT_EQ(actions, (Actions{"tap", "tap"}));
+}
+
+TEST_F(GlobalHotkeyTest, ActionMayReplaceItselfWhileItRuns) {
+    hotkey->onTap = [this] {
+        hotkey->onTap = [this] { actions.emplace_back("second"); };
+        actions.emplace_back("first");
+    };
+    for (int press = 0; press < 2; ++press) {
+        flags(chord);
+        flags(0);
+    }
+    EXPECT_EQ(actions, (Actions{"first", "second"}));
+}
+
+TEST_F(GlobalHotkeyTest, ActionsAreEmptyUnlessSet) {
+    hotkey = std::make_shared<GlobalHotkey>();
+    flags(chord);
+    flags(0);
+    flags(chord);
+    wait(1s);
+    flags(0);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
+}
+
+TEST_F(GlobalHotkeyTest, WatchesChangesOfModifiersAndNothingElse) {
+    hotkey->start();
+    ASSERT_EQ(monitors.globals.size(), 1u);
+    ASSERT_EQ(monitors.locals.size(), 1u);
+    EXPECT_EQ(monitors.globals[0].first, 0x1000u);
+    EXPECT_EQ(monitors.locals[0].first, 0x1000u);
+}
+
+TEST_F(GlobalHotkeyTest, WorksWhileAnotherProgramHasTheFocusAndWhileWeHave) {
+    hotkey->start();
+    monitors.flagsElsewhere(chord);
+    monitors.flagsElsewhere(0);
+    monitors.flagsHere(chord);
+    monitors.flagsHere(0);
+    monitors.flagsElsewhere(chord); // the focus changes hands during a press
+    monitors.flagsHere(0);
+    EXPECT_EQ(actions, (Actions{"tap", "tap", "tap"}));
+}
+
+TEST_F(GlobalHotkeyTest, LocalMonitorReturnsTheVeryEventItReceived) {
+    hotkey->start();
+    const auto& handler = monitors.locals.at(0).second;
+    for (const platform::ModifierFlags flags : {chord, platform::ModifierFlags{0}}) {
+        const auto event = std::make_shared<const platform::Event>(
+            platform::Event{platform::event_mask::flagsChanged, flags});
+        EXPECT_EQ(handler(event), event);
+    }
+    hotkey.reset();
+    const auto event = std::make_shared<const platform::Event>();
+    EXPECT_EQ(handler(event), event);
+}
+
+TEST_F(GlobalHotkeyTest, SecondStartAddsMonitorsAndChangesNoOutcome) {
+    hotkey->start();
+    hotkey->start();
+    EXPECT_EQ(monitors.globals.size(), 2u);
+    EXPECT_EQ(monitors.locals.size(), 2u);
+    monitors.flagsElsewhere(chord);
+    monitors.flagsElsewhere(0);
+    monitors.flagsHere(chord);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 1u);
+    wait(1s);
+    monitors.flagsHere(0);
+    EXPECT_EQ(actions, (Actions{"tap", "hold start", "hold end"}));
+}
+
+TEST_F(GlobalHotkeyTest, AThousandStartsChangeNoOutcome) {
+    for (int count = 0; count < 1000; ++count)
+        hotkey->start();
+    monitors.flagsElsewhere(chord);
+    monitors.flagsElsewhere(0);
+    EXPECT_EQ(actions, Actions{"tap"});
+    EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
+}
+
+TEST_F(GlobalHotkeyTest, LogSaysWhichMonitorsThereAre) {
+    hotkey->start();
+    EXPECT_NE(log().find("] hotkey.start global=true local=true\n"), std::string::npos);
+    monitors.offersGlobal = false;
+    hotkey->start();
+    EXPECT_NE(log().find("] hotkey.start global=false local=true\n"), std::string::npos);
+    monitors.offersLocal = false;
+    hotkey->start();
+    EXPECT_NE(log().find("] hotkey.start global=false local=false\n"), std::string::npos);
+    monitors.offersGlobal = true;
+    hotkey->start();
+    EXPECT_NE(log().find("] hotkey.start global=true local=false\n"), std::string::npos);
+}
+
+TEST_F(GlobalHotkeyTest, WithoutGlobalMonitorTheChordWorksInOurOwnWindows) {
+    monitors.offersGlobal = false;
+    hotkey->start();
+    monitors.flagsHere(chord);
+    monitors.flagsHere(0);
+    EXPECT_EQ(actions, Actions{"tap"});
+}
+
+TEST_F(GlobalHotkeyTest, MonitorsOutliveTheHotkeyAndDoNothing) {
+    hotkey->start();
+    monitors.flagsElsewhere(chord);
+    hotkey.reset();
+    monitors.flagsElsewhere(0);
+    monitors.flagsHere(chord);
+    wait(1s);
+    EXPECT_TRUE(actions.empty());
+    EXPECT_EQ(monitors.globals.size(), 1u);
+}
+
+TEST_F(GlobalHotkeyTest, NothingHandedToThePlatformKeepsTheHotkeyAlive) {
+    hotkey->start();
+    flags(chord);
+    const std::weak_ptr<GlobalHotkey> weak = hotkey;
+    hotkey.reset();
+    EXPECT_TRUE(weak.expired());
+}
+
+} // namespace
+} // namespace kelo
