@@ -1,0 +1,182 @@
+#include "linux/input/EvdevModifierSource.h"
+
+#include "linux/input/EvdevKeyboard.h"
+#include "linux/input/FolderWatch.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace kelo::desktop {
+
+namespace {
+
+/// The kernel's own names; the folders beside them hold other names for the same devices.
+bool isDeviceName(std::string_view name) {
+    constexpr std::string_view prefix = "event";
+    return name.starts_with(prefix) && name.size() > prefix.size() &&
+           std::ranges::all_of(name.substr(prefix.size()),
+                               [](unsigned char each) { return std::isdigit(each) != 0; });
+}
+
+/// In the order of their numbers; none when the folder cannot be read.
+std::vector<std::string> deviceNames(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    std::error_code failure;
+    for (std::filesystem::directory_iterator entry(folder, failure), end; !failure && entry != end;
+         entry.increment(failure))
+        if (std::string name = entry->path().filename().string(); isDeviceName(name))
+            names.push_back(std::move(name));
+    std::ranges::sort(names, {},
+                      [](const std::string& name) { return std::pair(name.size(), name); });
+    return names;
+}
+
+} // namespace
+
+/// The keyboards that are watched, and what all of them together hold down.
+class EvdevModifierSource::Keyboards : public std::enable_shared_from_this<Keyboards> {
+public:
+    Keyboards(std::filesystem::path folder, EvdevOpener opener, Handler handler)
+        : folder(std::move(folder)), opener(std::move(opener)), handler(std::move(handler)) {}
+
+    bool start() {
+        watchFolder();
+        if (!folderWatch)
+            return false;
+        for (const std::string& name : deviceNames(folder))
+            add(name);
+        lastFlags = flags();
+        return !open.empty();
+    }
+
+private:
+    void watchFolder() {
+        const std::weak_ptr<Keyboards> weak = weak_from_this();
+        const auto noticed = [weak](void (Keyboards::*action)(const std::string&)) {
+            return [weak, action](const std::string& name) {
+                if (const auto self = weak.lock(); self && isDeviceName(name))
+                    (self.get()->*action)(name);
+            };
+        };
+        folderWatch = FolderWatch::watch(folder, {noticed(&Keyboards::appeared),
+                                                  noticed(&Keyboards::permitted),
+                                                  noticed(&Keyboards::vanished), [weak] {
+                                                      if (const auto self = weak.lock())
+                                                          self->lookAgain();
+                                                  }});
+    }
+
+    void appeared(const std::string& name) {
+        open.erase(name);
+        add(name);
+        tell();
+    }
+
+    void permitted(const std::string& name) {
+        if (!open.contains(name))
+            add(name);
+        tell();
+    }
+
+    void vanished(const std::string& name) {
+        open.erase(name);
+        tell();
+    }
+
+    void lookAgain() {
+        for (const std::string& name : deviceNames(folder))
+            if (!open.contains(name))
+                add(name);
+        tell();
+    }
+
+    void add(const std::string& name) {
+        auto device = opener(folder / name);
+        if (!device || EvdevKeyboard::admit(*device) != EvdevKeyboard::Refusal::none)
+            return;
+        const std::weak_ptr<Keyboards> weak = weak_from_this();
+        EvdevKeyboard::Handlers handlers{
+            [weak](EvdevKeyboard& keyboard, const std::vector<HeldKeys>& states) {
+                for (const HeldKeys& held : states) {
+                    keyboard.held = held;
+                    if (const auto self = weak.lock())
+                        self->tell();
+                }
+            },
+            [weak, name](EvdevKeyboard&) {
+                if (const auto self = weak.lock())
+                    self->vanished(name);
+            }};
+        open[name] = EvdevKeyboard::watch(std::move(device), std::move(handlers));
+    }
+
+    platform::ModifierFlags flags() const {
+        platform::ModifierFlags all = 0;
+        for (const auto& [name, keyboard] : open)
+            all |= keyboard->held.flags();
+        return all;
+    }
+
+    void tell() {
+        const auto now = flags();
+        if (std::exchange(lastFlags, now) != now)
+            handler(now);
+    }
+
+    std::filesystem::path folder;
+    EvdevOpener opener;
+    Handler handler;
+    std::unique_ptr<FolderWatch> folderWatch;
+    std::map<std::string, std::shared_ptr<EvdevKeyboard>> open;
+    platform::ModifierFlags lastFlags = 0;
+};
+
+EvdevModifierSource::EvdevModifierSource(std::filesystem::path folder, EvdevOpener opener)
+    : folder(std::move(folder)), opener(std::move(opener)) {}
+
+EvdevModifierSource::~EvdevModifierSource() = default;
+
+Availability EvdevModifierSource::availability() const {
+    bool closed = false;
+    bool everyKey = false;
+    for (const std::string& name : deviceNames(folder)) {
+        const auto device = opener(folder / name);
+        if (!device) {
+            closed = true;
+            continue;
+        }
+        const auto refusal = EvdevKeyboard::admit(*device);
+        if (refusal == EvdevKeyboard::Refusal::none)
+            return {true,
+                    "The Ctrl keys and the left Alt key are read from the keyboards in " +
+                        folder.string() + ", and no other key.",
+                    ""};
+        everyKey = everyKey || refusal == EvdevKeyboard::Refusal::everyKey;
+    }
+    if (everyKey)
+        return {false,
+                "This kernel cannot hold back the other keys of a keyboard, and Kelo does not "
+                "read what you type.",
+                "Use Linux 4.4 or later."};
+    if (closed)
+        return {false, "The devices in " + folder.string() + " cannot be read.",
+                "Have an administrator add you to the group \"input\" and log in again, or add a "
+                "udev rule that lets you read keyboards. Mind that every program you run can then "
+                "read all that is typed."};
+    return {false, "There is no keyboard in " + folder.string() + ".",
+            "Connect a keyboard and start Kelo again."};
+}
+
+bool EvdevModifierSource::start(Handler handler) {
+    keyboards = std::make_shared<Keyboards>(folder, opener, std::move(handler));
+    if (!keyboards->start())
+        keyboards.reset();
+    return keyboards != nullptr;
+}
+
+} // namespace kelo::desktop

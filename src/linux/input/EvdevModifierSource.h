@@ -1,0 +1,39 @@
+#pragma once
+
+#include "linux/input/EvdevDevice.h"
+#include "linux/input/EvdevNode.h"
+#include "linux/input/ModifierSource.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace kelo::desktop {
+
+/// Reads the Ctrl keys and the left Alt of every keyboard from the kernel, whatever the desktop and
+/// whoever has the focus. The kernel is told to hand out no other key; where it cannot do that, no
+/// keyboard is read. Keyboards may come and go, and may become readable later.
+///
+/// The user's layout and sticky keys are the desktop's doing and unknown here: keys count by their
+/// place on the keyboard.
+class EvdevModifierSource final : public ModifierSource {
+public:
+    explicit EvdevModifierSource(std::filesystem::path folder = "/dev/input",
+                                 EvdevOpener opener = EvdevNode::open);
+    ~EvdevModifierSource() override;
+
+    std::string name() const override { return "evdev"; }
+    Availability availability() const override;
+    /// The kernel does not know of windows.
+    bool coversOwnWindows() const override { return true; }
+    /// False when no keyboard can be read.
+    bool start(Handler handler) override;
+
+private:
+    class Keyboards;
+
+    std::filesystem::path folder;
+    EvdevOpener opener;
+    std::shared_ptr<Keyboards> keyboards;
+};
+
+} // namespace kelo::desktop

@@ -1,0 +1,57 @@
+#include "linux/input/EvdevReader.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+constexpr int released = 0;
+constexpr int pressed = 1;
+
+} // namespace
+
+EvdevReader::EvdevReader(HeldKeys initially, Snapshot snapshot)
+    : snapshot(std::move(snapshot)), next(initially), reported(initially) {}
+
+std::vector<HeldKeys> EvdevReader::take(std::span<const std::byte> bytes) {
+    std::vector<HeldKeys> changes;
+    while (!bytes.empty()) {
+        const auto part = bytes.first(std::min(record.size() - filled, bytes.size()));
+        std::ranges::copy(part, record.begin() + static_cast<std::ptrdiff_t>(filled));
+        filled += part.size();
+        bytes = bytes.subspan(part.size());
+        if (filled < record.size())
+            break;
+        filled = 0;
+        const Outcome outcome = handle(std::bit_cast<input_event>(record));
+        // What came with the same read is older than the snapshot.
+        if (outcome == Outcome::askedAnew)
+            bytes = bytes.last(bytes.size() % record.size());
+        if (outcome != Outcome::unfinished && next != reported) {
+            reported = next;
+            changes.push_back(next);
+        }
+    }
+    return changes;
+}
+
+EvdevReader::Outcome EvdevReader::handle(const input_event& event) {
+    if (event.type == EV_SYN && event.code == SYN_DROPPED) {
+        lost = true;
+    } else if (event.type == EV_SYN && event.code == SYN_REPORT) {
+        if (!std::exchange(lost, false))
+            return Outcome::reportEnded;
+        next = snapshot().value_or(HeldKeys{});
+        return Outcome::askedAnew;
+    } else if (event.type == EV_KEY && !lost) {
+        // The third value, a repetition, says nothing new.
+        if (event.value == pressed || event.value == released)
+            next.set(event.code, event.value == pressed);
+    }
+    return Outcome::unfinished;
+}
+
+} // namespace kelo::desktop

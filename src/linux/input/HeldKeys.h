@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/EventMonitors.h"
+
+#include <linux/input-event-codes.h>
+
+#include <array>
+#include <cstdint>
+
+namespace kelo::desktop {
+
+/// The keys of one keyboard that count, and which of them are down.
+///
+/// A keyboard device knows keys by their place and nothing of the user's layout. On many layouts
+/// the right Alt is AltGr, which is never Option, so the left Alt alone counts here.
+struct HeldKeys {
+    static constexpr std::array<std::uint16_t, 3> codes{KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT};
+
+    bool leftControl = false;
+    bool rightControl = false;
+    bool leftAlt = false;
+
+    /// Codes other than those above change nothing.
+    void set(std::uint16_t code, bool down) {
+        if (code == KEY_LEFTCTRL)
+            leftControl = down;
+        else if (code == KEY_RIGHTCTRL)
+            rightControl = down;
+        else if (code == KEY_LEFTALT)
+            leftAlt = down;
+    }
+
+    platform::ModifierFlags flags() const {
+        return (leftControl || rightControl ? platform::modifier::control : 0) |
+               (leftAlt ? platform::modifier::option : 0);
+    }
+
+    bool operator==(const HeldKeys&) const = default;
+};
+
+} // namespace kelo::desktop
