@@ -1,0 +1,104 @@
+#include "linux/panel/PanelWindow.h"
+
+#include "linux/glib/HostedWidget.h"
+
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+// Rules for one window alone: the provider hangs on its widgets, not on the display.
+void addStyle(GtkWidget* widget, GtkCssProvider* style) {
+    gtk_style_context_add_provider(gtk_widget_get_style_context(widget), GTK_STYLE_PROVIDER(style),
+                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
+}
+
+GtkWidget* widgetOf(const std::shared_ptr<platform::EmbeddedWebView>& view) {
+    auto* const hosted = dynamic_cast<HostedWidget*>(view.get());
+    return hosted ? hosted->widget() : nullptr;
+}
+
+void follow(GtkWidget* widget, platform::AutoresizingMask mask) {
+    const bool wide = (mask & platform::autoresizing::widthSizable) != 0;
+    const bool high = (mask & platform::autoresizing::heightSizable) != 0;
+    gtk_widget_set_hexpand(widget, wide);
+    gtk_widget_set_vexpand(widget, high);
+    gtk_widget_set_halign(widget, wide ? GTK_ALIGN_FILL : GTK_ALIGN_START);
+    gtk_widget_set_valign(widget, high ? GTK_ALIGN_FILL : GTK_ALIGN_END);
+}
+
+} // namespace
+
+int wholePoints(double length) {
+    return static_cast<int>(std::lround(length));
+}
+
+PanelWindow::PanelWindow(const platform::PanelDescription& description, int margin)
+    : size_{description.contentRectangle.width, description.contentRectangle.height},
+      margin_(margin),
+      isClear(!description.opaque &&
+              description.backgroundColor == platform::BackgroundColor::clear),
+      hasShadow(description.hasShadow && margin > 0),
+      window(GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()))),
+      frame(GObjectPointer<GtkWidget>::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
+      style(GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
+    gtk_window_set_decorated(window.get(), FALSE);
+    gtk_window_set_resizable(window.get(), FALSE);
+    // What assistive technology calls the window; nothing of it is on the screen.
+    gtk_window_set_title(window.get(), "Kelo voice assistant");
+    gtk_widget_set_size_request(frame.get(), wholePoints(size_.width), wholePoints(size_.height));
+    gtk_widget_set_margin_start(frame.get(), margin);
+    gtk_widget_set_margin_end(frame.get(), margin);
+    gtk_widget_set_margin_top(frame.get(), margin);
+    gtk_widget_set_margin_bottom(frame.get(), margin);
+    gtk_widget_set_name(frame.get(), "kelo-panel");
+    addStyle(widget(), style.get());
+    addStyle(frame.get(), style.get());
+    gtk_window_set_child(window.get(), frame.get());
+    applyStyle();
+}
+
+PanelWindow::~PanelWindow() {
+    gtk_window_destroy(window.get());
+}
+
+void PanelWindow::setContent(platform::PanelContent newContent) {
+    if (GtkWidget* const old = gtk_widget_get_first_child(frame.get()))
+        gtk_box_remove(GTK_BOX(frame.get()), old);
+    content = std::move(newContent);
+    gtk_widget_set_overflow(frame.get(),
+                            content.masksToBounds ? GTK_OVERFLOW_HIDDEN : GTK_OVERFLOW_VISIBLE);
+    applyStyle();
+    GtkWidget* const shown = widgetOf(content.webView);
+    if (!shown)
+        return;
+    follow(shown, content.autoresizingMask);
+    gtk_box_append(GTK_BOX(frame.get()), shown);
+}
+
+void PanelWindow::focusView(const std::shared_ptr<platform::EmbeddedWebView>& view) {
+    GtkWidget* const wanted = widgetOf(view);
+    if (wanted && gtk_widget_is_ancestor(wanted, widget()))
+        gtk_widget_grab_focus(wanted);
+}
+
+GdkSurface* PanelWindow::surface() const {
+    return gtk_native_get_surface(GTK_NATIVE(window.get()));
+}
+
+void PanelWindow::applyStyle() {
+    std::string rules;
+    if (isClear)
+        rules += "window { background: none; box-shadow: none; }\n";
+    rules += "#kelo-panel { border-radius: " + std::to_string(wholePoints(content.cornerRadius)) +
+             "px; ";
+    if (hasShadow)
+        rules += "box-shadow: 0 8px 22px rgba(0,0,0,0.30), 0 0 1px rgba(0,0,0,0.45); ";
+    rules += "}\n";
+    gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,82 @@
+#include "linux/panel/X11Connection.h"
+
+#include <X11/Xatom.h>
+
+#include <memory>
+
+namespace kelo::desktop {
+
+namespace {
+
+struct XFreeDeleter {
+    void operator()(void* memory) const { XFree(memory); }
+};
+template <typename T>
+using XMemory = std::unique_ptr<T, XFreeDeleter>;
+
+} // namespace
+
+std::vector<unsigned long> X11Connection::property(Window window, const char* name,
+                                                   Atom type) const {
+    constexpr long most = 4096;
+    Atom actualType = None;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* data = nullptr;
+    const X11ErrorTrap trap(gdk);
+    if (XGetWindowProperty(x, window, atom(name), 0, most, False, type, &actualType, &format,
+                           &count, &left, &data) != Success)
+        return {};
+    const XMemory<unsigned char> owned(data);
+    if (actualType != type || format != 32 || !data)
+        return {};
+    const auto* const items = reinterpret_cast<const unsigned long*>(data);
+    return {items, items + count};
+}
+
+Window X11Connection::activeWindow() const {
+    const auto found = property(root(), "_NET_ACTIVE_WINDOW", XA_WINDOW);
+    return found.empty() ? None : found.front();
+}
+
+bool X11Connection::isViewable(Window window) const {
+    if (window == None || window == PointerRoot)
+        return false;
+    XWindowAttributes attributes{};
+    const X11ErrorTrap trap(gdk);
+    return XGetWindowAttributes(x, window, &attributes) && attributes.map_state == IsViewable;
+}
+
+Window X11Connection::toplevelOf(Window window) const {
+    const X11ErrorTrap trap(gdk);
+    while (window != None) {
+        Window top = None;
+        Window parent = None;
+        Window* children = nullptr;
+        unsigned int count = 0;
+        if (!XQueryTree(x, window, &top, &parent, &children, &count))
+            return None;
+        const XMemory<Window> owned(children);
+        if (parent == top || parent == None)
+            return parent == None ? None : window;
+        window = parent;
+    }
+    return None;
+}
+
+PixelRectangle X11Connection::placeOf(Window window) const {
+    Window top = None;
+    int left = 0;
+    int upper = 0;
+    unsigned int width = 0;
+    unsigned int height = 0;
+    unsigned int border = 0;
+    unsigned int depth = 0;
+    const X11ErrorTrap trap(gdk);
+    if (!XGetGeometry(x, window, &top, &left, &upper, &width, &height, &border, &depth))
+        return {};
+    return {left, upper, static_cast<int>(width), static_cast<int>(height)};
+}
+
+} // namespace kelo::desktop

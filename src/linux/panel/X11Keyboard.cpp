@@ -1,0 +1,45 @@
+#include "linux/panel/X11Keyboard.h"
+
+#include <utility>
+
+namespace kelo::desktop {
+
+void X11Keyboard::take() {
+    Window focused = None;
+    int revert = 0;
+    XGetInputFocus(connection.xlib(), &focused, &revert);
+    if (!isOurs(focused)) {
+        previous = focused;
+        previouslyActive = connection.activeWindow();
+    }
+    give(ours);
+}
+
+void X11Keyboard::giveBack() {
+    Window focused = None;
+    int revert = 0;
+    XGetInputFocus(connection.xlib(), &focused, &revert);
+    const Window before = std::exchange(previous, None);
+    const Window activeBefore = std::exchange(previouslyActive, None);
+    if (!isOurs(focused))
+        return;
+    for (const Window candidate : {before, connection.activeWindow(), activeBefore})
+        if (connection.isViewable(candidate) && !isOurs(candidate))
+            return give(candidate);
+    give(PointerRoot);
+}
+
+bool X11Keyboard::isOurs(Window focused) const {
+    if (focused == None || focused == PointerRoot)
+        return false;
+    return focused == ours || connection.toplevelOf(focused) == ours;
+}
+
+void X11Keyboard::give(Window window) const {
+    const X11ErrorTrap trap(connection.display());
+    // CurrentTime is the moment at which the server reads it: no answer of the window manager to
+    // something older can undo it. A window that went just now leaves the keyboard where it is.
+    XSetInputFocus(connection.xlib(), window, RevertToPointerRoot, CurrentTime);
+}
+
+} // namespace kelo::desktop

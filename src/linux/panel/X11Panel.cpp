@@ -1,0 +1,161 @@
+#include "linux/panel/X11Panel.h"
+
+#include "linux/glib/WindowIdentity.h"
+#include "linux/panel/RoundedShape.h"
+
+#include <X11/Xatom.h>
+#include <X11/extensions/XInput2.h>
+
+#include <array>
+#include <cmath>
+
+namespace kelo::desktop {
+
+namespace {
+
+/// What the shadow of PanelWindow needs on each side.
+constexpr int shadowMargin = 32;
+
+} // namespace
+
+std::shared_ptr<X11Panel> X11Panel::make(GdkDisplay* display,
+                                         const platform::PanelDescription& description) {
+    auto panel = std::make_shared<X11Panel>(display, description);
+    setWindowIdentity(panel->window.gtkWindow(), panel);
+    return panel;
+}
+
+X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& description)
+    : connection(display),
+      window(description, description.hasShadow ? shadowMargin : 0),
+      mayHaveKeyboard(description.canBecomeKeyWindow),
+      wantsShadow(description.hasShadow) {
+    gtk_window_set_display(window.gtkWindow(), display);
+    realize();
+    listen();
+    setFrameOrigin({description.contentRectangle.x, description.contentRectangle.y});
+}
+
+X11Panel::~X11Panel() {
+    orderOut();
+    g_signal_handlers_disconnect_by_data(connection.display(), this);
+}
+
+void X11Panel::realize() {
+    gtk_widget_realize(window.widget());
+    GdkSurface* const surface = window.surface();
+    XSetWindowAttributes attributes{};
+    attributes.override_redirect = True;
+    XChangeWindowAttributes(connection.xlib(), xid(), CWOverrideRedirect, &attributes);
+    // A window manager that composites may hold back the answer the toolkit waits for before it
+    // draws the next picture when the window is none of those it manages.
+    gdk_x11_surface_set_frame_sync_enabled(surface, FALSE);
+    keyboard.emplace(connection, xid());
+}
+
+void X11Panel::listen() {
+    g_signal_connect(
+        connection.display(), "xevent",
+        reinterpret_cast<GCallback>(+[](GdkDisplay*, const XEvent* event,
+                                        X11Panel* self) -> gboolean { return self->handle(*event); }),
+        this);
+    g_signal_connect_swapped(connection.display(), "notify::composited",
+                             reinterpret_cast<GCallback>(+[](X11Panel* self) { self->shape(); }),
+                             this);
+    GtkGesture* const click = gtk_gesture_click_new();
+    gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(click), 0);
+    gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(click), GTK_PHASE_CAPTURE);
+    g_signal_connect_swapped(
+        click, "pressed",
+        reinterpret_cast<GCallback>(+[](X11Panel* self) { self->takeKeyboard(); }), this);
+    gtk_widget_add_controller(window.widget(), GTK_EVENT_CONTROLLER(click));
+}
+
+void X11Panel::setContentView(platform::PanelContent content) {
+    window.setContent(std::move(content));
+    shape();
+}
+
+bool X11Panel::isVisible() const {
+    return gtk_widget_get_mapped(window.widget());
+}
+
+platform::Rectangle X11Panel::frame() const {
+    const double points = scale();
+    const platform::Size size = window.size();
+    return {left / points, (connection.height() - top) / points - size.height, size.width,
+            size.height};
+}
+
+void X11Panel::setFrameOrigin(platform::Point origin) {
+    const double fromTop = connection.height() - (origin.y + window.size().height) * scale();
+    left = static_cast<int>(std::lround(origin.x * scale()));
+    top = static_cast<int>(std::lround(fromTop));
+    if (isVisible())
+        moveThere();
+}
+
+void X11Panel::makeKeyAndOrderFront() {
+    moveThere();
+    gtk_widget_set_visible(window.widget(), TRUE);
+    moveThere();
+    XRaiseWindow(connection.xlib(), xid());
+    takeKeyboard();
+    XFlush(connection.xlib());
+}
+
+void X11Panel::makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) {
+    window.focusView(view);
+}
+
+void X11Panel::orderOut() {
+    if (!isVisible())
+        return;
+    keyboard->giveBack();
+    gtk_widget_set_visible(window.widget(), FALSE);
+    XFlush(connection.xlib());
+}
+
+void X11Panel::takeKeyboard() {
+    if (mayHaveKeyboard && isVisible())
+        keyboard->take();
+}
+
+// The toolkit takes a window for the active one when the window manager says so, which it never
+// does for this one; without that, no caret blinks and pages believe to be in the background.
+void X11Panel::noteFocus(bool focused) {
+    const std::array<Atom, 1> state{connection.atom("_NET_WM_STATE_FOCUSED")};
+    XChangeProperty(connection.xlib(), xid(), connection.atom("_NET_WM_STATE"), XA_ATOM, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(state.data()),
+                    focused ? 1 : 0);
+}
+
+gboolean X11Panel::handle(const XEvent& event) {
+    if (event.type != GenericEvent || !event.xcookie.data)
+        return FALSE;
+    if (event.xcookie.evtype != XI_FocusIn && event.xcookie.evtype != XI_FocusOut)
+        return FALSE;
+    const auto& focus = *static_cast<const XIFocusInEvent*>(event.xcookie.data);
+    // A grab of the keyboard by somebody's menu is no change of who has it.
+    const bool ofAGrab = focus.mode == XINotifyGrab || focus.mode == XINotifyUngrab;
+    if (focus.event == xid() && !ofAGrab && focus.detail != XINotifyPointer)
+        noteFocus(event.xcookie.evtype == XI_FocusIn);
+    return FALSE;
+}
+
+void X11Panel::shape() {
+    const RoundedShape rounded(wholePoints(window.size().width), wholePoints(window.size().height),
+                               wholePoints(window.cornerRadius()), window.margin());
+    rounded.apply(connection, xid(), scale(), gdk_display_is_composited(connection.display()));
+}
+
+void X11Panel::moveThere() const {
+    const int margin = window.margin() * scale();
+    XMoveWindow(connection.xlib(), xid(), left - margin, top - margin);
+}
+
+int X11Panel::scale() const {
+    return gdk_surface_get_scale_factor(window.surface());
+}
+
+} // namespace kelo::desktop
