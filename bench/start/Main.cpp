@@ -79,7 +79,7 @@ void print(const std::vector<Candidate>& all, const std::vector<std::vector<Samp
 void awaitWindowManager() {
     const rig::Screen screen;
     const auto deadline = WindowWatch::Clock::now() + std::chrono::seconds(30);
-    while (!screen.hasWindowManager()) {
+    while (!screen.windows.hasManager()) {
         if (WindowWatch::Clock::now() >= deadline)
             throw std::runtime_error("No window manager has started.");
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -17,8 +17,8 @@ constexpr std::chrono::seconds patience{60};
 constexpr std::chrono::seconds settling{4};
 constexpr std::chrono::seconds idleWindow{10};
 
-/// The demo page's button: no toolkit of the candidates draws in this colour.
-constexpr std::uint32_t pageColour = 0x2f5d50;
+/// The demo page's button: no toolkit of the candidates draws in this color.
+constexpr std::uint32_t pageColor = 0x2f5d50;
 constexpr std::size_t leastPixels = 200;
 
 double milliseconds(Clock::duration time) {
@@ -61,11 +61,11 @@ double& at(Sample& sample, Quantity quantity) {
 Pixel findPaintedPixel(const WindowWatch& watch, const Candidate& candidate,
                        const std::filesystem::path& log) {
     rig::ChildProcess process(candidate.command, candidate.environment, log);
-    const auto pixel = watch.awaitArea(pageColour, leastPixels, Clock::now() + patience);
+    const auto pixel = watch.awaitArea(pageColor, leastPixels, Clock::now() + patience);
     if (!pixel)
         throw std::runtime_error(candidate.name + " did not show the page: " + process.printed());
     std::this_thread::sleep_for(settling);
-    const auto settled = watch.awaitArea(pageColour, leastPixels, Clock::now() + patience);
+    const auto settled = watch.awaitArea(pageColor, leastPixels, Clock::now() + patience);
     endWithTree(process);
     return settled.value_or(*pixel);
 }
@@ -77,7 +77,7 @@ Sample measure(const WindowWatch& watch, const Candidate& candidate,
     const auto start = Clock::now();
     rig::ChildProcess process(candidate.command, candidate.environment, log);
     const auto mapped = watch.awaitMapped(start + patience);
-    const auto painted = watch.awaitColour(candidate.painted, pageColour, start + patience);
+    const auto painted = watch.awaitColor(candidate.painted, pageColor, start + patience);
     if (!mapped || !painted)
         throw std::runtime_error(candidate.name + " did not show the page: " + process.printed());
     at(sample, Quantity::mapped) = milliseconds(*mapped - start);

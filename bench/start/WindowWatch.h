@@ -1,11 +1,10 @@
 #pragma once
 
+#include "screen/WindowEvents.h"
+
 #include <chrono>
 #include <cstdint>
-#include <memory>
 #include <optional>
-
-struct _XDisplay;
 
 namespace kelo::bench {
 
@@ -18,29 +17,21 @@ struct Pixel {
 /// server, and so without a word from the program.
 class WindowWatch {
 public:
-    WindowWatch();
-    ~WindowWatch();
-    WindowWatch(const WindowWatch&) = delete;
-    WindowWatch& operator=(const WindowWatch&) = delete;
-
     using Clock = std::chrono::steady_clock;
 
     /// Forgets events that are still on their way.
     void reset() const;
     /// When a window of a program's size came onto the screen; nothing before the deadline.
     std::optional<Clock::time_point> awaitMapped(Clock::time_point deadline) const;
-    /// When the pixel took the colour (0xRRGGBB).
-    std::optional<Clock::time_point> awaitColour(Pixel pixel, std::uint32_t colour,
-                                                 Clock::time_point deadline) const;
-    /// The middle pixel of all that have the colour; nothing before there are at least `least`.
-    std::optional<Pixel> awaitArea(std::uint32_t colour, std::size_t least,
+    /// When the pixel took the color (0xRRGGBB).
+    std::optional<Clock::time_point> awaitColor(Pixel pixel, std::uint32_t color,
+                                                Clock::time_point deadline) const;
+    /// The middle pixel of all that have the color; nothing before there are at least `least`.
+    std::optional<Pixel> awaitArea(std::uint32_t color, std::size_t least,
                                    Clock::time_point deadline) const;
 
 private:
-    struct Closer {
-        void operator()(_XDisplay* display) const;
-    };
-    std::unique_ptr<_XDisplay, Closer> display;
+    const screen::WindowEvents events;
 };
 
 } // namespace kelo::bench

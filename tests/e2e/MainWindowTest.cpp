@@ -11,7 +11,7 @@ constexpr std::chrono::seconds patience{30};
 class MainWindow : public Journey {
 protected:
     std::optional<rig::ScreenWindow> mainWindow() const {
-        const auto windows = desktop().screen.windows();
+        const auto windows = desktop().screen.windows.managed();
         const auto found =
             std::ranges::find(windows, kelo->identifier(), &rig::ScreenWindow::process);
         return found == windows.end() ? std::nullopt : std::optional(*found);
@@ -36,14 +36,14 @@ TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
 TEST_F(MainWindow, IsRaisedByASecondStart) {
     ASSERT_TRUE(mainWindow());
     // Something else takes the screen: Kelo's window goes to the taskbar.
-    desktop().screen.minimize(*mainWindow());
+    desktop().screen.windows.minimize(mainWindow()->identifier);
     desktop().tree.awaitThat("Kelo's window is not the active one", [&] {
-        const auto active = desktop().screen.activeWindow();
+        const auto active = desktop().screen.windows.active();
         return !active || active->process != kelo->identifier();
     });
     startAgain();
     desktop().tree.awaitThat("Kelo's window is the active one", [&] {
-        const auto active = desktop().screen.activeWindow();
+        const auto active = desktop().screen.windows.active();
         return active && active->process == kelo->identifier();
     });
     EXPECT_TRUE(kelo->isRunning());
@@ -52,7 +52,7 @@ TEST_F(MainWindow, IsRaisedByASecondStart) {
 TEST_F(MainWindow, ClosedLeavesTheProcessRunningAndComesBackWithItsPage) {
     user.signInWithPassword(ada.email, ada.password);
     user.awaitSignedIn("Ada");
-    desktop().screen.requestClose(*mainWindow());
+    desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_CLOSE_WINDOW");
     desktop().tree.awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
     EXPECT_TRUE(kelo->isRunning());
     startAgain();

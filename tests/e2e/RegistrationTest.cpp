@@ -31,7 +31,7 @@ TEST_F(Registration, CancelledAtThePromptEndsSilently) {
     user.awaitSignedIn("Ada");
     user.chooseRegister();
     user.awaitPrompt();
-    desktop().screen.type(ada.password);
+    desktop().screen.keyboard.type(ada.password);
     user.press("Escape");
     desktop().tree.awaitGone(button("Registreer"));
     // The command can be chosen again at once, and there is no alert to be closed before.

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <cairomm/surface.h>
+#include "screen/Keyboard.h"
+#include "screen/Pointer.h"
+#include "screen/Windows.h"
+#include "screen/XConnection.h"
 
 #include <gdk/gdk.h>
 
-#include <initializer_list>
-#include <memory>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
-
-struct _XDisplay;
 
 namespace kelo::tests {
 
@@ -21,15 +21,13 @@ struct Color {
     friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// The display as its user has it: what is on the screen, and the keyboard and mouse before it. A
-/// connection of its own, so that nothing passes through the toolkit under test.
+/// The display as its user has it: what is on the screen, and the keyboard and mouse before it. It
+/// returns when the server has done what was asked for.
 class Screen {
 public:
-    Screen();
-
     /// Presses and releases a key (GDK_KEY_...) while the modifiers are held.
-    void press(unsigned key, std::initializer_list<unsigned> modifiers = {});
-    void type(const std::string& text); ///< lower case letters and digits
+    void press(unsigned key, const std::vector<screen::KeySymbol>& modifiers = {});
+    void type(const std::string& text);
     void click(int x, int y);
     /// Moves the pointer there and holds the button and the modifier down.
     void hold(int x, int y, unsigned button, unsigned modifier);
@@ -37,8 +35,8 @@ public:
     void letGo(unsigned button, unsigned modifier);
 
     Color colorAt(int x, int y);
-    int width() const;
-    int height() const;
+    int width() const { return connection.width(); }
+    int height() const { return connection.height(); }
     /// Writes what is on the screen to a PNG file.
     void save(const std::string& path);
 
@@ -49,12 +47,10 @@ public:
     std::vector<int> iconSizes(GdkSurface* surface);
 
 private:
-    struct Close {
-        void operator()(_XDisplay* display) const;
-    };
-    void key(unsigned symbol, bool down);
-
-    std::unique_ptr<_XDisplay, Close> display;
+    const screen::XConnection connection;
+    const screen::Windows windows{connection};
+    const screen::Keyboard keyboard{connection};
+    const screen::Pointer pointer{connection};
 };
 
 } // namespace kelo::tests

@@ -35,7 +35,7 @@ bool hasKeyring() {
 } // namespace
 
 PrivateDesktop::PrivateDesktop() : loginPassword(loginPasswordOfDesktop()), tree(bus) {
-    tree.awaitThat("the window manager has started", [&] { return screen.hasWindowManager(); });
+    tree.awaitThat("the window manager has started", [&] { return screen.windows.hasManager(); });
     tree.awaitThat("the keyring has started", hasKeyring);
 }
 

@@ -58,13 +58,14 @@ Point User::cornerOnScreen(const Accessible& object) const {
     const auto difference = [&](const ScreenWindow& window) {
         return std::abs(window.width - area.width) + std::abs(window.height - area.height);
     };
-    for (const auto& window : desktop.screen.windows()) {
+    for (const auto& window : desktop.screen.windows.managed()) {
         if (window.title == title && (!shownIn || difference(window) < difference(*shownIn)))
             shownIn = window;
     }
     if (!shownIn)
         throw std::runtime_error("No window of the screen shows \"" + object.name() +
-                                 "\". The windows are:\n" + desktop.screen.picture() +
+                                 "\". The windows are:\n" +
+                                 screen::Windows::picture(desktop.screen.windows.managed()) +
                                  "The accessible objects are:\n" + desktop.tree.picture());
     const Extents place = object.extents();
     return {shownIn->origin.x + (shownIn->width - area.width) / 2 + place.x,
@@ -93,7 +94,7 @@ void User::click(const Wanted& wanted) const {
         throw std::runtime_error(wanted.description() + " is gone.");
     const Extents place = target->extents();
     const Point corner = cornerOnScreen(*target);
-    desktop.screen.click({corner.x + place.width / 2, corner.y + place.height / 2});
+    desktop.screen.pointer.click({corner.x + place.width / 2, corner.y + place.height / 2});
 }
 
 void User::typeInto(const Wanted& field, const std::string& text) const {
@@ -102,7 +103,7 @@ void User::typeInto(const Wanted& field, const std::string& text) const {
         const auto found = desktop.tree.find(field);
         return found && found->isFocused();
     });
-    desktop.screen.type(text);
+    desktop.screen.keyboard.type(text);
     // The web engine hands on keys one by one and clicks at once: the next click, made with a
     // machine's haste, would overtake them.
     desktop.tree.awaitThat("the text stands in " + field.description(), [&] {
@@ -169,7 +170,7 @@ void User::awaitPrompt() const {
 
 void User::answerPrompt(const std::string& passwordOrCode) const {
     awaitPrompt();
-    desktop.screen.type(passwordOrCode);
+    desktop.screen.keyboard.type(passwordOrCode);
     click(button("Registreer"));
 }
 
@@ -180,7 +181,7 @@ void User::pressSignInWithPasskey() const {
 void User::awaitSheet() const {
     desktop.tree.await(button("Continue"));
     desktop.tree.awaitThat("the sheet has the keyboard", [&] {
-        const auto active = desktop.screen.activeWindow();
+        const auto active = desktop.screen.windows.active();
         return active && active->title.ends_with("passkey?");
     });
 }
@@ -193,7 +194,7 @@ void User::agreeOnSheet() const {
 
 void User::answerSheet(const std::string& loginPassword) const {
     desktop.tree.await(label(passwordQuestion));
-    desktop.screen.type(loginPassword);
+    desktop.screen.keyboard.type(loginPassword);
     desktop.screen.press("Return");
 }
 
