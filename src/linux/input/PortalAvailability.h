@@ -1,0 +1,13 @@
+#pragma once
+
+#include "linux/input/ModifierSource.h"
+
+#include <string>
+
+namespace kelo::desktop {
+
+/// Whether the portal on a bus offers global shortcuts. Starts nothing on the bus; waits for
+/// answers, 2 s at most.
+Availability portalAvailability(const std::string& busAddress);
+
+} // namespace kelo::desktop

@@ -1,0 +1,91 @@
+#include "linux/input/PortalModifierSource.h"
+
+#include "linux/input/Portal.h"
+#include "linux/input/PortalAvailability.h"
+#include "linux/input/ShortcutSession.h"
+
+#include <optional>
+#include <utility>
+
+namespace kelo::desktop {
+
+/// The shortcut, through all the portals that come and go.
+class PortalModifierSource::Shortcut : public std::enable_shared_from_this<Shortcut> {
+public:
+    explicit Shortcut(Handler handler) : handler(std::move(handler)) {}
+
+    void start(const std::string& busAddress) {
+        calls.connect(busAddress, [this](BusConnection made) {
+            if (!made)
+                return g_warning("The session bus cannot be reached.");
+            connection = std::move(made);
+            portalWatch.emplace(connection, portal::busName,
+                                [this](const std::string& owner) { portalChanged(owner); });
+        });
+    }
+
+private:
+    void portalChanged(const std::string& owner) {
+        mayAskAgain = true;
+        session.reset();
+        if (!owner.empty())
+            ask(owner);
+        tell(false);
+    }
+
+    void ask(const std::string& owner) {
+        const std::weak_ptr<Shortcut> weak = weak_from_this();
+        session.emplace(connection, owner,
+                        ShortcutSession::Handlers{[weak](bool down) {
+                                                      if (const auto self = weak.lock())
+                                                          self->tell(down);
+                                                  },
+                                                  [weak, owner] {
+                                                      if (const auto self = weak.lock())
+                                                          self->sessionClosed(owner);
+                                                  }});
+    }
+
+    void sessionClosed(const std::string& owner) {
+        session.reset();
+        // A portal that ends every session must not be asked for ever.
+        if (std::exchange(mayAskAgain, false))
+            ask(owner);
+        tell(false);
+    }
+
+    void tell(bool down) {
+        // The handler may let this go.
+        const auto self = shared_from_this();
+        if (std::exchange(isDown, down) != down)
+            handler(down ? platform::modifier::control | platform::modifier::option : 0);
+    }
+
+    Handler handler;
+    bool isDown = false;
+    bool mayAskAgain = true;
+    BusConnection connection;
+    /// After the connection, so that they go first.
+    BusCalls calls;
+    std::optional<BusNameWatch> portalWatch;
+    std::optional<ShortcutSession> session;
+};
+
+PortalModifierSource::PortalModifierSource(std::string busAddress)
+    : busAddress(std::move(busAddress)) {}
+
+PortalModifierSource::~PortalModifierSource() = default;
+
+Availability PortalModifierSource::availability() const {
+    return portalAvailability(busAddress);
+}
+
+bool PortalModifierSource::start(Handler handler) {
+    if (busAddress.empty())
+        return false;
+    shortcut = std::make_shared<Shortcut>(std::move(handler));
+    shortcut->start(busAddress);
+    return true;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "linux/input/BusClient.h"
+#include "linux/input/ModifierSource.h"
+
+#include <memory>
+#include <string>
+
+namespace kelo::desktop {
+
+/// Has the desktop's portal watch for Ctrl+Alt+Space, or the keys that the user chose instead, and
+/// takes the shortcut's press and release for those of Control and Option. The desktop may ask the
+/// user first; if they refuse, nothing ever comes.
+class PortalModifierSource final : public ModifierSource {
+public:
+    /// The address of the bus; empty when there is none.
+    explicit PortalModifierSource(std::string busAddress = sessionBusAddress());
+    ~PortalModifierSource() override;
+
+    std::string name() const override { return "portal"; }
+    /// Starts no portal. Waits for the running one's answer, 2 s at most.
+    Availability availability() const override;
+    /// The desktop watches for the shortcut whoever has the focus, and says so each time. Who also
+    /// counts what our own windows see of the same keys would count each press twice.
+    bool coversOwnWindows() const override { return true; }
+    /// False when there is no bus. Goes on in the background: asks the portal for the shortcut when
+    /// it is there and anew whenever it is restarted, and once more when it ends the shortcut.
+    bool start(Handler handler) override;
+
+private:
+    class Shortcut;
+
+    std::string busAddress;
+    std::shared_ptr<Shortcut> shortcut;
+};
+
+} // namespace kelo::desktop

@@ -1,0 +1,83 @@
+#include "linux/input/PortalRequest.h"
+
+#include "linux/input/Portal.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace kelo::desktop {
+
+std::string portalToken() {
+    static std::uint64_t next = 0;
+    return "kelo" + std::to_string(next++);
+}
+
+std::string portalPath(const BusConnection& connection, const char* kind,
+                       const std::string& token) {
+    std::string sender = g_dbus_connection_get_unique_name(connection.get());
+    sender.erase(0, 1);
+    std::ranges::replace(sender, '.', '_');
+    return std::string(portal::path) + "/" + kind + "/" + sender + "/" + token;
+}
+
+PortalRequest::PortalRequest(BusConnection bus, const std::string& owner, const char* method,
+                             const Parameters& parameters, Finished finished)
+    : connection(std::move(bus)),
+      object{owner, ""},
+      finished(std::move(finished)),
+      // Before the call, so that a quick response is not missed.
+      response(connection, owner, portal::request, "Response",
+               [this](const std::string& from, GVariant* values) {
+                   if (from == object.path)
+                       responded(values);
+               }) {
+    const std::string token = portalToken();
+    object.path = portalPath(connection, "request", token);
+    GVariantBuilder options;
+    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
+    g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token.c_str()));
+    calls.call(connection, {owner, portal::path}, portal::globalShortcuts, method,
+               parameters(&options),
+               [this, method](const GVariantOwner& answer, const GErrorPointer& failure) {
+                   taken(method, answer.get(), failure.get());
+               });
+}
+
+PortalRequest::~PortalRequest() {
+    // So that no question stays before the user that nobody waits for any more.
+    if (isPending)
+        tellBus(connection, object, portal::request, "Close");
+}
+
+void PortalRequest::taken(const char* method, GVariant* answer, const GError* failure) {
+    if (answer && g_variant_is_of_type(answer, G_VARIANT_TYPE("(o)"))) {
+        // A portal may keep the request elsewhere than asked.
+        const char* handle = nullptr;
+        g_variant_get(answer, "(&o)", &handle);
+        object.path = handle;
+    } else {
+        g_warning("The portal did not take %s: %s", method,
+                  failure ? failure->message : "it gave no request");
+        finish(nullptr);
+    }
+}
+
+void PortalRequest::responded(GVariant* values) {
+    if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(ua{sv})")))
+        return finish(nullptr);
+    constexpr guint32 granted = 0;
+    guint32 answer = granted;
+    g_variant_get_child(values, 0, "u", &answer);
+    const GVariantOwner results(g_variant_get_child_value(values, 1));
+    finish(answer == granted ? results.get() : nullptr);
+}
+
+void PortalRequest::finish(GVariant* results) {
+    if (!std::exchange(isPending, false))
+        return;
+    const Finished told = finished;
+    told(results);
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,129 @@
+#include "linux/input/ShortcutSession.h"
+
+#include "deployment/Deployment.h"
+#include "linux/input/Portal.h"
+
+#include <string_view>
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+constexpr const char* shortcut = "widget";
+constexpr const char* description = "Voice widget";
+/// A chord of modifiers alone cannot be asked for. The user may choose other keys.
+constexpr const char* trigger = "CTRL+ALT+space";
+
+GVariant* shortcuts() {
+    GVariantBuilder properties;
+    g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
+    g_variant_builder_add(&properties, "{sv}", "description", g_variant_new_string(description));
+    g_variant_builder_add(&properties, "{sv}", "preferred_trigger", g_variant_new_string(trigger));
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE("a(sa{sv})"));
+    g_variant_builder_add(&list, "(sa{sv})", shortcut, &properties);
+    return g_variant_builder_end(&list);
+}
+
+} // namespace
+
+ShortcutSession::ShortcutSession(BusConnection bus, std::string owner, Handlers handlers)
+    : connection(std::move(bus)),
+      portalOwner(std::move(owner)),
+      handlers(std::move(handlers)),
+      token(portalToken()),
+      activated(connection, portalOwner, portal::globalShortcuts, "Activated",
+                [this](const std::string&, GVariant* values) { triggered(values, true); }),
+      deactivated(connection, portalOwner, portal::globalShortcuts, "Deactivated",
+                  [this](const std::string&, GVariant* values) { triggered(values, false); }),
+      closed(connection, portalOwner, portal::session, "Closed",
+             [this](const std::string& from, GVariant*) {
+                 if (from == session) {
+                     session.clear();
+                     const auto told = this->handlers.closed;
+                     told();
+                 }
+             }) {
+    introduce();
+}
+
+ShortcutSession::~ShortcutSession() {
+    close();
+}
+
+void ShortcutSession::introduce() {
+    GVariantBuilder options;
+    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
+    const std::string identifier(deployment::applicationIdentifier);
+    // Must be the first thing this connection asks of the portal. Older portals do not have it and
+    // find out by themselves who asks, so whatever comes back, the way goes on.
+    calls.call(connection, {portalOwner, portal::path}, portal::registry, "Register",
+               g_variant_new("(sa{sv})", identifier.c_str(), &options),
+               [this](const GVariantOwner&, const GErrorPointer& failure) {
+                   if (failure)
+                       g_debug("The portal does not know the application: %s", failure->message);
+                   create();
+               });
+}
+
+void ShortcutSession::create() {
+    const auto parameters = [this](GVariantBuilder* options) {
+        g_variant_builder_add(options, "{sv}", "session_handle_token",
+                              g_variant_new_string(token.c_str()));
+        return g_variant_new("(a{sv})", options);
+    };
+    request.emplace(connection, portalOwner, "CreateSession", parameters,
+                    [this](GVariant* results) { created(results); });
+}
+
+void ShortcutSession::created(GVariant* results) {
+    if (!results)
+        return request.reset();
+    const GVariantOwner handle(g_variant_lookup_value(results, "session_handle", nullptr));
+    const bool named = handle && (g_variant_is_of_type(handle.get(), G_VARIANT_TYPE_STRING) ||
+                                  g_variant_is_of_type(handle.get(), G_VARIANT_TYPE_OBJECT_PATH));
+    session = named ? g_variant_get_string(handle.get(), nullptr)
+                    : portalPath(connection, "session", token);
+    if (g_variant_is_object_path(session.c_str()))
+        return bind();
+    g_warning("The portal names its session \"%s\", which is no path.", session.c_str());
+    session.clear();
+}
+
+void ShortcutSession::bind() {
+    const auto parameters = [this](GVariantBuilder* options) {
+        constexpr const char* noParentWindow = "";
+        return g_variant_new("(o@a(sa{sv})sa{sv})", session.c_str(), shortcuts(), noParentWindow,
+                             options);
+    };
+    request.emplace(connection, portalOwner, "BindShortcuts", parameters,
+                    [this](const GVariant* results) {
+                        if (!results) {
+                            g_debug("The shortcut was refused.");
+                            close();
+                        }
+                        request.reset();
+                    });
+}
+
+void ShortcutSession::close() {
+    if (!session.empty())
+        tellBus(connection, {portalOwner, session}, portal::session, "Close");
+    session.clear();
+}
+
+void ShortcutSession::triggered(GVariant* values, bool down) {
+    if (session.empty() || !g_variant_is_of_type(values, G_VARIANT_TYPE("(osta{sv})")))
+        return;
+    const char* from = nullptr;
+    const char* which = nullptr;
+    g_variant_get_child(values, 0, "&o", &from);
+    g_variant_get_child(values, 1, "&s", &which);
+    if (session == from && std::string_view(which) == shortcut) {
+        const auto told = handlers.pressed;
+        told(down);
+    }
+}
+
+} // namespace kelo::desktop
