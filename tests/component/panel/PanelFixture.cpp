@@ -1,0 +1,111 @@
+#include "component/panel/PanelFixture.h"
+
+#include <gdk/x11/gdkx.h>
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace kelo::test {
+
+platform::PanelDescription voicePanel() {
+    platform::PanelDescription panel;
+    panel.contentRectangle = {0, 0, 640, 620};
+    panel.styleMask = platform::window_style::nonactivatingPanel;
+    panel.canBecomeKeyWindow = true;
+    panel.level = platform::WindowLevel::floating;
+    panel.floatingPanel = true;
+    panel.opaque = false;
+    panel.backgroundColor = platform::BackgroundColor::clear;
+    panel.hasShadow = true;
+    panel.collectionBehavior = platform::collection_behavior::canJoinAllSpaces |
+                               platform::collection_behavior::fullScreenAuxiliary;
+    return panel;
+}
+
+void PanelFixture::SetUpTestSuite() {
+    const screen::XConnection connection;
+    const screen::Windows windows(connection);
+    if (hasManager() && !LoopRig().runUntil([&] { return windows.hasManager(); }))
+        throw std::runtime_error(manager() + " did not start");
+    gtk_init();
+}
+
+PanelFixture::PanelFixture()
+    : content(std::make_shared<FakeContent>()), panel(panels.makePanel(voicePanel())) {
+    using namespace platform::autoresizing;
+    panel->setContentView({content, widthSizable | heightSizable, 18, true});
+    panel->setFrameOrigin({320, 120});
+}
+
+std::string PanelFixture::manager() {
+    const char* const name = std::getenv("KELO_WINDOW_MANAGER");
+    return name ? name : "none";
+}
+
+void PanelFixture::until(const std::string& what, const std::function<bool()>& condition) {
+    if (!loop.runUntil(condition))
+        throw std::runtime_error("never happened: " + what + "\n" +
+                                 screen::Windows::picture(windows.all()));
+}
+
+void PanelFixture::show() {
+    panel->makeKeyAndOrderFront();
+    panel->makeFirstResponder(content);
+    until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+}
+
+void PanelFixture::hide() {
+    panel->orderOut();
+    until("the panel is gone", [this] { return !windows.describe(panelWindow()).isMapped; });
+}
+
+void PanelFixture::settle(OtherProgram& program) {
+    const auto shown = [&] {
+        program.listen();
+        return program.isExposed();
+    };
+    until("the other program is shown", shown);
+    if (!hasManager())
+        program.takeKeyboard();
+    until("the other program has the keyboard",
+          [&] { return windows.focused() == program.window(); });
+}
+
+void PanelFixture::typeInto(OtherProgram& program, const std::string& text) {
+    const std::string before = program.typed();
+    keyboard.type(text);
+    connection.flush();
+    until("\"" + text + "\" arrives at the other program", [&] {
+        program.listen();
+        return program.typed() == before + text;
+    });
+}
+
+void PanelFixture::typeIntoPanel(const std::string& text) {
+    content->clear();
+    keyboard.type(text);
+    connection.flush();
+    until("\"" + text + "\" arrives in the panel", [&] { return content->typed() == text; });
+}
+
+screen::WindowId PanelFixture::panelWindow() const {
+    GtkRoot* const root = gtk_widget_get_root(content->widget());
+    return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(root)));
+}
+
+PanelFixture::Box PanelFixture::box() const {
+    const auto frame = panel->frame();
+    GtkRoot* const root = gtk_widget_get_root(content->widget());
+    const double scale = gtk_widget_get_scale_factor(GTK_WIDGET(root));
+    const double top = connection.height() - (frame.y + frame.height) * scale;
+    return {int(frame.x * scale), int(top), int(frame.width * scale), int(frame.height * scale)};
+}
+
+void PanelFixture::picture(const std::string& name) const {
+    if (const char* const folder = std::getenv("KELO_PICTURES"))
+        screen::Picture(connection).save(std::string(folder) + "/" + manager() + "-" + name +
+                                         ".png");
+}
+
+} // namespace kelo::test

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "component/http/LoopRig.h"
+#include "component/panel/FakeContent.h"
+#include "component/panel/OtherProgram.h"
+#include "linux/panel/DesktopPanels.h"
+#include "screen/Keyboard.h"
+#include "screen/Picture.h"
+#include "screen/Pointer.h"
+#include "screen/Windows.h"
+#include "screen/XConnection.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace kelo::test {
+
+/// A panel as the voice widget asks for it.
+platform::PanelDescription voicePanel();
+
+/// The panel on a real X server, under the window manager that KELO_WINDOW_MANAGER names, with
+/// somebody who types, points and looks.
+class PanelFixture : public testing::Test {
+protected:
+    static void SetUpTestSuite();
+
+    PanelFixture();
+
+    /// What the display is like.
+    static std::string manager();
+    static bool hasManager() { return manager() != "none"; }
+
+    void until(const std::string& what, const std::function<bool()>& condition);
+    /// Shows the panel and waits until it is drawn and has the keyboard.
+    void show();
+    void hide();
+    /// Waits until the program is on the screen and has the keyboard.
+    void settle(OtherProgram& program);
+    /// Types and waits until it has arrived at the program.
+    void typeInto(OtherProgram& program, const std::string& text);
+    void typeIntoPanel(const std::string& text);
+
+    screen::WindowId panelWindow() const;
+    /// The panel's frame in pixels of the screen.
+    struct Box {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+        friend bool operator==(const Box&, const Box&) = default;
+    };
+    Box box() const;
+    unsigned colorAt(int x, int y) const { return screen::colorAt(connection, x, y); }
+    /// Whether the panel's contents are in front there.
+    bool contentAt(int x, int y) const { return colorAt(x, y) == FakeContent::color; }
+    /// A picture of the screen for people, where KELO_PICTURES names a folder for it.
+    void picture(const std::string& name) const;
+
+    LoopRig loop;
+    screen::XConnection connection;
+    screen::Windows windows{connection};
+    screen::Keyboard keyboard{connection};
+    screen::Pointer pointer{connection};
+    desktop::DesktopPanels panels;
+    std::shared_ptr<FakeContent> content;
+    std::shared_ptr<platform::Panel> panel;
+};
+
+} // namespace kelo::test
