@@ -41,6 +41,8 @@ GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
     // The page's own script, not ours: this leaves user scripts alone.
     webkit_settings_set_enable_javascript_markup(settings.get(),
                                                  configuration.allowsContentJavaScript);
+    // Until there is somebody to decide: see MediaPermission.
+    webkit_settings_set_enable_media_stream(settings.get(), FALSE);
 
     auto view = GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(
         g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager",
@@ -82,7 +84,10 @@ WebKitEmbeddedView::WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> sess
       authority(settings.authority),
       view(makeNativeView(session.get(), frame, configuration)),
       cookies(session.get()),
-      policy(settings.service, settings.openExternally, [this] { tryAgain(); }) {
+      policy(settings.service, settings.openExternally, [this] { tryAgain(); }),
+      messages(*this, webkit_web_view_get_user_content_manager(view.get()), settings.service,
+               configuration.scriptMessageHandlers),
+      mediaPermission(*this, view.get(), settings.service) {
     connectSignals();
 }
 
@@ -117,8 +122,14 @@ void WebKitEmbeddedView::connectSignals() {
             Self self) -> gboolean { return self->policy.decide(view, decision, type); });
     connect(
         "permission-request",
-        +[](WebKitWebView*, WebKitPermissionRequest* request, Self) -> gboolean {
-            webkit_permission_request_deny(request);
+        +[](WebKitWebView*, WebKitPermissionRequest* request, Self self) -> gboolean {
+            self->permissionRequested(request);
+            return TRUE;
+        });
+    connect(
+        "query-permission-state",
+        +[](WebKitWebView*, WebKitPermissionStateQuery* query, Self self) -> gboolean {
+            webkit_permission_state_query_finish(query, self->mediaPermission.stateFor(query));
             return TRUE;
         });
 }
@@ -127,6 +138,7 @@ void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
         platform::invariantBroken("a web view is asked for pages with GET and no body");
     noticeAnnounced = false;
+    mediaPermission.navigationStarted();
     const auto native = GObjectPointer<WebKitURIRequest>::adopt(
         webkit_uri_request_new(request.url.absoluteString().c_str()));
     SoupMessageHeaders* const headers = webkit_uri_request_get_http_headers(native.get());
@@ -149,7 +161,7 @@ void WebKitEmbeddedView::setNavigationDelegate(
 
 void WebKitEmbeddedView::setUserInterfaceDelegate(
     std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
-    interfaceDelegate = std::move(newDelegate);
+    mediaPermission.setDelegate(std::move(newDelegate));
 }
 
 void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
@@ -162,11 +174,16 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     if (event == WEBKIT_LOAD_STARTED) {
         stage = noticeAnnounced ? Stage::notice : Stage::page;
         noticeAnnounced = false;
+        mediaPermission.navigationStarted();
     }
     if (event == WEBKIT_LOAD_COMMITTED) {
+        mediaPermission.pageChanged(stage == Stage::page ? webkit_web_view_get_uri(view.get())
+                                                         : nullptr);
         certificateTried = false;
         lossesForgiven = 0;
     }
+    if (event == WEBKIT_LOAD_FINISHED)
+        mediaPermission.navigationEnded();
     if (event != WEBKIT_LOAD_FINISHED || stage != Stage::page)
         return;
     if (const auto listener = delegate.lock())
@@ -223,6 +240,7 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
 
 void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) {
     stage = Stage::failed;
+    mediaPermission.pageChanged(nullptr);
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
         return;
     const char* const address = webkit_web_view_get_uri(view.get());
@@ -231,6 +249,13 @@ void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) 
                    ? "It needed more memory than this computer can give it."
                    : "Something went wrong while it was shown.",
                address ? address : "");
+}
+
+void WebKitEmbeddedView::permissionRequested(WebKitPermissionRequest* request) {
+    if (WEBKIT_IS_USER_MEDIA_PERMISSION_REQUEST(request))
+        mediaPermission.decide(WEBKIT_USER_MEDIA_PERMISSION_REQUEST(request));
+    else
+        webkit_permission_request_deny(request);
 }
 
 void WebKitEmbeddedView::showNotice(const std::string& heading, const std::string& sentence,

@@ -2,7 +2,9 @@
 
 #include "linux/glib/GObjectPointer.h"
 #include "linux/glib/HostedWidget.h"
+#include "linux/webkit/MediaPermission.h"
 #include "linux/webkit/NavigationPolicy.h"
+#include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/WebKitCookieStore.h"
 #include "linux/webkit/WebKitSession.h"
 #include "platform/EmbeddedWebView.h"
@@ -14,8 +16,9 @@
 
 namespace kelo::desktop {
 
-/// EmbeddedWebView on WebKitGTK. The page may not use the microphone, the camera, the location or
-/// anything else that needs a permission. A load that fails shows a page of ours with the reason.
+/// EmbeddedWebView on WebKitGTK. The page may use the microphone and the camera if the user
+/// interface delegate says so, and neither the location nor anything else that needs a permission.
+/// A load that fails shows a page of ours with the reason.
 class WebKitEmbeddedView final : public platform::EmbeddedWebView, public HostedWidget {
 public:
     WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
@@ -30,8 +33,7 @@ public:
     void load(platform::UrlRequest request) override;
     std::optional<platform::Url> url() const override;
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override;
-    void
-    setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override;
+    void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override;
     void setAllowsBackForwardNavigationGestures(bool allowed) override;
     platform::CookieStore& cookieStore() override { return cookies; }
 
@@ -51,6 +53,7 @@ private:
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
                             GTlsCertificateFlags problems);
     void processEnded(WebKitWebProcessTerminationReason reason);
+    void permissionRequested(WebKitPermissionRequest* request);
     void showNotice(const std::string& heading, const std::string& sentence,
                     const std::string& address);
     void tryAgain();
@@ -61,8 +64,9 @@ private:
     GObjectPointer<WebKitWebView> view;
     WebKitCookieStore cookies;
     NavigationPolicy policy;
+    ScriptMessages messages;
+    MediaPermission mediaPermission;
     std::weak_ptr<platform::NavigationDelegate> delegate;
-    std::weak_ptr<platform::UserInterfaceDelegate> interfaceDelegate;
     Stage stage = Stage::page;
     bool noticeAnnounced = false;
     std::string failedAddress;

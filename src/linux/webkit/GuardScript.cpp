@@ -1,0 +1,56 @@
+#include "linux/webkit/GuardScript.h"
+
+#include "linux/glib/GObjectPointer.h"
+#include "platform/Invariant.h"
+
+namespace kelo::desktop {
+
+namespace {
+
+// For the C library: ended by a null pointer, and null altogether where there is no list.
+std::vector<const char*> pointers(const std::vector<std::string>& texts) {
+    std::vector<const char*> list;
+    for (const std::string& text : texts)
+        list.push_back(text.c_str());
+    list.push_back(nullptr);
+    return list;
+}
+
+} // namespace
+
+void addGuardScript(WebKitUserContentManager* manager, const GuardScript& script) {
+    const auto allowed = pointers(script.allowed);
+    const auto* const allowList = script.allowed.empty() ? nullptr : allowed.data();
+    constexpr auto atStart = WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START;
+    const char* const source = script.source.c_str();
+    WebKitUserScript* const native =
+        script.world ? webkit_user_script_new_for_world(source, script.frames, atStart,
+                                                        script.world, allowList, nullptr)
+                     : webkit_user_script_new(source, script.frames, atStart, allowList, nullptr);
+    webkit_user_content_manager_add_script(manager, native);
+    webkit_user_script_unref(native);
+}
+
+std::string originText(const platform::Url& url) {
+    WebKitSecurityOrigin* const native =
+        webkit_security_origin_new_for_uri(url.absoluteString().c_str());
+    const GText text(webkit_security_origin_to_string(native));
+    webkit_security_origin_unref(native);
+    if (!text)
+        platform::invariantBroken("the service has an origin");
+    return text.get();
+}
+
+std::string onlyIn(const platform::Url& origin, const std::string& source) {
+    return "if (self.origin === '" + originText(origin) + "') {" + source + "}";
+}
+
+std::string exceptIn(const platform::Url& origin, const std::string& source) {
+    return "if (self.origin !== '" + originText(origin) + "') {" + source + "}";
+}
+
+std::string pagesOfHost(const platform::Url& url) {
+    return url.scheme() + "://" + url.host() + "/*";
+}
+
+} // namespace kelo::desktop
