@@ -1,0 +1,108 @@
+#pragma once
+
+#include "EventBytes.h"
+
+#include "fakes/authenticator/TemporaryFolder.h"
+#include "linux/glib/FileDescriptor.h"
+#include "linux/input/EvdevDevice.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace kelo {
+
+/// One keyboard: a pipe, and what the kernel would say of it.
+struct FakeKeyboard {
+    desktop::FileDescriptor reading;
+    desktop::FileDescriptor writing;
+    bool isKeyboard = true;
+    bool mayBeOpened = true;
+    bool holdsBackOtherKeys = true;
+    desktop::HeldKeys held;
+    /// What was asked of it, in order.
+    std::string asked;
+
+    FakeKeyboard() {
+        int ends[2] = {-1, -1};
+        if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
+            reading = desktop::FileDescriptor(ends[0]);
+            writing = desktop::FileDescriptor(ends[1]);
+        }
+    }
+    bool type(const Bytes& bytes) const {
+        return ::write(writing.get(), bytes.data(), bytes.size()) ==
+               static_cast<ssize_t>(bytes.size());
+    }
+};
+
+/// A folder of input devices. Each is a file in it, so that it comes and goes as the folder's
+/// watch sees it, and a FakeKeyboard behind it.
+class FakeKeyboards {
+public:
+    FakeKeyboard& plug(const std::string& name, FakeKeyboard keyboard = {}) {
+        auto& plugged = keyboards[name] = std::make_shared<FakeKeyboard>(std::move(keyboard));
+        std::ofstream(path() / name) << "device";
+        return *plugged;
+    }
+    /// The device first, as the kernel does it, then its node.
+    void unplug(const std::string& name) {
+        keyboards.at(name)->writing = desktop::FileDescriptor();
+        std::filesystem::remove(path() / name);
+    }
+    /// As a rule of the system's would, after the node appeared.
+    void permit(const std::string& name) {
+        keyboards.at(name)->mayBeOpened = true;
+        std::filesystem::permissions(path() / name, std::filesystem::perms::owner_read);
+    }
+
+    const std::filesystem::path& path() const { return folder.path(); }
+    desktop::EvdevOpener opener() {
+        return [this](const std::filesystem::path& path) { return open(path.filename()); };
+    }
+    /// How many devices are open now.
+    int openNow = 0;
+    /// How many were opened in all.
+    int opened = 0;
+
+private:
+    class Device final : public desktop::EvdevDevice {
+    public:
+        Device(std::shared_ptr<FakeKeyboard> keyboard, int& open)
+            : keyboard(std::move(keyboard)), open(open) {
+            ++open;
+        }
+        ~Device() override { --open; }
+        int descriptor() const override { return keyboard->reading.get(); }
+        bool isKeyboard() const override { return keyboard->isKeyboard; }
+        bool deliverOnlyHeldKeys() override {
+            keyboard->asked += "mask ";
+            return keyboard->holdsBackOtherKeys;
+        }
+        std::optional<desktop::HeldKeys> heldKeys() const override {
+            keyboard->asked += "held ";
+            return keyboard->held;
+        }
+
+    private:
+        std::shared_ptr<FakeKeyboard> keyboard;
+        int& open;
+    };
+
+    std::unique_ptr<desktop::EvdevDevice> open(const std::string& name) {
+        ++opened;
+        const auto found = keyboards.find(name);
+        if (found == keyboards.end() || !found->second->mayBeOpened)
+            return nullptr;
+        return std::make_unique<Device>(found->second, openNow);
+    }
+
+    fakes::TemporaryFolder folder;
+    std::map<std::string, std::shared_ptr<FakeKeyboard>> keyboards;
+};
+
+} // namespace kelo
