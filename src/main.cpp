@@ -6,7 +6,7 @@
 #include "linux/webkit/NvidiaBlankWindow.h"
 #include "platform/Spawn.h"
 
-int main() {
+int main(int count, char** words) {
     kelo::desktop::keepLargeBlocksApart();
     // Both set the environment, so they come before the first thread.
     kelo::desktop::chooseRenderer();
@@ -14,7 +14,7 @@ int main() {
 
     kelo::desktop::GLibMainLoop loop;
     const kelo::platform::MainLoop::Installation loopInstallation(loop);
-    kelo::desktop::LinuxDesktop desktop;
+    kelo::desktop::LinuxDesktop desktop({words, words + count});
     const kelo::platform::Desktop::Installation desktopInstallation(desktop);
 
     kelo::KeloApp app;

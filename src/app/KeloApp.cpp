@@ -24,7 +24,8 @@ platform::SceneGraph KeloApp::body() {
 }
 
 std::vector<platform::ProgramAction> KeloApp::actions() {
-    return {{"widget", [voice = voice] { voice.get()->toggleWidget(); }}};
+    return {{"widget", "Show the voice widget, or hide it when it is shown",
+             [voice = voice] { voice.get()->toggleWidget(); }}};
 }
 
 platform::WindowGroup KeloApp::mainWindowGroup() const {

@@ -22,6 +22,8 @@ public:
 struct ProgramAction {
     /// Lower-case letters and dashes. "--NAME" on the command line asks for it.
     std::string name;
+    /// A short line for people, without a full stop.
+    std::string description;
     std::function<void()> action;
 };
 

@@ -1,5 +1,6 @@
 #include "linux/desktop/LinuxDesktop.h"
 
+#include "linux/desktop/HotkeyReport.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/webkit/WebKitSession.h"
 
@@ -7,7 +8,10 @@
 
 namespace kelo::desktop {
 
-LinuxDesktop::LinuxDesktop() : alerts_(application_), passkeys(sheets) {}
+LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
+    : application_(std::move(arguments), {hotkeyStatusOption()}),
+      alerts_(application_),
+      passkeys(sheets) {}
 
 LinuxDesktop::~LinuxDesktop() = default;
 
@@ -33,8 +37,7 @@ LinuxDesktop::makeAuthorizationController(std::vector<platform::AuthorizationReq
     return passkeys.makeController(std::move(requests));
 }
 
-std::shared_ptr<platform::Panel>
-LinuxDesktop::makePanel(platform::PanelDescription description) {
+std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescription description) {
     return panels.makePanel(std::move(description));
 }
 

@@ -20,7 +20,8 @@ class WebKitSession;
 /// made when it is first asked for. Main thread only.
 class LinuxDesktop final : public platform::Desktop {
 public:
-    LinuxDesktop();
+    /// With the command line as main() has it.
+    explicit LinuxDesktop(std::vector<std::string> arguments);
     ~LinuxDesktop() override;
 
     platform::Application& application() override { return application_; }

@@ -6,10 +6,12 @@
 #include "linux/gtk/MenuBar.h"
 #include "linux/gtk/ModalWindow.h"
 #include "linux/gtk/Program.h"
+#include "linux/gtk/RunningInstance.h"
 #include "linux/gtk/SettingsWindow.h"
 #include "linux/gtk/Style.h"
 #include "platform/MainLoop.h"
 
+#include <gdk/gdk.h>
 #include <glibmm/init.h>
 #include <glibmm/miscutils.h>
 
@@ -26,24 +28,35 @@ void keepStreamsPlain() {
     Glib::set_init_to_users_preferred_locale(false);
 }
 
+// Whoever asked for the action may show a waiting pointer until a window of ours appears, and an
+// action may open none.
+void endStartUpNotice() {
+    GdkDisplay* const display = gdk_display_get_default();
+    const char* const identifier =
+        display ? gdk_display_get_startup_notification_id(display) : nullptr;
+    if (identifier)
+        gdk_display_notify_startup_complete(display, identifier);
+}
+
 } // namespace
 
-GtkApplicationHost::GtkApplicationHost() {
+GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
+                                       std::vector<ReportOption> reports)
+    : arguments(std::move(arguments)), reports(std::move(reports)) {
     keepStreamsPlain();
-    const std::string identifier(deployment::applicationIdentifier);
-    // Desktops match windows to the desktop entry by this name.
-    Glib::set_prgname(identifier);
-    if (Glib::get_application_name() != programName) // the toolkit takes a name only once
-        Glib::set_application_name(programName);
-    application = Gtk::Application::create(identifier);
-    application->signal_startup().connect([this] { startUp(); });
-    application->signal_activate().connect([this] { activated(); });
 }
 
 GtkApplicationHost::~GtkApplicationHost() = default;
 
 int GtkApplicationHost::run(platform::App& toRun) {
+    auto asked = readCommandLine(arguments, reports, toRun.actions());
+    if (asked.exitStatus)
+        return *asked.exitStatus;
+    if (!asked.actions.empty() && askRunningInstance(asked.actions))
+        return 0;
     app = &toRun;
+    requestedActions = std::move(asked.actions);
+    makeApplication();
     const int status = application->run();
     mainWindows.clear();
     settings.reset();
@@ -52,6 +65,17 @@ int GtkApplicationHost::run(platform::App& toRun) {
     scenes.clear();
     app = nullptr;
     return status;
+}
+
+void GtkApplicationHost::makeApplication() {
+    const std::string identifier(deployment::applicationIdentifier);
+    // Desktops match windows to the desktop entry by this name.
+    Glib::set_prgname(identifier);
+    if (Glib::get_application_name() != programName) // the toolkit takes a name only once
+        Glib::set_application_name(programName);
+    application = Gtk::Application::create(identifier);
+    application->signal_startup().connect([this] { startUp(); });
+    application->signal_activate().connect([this] { activated(); });
 }
 
 void GtkApplicationHost::startUp() {
@@ -66,16 +90,28 @@ void GtkApplicationHost::addActions() {
     application->add_action("quit", [this] { terminate(); });
     application->add_action("preferences", [this] { openSettings(); });
     application->add_action("open-main", [this] { activated(); });
+    for (const auto& action : app->actions())
+        application->add_action(action.name, [run = action.action] {
+            run();
+            endStartUpNotice();
+        });
     application->set_accel_for_action("app.quit", "<Control>q");
     application->set_accel_for_action("app.preferences", "<Control>comma");
     application->set_accel_for_action("win.close", "<Control>w");
 }
 
-void GtkApplicationHost::activated() {
-    if (!scenesRead) {
-        scenesRead = true;
+void GtkApplicationHost::readScenes() {
+    if (!std::exchange(scenesRead, true))
         scenes = app->body();
-    }
+}
+
+void GtkApplicationHost::activated() {
+    const auto requested = std::exchange(requestedActions, {});
+    for (const auto& action : requested)
+        application->activate_action(action);
+    if (!requested.empty())
+        return;
+    readScenes();
     if (const auto* first = firstWindowGroup())
         openWindow(first->identifier);
 }
@@ -91,6 +127,7 @@ void GtkApplicationHost::terminate() {
 }
 
 void GtkApplicationHost::openWindow(std::string_view identifier) {
+    readScenes();
     if (const auto open = mainWindows.find(identifier); open != mainWindows.end()) {
         present(*open->second);
         return;
@@ -110,6 +147,7 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
 }
 
 void GtkApplicationHost::openSettings() {
+    readScenes();
     if (!settings) {
         const auto* scene = settingsScene();
         if (!scene)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/gtk/CommandLine.h"
 #include "platform/Application.h"
 
 #include <gtkmm/application.h>
@@ -20,11 +21,15 @@ class SettingsWindow;
 /// The program as a desktop application that runs once for each user: a second start wakes the
 /// first one over the session bus and ends. Without a session bus every start runs for itself.
 ///
-/// Construct it before anything else of the toolkit; there is one at a time. The main loop of the
+/// The toolkit is up from run() on, unless the command line asked for something that does not need
+/// it. There is one host at a time. The main loop of the
 /// process (platform::MainLoop) must be installed while it runs.
 class GtkApplicationHost final : public platform::Application {
 public:
-    GtkApplicationHost();
+    /// With the command line as main() has it, the program's own name first, and what it can be
+    /// asked about this desktop.
+    explicit GtkApplicationHost(std::vector<std::string> arguments = {"kelo"},
+                                std::vector<ReportOption> reports = {});
     ~GtkApplicationHost() override;
 
     int run(platform::App& app) override;
@@ -40,8 +45,10 @@ public:
     void openSettings();
 
 private:
+    void makeApplication();
     void startUp();
     void addActions();
+    void readScenes();
     void activated();
     void present(Gtk::Window& window);
     const platform::WindowGroup* firstWindowGroup() const;
@@ -52,6 +59,9 @@ private:
     void windowClosed(std::shared_ptr<ProgramWindow> window);
     std::vector<ProgramWindow*> programWindows();
 
+    const std::vector<std::string> arguments;
+    const std::vector<ReportOption> reports;
+    std::vector<std::string> requestedActions; ///< by this start, in place of a window
     Glib::RefPtr<Gtk::Application> application;
     platform::App* app = nullptr; ///< while it runs
     platform::SceneGraph scenes;

@@ -1,5 +1,6 @@
-// Starts the desktop side as the program does, for the tests of a second start and of a start
-// without a session bus. Prints what the system was asked for; ends when its window has appeared.
+// Starts the desktop side as the program does, for the tests of a second start, of the command line
+// and of a start without a session bus. Prints what the system was asked for; ends when its window
+// has appeared or it has waved.
 #include "component/gtk/FakeApp.h"
 #include "linux/glib/GLibMainLoop.h"
 #include "linux/gtk/GtkApplicationHost.h"
@@ -23,6 +24,12 @@ public:
         };
         return scenes;
     }
+    std::vector<kelo::platform::ProgramAction> actions() override {
+        return {{"wave", "Wave once", [this] {
+                     std::cout << "wave" << std::endl;
+                     application.terminate();
+                 }}};
+    }
 
 private:
     kelo::platform::Application& application;
@@ -31,10 +38,11 @@ private:
 
 } // namespace
 
-int main() {
+int main(int count, char** words) {
     kelo::desktop::GLibMainLoop loop;
     kelo::platform::MainLoop::Installation installation(loop);
-    kelo::desktop::GtkApplicationHost host;
+    kelo::desktop::GtkApplicationHost host(
+        {words, words + count}, {{"weather", "Say what it is like", [] { return "fine\n"; }}});
     EndingApp app(host);
     return host.run(app);
 }

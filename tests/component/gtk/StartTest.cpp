@@ -34,10 +34,35 @@ environmentWith(const std::vector<std::pair<std::string, std::string>>& changes)
     return environment;
 }
 
-Ended startAndWait(const std::vector<std::string>& environment) {
+Ended startAndWait(const std::vector<std::string>& environment,
+                   const std::vector<std::string>& arguments = {}) {
     Ended ended;
-    Glib::spawn_sync("", {KELO_START_PROGRAM}, environment, Glib::SpawnFlags::DEFAULT, {},
-                     &ended.output, nullptr, &ended.status);
+    std::vector<std::string> command{KELO_START_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    Glib::spawn_sync("", command, environment, Glib::SpawnFlags::DEFAULT, {}, &ended.output,
+                     nullptr, &ended.status);
+    return ended;
+}
+
+/// Runs a program beside this one, whose main loop goes on meanwhile.
+Ended runBeside(const std::vector<std::string>& command) {
+    Ended ended;
+    bool isOver = false;
+    Glib::Pid child{};
+    int output = -1;
+    Glib::spawn_async_with_pipes(
+        "", command, Glib::SpawnFlags::DO_NOT_REAP_CHILD | Glib::SpawnFlags::SEARCH_PATH, {},
+        &child, nullptr, &output);
+    Glib::signal_child_watch().connect(
+        [&](Glib::Pid, int status) {
+            ended.status = status;
+            isOver = true;
+        },
+        child);
+    RunningProgram::until("the other program has ended", [&] { return isOver; });
+    Glib::ustring said;
+    Glib::IOChannel::create_from_fd(output)->read_to_end(said);
+    ended.output = said.raw();
     return ended;
 }
 
@@ -46,30 +71,60 @@ TEST(SecondStart, OpensTheWindowOfTheRunningProgramAndEnds) {
     program.run([&] {
         program.window("Kelo").close();
         RunningProgram::settle();
-
-        Ended ended;
-        bool isOver = false;
-        Glib::Pid child{};
-        int output = -1;
-        Glib::spawn_async_with_pipes("", std::vector<std::string>{KELO_START_PROGRAM},
-                                     Glib::SpawnFlags::DO_NOT_REAP_CHILD, {}, &child, nullptr,
-                                     &output);
-        Glib::signal_child_watch().connect(
-            [&](Glib::Pid, int status) {
-                ended.status = status;
-                isOver = true;
-            },
-            child);
-        RunningProgram::until("the second start has ended", [&] { return isOver; });
+        const auto ended = runBeside({KELO_START_PROGRAM});
         EXPECT_EQ(ended.status, 0);
-        const auto channel = Glib::IOChannel::create_from_fd(output);
-        Glib::ustring said;
-        channel->read_to_end(said);
-        EXPECT_EQ(said.raw(), "") << "it must not build a system of its own";
+        EXPECT_EQ(ended.output, "") << "it must not build a system of its own";
         RunningProgram::until("the window is open again",
                               [&] { return program.app.count("appear") == 2; });
         EXPECT_EQ(program.app.count("body"), 1);
     });
+}
+
+TEST(SecondStart, WithAnActionAsksTheRunningProgramForItAndOpensNoWindow) {
+    RunningProgram program;
+    program.run([&] {
+        program.window("Kelo").close();
+        RunningProgram::settle();
+        const auto ended = runBeside({KELO_START_PROGRAM, "--wave"});
+        EXPECT_EQ(ended.status, 0);
+        EXPECT_EQ(ended.output, "");
+        RunningProgram::until("the action was run", [&] { return program.app.count("wave") == 1; });
+        RunningProgram::settle();
+        EXPECT_EQ(program.app.count("appear"), 1);
+        EXPECT_TRUE(program.windowsOnScreen().empty());
+    });
+}
+
+TEST(RunningInstance, OffersItsActionsOnTheSessionBus) {
+    RunningProgram program;
+    program.run([&] {
+        const auto ended =
+            runBeside({"gdbus", "call", "--session", "--dest", "app.kelo.Kelo", "--object-path",
+                       "/app/kelo/Kelo", "--method", "org.freedesktop.Application.ActivateAction",
+                       "wave", "[]", "{}"});
+        EXPECT_EQ(ended.status, 0);
+        RunningProgram::until("the action was run", [&] { return program.app.count("wave") == 1; });
+    });
+}
+
+TEST(FirstStart, WithAnActionRunsItAndOpensNoWindow) {
+    const auto ended = startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {"--wave"});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "wave\n");
+}
+
+TEST(FirstStart, WithAReportPrintsItAndStartsNothing) {
+    const auto ended = startAndWait(environmentWith({{"DISPLAY", ""}}), {"--weather"});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "fine\n");
+}
+
+TEST(FirstStart, WithWhatItDoesNotKnowIsRefused) {
+    for (const char* argument : {"--fly", "document.txt"}) {
+        const auto ended = startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {argument});
+        EXPECT_NE(ended.status, 0) << argument;
+        EXPECT_EQ(ended.output, "") << argument;
+    }
 }
 
 TEST(StartWithoutSessionBus, RunsForItselfAndDoesNotWait) {

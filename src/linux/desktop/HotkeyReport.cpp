@@ -1,0 +1,34 @@
+#include "linux/desktop/HotkeyReport.h"
+
+#include "linux/panel/DesktopPanels.h"
+
+namespace kelo::desktop {
+
+namespace {
+
+std::string line(const SourceStatus& source) {
+    std::string text = source.name;
+    text += source.availability.available ? ": available. " : ": not available. ";
+    text += source.availability.reason;
+    if (!source.availability.advice.empty())
+        text += " " + source.availability.advice;
+    return text + "\n";
+}
+
+} // namespace
+
+std::string hotkeyReport(const std::vector<SourceStatus>& sources, const std::string& panel) {
+    std::string report;
+    for (const auto& source : sources)
+        report += line(source);
+    if (!panel.empty())
+        report += "Voice panel: " + panel + "\n";
+    return report;
+}
+
+ReportOption hotkeyStatusOption() {
+    return {"hotkey-status", "Say where the keys of the voice widget can be seen, and end",
+            [] { return hotkeyReport(hotkeyStatus(), panelStatus()); }};
+}
+
+} // namespace kelo::desktop
