@@ -1,5 +1,5 @@
 // Shows every window of the desktop side, one after the other, and keeps a picture of each.
-//   with-display with-window-manager gallery FOLDER
+//   with-display with-window-manager openbox gallery FOLDER
 #include "component/gtk/RunningProgram.h"
 #include "linux/gtk/GtkAlertPresenter.h"
 #include "linux/gtk/GtkPasskeySheet.h"
