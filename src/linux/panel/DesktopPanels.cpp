@@ -1,6 +1,7 @@
 #include "linux/panel/DesktopPanels.h"
 
 #include "linux/panel/X11Panel.h"
+#include "linux/panel/X11Screens.h"
 
 #include <gdk/x11/gdkx.h>
 #include <gtk/gtk.h>
@@ -8,6 +9,24 @@
 namespace kelo::desktop {
 
 namespace {
+
+/// Points of the toolkit are pixels over one factor, the same for every monitor.
+int scaleOf(GdkDisplay* display) {
+    const auto monitor = GObjectPointer<GdkMonitor>::adopt(static_cast<GdkMonitor*>(
+        g_list_model_get_item(gdk_display_get_monitors(display), 0)));
+    return monitor ? gdk_monitor_get_scale_factor(monitor.get()) : 1;
+}
+
+std::optional<platform::Screen> x11Screen(GdkDisplay* display) {
+    const X11Connection connection(display);
+    const auto area = X11Screens(connection).mainWorkArea();
+    if (!area)
+        return std::nullopt;
+    const double scale = scaleOf(display);
+    return platform::Screen{{area->x / scale,
+                             (connection.height() - area->y - area->height) / scale,
+                             area->width / scale, area->height / scale}};
+}
 
 /// Null when there is none to be had.
 GdkDisplay* openDisplay() {
@@ -28,15 +47,9 @@ std::optional<platform::Screen> DesktopPanels::mainScreen() const {
     GdkDisplay* const display = openDisplay();
     if (!display)
         return std::nullopt;
-    GListModel* const monitors = gdk_display_get_monitors(display);
-    const auto monitor = GObjectPointer<GdkMonitor>::adopt(
-        static_cast<GdkMonitor*>(g_list_model_get_item(monitors, 0)));
-    if (!monitor)
-        return std::nullopt;
-    GdkRectangle area{};
-    gdk_monitor_get_geometry(monitor.get(), &area);
-    return platform::Screen{{double(area.x), double(area.y), double(area.width),
-                             double(area.height)}};
+    if (GDK_IS_X11_DISPLAY(display))
+        return x11Screen(display);
+    return std::nullopt;
 }
 
 std::string panelStatus() {

@@ -43,7 +43,8 @@ public:
     GdkDisplay* display() const { return gdk; }
     Display* xlib() const { return x; }
     Window root() const { return DefaultRootWindow(x); }
-    /// Of the whole desktop, in pixels.
+    // Of the whole desktop, in pixels.
+    int width() const { return DisplayWidth(x, DefaultScreen(x)); }
     int height() const { return DisplayHeight(x, DefaultScreen(x)); }
 
     Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }

@@ -7,7 +7,6 @@
 #include <X11/extensions/XInput2.h>
 
 #include <array>
-#include <cmath>
 
 namespace kelo::desktop {
 
@@ -29,11 +28,9 @@ X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& descri
     : connection(display),
       window(description, description.hasShadow ? shadowMargin : 0),
       mayHaveKeyboard(description.canBecomeKeyWindow),
-      wantsShadow(description.hasShadow) {
-    gtk_window_set_display(window.gtkWindow(), display);
+      origin{description.contentRectangle.x, description.contentRectangle.y} {
     realize();
     listen();
-    setFrameOrigin({description.contentRectangle.x, description.contentRectangle.y});
 }
 
 X11Panel::~X11Panel() {
@@ -50,6 +47,12 @@ void X11Panel::realize() {
     // A window manager that composites may hold back the answer the toolkit waits for before it
     // draws the next picture when the window is none of those it manages.
     gdk_x11_surface_set_frame_sync_enabled(surface, FALSE);
+    // A compositor that gives windows shadows is not to give one to ours.
+    const auto margin = static_cast<unsigned long>(window.margin() * scale());
+    const std::array extents{margin, margin, margin, margin};
+    XChangeProperty(connection.xlib(), xid(), connection.atom("_GTK_FRAME_EXTENTS"), XA_CARDINAL,
+                    32, PropModeReplace, reinterpret_cast<const unsigned char*>(extents.data()),
+                    static_cast<int>(extents.size()));
     keyboard.emplace(connection, xid());
 }
 
@@ -59,9 +62,11 @@ void X11Panel::listen() {
         reinterpret_cast<GCallback>(+[](GdkDisplay*, const XEvent* event,
                                         X11Panel* self) -> gboolean { return self->handle(*event); }),
         this);
+    const auto reshape = +[](X11Panel* self) { self->reshape(); };
     g_signal_connect_swapped(connection.display(), "notify::composited",
-                             reinterpret_cast<GCallback>(+[](X11Panel* self) { self->shape(); }),
-                             this);
+                             reinterpret_cast<GCallback>(reshape), this);
+    g_signal_connect_swapped(window.widget(), "notify::scale-factor",
+                             reinterpret_cast<GCallback>(reshape), this);
     GtkGesture* const click = gtk_gesture_click_new();
     gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(click), 0);
     gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(click), GTK_PHASE_CAPTURE);
@@ -73,7 +78,7 @@ void X11Panel::listen() {
 
 void X11Panel::setContentView(platform::PanelContent content) {
     window.setContent(std::move(content));
-    shape();
+    reshape();
 }
 
 bool X11Panel::isVisible() const {
@@ -81,24 +86,19 @@ bool X11Panel::isVisible() const {
 }
 
 platform::Rectangle X11Panel::frame() const {
-    const double points = scale();
-    const platform::Size size = window.size();
-    return {left / points, (connection.height() - top) / points - size.height, size.width,
-            size.height};
+    return {origin.x, origin.y, window.size().width, window.size().height};
 }
 
-void X11Panel::setFrameOrigin(platform::Point origin) {
-    const double fromTop = connection.height() - (origin.y + window.size().height) * scale();
-    left = static_cast<int>(std::lround(origin.x * scale()));
-    top = static_cast<int>(std::lround(fromTop));
+void X11Panel::setFrameOrigin(platform::Point newOrigin) {
+    origin = newOrigin;
     if (isVisible())
-        moveThere();
+        move();
 }
 
 void X11Panel::makeKeyAndOrderFront() {
-    moveThere();
+    move();
     gtk_widget_set_visible(window.widget(), TRUE);
-    moveThere();
+    move();
     XRaiseWindow(connection.xlib(), xid());
     takeKeyboard();
     XFlush(connection.xlib());
@@ -143,14 +143,17 @@ gboolean X11Panel::handle(const XEvent& event) {
     return FALSE;
 }
 
-void X11Panel::shape() {
+void X11Panel::reshape() {
     const RoundedShape rounded(wholePoints(window.size().width), wholePoints(window.size().height),
                                wholePoints(window.cornerRadius()), window.margin());
     rounded.apply(connection, xid(), scale(), gdk_display_is_composited(connection.display()));
+    move();
 }
 
-void X11Panel::moveThere() const {
+void X11Panel::move() const {
     const int margin = window.margin() * scale();
+    const int left = wholePoints(origin.x * scale());
+    const int top = connection.height() - wholePoints((origin.y + window.size().height) * scale());
     XMoveWindow(connection.xlib(), xid(), left - margin, top - margin);
 }
 

@@ -37,8 +37,9 @@ public:
 private:
     void realize();
     void listen();
-    void shape();
-    void moveThere() const;
+    /// Fits shape and place to what the display can do now.
+    void reshape();
+    void move() const;
     void takeKeyboard();
     void noteFocus(bool focused);
     gboolean handle(const XEvent& event);
@@ -48,11 +49,8 @@ private:
     X11Connection connection;
     PanelWindow window;
     bool mayHaveKeyboard;
-    bool wantsShadow;
     std::optional<X11Keyboard> keyboard;
-    /// Of the panel's upper left corner.
-    int left = 0;
-    int top = 0;
+    platform::Point origin;
 };
 
 } // namespace kelo::desktop
