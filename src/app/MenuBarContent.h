@@ -4,9 +4,10 @@
 
 namespace kelo {
 
-/// The menu of the menu bar extra. Has no items yet.
+/// The menu of the menu bar extra: the way back to the main window, and to quit. The same at every
+/// opening.
 struct MenuBarContent {
-    platform::Menu body() const { return {}; }
+    platform::Menu body() const;
 };
 
 } // namespace kelo

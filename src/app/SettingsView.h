@@ -2,11 +2,17 @@
 
 #include "platform/SceneGraph.h"
 
+#include <string>
+
 namespace kelo {
 
-/// The settings pane. Has no rows yet.
+/// The settings pane: which build runs, and which service it talks to. There is nothing to set.
 struct SettingsView {
-    platform::SettingsDescription body() const { return {{}, {360, 140}}; }
+    platform::SettingsDescription body() const;
+
+private:
+    /// "1.4.2 (57)"; "?" stands for what the bundle does not say.
+    static std::string versionString();
 };
 
 } // namespace kelo

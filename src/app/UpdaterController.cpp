@@ -1,9 +1,16 @@
 #include "app/UpdaterController.h"
 
+#include "platform/Desktop.h"
+
 namespace kelo {
 
+UpdaterController::UpdaterController()
+    : controller(platform::Desktop::current().makeStandardUpdaterController()) {}
+
 UpdaterController& UpdaterController::shared() {
-    static UpdaterController instance;
+    // Never released: at the process's end the desktop is gone before the statics are.
+    static UpdaterController& instance =
+        *std::unique_ptr<UpdaterController>(new UpdaterController).release();
     return instance;
 }
 

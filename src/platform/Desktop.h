@@ -3,6 +3,7 @@
 #include "platform/Alert.h"
 #include "platform/Application.h"
 #include "platform/Authorization.h"
+#include "platform/Bundle.h"
 #include "platform/Clock.h"
 #include "platform/EmbeddedWebView.h"
 #include "platform/EventMonitors.h"
@@ -10,6 +11,7 @@
 #include "platform/HttpSession.h"
 #include "platform/Panel.h"
 #include "platform/Screen.h"
+#include "platform/StandardUpdaterController.h"
 
 #include <memory>
 #include <optional>
@@ -44,6 +46,10 @@ public:
     virtual std::shared_ptr<Panel> makePanel(PanelDescription description) = 0;
     /// The monitor that has the keyboard focus; nothing while no monitor is connected.
     virtual std::optional<Screen> mainScreen() = 0;
+
+    virtual Bundle& mainBundle() = 0;
+    /// Makes and starts the updater.
+    virtual std::unique_ptr<StandardUpdaterController> makeStandardUpdaterController() = 0;
 
     static Desktop& current();
 

@@ -3,11 +3,13 @@
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeAuthorization.h"
+#include "fakes/FakeBundle.h"
 #include "fakes/FakeEventMonitors.h"
 #include "fakes/FakeFileSystem.h"
 #include "fakes/FakeHttpSession.h"
 #include "fakes/FakeMainLoop.h"
 #include "fakes/FakePanel.h"
+#include "fakes/FakeUpdater.h"
 #include "fakes/FakeWebView.h"
 #include "platform/Desktop.h"
 #include "platform/LocalizedError.h"
@@ -67,6 +69,12 @@ public:
     }
     std::optional<platform::Screen> mainScreen() override { return screen; }
 
+    FakeBundle& mainBundle() override { return bundle; }
+    std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController() override {
+        made.emplace_back("updater");
+        return std::make_unique<FakeUpdater>(updateChecks);
+    }
+
     FakeMainLoop loop;
     /// What was asked for, in order.
     std::vector<std::string> made;
@@ -75,6 +83,8 @@ public:
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
     FakeEventMonitors monitors;
+    FakeBundle bundle;
+    int updateChecks = 0;
     std::vector<std::shared_ptr<FakePanel>> panels;
     std::optional<platform::Screen> screen = platform::Screen{{0, 25, 1440, 875}};
 

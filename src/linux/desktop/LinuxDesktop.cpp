@@ -1,6 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
 #include "linux/desktop/HotkeyReport.h"
+#include "linux/update/DesktopUpdater.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/webkit/WebKitSession.h"
 
@@ -39,6 +40,11 @@ LinuxDesktop::makeAuthorizationController(std::vector<platform::AuthorizationReq
 
 std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescription description) {
     return panels.makePanel(std::move(description));
+}
+
+std::unique_ptr<platform::StandardUpdaterController>
+LinuxDesktop::makeStandardUpdaterController() {
+    return desktop::makeStandardUpdaterController(bundle);
 }
 
 } // namespace kelo::desktop

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/bundle/InstalledBundle.h"
 #include "linux/desktop/PosixFileSystem.h"
 #include "linux/desktop/SystemClock.h"
 #include "linux/gtk/GtkAlertPresenter.h"
@@ -38,6 +39,8 @@ public:
     platform::EventMonitors& eventMonitors() override { return keyboard; }
     std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description) override;
     std::optional<platform::Screen> mainScreen() override { return panels.mainScreen(); }
+    platform::Bundle& mainBundle() override { return bundle; }
+    std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController() override;
 
 private:
     GtkApplicationHost application_;
@@ -46,6 +49,7 @@ private:
     PasskeyServices passkeys;
     KeyboardMonitors keyboard;
     DesktopPanels panels;
+    InstalledBundle bundle;
     SystemClock clock_;
     PosixFileSystem fileSystem_;
     std::unique_ptr<platform::HttpSession> sharedSession;

@@ -1,5 +1,4 @@
 #include "app/KeloApp.h"
-#include "app/UpdaterController.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "log/DebugLog.h"
 
@@ -186,10 +185,6 @@ TEST_F(KeloAppTest, WidgetHasAWebViewOfItsOwn) {
     launch();
     app.actions().at(0).action();
     EXPECT_EQ(desktop.webViews.size(), 2u);
-}
-
-TEST_F(KeloAppTest, UpdaterIsOneForTheProcess) {
-    EXPECT_EQ(&UpdaterController::shared(), &UpdaterController::shared());
 }
 
 } // namespace

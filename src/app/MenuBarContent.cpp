@@ -1,0 +1,37 @@
+#include "app/MenuBarContent.h"
+
+#include "app/UpdaterController.h"
+#include "platform/Desktop.h"
+
+namespace kelo {
+
+using platform::Desktop;
+using platform::MenuItem;
+using platform::MenuSeparator;
+using platform::SettingsLink;
+
+namespace {
+
+void openMainWindow() {
+    auto& application = Desktop::current().application();
+    // First: the user may have chosen the item while another program was in front.
+    application.activate();
+    application.openWindow("main");
+}
+
+} // namespace
+
+platform::Menu MenuBarContent::body() const {
+    return {
+        MenuItem{"Open Kelo", true, openMainWindow},
+        MenuSeparator{},
+        MenuItem{"Check for Updates…", true,
+                 [] { UpdaterController::shared().controller->checkForUpdates(); }},
+        SettingsLink{"Settings…"},
+        MenuSeparator{},
+        MenuItem{"Quit Kelo", true, [] { Desktop::current().application().terminate(); },
+                 platform::KeyboardShortcut{"q", platform::KeyModifier::command}},
+    };
+}
+
+} // namespace kelo

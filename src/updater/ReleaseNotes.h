@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelo::updater {
+
+/// A piece of text in one style.
+struct TextRun {
+    std::string text;
+    bool strong = false;
+    bool emphasized = false;
+    bool code = false;
+    friend bool operator==(const TextRun&, const TextRun&) = default;
+};
+
+enum class ParagraphKind { body, heading, listItem };
+
+struct Paragraph {
+    ParagraphKind kind = ParagraphKind::body;
+    std::vector<TextRun> runs;
+    friend bool operator==(const Paragraph&, const Paragraph&) = default;
+};
+
+/// Text with simple formatting: no script, no picture, no link, nothing that is fetched.
+using ReleaseNotes = std::vector<Paragraph>;
+
+} // namespace kelo::updater
