@@ -2,6 +2,7 @@
 
 #include "linux/input/EvdevKeyboard.h"
 #include "linux/input/FolderWatch.h"
+#include "linux/input/KeyCapabilities.h"
 
 #include <algorithm>
 #include <cctype>
@@ -23,17 +24,23 @@ bool isDeviceName(std::string_view name) {
                                [](unsigned char each) { return std::isdigit(each) != 0; });
 }
 
-/// In the order of their numbers; none when the folder cannot be read.
-std::vector<std::string> deviceNames(const std::filesystem::path& folder) {
+struct Listing {
+    /// In the order of their numbers.
     std::vector<std::string> names;
+    bool refused = false;
+};
+
+Listing list(const EvdevModifierSource::Devices& devices) {
+    Listing listing;
     std::error_code failure;
-    for (std::filesystem::directory_iterator entry(folder, failure), end; !failure && entry != end;
-         entry.increment(failure))
+    for (std::filesystem::directory_iterator entry(devices.folder, failure), end;
+         !failure && entry != end; entry.increment(failure))
         if (std::string name = entry->path().filename().string(); isDeviceName(name))
-            names.push_back(std::move(name));
-    std::ranges::sort(names, {},
+            listing.names.push_back(std::move(name));
+    std::ranges::sort(listing.names, {},
                       [](const std::string& name) { return std::pair(name.size(), name); });
-    return names;
+    listing.refused = failure == std::errc::permission_denied;
+    return listing;
 }
 
 } // namespace
@@ -41,14 +48,14 @@ std::vector<std::string> deviceNames(const std::filesystem::path& folder) {
 /// The keyboards that are watched, and what all of them together hold down.
 class EvdevModifierSource::Keyboards : public std::enable_shared_from_this<Keyboards> {
 public:
-    Keyboards(std::filesystem::path folder, EvdevOpener opener, Handler handler)
-        : folder(std::move(folder)), opener(std::move(opener)), handler(std::move(handler)) {}
+    Keyboards(Devices devices, Handler handler)
+        : devices(std::move(devices)), handler(std::move(handler)) {}
 
     bool start() {
         watchFolder();
         if (!folderWatch)
             return false;
-        for (const std::string& name : deviceNames(folder))
+        for (const std::string& name : list(devices).names)
             add(name);
         lastFlags = flags();
         return !open.empty();
@@ -63,12 +70,12 @@ private:
                     (self.get()->*action)(name);
             };
         };
-        folderWatch = FolderWatch::watch(folder, {noticed(&Keyboards::appeared),
-                                                  noticed(&Keyboards::permitted),
-                                                  noticed(&Keyboards::vanished), [weak] {
-                                                      if (const auto self = weak.lock())
-                                                          self->lookAgain();
-                                                  }});
+        folderWatch = FolderWatch::watch(devices.folder, {noticed(&Keyboards::appeared),
+                                                          noticed(&Keyboards::permitted),
+                                                          noticed(&Keyboards::vanished), [weak] {
+                                                              if (const auto self = weak.lock())
+                                                                  self->lookAgain();
+                                                          }});
     }
 
     void appeared(const std::string& name) {
@@ -89,14 +96,16 @@ private:
     }
 
     void lookAgain() {
-        for (const std::string& name : deviceNames(folder))
+        for (const std::string& name : list(devices).names)
             if (!open.contains(name))
                 add(name);
         tell();
     }
 
     void add(const std::string& name) {
-        auto device = opener(folder / name);
+        if (lacksHeldKeys(devices.descriptions, name))
+            return;
+        auto device = devices.open(devices.folder / name);
         if (!device || EvdevKeyboard::admit(*device) != EvdevKeyboard::Refusal::none)
             return;
         const std::weak_ptr<Keyboards> weak = weak_from_this();
@@ -128,52 +137,53 @@ private:
             handler(now);
     }
 
-    std::filesystem::path folder;
-    EvdevOpener opener;
+    Devices devices;
     Handler handler;
     std::unique_ptr<FolderWatch> folderWatch;
     std::map<std::string, std::shared_ptr<EvdevKeyboard>> open;
     platform::ModifierFlags lastFlags = 0;
 };
 
-EvdevModifierSource::EvdevModifierSource(std::filesystem::path folder, EvdevOpener opener)
-    : folder(std::move(folder)), opener(std::move(opener)) {}
+EvdevModifierSource::EvdevModifierSource(Devices devices) : devices(std::move(devices)) {}
 
 EvdevModifierSource::~EvdevModifierSource() = default;
 
 Availability EvdevModifierSource::availability() const {
-    bool closed = false;
+    const Listing listing = list(devices);
+    bool refused = listing.refused;
     bool everyKey = false;
-    for (const std::string& name : deviceNames(folder)) {
-        const auto device = opener(folder / name);
+    for (const std::string& name : listing.names) {
+        if (lacksHeldKeys(devices.descriptions, name))
+            continue;
+        const auto device = devices.open(devices.folder / name);
         if (!device) {
-            closed = true;
+            refused = true;
             continue;
         }
-        const auto refusal = EvdevKeyboard::admit(*device);
-        if (refusal == EvdevKeyboard::Refusal::none)
+        const auto answer = EvdevKeyboard::admit(*device);
+        if (answer == EvdevKeyboard::Refusal::none)
             return {true,
                     "The Ctrl keys and the left Alt key are read from the keyboards in " +
-                        folder.string() + ", and no other key.",
+                        devices.folder.string() + ", and no other key.",
                     ""};
-        everyKey = everyKey || refusal == EvdevKeyboard::Refusal::everyKey;
+        everyKey = everyKey || answer == EvdevKeyboard::Refusal::everyKey;
     }
     if (everyKey)
         return {false,
                 "This kernel cannot hold back the other keys of a keyboard, and Kelo does not "
                 "read what you type.",
                 "Use Linux 4.4 or later."};
-    if (closed)
-        return {false, "The devices in " + folder.string() + " cannot be read.",
+    if (refused)
+        return {false, "The devices in " + devices.folder.string() + " cannot be read.",
                 "Have an administrator add you to the group \"input\" and log in again, or add a "
                 "udev rule that lets you read keyboards. Mind that every program you run can then "
                 "read all that is typed."};
-    return {false, "There is no keyboard in " + folder.string() + ".",
+    return {false, "There is no keyboard in " + devices.folder.string() + ".",
             "Connect a keyboard and start Kelo again."};
 }
 
 bool EvdevModifierSource::start(Handler handler) {
-    keyboards = std::make_shared<Keyboards>(folder, opener, std::move(handler));
+    keyboards = std::make_shared<Keyboards>(devices, std::move(handler));
     if (!keyboards->start())
         keyboards.reset();
     return keyboards != nullptr;

@@ -17,8 +17,15 @@ namespace kelo::desktop {
 /// place on the keyboard.
 class EvdevModifierSource final : public ModifierSource {
 public:
-    explicit EvdevModifierSource(std::filesystem::path folder = "/dev/input",
-                                 EvdevOpener opener = EvdevNode::open);
+    /// Where the devices are, and how to open and describe them.
+    struct Devices {
+        std::filesystem::path folder = "/dev/input";
+        std::filesystem::path descriptions = "/sys/class/input";
+        EvdevOpener open = EvdevNode::open;
+    };
+
+    EvdevModifierSource() : EvdevModifierSource(Devices{}) {}
+    explicit EvdevModifierSource(Devices devices);
     ~EvdevModifierSource() override;
 
     std::string name() const override { return "evdev"; }
@@ -31,8 +38,7 @@ public:
 private:
     class Keyboards;
 
-    std::filesystem::path folder;
-    EvdevOpener opener;
+    Devices devices;
     std::shared_ptr<Keyboards> keyboards;
 };
 
