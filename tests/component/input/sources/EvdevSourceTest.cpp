@@ -23,7 +23,7 @@ const Bytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + repo
 class EvdevSource : public testing::Test {
 protected:
     bool start() {
-        source = std::make_unique<EvdevModifierSource>(keyboards.path(), keyboards.opener());
+        source = std::make_unique<EvdevModifierSource>(keyboards.devices());
         return source->start([this](ModifierFlags flags) { heard.push_back(flags); });
     }
     bool waitFor(std::size_t count) {
@@ -33,7 +33,7 @@ protected:
         return MainLoopScope::runUntil([&] { return keyboards.openNow == count; });
     }
     desktop::Availability availability() {
-        return EvdevModifierSource(keyboards.path(), keyboards.opener()).availability();
+        return EvdevModifierSource(keyboards.devices()).availability();
     }
 
     MainLoopScope loop;
@@ -210,6 +210,34 @@ TEST_F(EvdevSource, WhatIsNoKeyboardIsLeftAlone) {
     EXPECT_EQ(device.asked, "");
 }
 
+TEST_F(EvdevSource, ADeviceThatIsDescribedAsNoKeyboardIsNotEvenOpened) {
+    keyboards.plug("event0");
+    keyboards.describe("event0", "1f0000 0 0 0 0");
+    keyboards.plug("event1");
+    keyboards.describe("event1", "40000000 10000000000000");
+    EXPECT_FALSE(availability().available);
+    EXPECT_FALSE(start());
+    EXPECT_EQ(keyboards.opened, 0);
+}
+
+TEST_F(EvdevSource, ADeviceThatIsDescribedAsAKeyboardIsRead) {
+    keyboards.plug("event0");
+    keyboards.describe("event0", "402000000 3803078f800d001 feffffdfffefffff fffffffffffffffe");
+    ASSERT_TRUE(start());
+    keyboards.plug("event1");
+    keyboards.describe("event1", "200000000 0");
+    ASSERT_TRUE(waitUntilOpen(2)) << "the right control key alone";
+}
+
+TEST_F(EvdevSource, ADescriptionThatMakesNoSenseIsNotBelieved) {
+    keyboards.plug("event0");
+    keyboards.describe("event0", "nothing");
+    ASSERT_TRUE(start());
+    keyboards.plug("event1");
+    keyboards.describe("event1", "");
+    ASSERT_TRUE(waitUntilOpen(2));
+}
+
 TEST_F(EvdevSource, LostEventsAreMadeUpForByAskingTheKeyboard) {
     auto& keyboard = keyboards.plug("event0");
     ASSERT_TRUE(start());
@@ -223,7 +251,7 @@ TEST_F(EvdevSource, LostEventsAreMadeUpForByAskingTheKeyboard) {
 
 TEST_F(EvdevSource, AHandlerMayLetTheSourceGo) {
     const auto& keyboard = keyboards.plug("event0");
-    source = std::make_unique<EvdevModifierSource>(keyboards.path(), keyboards.opener());
+    source = std::make_unique<EvdevModifierSource>(keyboards.devices());
     ASSERT_TRUE(source->start([this](ModifierFlags flags) {
         heard.push_back(flags);
         source.reset();
@@ -274,14 +302,16 @@ TEST_F(EvdevSource, SaysThatThereIsNoKeyboard) {
 }
 
 TEST_F(EvdevSource, AFolderThatIsMissingIsNoKeyboard) {
-    EvdevModifierSource missing(keyboards.path() / "missing", keyboards.opener());
+    auto devices = keyboards.devices();
+    devices.folder /= "missing";
+    EvdevModifierSource missing(devices);
     EXPECT_FALSE(missing.isAvailable());
     EXPECT_FALSE(missing.start([](ModifierFlags) {}));
 }
 
 TEST_F(EvdevSource, AFileThatIsNoDeviceIsLeftAlone) {
     keyboards.plug("event0");
-    EvdevModifierSource real(keyboards.path());
+    EvdevModifierSource real({keyboards.path(), keyboards.path() / "descriptions"});
     EXPECT_THAT(real.availability().reason, HasSubstr("no keyboard"));
     EXPECT_FALSE(real.start([](ModifierFlags) {}));
 }

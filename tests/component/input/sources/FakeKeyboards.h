@@ -4,7 +4,7 @@
 
 #include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/glib/FileDescriptor.h"
-#include "linux/input/EvdevDevice.h"
+#include "linux/input/EvdevModifierSource.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -61,8 +61,16 @@ public:
     }
 
     const std::filesystem::path& path() const { return folder.path(); }
-    desktop::EvdevOpener opener() {
-        return [this](const std::filesystem::path& path) { return open(path.filename()); };
+    /// No device is described, so that each has to be opened.
+    desktop::EvdevModifierSource::Devices devices() {
+        return {path(), path() / "descriptions",
+                [this](const std::filesystem::path& path) { return open(path.filename()); }};
+    }
+    /// Has the system describe the device's keys.
+    void describe(const std::string& name, const std::string& keys) const {
+        const auto folder = path() / "descriptions" / name / "device" / "capabilities";
+        std::filesystem::create_directories(folder);
+        std::ofstream(folder / "key") << keys << "\n";
     }
     /// How many devices are open now.
     int openNow = 0;

@@ -1,0 +1,128 @@
+#include "InputBed.h"
+
+#include "component/passkey/MainLoopScope.h"
+#include "linux/input/EvdevModifierSource.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+// The device nodes, and the questions that are put to the kernel, as umockdev emulates them.
+
+namespace kelo {
+
+using desktop::EvdevModifierSource;
+using platform::ModifierFlags;
+using platform::modifier::control;
+using platform::modifier::option;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+EmulatedDevice keyboard() {
+    return {.keys = {KEY_ESC, KEY_A, KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTCTRL, KEY_RIGHTALT}};
+}
+
+EmulatedDevice mouse() {
+    return {.keys = {BTN_LEFT, BTN_RIGHT}};
+}
+
+const Bytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
+
+class EvdevDevices : public testing::Test {
+protected:
+    bool start() {
+        return source.start([this](ModifierFlags flags) { heard.push_back(flags); });
+    }
+    bool waitFor(std::size_t count) {
+        return MainLoopScope::runUntil([&] { return heard.size() >= count; });
+    }
+
+    MainLoopScope loop;
+    InputBed bed;
+    EvdevModifierSource source;
+    std::vector<ModifierFlags> heard;
+};
+
+TEST_F(EvdevDevices, KeyboardsAreFoundAmongTheDevicesAndRead) {
+    bed.plug("event0", mouse());
+    bed.plug("event1", keyboard());
+    bed.plug("event2", mouse());
+    EXPECT_TRUE(source.isAvailable());
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(bed.type("event1", chordDown));
+    ASSERT_TRUE(waitFor(2));
+    EXPECT_THAT(heard, ElementsAre(control, control | option));
+}
+
+TEST_F(EvdevDevices, TheKernelIsToldToHandOutTheTwoModifiersAndNothingElse) {
+    bed.plug("event1", keyboard());
+    ASSERT_TRUE(start());
+    EXPECT_THAT(bed.device("event1").masks,
+                UnorderedElementsAre(
+                    Pair(EV_SYN, UnorderedElementsAre(EV_SYN, EV_KEY)),
+                    Pair(EV_KEY, UnorderedElementsAre(KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTCTRL))));
+}
+
+TEST_F(EvdevDevices, AKernelWithoutMasksIsNotReadFrom) {
+    EmulatedDevice old = keyboard();
+    old.knowsMasks = false;
+    bed.plug("event1", old);
+    EXPECT_FALSE(source.isAvailable());
+    EXPECT_THAT(source.availability().advice, HasSubstr("4.4"));
+    EXPECT_FALSE(start());
+    EXPECT_FALSE(bed.device("event1").wasAskedWhatIsDown);
+}
+
+TEST_F(EvdevDevices, MiceAloneAreNoKeyboard) {
+    bed.plug("event0", mouse());
+    EXPECT_THAT(source.availability().reason, HasSubstr("no keyboard"));
+    EXPECT_FALSE(start());
+}
+
+TEST_F(EvdevDevices, KeysThatAreDownAtTheStartCount) {
+    bed.plug("event1", keyboard());
+    bed.setDown("event1", {KEY_A, KEY_RIGHTCTRL});
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(bed.type("event1", down(KEY_LEFTALT) + report()));
+    ASSERT_TRUE(waitFor(1));
+    EXPECT_THAT(heard, ElementsAre(control | option));
+}
+
+TEST_F(EvdevDevices, LostEventsAreMadeUpForByAskingTheKernel) {
+    bed.plug("event1", keyboard());
+    ASSERT_TRUE(start());
+    bed.setDown("event1", {KEY_LEFTALT});
+    ASSERT_TRUE(bed.type("event1", dropped() + report()));
+    ASSERT_TRUE(waitFor(1));
+    EXPECT_THAT(heard, ElementsAre(option));
+}
+
+TEST_F(EvdevDevices, AKeyboardIsPluggedInWhileWatching) {
+    bed.plug("event1", keyboard());
+    ASSERT_TRUE(start());
+    bed.plug("event2", mouse());
+    bed.plug("event3", keyboard());
+    ASSERT_TRUE(MainLoopScope::runUntil([&] { return bed.device("event3").wasAskedWhatIsDown; }));
+    ASSERT_TRUE(bed.type("event3", chordDown));
+    ASSERT_TRUE(waitFor(2));
+    EXPECT_THAT(heard, ElementsAre(control, control | option));
+    EXPECT_THAT(bed.device("event2").masks, IsEmpty());
+}
+
+TEST_F(EvdevDevices, UnpluggingInTheMiddleOfTheChordReleasesIt) {
+    bed.plug("event1", keyboard());
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(bed.type("event1", chordDown));
+    ASSERT_TRUE(waitFor(2));
+    bed.unplug("event1");
+    ASSERT_TRUE(waitFor(3));
+    EXPECT_THAT(heard, ElementsAre(control, control | option, 0));
+}
+
+} // namespace
+
+} // namespace kelo

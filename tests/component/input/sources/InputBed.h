@@ -1,0 +1,58 @@
+#pragma once
+
+#include "EventBytes.h"
+
+#include "linux/glib/FileDescriptor.h"
+#include "linux/glib/GObjectPointer.h"
+
+#include <umockdev.h>
+
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace kelo {
+
+/// What the kernel knows of one emulated input device. It is asked on a thread of the test bed.
+struct EmulatedDevice {
+    /// Key codes.
+    std::vector<int> keys = {};
+    std::vector<int> down = {};
+    bool knowsMasks = true;
+    /// The codes that a reader wants, by type of event, once it has said so.
+    std::map<unsigned, std::vector<int>> masks = {};
+    bool wasAskedWhatIsDown = false;
+};
+
+/// Emulated devices in /dev/input and /sys/class/input, for this process alone, which must run
+/// under umockdev's preload library.
+class InputBed {
+public:
+    InputBed();
+    ~InputBed();
+    InputBed(const InputBed&) = delete;
+    InputBed& operator=(const InputBed&) = delete;
+
+    /// Describes the device in /sys by its keys, too.
+    void plug(const std::string& name, EmulatedDevice device);
+    /// The kernel's end of the device closes, and its node goes.
+    void unplug(const std::string& name);
+    /// Sends bytes that a read of the device gives.
+    bool type(const std::string& name, const Bytes& bytes) const;
+    void setDown(const std::string& name, std::vector<int> codes);
+    EmulatedDevice device(const std::string& name) const;
+    std::filesystem::path node(const std::string& name) const;
+
+private:
+    static gboolean answer(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer self);
+    gboolean answer(UMockdevIoctlClient* client);
+
+    mutable std::mutex mutex;
+    std::map<std::string, EmulatedDevice> devices;
+    desktop::GObjectPointer<UMockdevTestbed> bed;
+    desktop::GObjectPointer<UMockdevIoctlBase> kernel;
+};
+
+} // namespace kelo

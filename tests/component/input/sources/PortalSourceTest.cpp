@@ -1,0 +1,375 @@
+#include "component/passkey/MainLoopScope.h"
+#include "component/passkey/SessionBus.h"
+#include "fakes/authenticator/TemporaryFolder.h"
+#include "linux/input/PortalModifierSource.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+// A portal made by dbusmock, on a bus of its own.
+
+namespace kelo {
+
+using desktop::PortalModifierSource;
+using platform::ModifierFlags;
+using platform::modifier::control;
+using platform::modifier::option;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+constexpr const char* portalName = "org.freedesktop.portal.Desktop";
+constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
+constexpr const char* bound = "BindShortcuts own session: widget, Voice widget, CTRL+ALT+space";
+
+class PortalSource : public testing::Test {
+protected:
+    /// parameters: JSON, as the portal's file explains them.
+    void startPortal(const std::string& parameters = "{}") {
+        portal = Child({"/usr/bin/python3", "-m", "dbusmock", "--session", "--template",
+                        KELO_DESKTOP_PORTAL, "--parameters", parameters},
+                       {"DBUS_SESSION_BUS_ADDRESS=" + bus.address()});
+        ASSERT_TRUE(bus.waitForName(portalName));
+    }
+    void stopPortal() {
+        portal.kill();
+        ASSERT_TRUE(bus.waitForNoName(portalName));
+    }
+    GVariantPointer command(const char* method, GVariant* parameters = nullptr) const {
+        GError* error = nullptr;
+        GVariantPointer answer(g_dbus_connection_call_sync(
+            bus.connection(), portalName, portalPath, "org.freedesktop.DBus.Mock", method,
+            parameters, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, &error));
+        if (const desktop::GErrorPointer failure(error); failure)
+            ADD_FAILURE() << method << ": " << failure->message;
+        return answer;
+    }
+    void press(const char* shortcut = "widget") const {
+        command("Press", g_variant_new("(s)", shortcut));
+    }
+    void release() const { command("Release", g_variant_new("(s)", "widget")); }
+    std::vector<std::string> asked() const {
+        const auto answer = command("Asked");
+        std::vector<std::string> lines;
+        if (!answer)
+            return lines;
+        const GVariantPointer array(g_variant_get_child_value(answer.get(), 0));
+        for (gsize i = 0; i < g_variant_n_children(array.get()); ++i) {
+            const GVariantPointer line(g_variant_get_child_value(array.get(), i));
+            lines.emplace_back(g_variant_get_string(line.get(), nullptr));
+        }
+        return lines;
+    }
+    bool waitUntilAsked(std::size_t count) const {
+        return MainLoopScope::runUntil([&] { return asked().size() >= count; });
+    }
+    bool start() {
+        return source->start([this](ModifierFlags flags) { heard.push_back(flags); });
+    }
+    bool waitFor(std::size_t count) const {
+        return MainLoopScope::runUntil([&] { return heard.size() >= count; });
+    }
+
+    MainLoopScope loop;
+    fakes::TemporaryFolder folder;
+    SessionBus bus{folder.path()};
+    Child portal;
+    std::unique_ptr<PortalModifierSource> source =
+        std::make_unique<PortalModifierSource>(bus.address());
+    std::vector<ModifierFlags> heard;
+};
+
+TEST_F(PortalSource, AsksForOneShortcutAndTakesItsPressForTheChord) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound));
+    press();
+    ASSERT_TRUE(waitFor(1));
+    EXPECT_THAT(heard, ElementsAre(control | option));
+    release();
+    ASSERT_TRUE(waitFor(2));
+    EXPECT_THAT(heard, ElementsAre(control | option, 0));
+}
+
+TEST_F(PortalSource, SaysWhoAsksBeforeAnythingElseWhereThePortalWantsToKnow) {
+    startPortal(R"({"registry": true})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(3));
+    EXPECT_THAT(asked(), ElementsAre("Register app.kelo.Kelo", "CreateSession", bound));
+}
+
+TEST_F(PortalSource, RepeatedPressesAreOne) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    press();
+    release();
+    release();
+    press();
+    ASSERT_TRUE(waitFor(3));
+    EXPECT_THAT(heard, ElementsAre(control | option, 0, control | option));
+}
+
+TEST_F(PortalSource, OtherShortcutsAndOtherSessionsAreNotOurs) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    press("another");
+    command("PressInAnotherSession");
+    release();
+    press();
+    ASSERT_TRUE(waitFor(1));
+    EXPECT_THAT(heard, ElementsAre(control | option)) << "the first press that was heard is ours";
+    release();
+    ASSERT_TRUE(waitFor(2));
+}
+
+TEST_F(PortalSource, AnotherProgramCannotPlayThePortal) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    const auto path = command("Session");
+    ASSERT_TRUE(path);
+    const char* session = nullptr;
+    g_variant_get(path.get(), "(&s)", &session);
+    const auto pretend = [&](const char* signal) {
+        g_dbus_connection_emit_signal(
+            bus.connection(), nullptr, portalPath, "org.freedesktop.portal.GlobalShortcuts", signal,
+            g_variant_new_parsed("(%o, 'widget', uint64 0, @a{sv} {})", session), nullptr);
+    };
+    pretend("Activated");
+    pretend("Deactivated");
+    press();
+    ASSERT_TRUE(waitFor(1));
+    EXPECT_THAT(heard, ElementsAre(control | option));
+}
+
+TEST_F(PortalSource, AUserWhoRefusesIsNotAskedAgain) {
+    startPortal(R"({"refuses": "BindShortcuts"})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(3));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound, "Close session"));
+    press();
+    stopPortal();
+    EXPECT_THAT(heard, IsEmpty());
+}
+
+TEST_F(PortalSource, ASessionThatIsRefusedIsTheEndOfIt) {
+    startPortal(R"({"refuses": "CreateSession"})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(1));
+    stopPortal();
+    startPortal();
+    ASSERT_TRUE(waitUntilAsked(2));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound)) << "the next portal is asked";
+}
+
+TEST_F(PortalSource, APortalWithoutShortcutsIsLeftAlone) {
+    startPortal(R"({"shortcuts": false, "refuses": "CreateSession"})");
+    const auto found = source->availability();
+    EXPECT_FALSE(found.available);
+    EXPECT_THAT(found.reason, HasSubstr("does not offer global shortcuts"));
+    EXPECT_THAT(found.advice, HasSubstr("kelo --widget"));
+}
+
+TEST_F(PortalSource, APortalThatComesLaterIsAsked) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(bus.waitForNoName(portalName));
+    startPortal();
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    ASSERT_TRUE(waitFor(1));
+}
+
+TEST_F(PortalSource, APortalThatIsRestartedIsAskedAnewAndReleasesTheKeys) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    ASSERT_TRUE(waitFor(1));
+    stopPortal();
+    ASSERT_TRUE(waitFor(2));
+    EXPECT_THAT(heard, ElementsAre(control | option, 0));
+    startPortal();
+    ASSERT_TRUE(waitUntilAsked(2));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound));
+    press();
+    ASSERT_TRUE(waitFor(3));
+}
+
+TEST_F(PortalSource, ASessionThatThePortalEndsIsAskedForOnceMore) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    ASSERT_TRUE(waitFor(1));
+    command("EndSession");
+    ASSERT_TRUE(waitFor(2));
+    EXPECT_THAT(heard, ElementsAre(control | option, 0)) << "its end releases the keys";
+    ASSERT_TRUE(waitUntilAsked(4));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound, "CreateSession", bound));
+
+    press();
+    ASSERT_TRUE(waitFor(3));
+    command("EndSession");
+    ASSERT_TRUE(waitFor(4));
+    EXPECT_THAT(asked(), SizeIs(4)) << "and not for ever";
+}
+
+TEST_F(PortalSource, ThePortalIsToldWhenNobodyWantsTheShortcutAnyMore) {
+    startPortal();
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    ASSERT_TRUE(waitFor(1));
+    source.reset();
+    ASSERT_TRUE(waitUntilAsked(3));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound, "Close session"));
+    release();
+    EXPECT_THAT(heard, SizeIs(1));
+}
+
+TEST_F(PortalSource, AQuestionBeforeTheUserIsTakenBackWhenNobodyWaitsForIt) {
+    startPortal(R"({"ignores": "BindShortcuts"})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    source.reset();
+    ASSERT_TRUE(waitUntilAsked(4));
+    EXPECT_THAT(asked(), testing::UnorderedElementsAre("CreateSession", bound, "Close session",
+                                                       "Close BindShortcuts"));
+}
+
+TEST_F(PortalSource, MayGoAtAnyPointOfTheWay) {
+    startPortal();
+    bool arrived = false;
+    for (int turns = 0; !arrived; ++turns) {
+        source = std::make_unique<PortalModifierSource>(bus.address());
+        const auto before = asked().size();
+        ASSERT_TRUE(start());
+        for (int turn = 0; turn < turns && !arrived; ++turn) {
+            g_main_context_iteration(nullptr, TRUE);
+            arrived = asked().size() >= before + 2;
+        }
+        source.reset();
+        ASSERT_LT(turns, 1000);
+    }
+    EXPECT_THAT(heard, IsEmpty());
+}
+
+TEST_F(PortalSource, AHandlerMayLetTheSourceGo) {
+    startPortal();
+    ASSERT_TRUE(source->start([this](ModifierFlags flags) {
+        heard.push_back(flags);
+        source.reset();
+    }));
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    ASSERT_TRUE(waitFor(1));
+    ASSERT_TRUE(waitUntilAsked(3));
+}
+
+TEST_F(PortalSource, IsAvailableWhereThePortalHasShortcutsAndAsksForNoneToSeeThat) {
+    startPortal();
+    const auto found = source->availability();
+    EXPECT_TRUE(found.available);
+    EXPECT_THAT(found.reason, HasSubstr("Ctrl+Alt+Space"));
+    EXPECT_THAT(found.advice, IsEmpty());
+    EXPECT_THAT(asked(), IsEmpty());
+    EXPECT_TRUE(source->coversOwnWindows());
+}
+
+TEST_F(PortalSource, SaysThatThereIsNoPortal) {
+    const auto found = source->availability();
+    EXPECT_FALSE(found.available);
+    EXPECT_THAT(found.reason, HasSubstr("no portal"));
+    EXPECT_THAT(found.advice, HasSubstr("xdg-desktop-portal"));
+}
+
+TEST_F(PortalSource, SaysThatThereIsNoSessionBus) {
+    PortalModifierSource alone{""};
+    EXPECT_FALSE(alone.isAvailable());
+    EXPECT_THAT(alone.availability().reason, HasSubstr("no session bus"));
+    EXPECT_FALSE(alone.start([](ModifierFlags) {}));
+}
+
+TEST_F(PortalSource, ABusThatIsGoneIsSaidAndDoesNoHarm) {
+    PortalModifierSource lost{"unix:path=" + (folder.path() / "nothing").string()};
+    EXPECT_THAT(lost.availability().reason, HasSubstr("does not answer"));
+    ASSERT_TRUE(lost.start([](ModifierFlags) {}));
+    startPortal();
+}
+
+TEST_F(PortalSource, APortalThatHangsIsGivenUp) {
+    // It would answer in a turn of this loop, which the question holds up.
+    GDBusNodeInfo* interfaces = g_dbus_node_info_new_for_xml(
+        "<node><interface name='org.freedesktop.portal.GlobalShortcuts'>"
+        "<property name='version' type='u' access='read'/></interface></node>",
+        nullptr);
+    GDBusInterfaceVTable functions{};
+    functions.get_property = [](GDBusConnection*, const gchar*, const gchar*, const gchar*,
+                                const gchar*, GError**,
+                                gpointer) { return g_variant_new_uint32(1); };
+    const guint object =
+        g_dbus_connection_register_object(bus.connection(), portalPath, interfaces->interfaces[0],
+                                          &functions, nullptr, nullptr, nullptr);
+    g_dbus_node_info_unref(interfaces);
+    const GVariantPointer owned(g_dbus_connection_call_sync(
+        bus.connection(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "RequestName", g_variant_new("(su)", portalName, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+        nullptr, nullptr));
+    ASSERT_TRUE(owned);
+    const auto found = source->availability();
+    EXPECT_FALSE(found.available);
+    EXPECT_THAT(found.reason, HasSubstr("does not answer"));
+    g_dbus_connection_unregister_object(bus.connection(), object);
+}
+
+/// A bus that would start a portal for whoever calls it.
+class StartingBus {
+public:
+    explicit StartingBus(const std::filesystem::path& folder) {
+        std::ofstream(folder / "portal.service")
+            << "[D-BUS Service]\nName=" << portalName << "\nExec=/usr/bin/touch "
+            << (folder / "started").string() << "\n";
+        std::ofstream(folder / "starting.conf")
+            << "<busconfig><type>session</type><listen>unix:dir=" << folder.string()
+            << "</listen><servicedir>" << folder.string()
+            << "</servicedir><policy context='default'><allow send_destination='*' "
+               "eavesdrop='true'/><allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
+        daemon = Child({"dbus-daemon", "--nofork", "--print-address=1",
+                        "--config-file=" + (folder / "starting.conf").string()},
+                       {});
+        address = daemon.readLine();
+    }
+    std::string address;
+
+private:
+    Child daemon;
+};
+
+TEST_F(PortalSource, SaysThatThePortalIsNotRunningYetAndStartsItOnlyToUseIt) {
+    const StartingBus starting(folder.path());
+    const auto started = folder.path() / "started";
+    PortalModifierSource idle(starting.address);
+    EXPECT_TRUE(idle.isAvailable());
+    EXPECT_THAT(idle.availability().reason, HasSubstr("is started when Kelo needs it"));
+    EXPECT_FALSE(std::filesystem::exists(started));
+
+    const auto watched =
+        desktop::GObjectPointer<GFile>::adopt(g_file_new_for_path(started.c_str()));
+    const auto monitor = desktop::GObjectPointer<GFileMonitor>::adopt(
+        g_file_monitor_file(watched.get(), G_FILE_MONITOR_NONE, nullptr, nullptr));
+    ASSERT_TRUE(idle.start([](ModifierFlags) {}));
+    EXPECT_TRUE(MainLoopScope::runUntil([&] { return std::filesystem::exists(started); }));
+}
+
+} // namespace
+
+} // namespace kelo

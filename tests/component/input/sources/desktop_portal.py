@@ -1,0 +1,125 @@
+"""A desktop portal with global shortcuts, for dbusmock. Asked() gives what it was asked, in order.
+
+Parameters:
+  shortcuts  false: it has no global shortcuts
+  registry   true: it wants to be told who asks
+  refuses    the method that the user or the portal refuses
+  ignores    the method that is taken, but never responded to
+"""
+
+import dbus
+import dbus.lowlevel
+from dbusmock import MOCK_IFACE
+
+BUS_NAME = 'org.freedesktop.portal.Desktop'
+MAIN_OBJ = '/org/freedesktop/portal/desktop'
+MAIN_IFACE = 'org.freedesktop.portal.GlobalShortcuts'
+SYSTEM_BUS = False
+
+REGISTRY = 'org.freedesktop.host.portal.Registry'
+REQUEST = 'org.freedesktop.portal.Request'
+SESSION = 'org.freedesktop.portal.Session'
+
+
+def load(mock, parameters):
+    mock.asked = []
+    mock.sessions = []
+    mock.client = None
+    mock.refuses = parameters.get('refuses')
+    mock.ignores = parameters.get('ignores')
+    mock.has_registry = bool(parameters.get('registry', False))
+    if parameters.get('shortcuts', True):
+        mock.AddProperties(MAIN_IFACE, {'version': dbus.UInt32(1)})
+
+
+def send(mock, path, interface, name, signature, *values):
+    """Signals go to the client alone, as a portal's do."""
+    signal = dbus.lowlevel.SignalMessage(path, interface, name)
+    signal.set_destination(mock.client)
+    signal.append(signature=signature, *values)
+    mock.connection.send_message(signal)
+
+
+def place(kind, sender, token):
+    return f"{MAIN_OBJ}/{kind}/{sender[1:].replace('.', '_')}/{token}"
+
+
+def noting(text):
+    """The code of a method that notes that it was called."""
+    return f"objects['{MAIN_OBJ}'].asked.append('{text}')"
+
+
+def respond(mock, method, options, results):
+    """Before the method returns: a client that subscribes only then is too late."""
+    path = place('request', mock.client, options['handle_token'])
+    mock.AddObject(path, REQUEST, {}, [('Close', '', '', noting('Close ' + method))])
+    if mock.ignores != method:
+        refused = mock.refuses == method
+        send(mock, path, REQUEST, 'Response', 'ua{sv}', 1 if refused else 0,
+             dbus.Dictionary({} if refused else results, signature='sv'))
+    return dbus.ObjectPath(path)
+
+
+@dbus.service.method(REGISTRY, in_signature='sa{sv}', out_signature='', sender_keyword='sender')
+def Register(self, identifier, _options, sender=None):
+    if not self.has_registry:
+        raise dbus.exceptions.DBusException('no such interface',
+                                            name='org.freedesktop.DBus.Error.UnknownMethod')
+    self.asked.append(f'Register {identifier}')
+
+
+@dbus.service.method(MAIN_IFACE, in_signature='a{sv}', out_signature='o', sender_keyword='sender')
+def CreateSession(self, options, sender=None):
+    self.client = sender
+    self.asked.append('CreateSession')
+    session = place('session', sender, options['session_handle_token'])
+    self.sessions.append(session)
+    self.AddObject(session, SESSION, {}, [('Close', '', '', noting('Close session'))])
+    return respond(self, 'CreateSession', options, {'session_handle': session})
+
+
+@dbus.service.method(MAIN_IFACE, in_signature='oa(sa{sv})sa{sv}', out_signature='o',
+                     sender_keyword='sender')
+def BindShortcuts(self, session, shortcuts, _parent, options, sender=None):
+    self.client = sender
+    for name, properties in shortcuts:
+        known = 'own' if session in self.sessions else 'unknown'
+        self.asked.append(f"BindShortcuts {known} session: {name}, {properties['description']}, "
+                          f"{properties['preferred_trigger']}")
+    return respond(self, 'BindShortcuts', options, {'shortcuts': shortcuts})
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='', out_signature='as')
+def Asked(self):
+    """What the client asked, in order."""
+    return dbus.Array(self.asked, signature='s')
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='', out_signature='s')
+def Session(self):
+    return self.sessions[-1]
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='s', out_signature='')
+def Press(self, shortcut):
+    trigger(self, 'Activated', shortcut, self.sessions[-1])
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='s', out_signature='')
+def Release(self, shortcut):
+    trigger(self, 'Deactivated', shortcut, self.sessions[-1])
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='', out_signature='')
+def PressInAnotherSession(self):
+    trigger(self, 'Activated', 'widget', MAIN_OBJ + '/session/1_1/other')
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='', out_signature='')
+def EndSession(self):
+    send(self, self.sessions[-1], SESSION, 'Closed', 'a{sv}', dbus.Dictionary({}, signature='sv'))
+
+
+def trigger(mock, name, shortcut, session):
+    send(mock, MAIN_OBJ, MAIN_IFACE, name, 'osta{sv}', dbus.ObjectPath(session), shortcut,
+         dbus.UInt64(0), dbus.Dictionary({}, signature='sv'))
