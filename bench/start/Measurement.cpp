@@ -1,7 +1,7 @@
 #include "start/Measurement.h"
 
 #include "e2e/rig/ChildProcess.h"
-#include "start/ProcessTree.h"
+#include "e2e/rig/ProcessTree.h"
 
 #include <stdexcept>
 #include <sys/stat.h>
@@ -36,7 +36,7 @@ bool exists(pid_t process) {
 
 /// The next start must find neither the processes of this one nor their files in use.
 void endWithTree(rig::ChildProcess& process) {
-    const auto tree = processTree(process.identifier());
+    const auto tree = rig::processTree(process.identifier());
     process.end();
     const auto deadline = Clock::now() + patience;
     for (const pid_t member : tree) {
@@ -84,18 +84,18 @@ Sample measure(const WindowWatch& watch, const Candidate& candidate,
     at(sample, Quantity::painted) = milliseconds(*painted - start);
 
     std::this_thread::sleep_for(settling);
-    const auto tree = processTree(process.identifier());
+    const auto tree = rig::processTree(process.identifier());
     const auto pid = process.identifier();
-    at(sample, Quantity::interfaceMemory) = mebibytes(proportionalSetSize(pid));
-    at(sample, Quantity::treeMemory) = sum(tree, proportionalSetSize) / 1024;
+    at(sample, Quantity::interfaceMemory) = mebibytes(rig::proportionalSetSize(pid));
+    at(sample, Quantity::treeMemory) = sum(tree, rig::proportionalSetSize) / 1024;
 
-    const double interfaceBefore = static_cast<double>(voluntarySwitches(pid));
-    const double treeBefore = sum(tree, voluntarySwitches);
+    const double interfaceBefore = static_cast<double>(rig::voluntarySwitches(pid));
+    const double treeBefore = sum(tree, rig::voluntarySwitches);
     std::this_thread::sleep_for(idleWindow);
     const double seconds = std::chrono::duration<double>(idleWindow).count();
     at(sample, Quantity::interfaceWakeUps) =
-        (static_cast<double>(voluntarySwitches(pid)) - interfaceBefore) / seconds;
-    at(sample, Quantity::treeWakeUps) = (sum(tree, voluntarySwitches) - treeBefore) / seconds;
+        (static_cast<double>(rig::voluntarySwitches(pid)) - interfaceBefore) / seconds;
+    at(sample, Quantity::treeWakeUps) = (sum(tree, rig::voluntarySwitches) - treeBefore) / seconds;
     endWithTree(process);
     return sample;
 }

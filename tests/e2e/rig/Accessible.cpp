@@ -74,6 +74,13 @@ std::string Accessible::text() const {
     return text;
 }
 
+double Accessible::value() const {
+    const VariantPointer found = bus->property(object, "org.a11y.atspi.Value", "CurrentValue");
+    if (!found || !g_variant_is_of_type(found.get(), G_VARIANT_TYPE_DOUBLE))
+        return 0;
+    return g_variant_get_double(found.get());
+}
+
 bool Accessible::hasState(unsigned number) const {
     const VariantPointer reply = bus->call(object, accessibleInterface, "GetState");
     if (!reply || !g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(au)")))

@@ -25,6 +25,8 @@ enum class Role : std::uint32_t {
     entry = 79,
     heading = 83,
     document = 95,
+    staticText = 116,
+    levelBar = 103,
 };
 
 /// In pixels of the window that shows the object, from its upper left corner.
@@ -47,6 +49,9 @@ public:
     std::vector<Accessible> children() const;
     /// The text of an entry or a label; for a masked entry what it shows.
     std::string text() const;
+
+    /// Where something that measures stands, from its least to its most.
+    double value() const;
 
     bool isSensitive() const;
     bool isFocused() const;

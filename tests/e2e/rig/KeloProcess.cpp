@@ -42,9 +42,17 @@ std::map<std::string, std::string> environment(const fs::path& data) {
     return variables;
 }
 
+std::vector<std::string> commandLine(const fs::path& program,
+                                     const std::vector<std::string>& arguments) {
+    std::vector<std::string> all{program};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
+}
+
 } // namespace
 
-KeloProcess::KeloProcess(const fs::path& build, const fs::path& data, const fs::path& output)
-    : process({programToRun(build, data)}, environment(data), output) {}
+KeloProcess::KeloProcess(const fs::path& build, const fs::path& data, const fs::path& output,
+                         const std::vector<std::string>& arguments)
+    : process(commandLine(programToRun(build, data), arguments), environment(data), output) {}
 
 } // namespace kelo::rig

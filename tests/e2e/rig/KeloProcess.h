@@ -3,6 +3,8 @@
 #include "e2e/rig/ChildProcess.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace kelo::rig {
 
@@ -12,7 +14,8 @@ public:
     /// Starts it. What it keeps (cookies, passkeys) lies below `data`, so that a second process
     /// with the same folder is the same user's next start.
     KeloProcess(const std::filesystem::path& build, const std::filesystem::path& data,
-                const std::filesystem::path& output);
+                const std::filesystem::path& output,
+                const std::vector<std::string>& arguments = {});
 
     bool isRunning() { return process.isRunning(); }
     pid_t identifier() const { return process.identifier(); }

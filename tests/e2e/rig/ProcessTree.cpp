@@ -1,11 +1,12 @@
-#include "start/ProcessTree.h"
+#include "e2e/rig/ProcessTree.h"
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 
-namespace kelo::bench {
+namespace kelo::rig {
 
 namespace {
 
@@ -49,6 +50,23 @@ std::uint64_t proportionalSetSize(pid_t process) {
     return number(fs::path("/proc") / std::to_string(process) / "smaps_rollup", "Pss");
 }
 
+std::uint64_t residentSetSize(pid_t process) {
+    return number(fs::path("/proc") / std::to_string(process) / "status", "VmRSS");
+}
+
+std::string programName(pid_t process) {
+    std::ifstream file(fs::path("/proc") / std::to_string(process) / "comm");
+    std::string name;
+    std::getline(file, name);
+    return name;
+}
+
+std::size_t openDescriptors(pid_t process) {
+    std::error_code gone;
+    const fs::directory_iterator all(fs::path("/proc") / std::to_string(process) / "fd", gone);
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
 std::uint64_t voluntarySwitches(pid_t process) {
     std::uint64_t sum = 0;
     std::error_code gone;
@@ -58,4 +76,4 @@ std::uint64_t voluntarySwitches(pid_t process) {
     return sum;
 }
 
-} // namespace kelo::bench
+} // namespace kelo::rig

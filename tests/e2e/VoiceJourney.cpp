@@ -1,0 +1,160 @@
+#include "e2e/VoiceJourney.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace kelo::e2e {
+
+namespace {
+
+constexpr const char* logFile = "/tmp/kelo-debug.log";
+constexpr const char* control = "Control_L";
+constexpr const char* option = "Alt_L";
+
+constexpr int panelWidth = 640;
+constexpr int panelHeight = 620;
+constexpr int aboveEdge = 16;
+
+} // namespace
+
+VoiceJourney::VoiceJourney() {
+    std::error_code missing;
+    const auto size = std::filesystem::file_size(logFile, missing);
+    logBegin = missing ? 0 : size;
+}
+
+void VoiceJourney::SetUp() {
+    startService();
+    startKelo();
+    awaitThat("the hotkey is armed",
+              [&] { return debugLog().find("VoiceController.start") != std::string::npos; });
+    awaitThat("Kelo's window is on the screen", [&] { return mainWindow().has_value(); });
+}
+
+void VoiceJourney::TearDown() {
+    // A key that a failed test left down would be held in the next one.
+    releaseChord();
+    Journey::TearDown();
+    pages.reset();
+}
+
+void VoiceJourney::pressChord() const {
+    desktop().screen.keyboard.down(control);
+    desktop().screen.keyboard.down(option);
+}
+
+void VoiceJourney::releaseChord() const {
+    desktop().screen.keyboard.up(option);
+    desktop().screen.keyboard.up(control);
+}
+
+void VoiceJourney::tapChord() const {
+    pressChord();
+    releaseChord();
+}
+
+rig::ScreenWindow VoiceJourney::tapToShow() {
+    tapChord();
+    return awaitPanel();
+}
+
+void VoiceJourney::tapToHide() {
+    tapChord();
+    awaitNoPanel();
+}
+
+rig::ScreenWindow VoiceJourney::awaitPanel() {
+    return panel.awaitShown(kelo->identifier());
+}
+
+void VoiceJourney::awaitNoPanel() {
+    panel.awaitHidden(kelo->identifier());
+}
+
+void VoiceJourney::awaitWidgetPage(const rig::ScreenWindow& shown) const {
+    const auto heading = desktop().tree.await(rig::pageHeading("Voice"));
+    const auto place = heading.extents();
+    awaitThat("the widget's page is drawn", [&] {
+        return desktop().screen.isDrawn({shown.origin.x + place.x, shown.origin.y + place.y},
+                                        place.width, place.height);
+    });
+}
+
+void VoiceJourney::awaitKeyboard(const rig::ScreenWindow& shown) const {
+    awaitThat("the panel has the keyboard", [&] { return panel.hasKeyboard(shown); });
+}
+
+void VoiceJourney::clickInPanel(const rig::ScreenWindow& shown, const rig::Wanted& wanted) const {
+    const auto place = desktop().tree.await(wanted).extents();
+    desktop().screen.pointer.click(
+        {shown.origin.x + place.x + place.width / 2, shown.origin.y + place.y + place.height / 2});
+}
+
+rig::Area VoiceJourney::placeOn(const rig::Area& monitor) {
+    return {{monitor.corner.x + (monitor.width - panelWidth) / 2,
+             monitor.corner.y + monitor.height - aboveEdge - panelHeight},
+            panelWidth,
+            panelHeight};
+}
+
+rig::Area VoiceJourney::wholeScreen() const {
+    const auto& connection = desktop().screen.connection;
+    return {{0, 0}, connection.width(), connection.height()};
+}
+
+std::optional<rig::ScreenWindow> VoiceJourney::mainWindow() const {
+    const auto windows = desktop().screen.windows.managed();
+    const auto found = std::ranges::find(windows, kelo->identifier(), &rig::ScreenWindow::process);
+    return found == windows.end() ? std::nullopt : std::optional(*found);
+}
+
+void VoiceJourney::goTo(screen::OtherProgram& other) const {
+    const auto& windows = desktop().screen.windows;
+    awaitThat("the other program's window is on the screen",
+              [&] { return windows.describe(other.window()).isMapped; });
+    awaitThat("the other program has the keyboard", [&] {
+        if (other.hasKeyboard())
+            return true;
+        desktop().screen.windows.tellManager(other.window(), "_NET_ACTIVE_WINDOW");
+        return false;
+    });
+}
+
+void VoiceJourney::awaitReceived(screen::OtherProgram& other, const std::string& text) const {
+    awaitThat("the other program has got \"" + text + "\"",
+              [&] { return other.received() == text; });
+}
+
+rig::StandInService& VoiceJourney::standIn(std::map<std::string, std::string> served) {
+    service.reset();
+    pages.reset();
+    pages = std::make_unique<rig::StandInService>(authority, std::move(served));
+    return *pages;
+}
+
+void VoiceJourney::awaitAsked(const rig::StandInService& standIn, const std::string& target) const {
+    awaitThat("the page has asked for " + target, [&] { return standIn.wasAsked(target); });
+}
+
+std::string VoiceJourney::debugLog() const {
+    std::ifstream log(logFile);
+    log.seekg(static_cast<std::streamoff>(logBegin));
+    return {std::istreambuf_iterator<char>(log), {}};
+}
+
+std::vector<pid_t> VoiceJourney::webProcesses() const {
+    auto all = rig::processTree(kelo->identifier());
+    std::erase_if(all, [](pid_t process) {
+        return rig::programName(process) != std::string("WebKitWebProcess").substr(0, 15);
+    });
+    return all;
+}
+
+void VoiceJourney::awaitThat(const std::string& what,
+                             const std::function<bool()>& condition) const {
+    desktop().tree.awaitThat(what, condition);
+}
+
+} // namespace kelo::e2e

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "e2e/rig/Screen.h"
+#include "screen/WindowEvents.h"
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace kelo::rig {
+
+/// A rectangle of the screen, in pixels from its upper left corner.
+struct Area {
+    Point corner;
+    int width = 0;
+    int height = 0;
+    friend bool operator==(const Area&, const Area&) = default;
+};
+
+/// The voice panel as its user has it: a window of Kelo's that no window manager manages, on the
+/// screen or not. Waits for what happens to windows, and for nothing else.
+class VoicePanel {
+public:
+    /// Nothing when it is not on the screen. The program is Kelo's process.
+    std::optional<ScreenWindow> shown(pid_t program) const;
+    /// Throws std::runtime_error when it does not come, or does not go, in time.
+    ScreenWindow awaitShown(pid_t program) const;
+    void awaitHidden(pid_t program) const;
+
+    /// The panel itself within its window, which has room for a shadow around it.
+    Area contents(const ScreenWindow& panel) const;
+    /// The keys go to it.
+    bool hasKeyboard(const ScreenWindow& panel) const;
+
+private:
+    const screen::WindowEvents events;
+    const screen::Windows windows{events.connection()};
+};
+
+} // namespace kelo::rig
