@@ -109,8 +109,10 @@ void MediaPermission::decide(WebKitUserMediaPermissionRequest* request) {
         view, origin, *type, [decision](PermissionDecision answer) { decision->take(answer); });
 }
 
-WebKitPermissionState MediaPermission::stateFor(WebKitPermissionStateQuery*) const {
-    return delegate.expired() ? WEBKIT_PERMISSION_STATE_DENIED : WEBKIT_PERMISSION_STATE_PROMPT;
+WebKitPermissionState MediaPermission::stateFor(WebKitPermissionStateQuery* query) const {
+    const std::string_view name = webkit_permission_state_query_get_name(query);
+    const bool askable = (name == "microphone" || name == "camera") && !delegate.expired();
+    return askable ? WEBKIT_PERMISSION_STATE_PROMPT : WEBKIT_PERMISSION_STATE_DENIED;
 }
 
 } // namespace kelo::desktop

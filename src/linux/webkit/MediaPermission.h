@@ -35,7 +35,7 @@ public:
     void pageChanged(const char* address);
 
     void decide(WebKitUserMediaPermissionRequest* request);
-    /// What a page learns that asks what it may: nothing, before it has tried.
+    /// What a page learns that asks what it may: that it has to try, or that it need not.
     WebKitPermissionState stateFor(WebKitPermissionStateQuery* query) const;
 
 private:

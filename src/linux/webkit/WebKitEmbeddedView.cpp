@@ -117,6 +117,9 @@ void WebKitEmbeddedView::connectSignals() {
         "web-process-terminated", +[](WebKitWebView*, WebKitWebProcessTerminationReason reason,
                                       Self self) { self->processEnded(reason); });
     connect(
+        "notify::is-web-process-responsive",
+        +[](WebKitWebView*, GParamSpec*, Self self) { self->responsivenessChanged(); });
+    connect(
         "decide-policy",
         +[](WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
             Self self) -> gboolean { return self->policy.decide(view, decision, type); });
@@ -137,16 +140,35 @@ void WebKitEmbeddedView::connectSignals() {
 void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
         platform::invariantBroken("a web view is asked for pages with GET and no body");
-    noticeAnnounced = false;
-    mediaPermission.navigationStarted();
     const auto native = GObjectPointer<WebKitURIRequest>::adopt(
         webkit_uri_request_new(request.url.absoluteString().c_str()));
     SoupMessageHeaders* const headers = webkit_uri_request_get_http_headers(native.get());
     for (const auto& [name, value] : request.headers)
         if (headers)
             soup_message_headers_append(headers, name.c_str(), value.c_str());
-    webkit_web_view_load_request(view.get(), native.get());
+    // A page that hangs would never let another one in.
+    if (!webkit_web_view_get_is_web_process_responsive(view.get()))
+        webkit_web_view_terminate_web_process(view.get());
+    startLoad(native);
     probe->start(request.url);
+}
+
+void WebKitEmbeddedView::startLoad(const GObjectPointer<WebKitURIRequest>& request) {
+    noticeAnnounced = false;
+    mediaPermission.navigationStarted();
+    unheardRequest = pageShown ? request : GObjectPointer<WebKitURIRequest>();
+    webkit_web_view_load_request(view.get(), request.get());
+}
+
+// The engine waits for some seconds for a process to answer, and a load is such a question. Before
+// the first page the process may just be slow to start.
+void WebKitEmbeddedView::responsivenessChanged() {
+    if (!unheardRequest || webkit_web_view_get_is_web_process_responsive(view.get()))
+        return;
+    g_warning("The page hangs; its process is ended to load another page");
+    const auto request = std::exchange(unheardRequest, {});
+    webkit_web_view_terminate_web_process(view.get());
+    startLoad(request);
 }
 
 std::optional<Url> WebKitEmbeddedView::url() const {
@@ -174,9 +196,11 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     if (event == WEBKIT_LOAD_STARTED) {
         stage = noticeAnnounced ? Stage::notice : Stage::page;
         noticeAnnounced = false;
+        unheardRequest = {};
         mediaPermission.navigationStarted();
     }
     if (event == WEBKIT_LOAD_COMMITTED) {
+        pageShown = true;
         mediaPermission.pageChanged(stage == Stage::page ? webkit_web_view_get_uri(view.get())
                                                          : nullptr);
         certificateTried = false;
@@ -240,6 +264,7 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
 
 void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) {
     stage = Stage::failed;
+    pageShown = false;
     mediaPermission.pageChanged(nullptr);
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
         return;

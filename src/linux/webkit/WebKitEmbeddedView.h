@@ -53,6 +53,8 @@ private:
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
                             GTlsCertificateFlags problems);
     void processEnded(WebKitWebProcessTerminationReason reason);
+    void startLoad(const GObjectPointer<WebKitURIRequest>& request);
+    void responsivenessChanged();
     void permissionRequested(WebKitPermissionRequest* request);
     void showNotice(const std::string& heading, const std::string& sentence,
                     const std::string& address);
@@ -70,6 +72,10 @@ private:
     Stage stage = Stage::page;
     bool noticeAnnounced = false;
     std::string failedAddress;
+    /// A page is there, so the process that shows it has answered before.
+    bool pageShown = false;
+    /// What was asked of that process, until it has begun with it.
+    GObjectPointer<WebKitURIRequest> unheardRequest;
     /// A certificate was let through for the load that is on its way.
     bool certificateTried = false;
     /// How often that load was repeated because the engine lost it, through no fault of the

@@ -135,6 +135,41 @@ TEST_F(Navigation, CrashOfTheNetworkProcessHealsWithTheNextLoad) {
     EXPECT_EQ(pageText(), "next");
 }
 
+TEST_F(Navigation, LoadAfterACrashIsFresh) {
+    const auto peer = site({{"/", "hello"}, {"/next", "next"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    evaluate("window.kept = 'yes'");
+    ASSERT_GT(killDescendants("WebKitWebProces"), 0);
+    ASSERT_TRUE(waitForTitle("This page stopped working"));
+    open(peer->url("/"));
+    EXPECT_EQ(pageText(), "hello");
+    EXPECT_EQ(evaluate("typeof kept"), "undefined");
+}
+
+TEST_F(Navigation, LoadReplacesAPageThatHangs) {
+    const auto peer = site({{"/", "<title>hangs</title>"}, {"/next", "next"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    webkit_web_view_evaluate_javascript(native(), "while (true) {}", -1, nullptr, nullptr, nullptr,
+                                        nullptr, nullptr);
+    open(peer->url("/next"));
+    EXPECT_EQ(pageText(), "next");
+}
+
+TEST_F(Navigation, LoadReplacesAPageThatIsKnownToHang) {
+    const auto peer = site({{"/", "<title>hangs</title>"}, {"/next", "next"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    webkit_web_view_evaluate_javascript(native(), "while (true) {}", -1, nullptr, nullptr, nullptr,
+                                        nullptr, nullptr);
+    webkit_web_view_reload(native());
+    ASSERT_TRUE(rig.runUntil(
+        [&] { return !webkit_web_view_get_is_web_process_responsive(native()); }));
+    open(peer->url("/next"));
+    EXPECT_EQ(pageText(), "next");
+}
+
 TEST_F(Navigation, DelegateThatHasGoneIsNotCalled) {
     const auto peer = site({{"/", "<title>Home</title>"}});
     makeView(peer->url());

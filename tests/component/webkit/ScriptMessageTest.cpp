@@ -27,12 +27,26 @@ public:
 /// A view whose pages may post to "kelo".
 class ScriptMessages : public WebKitFixture {
 protected:
+    void SetUp() override {
+        IdentityRequest request;
+        request.hosts = {"other.localhost"};
+        otherIdentity = authority.issue(request);
+        other = std::make_unique<MisbehavingServer>(
+            otherIdentity,
+            MisbehavingServer::answering([](const WireRequest& request) {
+                return page(request.target == "/" ? attempts : "");
+            }));
+    }
+
     void show(std::map<std::string, std::string> pages) {
         peer = site(std::move(pages));
         platform::WebViewConfiguration configuration;
         configuration.scriptMessageHandlers = {{messages, "kelo"}};
         makeView(peer->url(), configuration);
         open(peer->url("/"));
+    }
+    std::string otherAddress() const {
+        return "https://other.localhost:" + std::to_string(other->port()) + "/";
     }
     bool waitForMessages(std::size_t count) {
         return rig.runUntil([&] { return messages->bodies.size() >= count; });
@@ -41,6 +55,33 @@ protected:
         evaluate("webkit.messageHandlers.kelo.postMessage(" + value + ")");
     }
 
+    // Looks for handlers in every kind of window that it can get at without leaving its turn of the
+    // event loop, posts where there are some, and tells how many.
+    static constexpr const char* attempts = R"(<body><script>
+const child = (change) => {
+  const frame = document.createElement('iframe');
+  change?.(frame);
+  document.body.append(frame);
+  return frame.contentWindow;
+};
+const windows = [window, child(), child((frame) => frame.src = '/never'),
+                 child((frame) => frame.srcdoc = 'x'), child((frame) => frame.src = 'data:,'),
+                 child((frame) => frame.src = URL.createObjectURL(new Blob(['x'])))];
+let found = 0;
+for (const inner of windows) {
+  const handler = inner.webkit?.messageHandlers?.kelo;
+  if (handler) ++found;
+  handler?.postMessage('close');
+  inner.dispatchEvent(new CustomEvent('kelo-post-kelo', {detail: 'close'}));
+}
+try { top.dispatchEvent(new CustomEvent('kelo-post-kelo', {detail: 'close'})); } catch { }
+try { if (top !== window) top.webkit.messageHandlers.kelo.postMessage('close'); } catch { }
+document.title = 'found ' + found;
+top.postMessage('found ' + found, '*');
+</script>)";
+
+    Identity otherIdentity;
+    std::unique_ptr<MisbehavingServer> other;
     std::shared_ptr<MessageRecorder> messages = std::make_shared<MessageRecorder>();
     std::unique_ptr<MisbehavingServer> peer;
 };
@@ -79,6 +120,84 @@ TEST_F(ScriptMessages, TextIsCompleteWhateverItHolds) {
     ASSERT_TRUE(waitForMessages(3));
     EXPECT_THAT(messages->bodies, ElementsAre(ScriptValue(std::string("close\0", 6)),
                                               ScriptValue("grüß\U0001f600"), ScriptValue("")));
+}
+
+TEST_F(ScriptMessages, FrameOfAnotherHostCannotPost) {
+    show({{"/", "<script>addEventListener('message', (event) => window.heard = event.data)</script>"}});
+    trust(otherIdentity, "other.localhost");
+    evaluate("document.body.innerHTML = '<iframe src=" + otherAddress() + "></iframe>'; 1");
+    ASSERT_TRUE(waitForScript("window.heard", "found 0"));
+    post("'end'");
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_THAT(messages->bodies, ElementsAre(ScriptValue("end")));
+}
+
+TEST_F(ScriptMessages, PageOfAnotherHostCannotPost) {
+    show({{"/", ""}});
+    load(*platform::Url::parse(otherAddress()));
+    ASSERT_TRUE(waitForTitle("found 0"));
+    open(peer->url("/"));
+    post("'end'");
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_THAT(messages->bodies, ElementsAre(ScriptValue("end")));
+}
+
+TEST_F(ScriptMessages, PageOfAnotherPortCannotPost) {
+    show({{"/", ""}});
+    const auto neighbour = site({{"/", attempts}});
+    load(neighbour->url("/"));
+    ASSERT_TRUE(waitForTitle("found 0"));
+    EXPECT_THAT(messages->bodies, IsEmpty());
+}
+
+TEST_F(ScriptMessages, FramesOfTheServiceFindNoHandlersOfTheirOwn) {
+    show({{"/", "<iframe src='/frame'></iframe>"}, {"/frame", "inside"}});
+    ASSERT_TRUE(waitForScript("frames[0].document.body.innerText", "inside"));
+    EXPECT_EQ(evaluate("typeof frames[0].webkit"), "undefined");
+    EXPECT_EQ(evaluate("typeof webkit.messageHandlers.kelo"), "object");
+}
+
+TEST_F(ScriptMessages, UnknownNamesLeadNowhere) {
+    show({{"/", ""}});
+    EXPECT_EQ(evaluate("Object.keys(webkit.messageHandlers).join()"), "kelo");
+    evaluate("dispatchEvent(new CustomEvent('kelo-post-other', {detail: 'close'})); 1");
+    post("'end'");
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_THAT(messages->bodies, ElementsAre(ScriptValue("end")));
+}
+
+TEST_F(ScriptMessages, PageCannotBreakTheRoadByReplacingWhatItIsMadeOf) {
+    show({{"/", "<script>window.CustomEvent = window.dispatchEvent = null;"
+                "EventTarget.prototype.addEventListener = () => {}</script>"}});
+    post("'close'");
+    EXPECT_TRUE(waitForMessages(1));
+}
+
+TEST_F(ScriptMessages, EveryPageFindsTheHandlersAnew) {
+    show({{"/", ""}});
+    open(peer->url("/"));
+    post("'close'");
+    EXPECT_TRUE(waitForMessages(1));
+}
+
+TEST_F(ScriptMessages, HandlerMayEndTheView) {
+    class Ender final : public platform::ScriptMessageHandler {
+    public:
+        void didReceiveScriptMessage(platform::EmbeddedWebView&, const ScriptMessage&) override {
+            end();
+            ended = true;
+        }
+        std::function<void()> end;
+        bool ended = false;
+    };
+    const auto ender = std::make_shared<Ender>();
+    ender->end = [this] { endSession(); };
+    peer = site({{"/", "<script>onload = () => webkit.messageHandlers.kelo.postMessage(1)</script>"}});
+    platform::WebViewConfiguration configuration;
+    configuration.scriptMessageHandlers = {{ender, "kelo"}};
+    makeView(peer->url(), configuration);
+    load(peer->url("/"));
+    EXPECT_TRUE(rig.runUntil([&] { return ender->ended; }));
 }
 
 } // namespace kelo::test

@@ -70,6 +70,13 @@ void WebKitFixture::endSession() {
     session.reset();
 }
 
+void WebKitFixture::trust(const Identity& given, const char* host) {
+    const auto certificate = desktop::GObjectPointer<GTlsCertificate>::adopt(
+        g_tls_certificate_new_from_pem(given.certificate.c_str(), -1, nullptr));
+    webkit_network_session_allow_tls_certificate_for_host(session->networkSession(),
+                                                          certificate.get(), host);
+}
+
 void WebKitFixture::makeView(const platform::Url& service,
                              platform::WebViewConfiguration configuration) {
     view = sessionFor(service).makeWebView({}, std::move(configuration));

@@ -44,6 +44,8 @@ protected:
     /// Opens the session on first use; its service is the given server's origin.
     desktop::WebKitSession& sessionFor(const platform::Url& service);
     void endSession();
+    /// Has the engine take the identity for the host at once: in a frame it asks nobody.
+    void trust(const Identity& given, const char* host);
 
     /// A new view that reports to the recorder.
     void makeView(const platform::Url& service, platform::WebViewConfiguration configuration = {});
