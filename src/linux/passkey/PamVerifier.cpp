@@ -138,9 +138,12 @@ std::filesystem::path verificationHelperPath() {
     std::error_code failure;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
     if (!failure) {
-        auto beside = program.parent_path() / name;
-        if (std::filesystem::is_regular_file(beside, failure))
-            return beside;
+        const auto folder = program.parent_path();
+        // Beside it in a build tree; otherwise where a tree that was moved has it.
+        for (const auto& path : {folder / name, folder.parent_path() / "libexec" / "kelo" / name}) {
+            if (std::filesystem::is_regular_file(path, failure))
+                return path;
+        }
     }
     return std::filesystem::path(KELO_LIBEXEC_DIRECTORY) / name;
 }

@@ -29,8 +29,9 @@ private:
     std::vector<std::string> extraEnvironment;
 };
 
-/// Where kelo-verify-user is: beside this program, or else where it is installed. Never a path that
-/// the environment names.
+/// Where kelo-verify-user is: beside this program, or in the libexec folder of the tree that this
+/// program was installed in, or else where the build would install it. Never a path that the
+/// environment names.
 std::filesystem::path verificationHelperPath();
 
 } // namespace kelo::desktop

@@ -1,0 +1,21 @@
+# The information dictionary (Info.plist) that is installed with the program and stands beside it in
+# the build tree: version, and how this build finds its updates.
+
+set(KELO_VERSION "" CACHE STRING "Version that people are shown, for instance 1.4.2; empty: the project's")
+set(KELO_BUILD_NUMBER "1" CACHE STRING "Number of the build; grows with every release, for updates go by it")
+set(KELO_UPDATE_FEED "" CACHE STRING "Address of the update feed (https://...); empty: this build has no updates")
+set(KELO_UPDATE_PUBLIC_KEY "" CACHE STRING "Key that updates are signed for, as kelo-appcast keygen prints it")
+set(KELO_UPDATE_AUTOMATIC_CHECKS "ask" CACHE STRING "Whether to look for updates unasked: ask (the user), on or off")
+set(KELO_UPDATE_CHECK_INTERVAL "86400" CACHE STRING "Seconds between automatic checks, at least 3600")
+set(KELO_UPDATE_ALLOWS_AUTOMATIC "ON" CACHE BOOL "Whether the user may have updates installed unasked")
+set(KELO_UPDATE_AUTOMATICALLY "OFF" CACHE BOOL "Install updates unasked from the start")
+set_property(CACHE KELO_UPDATE_AUTOMATIC_CHECKS PROPERTY STRINGS ask on off)
+
+if(NOT KELO_VERSION)
+  set(KELO_VERSION "${PROJECT_VERSION}")
+endif()
+include(${CMAKE_CURRENT_LIST_DIR}/CheckInformation.cmake)
+
+set(kelo_information_file ${PROJECT_BINARY_DIR}/share/kelo/Info.plist)
+configure_file(${PROJECT_SOURCE_DIR}/data/Info.plist.in ${kelo_information_file} @ONLY)
+install(FILES ${kelo_information_file} DESTINATION ${CMAKE_INSTALL_DATADIR}/kelo)

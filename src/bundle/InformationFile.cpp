@@ -1,0 +1,120 @@
+#include "bundle/InformationFile.h"
+
+#include <fcntl.h>
+#include <plist/plist.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <type_traits>
+
+namespace kelo::bundle {
+
+namespace {
+
+struct PlistDeleter {
+    void operator()(void* node) const { plist_free(node); }
+};
+using PlistPointer = std::unique_ptr<std::remove_pointer_t<plist_t>, PlistDeleter>;
+
+struct FreeDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+using CText = std::unique_ptr<char, FreeDeleter>;
+
+platform::InformationValue valueOf(plist_t node) {
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        std::uint8_t value = 0;
+        plist_get_bool_val(node, &value);
+        return value != 0;
+    }
+    case PLIST_UINT: {
+        std::uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return static_cast<std::int64_t>(value);
+    }
+    case PLIST_REAL: {
+        double value = 0;
+        plist_get_real_val(node, &value);
+        return value;
+    }
+    case PLIST_STRING: {
+        char* text = nullptr;
+        plist_get_string_val(node, &text);
+        const CText owned(text);
+        return std::string(owned ? owned.get() : "");
+    }
+    default:
+        return std::monostate();
+    }
+}
+
+/// The content of a regular file of at most the length; nothing otherwise.
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t longest) {
+    // O_NONBLOCK keeps a FIFO that someone put there from holding us up.
+    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return std::nullopt;
+    std::optional<std::string> content;
+    struct stat status {};
+    if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
+        // One byte more than allowed shows that there is more.
+        std::string bytes(longest + 1, '\0');
+        std::size_t length = 0;
+        ssize_t count = 0;
+        do {
+            count = ::read(file, bytes.data() + length, bytes.size() - length);
+            if (count > 0)
+                length += static_cast<std::size_t>(count);
+        } while ((count > 0 && length < bytes.size()) || (count < 0 && errno == EINTR));
+        bytes.resize(length);
+        if (count >= 0 && length <= longest)
+            content = std::move(bytes);
+    }
+    ::close(file);
+    return content;
+}
+
+} // namespace
+
+std::optional<platform::InformationDictionary> parseInformation(std::string_view bytes) {
+    plist_t parsed = nullptr;
+    if (bytes.empty() || bytes.size() > longestInformationFile)
+        return std::nullopt;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &parsed);
+    const PlistPointer root(parsed);
+    if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
+        return std::nullopt;
+    plist_dict_iter position = nullptr;
+    plist_dict_new_iter(root.get(), &position);
+    const std::unique_ptr<void, FreeDeleter> ownedPosition(position);
+    platform::InformationDictionary information;
+    while (true) {
+        char* key = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(root.get(), position, &key, &value);
+        const CText ownedKey(key);
+        if (!value)
+            return information;
+        information.insert_or_assign(key ? key : "", valueOf(value));
+    }
+}
+
+std::optional<platform::InformationDictionary>
+readInformationFile(const std::filesystem::path& path) {
+    const auto bytes = readRegularFile(path, longestInformationFile);
+    return bytes ? parseInformation(*bytes) : std::nullopt;
+}
+
+std::optional<std::string> informationText(const platform::InformationDictionary& information,
+                                           std::string_view key) {
+    const auto entry = information.find(key);
+    const auto* const text =
+        entry == information.end() ? nullptr : std::get_if<std::string>(&entry->second);
+    return text ? std::optional(*text) : std::nullopt;
+}
+
+} // namespace kelo::bundle
