@@ -1,7 +1,13 @@
 #include "linux/panel/DesktopPanels.h"
 
+#include "linux/panel/MonitorScreen.h"
+#include "linux/panel/PlainPanel.h"
 #include "linux/panel/X11Panel.h"
 #include "linux/panel/X11Screens.h"
+
+#ifdef KELO_LAYER_SHELL
+#include "linux/panel/LayerShellPanel.h"
+#endif
 
 #include <gdk/x11/gdkx.h>
 #include <gtk/gtk.h>
@@ -10,27 +16,45 @@ namespace kelo::desktop {
 
 namespace {
 
+#ifdef KELO_LAYER_SHELL
+constexpr bool knowsLayerShell = true;
+bool hasLayerShell() {
+    return LayerShellPanel::isSupported();
+}
+std::shared_ptr<platform::Panel> layerPanel(const platform::PanelDescription& description) {
+    return LayerShellPanel::make(description);
+}
+#else
+constexpr bool knowsLayerShell = false;
+bool hasLayerShell() {
+    return false;
+}
+std::shared_ptr<platform::Panel> layerPanel(const platform::PanelDescription&) {
+    return nullptr;
+}
+#endif
+
+/// Null when there is none to be had.
+GdkDisplay* openDisplay() {
+    return gtk_init_check() ? gdk_display_get_default() : nullptr;
+}
+
 /// Points of the toolkit are pixels over one factor, the same for every monitor.
 int scaleOf(GdkDisplay* display) {
-    const auto monitor = GObjectPointer<GdkMonitor>::adopt(static_cast<GdkMonitor*>(
-        g_list_model_get_item(gdk_display_get_monitors(display), 0)));
+    const auto monitor = GObjectPointer<GdkMonitor>::adopt(
+        static_cast<GdkMonitor*>(g_list_model_get_item(gdk_display_get_monitors(display), 0)));
     return monitor ? gdk_monitor_get_scale_factor(monitor.get()) : 1;
 }
 
-std::optional<platform::Screen> x11Screen(GdkDisplay* display) {
+std::optional<platform::Rectangle> x11WorkArea(GdkDisplay* display) {
     const X11Connection connection(display);
     const auto area = X11Screens(connection).mainWorkArea();
     if (!area)
         return std::nullopt;
     const double scale = scaleOf(display);
-    return platform::Screen{{area->x / scale,
-                             (connection.height() - area->y - area->height) / scale,
-                             area->width / scale, area->height / scale}};
-}
-
-/// Null when there is none to be had.
-GdkDisplay* openDisplay() {
-    return gtk_init_check() ? gdk_display_get_default() : nullptr;
+    return platform::Rectangle{area->x / scale,
+                               (connection.height() - area->y - area->height) / scale,
+                               area->width / scale, area->height / scale};
 }
 
 } // namespace
@@ -38,22 +62,40 @@ GdkDisplay* openDisplay() {
 std::shared_ptr<platform::Panel>
 DesktopPanels::makePanel(platform::PanelDescription description) {
     GdkDisplay* const display = openDisplay();
+    if (!display)
+        return nullptr;
     if (GDK_IS_X11_DISPLAY(display))
         return X11Panel::make(display, description);
-    return nullptr;
+    if (hasLayerShell())
+        return layerPanel(description);
+    return PlainPanel::make(description);
 }
 
 std::optional<platform::Screen> DesktopPanels::mainScreen() const {
     GdkDisplay* const display = openDisplay();
     if (!display)
         return std::nullopt;
-    if (GDK_IS_X11_DISPLAY(display))
-        return x11Screen(display);
-    return std::nullopt;
+    const auto area = GDK_IS_X11_DISPLAY(display) ? x11WorkArea(display) : firstMonitor(display);
+    return area ? std::optional(platform::Screen{*area}) : std::nullopt;
 }
 
 std::string panelStatus() {
-    return "Voice panel: available.";
+    GdkDisplay* const display = openDisplay();
+    if (!display)
+        return "The voice panel cannot be shown, because no display can be opened; start Kelo from "
+               "within a graphical session.";
+    if (GDK_IS_X11_DISPLAY(display))
+        return "The voice panel floats over all windows and takes the keyboard (X11).";
+    if (hasLayerShell())
+        return "The voice panel floats over all windows and takes the keyboard (Wayland, layer "
+               "shell).";
+    const std::string ordinary = "The voice panel is an ordinary window that the desktop may put "
+                                 "behind others, because ";
+    if (!knowsLayerShell)
+        return ordinary + "this build of Kelo was made without gtk4-layer-shell; install a build "
+                          "with it, or keep the window on top with the desktop's own means.";
+    return ordinary + "this Wayland desktop has no layer shell; keep the window on top with the "
+                      "desktop's own means, or log in to an X11 session.";
 }
 
 } // namespace kelo::desktop

@@ -58,6 +58,13 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
     addStyle(widget(), style.get());
     addStyle(frame.get(), style.get());
     gtk_window_set_child(window.get(), frame.get());
+    // Some desktops close windows by a key or a button of theirs: the panel is needed again.
+    g_signal_connect(window.get(), "close-request",
+                     reinterpret_cast<GCallback>(+[](GtkWindow* closing, gpointer) -> gboolean {
+                         gtk_widget_set_visible(GTK_WIDGET(closing), FALSE);
+                         return TRUE;
+                     }),
+                     nullptr);
     applyStyle();
 }
 
@@ -95,8 +102,12 @@ void PanelWindow::applyStyle() {
         rules += "window { background: none; box-shadow: none; }\n";
     rules += "#kelo-panel { border-radius: " + std::to_string(wholePoints(content.cornerRadius)) +
              "px; ";
-    if (hasShadow)
-        rules += "box-shadow: 0 8px 22px rgba(0,0,0,0.30), 0 0 1px rgba(0,0,0,0.45); ";
+    if (hasShadow) {
+        // Moved down by a quarter of the room there is, and faded out before its end.
+        const auto pixels = [](int length) { return std::to_string(length) + "px "; };
+        rules += "box-shadow: 0 " + pixels(margin_ / 4) + pixels(margin_ * 11 / 16) +
+                 "rgba(0,0,0,0.30), 0 0 1px rgba(0,0,0,0.45); ";
+    }
     rules += "}\n";
     gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
 }

@@ -29,7 +29,6 @@ X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& descri
       window(description, description.hasShadow ? shadowMargin : 0),
       mayHaveKeyboard(description.canBecomeKeyWindow),
       origin{description.contentRectangle.x, description.contentRectangle.y} {
-    realize();
     listen();
 }
 
@@ -38,15 +37,16 @@ X11Panel::~X11Panel() {
     g_signal_handlers_disconnect_by_data(connection.display(), this);
 }
 
+// Not before the first show: a frame that is under way when a window goes that was realized but
+// never shown asks that window for its size all the same, and ends the program.
 void X11Panel::realize() {
     gtk_widget_realize(window.widget());
-    GdkSurface* const surface = window.surface();
     XSetWindowAttributes attributes{};
     attributes.override_redirect = True;
     XChangeWindowAttributes(connection.xlib(), xid(), CWOverrideRedirect, &attributes);
     // A window manager that composites may hold back the answer the toolkit waits for before it
     // draws the next picture when the window is none of those it manages.
-    gdk_x11_surface_set_frame_sync_enabled(surface, FALSE);
+    gdk_x11_surface_set_frame_sync_enabled(window.surface(), FALSE);
     // A compositor that gives windows shadows is not to give one to ours.
     const auto margin = static_cast<unsigned long>(window.margin() * scale());
     const std::array extents{margin, margin, margin, margin};
@@ -54,6 +54,7 @@ void X11Panel::realize() {
                     32, PropModeReplace, reinterpret_cast<const unsigned char*>(extents.data()),
                     static_cast<int>(extents.size()));
     keyboard.emplace(connection, xid());
+    reshape();
 }
 
 void X11Panel::listen() {
@@ -96,6 +97,8 @@ void X11Panel::setFrameOrigin(platform::Point newOrigin) {
 }
 
 void X11Panel::makeKeyAndOrderFront() {
+    if (!window.surface())
+        realize();
     move();
     gtk_widget_set_visible(window.widget(), TRUE);
     move();
@@ -131,7 +134,7 @@ void X11Panel::noteFocus(bool focused) {
 }
 
 gboolean X11Panel::handle(const XEvent& event) {
-    if (event.type != GenericEvent || !event.xcookie.data)
+    if (event.type != GenericEvent || !event.xcookie.data || !window.surface())
         return FALSE;
     if (event.xcookie.evtype != XI_FocusIn && event.xcookie.evtype != XI_FocusOut)
         return FALSE;
@@ -144,6 +147,8 @@ gboolean X11Panel::handle(const XEvent& event) {
 }
 
 void X11Panel::reshape() {
+    if (!window.surface())
+        return;
     const RoundedShape rounded(wholePoints(window.size().width), wholePoints(window.size().height),
                                wholePoints(window.cornerRadius()), window.margin());
     rounded.apply(connection, xid(), scale(), gdk_display_is_composited(connection.display()));
@@ -158,7 +163,7 @@ void X11Panel::move() const {
 }
 
 int X11Panel::scale() const {
-    return gdk_surface_get_scale_factor(window.surface());
+    return gtk_widget_get_scale_factor(window.widget());
 }
 
 } // namespace kelo::desktop

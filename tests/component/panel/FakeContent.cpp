@@ -59,6 +59,27 @@ void FakeContent::openMenu() {
     gtk_popover_popup(GTK_POPOVER(menu));
 }
 
+void FakeContent::closeMenu() {
+    gtk_popover_popdown(GTK_POPOVER(menu));
+}
+
+platform::Point FakeContent::menuMiddle() const {
+    GtkWidget* const child = gtk_popover_get_child(GTK_POPOVER(menu));
+    GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(menu));
+    double ownX = 0;
+    double ownY = 0;
+    gtk_native_get_surface_transform(GTK_NATIVE(menu), &ownX, &ownY);
+    double x = gtk_widget_get_width(child) / 2.0;
+    double y = gtk_widget_get_height(child) / 2.0;
+    gtk_widget_translate_coordinates(child, menu, x, y, &x, &y);
+    double inWindowX = 0;
+    double inWindowY = 0;
+    GtkWidget* const window = GTK_WIDGET(gtk_widget_get_root(area.get()));
+    gtk_widget_translate_coordinates(area.get(), window, 0, 0, &inWindowX, &inWindowY);
+    return {gdk_popup_get_position_x(GDK_POPUP(surface)) + ownX + x - inWindowX,
+            gdk_popup_get_position_y(GDK_POPUP(surface)) + ownY + y - inWindowY};
+}
+
 bool FakeContent::menuIsOpen() const {
     return menu && gtk_widget_get_mapped(menu);
 }

@@ -27,7 +27,10 @@ public:
     bool hasCaret() const;
     /// A menu as a page's select element brings it up: a window of its own.
     void openMenu();
+    void closeMenu();
     bool menuIsOpen() const;
+    /// In points from the contents' upper left corner.
+    platform::Point menuMiddle() const;
     int menuChoices() const { return choices; }
 
     void load(platform::UrlRequest request) override { view.load(std::move(request)); }

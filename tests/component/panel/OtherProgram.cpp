@@ -8,12 +8,12 @@
 
 namespace kelo::test {
 
-OtherProgram::OtherProgram(Place place) {
+OtherProgram::OtherProgram(Place place) : where(place) {
     Display* const x = own.display();
     identifier = XCreateSimpleWindow(x, own.root(), place.x, place.y, unsigned(place.width),
-                                     unsigned(place.height), 0, 0, 0xcc9933);
+                                     unsigned(place.height), 0, 0, color);
     XStoreName(x, identifier, "another program");
-    XSelectInput(x, identifier, KeyPressMask | FocusChangeMask | ExposureMask);
+    XSelectInput(x, identifier, KeyPressMask | ButtonPressMask | FocusChangeMask | ExposureMask);
     XSizeHints size{};
     size.flags = USPosition | USSize;
     XSetWMNormalHints(x, identifier, &size);
@@ -37,14 +37,30 @@ void OtherProgram::fillScreen(bool hasManager) {
         XRaiseWindow(x, identifier);
         return own.sync();
     }
-    XEvent message{};
-    message.xclient.type = ClientMessage;
-    message.xclient.window = identifier;
-    message.xclient.message_type = own.atom("_NET_WM_STATE");
-    message.xclient.format = 32;
-    message.xclient.data.l[0] = 1;
-    message.xclient.data.l[1] = long(own.atom("_NET_WM_STATE_FULLSCREEN"));
-    XSendEvent(x, own.root(), False, SubstructureNotifyMask | SubstructureRedirectMask, &message);
+    tellManager("_NET_WM_STATE", 1, long(own.atom("_NET_WM_STATE_FULLSCREEN")));
+}
+
+void OtherProgram::tellManager(const char* message, long first, long second) {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = message[5] == 'W' ? identifier : own.root();
+    event.xclient.message_type = own.atom(message);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = first;
+    event.xclient.data.l[1] = second;
+    XSendEvent(own.display(), own.root(), False,
+               SubstructureNotifyMask | SubstructureRedirectMask, &event);
+    own.sync();
+}
+
+void OtherProgram::changeWorkspace(int number) {
+    tellManager("_NET_CURRENT_DESKTOP", number, CurrentTime);
+}
+
+void OtherProgram::reserve(const std::vector<unsigned long>& strut) {
+    XChangeProperty(own.display(), identifier, own.atom("_NET_WM_STRUT_PARTIAL"), XA_CARDINAL, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(strut.data()),
+                    int(strut.size()));
     own.sync();
 }
 
@@ -60,6 +76,8 @@ void OtherProgram::listen() {
         XNextEvent(own.display(), &event);
         if (event.type == Expose)
             exposed = true;
+        if (event.type == ButtonPress)
+            ++pressed;
         std::array<char, 16> text{};
         if (event.type == KeyPress) {
             const int count = XLookupString(&event.xkey, text.data(), text.size(), nullptr, nullptr);

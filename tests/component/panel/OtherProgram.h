@@ -3,6 +3,7 @@
 #include "screen/XConnection.h"
 
 #include <string>
+#include <vector>
 
 namespace kelo::test {
 
@@ -16,6 +17,8 @@ public:
         int width = 300;
         int height = 200;
     };
+    static constexpr unsigned color = 0xcc9933; ///< 0xRRGGBB
+
     explicit OtherProgram(Place place);
     OtherProgram() : OtherProgram(Place()) {}
     /// Ends the program: its window goes.
@@ -27,18 +30,29 @@ public:
     void fillScreen(bool hasManager);
     /// Takes the keyboard itself, as programs do where no window manager gives it to them.
     void takeKeyboard();
+    /// Asks the window manager for another workspace.
+    void changeWorkspace(int number);
+    /// Announces that it keeps a part of the desktop's edges for itself (_NET_WM_STRUT_PARTIAL).
+    void reserve(const std::vector<unsigned long>& strut);
+
     /// Reads what has come in.
     void listen();
     const std::string& typed() const { return keys; }
+    int clicks() const { return pressed; }
+    Place place() const { return where; }
     bool isExposed() const { return exposed; }
     screen::WindowId window() const { return identifier; }
 
     const screen::XConnection& connection() const { return own; }
 
 private:
+    void tellManager(const char* message, long first, long second);
+
     screen::XConnection own;
     screen::WindowId identifier = 0;
+    Place where;
     std::string keys;
+    int pressed = 0;
     bool exposed = false;
 };
 

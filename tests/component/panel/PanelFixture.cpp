@@ -91,7 +91,8 @@ void PanelFixture::typeIntoPanel(const std::string& text) {
 
 screen::WindowId PanelFixture::panelWindow() const {
     GtkRoot* const root = gtk_widget_get_root(content->widget());
-    return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(root)));
+    GdkSurface* const surface = root ? gtk_native_get_surface(GTK_NATIVE(root)) : nullptr;
+    return surface ? gdk_x11_surface_get_xid(surface) : 0;
 }
 
 PanelFixture::Box PanelFixture::box() const {

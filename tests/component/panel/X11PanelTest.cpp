@@ -1,31 +1,271 @@
 #include "component/panel/PanelFixture.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
 namespace kelo::test {
 
 namespace {
 
-using X11Panel = PanelFixture;
+using testing::Contains;
+using testing::Not;
 
-TEST_F(X11Panel, TakesTheKeyboardAndGivesItBack) {
+using X11PanelTest = PanelFixture;
+
+TEST_F(X11PanelTest, TakesTheKeyboardAndGivesItBackEachTime) {
     OtherProgram other;
     settle(other);
     typeInto(other, "before");
-    show();
-    typeIntoPanel("hello panel");
-    picture("shown");
-    hide();
-    until("the other program has the keyboard again",
-          [&] { return windows.focused() == other.window(); });
-    typeInto(other, "after");
+    for (const std::string text : {"first", "second"}) {
+        show();
+        typeIntoPanel(text);
+        hide();
+        until("the other program has the keyboard again",
+              [&] { return windows.focused() == other.window(); });
+        typeInto(other, text);
+    }
 }
 
-TEST_F(X11Panel, CountsAsActiveOnlyWhileItHasTheKeyboard) {
+TEST_F(X11PanelTest, CountsAsActiveOnlyWhileItHasTheKeyboard) {
+    OtherProgram other;
+    settle(other);
+    for (int round = 0; round < 2; ++round) {
+        show();
+        until("the caret blinks", [&] { return content->hasCaret(); });
+        other.takeKeyboard();
+        until("the caret is gone", [&] { return !content->hasCaret(); });
+        hide();
+    }
+}
+
+TEST_F(X11PanelTest, IsAboveAWindowThatFillsTheScreen) {
+    OtherProgram other;
+    settle(other);
+    other.fillScreen(hasManager());
+    until("the other program fills the screen", [&] {
+        return windows.describe(other.window()).width == connection.width() &&
+               colorAt(5, 5) == OtherProgram::color;
+    });
+    show();
+    typeIntoPanel("over it");
+    picture("over-full-screen");
+    EXPECT_TRUE(contentAt(box().x + 300, box().y + 5));
+    hide();
+    until("the other program is in front again",
+          [&] { return colorAt(box().x + 300, box().y + 5) == OtherProgram::color; });
+    typeInto(other, "again");
+}
+
+TEST_F(X11PanelTest, StaysOnTheScreenWhileTheWorkspaceChanges) {
+    if (!hasManager())
+        GTEST_SKIP() << "no workspaces without a window manager";
+    const auto workspaces = windows.numbers(connection.root(), "_NET_NUMBER_OF_DESKTOPS");
+    if (workspaces.empty() || workspaces.front() < 2)
+        GTEST_SKIP() << manager() << " has a single workspace here";
+    const auto current = [this] {
+        return windows.numbers(connection.root(), "_NET_CURRENT_DESKTOP").front();
+    };
     OtherProgram other;
     settle(other);
     show();
-    until("the caret blinks", [&] { return content->hasCaret(); });
-    other.takeKeyboard();
-    until("the caret is gone", [&] { return !content->hasCaret(); });
+    other.changeWorkspace(1);
+    until("the workspace changes", [&] { return current() == 1; });
+    until("the other program is gone",
+          [&] { return colorAt(other.place().x + 5, other.place().y + 5) != OtherProgram::color; });
+    EXPECT_TRUE(contentAt(box().x + 300, box().y + 5));
+    pointer.click({box().x + 300, box().y + 5});
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+    typeIntoPanel("there");
+    other.changeWorkspace(0);
+    until("the workspace changes back", [&] { return current() == 0; });
+    EXPECT_TRUE(contentAt(box().x + 300, box().y + 5));
+}
+
+TEST_F(X11PanelTest, IsNoWindowThatTheManagerKnows) {
+    OtherProgram other;
+    settle(other);
+    show();
+    std::vector<screen::WindowId> known;
+    for (const auto& window : windows.managed())
+        known.push_back(window.identifier);
+    EXPECT_THAT(known, Not(Contains(panelWindow())));
+    if (hasManager()) {
+        EXPECT_THAT(known, Contains(other.window()));
+    }
+    EXPECT_TRUE(windows.describe(panelWindow()).overridesRedirect);
+}
+
+TEST_F(X11PanelTest, AClickBringsTheKeyboardBack) {
+    OtherProgram other;
+    settle(other);
+    show();
+    const auto place = windows.describe(other.window()).origin;
+    pointer.click({place.x + 20, place.y + 20});
+    if (!hasManager())
+        other.takeKeyboard();
+    until("the other program has the keyboard",
+          [&] { return windows.focused() == other.window(); });
+    EXPECT_TRUE(panel->isVisible());
+    typeInto(other, "outside");
+    pointer.click({box().x + 100, box().y + 100});
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+    typeIntoPanel("inside");
+    hide();
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
+}
+
+TEST_F(X11PanelTest, AClickOnTheShadowReachesWhatLiesBelow) {
+    OtherProgram other({box().x - 200, box().y + 100, 300, 200});
+    settle(other);
+    show();
+    const int before = other.clicks();
+    pointer.click({box().x - 4, box().y + 200});
+    until("the click arrives below", [&] {
+        other.listen();
+        return other.clicks() > before;
+    });
+}
+
+TEST_F(X11PanelTest, LeavesTheKeyboardToWhoeverTookItLater) {
+    OtherProgram first;
+    settle(first);
+    show();
+    OtherProgram second({600, 60, 200, 40});
+    settle(second);
+    second.takeKeyboard();
+    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
+    hide();
+    EXPECT_EQ(windows.focused(), second.window());
+    typeInto(second, "mine");
+}
+
+TEST_F(X11PanelTest, GivesTheKeyboardToSomebodyWhenItsEarlierOwnerIsGone) {
+    OtherProgram stays;
+    settle(stays);
+    {
+        OtherProgram goes({600, 60, 200, 40});
+        settle(goes);
+        goes.takeKeyboard();
+        until("it has the keyboard", [&] { return windows.focused() == goes.window(); });
+        show();
+    }
+    until("the window is gone", [&] { return windows.managed().size() <= 1; });
+    hide();
+    // Without a manager, whoever the pointer is over gets the keys.
+    if (!hasManager())
+        pointer.moveTo({stays.place().x + 5, stays.place().y + 5});
+    else
+        until("the other program has the keyboard",
+              [&] { return windows.focused() == stays.window(); });
+    typeInto(stays, "heir");
+}
+
+TEST_F(X11PanelTest, WithoutTheRightToTheKeyboardNeverTakesIt) {
+    auto description = voicePanel();
+    description.canBecomeKeyWindow = false;
+    panel = panels.makePanel(description);
+    panel->setContentView({content, 18, 18, true});
+    panel->setFrameOrigin({320, 120});
+    OtherProgram other;
+    settle(other);
+    panel->makeKeyAndOrderFront();
+    until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });
+    pointer.click({box().x + 100, box().y + 100});
+    typeInto(other, "still mine");
+    EXPECT_EQ(windows.focused(), other.window());
+}
+
+TEST_F(X11PanelTest, AMenuOfThePageOpensAboveItAndTakesClicks) {
+    OtherProgram other;
+    settle(other);
+    show();
+    content->openMenu();
+    until("the menu is open", [this] { return content->menuIsOpen(); });
+    const int scale = box().width / 640;
+    const platform::Point middle = content->menuMiddle();
+    const screen::Point there{box().x + int(middle.x) * scale, box().y + int(middle.y) * scale};
+    until("the menu is drawn", [&] { return !contentAt(there.x - 50 * scale, there.y); });
+    picture("menu");
+    pointer.click(there);
+    until("the choice is made", [this] { return content->menuChoices() == 1; });
+    content->closeMenu();
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+    typeIntoPanel("after the menu");
+}
+
+TEST_F(X11PanelTest, ShownAndHiddenAgainAndAgainKeepsWhatItHolds) {
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(begin(files), end(files));
+    };
+    OtherProgram other;
+    settle(other);
+    show();
+    const auto window = panelWindow();
+    hide();
+    const auto files = openFiles();
+    const auto onScreen = windows.all().size();
+    const auto inside = windows.children(window).size();
+    for (int round = 0; round < 200; ++round) {
+        show();
+        ASSERT_EQ(panelWindow(), window);
+        hide();
+    }
+    EXPECT_LE(openFiles(), files);
+    EXPECT_LE(windows.all().size(), onScreen);
+    EXPECT_LE(windows.children(window).size(), inside);
+}
+
+TEST_F(X11PanelTest, ShowingItAgainRaisesItAndChangesNothingElse) {
+    show();
+    const Box before = box();
+    OtherProgram other({before.x + 50, before.y + 50, 200, 200});
+    settle(other);
+    show();
+    typeIntoPanel("once more");
+    EXPECT_EQ(box(), before);
+}
+
+TEST_F(X11PanelTest, GoesWithItsOwnerWhileShownAndLeavesTheKeyboardBehind) {
+    OtherProgram other;
+    settle(other);
+    show();
+    const auto window = panelWindow();
+    panel.reset();
+    until("the window is gone", [&] {
+        const auto all = windows.all();
+        return std::none_of(all.begin(), all.end(),
+                            [&](const auto& one) { return one.identifier == window; });
+    });
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
+    // The contents live on without their panel, and can move to another one.
+    panel = panels.makePanel(voicePanel());
+    panel->setContentView({content, 18, 18, true});
+    panel->setFrameOrigin({320, 120});
+    show();
+    typeIntoPanel("moved");
+}
+
+TEST_F(X11PanelTest, KeepsContentsAliveThatNobodyElseHolds) {
+    std::weak_ptr<FakeContent> watched = content;
+    content.reset();
+    EXPECT_FALSE(watched.expired());
+    panel->makeKeyAndOrderFront();
+    EXPECT_TRUE(panel->isVisible());
+    panel.reset();
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(X11PanelTest, IgnoresAFirstResponderThatIsNotInside) {
+    show();
+    panel->makeFirstResponder(std::make_shared<FakeContent>());
+    panel->makeFirstResponder(nullptr);
+    typeIntoPanel("still here");
 }
 
 } // namespace

@@ -1,0 +1,28 @@
+#include "linux/panel/MonitorScreen.h"
+
+#include "linux/glib/GObjectPointer.h"
+
+#include <algorithm>
+
+namespace kelo::desktop {
+
+std::optional<platform::Rectangle> firstMonitor(GdkDisplay* display) {
+    GListModel* const monitors = gdk_display_get_monitors(display);
+    std::optional<GdkRectangle> first;
+    int bottom = 0;
+    for (guint index = 0; index < g_list_model_get_n_items(monitors); ++index) {
+        const auto monitor = GObjectPointer<GdkMonitor>::adopt(
+            static_cast<GdkMonitor*>(g_list_model_get_item(monitors, index)));
+        GdkRectangle area{};
+        gdk_monitor_get_geometry(monitor.get(), &area);
+        bottom = first ? std::max(bottom, area.y + area.height) : area.y + area.height;
+        if (!first)
+            first = area;
+    }
+    if (!first)
+        return std::nullopt;
+    return platform::Rectangle{double(first->x), double(bottom - first->y - first->height),
+                               double(first->width), double(first->height)};
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,107 @@
+#include "component/panel/Backdrop.h"
+#include "component/panel/PanelFixture.h"
+
+#include <cstdlib>
+
+namespace kelo::test {
+
+namespace {
+
+/// The panel over a white screen, so that both its shadow and a black corner would show.
+class PanelLookTest : public PanelFixture {
+protected:
+    void SetUp() override {
+        until("the screen is white", [this] { return colorAt(5, 5) == Backdrop::color; });
+        show();
+    }
+    void TearDown() override { picture("look"); }
+
+    int scale() const { return box().width / 640; }
+    static int brightness(unsigned color) {
+        return int((color >> 16) + (color >> 8 & 0xff) + (color & 0xff)) / 3;
+    }
+    bool isComposited() const {
+        return manager() == "xfwm4-composited" || manager() == "mutter";
+    }
+
+    Backdrop backdrop;
+};
+
+TEST_F(PanelLookTest, CornersAreRoundAndNeverBlack) {
+    const Box at = box();
+    const int darkestBehind = isComposited() ? 100 : 255;
+    for (const int x : {at.x + scale(), at.x + at.width - 1 - scale()})
+        for (const int y : {at.y + scale(), at.y + at.height - 1 - scale()}) {
+            const unsigned corner = colorAt(x, y);
+            EXPECT_NE(corner, FakeContent::color) << x << " " << y;
+            EXPECT_GE(brightness(corner), darkestBehind) << x << " " << y;
+        }
+    // Just inside of the arc, and in the middle of each edge.
+    const int inside = 7 * scale();
+    EXPECT_TRUE(contentAt(at.x + inside, at.y + inside));
+    EXPECT_TRUE(contentAt(at.x + at.width - 1 - inside, at.y + at.height - 1 - inside));
+    EXPECT_TRUE(contentAt(at.x, at.y + at.height / 2));
+    EXPECT_TRUE(contentAt(at.x + at.width - 1, at.y + at.height / 2));
+    EXPECT_TRUE(contentAt(at.x + at.width / 2, at.y));
+    EXPECT_TRUE(contentAt(at.x + at.width / 2, at.y + at.height - 1));
+}
+
+TEST_F(PanelLookTest, ItsFrameIsAsLargeAsItWasAskedFor) {
+    const Box at = box();
+    EXPECT_EQ(at.width, 640 * scale());
+    EXPECT_EQ(at.height, 620 * scale());
+    EXPECT_EQ(at.x, 320 * scale());
+    EXPECT_EQ(at.y, connection.height() - (120 + 620) * scale());
+    EXPECT_FALSE(contentAt(at.x - 1, at.y + at.height / 2));
+    EXPECT_FALSE(contentAt(at.x + at.width, at.y + at.height / 2));
+    EXPECT_FALSE(contentAt(at.x + at.width / 2, at.y - 1));
+    EXPECT_FALSE(contentAt(at.x + at.width / 2, at.y + at.height));
+}
+
+TEST_F(PanelLookTest, HasASoftShadowOnlyWhereTheScreenCanBlend) {
+    const Box at = box();
+    const auto below = [&](int distance) {
+        return brightness(colorAt(at.x + at.width / 2, at.y + at.height + distance * scale()));
+    };
+    if (!isComposited()) {
+        for (const int distance : {0, 1, 5, 20})
+            EXPECT_EQ(below(distance), 255) << distance;
+        return;
+    }
+    EXPECT_LT(below(1), 230);
+    EXPECT_LT(below(1), below(10));
+    EXPECT_LT(below(10), below(25));
+    EXPECT_EQ(below(34), 255);
+}
+
+TEST_F(PanelLookTest, EdgesOfTheCornersAreSmoothWhereTheScreenCanBlend) {
+    if (!isComposited())
+        GTEST_SKIP() << "a cut-out window has no half-covered pixels";
+    const Box at = box();
+    // Along the corner's diagonal: from what lies behind, over a mixture, to the contents.
+    bool mixed = false;
+    for (int step = 0; step < 10 * scale(); ++step) {
+        const unsigned color = colorAt(at.x + step, at.y + step);
+        const int red = int(color >> 16);
+        mixed = mixed || (red > 0x33 + 20 && red < 200 && color != FakeContent::color);
+    }
+    EXPECT_TRUE(mixed);
+}
+
+TEST_F(PanelLookTest, MovesWhileShownAndStaysWhereItWasPut) {
+    panel->setFrameOrigin({200.5, 90});
+    const int left = int(200.5 * scale() + 0.5);
+    const int top = connection.height() - (90 + 620) * scale();
+    until("it moves", [&] { return contentAt(left + 1, top + 300 * scale()); });
+    EXPECT_FALSE(contentAt(left - 1, top + 300 * scale()));
+    EXPECT_EQ(panel->frame(), (platform::Rectangle{200.5, 90, 640, 620}));
+    hide();
+    panel->setFrameOrigin({300, 100});
+    show();
+    EXPECT_EQ(panel->frame(), (platform::Rectangle{300, 100, 640, 620}));
+    EXPECT_TRUE(contentAt(300 * scale(), connection.height() - 300 * scale()));
+}
+
+} // namespace
+
+} // namespace kelo::test
