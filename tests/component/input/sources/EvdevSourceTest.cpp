@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 namespace kelo {
 
@@ -294,6 +297,47 @@ TEST_F(EvdevSource, SaysThatTheDevicesCannotBeReadAndWhatThatWouldMean) {
     EXPECT_THAT(found.advice, HasSubstr("group \"input\""));
     EXPECT_THAT(found.advice, HasSubstr("every program you run can then read all that is typed"));
     EXPECT_FALSE(start());
+}
+
+/// Anybody but the administrator, who may read everything, until it goes.
+class AsNobody {
+public:
+    AsNobody() {
+        if (seteuid(65534) != 0)
+            errno = 0;
+    }
+    ~AsNobody() {
+        if (seteuid(getuid()) != 0)
+            ADD_FAILURE() << "stays nobody";
+    }
+};
+
+TEST_F(EvdevSource, AFolderThatCannotBeReadIsSaidToBe) {
+    keyboards.plug("event0");
+    std::filesystem::permissions(keyboards.path(), std::filesystem::perms::none);
+    desktop::Availability found;
+    bool started = true;
+    {
+        const AsNobody nobody;
+        found = availability();
+        started = start();
+    }
+    std::filesystem::permissions(keyboards.path(), std::filesystem::perms::owner_all);
+    EXPECT_FALSE(found.available);
+    EXPECT_THAT(found.reason, HasSubstr("cannot be read"));
+    EXPECT_FALSE(started);
+}
+
+TEST_F(EvdevSource, LooksAtAllDevicesAgainWhenTheFolderItselfChanged) {
+    keyboards.plug("event0");
+    FakeKeyboard closed;
+    closed.mayBeOpened = false;
+    auto& late = keyboards.plug("event1", std::move(closed));
+    ASSERT_TRUE(start());
+    ASSERT_EQ(keyboards.openNow, 1);
+    late.mayBeOpened = true;
+    std::filesystem::permissions(keyboards.path(), std::filesystem::perms::owner_all);
+    ASSERT_TRUE(waitUntilOpen(2));
 }
 
 TEST_F(EvdevSource, SaysThatThereIsNoKeyboard) {
