@@ -20,8 +20,10 @@ public:
     std::string name() const override { return "portal"; }
     /// Starts no portal. Waits for the running one's answer, 2 s at most.
     Availability availability() const override;
-    /// The desktop watches for the shortcut whoever has the focus, and says so each time. Who also
-    /// counts what our own windows see of the same keys would count each press twice.
+    /// The desktop watches for the shortcut whoever has the focus, so what opened the widget closes
+    /// it as well. What our own windows see of the same keys must not be counted beside it: Ctrl
+    /// and Alt are down before and after the shortcut is, so that one press would look like two, or
+    /// like a hold.
     bool coversOwnWindows() const override { return true; }
     /// False when there is no bus. Goes on in the background: asks the portal for the shortcut when
     /// it is there and anew whenever it is restarted, and once more when it ends the shortcut.
