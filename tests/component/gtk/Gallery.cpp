@@ -3,6 +3,7 @@
 #include "component/gtk/RunningProgram.h"
 #include "linux/gtk/GtkAlertPresenter.h"
 #include "linux/gtk/GtkPasskeySheet.h"
+#include "linux/gtk/GtkUserDriver.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/settings.h>
@@ -54,6 +55,7 @@ private:
         program.window("Settings").close();
         alerts();
         sheets();
+        updates();
     }
 
     void keep(Gtk::Window& window, const std::string& name) {
@@ -144,6 +146,58 @@ private:
         program.untilActive(choose);
         program.screen.press(GDK_KEY_Down);
         keep(choose, "sheet-accounts");
+        platform::dropSpawnedTasks();
+    }
+
+    template <typename T>
+    static platform::Task<void> wait(platform::Task<T> answer) {
+        co_await answer;
+    }
+
+    void keepUpdate(const std::string& name) {
+        auto& window = program.window("Software Update");
+        program.untilActive(window);
+        keep(window, "update-" + name);
+    }
+
+    void updates() {
+        using updater::ParagraphKind;
+        desktop::GtkUserDriver driver;
+        driver.showChecking([] {});
+        keepUpdate("checking");
+        updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
+        platform::spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
+        keepUpdate("offer-without-notes");
+        offer.releaseNotes = {
+            {ParagraphKind::heading, {{"What is new"}}},
+            {ParagraphKind::listItem,
+             {{"The voice widget opens over "}, {"full-screen", true}, {" windows, too."}}},
+            {ParagraphKind::listItem,
+             {{"Start it with "}, {"kelo --widget", false, false, true}, {"."}}},
+            {ParagraphKind::body,
+             {{"Thank you to everyone who wrote in, and "}, {"please go on", false, true}, {"."}}}};
+        platform::spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
+        keepUpdate("offer");
+        offer.critical = true;
+        platform::spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
+        keepUpdate("offer-critical");
+        driver.showDownload({5300000, 17800000}, [] {});
+        keepUpdate("download");
+        driver.showDownload({5300000, std::nullopt}, [] {});
+        keepUpdate("download-unknown");
+        driver.showPreparing();
+        keepUpdate("preparing");
+        platform::spawn(wait(driver.showReadyToRelaunch(offer)));
+        keepUpdate("ready");
+        platform::spawn(wait(driver.askForAutomaticChecks("Kelo")));
+        keepUpdate("automatic");
+        platform::spawn(wait(
+            driver.showMessage("You are up to date", "Kelo 1.1 is the newest version there is.")));
+        keepUpdate("up-to-date");
+        platform::spawn(wait(driver.showFailure("The update was not installed because its "
+                                                "signature does not match. Try again later, or "
+                                                "get it from where you got Kelo.")));
+        keepUpdate("failure");
         platform::dropSpawnedTasks();
     }
 

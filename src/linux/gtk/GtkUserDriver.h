@@ -1,0 +1,59 @@
+#pragma once
+
+#include "linux/gtk/UpdateWindow.h"
+#include "platform/Continuation.h"
+#include "updater/UserDriver.h"
+
+#include <gtkmm/application.h>
+
+#include <functional>
+#include <memory>
+
+namespace kelo::desktop {
+
+/// The updater's windows on this desktop. The toolkit must be up.
+class GtkUserDriver final : public updater::UserDriver {
+public:
+    GtkUserDriver();
+    ~GtkUserDriver() override;
+
+    void showChecking(std::function<void()> cancel) override;
+    platform::Task<updater::UpdateChoice> showOffer(updater::UpdateOffer offer,
+                                                    updater::CheckKind kind) override;
+    void showDownload(updater::DownloadProgress progress, std::function<void()> cancel) override;
+    void showPreparing() override;
+    platform::Task<updater::RelaunchChoice>
+    showReadyToRelaunch(updater::UpdateOffer offer) override;
+    platform::Task<void> showMessage(std::string heading, std::string sentence) override;
+    platform::Task<void> showFailure(std::string sentence) override;
+    platform::Task<bool> askForAutomaticChecks(std::string programName) override;
+    bool bringToFront() override;
+    void dismiss() override;
+
+private:
+    enum class Attention { take, leave };
+
+    template <typename Answer>
+    struct Button {
+        std::string label;
+        Answer answer;
+        bool apart = false; ///< at the start of the line
+    };
+
+    /// Shows a content whose buttons give a value; the task ends with it. A question that was open
+    /// gets its mildest answer first. The last button is the default one.
+    template <typename Answer>
+    platform::Task<Answer> ask(UpdateWindow::Content content, std::vector<Button<Answer>> answers,
+                               Answer mildest, Attention attention);
+    platform::Task<void> tell(std::string heading, std::string sentence);
+    void show(UpdateWindow::Content content, Attention attention);
+    void answerMildly();
+    void hide();
+
+    std::unique_ptr<UpdateWindow> window;
+    /// Gives the open question its mildest answer; null when none is open.
+    std::function<void()> mildAnswer;
+    bool isDownloading = false;
+};
+
+} // namespace kelo::desktop

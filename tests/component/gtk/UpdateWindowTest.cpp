@@ -1,0 +1,259 @@
+#include "component/gtk/RunningProgram.h"
+#include "linux/gtk/GtkUserDriver.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtest/gtest.h>
+#include <gtkmm/button.h>
+#include <gtkmm/progressbar.h>
+#include <gtkmm/spinner.h>
+#include <gtkmm/textview.h>
+
+#include <algorithm>
+
+namespace kelo::tests {
+namespace {
+
+using updater::CheckKind;
+using updater::RelaunchChoice;
+using updater::UpdateChoice;
+
+constexpr const char* title = "Software Update";
+
+template <typename T>
+using Result = std::shared_ptr<std::optional<T>>;
+
+template <typename T>
+platform::Task<void> follow(platform::Task<T> task, Result<T> result) {
+    *result = co_await task;
+}
+
+template <typename T>
+Result<T> start(platform::Task<T> task) {
+    auto result = std::make_shared<std::optional<T>>();
+    platform::spawn(follow(std::move(task), result));
+    return result;
+}
+
+platform::Task<bool> thenTrue(platform::Task<void> task) {
+    co_await task;
+    co_return true;
+}
+
+class UpdateWindows : public testing::Test {
+protected:
+    void run(const std::function<void()>& body) {
+        program.run([&] {
+            driver = std::make_unique<desktop::GtkUserDriver>();
+            body();
+            driver.reset();
+        });
+    }
+    Gtk::Window& window() {
+        auto& found = program.window(title);
+        program.untilActive(found);
+        return found;
+    }
+    bool says(const std::string& text) {
+        const auto texts = textsIn(program.window(title));
+        return std::count(texts.begin(), texts.end(), text) > 0;
+    }
+    void click(const std::string& label) {
+        auto* button = buttonNamed(window(), label);
+        ASSERT_TRUE(button) << label;
+        program.click(*button);
+    }
+    template <typename T>
+    static T answer(const Result<T>& result) {
+        RunningProgram::until("there is an answer", [&] { return result->has_value(); });
+        return **result;
+    }
+    bool isGone() { return program.windowsOnScreen().size() == 1; }
+    std::vector<std::string> buttons() {
+        std::vector<std::string> labels;
+        for (auto* button : visibleIn<Gtk::Button>(window()))
+            labels.push_back(button->get_label());
+        return labels;
+    }
+
+    RunningProgram program;
+    std::unique_ptr<desktop::GtkUserDriver> driver;
+    updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
+};
+
+TEST_F(UpdateWindows, OfferNamesBothVersionsAndHasThreeAnswers) {
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        EXPECT_EQ(buttons(), (std::vector<std::string>{"Skip This Version", "Remind Me Later",
+                                                       "Install Update"}));
+        EXPECT_TRUE(says("A new version of Kelo is available"));
+        EXPECT_TRUE(says("Version 1.1 is available. You have version 1.0."));
+        EXPECT_EQ(window().get_default_widget(), buttonNamed(window(), "Install Update"));
+    });
+}
+
+TEST_F(UpdateWindows, EachAnswerOfTheOfferIsTheOneOfItsButton) {
+    run([&] {
+        for (const auto& [label, expected] :
+             {std::pair{"Skip This Version", UpdateChoice::skipThisVersion},
+              std::pair{"Remind Me Later", UpdateChoice::remindLater},
+              std::pair{"Install Update", UpdateChoice::install}}) {
+            const auto result = start(driver->showOffer(offer, CheckKind::userInitiated));
+            click(label);
+            EXPECT_EQ(answer(result), expected);
+            EXPECT_TRUE(isGone());
+        }
+    });
+}
+
+TEST_F(UpdateWindows, ReturnInstalls) {
+    run([&] {
+        const auto result = start(driver->showOffer(offer, CheckKind::userInitiated));
+        window();
+        program.screen.press(GDK_KEY_Return);
+        EXPECT_EQ(answer(result), UpdateChoice::install);
+    });
+}
+
+TEST_F(UpdateWindows, EscapeAndTheWindowsCloseButtonGiveTheMildestAnswer) {
+    run([&] {
+        auto result = start(driver->showOffer(offer, CheckKind::userInitiated));
+        window();
+        program.screen.press(GDK_KEY_Escape);
+        EXPECT_EQ(answer(result), UpdateChoice::remindLater);
+        result = start(driver->showOffer(offer, CheckKind::userInitiated));
+        window().close();
+        EXPECT_EQ(answer(result), UpdateChoice::remindLater);
+        const auto ready = start(driver->showReadyToRelaunch(offer));
+        program.window(title).close();
+        EXPECT_EQ(answer(ready), RelaunchChoice::later);
+        const auto automatic = start(driver->askForAutomaticChecks("Kelo"));
+        program.window(title).close();
+        EXPECT_FALSE(answer(automatic));
+    });
+}
+
+TEST_F(UpdateWindows, ImportantUpdateCanOnlyBeInstalledOrClosed) {
+    offer.critical = true;
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        EXPECT_EQ(buttons(), std::vector<std::string>{"Install Update"});
+        EXPECT_TRUE(says("Version 1.1 is available. You have version 1.0. It is important to "
+                         "install it."));
+    });
+}
+
+TEST_F(UpdateWindows, WhatCannotBeInstalledHereIsOfferedToReadAbout) {
+    offer.informationalOnly = true;
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        EXPECT_EQ(buttons().back(), "Learn More…");
+    });
+}
+
+TEST_F(UpdateWindows, NotesAreTextToReadAndNothingMore) {
+    offer.releaseNotes = {{updater::ParagraphKind::heading, {{"News"}}},
+                          {updater::ParagraphKind::listItem, {{"<b>Bold</b> "}, {"claims", true}}}};
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        const auto views = visibleIn<Gtk::TextView>(window());
+        ASSERT_EQ(views.size(), 1U);
+        EXPECT_EQ(views[0]->get_buffer()->get_text(), "News\n•\u2002<b>Bold</b> claims");
+        EXPECT_FALSE(views[0]->get_editable());
+        EXPECT_TRUE(isNamed(*views[0], "Release notes"));
+    });
+}
+
+TEST_F(UpdateWindows, ScheduledOfferDoesNotTakeTheKeyboard) {
+    run([&] {
+        auto& main = program.window("Kelo");
+        start(driver->showOffer(offer, CheckKind::scheduled));
+        auto& shown = program.window(title);
+        program.untilDrawn(shown);
+        program.settle();
+        EXPECT_FALSE(shown.is_active());
+        EXPECT_TRUE(main.is_active());
+        EXPECT_TRUE(driver->bringToFront());
+        program.untilActive(shown);
+        // Once it has been shown so, it is not for ever.
+        driver->dismiss();
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        window();
+        driver->dismiss();
+        start(driver->showOffer(offer, CheckKind::scheduled));
+        program.untilDrawn(program.window(title));
+        program.settle();
+        EXPECT_TRUE(main.is_active());
+    });
+}
+
+TEST_F(UpdateWindows, CheckingAndDownloadingCanBeCancelled) {
+    run([&] {
+        int cancelled = 0;
+        const auto cancel = [&] { ++cancelled; };
+        driver->showChecking(cancel);
+        EXPECT_TRUE(says("Checking for updates…"));
+        click("Cancel");
+        RunningProgram::until("it was cancelled", [&] { return cancelled == 1; });
+        driver->showDownload({1000, 4000}, cancel);
+        window();
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("it was cancelled", [&] { return cancelled == 2; });
+    });
+}
+
+TEST_F(UpdateWindows, DownloadShowsHowFarItIs) {
+    run([&] {
+        driver->showDownload({1000, 4000}, [] {});
+        driver->bringToFront();
+        EXPECT_TRUE(says("1.0\u00a0kB of 4.0\u00a0kB"));
+        auto* bar = visibleIn<Gtk::ProgressBar>(window()).at(0);
+        EXPECT_DOUBLE_EQ(bar->get_fraction(), 0.25);
+        driver->showDownload({3000, 4000}, [] {});
+        EXPECT_EQ(visibleIn<Gtk::ProgressBar>(window()).at(0), bar) << "the bar only moves";
+        EXPECT_DOUBLE_EQ(bar->get_fraction(), 0.75);
+        driver->showDownload({5000, std::nullopt}, [] {});
+        EXPECT_TRUE(visibleIn<Gtk::ProgressBar>(window()).empty());
+        EXPECT_EQ(visibleIn<Gtk::Spinner>(window()).size(), 1U);
+    });
+}
+
+TEST_F(UpdateWindows, MessagesAndFailuresWaitToBeAcknowledged) {
+    run([&] {
+        auto result = start(thenTrue(driver->showMessage("You are up to date", "Good.")));
+        EXPECT_TRUE(says("You are up to date"));
+        click("OK");
+        EXPECT_TRUE(answer(result));
+        result = start(thenTrue(driver->showFailure("Nobody answered. Try again later.")));
+        EXPECT_TRUE(says("Nobody answered. Try again later."));
+        window();
+        program.screen.press(GDK_KEY_Return);
+        EXPECT_TRUE(answer(result));
+        EXPECT_TRUE(isGone());
+    });
+}
+
+TEST_F(UpdateWindows, NewContentAnswersAnOpenQuestionMildly) {
+    run([&] {
+        const auto result = start(driver->showOffer(offer, CheckKind::userInitiated));
+        window();
+        driver->showPreparing();
+        program.untilDrawn(program.window(title));
+        EXPECT_EQ(answer(result), UpdateChoice::remindLater);
+        EXPECT_TRUE(says("Preparing the update…"));
+    });
+}
+
+TEST_F(UpdateWindows, DismissTakesTheWindowAwayAndAnswersMildly) {
+    run([&] {
+        EXPECT_FALSE(driver->bringToFront());
+        const auto result = start(driver->showReadyToRelaunch(offer));
+        program.untilDrawn(program.window(title));
+        driver->dismiss();
+        EXPECT_EQ(answer(result), RelaunchChoice::later);
+        EXPECT_TRUE(isGone());
+        EXPECT_FALSE(driver->bringToFront());
+    });
+}
+
+} // namespace
+} // namespace kelo::tests
