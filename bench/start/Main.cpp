@@ -3,6 +3,7 @@
 // along, on the same page. The rounds are interleaved, so that what else the machine does meanwhile
 // falls on all alike.
 
+#include "common/Programs.h"
 #include "e2e/rig/DemoService.h"
 #include "e2e/rig/Screen.h"
 #include "e2e/rig/TemporaryFolder.h"
@@ -22,22 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* page = "https://localhost:8443";
-
-fs::path miniBrowser() {
-    for (const auto& entry : fs::directory_iterator("/usr/lib")) {
-        const fs::path candidate = entry.path() / "webkitgtk-6.0" / "MiniBrowser";
-        std::error_code unreadable;
-        if (fs::exists(candidate, unreadable))
-            return candidate;
-    }
-    throw std::runtime_error("WebKitGTK's MiniBrowser is not installed.");
-}
-
-std::map<std::string, std::string> ownFolders(const fs::path& folder) {
-    fs::create_directories(folder / "data");
-    fs::create_directories(folder / "cache");
-    return {{"XDG_DATA_HOME", folder / "data"}, {"XDG_CACHE_HOME", folder / "cache"}};
-}
 
 std::vector<Candidate> candidates(const fs::path& build, const fs::path& folder) {
     const std::vector<std::string> browser{miniBrowser(), "--ignore-tls-errors",

@@ -1,10 +1,10 @@
 #include "start/Measurement.h"
 
+#include "common/Programs.h"
 #include "e2e/rig/ChildProcess.h"
 #include "e2e/rig/ProcessTree.h"
 
 #include <stdexcept>
-#include <sys/stat.h>
 #include <thread>
 
 namespace kelo::bench {
@@ -27,22 +27,6 @@ double milliseconds(Clock::duration time) {
 
 double mebibytes(std::uint64_t kibibytes) {
     return static_cast<double>(kibibytes) / 1024;
-}
-
-bool exists(pid_t process) {
-    struct stat status {};
-    return stat(("/proc/" + std::to_string(process)).c_str(), &status) == 0;
-}
-
-/// The next start must find neither the processes of this one nor their files in use.
-void endWithTree(rig::ChildProcess& process) {
-    const auto tree = rig::processTree(process.identifier());
-    process.end();
-    const auto deadline = Clock::now() + patience;
-    for (const pid_t member : tree) {
-        while (exists(member) && Clock::now() < deadline)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
 }
 
 double sum(const std::vector<pid_t>& tree, std::uint64_t (*value)(pid_t)) {

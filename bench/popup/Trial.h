@@ -1,0 +1,63 @@
+#pragma once
+
+#include "popup/PaintWatch.h"
+#include "screen/Keyboard.h"
+#include "screen/WindowEvents.h"
+#include "screen/Windows.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::bench {
+
+/// What is timed, in milliseconds each.
+enum class Moment { tapToMapped, tapToPainted, holdToMapped, tapToUnmapped };
+inline constexpr std::size_t momentCount = 4;
+using Times = std::array<std::vector<double>, momentCount>;
+
+/// Somebody at the keyboard with a stopwatch, before a program that shows and hides a window by the
+/// chord. A time begins just before the key is sent to the server (for a hold: 250 ms after that)
+/// and ends when the server's report of the window, or of what is drawn in it, is here.
+class Trial {
+public:
+    /// The window must not be on the screen yet; it is known by this size at least. The pixel is
+    /// one that the window will cover.
+    Trial(int leastWidth, int leastHeight, screen::Point pixel);
+    ~Trial();
+
+    /// Times the first show; the window is known from then on, and on the screen.
+    double firstShow();
+    /// After a first show, with the window on the screen or not: shows and hides it by taps and
+    /// holds.
+    Times repeat(int repetitions);
+    /// Hides it by a tap, if it is on the screen.
+    void putAway();
+
+private:
+    using Clock = screen::WindowEvents::Clock;
+
+    Clock::time_point awaitEvent(screen::WindowEvent::Kind kind) const;
+    void settle() const;
+    void pressChord() const;
+    /// When the release was sent.
+    Clock::time_point releaseChord() const;
+    Clock::time_point tap() const;
+    void timeTap(Times& times) const;
+    void timeHold(Times& times) const;
+    double timeHide() const;
+
+    int leastWidth;
+    int leastHeight;
+    screen::Point pixel;
+    screen::WindowEvents events;
+    screen::Windows windows{events.connection()};
+    PaintWatch paint;
+    screen::XConnection hands;
+    screen::Keyboard keyboard{hands};
+    std::optional<screen::WindowId> window;
+};
+
+} // namespace kelo::bench
