@@ -77,6 +77,14 @@ Wanted pageHeading(std::string name) {
     return {Place::page, {Role::heading}, std::move(name)};
 }
 
+Wanted pageMeter(std::string name) {
+    return {Place::page, {Role::levelBar}, std::move(name)};
+}
+
+Wanted pageText(std::string name) {
+    return {Place::page, {Role::staticText, Role::label, Role::text}, std::move(name)};
+}
+
 AccessibleTree::AccessibleTree(const AccessibilityBus& bus) : bus(bus) {}
 
 std::vector<Accessible> AccessibleTree::roots(Place place) const {

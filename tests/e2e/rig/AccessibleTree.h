@@ -33,6 +33,9 @@ Wanted menuItem(std::string name);
 Wanted pageButton(std::string name);
 Wanted pageField(std::string name);
 Wanted pageHeading(std::string name);
+Wanted pageMeter(std::string name);
+/// A piece of text that stands for itself.
+Wanted pageText(std::string name);
 
 /// Every step has this one deadline. It is long because it only ever passes when something is
 /// broken; nothing waits longer than the thing it waits for.

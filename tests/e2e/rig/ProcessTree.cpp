@@ -61,6 +61,10 @@ std::string programName(pid_t process) {
     return name;
 }
 
+std::size_t threadCount(pid_t process) {
+    return number(fs::path("/proc") / std::to_string(process) / "status", "Threads");
+}
+
 std::size_t openDescriptors(pid_t process) {
     std::error_code gone;
     const fs::directory_iterator all(fs::path("/proc") / std::to_string(process) / "fd", gone);

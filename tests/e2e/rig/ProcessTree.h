@@ -20,6 +20,8 @@ std::uint64_t residentSetSize(pid_t process);
 /// The first 15 characters of the name of the program that it runs.
 std::string programName(pid_t process);
 
+std::size_t threadCount(pid_t process);
+
 /// How many file descriptors it has open.
 std::size_t openDescriptors(pid_t process);
 

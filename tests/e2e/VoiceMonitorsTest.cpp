@@ -1,0 +1,58 @@
+#include "e2e/VoiceJourney.h"
+#include "e2e/rig/ChildProcess.h"
+
+namespace kelo::e2e {
+
+namespace {
+
+constexpr std::chrono::seconds patience{30};
+
+/// The screen as two monitors side by side, of different size.
+class VoiceMonitors : public VoiceJourney {
+protected:
+    const rig::Area left{{0, 0}, 580, 800};
+    const rig::Area right{{580, 0}, 700, 900};
+
+    void SetUp() override {
+        xrandr({"--setmonitor", "left", "580/150x800/200+0+0", "screen"});
+        xrandr({"--setmonitor", "right", "700/180x900/230+580+0", "none"});
+        VoiceJourney::SetUp();
+    }
+
+    void TearDown() override {
+        VoiceJourney::TearDown();
+        xrandr({"--delmonitor", "left"});
+        xrandr({"--delmonitor", "right"});
+    }
+
+    void xrandr(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "/usr/bin/xrandr");
+        rig::ChildProcess process(arguments, {}, folder.path() / "xrandr.log");
+        ASSERT_EQ(process.awaitExit(patience), 0) << process.printed();
+    }
+};
+
+} // namespace
+
+TEST_F(VoiceMonitors, ShowThePanelWhereTheKeyboardIs) {
+    screen::OtherProgram onLeft({{60, 60}, 300, 200});
+    goTo(onLeft);
+    auto shown = tapToShow();
+    EXPECT_EQ(panel.contents(shown), placeOn(left));
+    awaitWidgetPage(shown);
+    picture("left");
+    tapToHide();
+
+    screen::OtherProgram onRight({{700, 60}, 300, 200});
+    goTo(onRight);
+    shown = tapToShow();
+    EXPECT_EQ(panel.contents(shown), placeOn(right));
+    awaitWidgetPage(shown);
+    picture("right");
+    tapToHide();
+
+    goTo(onLeft);
+    EXPECT_EQ(panel.contents(tapToShow()), placeOn(left));
+}
+
+} // namespace kelo::e2e

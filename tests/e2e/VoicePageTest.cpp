@@ -1,0 +1,204 @@
+// The widget's page in the panel: who it is for, what it may do, and what it cannot break.
+#include "e2e/VoiceJourney.h"
+
+#include <algorithm>
+#include <csignal>
+#include <stdexcept>
+
+namespace kelo::e2e {
+
+namespace {
+
+/// Tells the service which keys it gets, and has a field to type into.
+constexpr const char* keyPage = R"(<!doctype html><title>Keys</title>
+<h1>Voice</h1><label>Note <input id="note" autofocus></label>
+<script>
+addEventListener('keydown', (event) => navigator.sendBeacon('/key?' + event.key), true);
+addEventListener('keyup', (event) => navigator.sendBeacon('/up?' + event.key), true);
+navigator.sendBeacon('/ready');
+</script>)";
+
+/// Tells the page around it, which shows it, whether it got the microphone.
+constexpr const char* foreignPage = R"(<!doctype html><body style="font: 15px sans-serif">
+<p id="answer">A foreign frame asks for the microphone…</p>
+<script>
+const tell = (text) => { document.getElementById('answer').textContent = text; parent.postMessage(text, '*'); };
+const handlers = window.webkit && window.webkit.messageHandlers;
+try { if (handlers && handlers.kelo) handlers.kelo.postMessage('close'); } catch (error) {}
+if (!navigator.mediaDevices) tell('no-devices');
+else navigator.mediaDevices.getUserMedia({ audio: true }).then(() => tell('granted'), (error) => tell(error.name));
+</script>)";
+
+std::string pageWithFrame(const std::string& frame) {
+    return R"(<!doctype html><body style="background: #fff; font: 15px sans-serif"><h1>Voice</h1>
+<p id="answer">waiting</p>)" +
+           frame + R"(
+<script>
+addEventListener('message', (event) => {
+  document.getElementById('answer').textContent = event.data;
+  navigator.sendBeacon('/answer?' + event.data);
+});
+</script>)";
+}
+
+class VoicePage : public VoiceJourney {
+protected:
+    void endWebProcess(pid_t process) const {
+        ASSERT_EQ(kill(process, SIGKILL), 0);
+        awaitThat("the page's process is gone", [&] {
+            const auto left = webProcesses();
+            return std::ranges::find(left, process) == left.end();
+        });
+    }
+
+    /// Shows the panel and gives the process that draws its page.
+    pid_t showAndFindProcess() {
+        const auto before = webProcesses();
+        awaitWidgetPage(tapToShow());
+        for (const pid_t process : webProcesses()) {
+            if (std::ranges::find(before, process) == before.end())
+                return process;
+        }
+        throw std::runtime_error("The widget's page has no process of its own.");
+    }
+};
+
+} // namespace
+
+TEST_F(VoicePage, ClosesThePanelByItsOwnButton) {
+    const auto shown = tapToShow();
+    awaitWidgetPage(shown);
+    clickInPanel(shown, rig::pageButton("Close"));
+    awaitNoPanel();
+    // And it is an ordinary close: the next tap shows it again.
+    awaitWidgetPage(tapToShow());
+}
+
+TEST_F(VoicePage, IsSignedInAfterANativeSignIn) {
+    user.awaitLoginPage();
+    becomeOwnerOfPasskey(ada);
+    user.pressSignInWithPasskey();
+    user.confirmSheet(desktop().loginPassword);
+    user.awaitSignedIn("Ada");
+    const auto shown = tapToShow();
+    awaitWidgetPage(shown);
+    desktop().tree.await(rig::pageText("Ada"));
+    picture("signed-in");
+}
+
+TEST_F(VoicePage, IsLoadedAnewByEachShowFromHiddenAndOnlyThen) {
+    auto& service = standIn({{"/widget", keyPage}});
+    const auto loads = [&] { return std::ranges::count(service.requests(), "/widget"); };
+    awaitKeyboard(tapToShow());
+    awaitAsked(service, "/ready");
+    EXPECT_EQ(loads(), 1);
+    pressChord();
+    awaitThat("the chord has reached the page", [&] { return service.wasAsked("/key?Alt"); });
+    releaseChord();
+    awaitNoPanel();
+    EXPECT_EQ(loads(), 1);
+    awaitKeyboard(tapToShow());
+    awaitThat("the page is loaded again", [&] { return loads() == 2; });
+}
+
+TEST_F(VoicePage, GetsTheTextThatIsTypedButNotTheEscape) {
+    auto& service = standIn({{"/widget", keyPage}});
+    const auto shown = tapToShow();
+    awaitKeyboard(shown);
+    awaitAsked(service, "/ready");
+    awaitThat("the page's field has the keyboard", [&] {
+        const auto field = desktop().tree.find(rig::pageField("Note"));
+        return field && field->isFocused();
+    });
+    desktop().screen.keyboard.type("Hello");
+    awaitThat("the text stands in the page's field", [&] {
+        const auto field = desktop().tree.find(rig::pageField("Note"));
+        return field && field->text() == "Hello";
+    });
+    picture("typed");
+    user.press("Escape");
+    awaitNoPanel();
+    // What the page tells arrives in order: with the next key here, an Escape would be here, too.
+    awaitKeyboard(tapToShow());
+    awaitThat("the page is there again",
+              [&] { return std::ranges::count(service.requests(), "/ready") == 2; });
+    desktop().screen.keyboard.type("z");
+    awaitAsked(service, "/key?z");
+    EXPECT_FALSE(service.wasAsked("/key?Escape"));
+}
+
+TEST_F(VoicePage, LeavesAPanelThatClosesByEscapeWhenItsProcessDies) {
+    endWebProcess(showAndFindProcess());
+    picture("dead");
+    user.press("Escape");
+    awaitNoPanel();
+    awaitWidgetPage(tapToShow());
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(VoicePage, LeavesAPanelThatClosesByATapWhenItsProcessDies) {
+    endWebProcess(showAndFindProcess());
+    tapToHide();
+    awaitWidgetPage(tapToShow());
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(VoicePage, LeavesAPanelThatClosesWhenItHangs) {
+    auto& service = standIn({{"/widget", R"(<h1>Voice</h1><script>
+addEventListener('load', () => setTimeout(() => { fetch('/hanging'); setTimeout(() => { for (;;); }, 100); }, 0));
+</script>)"}});
+    const auto shown = tapToShow();
+    awaitKeyboard(shown);
+    awaitAsked(service, "/hanging");
+    user.press("Escape");
+    awaitNoPanel();
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(VoicePage, ThatDoesNotLoadLeavesAPanelThatClosesAndIsFreshLater) {
+    service.reset();
+    const auto shown = tapToShow();
+    awaitKeyboard(shown);
+    picture("unreachable");
+    user.press("Escape");
+    awaitNoPanel();
+    startService();
+    awaitWidgetPage(tapToShow());
+}
+
+TEST_F(VoicePage, OfAForeignFrameGetsNoMicrophoneAndCannotCloseThePanel) {
+    const std::map<std::string, std::string> foreignPages{{"/frame", foreignPage}};
+    const rig::StandInService foreign(foreignPages);
+    auto& service = standIn({{"/widget", pageWithFrame("<iframe allow=\"microphone\" src=\"" +
+                                                       foreign.origin() + "/frame\"></iframe>")}});
+    const auto shown = tapToShow();
+    awaitThat("the foreign frame has its answer", [&] {
+        return std::ranges::any_of(service.requests(), [](const std::string& request) {
+            return request.starts_with("/answer?");
+        });
+    });
+    EXPECT_TRUE(service.wasAsked("/answer?NotAllowedError"));
+    EXPECT_TRUE(isPanelShown());
+    EXPECT_EQ(panel.contents(shown), placeOn(wholeScreen()));
+    picture("refused");
+}
+
+TEST_F(VoicePage, OfASandboxedFrameGetsNoMicrophoneAndCannotCloseThePanel) {
+    std::string source(foreignPage);
+    for (std::size_t at = 0; (at = source.find('"', at)) != std::string::npos; at += 6)
+        source.replace(at, 1, "&quot;");
+    auto& service =
+        standIn({{"/widget", pageWithFrame("<iframe sandbox=\"allow-scripts\" allow=\"microphone\" "
+                                           "srcdoc=\"" +
+                                           source + "\"></iframe>")}});
+    tapToShow();
+    awaitThat("the sandboxed frame has its answer", [&] {
+        return std::ranges::any_of(service.requests(), [](const std::string& request) {
+            return request.starts_with("/answer?");
+        });
+    });
+    EXPECT_FALSE(service.wasAsked("/answer?granted"));
+    EXPECT_TRUE(isPanelShown());
+}
+
+} // namespace kelo::e2e

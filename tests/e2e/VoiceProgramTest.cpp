@@ -1,0 +1,114 @@
+// The chord and the panel in the life of the program: before, beside and after its main window.
+#include "e2e/VoiceJourney.h"
+
+#include <array>
+#include <string_view>
+
+namespace kelo::e2e {
+
+namespace {
+
+constexpr std::chrono::seconds patience{30};
+
+class VoiceProgram : public VoiceJourney {
+protected:
+    /// Starts Kelo once more with these arguments, waits for its end, and gives what it printed.
+    std::string startAgain(const std::vector<std::string>& arguments) const {
+        rig::KeloProcess second(build(), folder.path(), folder.path() / "second.log", arguments);
+        EXPECT_EQ(second.awaitExit(patience), 0) << second.printed();
+        return second.printed();
+    }
+
+    void closeMainWindow() const {
+        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_CLOSE_WINDOW");
+        awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
+    }
+};
+
+} // namespace
+
+TEST_F(VoiceProgram, LogsTheHotkeyAndThenTheController) {
+    const std::string log = debugLog();
+    const auto hotkey = log.find("hotkey.start global=true local=true\n");
+    const auto controller = log.find("VoiceController.start — widget = web /widget host\n");
+    ASSERT_NE(hotkey, std::string::npos) << log;
+    ASSERT_NE(controller, std::string::npos) << log;
+    EXPECT_LT(hotkey, controller) << log;
+}
+
+TEST_F(VoiceProgram, StillHearsTheChordWithoutItsMainWindowAndOnceATapWhenItIsBack) {
+    closeMainWindow();
+    picture("closed");
+    awaitKeyboard(tapToShow());
+    tapToHide();
+    startAgain({});
+    awaitThat("Kelo's window is back", [&] { return mainWindow().has_value(); });
+    // The monitors are there twice now. A tap that counted twice would leave the panel as it was.
+    awaitKeyboard(tapToShow());
+    tapToHide();
+    awaitKeyboard(tapToShow());
+    tapToHide();
+}
+
+TEST_F(VoiceProgram, EscapeInTheMainWindowLeavesThePanel) {
+    const auto shown = tapToShow();
+    awaitKeyboard(shown);
+    awaitThat("the main window has the keyboard", [&] {
+        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_ACTIVE_WINDOW");
+        const auto active = desktop().screen.windows.active();
+        return active && active->process == kelo->identifier() && !panel.hasKeyboard(shown);
+    });
+    user.press("Escape");
+    // The menu opens by a key that comes after Escape: both have been dealt with by then.
+    user.press("F10");
+    awaitThat("the menu bar has the keyboard",
+              [&] { return desktop().tree.findFocused(rig::Role::menuItem).has_value(); });
+    EXPECT_TRUE(isPanelShown());
+    user.press("Escape");
+    EXPECT_TRUE(isPanelShown());
+}
+
+TEST_F(VoiceProgram, HearsTheChordInItsOwnWindow) {
+    awaitThat("the main window has the keyboard", [&] {
+        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_ACTIVE_WINDOW");
+        const auto active = desktop().screen.windows.active();
+        return active && active->process == kelo->identifier();
+    });
+    awaitKeyboard(tapToShow());
+    tapToHide();
+    tapToShow();
+    tapToHide();
+}
+
+TEST_F(VoiceProgram, TheWidgetArgumentDoesWhatATapDoes) {
+    startAgain({"--widget"});
+    const auto shown = awaitPanel();
+    awaitWidgetPage(shown);
+    awaitKeyboard(shown);
+    startAgain({"--widget"});
+    awaitNoPanel();
+    tapToShow();
+    startAgain({"--widget"});
+    awaitNoPanel();
+}
+
+TEST_F(VoiceProgram, TheWidgetArgumentStartsTheProgramWhereItIsNotRunning) {
+    endKelo();
+    kelo = std::make_unique<rig::KeloProcess>(build(), folder.path(), folder.path() / "kelo.log",
+                                              std::vector<std::string>{"--widget"});
+    const auto shown = awaitPanel();
+    awaitWidgetPage(shown);
+    awaitKeyboard(shown);
+    user.press("Escape");
+    awaitNoPanel();
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(VoiceProgram, ReportsTheSourcesOfTheHotkey) {
+    const std::string report = startAgain({"--hotkey-status"});
+    for (const std::string_view source : {"X11", "evdev", "portal"})
+        EXPECT_NE(report.find(source), std::string::npos) << report;
+    EXPECT_FALSE(isPanelShown());
+}
+
+} // namespace kelo::e2e
