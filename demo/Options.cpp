@@ -46,6 +46,8 @@ Options parseOptions(std::span<const char* const> arguments) {
             options.state = value();
         else if (name == "--origin")
             options.origin = parseOrigin(value());
+        else if (name == "--stranger")
+            options.stranger = true;
         else
             throw UsageError("There is no option \"" + std::string(name) + "\".");
         if (options.action == Options::Action::help)
@@ -60,6 +62,7 @@ std::string helpText() {
     return "Usage:\n"
            "  kelo-demo-service --init --authority DIRECTORY\n"
            "  kelo-demo-service --authority DIRECTORY [--port PORT] [--state FILE] [--origin URL]\n"
+           "                    [--stranger]\n"
            "\n"
            "A complete assistant service for one computer: it answers on the loopback\n"
            "addresses only, over HTTPS, with passkeys.\n"
@@ -70,6 +73,8 @@ std::string helpText() {
            "  --port       port to listen on; 0 for any free one (default: 8443)\n"
            "  --state      keep passkeys and sessions in this file across restarts\n"
            "  --origin     origin to expect in passkeys (default: the one it listens on)\n"
+           "  --stranger   put a frame of a foreign origin into the widget page, which tries\n"
+           "               to get at the microphone and to close the panel\n"
            "  --help       this text\n"
            "\n"
            "Accounts:\n"

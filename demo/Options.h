@@ -18,6 +18,7 @@ struct Options {
     std::uint16_t port = 8443; ///< 0: any free one
     std::optional<std::filesystem::path> state;
     std::optional<std::string> origin; ///< expected of passkeys instead of the service's own
+    bool stranger = false;             ///< the widget page holds a frame of a foreign origin
 };
 
 /// The command line makes no sense; the text says what is wrong with it.

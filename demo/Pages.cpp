@@ -145,9 +145,26 @@ Reply Pages::signOut(const Request& request) {
 Reply Pages::widget(const Request& request) {
     const Session* session = context.sessionOf(request);
     const Account* account = session ? context.accounts.find(session->email) : nullptr;
-    return htmlReply(200, page("Voice – Kelo", "widget.html",
-                               {{"who", account ? "Signed in as " + account->displayName
-                                                : "You are not signed in"}}));
+    const std::string_view stranger =
+        context.showsStranger ? embeddedPage("stranger-frame.html") : "";
+    auto reply = htmlReply(200, page("Voice – Kelo", "widget.html",
+                                     {{"who", account ? "Signed in as " + account->displayName
+                                                      : "You are not signed in"},
+                                      {"stranger", std::string(stranger)}}));
+    if (context.showsStranger)
+        reply.with("Content-Security-Policy", std::string(contentPolicy) + "; frame-src 'self'");
+    return reply;
+}
+
+// Its frame is a sandbox, so it is of no origin but its own, wherever it came from.
+Reply Pages::stranger() const {
+    if (!context.showsStranger)
+        return notFound();
+    return htmlReply(200, std::string(embeddedPage("stranger.html")))
+        .with("Content-Security-Policy",
+              "default-src 'none'; script-src 'unsafe-inline'; frame-src 'self'; "
+              "frame-ancestors 'self'; sandbox allow-scripts")
+        .with("X-Frame-Options", "SAMEORIGIN");
 }
 
 Reply Pages::notFound() const {

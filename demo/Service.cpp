@@ -8,23 +8,23 @@
 namespace kelo::demo {
 namespace {
 
-constexpr const char* contentPolicy =
-    "default-src 'none'; style-src 'self'; script-src 'self'; img-src 'self'; connect-src 'self'; "
-    "form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
+void addUnlessGiven(Reply& reply, const char* name, const char* value) {
+    const auto given =
+        std::ranges::find(reply.headers, name, [](const auto& header) { return header.first; });
+    if (given == reply.headers.end())
+        reply.with(name, value);
+}
 
 void addSafetyHeaders(Reply& reply) {
-    reply.with("Content-Security-Policy", contentPolicy)
-        .with("X-Content-Type-Options", "nosniff")
-        .with("X-Frame-Options", "DENY")
+    addUnlessGiven(reply, "Content-Security-Policy", contentPolicy);
+    addUnlessGiven(reply, "X-Frame-Options", "DENY");
+    addUnlessGiven(reply, "Cache-Control", "no-store");
+    reply.with("X-Content-Type-Options", "nosniff")
         .with("Referrer-Policy", "same-origin")
         .with("Cross-Origin-Opener-Policy", "same-origin")
         .with("Cross-Origin-Resource-Policy", "same-origin")
         .with("Permissions-Policy",
               "microphone=(self), publickey-credentials-get=(self), camera=(), geolocation=()");
-    const auto cached = std::ranges::find(reply.headers, "Cache-Control",
-                                          [](const auto& header) { return header.first; });
-    if (cached == reply.headers.end())
-        reply.with("Cache-Control", "no-store");
 }
 
 std::string namesOf(const auto& methods) {
@@ -48,6 +48,7 @@ void Service::routePages() {
     routes["/login"]["POST"] = [this](const Request& request) { return pages.signIn(request); };
     routes["/logout"]["POST"] = [this](const Request& request) { return pages.signOut(request); };
     routes["/widget"]["GET"] = [this](const Request& request) { return pages.widget(request); };
+    routes["/stranger"]["GET"] = [this](const Request&) { return pages.stranger(); };
     for (const char* name : {"style.css", "login.js", "home.js", "widget.js", "mark.svg"}) {
         routes[std::string("/assets/") + name]["GET"] = [this, name](const Request& request) {
             return pages.asset(request, name);

@@ -42,6 +42,8 @@ struct ServiceContext {
     bool save() const;
 
     std::string origin;
+    /// The widget page holds a frame of a foreign origin, to show what such a frame cannot do.
+    bool showsStranger = false;
     PasskeyVerifier verifier;
     AccountStore accounts;
     PasskeyStore passkeys;

@@ -54,6 +54,7 @@ int serve(const Options& options) {
     HttpServer server(files, options.port);
     const auto origin = originAt(server.port());
     ServiceContext context(origin, options.origin.value_or(origin), StateFile(options.state));
+    context.showsStranger = options.stranger;
     Service service(context);
     server.setHandler([&service](const Request& request) { return service.answer(request); });
 

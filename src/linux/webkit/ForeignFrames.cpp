@@ -6,10 +6,10 @@ namespace kelo::desktop {
 
 namespace {
 
-// For documents of the service. The engine lets a frame of another origin ask only where the frame's
-// "allow" says so; nothing of it is left before the frame's document can be there, since that comes
-// in a later turn of the event loop than the microtask that an observer runs in. 'none' stays: that
-// is less than what a frame of the service has without being told.
+// For documents of the service. The engine lets a frame of another origin ask only where the
+// frame's "allow" says so; nothing of it is left before the frame's document can be there, since
+// that comes in a later turn of the event loop than the microtask that an observer runs in. 'none'
+// stays: that is less than what a frame of the service has without being told.
 constexpr const char* withholdingScript = R"((() => {
   const withheld = /^\s*(microphone|camera|display-capture)\b(?!\s*'none'\s*$)/i;
   const {getAttribute, setAttribute, attachShadow} = Element.prototype;

@@ -94,6 +94,19 @@ TEST_F(PagesOfTheService, WidgetSaysWhetherSomeoneIsSignedIn) {
         EXPECT_NE(page.find(part), std::string::npos) << part;
 }
 
+TEST_F(PagesOfTheService, StrangerIsThereOnlyWhenAskedFor) {
+    EXPECT_EQ(browser->get("/stranger").status, 404u);
+    EXPECT_EQ(browser->get("/widget").body.find("<iframe"), std::string::npos);
+    startService({"--stranger"});
+    const auto widget = browser->get("/widget");
+    EXPECT_NE(widget.body.find("src=\"/stranger\" sandbox=\"allow-scripts\""), std::string::npos);
+    EXPECT_NE(widget.header("content-security-policy").find("frame-src 'self'"), std::string::npos);
+    const auto stranger = browser->get("/stranger");
+    EXPECT_EQ(stranger.status, 200u);
+    EXPECT_NE(stranger.header("content-security-policy").find("sandbox allow-scripts"),
+              std::string::npos);
+}
+
 TEST_F(PagesOfTheService, UnknownPathsAreSaidToBeUnknown) {
     const auto page = browser->get("/nowhere");
     EXPECT_EQ(page.status, 404u);

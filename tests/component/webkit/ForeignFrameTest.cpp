@@ -92,8 +92,7 @@ protected:
 };
 
 TEST_F(ForeignFrame, FrameOfTheServiceGetsTheMicrophone) {
-    show("<iframe src='/own'></iframe>",
-         "report(navigator.mediaDevices.getUserMedia(wanted))");
+    show("<iframe src='/own'></iframe>", "report(navigator.mediaDevices.getUserMedia(wanted))");
     EXPECT_EQ(firstResult(), "captured");
     EXPECT_THAT(decider->types, SizeIs(1));
 }
@@ -146,8 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"MethodOfALoadingChild", cleverest},
         Case{"SourceChildAtOnce", "report(child((frame) => frame.srcdoc = 'x').contentWindow"
                                   ".navigator.mediaDevices.getUserMedia(wanted))"},
-        Case{"SourceChild",
-             "child((frame) => frame.srcdoc = '<script>' + inside + '<\\/script>')"},
+        Case{"SourceChild", "child((frame) => frame.srcdoc = '<script>' + inside + '<\\/script>')"},
         Case{"BlobChild", "child((frame) => frame.src = URL.createObjectURL(new Blob("
                           "['<script>' + inside + '<\\/script>'], {type: 'text/html'})))"},
         Case{"DataChild",

@@ -30,7 +30,8 @@ public:
 };
 
 /// Views in a window, since a page that cannot be seen does not get the microphone, on a computer
-/// with the engine's own make-believe microphone, camera and screen: what is tested is who gets them.
+/// with the engine's own make-believe microphone, camera and screen: what is tested is who gets
+/// them.
 class MediaFixture : public WebKitFixture {
 protected:
     MediaFixture();

@@ -209,11 +209,9 @@ TEST_F(MediaPermission, PageLearnsNothingOfTheDevicesBeforeItMayUseThem) {
         rig.runUntil([&] { return !evaluate("state").empty(); });
         return evaluate("state");
     };
-    EXPECT_EQ(stateOf("microphone"), "prompt");
-    EXPECT_EQ(stateOf("camera"), "prompt");
-    EXPECT_EQ(stateOf("geolocation"), "denied");
-    decider.reset();
-    EXPECT_EQ(stateOf("microphone"), "denied");
+    // The engine tells pages "prompt" for "denied", too.
+    for (const char* const name : {"microphone", "camera", "geolocation"})
+        EXPECT_EQ(stateOf(name), "prompt") << name;
 }
 
 } // namespace kelo::test

@@ -26,7 +26,13 @@ public:
 class Microphone : public WebKitFixture {
 protected:
     void SetUp() override {
-        peer = site({{"/widget", std::string(demo::embeddedPage("widget.html"))},
+        const std::string widget(demo::embeddedPage("widget.html"));
+        peer = site({{"/widget", widget},
+                     {"/widget?stranger",
+                      widget + std::string(demo::embeddedPage("stranger-frame.html")) +
+                          "<script>addEventListener('message', (event) => window.told = event.data)"
+                          "</script>"},
+                     {"/stranger", std::string(demo::embeddedPage("stranger.html")) + pressing},
                      {"/assets/widget.js", std::string(demo::embeddedPage("widget.js"))}});
         makeView(peer->url());
         view->setUserInterfaceDelegate(granter);
@@ -34,6 +40,17 @@ protected:
         gtk_window_present(GTK_WINDOW(window));
         open(peer->url("/widget"));
     }
+    // Presses both buttons, one after the other, and hands on what the frame then shows.
+    static constexpr const char* pressing = R"(<script>if (parent === top) {
+  const shown = [];
+  new MutationObserver(() => {
+    shown.push(status.textContent);
+    if (shown.length === 1) document.getElementById('close').click();
+    if (shown.length === 2) top.postMessage(shown.join(' '), '*');
+  }).observe(status, {childList: true});
+  document.getElementById('listen').click();
+}</script>)";
+
     void TearDown() override { gtk_window_destroy(GTK_WINDOW(window)); }
 
     GtkWidget* window = gtk_window_new();
@@ -47,6 +64,32 @@ TEST_F(Microphone, MeterOfTheWidgetPageFollowsTheTone) {
     EXPECT_TRUE(waitForScript("document.getElementById('status').textContent", "Listening."))
         << evaluate("document.getElementById('status').textContent");
     EXPECT_TRUE(waitForScript("meter.getAttribute('aria-valuenow') > 50", "true"));
+}
+
+TEST_F(Microphone, StrangersFrameInTheWidgetPageIsRefused) {
+    open(peer->url("/widget?stranger"));
+    EXPECT_TRUE(waitForScript("window.told",
+                              "The stranger was refused. The stranger found nobody to tell."))
+        << evaluate("window.told");
+    EXPECT_TRUE(granter->types.empty());
+    evaluate("document.getElementById('microphone').click()");
+    EXPECT_TRUE(waitForScript("meter.getAttribute('aria-valuenow') > 50", "true"));
+}
+
+TEST_F(Microphone, IsLiveUntilThePageStopsIt) {
+    const auto isLive = [this] {
+        return webkit_web_view_get_microphone_capture_state(native()) ==
+               WEBKIT_MEDIA_CAPTURE_STATE_ACTIVE;
+    };
+    EXPECT_FALSE(isLive());
+    evaluate("document.getElementById('microphone').click()");
+    EXPECT_TRUE(rig.runUntil(isLive));
+    evaluate("document.getElementById('microphone').click()");
+    EXPECT_TRUE(rig.runUntil([&] { return !isLive(); }));
+    evaluate("document.getElementById('microphone').click()");
+    EXPECT_TRUE(rig.runUntil(isLive));
+    open(peer->url("/widget"));
+    EXPECT_TRUE(rig.runUntil([&] { return !isLive(); }));
 }
 
 } // namespace kelo::test

@@ -164,8 +164,8 @@ TEST_F(Navigation, LoadReplacesAPageThatIsKnownToHang) {
     webkit_web_view_evaluate_javascript(native(), "while (true) {}", -1, nullptr, nullptr, nullptr,
                                         nullptr, nullptr);
     webkit_web_view_reload(native());
-    ASSERT_TRUE(rig.runUntil(
-        [&] { return !webkit_web_view_get_is_web_process_responsive(native()); }));
+    ASSERT_TRUE(
+        rig.runUntil([&] { return !webkit_web_view_get_is_web_process_responsive(native()); }));
     open(peer->url("/next"));
     EXPECT_EQ(pageText(), "next");
 }

@@ -32,8 +32,7 @@ protected:
         request.hosts = {"other.localhost"};
         otherIdentity = authority.issue(request);
         other = std::make_unique<MisbehavingServer>(
-            otherIdentity,
-            MisbehavingServer::answering([](const WireRequest& request) {
+            otherIdentity, MisbehavingServer::answering([](const WireRequest& request) {
                 return page(request.target == "/" ? attempts : "");
             }));
     }
@@ -123,7 +122,8 @@ TEST_F(ScriptMessages, TextIsCompleteWhateverItHolds) {
 }
 
 TEST_F(ScriptMessages, FrameOfAnotherHostCannotPost) {
-    show({{"/", "<script>addEventListener('message', (event) => window.heard = event.data)</script>"}});
+    show({{"/",
+           "<script>addEventListener('message', (event) => window.heard = event.data)</script>"}});
     trust(otherIdentity, "other.localhost");
     evaluate("document.body.innerHTML = '<iframe src=" + otherAddress() + "></iframe>'; 1");
     ASSERT_TRUE(waitForScript("window.heard", "found 0"));
@@ -192,7 +192,8 @@ TEST_F(ScriptMessages, HandlerMayEndTheView) {
     };
     const auto ender = std::make_shared<Ender>();
     ender->end = [this] { endSession(); };
-    peer = site({{"/", "<script>onload = () => webkit.messageHandlers.kelo.postMessage(1)</script>"}});
+    peer =
+        site({{"/", "<script>onload = () => webkit.messageHandlers.kelo.postMessage(1)</script>"}});
     platform::WebViewConfiguration configuration;
     configuration.scriptMessageHandlers = {{ender, "kelo"}};
     makeView(peer->url(), configuration);
