@@ -161,9 +161,8 @@ Reply Pages::stranger() const {
     if (!context.showsStranger)
         return notFound();
     return htmlReply(200, std::string(embeddedPage("stranger.html")))
-        .with("Content-Security-Policy",
-              "default-src 'none'; script-src 'unsafe-inline'; frame-src 'self'; "
-              "frame-ancestors 'self'; sandbox allow-scripts")
+        .with("Content-Security-Policy", "default-src 'none'; script-src 'unsafe-inline'; "
+                                         "frame-ancestors 'self'; sandbox allow-scripts")
         .with("X-Frame-Options", "SAMEORIGIN");
 }
 
