@@ -6,14 +6,14 @@
 #include <exception>
 #include <utility>
 
-namespace kelo::authenticator {
+namespace kelo::platform {
 
 /// A task that runs from the moment this is made and is dropped, wherever it is suspended, when
 /// this goes. It must not go while the task is executing, and the task must not end with an
 /// exception.
 class RunningTask {
 public:
-    explicit RunningTask(platform::Task<void> task) : RunningTask(run(std::move(task))) {}
+    explicit RunningTask(Task<void> task) : RunningTask(run(std::move(task))) {}
     RunningTask(RunningTask&& other) noexcept : handle(std::exchange(other.handle, nullptr)) {}
     RunningTask& operator=(RunningTask&& other) noexcept {
         std::swap(handle, other.handle);
@@ -39,9 +39,9 @@ public:
 private:
     explicit RunningTask(std::coroutine_handle<promise_type> handle) noexcept : handle(handle) {}
 
-    static RunningTask run(platform::Task<void> task) { co_await task; }
+    static RunningTask run(Task<void> task) { co_await task; }
 
     std::coroutine_handle<promise_type> handle;
 };
 
-} // namespace kelo::authenticator
+} // namespace kelo::platform
