@@ -1,0 +1,238 @@
+#include "updater/install/ArchiveReader.h"
+
+#include "updater/install/ArchivePath.h"
+#include "updater/install/InstallFailure.h"
+#include "updater/install/InstallFiles.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace kelo::updater {
+
+namespace {
+
+struct ArchiveDeleter {
+    void operator()(archive* reader) const { archive_read_free(reader); }
+};
+using ArchivePointer = std::unique_ptr<archive, ArchiveDeleter>;
+
+/// Reads by offset, so that others who hold the descriptor are not disturbed.
+struct Source {
+    int file;
+    off_t offset = 0;
+    std::array<char, 65536> buffer{};
+
+    static la_ssize_t read(archive* reader, void* data, const void** bytes) {
+        auto& source = *static_cast<Source*>(data);
+        ssize_t count = 0;
+        do
+            count = ::pread(source.file, source.buffer.data(), source.buffer.size(), source.offset);
+        while (count < 0 && errno == EINTR);
+        if (count < 0) {
+            archive_set_error(reader, errno, "cannot be read");
+            return ARCHIVE_FATAL;
+        }
+        source.offset += count;
+        *bytes = source.buffer.data();
+        return count;
+    }
+};
+
+class Unpacking {
+public:
+    Unpacking(int file, int folder, const ArchiveLimits& limits)
+        : source{file}, folder(folder), limits(limits), reader(archive_read_new()) {
+        archive_read_support_format_tar(reader.get());
+        archive_read_support_filter_zstd(reader.get());
+        archive_read_support_filter_xz(reader.get());
+        archive_read_support_filter_gzip(reader.get());
+    }
+
+    std::string run() {
+        check(archive_read_open(reader.get(), &source, nullptr, &Source::read, nullptr));
+        archive_entry* entry = nullptr;
+        while (true) {
+            const int status = archive_read_next_header(reader.get(), &entry);
+            if (status == ARCHIVE_EOF)
+                break;
+            check(status);
+            if (++entries > limits.entries)
+                throw unfitArchive("more than " + std::to_string(limits.entries) + " entries");
+            unpack(entry);
+        }
+        // Only now, so that nothing that was unpacked can have gone through one.
+        for (const auto& link : links)
+            make(link);
+        if (top.empty())
+            throw unfitArchive("nothing in it");
+        if (!syncFolders(folder))
+            fail("fsync");
+        return top;
+    }
+
+private:
+    struct SymbolicLink {
+        std::vector<std::string> path;
+        std::string target;
+    };
+
+    void check(int status) const {
+        if (status == ARCHIVE_OK)
+            return;
+        const char* const reason = archive_error_string(reader.get());
+        throw unfitArchive(reason ? reason : "cannot be read");
+    }
+
+    [[noreturn]] static void fail(const std::string& what) {
+        throw installFailure(errno, "the new version", what);
+    }
+
+    void unpack(archive_entry* entry) {
+        const char* const text = archive_entry_pathname(entry);
+        const auto path = archivePath(text ? text : "");
+        if (!path)
+            throw unfitArchive(std::string("path ") + (text ? text : "unreadable"));
+        if (archive_entry_perm(entry) & (S_ISUID | S_ISGID | S_ISVTX))
+            throw unfitArchive(std::string("special permissions of ") + text);
+        const auto type = archive_entry_filetype(entry);
+        if (path->empty()) {
+            if (type != AE_IFDIR)
+                throw unfitArchive("its root is no folder");
+            return;
+        }
+        if (top.empty())
+            top = path->front();
+        if (path->front() != top || (path->size() == 1 && type != AE_IFDIR))
+            throw unfitArchive("more than one top folder: " + path->front());
+
+        if (const char* const other = archive_entry_hardlink(entry))
+            makeHardLink(*path, other);
+        else if (type == AE_IFDIR)
+            openInside(*path);
+        else if (type == AE_IFREG)
+            writeFile(*path, archive_entry_perm(entry));
+        else if (const char* const target = archive_entry_symlink(entry);
+                 type == AE_IFLNK && target)
+            links.push_back({*path, target});
+        else
+            throw unfitArchive(std::string("neither file, folder nor link: ") + text);
+    }
+
+    /// The folder of that path, made where it is missing.
+    FileDescriptor openInside(std::span<const std::string> path) const {
+        FileDescriptor current(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+        for (const auto& name : path) {
+            current = makeFolder(current.get(), name);
+            if (!current)
+                failOf(name);
+        }
+        return current;
+    }
+
+    FileDescriptor openParent(const std::vector<std::string>& path) const {
+        return openInside(std::span(path).first(path.size() - 1));
+    }
+
+    /// A name that is there already as something else is the archive's fault, not the disk's.
+    [[noreturn]] static void failOf(const std::string& name) {
+        if (errno == EEXIST || errno == ENOTDIR || errno == ELOOP || errno == ENAMETOOLONG)
+            throw unfitArchive("the same name twice: " + name);
+        fail(name);
+    }
+
+    void writeFile(const std::vector<std::string>& path, mode_t permissions) {
+        const FileDescriptor parent = openParent(path);
+        const FileDescriptor file(::openat(parent.get(), path.back().c_str(),
+                                           O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                                           0600));
+        if (!file)
+            failOf(path.back());
+        const std::uint64_t length = writeContent(file.get());
+        // A hole at the end is no block of data.
+        if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0 ||
+            ::fchmod(file.get(), permissions & S_IXUSR ? 0755 : 0644) != 0 ||
+            ::fsync(file.get()) != 0)
+            fail(path.back());
+    }
+
+    std::uint64_t writeContent(int file) {
+        std::uint64_t length = 0;
+        while (true) {
+            const void* block = nullptr;
+            std::size_t size = 0;
+            la_int64_t offset = 0;
+            const int status = archive_read_data_block(reader.get(), &block, &size, &offset);
+            const std::uint64_t end = static_cast<std::uint64_t>(offset) + size;
+            if (status != ARCHIVE_EOF)
+                check(status);
+            if (end > limits.bytes - bytes)
+                throw unfitArchive("more than " + std::to_string(limits.bytes) + " bytes");
+            if (end > length)
+                length = end;
+            if (status == ARCHIVE_EOF)
+                break;
+            writeAt(file, static_cast<const char*>(block), size, offset);
+        }
+        bytes += length;
+        return length;
+    }
+
+    static void writeAt(int file, const char* block, std::size_t size, off_t offset) {
+        while (size > 0) {
+            const ssize_t written = ::pwrite(file, block, size, offset);
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written <= 0)
+                fail("write");
+            block += written;
+            size -= static_cast<std::size_t>(written);
+            offset += written;
+        }
+    }
+
+    void makeHardLink(const std::vector<std::string>& path, const char* other) const {
+        const auto from = archivePath(other);
+        if (!from || from->size() < 2 || from->front() != top)
+            throw unfitArchive(std::string("hard link to ") + other);
+        const FileDescriptor source = openParent(*from);
+        const FileDescriptor parent = openParent(path);
+        // Without AT_SYMLINK_FOLLOW it never goes through a link.
+        if (::linkat(source.get(), from->back().c_str(), parent.get(), path.back().c_str(), 0) != 0)
+            throw unfitArchive(std::string("hard link to ") + other);
+    }
+
+    void make(const SymbolicLink& link) const {
+        if (!staysInTree(link.path, link.target))
+            throw unfitArchive("link to " + link.target);
+        const FileDescriptor parent = openParent(link.path);
+        if (::symlinkat(link.target.c_str(), parent.get(), link.path.back().c_str()) != 0)
+            failOf(link.path.back());
+    }
+
+    Source source;
+    int folder;
+    ArchiveLimits limits;
+    ArchivePointer reader;
+    std::vector<SymbolicLink> links;
+    std::string top;
+    std::size_t entries = 0;
+    std::uint64_t bytes = 0;
+};
+
+} // namespace
+
+std::string unpackArchive(int archive, int folder, const ArchiveLimits& limits) {
+    Unpacking unpacking(archive, folder, limits);
+    return unpacking.run();
+}
+
+} // namespace kelo::updater

@@ -1,0 +1,67 @@
+#include "updater/install/InstalledCopy.h"
+
+#include "bundle/ProgramPlace.h"
+#include "updater/install/InstallFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <set>
+
+namespace kelo::updater {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// More names than any list of ours has are not read.
+constexpr std::size_t mostFiles = 20000;
+
+bool isBelow(const fs::path& path, const fs::path& folder) {
+    const auto [end, rest] = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
+    return !folder.empty() && end == folder.end() && rest != path.end();
+}
+
+bool isMine(const fs::path& folder) {
+    struct stat status {};
+    return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid();
+}
+
+} // namespace
+
+InstalledCopy findInstalledCopy(const fs::path& program, const fs::path& home) {
+    InstalledCopy copy{CopyOwner::unknown, bundle::installationPrefix(program)};
+    std::error_code failure;
+    const fs::path canonicalHome = fs::canonical(home, failure);
+    const bool inPlace = program == copy.root / "bin" / "kelo";
+    if (inPlace && isBelow(program, "/usr") && !isBelow(program, "/usr/local"))
+        copy.owner = CopyOwner::packageManager;
+    else if (inPlace && !failure && isBelow(copy.root, canonicalHome) && isMine(copy.root) &&
+             isMine(copy.root.parent_path()) && !foreignFile(copy.root))
+        copy.owner = CopyOwner::user;
+    return copy;
+}
+
+std::optional<std::string> foreignFile(const fs::path& root) {
+    std::ifstream list(root / treeListPath);
+    std::set<std::string> own;
+    for (std::string line; own.size() < mostFiles && std::getline(list, line);)
+        own.insert(line);
+    if (own.empty())
+        return treeListPath;
+    const FileDescriptor folder(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder)
+        return treeListPath;
+    // One more file than the list has is a foreign one: no need to look through a whole home.
+    for (auto& file : filesBelow(folder.get(), own.size() + 1)) {
+        if (!own.contains(file))
+            return std::move(file);
+    }
+    return std::nullopt;
+}
+
+} // namespace kelo::updater

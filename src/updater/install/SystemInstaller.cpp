@@ -1,0 +1,118 @@
+#include "updater/install/SystemInstaller.h"
+
+#include "updater/install/InstallFailure.h"
+#include "updater/install/ProgramProbe.h"
+#include "updater/install/Relaunch.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+namespace kelo::updater {
+
+namespace {
+
+constexpr std::chrono::seconds openerDeadline{10};
+
+bool isTreeArchive(std::string_view fileName) {
+    constexpr std::array<std::string_view, 4> endings{".tar.zst", ".tar.xz", ".tar.gz", ".tgz"};
+    return std::ranges::any_of(endings,
+                               [&](std::string_view end) { return fileName.ends_with(end); });
+}
+
+bool isPackage(std::string_view fileName) {
+    return fileName.ends_with(".deb");
+}
+
+/// Systems of other kinds of packages have no use for one of Debian's.
+bool systemTakesPackages() {
+    std::error_code failure;
+    return std::filesystem::exists("/usr/bin/dpkg", failure);
+}
+
+std::filesystem::path packagePath(const VerifiedArchive& archive) {
+    return archive.folder() / archive.fileName();
+}
+
+/// Whether the name still means the file that was verified.
+bool isVerifiedFile(const VerifiedArchive& archive) {
+    struct stat verified {};
+    struct stat named {};
+    return ::fstat(archive.descriptor(), &verified) == 0 &&
+           ::lstat(packagePath(archive).c_str(), &named) == 0 && verified.st_dev == named.st_dev &&
+           verified.st_ino == named.st_ino;
+}
+
+} // namespace
+
+SystemInstaller::SystemInstaller(InstalledCopy copy, platform::Worker& worker, InstallerHost host)
+    : copy(std::move(copy)), worker(worker), host(std::move(host)) {}
+
+InstallKind SystemInstaller::kind(const AppcastItem& item) const {
+    const std::string path = item.enclosure ? item.enclosure->url.path() : std::string();
+    if (copy.owner == CopyOwner::user && isTreeArchive(path))
+        return InstallKind::replaceInPlace;
+    if (copy.owner == CopyOwner::packageManager && isPackage(path) && systemTakesPackages())
+        return InstallKind::handToPackageManager;
+    return InstallKind::informationalOnly;
+}
+
+platform::Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
+    const auto shared = std::make_shared<const VerifiedArchive>(std::move(archive));
+    package.reset();
+    switch (kind(shared->item())) {
+    case InstallKind::handToPackageManager:
+        package = shared;
+        co_return;
+    case InstallKind::informationalOnly:
+        throw unfitArchive("nothing that this copy can be replaced with");
+    case InstallKind::replaceInPlace:
+        break;
+    }
+    if (!tree)
+        tree = std::make_shared<TreeInstaller>(copy.root);
+    co_await platform::onWorker(worker, [staging = tree, shared] {
+        staging->stage(shared->descriptor(), shared->item().version);
+    });
+}
+
+platform::Task<void> SystemInstaller::installAndRelaunch() {
+    if (package)
+        co_await handToPackageManager();
+    else
+        co_await exchangeAndRelaunch();
+}
+
+platform::Task<void> SystemInstaller::exchangeAndRelaunch() {
+    if (!tree)
+        throw unfitArchive("nothing was prepared");
+    co_await platform::onWorker(worker, [installing = tree] { installing->install(); });
+    if (!relaunchAfterThisProcess(tree->program(), host.environment()))
+        throw UpdateError(UpdateErrorKind::installing,
+                          "The update is in place. Quit Kelo and start it again to use it.",
+                          "the new program could not be told to start");
+    host.terminate();
+}
+
+platform::Task<void> SystemInstaller::handToPackageManager() {
+    const auto handed = package;
+    if (!isVerifiedFile(*handed))
+        throw UpdateError(UpdateErrorKind::installing,
+                          "The package was changed after it had been verified, so it was not "
+                          "opened. Check for updates again.");
+    const std::string path = packagePath(*handed);
+    const bool opened = co_await platform::onWorker(
+        worker, [opener = host.opener, path] { return opensFile(opener, path, openerDeadline); });
+    if (!opened)
+        throw UpdateError(UpdateErrorKind::installing,
+                          "No program was found that installs packages. While Kelo runs, the "
+                          "verified package is “" +
+                              path + "”: install it with your system's own tools.");
+}
+
+} // namespace kelo::updater

@@ -1,0 +1,136 @@
+#include "updater/install/TreeInstaller.h"
+
+#include "bundle/InformationFile.h"
+#include "bundle/ProgramPlace.h"
+#include "updater/Version.h"
+#include "updater/install/InstallFailure.h"
+#include "updater/install/InstallFiles.h"
+#include "updater/install/InstallRecovery.h"
+#include "updater/install/InstalledCopy.h"
+#include "updater/install/ProgramProbe.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace kelo::updater {
+
+namespace {
+
+/// Keeps the permissions that the user gave the folder.
+void takeOverPermissions(int from, int to) {
+    struct stat status {};
+    if (::fstat(from, &status) == 0)
+        ::fchmod(to, (status.st_mode & 0777) | S_IRWXU);
+}
+
+} // namespace
+
+TreeInstaller::TreeInstaller(std::filesystem::path root, ExchangeCalls calls, ArchiveLimits limits)
+    : root(std::move(root)), calls(std::move(calls)), limits(limits) {}
+
+TreeInstaller::~TreeInstaller() {
+    discard();
+}
+
+void TreeInstaller::stage(int archive, const std::string& version) {
+    if (installed)
+        throw UpdateError(UpdateErrorKind::installing,
+                          "An update is in place already. Quit Kelo and start it again to use it.");
+    discard();
+    openPlace();
+    makeWorkFolder();
+    staged = true;
+    try {
+        calls.step();
+        const FileDescriptor unpacking = makeFolder(work.get(), "unpacking");
+        if (!unpacking)
+            throw installFailure(errno, root, "mkdir");
+        const std::string top = unpackArchive(archive, unpacking.get(), limits);
+        calls.step();
+        if (::renameat(unpacking.get(), top.c_str(), work.get(), "new") != 0)
+            throw installFailure(errno, root, "rename the unpacked tree");
+        calls.step();
+        checkStaged(version);
+        takeOverPermissions(tree.get(), openFolder(work.get(), "new").get());
+        if (::fsync(work.get()) != 0 || ::fsync(parent.get()) != 0)
+            throw installFailure(errno, root, "fsync");
+        calls.step();
+    } catch (...) {
+        discard();
+        throw;
+    }
+}
+
+void TreeInstaller::install() {
+    if (!staged)
+        throw unfitArchive("nothing is staged");
+    checkUnchanged();
+    exchangeTrees(root, parent.get(), work.get(), calls);
+    // What lies in the work folder now is the old tree, kept for the next start to remove.
+    staged = false;
+    installed = true;
+}
+
+void TreeInstaller::openPlace() {
+    parent = FileDescriptor(::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!parent)
+        throw installFailure(errno, root, "open " + root.parent_path().string());
+    tree = openFolder(parent.get(), root.filename());
+    if (!tree)
+        throw folderChanged(root);
+}
+
+void TreeInstaller::makeWorkFolder() {
+    const std::string name = workFolderName(root);
+    confirmInstalledTree(root);
+    if (::mkdirat(parent.get(), name.c_str(), 0700) != 0) {
+        if (errno != EEXIST)
+            throw installFailure(errno, root, "mkdir " + name);
+        throw UpdateError(UpdateErrorKind::installing,
+                          "Another Kelo is installing an update into “" + root.string() +
+                              "”. Wait until it has ended, then try again.");
+    }
+    work = openFolder(parent.get(), name);
+    if (!work)
+        throw installFailure(errno, root, "open " + name);
+    // Where locks do not work the folder's being there has to do.
+    ::flock(work.get(), LOCK_EX | LOCK_NB);
+}
+
+void TreeInstaller::checkStaged(const std::string& version) const {
+    const auto place = root.parent_path() / workFolderName(root) / "new";
+    const auto information = bundle::readInformationFile(bundle::informationPath(place));
+    const auto found =
+        information ? bundle::informationText(*information, "CFBundleVersion") : std::nullopt;
+    if (!found || compareVersions(*found, version) != 0)
+        throw unfitArchive("says that it is version " + found.value_or("nothing") + ", not " +
+                           version);
+    if (!printsHelp(place / "bin" / "kelo", probeDeadline))
+        throw UpdateError(UpdateErrorKind::installing,
+                          "The new version does not start on this computer, so yours stays. It may "
+                          "need a newer system; ask its publisher.");
+}
+
+void TreeInstaller::checkUnchanged() const {
+    const FileDescriptor parentNow(
+        ::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor now = openFolder(parentNow.get(), root.filename());
+    if (!now || !isSame(parent.get(), parentNow.get()) || !isSame(tree.get(), now.get()))
+        throw folderChanged(root);
+    if (const auto file = foreignFile(root))
+        throw folderHoldsOtherFiles(root, *file);
+}
+
+void TreeInstaller::discard() noexcept {
+    if (staged && work)
+        removeTree(parent.get(), workFolderName(root));
+    staged = false;
+    work = FileDescriptor();
+}
+
+} // namespace kelo::updater
