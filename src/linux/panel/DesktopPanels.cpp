@@ -59,8 +59,7 @@ std::optional<platform::Rectangle> x11WorkArea(GdkDisplay* display) {
 
 } // namespace
 
-std::shared_ptr<platform::Panel>
-DesktopPanels::makePanel(platform::PanelDescription description) {
+std::shared_ptr<platform::Panel> DesktopPanels::makePanel(platform::PanelDescription description) {
     GdkDisplay* const display = openDisplay();
     if (!display)
         return nullptr;

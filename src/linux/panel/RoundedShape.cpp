@@ -13,7 +13,8 @@ namespace {
 // rounded inwards: the row's outer boundary counts, so that each pixel left is covered entirely.
 int inset(int radius, int row) {
     const double fromCentre = radius - row;
-    const double reach = std::sqrt(std::max(0.0, double(radius) * radius - fromCentre * fromCentre));
+    const double reach =
+        std::sqrt(std::max(0.0, double(radius) * radius - fromCentre * fromCentre));
     return static_cast<int>(std::ceil(radius - reach));
 }
 

@@ -14,8 +14,8 @@ public:
     RoundedShape(int width, int height, int cornerRadius, int margin)
         : width(width), height(height), cornerRadius(cornerRadius), margin(margin) {}
 
-    /// Rows of pixels that lie wholly inside, from the window's upper left corner; as few rectangles
-    /// as rows differ.
+    /// Rows of pixels that lie wholly inside, from the window's upper left corner; as few
+    /// rectangles as rows differ.
     std::vector<XRectangle> rectangles(int scale) const;
 
     /// translucent: whether what is drawn around the rounded rectangle is blended with what lies

@@ -2,6 +2,7 @@
 
 #include <X11/Xatom.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace kelo::desktop {
@@ -38,6 +39,19 @@ std::vector<unsigned long> X11Connection::property(Window window, const char* na
 Window X11Connection::activeWindow() const {
     const auto found = property(root(), "_NET_ACTIVE_WINDOW", XA_WINDOW);
     return found.empty() ? None : found.front();
+}
+
+std::vector<Window> X11Connection::ordinaryWindows() const {
+    auto windows = property(root(), "_NET_CLIENT_LIST_STACKING", XA_WINDOW);
+    const Atom dock = atom("_NET_WM_WINDOW_TYPE_DOCK");
+    const Atom desktop = atom("_NET_WM_WINDOW_TYPE_DESKTOP");
+    std::erase_if(windows, [&](Window window) {
+        const auto types = property(window, "_NET_WM_WINDOW_TYPE", XA_ATOM);
+        return std::find(types.begin(), types.end(), dock) != types.end() ||
+               std::find(types.begin(), types.end(), desktop) != types.end();
+    });
+    std::reverse(windows.begin(), windows.end());
+    return windows;
 }
 
 bool X11Connection::isViewable(Window window) const {

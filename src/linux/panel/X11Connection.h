@@ -52,6 +52,9 @@ public:
     std::vector<unsigned long> property(Window window, const char* name, Atom type) const;
     /// What the window manager says is in use; None without one.
     Window activeWindow() const;
+    /// Those the window manager manages, except docks and the desktop itself, from the uppermost
+    /// down; also windows that are not on the screen.
+    std::vector<Window> ordinaryWindows() const;
     /// Whether the window exists and can be given the keyboard.
     bool isViewable(Window window) const;
     /// The ancestor (or the window itself) right below the root; None when the window is gone.

@@ -23,8 +23,16 @@ void X11Keyboard::giveBack() {
     const Window activeBefore = std::exchange(previouslyActive, None);
     if (!isOurs(focused))
         return;
+    const auto canHaveIt = [this](Window window) {
+        return connection.isViewable(window) && !isOurs(window);
+    };
     for (const Window candidate : {before, connection.activeWindow(), activeBefore})
-        if (connection.isViewable(candidate) && !isOurs(candidate))
+        if (canHaveIt(candidate))
+            return give(candidate);
+    if (before == PointerRoot)
+        return give(PointerRoot);
+    for (const Window candidate : connection.ordinaryWindows())
+        if (canHaveIt(candidate))
             return give(candidate);
     give(PointerRoot);
 }

@@ -13,7 +13,9 @@ public:
     /// The window must be viewable. Remembers who has the keyboard, unless that is the window.
     void take();
     /// Nothing when another window has taken it from ours in the meantime: that one was chosen
-    /// later. To be called while the window is still on the screen.
+    /// later. When the earlier owner is gone, the keyboard goes to the active window, else to the
+    /// uppermost one: window managers do not look after a keyboard that they did not give. To be
+    /// called while the window is still on the screen.
     void giveBack();
     /// The window or one inside it.
     bool isOurs(Window focused) const;

@@ -58,11 +58,12 @@ void X11Panel::realize() {
 }
 
 void X11Panel::listen() {
-    g_signal_connect(
-        connection.display(), "xevent",
-        reinterpret_cast<GCallback>(+[](GdkDisplay*, const XEvent* event,
-                                        X11Panel* self) -> gboolean { return self->handle(*event); }),
-        this);
+    g_signal_connect(connection.display(), "xevent",
+                     reinterpret_cast<GCallback>(
+                         +[](GdkDisplay*, const XEvent* event, X11Panel* self) -> gboolean {
+                             return self->handle(*event);
+                         }),
+                     this);
     const auto reshape = +[](X11Panel* self) { self->reshape(); };
     g_signal_connect_swapped(connection.display(), "notify::composited",
                              reinterpret_cast<GCallback>(reshape), this);

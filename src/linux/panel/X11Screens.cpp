@@ -86,8 +86,12 @@ PixelRectangle freeArea(PixelRectangle monitor, PixelRectangle desktop,
     int topEdge = monitor.y;
     int bottomEdge = bottom(monitor);
     for (const Strut& strut : struts) {
-        const auto beside = [&](int from, int to) { return to >= monitor.y && from < bottom(monitor); };
-        const auto above = [&](int from, int to) { return to >= monitor.x && from < right(monitor); };
+        const auto beside = [&](int from, int to) {
+            return to >= monitor.y && from < bottom(monitor);
+        };
+        const auto above = [&](int from, int to) {
+            return to >= monitor.x && from < right(monitor);
+        };
         const int fromLeft = strut.left;
         const int fromRight = desktop.width - strut.right;
         const int fromTop = strut.top;
@@ -184,7 +188,8 @@ PixelRectangle X11Screens::workArea(PixelRectangle monitor, bool isOnlyOne) cons
 // With several monitors, _NET_WORKAREA is one rectangle for all of them together, and says nothing
 // of any single one.
 std::vector<PixelRectangle> X11Screens::announced(PixelRectangle monitor, bool isOnlyOne) const {
-    const auto current = connection.property(connection.root(), "_NET_CURRENT_DESKTOP", XA_CARDINAL);
+    const auto current =
+        connection.property(connection.root(), "_NET_CURRENT_DESKTOP", XA_CARDINAL);
     const std::size_t workspace = current.empty() ? 0 : current.front();
     if (isOnlyOne) {
         const auto all =
@@ -193,9 +198,8 @@ std::vector<PixelRectangle> X11Screens::announced(PixelRectangle monitor, bool i
     }
     const std::string name = "_GTK_WORKAREAS_D" + std::to_string(workspace);
     auto all = rectangles(connection.property(connection.root(), name.c_str(), XA_CARDINAL));
-    std::erase_if(all, [&](const PixelRectangle& area) {
-        return intersection(area, monitor) != area;
-    });
+    std::erase_if(all,
+                  [&](const PixelRectangle& area) { return intersection(area, monitor) != area; });
     return all;
 }
 

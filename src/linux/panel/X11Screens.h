@@ -7,8 +7,8 @@
 
 namespace kelo::desktop {
 
-/// Pixels along the edges of the whole desktop that a panel or dock keeps for itself, each edge from
-/// one place to another, both included.
+/// Pixels along the edges of the whole desktop that a panel or dock keeps for itself, each edge
+/// from one place to another, both included.
 struct Strut {
     int left = 0, right = 0, top = 0, bottom = 0;
     int leftFrom = 0, leftTo = 0;
@@ -21,8 +21,9 @@ struct Strut {
 /// any other count.
 std::optional<Strut> strutOf(const std::vector<unsigned long>& numbers, PixelRectangle desktop);
 
-/// What the struts leave of a monitor. Struts count from the desktop's edges, so that one at an edge
-/// between two monitors runs over the whole of the other one: such a one is not meant for that.
+/// What the struts leave of a monitor. Struts count from the desktop's edges, so that one at an
+/// edge between two monitors runs over the whole of the other one: such a one is not meant for
+/// that.
 PixelRectangle freeArea(PixelRectangle monitor, PixelRectangle desktop,
                         const std::vector<Strut>& struts);
 

@@ -61,6 +61,7 @@ void FakeContent::openMenu() {
 
 void FakeContent::closeMenu() {
     gtk_popover_popdown(GTK_POPOVER(menu));
+    gtk_widget_grab_focus(entry.get());
 }
 
 platform::Point FakeContent::menuMiddle() const {

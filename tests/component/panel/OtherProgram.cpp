@@ -8,7 +8,7 @@
 
 namespace kelo::test {
 
-OtherProgram::OtherProgram(Place place) : where(place) {
+OtherProgram::OtherProgram(Place place, Kind kind) : where(place) {
     Display* const x = own.display();
     identifier = XCreateSimpleWindow(x, own.root(), place.x, place.y, unsigned(place.width),
                                      unsigned(place.height), 0, 0, color);
@@ -21,12 +21,22 @@ OtherProgram::OtherProgram(Place place) : where(place) {
     hints.flags = InputHint;
     hints.input = True;
     XSetWMHints(x, identifier, &hints);
+    if (kind == Kind::bar) {
+        const unsigned long dock = own.atom("_NET_WM_WINDOW_TYPE_DOCK");
+        XChangeProperty(x, identifier, own.atom("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32,
+                        PropModeReplace, reinterpret_cast<const unsigned char*>(&dock), 1);
+    }
     XMapWindow(x, identifier);
     own.sync();
 }
 
 OtherProgram::~OtherProgram() {
     XDestroyWindow(own.display(), identifier);
+    own.sync();
+}
+
+void OtherProgram::goToPlace() {
+    XMoveWindow(own.display(), identifier, where.x, where.y);
     own.sync();
 }
 
@@ -48,8 +58,8 @@ void OtherProgram::tellManager(const char* message, long first, long second) {
     event.xclient.format = 32;
     event.xclient.data.l[0] = first;
     event.xclient.data.l[1] = second;
-    XSendEvent(own.display(), own.root(), False,
-               SubstructureNotifyMask | SubstructureRedirectMask, &event);
+    XSendEvent(own.display(), own.root(), False, SubstructureNotifyMask | SubstructureRedirectMask,
+               &event);
     own.sync();
 }
 
@@ -80,7 +90,8 @@ void OtherProgram::listen() {
             ++pressed;
         std::array<char, 16> text{};
         if (event.type == KeyPress) {
-            const int count = XLookupString(&event.xkey, text.data(), text.size(), nullptr, nullptr);
+            const int count =
+                XLookupString(&event.xkey, text.data(), text.size(), nullptr, nullptr);
             keys.append(text.data(), std::size_t(count));
         }
     }

@@ -11,6 +11,7 @@ namespace kelo::test {
 /// keys it gets.
 class OtherProgram {
 public:
+    enum class Kind { ordinary, bar };
     struct Place {
         int x = 100;
         int y = 100;
@@ -19,13 +20,15 @@ public:
     };
     static constexpr unsigned color = 0xcc9933; ///< 0xRRGGBB
 
-    explicit OtherProgram(Place place);
+    explicit OtherProgram(Place place, Kind kind = Kind::ordinary);
     OtherProgram() : OtherProgram(Place()) {}
     /// Ends the program: its window goes.
     ~OtherProgram();
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
 
+    /// Window managers like to place a window themselves when it appears.
+    void goToPlace();
     /// Asks the window manager for the whole screen, or takes it where there is none.
     void fillScreen(bool hasManager);
     /// Takes the keyboard itself, as programs do where no window manager gives it to them.

@@ -2,6 +2,7 @@
 
 #include <gdk/x11/gdkx.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -43,7 +44,13 @@ std::string PanelFixture::manager() {
 }
 
 void PanelFixture::until(const std::string& what, const std::function<bool()>& condition) {
-    if (!loop.runUntil(condition))
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    bool holds = false;
+    const bool ended = loop.runUntil([&] {
+        holds = condition();
+        return holds || std::chrono::steady_clock::now() > limit;
+    });
+    if (!ended || !holds)
         throw std::runtime_error("never happened: " + what + "\n" +
                                  screen::Windows::picture(windows.all()));
 }
@@ -66,10 +73,18 @@ void PanelFixture::settle(OtherProgram& program) {
         return program.isExposed();
     };
     until("the other program is shown", shown);
-    if (!hasManager())
-        program.takeKeyboard();
-    until("the other program has the keyboard",
-          [&] { return windows.focused() == program.window(); });
+    program.takeKeyboard();
+    until("the other program has the keyboard, and the manager knows", [&] {
+        const auto active = windows.active();
+        return windows.focused() == program.window() &&
+               (!hasManager() || (active && active->identifier == program.window()));
+    });
+    program.goToPlace();
+    until("the other program is where it wants to be", [&] {
+        const auto origin = windows.describe(program.window()).origin;
+        return std::abs(origin.x - program.place().x) < 60 &&
+               std::abs(origin.y - program.place().y) < 60;
+    });
 }
 
 void PanelFixture::typeInto(OtherProgram& program, const std::string& text) {
@@ -105,8 +120,8 @@ PanelFixture::Box PanelFixture::box() const {
 
 void PanelFixture::picture(const std::string& name) const {
     if (const char* const folder = std::getenv("KELO_PICTURES"))
-        screen::Picture(connection).save(std::string(folder) + "/" + manager() + "-" + name +
-                                         ".png");
+        screen::Picture(connection)
+            .save(std::string(folder) + "/" + manager() + "-" + name + ".png");
 }
 
 } // namespace kelo::test

@@ -20,9 +20,7 @@ protected:
     static int brightness(unsigned color) {
         return int((color >> 16) + (color >> 8 & 0xff) + (color & 0xff)) / 3;
     }
-    bool isComposited() const {
-        return manager() == "xfwm4-composited" || manager() == "mutter";
-    }
+    bool isComposited() const { return manager() == "xfwm4-composited" || manager() == "mutter"; }
 
     Backdrop backdrop;
 };

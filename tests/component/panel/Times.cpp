@@ -24,7 +24,9 @@ double milliseconds(Clock::duration time) {
 
 void print(const char* what, std::vector<double> times) {
     std::sort(times.begin(), times.end());
-    const auto at = [&](double part) { return times[std::size_t(part * double(times.size() - 1))]; };
+    const auto at = [&](double part) {
+        return times[std::size_t(part * double(times.size() - 1))];
+    };
     std::printf("%-22s median %6.2f  p95 %6.2f  max %6.2f ms (%zu)\n", what, at(0.5), at(0.95),
                 times.back(), times.size());
 }

@@ -76,6 +76,8 @@ TEST_F(X11PanelTest, StaysOnTheScreenWhileTheWorkspaceChanges) {
     until("the other program is gone",
           [&] { return colorAt(other.place().x + 5, other.place().y + 5) != OtherProgram::color; });
     EXPECT_TRUE(contentAt(box().x + 300, box().y + 5));
+    OtherProgram onThatWorkspace({60, 60, 200, 100});
+    settle(onThatWorkspace);
     pointer.click({box().x + 300, box().y + 5});
     until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
     typeIntoPanel("there");
@@ -186,9 +188,12 @@ TEST_F(X11PanelTest, AMenuOfThePageOpensAboveItAndTakesClicks) {
     content->openMenu();
     until("the menu is open", [this] { return content->menuIsOpen(); });
     const int scale = box().width / 640;
-    const platform::Point middle = content->menuMiddle();
-    const screen::Point there{box().x + int(middle.x) * scale, box().y + int(middle.y) * scale};
-    until("the menu is drawn", [&] { return !contentAt(there.x - 50 * scale, there.y); });
+    screen::Point there;
+    until("the menu is drawn", [&] {
+        const platform::Point middle = content->menuMiddle();
+        there = {box().x + int(middle.x) * scale, box().y + int(middle.y) * scale};
+        return !contentAt(there.x - 50 * scale, there.y);
+    });
     picture("menu");
     pointer.click(there);
     until("the choice is made", [this] { return content->menuChoices() == 1; });
@@ -223,7 +228,7 @@ TEST_F(X11PanelTest, ShownAndHiddenAgainAndAgainKeepsWhatItHolds) {
 TEST_F(X11PanelTest, ShowingItAgainRaisesItAndChangesNothingElse) {
     show();
     const Box before = box();
-    OtherProgram other({before.x + 50, before.y + 50, 200, 200});
+    OtherProgram other({before.x - 100, before.y + 50, 200, 200});
     settle(other);
     show();
     typeIntoPanel("once more");
