@@ -1,9 +1,22 @@
 #include "linux/input/HotkeyStatus.h"
 
+#include "linux/input/ModifierSources.h"
+
 namespace kelo::desktop {
 
 std::vector<SourceStatus> hotkeyStatus() {
-    return {};
+    const DisplayKind kind = displayKindOfEnvironment();
+    std::vector<SourceStatus> status;
+    for (const auto& source : sourcesForEveryProgram(kind))
+        status.push_back({source->name(), source->availability()});
+    if (kind == DisplayKind::wayland)
+        status.push_back({"X11",
+                          {false,
+                           "This is a Wayland desktop, where X11 shows the keyboard only of X11 "
+                           "programs.",
+                           "Nothing, if another source is available; otherwise log in to an X11 "
+                           "session."}});
+    return status;
 }
 
 } // namespace kelo::desktop

@@ -1,15 +1,182 @@
 #include "linux/input/KeyboardMonitors.h"
 
+#include "linux/glib/WindowIdentity.h"
+#include "linux/input/ActiveWindowFocus.h"
+#include "linux/input/KeyDownFilter.h"
+#include "linux/input/ModifierDispatch.h"
+#include "linux/input/OwnWindowsModifierSource.h"
+#include "linux/input/X11KeyboardFocus.h"
+
+#include <gtk/gtk.h>
+
+#include <deque>
+#include <optional>
+#include <utility>
+
 namespace kelo::desktop {
 
-std::shared_ptr<platform::EventMonitor> KeyboardMonitors::addGlobalMonitor(platform::EventMask,
-                                                                           GlobalHandler) {
-    return nullptr;
+using platform::Event;
+using platform::EventMask;
+using platform::EventMonitor;
+using platform::EventPointer;
+using platform::ModifierFlags;
+namespace event_mask = platform::event_mask;
+
+namespace {
+
+/// Handlers stay where they are when one of them adds another; that one is first called for the
+/// next event.
+template <typename Handler>
+using Handlers = std::deque<Handler>;
+
+/// What goes on after every handler, in the order added, had its look; null when one took it.
+EventPointer pass(const Handlers<KeyboardMonitors::LocalHandler>& handlers, EventPointer event) {
+    const auto count = handlers.size();
+    for (std::size_t at = 0; at < count && event; ++at)
+        event = handlers[at](event);
+    return event;
 }
 
-std::shared_ptr<platform::EventMonitor> KeyboardMonitors::addLocalMonitor(platform::EventMask,
-                                                                          LocalHandler) {
-    return nullptr;
+bool isToolkitUp() {
+    return gtk_is_initialized() && gdk_display_get_default();
+}
+
+KeyboardWatch watchOfDisplay() {
+    GdkDisplay* const display = gdk_display_get_default();
+    const DisplayKind kind = displayKind(display);
+    KeyboardWatch watch;
+    if (kind == DisplayKind::x11)
+        watch.focus = std::make_unique<X11KeyboardFocus>(display);
+    else
+        watch.focus = std::make_unique<ActiveWindowFocus>();
+    watch.everyProgram = sourcesForEveryProgram(kind, gdk_display_get_name(display));
+    watch.ownWindows = std::make_unique<OwnWindowsModifierSource>();
+    return watch;
+}
+
+} // namespace
+
+class KeyboardMonitors::Modifiers {
+public:
+    explicit Modifiers(KeyboardWatch given) : watch(std::move(given)) {
+        startEveryProgram();
+        if (!everyProgram || !everyProgram->coversOwnWindows())
+            startOwnWindows();
+    }
+
+    Handlers<GlobalHandler> globalHandlers;
+    Handlers<LocalHandler> localHandlers;
+
+    bool seesOtherPrograms() const { return everyProgram != nullptr; }
+    bool seesOwnWindows() const {
+        return ownWindows || (everyProgram && everyProgram->coversOwnWindows());
+    }
+
+private:
+    void startEveryProgram() {
+        for (auto& source : watch.everyProgram) {
+            if (source->isAvailable() &&
+                source->start([this](ModifierFlags flags) { dispatch->sawEverywhere(flags); })) {
+                everyProgram = std::move(source);
+                break;
+            }
+        }
+        watch.everyProgram.clear();
+        makeDispatch(false);
+    }
+
+    void startOwnWindows() {
+        if (!watch.ownWindows || !watch.ownWindows->start([this](ModifierFlags flags) {
+                dispatch->sawInOwnWindows(flags);
+            }))
+            return;
+        ownWindows = std::move(watch.ownWindows);
+        makeDispatch(true);
+        watch.focus->onChange([this] { dispatch->focusMoved(); });
+    }
+
+    void makeDispatch(bool hasOwnWindowsSource) {
+        dispatch.emplace(*watch.focus, hasOwnWindowsSource,
+                         [this](ModifierFlags flags, bool ours) { deliver(flags, ours); });
+    }
+
+    void deliver(ModifierFlags flags, bool ours) {
+        Event event;
+        event.kind = event_mask::flagsChanged;
+        event.modifierFlags = flags;
+        // Where only our own windows can be seen, it is their business, too, that the keyboard has
+        // left them and nothing is known to be down any more.
+        if (ours || !everyProgram)
+            deliverToOurs(std::move(event));
+        else
+            for (std::size_t at = 0, count = globalHandlers.size(); at < count; ++at)
+                globalHandlers[at](event);
+    }
+
+    void deliverToOurs(Event event) {
+        if (GtkWindow* const window = gtk_is_initialized() ? activeToplevel() : nullptr)
+            event.window = windowIdentity(window);
+        pass(localHandlers, std::make_shared<const Event>(std::move(event)));
+    }
+
+    KeyboardWatch watch;
+    std::optional<ModifierDispatch> dispatch;
+    // Last, so that they fall silent first.
+    std::unique_ptr<ModifierSource> everyProgram;
+    std::unique_ptr<ModifierSource> ownWindows;
+};
+
+class KeyboardMonitors::KeyPresses {
+public:
+    KeyPresses()
+        : filter([this](const EventPointer& event) { return pass(handlers, event) != nullptr; }) {}
+
+    Handlers<LocalHandler> handlers;
+
+private:
+    KeyDownFilter filter;
+};
+
+KeyboardMonitors::KeyboardMonitors() = default;
+
+KeyboardMonitors::KeyboardMonitors(MakeWatch makeWatch) : makeWatch(std::move(makeWatch)) {}
+
+KeyboardMonitors::~KeyboardMonitors() = default;
+
+std::shared_ptr<EventMonitor> KeyboardMonitors::addGlobalMonitor(EventMask matching,
+                                                                 GlobalHandler handler) {
+    if (!(matching & event_mask::flagsChanged) || !(makeWatch || isToolkitUp()))
+        return nullptr;
+    Modifiers& seen = watchedModifiers();
+    if (!seen.seesOtherPrograms())
+        return nullptr;
+    seen.globalHandlers.push_back(std::move(handler));
+    return std::make_shared<EventMonitor>();
+}
+
+std::shared_ptr<EventMonitor> KeyboardMonitors::addLocalMonitor(EventMask matching,
+                                                                LocalHandler handler) {
+    bool added = false;
+    if (matching & event_mask::flagsChanged && (makeWatch || isToolkitUp())) {
+        Modifiers& seen = watchedModifiers();
+        if (seen.seesOwnWindows()) {
+            seen.localHandlers.push_back(handler);
+            added = true;
+        }
+    }
+    if (matching & event_mask::keyDown && isToolkitUp()) {
+        if (!keyPresses)
+            keyPresses = std::make_unique<KeyPresses>();
+        keyPresses->handlers.push_back(std::move(handler));
+        added = true;
+    }
+    return added ? std::make_shared<EventMonitor>() : nullptr;
+}
+
+KeyboardMonitors::Modifiers& KeyboardMonitors::watchedModifiers() {
+    if (!modifiers)
+        modifiers = std::make_unique<Modifiers>(makeWatch ? makeWatch() : watchOfDisplay());
+    return *modifiers;
 }
 
 } // namespace kelo::desktop

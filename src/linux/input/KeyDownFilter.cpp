@@ -1,0 +1,71 @@
+#include "linux/input/KeyDownFilter.h"
+
+#include "linux/glib/SignalHandler.h"
+#include "linux/glib/WindowIdentity.h"
+#include "linux/input/GdkModifiers.h"
+
+#include <gtk/gtk.h>
+
+#include <set>
+#include <utility>
+
+namespace kelo::desktop {
+
+class KeyDownFilter::Keys {
+public:
+    explicit Keys(Handler handler) : handler(std::move(handler)) {}
+
+    static void watch(GtkWindow* window, const std::shared_ptr<std::unique_ptr<Keys>>& keys) {
+        // Not a key controller: that would ask an input method first.
+        GtkEventController* const controller = gtk_event_controller_legacy_new();
+        gtk_event_controller_set_name(controller, "kelo keys");
+        gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
+        connectWithState(controller, "event", arrived, keys);
+        gtk_widget_add_controller(GTK_WIDGET(window), controller);
+    }
+
+private:
+    static gboolean arrived(GtkEventController* controller, GdkEvent* event,
+                            std::shared_ptr<std::unique_ptr<Keys>>* keys) {
+        if (!**keys)
+            return GDK_EVENT_PROPAGATE;
+        const GdkEventType type = gdk_event_get_event_type(event);
+        if (type != GDK_KEY_PRESS && type != GDK_KEY_RELEASE)
+            return GDK_EVENT_PROPAGATE;
+        auto* const window = GTK_WINDOW(gtk_event_controller_get_widget(controller));
+        Keys& self = ***keys;
+        return type == GDK_KEY_PRESS ? self.pressed(window, event) : self.released(event);
+    }
+
+    bool pressed(GtkWindow* window, GdkEvent* event) {
+        platform::Event down;
+        down.kind = platform::event_mask::keyDown;
+        down.modifierFlags = flagsFromGdk(gdk_event_get_modifier_state(event));
+        down.keyCode = gdk_key_event_get_keyval(event) == GDK_KEY_Escape ? platform::key::escape
+                                                                         : platform::key::other;
+        down.window = windowIdentity(window);
+        const guint key = gdk_key_event_get_keycode(event);
+        const bool goesOn = handler(std::make_shared<const platform::Event>(std::move(down)));
+        if (goesOn)
+            taken.erase(key);
+        else
+            taken.insert(key);
+        return !goesOn;
+    }
+
+    bool released(GdkEvent* event) { return taken.erase(gdk_key_event_get_keycode(event)) > 0; }
+
+    Handler handler;
+    /// Hardware codes of keys whose press was taken and whose release has not come yet.
+    std::set<guint> taken;
+};
+
+KeyDownFilter::KeyDownFilter(Handler handler)
+    : keys(std::make_shared<std::unique_ptr<Keys>>(std::make_unique<Keys>(std::move(handler)))),
+      toplevels([keys = keys](GtkWindow* window) { Keys::watch(window, keys); }) {}
+
+KeyDownFilter::~KeyDownFilter() {
+    keys->reset();
+}
+
+} // namespace kelo::desktop

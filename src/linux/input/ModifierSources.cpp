@@ -1,0 +1,20 @@
+#include "linux/input/ModifierSources.h"
+
+#include "linux/input/EvdevModifierSource.h"
+#include "linux/input/PortalModifierSource.h"
+#include "linux/input/XkbModifierSource.h"
+
+namespace kelo::desktop {
+
+SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName) {
+    SourceList sources;
+    // An X server beside a Wayland desktop knows of the keys only while one of its windows has
+    // the keyboard.
+    if (kind != DisplayKind::wayland)
+        sources.push_back(std::make_unique<XkbModifierSource>(displayName));
+    sources.push_back(std::make_unique<EvdevModifierSource>());
+    sources.push_back(std::make_unique<PortalModifierSource>());
+    return sources;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,47 @@
+#include "linux/input/OwnWindowsModifierSource.h"
+
+#include "linux/input/GdkModifiers.h"
+
+#include <gdk/gdk.h>
+
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+GdkDevice* defaultKeyboard() {
+    GdkDisplay* const display = gdk_display_get_default();
+    GdkSeat* const seat = display ? gdk_display_get_default_seat(display) : nullptr;
+    return seat ? gdk_seat_get_keyboard(seat) : nullptr;
+}
+
+} // namespace
+
+OwnWindowsModifierSource::~OwnWindowsModifierSource() {
+    if (connection)
+        g_signal_handler_disconnect(keyboard.get(), connection);
+}
+
+Availability OwnWindowsModifierSource::availability() const {
+    if (!defaultKeyboard())
+        return {false, "There is no keyboard.", "Plug one in and start Kelo again."};
+    return {true, "Control + Alt works in Kelo's own windows.", ""};
+}
+
+bool OwnWindowsModifierSource::start(Handler wanted) {
+    keyboard = GObjectPointer<GdkDevice>::share(defaultKeyboard());
+    if (!keyboard)
+        return false;
+    handler = std::move(wanted);
+    connection = g_signal_connect_swapped(
+        keyboard.get(), "notify::modifier-state",
+        G_CALLBACK(+[](OwnWindowsModifierSource* self) { self->changed(); }), this);
+    return true;
+}
+
+void OwnWindowsModifierSource::changed() {
+    handler(flagsFromGdk(gdk_device_get_modifier_state(keyboard.get())));
+}
+
+} // namespace kelo::desktop

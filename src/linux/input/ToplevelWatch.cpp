@@ -1,0 +1,45 @@
+#include "linux/input/ToplevelWatch.h"
+
+#include <gtk/gtk.h>
+
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+GObjectPointer<GtkWindow> windowAt(GListModel* list, unsigned position) {
+    return GObjectPointer<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(list, position)));
+}
+
+} // namespace
+
+ToplevelWatch::ToplevelWatch(Handler handler)
+    : handler(std::move(handler)),
+      toplevels(GObjectPointer<GListModel>::share(gtk_window_get_toplevels())),
+      connection(
+          g_signal_connect(toplevels.get(), "items-changed", G_CALLBACK(itemsChanged), this)) {
+    itemsChanged(toplevels.get(), 0, 0, g_list_model_get_n_items(toplevels.get()), this);
+}
+
+ToplevelWatch::~ToplevelWatch() {
+    g_signal_handler_disconnect(toplevels.get(), connection);
+}
+
+void ToplevelWatch::itemsChanged(GListModel* list, unsigned position, unsigned, unsigned added,
+                                 void* self) {
+    for (unsigned at = position; at < position + added; ++at)
+        static_cast<ToplevelWatch*>(self)->handler(windowAt(list, at).get());
+}
+
+GtkWindow* activeToplevel() {
+    GListModel* const list = gtk_window_get_toplevels();
+    for (unsigned at = 0; at < g_list_model_get_n_items(list); ++at) {
+        const auto window = windowAt(list, at);
+        if (gtk_window_is_active(window.get()))
+            return window.get();
+    }
+    return nullptr;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "linux/glib/GObjectPointer.h"
+
+#include <functional>
+
+typedef struct _GListModel GListModel;
+typedef struct _GtkWindow GtkWindow;
+
+namespace kelo::desktop {
+
+/// Calls a function once for each window of ours: for those there are, and for each that is made,
+/// until it goes. GTK must be up. Main thread only.
+class ToplevelWatch {
+public:
+    using Handler = std::function<void(GtkWindow*)>;
+
+    explicit ToplevelWatch(Handler handler);
+    ~ToplevelWatch();
+    ToplevelWatch(const ToplevelWatch&) = delete;
+    ToplevelWatch& operator=(const ToplevelWatch&) = delete;
+
+private:
+    static void itemsChanged(GListModel* list, unsigned position, unsigned removed, unsigned added,
+                             void* self);
+
+    Handler handler;
+    GObjectPointer<GListModel> toplevels;
+    unsigned long connection;
+};
+
+/// The window of ours that the toolkit takes for the one with the keyboard, or null.
+GtkWindow* activeToplevel();
+
+} // namespace kelo::desktop

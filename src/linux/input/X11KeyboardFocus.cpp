@@ -1,0 +1,44 @@
+#include "linux/input/X11KeyboardFocus.h"
+
+#include <gdk/x11/gdkx.h>
+
+namespace kelo::desktop {
+
+X11KeyboardFocus::X11KeyboardFocus(GdkDisplay* display)
+    : display(GObjectPointer<GdkDisplay>::share(display)) {}
+
+bool X11KeyboardFocus::isOurs() const {
+    // The toolkit's connection, not another: the server answers after what was asked for on it.
+    Window focus = None;
+    int revertTo = RevertToNone;
+    XGetInputFocus(gdk_x11_display_get_xdisplay(display.get()), &focus, &revertTo);
+    if (focus == PointerRoot)
+        return isUnderPointer();
+    return focus != None && gdk_x11_surface_lookup_for_display(display.get(), focus) != nullptr;
+}
+
+// Without a window manager, the keyboard is the window's that the pointer is in.
+bool X11KeyboardFocus::isUnderPointer() const {
+    Display* const connection = gdk_x11_display_get_xdisplay(display.get());
+    Window window = gdk_x11_display_get_xrootwindow(display.get());
+    bool ours = false;
+    // A window of another program may go while we look at it.
+    gdk_x11_display_error_trap_push(display.get());
+    while (window != None && !ours) {
+        Window root = None;
+        Window child = None;
+        int rootX = 0;
+        int rootY = 0;
+        int x = 0;
+        int y = 0;
+        unsigned buttons = 0;
+        if (!XQueryPointer(connection, window, &root, &child, &rootX, &rootY, &x, &y, &buttons))
+            break;
+        window = child;
+        ours = window != None && gdk_x11_surface_lookup_for_display(display.get(), window);
+    }
+    gdk_x11_display_error_trap_pop_ignored(display.get());
+    return ours;
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "linux/glib/GObjectPointer.h"
+#include "linux/input/KeyboardFocus.h"
+
+typedef struct _GdkDisplay GdkDisplay;
+
+namespace kelo::desktop {
+
+/// Asks the X server, one round trip at each look: windows that no window manager knows count, and
+/// what we asked for just before is taken into account. Tells of no changes.
+class X11KeyboardFocus final : public KeyboardFocus {
+public:
+    /// A display of the X11 kind.
+    explicit X11KeyboardFocus(GdkDisplay* display);
+    bool isOurs() const override;
+
+private:
+    bool isUnderPointer() const;
+
+    GObjectPointer<GdkDisplay> display;
+};
+
+} // namespace kelo::desktop

@@ -1,0 +1,186 @@
+#include "linux/input/XkbModifierSource.h"
+
+#include "linux/input/XkbModifierMap.h"
+
+#include <X11/XKBlib.h>
+#include <glib.h>
+
+#include <optional>
+#include <utility>
+
+namespace kelo::desktop {
+
+namespace {
+
+struct CloseConnection {
+    void operator()(Display* display) const { XCloseDisplay(display); }
+};
+using Connection = std::unique_ptr<Display, CloseConnection>;
+
+Connection connectTo(const std::string& displayName) {
+    return Connection(XOpenDisplay(displayName.empty() ? nullptr : displayName.c_str()));
+}
+
+/// The first number of the keyboard extension's events, if the server has the extension.
+std::optional<int> keyboardEvents(Display* display) {
+    int opcode = 0;
+    int firstEvent = 0;
+    int firstError = 0;
+    int major = XkbMajorVersion;
+    int minor = XkbMinorVersion;
+    if (!XkbQueryExtension(display, &opcode, &firstEvent, &firstError, &major, &minor))
+        return std::nullopt;
+    return firstEvent;
+}
+
+/// Whether events lie in Xlib's own queue: a reply that was read may have brought some along, and
+/// the descriptor says nothing of those.
+bool hasQueuedEvents(Display* display) {
+    return XEventsQueued(display, QueuedAlready) > 0;
+}
+
+} // namespace
+
+/// The connection, and the main loop's eye on it.
+class XkbWatch {
+public:
+    XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler);
+    ~XkbWatch();
+    XkbWatch(const XkbWatch&) = delete;
+    XkbWatch& operator=(const XkbWatch&) = delete;
+
+private:
+    struct Source {
+        GSource base;
+        XkbWatch* watch;
+        gpointer descriptor;
+    };
+    static gboolean prepare(GSource* source, gint* timeout);
+    static gboolean check(GSource* source);
+    static gboolean dispatch(GSource* source, GSourceFunc, gpointer);
+
+    void select();
+    void readState();
+    void drain();
+    void handle(const XkbEvent& event);
+    void stateChanged(unsigned realModifiers);
+
+    Connection connection;
+    int firstEvent;
+    ModifierSource::Handler handler;
+    XkbModifierMap map;
+    unsigned realModifiers = 0;
+    platform::ModifierFlags last = 0;
+    GSource* source;
+};
+
+XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler)
+    : connection(std::move(display)), firstEvent(firstEvent), handler(std::move(handler)) {
+    static GSourceFuncs functions{prepare, check, dispatch, nullptr, nullptr, nullptr};
+    select();
+    map = readXkbModifierMap(connection.get());
+    XkbStateRec state{};
+    XkbGetState(connection.get(), XkbUseCoreKbd, &state);
+    realModifiers = state.mods;
+    last = map.flags(realModifiers);
+
+    source = g_source_new(&functions, sizeof(Source));
+    auto* const own = reinterpret_cast<Source*>(source);
+    own->watch = this;
+    own->descriptor =
+        g_source_add_unix_fd(source, ConnectionNumber(connection.get()),
+                             static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR));
+    g_source_set_static_name(source, "kelo keyboard modifiers");
+    g_source_attach(source, nullptr);
+}
+
+XkbWatch::~XkbWatch() {
+    g_source_destroy(source);
+    g_source_unref(source);
+}
+
+void XkbWatch::select() {
+    Display* const display = connection.get();
+    XkbSelectEventDetails(display, XkbUseCoreKbd, XkbStateNotify, XkbModifierStateMask,
+                          XkbModifierStateMask);
+    constexpr unsigned layout = XkbNewKeyboardNotifyMask | XkbMapNotifyMask;
+    XkbSelectEvents(display, XkbUseCoreKbd, layout, layout);
+}
+
+gboolean XkbWatch::prepare(GSource* source, gint* timeout) {
+    *timeout = -1;
+    return hasQueuedEvents(reinterpret_cast<Source*>(source)->watch->connection.get());
+}
+
+gboolean XkbWatch::check(GSource* source) {
+    auto* const own = reinterpret_cast<Source*>(source);
+    return g_source_query_unix_fd(source, own->descriptor) != 0 ||
+           hasQueuedEvents(own->watch->connection.get());
+}
+
+gboolean XkbWatch::dispatch(GSource* source, GSourceFunc, gpointer) {
+    reinterpret_cast<Source*>(source)->watch->drain();
+    return G_SOURCE_CONTINUE;
+}
+
+void XkbWatch::drain() {
+    // XPending reads what has come and does not wait for more.
+    while (XPending(connection.get()) > 0) {
+        XkbEvent event{};
+        XNextEvent(connection.get(), &event.core);
+        if (event.type == firstEvent)
+            handle(event);
+    }
+}
+
+void XkbWatch::handle(const XkbEvent& event) {
+    switch (event.any.xkb_type) {
+    case XkbStateNotify:
+        stateChanged(event.state.mods);
+        break;
+    case XkbMapNotify:
+    case XkbNewKeyboardNotify:
+        map = readXkbModifierMap(connection.get());
+        // What is held means something else now.
+        stateChanged(realModifiers);
+        break;
+    default:
+        break;
+    }
+}
+
+void XkbWatch::stateChanged(unsigned modifiers) {
+    realModifiers = modifiers;
+    const auto flags = map.flags(modifiers);
+    if (std::exchange(last, flags) != flags)
+        handler(flags);
+}
+
+XkbModifierSource::XkbModifierSource(std::string displayName)
+    : displayName(std::move(displayName)) {}
+
+XkbModifierSource::~XkbModifierSource() = default;
+
+Availability XkbModifierSource::availability() const {
+    const bool watching = watch != nullptr;
+    const Connection display = watching ? nullptr : connectTo(displayName);
+    if (!watching && !display)
+        return {false, "There is no X display to watch.", "Start Kelo from a graphical session."};
+    if (!watching && !keyboardEvents(display.get()))
+        return {false, "The X display has no keyboard extension (XKEYBOARD), which tells of keys.",
+                "Enable the XKEYBOARD extension of the X server."};
+    return {true, "Control + Alt works in every program.", ""};
+}
+
+bool XkbModifierSource::start(Handler handler) {
+    Connection display = connectTo(displayName);
+    if (!display)
+        return false;
+    const auto firstEvent = keyboardEvents(display.get());
+    if (!firstEvent)
+        return false;
+    watch = std::make_unique<XkbWatch>(std::move(display), *firstEvent, std::move(handler));
+    return true;
+}
+
+} // namespace kelo::desktop
