@@ -72,9 +72,15 @@ void BusCalls::connect(const std::string& address,
 
 void tellBus(const BusConnection& connection, const BusObject& object, const char* interface,
              const char* method) {
+    // Whoever waits for an answer keeps the connection, and its last user may be about to go: the
+    // call would go with it before it is written.
+    const GAsyncReadyCallback answered = [](GObject* source, GAsyncResult* result, gpointer) {
+        const GVariantOwner answer(
+            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
+    };
     g_dbus_connection_call(connection.get(), object.owner.c_str(), object.path.c_str(), interface,
                            method, nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, usualTimeout,
-                           nullptr, nullptr, nullptr);
+                           nullptr, answered, nullptr);
 }
 
 BusSignal::BusSignal(BusConnection bus, const std::string& sender, const char* interface,

@@ -47,7 +47,8 @@ private:
         GObjectPointer<GCancellable>::adopt(g_cancellable_new());
 };
 
-/// Calls a method without parameters, and nobody waits for an answer.
+/// Calls a method without parameters, whose answer does not matter. The connection stays until the
+/// answer is there, also when nobody else has it any more.
 void tellBus(const BusConnection& connection, const BusObject& object, const char* interface,
              const char* method);
 

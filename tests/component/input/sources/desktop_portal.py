@@ -1,4 +1,5 @@
-"""A desktop portal with global shortcuts, for dbusmock. Asked() gives what it was asked, in order.
+"""A desktop portal with global shortcuts, for dbusmock. Asked() gives what it was asked, in order,
+and the signal WasAsked says that there is more.
 
 Parameters:
   shortcuts  false: it has no global shortcuts
@@ -23,6 +24,7 @@ SESSION = 'org.freedesktop.portal.Session'
 
 def load(mock, parameters):
     mock.asked = []
+    mock.note = lambda line: note(mock, line)
     mock.sessions = []
     mock.client = None
     mock.refuses = parameters.get('refuses')
@@ -30,6 +32,11 @@ def load(mock, parameters):
     mock.has_registry = bool(parameters.get('registry', False))
     if parameters.get('shortcuts', True):
         mock.AddProperties(MAIN_IFACE, {'version': dbus.UInt32(1)})
+
+
+def note(mock, line):
+    mock.asked.append(line)
+    mock.connection.send_message(dbus.lowlevel.SignalMessage(MAIN_OBJ, MOCK_IFACE, 'WasAsked'))
 
 
 def send(mock, path, interface, name, signature, *values):
@@ -46,7 +53,7 @@ def place(kind, sender, token):
 
 def noting(text):
     """The code of a method that notes that it was called."""
-    return f"objects['{MAIN_OBJ}'].asked.append('{text}')"
+    return f"objects['{MAIN_OBJ}'].note('{text}')"
 
 
 def respond(mock, method, options, results):
@@ -65,13 +72,13 @@ def Register(self, identifier, _options, sender=None):
     if not self.has_registry:
         raise dbus.exceptions.DBusException('no such interface',
                                             name='org.freedesktop.DBus.Error.UnknownMethod')
-    self.asked.append(f'Register {identifier}')
+    self.note(f'Register {identifier}')
 
 
 @dbus.service.method(MAIN_IFACE, in_signature='a{sv}', out_signature='o', sender_keyword='sender')
 def CreateSession(self, options, sender=None):
     self.client = sender
-    self.asked.append('CreateSession')
+    self.note('CreateSession')
     session = place('session', sender, options['session_handle_token'])
     self.sessions.append(session)
     self.AddObject(session, SESSION, {}, [('Close', '', '', noting('Close session'))])
@@ -84,8 +91,8 @@ def BindShortcuts(self, session, shortcuts, _parent, options, sender=None):
     self.client = sender
     for name, properties in shortcuts:
         known = 'own' if session in self.sessions else 'unknown'
-        self.asked.append(f"BindShortcuts {known} session: {name}, {properties['description']}, "
-                          f"{properties['preferred_trigger']}")
+        self.note(f"BindShortcuts {known} session: {name}, {properties['description']}, "
+                  f"{properties['preferred_trigger']}")
     return respond(self, 'BindShortcuts', options, {'shortcuts': shortcuts})
 
 
