@@ -1,14 +1,14 @@
 #include "updater/install/Relaunch.h"
 
-#include "updater/FileDescriptor.h"
+#include "updater/install/ProcessHandle.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/pidfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <utility>
 
@@ -25,7 +25,7 @@ struct EndOfThisProcess {
     FileDescriptor readable;
     FileDescriptor held; ///< to stay open in this process, and in no other
 
-    EndOfThisProcess() : readable(::pidfd_open(::getpid(), 0)) {
+    EndOfThisProcess() : readable(processHandle(::getpid())) {
         int ends[2];
         if (!readable && ::pipe2(ends, O_CLOEXEC) == 0) {
             readable = FileDescriptor(ends[0]);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "updater/FileDescriptor.h"
+
+#include <sys/types.h>
+
+namespace kelo::updater {
+
+/// A descriptor of the process that is ready to read once everything of the process is closed. None
+/// where the system has no such thing (an old kernel, a strict sandbox).
+FileDescriptor processHandle(pid_t process);
+
+} // namespace kelo::updater

@@ -1,0 +1,170 @@
+#include "component/installer/Trees.h"
+#include "updater/install/InstallRecovery.h"
+#include "updater/install/TreeInstaller.h"
+
+#include <gmock/gmock.h>
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+
+namespace kelo::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AnyOf;
+using testing::ElementsAre;
+using updater::ExchangeCalls;
+
+/// Ends this very process by kill -9 at the step with that number, counted from 0.
+std::function<void()> killedAt(int number) {
+    return [number, step = 0]() mutable {
+        if (step++ == number)
+            ::kill(::getpid(), SIGKILL);
+    };
+}
+
+/// Runs it in a process of its own. True when that came to its end, false when it was killed.
+bool runsToTheEnd(const std::function<void()>& action) {
+    const pid_t process = ::fork();
+    if (process == 0) {
+        action();
+        std::_Exit(0);
+    }
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGKILL) << "it died of something else";
+    EXPECT_TRUE(!WIFEXITED(status) || WEXITSTATUS(status) == 0);
+    return WIFEXITED(status);
+}
+
+enum class FileSystem { exchanges, cannotExchange };
+
+ExchangeCalls callsFor(FileSystem fileSystem, std::function<void()> step) {
+    ExchangeCalls calls;
+    calls.step = std::move(step);
+    if (fileSystem == FileSystem::cannotExchange)
+        calls.exchange = [](int, const char*, int, const char*) { return EINVAL; };
+    return calls;
+}
+
+/// An installed 1.0 and an archive of 1.1.
+class KilledInstall : public testing::TestWithParam<FileSystem> {
+protected:
+    KilledInstall() {
+        writeTree(folder / "first", "1.0");
+        writeTree(folder / "later", "1.1");
+        versions["1.0\n"] = contentsOf(folder / "first");
+        versions["1.1\n"] = contentsOf(folder / "later");
+        packTree(folder / "later", "kelo-1.1", archive);
+    }
+
+    void installAfresh() {
+        fs::remove_all(home);
+        fs::create_directories(home);
+        fs::copy(folder / "first", root, fs::copy_options::recursive);
+    }
+
+    void install(const std::function<void()>& step) const {
+        updater::TreeInstaller installer(root, callsFor(GetParam(), step));
+        installer.stage(openForReading(archive).get(), "1.1");
+        installer.install();
+    }
+
+    /// What a start of the program does.
+    void start(const std::function<void()>& step) const {
+        updater::repairInstalledTree(root, callsFor(GetParam(), step));
+        updater::confirmInstalledTree(root, callsFor(GetParam(), step));
+    }
+
+    std::string expectAProgramThatStarts() const {
+        std::string version = outputOf(root / "bin/kelo");
+        EXPECT_THAT(version, AnyOf("1.0\n", "1.1\n"));
+        return version;
+    }
+
+    void expectWhole(const std::string& version) const {
+        EXPECT_EQ(contentsOf(root), versions.at(version));
+        std::vector<std::string> beside;
+        for (const auto& entry : fs::directory_iterator(home))
+            beside.push_back(entry.path().filename());
+        EXPECT_THAT(beside, ElementsAre("Kelo"));
+    }
+
+    TemporaryFolder folder;
+    fs::path home = folder / "home";
+    fs::path root = home / "Kelo";
+    fs::path archive = folder / "kelo-1.1.tar.zst";
+    std::map<std::string, Contents> versions;
+};
+
+} // namespace
+
+TEST_P(KilledInstall, LeavesAProgramThatStartsWhereverItWasKilled) {
+    bool ended = false;
+    int kills = 0;
+    for (int number = 0; !ended; ++number) {
+        installAfresh();
+        ended = runsToTheEnd([&] { install(killedAt(number)); });
+        const std::string version = expectAProgramThatStarts();
+        EXPECT_TRUE(!ended || version == "1.1\n");
+        start([] {});
+        EXPECT_EQ(expectAProgramThatStarts(), version);
+        expectWhole(version);
+        ASSERT_FALSE(HasFailure()) << "killed at step " << number;
+        kills += ended ? 0 : 1;
+    }
+    EXPECT_GE(kills, GetParam() == FileSystem::exchanges ? 6 : 20);
+}
+
+TEST_P(KilledInstall, IsClearedUpHoweverOftenTheStartIsKilledToo) {
+    bool ended = false;
+    for (int number = 0; !ended; ++number) {
+        bool started = false;
+        for (int startNumber = 0; !started; ++startNumber) {
+            installAfresh();
+            ended = runsToTheEnd([&] { install(killedAt(number)); });
+            const std::string version = expectAProgramThatStarts();
+            started = runsToTheEnd([&] { start(killedAt(startNumber)); });
+            EXPECT_EQ(expectAProgramThatStarts(), version);
+            start([] {});
+            EXPECT_EQ(expectAProgramThatStarts(), version);
+            expectWhole(version);
+            ASSERT_FALSE(HasFailure()) << "killed at " << number << ", then at " << startNumber;
+        }
+    }
+}
+
+TEST_P(KilledInstall, TheOldTreeIsKeptUntilTheNewProgramHasStarted) {
+    installAfresh();
+    ASSERT_TRUE(runsToTheEnd([&] { install([] {}); }));
+    bool kept = false;
+    for (const auto& entry : fs::recursive_directory_iterator(home))
+        kept |= entry.path().filename() == "kelo" && entry.is_regular_file() &&
+                readFile(entry.path()) == versions.at("1.0\n").at("bin/kelo");
+    EXPECT_TRUE(kept);
+    start([] {});
+    expectWhole("1.1\n");
+}
+
+TEST_P(KilledInstall, AStartBesideALivingInstallerTouchesNothing) {
+    installAfresh();
+    updater::TreeInstaller installer(root, callsFor(GetParam(), [] {}));
+    installer.stage(openForReading(archive).get(), "1.1");
+    ASSERT_TRUE(runsToTheEnd([&] { start([] {}); }));
+    installer.install();
+    EXPECT_EQ(expectAProgramThatStarts(), "1.1\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(OnDisk, KilledInstall,
+                         testing::Values(FileSystem::exchanges, FileSystem::cannotExchange),
+                         [](const auto& info) {
+                             return info.param == FileSystem::exchanges ? "InOneStep"
+                                                                        : "PieceByPiece";
+                         });
+
+} // namespace kelo::tests

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "updater/FileDescriptor.h"
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace kelo::tests {
+
+/// Removed with everything in it when the object goes.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+void writeFile(const std::filesystem::path& path, const std::string& content, mode_t mode = 0644);
+std::string readFile(const std::filesystem::path& path);
+
+/// Paths and contents of everything below the folder.
+using Contents = std::map<std::string, std::string>;
+Contents contentsOf(const std::filesystem::path& folder);
+
+/// A tree whose every file names its version. The program prints it. Versions differ in which other
+/// files they have: those of 1.0 are not those of others.
+void writeTree(const std::filesystem::path& root, const std::string& version);
+
+/// The Info.plist of a version.
+std::string information(const std::string& version);
+
+struct TarEntry {
+    std::string path;
+    mode_t type = 0100000; ///< as in st_mode
+    mode_t permissions = 0644;
+    std::string content = {};
+    std::string symbolicLink = {};
+    std::string hardLink = {};
+};
+
+/// Writes a tar archive, compressed as its name says (zst, xz or gz).
+void writeArchive(const std::filesystem::path& archive, const std::vector<TarEntry>& entries);
+
+/// Packs a tree under one top folder.
+void packTree(const std::filesystem::path& root, const std::string& top,
+              const std::filesystem::path& archive);
+
+updater::FileDescriptor openForReading(const std::filesystem::path& path);
+
+/// What the program prints, run without arguments; empty when it does not end well.
+std::string outputOf(const std::filesystem::path& program);
+
+} // namespace kelo::tests
