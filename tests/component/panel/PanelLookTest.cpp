@@ -97,7 +97,8 @@ TEST_F(PanelLookTest, MovesWhileShownAndStaysWhereItWasPut) {
     panel->setFrameOrigin({300, 100});
     show();
     EXPECT_EQ(panel->frame(), (platform::Rectangle{300, 100, 640, 620}));
-    EXPECT_TRUE(contentAt(300 * scale(), connection.height() - 300 * scale()));
+    until("it is drawn there",
+          [&] { return contentAt(300 * scale(), connection.height() - 300 * scale()); });
 }
 
 } // namespace

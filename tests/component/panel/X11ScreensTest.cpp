@@ -1,5 +1,7 @@
-#include "linux/panel/X11Screens.h"
 #include "component/panel/PanelFixture.h"
+
+// After the test library: Xlib defines macros that break it.
+#include "linux/panel/X11Screens.h"
 
 #include <X11/Xatom.h>
 #include <X11/extensions/Xrandr.h>
