@@ -74,8 +74,8 @@ void VoiceJourney::awaitNoPanel() {
 }
 
 void VoiceJourney::awaitWidgetPage(const rig::ScreenWindow& shown) const {
-    const auto heading = desktop().tree.await(rig::pageHeading("Voice"));
-    const auto place = heading.extents();
+    const auto lowest = desktop().tree.await(rig::pageButton("Start microphone"));
+    const auto place = lowest.extents();
     awaitThat("the widget's page is drawn", [&] {
         return desktop().screen.isDrawn({shown.origin.x + place.x, shown.origin.y + place.y},
                                         place.width, place.height);

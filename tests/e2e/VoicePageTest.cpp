@@ -41,6 +41,13 @@ addEventListener('message', (event) => {
 </script>)";
 }
 
+/// With every quotation mark written in another way.
+std::string escaped(std::string text, const std::string& quotationMark) {
+    for (std::size_t at = 0; (at = text.find('"', at)) != std::string::npos;)
+        text.replace(at, 1, quotationMark);
+    return text;
+}
+
 class VoicePage : public VoiceJourney {
 protected:
     void endWebProcess(pid_t process) const {
@@ -49,6 +56,22 @@ protected:
             const auto left = webProcesses();
             return std::ranges::find(left, process) == left.end();
         });
+    }
+
+    /// The page with the frame in it shows that the frame has asked and got nothing.
+    void refuses(const std::string& frame) {
+        auto& service = standIn({{"/widget", pageWithFrame(frame)}});
+        const auto shown = tapToShow();
+        awaitThat("the frame has its answer", [&] {
+            return std::ranges::any_of(service.requests(), [](const std::string& request) {
+                return request.starts_with("/answer?");
+            });
+        });
+        EXPECT_TRUE(service.wasAsked("/answer?NotAllowedError"))
+            << testing::PrintToString(service.requests());
+        EXPECT_TRUE(isPanelShown());
+        EXPECT_EQ(panel.contents(shown), placeOn(wholeScreen()));
+        picture("refused");
     }
 
     /// Shows the panel and gives the process that draws its page.
@@ -82,7 +105,8 @@ TEST_F(VoicePage, IsSignedInAfterANativeSignIn) {
     user.awaitSignedIn("Ada");
     const auto shown = tapToShow();
     awaitWidgetPage(shown);
-    desktop().tree.await(rig::pageText("Ada"));
+    awaitThat("the widget's page says who is signed in",
+              [&] { return desktop().tree.pageSays("Signed in as Ada Lovelace"); });
     picture("signed-in");
 }
 
@@ -166,39 +190,16 @@ TEST_F(VoicePage, ThatDoesNotLoadLeavesAPanelThatClosesAndIsFreshLater) {
     awaitWidgetPage(tapToShow());
 }
 
-TEST_F(VoicePage, OfAForeignFrameGetsNoMicrophoneAndCannotCloseThePanel) {
-    const std::map<std::string, std::string> foreignPages{{"/frame", foreignPage}};
-    const rig::StandInService foreign(foreignPages);
-    auto& service = standIn({{"/widget", pageWithFrame("<iframe allow=\"microphone\" src=\"" +
-                                                       foreign.origin() + "/frame\"></iframe>")}});
-    const auto shown = tapToShow();
-    awaitThat("the foreign frame has its answer", [&] {
-        return std::ranges::any_of(service.requests(), [](const std::string& request) {
-            return request.starts_with("/answer?");
-        });
-    });
-    EXPECT_TRUE(service.wasAsked("/answer?NotAllowedError"));
-    EXPECT_TRUE(isPanelShown());
-    EXPECT_EQ(panel.contents(shown), placeOn(wholeScreen()));
-    picture("refused");
+// Neither kind of frame has the service's origin. That of a page from another host is held by the
+// web view's own tests, which can have such a host trusted.
+TEST_F(VoicePage, WithAForeignFrameGivesItNoMicrophoneAndLetsItCloseNothing) {
+    refuses("<iframe allow=\"microphone\" src=\"data:text/html;charset=utf-8," +
+            escaped(foreignPage, "%22") + "\"></iframe>");
 }
 
-TEST_F(VoicePage, OfASandboxedFrameGetsNoMicrophoneAndCannotCloseThePanel) {
-    std::string source(foreignPage);
-    for (std::size_t at = 0; (at = source.find('"', at)) != std::string::npos; at += 6)
-        source.replace(at, 1, "&quot;");
-    auto& service =
-        standIn({{"/widget", pageWithFrame("<iframe sandbox=\"allow-scripts\" allow=\"microphone\" "
-                                           "srcdoc=\"" +
-                                           source + "\"></iframe>")}});
-    tapToShow();
-    awaitThat("the sandboxed frame has its answer", [&] {
-        return std::ranges::any_of(service.requests(), [](const std::string& request) {
-            return request.starts_with("/answer?");
-        });
-    });
-    EXPECT_FALSE(service.wasAsked("/answer?granted"));
-    EXPECT_TRUE(isPanelShown());
+TEST_F(VoicePage, WithASandboxedFrameGivesItNoMicrophoneAndLetsItCloseNothing) {
+    refuses("<iframe sandbox=\"allow-scripts\" allow=\"microphone\" srcdoc=\"" +
+            escaped(foreignPage, "&quot;") + "\"></iframe>");
 }
 
 } // namespace kelo::e2e

@@ -25,7 +25,6 @@ enum class Role : std::uint32_t {
     entry = 79,
     heading = 83,
     document = 95,
-    staticText = 116,
     levelBar = 103,
 };
 

@@ -81,10 +81,6 @@ Wanted pageMeter(std::string name) {
     return {Place::page, {Role::levelBar}, std::move(name)};
 }
 
-Wanted pageText(std::string name) {
-    return {Place::page, {Role::staticText, Role::label, Role::text}, std::move(name)};
-}
-
 AccessibleTree::AccessibleTree(const AccessibilityBus& bus) : bus(bus) {}
 
 std::vector<Accessible> AccessibleTree::roots(Place place) const {
@@ -140,6 +136,17 @@ void AccessibleTree::awaitThat(const std::string& what,
         throw std::runtime_error("Waited in vain until " + what + ". What there is:\n" + picture());
 }
 
+bool AccessibleTree::pageSays(const std::string& text) const {
+    bool found = false;
+    for (const auto& root : roots(Place::page)) {
+        walk(root, 0, [&](const Accessible& object, int) {
+            found = found || object.text().find(text) != std::string::npos;
+            return !found;
+        });
+    }
+    return found;
+}
+
 std::optional<Accessible> AccessibleTree::findFocused(Role role) const {
     std::optional<Accessible> found;
     for (const auto& root : roots(Place::windows)) {
@@ -180,7 +187,10 @@ std::string AccessibleTree::picture() const {
                      << area.width << 'x' << area.height << '+' << area.x << '+' << area.y
                      << (object.isShown() ? "" : " (not shown)")
                      << (object.isSensitive() ? "" : " (insensitive)")
-                     << (object.isFocused() ? " (has the keyboard)" : "") << '\n';
+                     << (object.isFocused() ? " (has the keyboard)" : "");
+                if (const std::string said = object.text(); !said.empty() && said != object.name())
+                    text << " says \"" << said << '"';
+                text << '\n';
                 return true;
             });
         }

@@ -34,8 +34,6 @@ Wanted pageButton(std::string name);
 Wanted pageField(std::string name);
 Wanted pageHeading(std::string name);
 Wanted pageMeter(std::string name);
-/// A piece of text that stands for itself.
-Wanted pageText(std::string name);
 
 /// Every step has this one deadline. It is long because it only ever passes when something is
 /// broken; nothing waits longer than the thing it waits for.
@@ -57,6 +55,9 @@ public:
 
     /// All shown ones, in the order of the tree.
     std::vector<Accessible> findAll(const Wanted& wanted) const;
+
+    /// Whether some object of a page has the text in what it says.
+    bool pageSays(const std::string& text) const;
 
     /// The object of a window that has the keyboard, if it has the role.
     std::optional<Accessible> findFocused(Role role) const;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -22,8 +23,9 @@ std::string programName(pid_t process);
 
 std::size_t threadCount(pid_t process);
 
-/// How many file descriptors it has open.
-std::size_t openDescriptors(pid_t process);
+/// How many file descriptors it has open, by what they refer to: "socket", "anon_inode:[eventfd]"
+/// or a file's path.
+std::map<std::string, std::size_t> openDescriptors(pid_t process);
 
 /// How often the threads of a process have gone to sleep by themselves so far: each time one of
 /// them was woken before.
