@@ -112,8 +112,7 @@ screen::WindowId PanelFixture::panelWindow() const {
 
 PanelFixture::Box PanelFixture::box() const {
     const auto frame = panel->frame();
-    GtkRoot* const root = gtk_widget_get_root(content->widget());
-    const double scale = gtk_widget_get_scale_factor(GTK_WIDGET(root));
+    const double scale = gtk_widget_get_scale_factor(content->widget());
     const double top = connection.height() - (frame.y + frame.height) * scale;
     return {int(frame.x * scale), int(top), int(frame.width * scale), int(frame.height * scale)};
 }
