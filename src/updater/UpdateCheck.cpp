@@ -1,0 +1,224 @@
+#include "updater/UpdateCheck.h"
+
+#include "updater/Download.h"
+#include "updater/NotesReader.h"
+#include "updater/UpdateError.h"
+#include "updater/UpdateTexts.h"
+
+#include <utility>
+
+namespace kelo::updater {
+
+using platform::Task;
+
+UpdateCheck::UpdateCheck(UpdaterMemory& memory, CheckKind kind)
+    : memory(memory), kind(kind), visible(kind == CheckKind::userInitiated) {}
+
+Task<void> UpdateCheck::run() {
+    std::exception_ptr failure;
+    try {
+        co_await goThrough();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (failure)
+        co_await report(failure);
+    if (memory.hasUserDriver())
+        driver().dismiss();
+}
+
+void UpdateCheck::bringToUser() {
+    kind = CheckKind::userInitiated;
+    if (!std::exchange(visible, true))
+        showStage();
+    driver().bringToFront();
+}
+
+void UpdateCheck::enter(Stage next) {
+    stage = next;
+    if (visible)
+        showStage();
+}
+
+void UpdateCheck::showStage() {
+    if (stage == Stage::checking)
+        driver().showChecking(canceller());
+    else if (stage == Stage::downloading)
+        driver().showDownload(progress, canceller());
+    else if (stage == Stage::preparing)
+        driver().showPreparing();
+}
+
+std::function<void()> UpdateCheck::canceller() const {
+    return [cancellation = cancellation] { cancellation.cancel(); };
+}
+
+template <typename T>
+Task<T> UpdateCheck::unlessCancelled(Task<T> task) {
+    std::optional<T> result = co_await platform::untilCancelled(cancellation, std::move(task));
+    if (!result)
+        throw UpdateError(UpdateErrorKind::cancelled, "The update was cancelled.");
+    co_return std::move(*result);
+}
+
+Task<void> UpdateCheck::goThrough() {
+    enter(Stage::checking);
+    co_await memory.save();
+    const Appcast appcast = co_await readFeed();
+    Selection selection = selectUpdate(appcast, rules());
+    if (selection.update)
+        co_await offer(std::move(*selection.update));
+    else
+        co_await sayNothingNew(std::move(selection));
+}
+
+Task<Appcast> UpdateCheck::readFeed() {
+    const UpdaterParts& parts = memory.parts;
+    const platform::Bytes bytes =
+        co_await unlessCancelled(parts.transport.fetch(*parts.settings.feed, appcastLimit));
+    Appcast appcast = parseAppcast(bytes);
+    for (const std::string& problem : appcast.problems)
+        parts.journal("In the list of updates, " + problem);
+    co_return appcast;
+}
+
+SelectionRules UpdateCheck::rules() const {
+    SelectionRules rules;
+    rules.installedVersion = memory.parts.settings.installedVersion;
+    rules.system = memory.parts.system;
+    rules.now = memory.now();
+    rules.kind = kind;
+    rules.state = memory.state;
+    return rules;
+}
+
+Task<void> UpdateCheck::sayNothingNew(Selection selection) {
+    if (!visible)
+        co_return;
+    const UpdaterParts& parts = memory.parts;
+    UpdateMessage message =
+        selection.unsupported
+            ? unsupportedMessage(parts.settings, *selection.unsupported, parts.system)
+            : upToDateMessage(parts.settings);
+    stage = Stage::asking;
+    co_await driver().showMessage(message.heading, message.sentence);
+}
+
+InstallKind UpdateCheck::installKind(const SelectedUpdate& update) const {
+    return update.informational ? InstallKind::informationalOnly
+                                : memory.parts.installer.kind(update.item);
+}
+
+bool UpdateCheck::goesAheadUnasked(const SelectedUpdate& update, InstallKind how) const {
+    return kind == CheckKind::scheduled && memory.parts.settings.downloadsUnasked &&
+           !update.major && how == InstallKind::replaceInPlace;
+}
+
+Task<void> UpdateCheck::offer(SelectedUpdate update) {
+    const InstallKind how = installKind(update);
+    UpdateOffer offer = offerOf(memory.parts.settings, update);
+    offer.informationalOnly = how == InstallKind::informationalOnly;
+    if (!memory.preparedVersion.empty() && memory.preparedVersion == update.item.version) {
+        co_await putInPlace(update.item, offer, how);
+        co_return;
+    }
+    if (goesAheadUnasked(update, how)) {
+        co_await install(update.item, offer, how);
+        co_return;
+    }
+    offer.releaseNotes = co_await notesOf(update.item);
+    stage = Stage::asking;
+    const UpdateChoice choice = co_await driver().showOffer(offer, kind);
+    if (choice == UpdateChoice::skipThisVersion)
+        skip(update, memory.state);
+    else
+        forgetSkip(update, memory.state);
+    co_await memory.save();
+    if (choice != UpdateChoice::install)
+        co_return;
+    visible = true;
+    if (how == InstallKind::informationalOnly)
+        co_await openInformation(update.item);
+    else
+        co_await install(update.item, offer, how);
+}
+
+Task<ReleaseNotes> UpdateCheck::notesOf(AppcastItem item) {
+    ReleaseNotes notes = readReleaseNotes(item.description, item.descriptionFormat);
+    if (!notes.empty() || !item.releaseNotesLink)
+        co_return notes;
+    const platform::Url link = *item.releaseNotesLink;
+    try {
+        const platform::Bytes page =
+            co_await unlessCancelled(memory.parts.transport.fetch(link, notesLimit));
+        notes = readReleaseNotes(platform::textOf(page), notesFormatOf(link));
+    } catch (...) {
+        // An update without its notes is still one.
+        const UpdateError error = UpdateError::from(std::current_exception());
+        if (error.kind() == UpdateErrorKind::cancelled)
+            throw;
+        memory.parts.journal(std::string("The release notes could not be fetched: ") +
+                             error.what());
+    }
+    co_return notes;
+}
+
+Task<void> UpdateCheck::openInformation(AppcastItem item) {
+    if (item.link) {
+        memory.parts.openLink(*item.link);
+        co_return;
+    }
+    const UpdateMessage message = noLinkMessage(memory.parts.settings, item);
+    co_await driver().showMessage(message.heading, message.sentence);
+}
+
+Task<void> UpdateCheck::install(AppcastItem item, UpdateOffer offer, InstallKind how) {
+    const UpdaterParts& parts = memory.parts;
+    const ArchivePromise promise = promiseOf(*item.enclosure, parts.settings.publicKey);
+    progress = DownloadProgress{0, promise.length};
+    enter(Stage::downloading);
+    const auto moved = [this](DownloadProgress now) {
+        progress = now;
+        if (visible)
+            showStage();
+    };
+    DownloadedArchive archive = co_await unlessCancelled(
+        download(item, promise, parts.downloads, parts.transport, parts.worker, moved));
+    enter(Stage::preparing);
+    VerifiedArchive verified = co_await verify(std::move(archive), promise, parts.worker);
+    memory.preparedVersion.clear();
+    co_await parts.installer.prepare(std::move(verified));
+    memory.preparedVersion = item.version;
+    co_await putInPlace(item, offer, how);
+}
+
+Task<void> UpdateCheck::putInPlace(AppcastItem item, UpdateOffer offer, InstallKind how) {
+    if (how == InstallKind::replaceInPlace) {
+        stage = Stage::asking;
+        const RelaunchChoice choice = co_await driver().showReadyToRelaunch(offer);
+        if (choice == RelaunchChoice::later)
+            co_return;
+        visible = true;
+        enter(Stage::preparing);
+    }
+    memory.preparedVersion.clear();
+    co_await memory.parts.installer.installAndRelaunch();
+    if (how == InstallKind::handToPackageManager) {
+        const UpdateMessage message = handedOverMessage(memory.parts.settings, item);
+        stage = Stage::asking;
+        co_await driver().showMessage(message.heading, message.sentence);
+    }
+}
+
+Task<void> UpdateCheck::report(std::exception_ptr error) {
+    const UpdateError failure = UpdateError::from(error);
+    if (failure.kind() == UpdateErrorKind::cancelled)
+        co_return;
+    memory.parts.journal(std::string("Looking for an update failed: ") + failure.what());
+    if (!visible)
+        co_return;
+    stage = Stage::asking;
+    co_await driver().showFailure(failure.localizedDescription());
+}
+
+} // namespace kelo::updater

@@ -1,0 +1,61 @@
+#include "updater/UpdaterSettings.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+#include <variant>
+
+namespace kelo::updater {
+
+namespace {
+
+using platform::InformationDictionary;
+
+template <typename T>
+std::optional<T> value(const InformationDictionary& dictionary, std::string_view key) {
+    const auto found = dictionary.find(key);
+    if (found == dictionary.end() || !std::holds_alternative<T>(found->second))
+        return std::nullopt;
+    return std::get<T>(found->second);
+}
+
+std::string text(const InformationDictionary& dictionary, std::string_view key) {
+    return value<std::string>(dictionary, key).value_or("");
+}
+
+std::chrono::seconds intervalIn(const InformationDictionary& dictionary) {
+    constexpr std::chrono::seconds shortest = std::chrono::hours(1);
+    constexpr std::chrono::seconds usual = std::chrono::hours(24);
+    // No clock runs for longer than that, and sums of dates stay within their range.
+    constexpr std::chrono::seconds longest = std::chrono::hours(24 * 365 * 100);
+    const auto seconds = value<std::int64_t>(dictionary, "SUScheduledCheckInterval");
+    if (!seconds)
+        return usual;
+    if (*seconds == 0)
+        return std::chrono::seconds(0);
+    return std::clamp(std::chrono::seconds(*seconds), shortest, longest);
+}
+
+} // namespace
+
+UpdaterSettings::UpdaterSettings(const InformationDictionary& dictionary)
+    : automaticChecks(value<bool>(dictionary, "SUEnableAutomaticChecks")),
+      checkInterval(intervalIn(dictionary)),
+      downloadsUnasked(value<bool>(dictionary, "SUAutomaticallyUpdate").value_or(false) &&
+                       value<bool>(dictionary, "SUAllowsAutomaticUpdates").value_or(true)),
+      programName(text(dictionary, "CFBundleName")),
+      installedVersion(text(dictionary, "CFBundleVersion")),
+      installedDisplayVersion(text(dictionary, "CFBundleShortVersionString")) {
+    const std::string address = text(dictionary, "SUFeedURL");
+    feed = platform::Url::parse(address);
+    if (feed && feed->scheme() != "https")
+        feed.reset();
+    feedRefused = !address.empty() && !feed;
+    publicKey = parsePublicKey(text(dictionary, "SUPublicEDKey"));
+    if (programName.empty())
+        programName = "Kelo";
+    if (installedDisplayVersion.empty())
+        installedDisplayVersion = installedVersion;
+}
+
+} // namespace kelo::updater
