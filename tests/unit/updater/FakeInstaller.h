@@ -1,0 +1,44 @@
+#pragma once
+
+#include "updater/UpdateInstaller.h"
+
+#include <unistd.h>
+
+#include <exception>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::test {
+
+class FakeInstaller final : public updater::UpdateInstaller {
+public:
+    updater::InstallKind kind(const updater::AppcastItem&) const override { return kind_; }
+
+    platform::Task<void> prepare(updater::VerifiedArchive archive) override {
+        std::string bytes(archive.size() + 1, '\0');
+        const ssize_t count = pread(archive.descriptor(), bytes.data(), bytes.size(), 0);
+        bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        prepared.push_back(bytes);
+        preparedName = archive.fileName();
+        if (failure)
+            std::rethrow_exception(failure);
+        kept.emplace(std::move(archive));
+        co_return;
+    }
+
+    platform::Task<void> installAndRelaunch() override {
+        ++installations;
+        co_return;
+    }
+
+    updater::InstallKind kind_ = updater::InstallKind::replaceInPlace;
+    /// The bytes of each archive that was handed over.
+    std::vector<std::string> prepared;
+    std::string preparedName;
+    int installations = 0;
+    std::exception_ptr failure;
+    std::optional<updater::VerifiedArchive> kept;
+};
+
+} // namespace kelo::test

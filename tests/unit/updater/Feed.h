@@ -1,0 +1,31 @@
+#pragma once
+
+#include "updater/Appcast.h"
+
+#include <string>
+#include <string_view>
+
+namespace kelo::test {
+
+/// A feed around these items.
+inline std::string feedOf(std::string_view items) {
+    return R"(<?xml version="1.0" encoding="utf-8"?>
+<rss version="2.0" xmlns:sparkle="http://www.andymatuschak.org/xml-namespaces/sparkle">
+<channel><title>Kelo</title>)" +
+           std::string(items) + "</channel></rss>";
+}
+
+/// A release with an archive; more is elements inside the item, archive further attributes.
+inline std::string release(std::string_view version, std::string_view more = "",
+                           std::string_view archive = "") {
+    return "<item><title>Kelo</title><sparkle:version>" + std::string(version) +
+           "</sparkle:version>" + std::string(more) +
+           "<enclosure url=\"https://updates.example.com/kelo.tar.zst\" " + std::string(archive) +
+           " type=\"application/octet-stream\"/></item>";
+}
+
+inline updater::Appcast appcastOf(std::string_view items) {
+    return updater::parseAppcast(platform::bytesOf(feedOf(items)));
+}
+
+} // namespace kelo::test
