@@ -56,7 +56,8 @@ TEST_F(PlainPanelTest, AppearsTakesKeysAndHides) {
         panel->makeFirstResponder(content);
         ASSERT_TRUE(loop.runUntil([this] { return gtk_widget_get_width(content->widget()) > 0; }));
         EXPECT_TRUE(panel->isVisible());
-        // This desktop has no keyboard of its own: the tool plugs one in, and waits before it types.
+        // This desktop has no keyboard of its own: the tool plugs one in, and waits before it
+        // types.
         content->clear();
         run({"wtype", "-s", "300", text.c_str()});
         EXPECT_TRUE(loop.runUntil([&] { return content->typed() == text; })) << content->typed();
