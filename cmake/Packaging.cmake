@@ -19,6 +19,10 @@ string(TIMESTAMP kelo_changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(kelo_texts ${PROJECT_BINARY_DIR}/texts)
 kelo_compressed_text(${PROJECT_SOURCE_DIR}/data/man/kelo.1.in ${kelo_texts}/kelo.1)
 install(FILES ${kelo_texts}/kelo.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+if(KELO_BUILD_PUBLISHER)
+  kelo_compressed_text(${PROJECT_SOURCE_DIR}/data/man/kelo-appcast.1.in ${kelo_texts}/kelo-appcast.1)
+  install(FILES ${kelo_texts}/kelo-appcast.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT tree)
 
 # Of the .deb alone.

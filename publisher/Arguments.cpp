@@ -1,0 +1,131 @@
+#include "publisher/Arguments.h"
+
+#include "publisher/Failure.h"
+
+#include "platform/Url.h"
+
+#include <array>
+#include <string_view>
+
+namespace kelo::publisher {
+
+namespace {
+
+struct CommandForm {
+    std::string_view word;
+    Command command;
+    std::size_t files;
+    std::string_view use;
+};
+
+constexpr std::array<CommandForm, 4> forms{{
+    {"keygen", Command::keygen, 0, "keygen --key FILE"},
+    {"sign", Command::sign, 1, "sign [--key FILE] ARCHIVE"},
+    {"generate", Command::generate, 1, "generate [--key FILE] [--url URL] [--link URL] FOLDER"},
+    {"verify", Command::verify, 2, "verify [--public-key KEY | --key FILE] FEED ARCHIVE"},
+}};
+
+const CommandForm& formOf(std::string_view word) {
+    for (const auto& form : forms) {
+        if (form.word == word)
+            return form;
+    }
+    throw UsageError("There is no command \"" + std::string(word) +
+                     "\"; there are keygen, sign, generate and verify.");
+}
+
+std::string secureUrl(std::string_view option, std::string text) {
+    const auto url = platform::Url::parse(text);
+    if (!url || url->scheme() != "https")
+        throw UsageError(std::string(option) +
+                         " takes an address that begins with https://, not \"" + text + "\".");
+    return text;
+}
+
+class Reader {
+public:
+    explicit Reader(std::span<const char* const> words) : words(words) {}
+
+    bool atEnd() const { return index == words.size(); }
+    std::string next() { return words[index++]; }
+    std::string valueOf(const std::string& option) {
+        if (atEnd() || *words[index] == '\0')
+            throw UsageError(option + " needs a value.");
+        return next();
+    }
+
+private:
+    std::span<const char* const> words;
+    std::size_t index = 0;
+};
+
+void readOption(const std::string& option, Reader& reader, Arguments& arguments) {
+    if (option == "--key") {
+        arguments.key = reader.valueOf(option);
+    } else if (option == "--public-key") {
+        arguments.publicKey = reader.valueOf(option);
+    } else if (option == "--url") {
+        arguments.downloadUrl = secureUrl(option, reader.valueOf(option));
+        if (!arguments.downloadUrl.ends_with('/'))
+            arguments.downloadUrl += '/';
+    } else if (option == "--link") {
+        arguments.pageUrl = secureUrl(option, reader.valueOf(option));
+    } else {
+        throw UsageError("There is no option \"" + option + "\".");
+    }
+}
+
+} // namespace
+
+Arguments parseArguments(std::span<const char* const> words,
+                         const std::optional<std::string>& keyVariable) {
+    Arguments arguments;
+    arguments.key = keyVariable.value_or("");
+    Reader reader(words);
+    std::vector<std::string> plain;
+    while (!reader.atEnd()) {
+        const std::string word = reader.next();
+        if (word == "--help" || word == "-h")
+            return {};
+        if (word.starts_with("-"))
+            readOption(word, reader, arguments);
+        else
+            plain.push_back(word);
+    }
+    if (plain.empty())
+        throw UsageError("Say what to do: keygen, sign, generate or verify.");
+    const CommandForm& form = formOf(plain.front());
+    arguments.command = form.command;
+    arguments.files.assign(plain.begin() + 1, plain.end());
+    if (arguments.files.size() != form.files)
+        throw UsageError("Use it as: kelo-appcast " + std::string(form.use));
+    return arguments;
+}
+
+std::string helpText() {
+    std::string text =
+        "Signs releases of Kelo and writes the feed that its updater reads.\n\nUsage:\n";
+    for (const auto& form : forms)
+        text += "  kelo-appcast " + std::string(form.use) + "\n";
+    return text + R"(
+Commands:
+  keygen    make a signing key in FILE and print its public half, which the
+            builds to be updated are given as KELO_UPDATE_PUBLIC_KEY
+  sign      print the signature and the length of an archive
+  generate  write FOLDER/appcast.xml for the packages in the folder
+            (kelo-VERSION.tar.zst, kelo-VERSION.deb) and their release notes
+            (kelo-VERSION.md or kelo-VERSION.txt)
+  verify    hold an archive against the feed, as a copy of Kelo would
+
+Options:
+  --key FILE        the private key; without it, the file that the variable
+                    KELO_APPCAST_KEY names
+  --public-key KEY  the public key, as keygen printed it
+  --url URL         where the packages will be downloaded from (https); without
+                    it, beside the feed that the packages name
+  --link URL        page for people whose copy cannot be replaced by itself
+  -h, --help        show this help
+)";
+}
+
+} // namespace kelo::publisher

@@ -1,0 +1,210 @@
+#include "publisher/Commands.h"
+
+#include "publisher/Failure.h"
+#include "publisher/Feed.h"
+#include "publisher/Files.h"
+#include "publisher/Package.h"
+#include "publisher/SigningKey.h"
+
+#include "updater/Appcast.h"
+#include "updater/Signature.h"
+#include "updater/UpdateError.h"
+#include "updater/Version.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace kelo::publisher {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* feedName = "appcast.xml";
+
+SigningKey loadKey(const Arguments& arguments) {
+    if (arguments.key.empty())
+        throw UsageError("Name the private key with --key FILE, or in the variable "
+                         "KELO_APPCAST_KEY.");
+    return SigningKey::load(arguments.key);
+}
+
+void makeKey(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
+    if (arguments.key.empty())
+        throw UsageError("Say where the new key goes: kelo-appcast keygen --key FILE");
+    const SigningKey key = SigningKey::generate();
+    key.save(arguments.key);
+    output << base64(key.publicKey()) << "\n";
+    remarks
+        << "The private key is in " << arguments.key
+        << ". Keep a copy of it in a safe place: without it, no copy of Kelo that was built for "
+           "it can ever be updated again.\n";
+}
+
+void signFile(const Arguments& arguments, std::ostream& output) {
+    const SigningKey key = loadKey(arguments);
+    const MappedFile file(arguments.files.front());
+    output << "sparkle:edSignature=\"" << base64(key.sign(file.bytes())) << "\" length=\""
+           << file.bytes().size() << "\"\n";
+}
+
+std::optional<Notes> notesFor(const fs::path& folder, const std::string& stem) {
+    if (auto text = readText(folder / (stem + ".md")))
+        return Notes{std::move(*text), NotesForm::markdown};
+    if (auto text = readText(folder / (stem + ".txt")))
+        return Notes{std::move(*text), NotesForm::plainText};
+    return std::nullopt;
+}
+
+std::string downloadUrl(const Arguments& arguments, const Package& package, const fs::path& path) {
+    if (!arguments.downloadUrl.empty())
+        return arguments.downloadUrl;
+    if (!package.feedUrl.starts_with("https://"))
+        throw Failure("\"" + path.string() +
+                      "\" was built without an update feed (KELO_UPDATE_FEED), so say with --url "
+                      "where the packages will be.");
+    return package.feedUrl.substr(0, package.feedUrl.rfind('/') + 1);
+}
+
+FeedItem itemFor(const fs::path& path, const Arguments& arguments, const SigningKey& key) {
+    const Package package = readPackage(path);
+    const std::string publicKey = base64(key.publicKey());
+    if (!package.publicKey.empty() && package.publicKey != publicKey)
+        throw Failure("\"" + path.string() +
+                      "\" was built for another key (KELO_UPDATE_PUBLIC_KEY). Once installed, it "
+                      "would refuse every update that is signed with this one.");
+    const MappedFile file(path);
+    FeedItem item;
+    item.version = package.version;
+    item.shortVersion = package.shortVersion.empty() ? package.version : package.shortVersion;
+    item.system = package.system;
+    item.fileName = path.filename();
+    item.url = downloadUrl(arguments, package, path) + item.fileName;
+    item.pageUrl = arguments.pageUrl;
+    item.signature = base64(key.sign(file.bytes()));
+    item.length = file.bytes().size();
+    item.notes = notesFor(path.parent_path(), packageStem(path));
+    return item;
+}
+
+/// Newest first; of one version, trees before packages: readers take the first of equals.
+bool comesFirst(const FeedItem& left, const FeedItem& right) {
+    const auto order = updater::compareVersions(left.version, right.version);
+    if (order != 0)
+        return order > 0;
+    const bool leftIsPackage = left.fileName.ends_with(".deb");
+    const bool rightIsPackage = right.fileName.ends_with(".deb");
+    return leftIsPackage != rightIsPackage ? rightIsPackage : left.fileName < right.fileName;
+}
+
+void generate(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
+    const fs::path& folder = arguments.files.front();
+    std::error_code failure;
+    if (!fs::is_directory(folder, failure))
+        throw Failure("There is no folder \"" + folder.string() + "\".");
+    const SigningKey key = loadKey(arguments);
+    std::vector<FeedItem> items;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.is_regular_file() && isPackageName(entry.path()))
+            items.push_back(itemFor(entry.path(), arguments, key));
+    }
+    if (items.empty())
+        throw Failure("There are no packages (kelo-VERSION.tar.zst, kelo-VERSION.deb) in \"" +
+                      folder.string() + "\".");
+    std::ranges::sort(items, comesFirst);
+
+    const std::string old = readText(folder / feedName).value_or("");
+    for (const auto& name : droppedFiles(items, old))
+        remarks << name << " is no longer in the folder, so the feed leaves it out.\n";
+    const std::string feed = writeFeed(
+        items, old, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+    replaceFile(folder / feedName, feed);
+    for (const auto& item : items)
+        output << item.fileName << ": version " << item.shortVersion << " (" << item.version
+               << ")\n";
+}
+
+std::string publicKeyFor(const Arguments& arguments, const fs::path& archive,
+                         std::ostream& remarks) {
+    if (!arguments.publicKey.empty())
+        return arguments.publicKey;
+    if (!arguments.key.empty())
+        return base64(loadKey(arguments).publicKey());
+    const Package package = readPackage(archive);
+    if (package.publicKey.empty())
+        throw UsageError("\"" + archive.string() +
+                         "\" names no key. Say with --public-key which one counts.");
+    remarks << "Held against the key that the package itself was built with.\n";
+    return package.publicKey;
+}
+
+const updater::AppcastItem& itemOf(const updater::Appcast& appcast, const std::string& fileName) {
+    const auto found = std::ranges::find_if(appcast.items, [&](const updater::AppcastItem& item) {
+        const std::string path = item.enclosure ? item.enclosure->url.path() : std::string();
+        return path.substr(path.rfind('/') + 1) == fileName;
+    });
+    if (found == appcast.items.end())
+        throw Failure("The feed has no item for \"" + fileName + "\".");
+    return *found;
+}
+
+updater::Appcast readFeed(const fs::path& path, std::ostream& remarks) {
+    const MappedFile file(path);
+    try {
+        updater::Appcast appcast = updater::parseAppcast(file.bytes());
+        for (const auto& problem : appcast.problems)
+            remarks << "Left out: " << problem << "\n";
+        return appcast;
+    } catch (const updater::UpdateError& error) {
+        throw Failure("\"" + path.string() +
+                      "\" is no feed that Kelo can read: " + error.localizedDescription());
+    }
+}
+
+void verify(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
+    const fs::path& archive = arguments.files[1];
+    const updater::Appcast appcast = readFeed(arguments.files[0], remarks);
+    const updater::AppcastItem& item = itemOf(appcast, archive.filename());
+    const auto key = updater::parsePublicKey(publicKeyFor(arguments, archive, remarks));
+    if (!key)
+        throw Failure("The public key is none: it is 44 letters that keygen printed.");
+    const auto signature = updater::parseSignature(item.enclosure->signature.value_or(""));
+    if (!signature)
+        throw Failure("The feed has no signature for \"" + archive.string() +
+                      "\". Run kelo-appcast generate again.");
+    const MappedFile file(archive);
+    if (item.enclosure->length && *item.enclosure->length != file.bytes().size())
+        throw Failure("\"" + archive.string() + "\" has " + std::to_string(file.bytes().size()) +
+                      " bytes, and the feed says " + std::to_string(*item.enclosure->length) +
+                      ". Run kelo-appcast generate again.");
+    if (!updater::verifies(*key, *signature, file.bytes()))
+        throw Failure("The signature of \"" + archive.string() +
+                      "\" does not hold: copies of Kelo would refuse it. Run kelo-appcast generate "
+                      "again, with the right key.");
+    output << archive.filename().string() << ": version " << item.displayVersion() << " ("
+           << item.version << "), the signature holds.\n";
+}
+
+} // namespace
+
+void run(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
+    switch (arguments.command) {
+    case Command::help:
+        output << helpText();
+        break;
+    case Command::keygen:
+        makeKey(arguments, output, remarks);
+        break;
+    case Command::sign:
+        signFile(arguments, output);
+        break;
+    case Command::generate:
+        generate(arguments, output, remarks);
+        break;
+    case Command::verify:
+        verify(arguments, output, remarks);
+        break;
+    }
+}
+
+} // namespace kelo::publisher

@@ -1,0 +1,27 @@
+#include "publisher/Commands.h"
+#include "publisher/Failure.h"
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <span>
+
+/// 0: done. 1: could not be done. 2: the command line makes no sense.
+int main(int count, char** words) {
+    using namespace kelo::publisher;
+    try {
+        const char* const variable = std::getenv("KELO_APPCAST_KEY");
+        const std::span<const char* const> all(words, static_cast<std::size_t>(count));
+        run(parseArguments(all.subspan(all.empty() ? 0 : 1),
+                           variable ? std::optional<std::string>(variable) : std::nullopt),
+            std::cout, std::cerr);
+        return std::cout.flush() ? 0 : 1;
+    } catch (const UsageError& error) {
+        std::cerr << "kelo-appcast: " << error.what()
+                  << "\nkelo-appcast --help lists everything.\n";
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << "kelo-appcast: " << error.what() << "\n";
+        return 1;
+    }
+}
