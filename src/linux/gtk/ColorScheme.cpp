@@ -126,6 +126,7 @@ void ColorScheme::drawRed() {
         return;
     drawnDark = dark;
     red->load_from_data(dark ? redOnDark : redOnLight);
+    changed.emit();
 }
 
 } // namespace kelo::desktop

@@ -4,6 +4,7 @@
 #include <gtkmm/cssprovider.h>
 #include <gtkmm/settings.h>
 #include <sigc++/connection.h>
+#include <sigc++/signal.h>
 
 #include <memory>
 #include <optional>
@@ -21,6 +22,10 @@ public:
     ColorScheme(const ColorScheme&) = delete;
     ColorScheme& operator=(const ColorScheme&) = delete;
 
+    bool isDark() const { return drawnDark == true; }
+    /// After isDark() has another answer.
+    sigc::signal<void()>& signalChanged() { return changed; }
+
 private:
     void askPortal();
     void follow(const Glib::VariantBase& preference);
@@ -30,6 +35,7 @@ private:
     Glib::RefPtr<Gtk::Settings> settings;
     Glib::RefPtr<Gtk::CssProvider> red;
     std::optional<bool> drawnDark;
+    sigc::signal<void()> changed;
     guint subscription = 0;
     std::vector<sigc::connection> watched;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);

@@ -1,9 +1,11 @@
 #include "linux/gtk/GtkApplicationHost.h"
 
 #include "deployment/Deployment.h"
+#include "linux/gtk/ActivationToken.h"
 #include "linux/gtk/ColorScheme.h"
 #include "linux/gtk/MainWindow.h"
 #include "linux/gtk/MenuBar.h"
+#include "linux/gtk/MenuBarExtras.h"
 #include "linux/gtk/ModalWindow.h"
 #include "linux/gtk/Program.h"
 #include "linux/gtk/RunningInstance.h"
@@ -21,6 +23,8 @@
 namespace kelo::desktop {
 
 namespace {
+
+constexpr const char* quitAction = "quit";
 
 /// Texts follow the user's language, but the C++ streams of other rooms must not begin to group the
 /// digits of a port number, as they would under the user's locale.
@@ -49,10 +53,16 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
 GtkApplicationHost::~GtkApplicationHost() = default;
 
 int GtkApplicationHost::run(platform::App& toRun) {
-    auto asked = readCommandLine(arguments, reports, toRun.actions());
+    auto actions = ownActions();
+    for (auto& action : toRun.actions())
+        actions.push_back(std::move(action));
+    auto asked = readCommandLine(arguments, reports, actions);
     if (asked.exitStatus)
         return *asked.exitStatus;
     if (!asked.actions.empty() && askRunningInstance(asked.actions))
+        return 0;
+    // There is nothing to quit, and no sense in starting for it.
+    if (std::find(asked.actions.begin(), asked.actions.end(), quitAction) != asked.actions.end())
         return 0;
     app = &toRun;
     requestedActions = std::move(asked.actions);
@@ -60,6 +70,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     const int status = application->run();
     mainWindows.clear();
     settings.reset();
+    menuBarExtras.reset();
     menuBar_.reset();
     colorScheme.reset();
     scenes.clear();
@@ -82,15 +93,20 @@ void GtkApplicationHost::startUp() {
     loadStyle();
     colorScheme = std::make_unique<ColorScheme>(application->get_dbus_connection());
     addActions();
+    readScenes();
+    menuBarExtras = std::make_unique<MenuBarExtras>(
+        application->get_dbus_connection(), scenes, *colorScheme,
+        MenuBarExtras::Handlers{[this] { openMainWindow(); }, [this] { openSettings(); }});
     // Whether the program outlives its last window is the delegate's to say, not the toolkit's.
     application->hold();
 }
 
 void GtkApplicationHost::addActions() {
-    application->add_action("quit", [this] { terminate(); });
     application->add_action("preferences", [this] { openSettings(); });
-    application->add_action("open-main", [this] { activated(); });
-    for (const auto& action : app->actions())
+    auto actions = ownActions();
+    for (auto& action : app->actions())
+        actions.push_back(std::move(action));
+    for (const auto& action : actions)
         application->add_action(action.name, [run = action.action] {
             run();
             endStartUpNotice();
@@ -98,6 +114,13 @@ void GtkApplicationHost::addActions() {
     application->set_accel_for_action("app.quit", "<Control>q");
     application->set_accel_for_action("app.preferences", "<Control>comma");
     application->set_accel_for_action("win.close", "<Control>w");
+}
+
+std::vector<platform::ProgramAction> GtkApplicationHost::ownActions() {
+    return {
+        {"open", "Open the main window, or raise it when it is open", [this] { openMainWindow(); }},
+        {"settings", "Open the settings", [this] { openSettings(); }},
+        {quitAction, "End the running program, if there is one", [this] { terminate(); }}};
 }
 
 void GtkApplicationHost::readScenes() {
@@ -111,6 +134,10 @@ void GtkApplicationHost::activated() {
         application->activate_action(action);
     if (!requested.empty())
         return;
+    openMainWindow();
+}
+
+void GtkApplicationHost::openMainWindow() {
     readScenes();
     if (const auto* first = firstWindowGroup())
         openWindow(first->identifier);
@@ -118,8 +145,9 @@ void GtkApplicationHost::activated() {
 
 void GtkApplicationHost::activate() {
     const auto open = programWindows();
+    // A token that came with the click is left to the window that is opened next.
     if (!open.empty())
-        present(*open.front());
+        open.front()->present();
 }
 
 void GtkApplicationHost::terminate() {
@@ -162,7 +190,7 @@ void GtkApplicationHost::openSettings() {
 }
 
 void GtkApplicationHost::present(Gtk::Window& window) {
-    window.present();
+    presentWithActivationToken(window);
     // While a dialog is up, it is the one that can be answered.
     if (auto* modal = ModalWindow::topmost())
         modal->present();

@@ -15,6 +15,7 @@ namespace kelo::desktop {
 class ColorScheme;
 class MainWindow;
 class MenuBar;
+class MenuBarExtras;
 class ProgramWindow;
 class SettingsWindow;
 
@@ -48,8 +49,11 @@ private:
     void makeApplication();
     void startUp();
     void addActions();
+    /// What the command line can ask for besides the program's own actions.
+    std::vector<platform::ProgramAction> ownActions();
     void readScenes();
     void activated();
+    void openMainWindow();
     void present(Gtk::Window& window);
     const platform::WindowGroup* firstWindowGroup() const;
     const platform::WindowGroup* windowGroup(std::string_view identifier) const;
@@ -67,6 +71,7 @@ private:
     platform::SceneGraph scenes;
     bool scenesRead = false;
     std::unique_ptr<ColorScheme> colorScheme;
+    std::unique_ptr<MenuBarExtras> menuBarExtras;
     std::unique_ptr<MenuBar> menuBar_;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
     std::shared_ptr<SettingsWindow> settings;

@@ -1,0 +1,40 @@
+#include "linux/tray/IconFiles.h"
+
+#include <glibmm/miscutils.h>
+
+#include <system_error>
+
+namespace kelo::desktop {
+
+namespace {
+
+namespace files = std::filesystem;
+
+bool hasIcon(const files::path& iconFolder, const std::string& iconName) {
+    std::error_code ignored;
+    return files::exists(iconFolder / "hicolor" / "symbolic" / "apps" / (iconName + ".svg"),
+                         ignored);
+}
+
+} // namespace
+
+IconFiles findIconFiles(const std::string& iconName, const files::path& programFolder,
+                        const std::vector<std::string>& dataFolders) {
+    for (const auto& folder : dataFolders)
+        if (hasIcon(files::path(folder) / "icons", iconName))
+            return {true, {}};
+    const auto own = programFolder.parent_path() / "share" / "icons";
+    if (hasIcon(own, iconName))
+        return {true, own.string()};
+    return {};
+}
+
+IconFiles findIconFiles(const std::string& iconName) {
+    std::vector<std::string> folders = Glib::get_system_data_dirs();
+    folders.push_back(Glib::get_user_data_dir());
+    std::error_code ignored;
+    return findIconFiles(iconName, files::read_symlink("/proc/self/exe", ignored).parent_path(),
+                         folders);
+}
+
+} // namespace kelo::desktop

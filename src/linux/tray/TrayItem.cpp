@@ -1,0 +1,40 @@
+#include "linux/tray/TrayItem.h"
+
+#include "platform/MainLoop.h"
+
+#include <utility>
+#include <variant>
+
+namespace kelo::desktop {
+
+TrayItem::TrayItem(const Glib::RefPtr<Gio::DBus::Connection>& connection, const std::string& path,
+                   const std::string& identifier, platform::MenuBarExtra extra, TrayIcon icon,
+                   Handlers handlers)
+    : handlers(std::make_shared<Handlers>(std::move(handlers))),
+      menu(connection, path + "/Menu", extra.content.body,
+           [this](const platform::Menu::value_type& entry) { choose(entry); }),
+      item(connection, {path, identifier, extra.title, path + "/Menu"}, std::move(icon),
+           [this] { later(this->handlers->activate); }),
+      registration(connection, path) {}
+
+void TrayItem::choose(const platform::Menu::value_type& entry) {
+    if (const auto* chosen = std::get_if<platform::MenuItem>(&entry))
+        later(chosen->action);
+    else
+        later(handlers->openSettings);
+}
+
+void TrayItem::later(std::function<void()> action) {
+    // The token is taken now: the next one belongs to the next click.
+    platform::MainLoop::main().post([weak = std::weak_ptr(handlers), action = std::move(action),
+                                     token = item.takeActivationToken()] {
+        const auto handlers = weak.lock();
+        if (!handlers)
+            return;
+        if (!token.empty())
+            handlers->useActivationToken(token);
+        action();
+    });
+}
+
+} // namespace kelo::desktop
