@@ -22,6 +22,16 @@ struct Holdings {
     std::size_t webProcesses = 0;
     std::size_t threads = 0;
     std::uint64_t memory = 0; ///< KiB
+
+    bool isNoMoreThan(const Holdings& other) const {
+        for (const auto& [target, count] : descriptors) {
+            const auto found = other.descriptors.find(target);
+            if (found == other.descriptors.end() || count > found->second)
+                return false;
+        }
+        return windows <= other.windows && webProcesses <= other.webProcesses &&
+               threads <= other.threads && memory <= other.memory + other.memory / 10;
+    }
 };
 
 std::ostream& operator<<(std::ostream& out, const Holdings& held) {
@@ -84,20 +94,11 @@ protected:
                 rig::threadCount(kelo->identifier()), rig::residentSetSize(kelo->identifier())};
     }
 
-    /// What the taps set going is over when the widget's page, loaded once more, is there and gone.
-    Holdings settledHoldings(screen::WindowId window) {
+    /// Lets the widget's page load to its end, so that nothing of the taps is under way.
+    void letLoad() {
         awaitWidgetPage(tapToShow());
         tapToHide();
-        std::optional<Holdings> last;
-        awaitThat("descriptors and windows stand still", [&] {
-            const Holdings now = holdings(window);
-            const bool still = last && last->descriptors == now.descriptors &&
-                               last->windows == now.windows && last->threads == now.threads &&
-                               last->webProcesses == now.webProcesses;
-            last = now;
-            return still;
-        });
-        return *last;
+        events.forget();
     }
 };
 
@@ -112,13 +113,17 @@ TEST_F(VoiceSoak, TwoThousandTapsLeaveOnePanelOneViewAndNothingBehind) {
 
     tap(window, settlingTaps);
     ASSERT_FALSE(HasFatalFailure());
-    const Holdings before = settledHoldings(window);
-    events.forget();
-    tap(window, allTaps - settlingTaps);
-    ASSERT_FALSE(HasFatalFailure());
-    const Holdings after = settledHoldings(window);
+    letLoad();
+    const Holdings before = holdings(window);
+    for (int done = settlingTaps; done < allTaps; done += settlingTaps) {
+        tap(window, settlingTaps);
+        ASSERT_FALSE(HasFatalFailure());
+        letLoad();
+    }
     std::cout << "after " << settlingTaps << " taps: " << before << "\nafter " << allTaps
-              << " taps: " << after << std::endl;
+              << " taps: " << holdings(window) << std::endl;
+    // The engine's worker threads go by themselves some time after their work.
+    awaitThat("nothing is left of the taps", [&] { return holdings(window).isNoMoreThan(before); });
 
     const auto shown = tapToShow();
     EXPECT_EQ(shown.identifier, window);
@@ -132,13 +137,6 @@ TEST_F(VoiceSoak, TwoThousandTapsLeaveOnePanelOneViewAndNothingBehind) {
     EXPECT_EQ(
         desktop().tree.findAll({rig::Place::windows, {rig::Role::widget}, "WebKitWebView"}).size(),
         2U);
-    EXPECT_EQ(after.webProcesses, before.webProcesses);
-    for (const auto& [target, count] : after.descriptors)
-        EXPECT_LE(count, before.descriptors.contains(target) ? before.descriptors.at(target) : 0)
-            << target;
-    EXPECT_LE(after.windows, before.windows);
-    EXPECT_LE(after.threads, before.threads);
-    EXPECT_LE(after.memory, before.memory + before.memory / 10);
 }
 
 } // namespace kelo::e2e

@@ -10,21 +10,24 @@ constexpr std::chrono::seconds patience{30};
 
 std::vector<std::string> commandLine(const std::filesystem::path& build,
                                      const std::filesystem::path& authority,
-                                     const std::filesystem::path& state) {
+                                     const std::filesystem::path& state,
+                                     const std::vector<std::string>& options) {
     std::vector<std::string> command{build / "kelo-demo-service", "--authority", authority,
                                      "--port", "8443"};
     if (!state.empty()) {
         command.emplace_back("--state");
         command.emplace_back(state);
     }
+    command.insert(command.end(), options.begin(), options.end());
     return command;
 }
 
 } // namespace
 
 DemoService::DemoService(const std::filesystem::path& build, const std::filesystem::path& authority,
-                         const std::filesystem::path& output, const std::filesystem::path& state)
-    : process(commandLine(build, authority, state), {}, output) {
+                         const std::filesystem::path& output, const std::filesystem::path& state,
+                         const std::vector<std::string>& options)
+    : process(commandLine(build, authority, state, options), {}, output) {
     if (!process.awaitPrinted("Listening on", patience))
         throw std::runtime_error("The demo service did not start: " + process.printed());
 }

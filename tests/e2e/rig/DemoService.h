@@ -3,6 +3,8 @@
 #include "e2e/rig/ChildProcess.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace kelo::rig {
 
@@ -13,7 +15,8 @@ public:
     /// authority to use, `state` the file that carries accounts and passkeys from one run to the
     /// next (empty: none). Throws std::runtime_error with its words when it does not start.
     DemoService(const std::filesystem::path& build, const std::filesystem::path& authority,
-                const std::filesystem::path& output, const std::filesystem::path& state = {});
+                const std::filesystem::path& output, const std::filesystem::path& state = {},
+                const std::vector<std::string>& options = {});
 
     void end() { process.end(); }
     std::string printed() const { return process.printed(); }
