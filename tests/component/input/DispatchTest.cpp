@@ -1,0 +1,217 @@
+#include "component/input/InputRig.h"
+#include "linux/input/ModifierDispatch.h"
+
+#include <vector>
+
+namespace kelo::tests {
+
+using Changes = std::vector<Seen>;
+
+namespace {
+
+struct FakeFocus final : desktop::KeyboardFocus {
+    bool isOurs() const override {
+        ++asked;
+        return ours;
+    }
+    bool ours = false;
+    mutable int asked = 0;
+};
+
+struct FakeSource final : desktop::ModifierSource {
+    FakeSource(bool works, bool covers, Handler* tell) : works(works), covers(covers), tell(tell) {}
+    std::string name() const override { return "fake"; }
+    desktop::Availability availability() const override { return {works, "", ""}; }
+    bool coversOwnWindows() const override { return covers; }
+    bool start(Handler handler) override {
+        *tell = std::move(handler);
+        return works;
+    }
+    bool works;
+    bool covers;
+    Handler* tell;
+};
+
+constexpr Flags chord = control | option;
+
+} // namespace
+
+class Dispatch : public testing::Test {
+protected:
+    FakeFocus focus;
+    Changes told;
+    desktop::ModifierDispatch::Receiver receiver = [this](Flags flags, bool ours) {
+        told.push_back({!ours, flags});
+    };
+    desktop::ModifierDispatch one{focus, false, receiver};
+    desktop::ModifierDispatch two{focus, true, receiver};
+};
+
+TEST_F(Dispatch, OneSourceGoesByTheFocusOfTheMoment) {
+    one.sawEverywhere(control);
+    focus.ours = true;
+    one.sawEverywhere(0);
+    EXPECT_EQ(told, (Changes{{true, control}, {false, 0}}));
+}
+
+TEST_F(Dispatch, WhatChangesNothingIsNotToldAndAsksForNoFocus) {
+    one.sawEverywhere(0);
+    one.sawEverywhere(control);
+    one.sawEverywhere(control);
+    EXPECT_EQ(told, (Changes{{true, control}}));
+    EXPECT_EQ(focus.asked, 1);
+}
+
+TEST_F(Dispatch, WhatTwoSourcesSeeIsToldOnce) {
+    focus.ours = true;
+    two.sawEverywhere(control);
+    two.sawInOwnWindows(control);
+    two.sawInOwnWindows(0);
+    two.sawEverywhere(0);
+    EXPECT_EQ(told, (Changes{{false, control}, {false, 0}}));
+}
+
+TEST_F(Dispatch, ARepeatedAccountOfOurWindowsIsToldOnce) {
+    focus.ours = true;
+    two.sawInOwnWindows(control);
+    two.sawInOwnWindows(control);
+    EXPECT_EQ(told, (Changes{{false, control}}));
+}
+
+TEST_F(Dispatch, AChordHeldWhileTheKeyboardComesToUsEndsOnce) {
+    two.sawEverywhere(chord);
+    // The toolkit learns of the keys before it learns that the window is active.
+    two.sawInOwnWindows(chord);
+    focus.ours = true;
+    two.focusMoved();
+    two.sawInOwnWindows(0);
+    two.sawEverywhere(0);
+    EXPECT_EQ(told, (Changes{{true, chord}, {false, 0}}));
+}
+
+TEST_F(Dispatch, KeysThatNobodyToldOfBeforeTheKeyboardCameToUsAreNoNewPress) {
+    two.sawInOwnWindows(chord);
+    focus.ours = true;
+    two.focusMoved();
+    two.sawInOwnWindows(control);
+    two.sawInOwnWindows(0);
+    EXPECT_EQ(told, Changes{});
+    two.sawInOwnWindows(chord);
+    EXPECT_EQ(told, (Changes{{false, chord}}));
+}
+
+TEST_F(Dispatch, WhatIsHeldWhenTheKeyboardLeavesUsIsTheOtherSourcesBusiness) {
+    focus.ours = true;
+    two.sawInOwnWindows(chord);
+    two.sawEverywhere(chord);
+    focus.ours = false;
+    two.focusMoved();
+    EXPECT_EQ(told, (Changes{{false, chord}}));
+    two.sawEverywhere(0);
+    EXPECT_EQ(told, (Changes{{false, chord}, {true, 0}}));
+}
+
+TEST_F(Dispatch, WhatNobodySeesAnyMoreIsNotDown) {
+    focus.ours = true;
+    two.sawInOwnWindows(chord);
+    focus.ours = false;
+    two.focusMoved();
+    EXPECT_EQ(told, (Changes{{false, chord}, {true, 0}}));
+}
+
+/// Which source of several the monitors use, and what they give when there is none.
+class Choice : public testing::Test {
+protected:
+    struct Source {
+        bool works;
+        bool covers;
+    };
+    void make(std::vector<Source> everyProgram, std::optional<bool> ownWindows) {
+        tell.resize(everyProgram.size());
+        monitors = std::make_unique<desktop::KeyboardMonitors>([=, this] {
+            ++made;
+            desktop::KeyboardWatch watch;
+            watch.focus = std::make_unique<FakeFocus>();
+            for (std::size_t at = 0; at < everyProgram.size(); ++at)
+                watch.everyProgram.push_back(std::make_unique<FakeSource>(
+                    everyProgram[at].works, everyProgram[at].covers, &tell[at]));
+            if (ownWindows)
+                watch.ownWindows = std::make_unique<FakeSource>(*ownWindows, true, &tellOwn);
+            return watch;
+        });
+    }
+    bool addGlobal() {
+        return monitors->addGlobalMonitor(platform::event_mask::flagsChanged,
+                                          [this](const platform::Event& event) {
+                                              told.push_back({true, event.modifierFlags});
+                                          }) != nullptr;
+    }
+    bool addLocal() {
+        return monitors->addLocalMonitor(platform::event_mask::flagsChanged,
+                                         [this](const platform::EventPointer& event) {
+                                             told.push_back({false, event->modifierFlags});
+                                             return event;
+                                         }) != nullptr;
+    }
+
+    std::unique_ptr<desktop::KeyboardMonitors> monitors;
+    std::vector<desktop::ModifierSource::Handler> tell;
+    desktop::ModifierSource::Handler tellOwn;
+    Changes told;
+    int made = 0;
+};
+
+TEST_F(Choice, TheFirstSourceThatWorksIsTheOnlyOne) {
+    make({{false, true}, {true, true}, {true, true}}, true);
+    EXPECT_TRUE(addGlobal());
+    EXPECT_TRUE(addLocal());
+    ASSERT_TRUE(tell[1]);
+    EXPECT_FALSE(tell[2]);
+    EXPECT_FALSE(tellOwn);
+    tell[1](control);
+    EXPECT_EQ(told, (Changes{{true, control}}));
+    EXPECT_EQ(made, 1);
+}
+
+TEST_F(Choice, WithoutASourceForOtherProgramsThereIsOnlyTheLocalMonitor) {
+    make({{false, true}}, true);
+    EXPECT_FALSE(addGlobal());
+    EXPECT_TRUE(addLocal());
+}
+
+TEST_F(Choice, WithoutAnySourceThereIsNoMonitor) {
+    make({}, std::nullopt);
+    EXPECT_FALSE(addGlobal());
+    EXPECT_FALSE(addLocal());
+    make({{false, true}}, false);
+    EXPECT_FALSE(addGlobal());
+    EXPECT_FALSE(addLocal());
+}
+
+TEST_F(Choice, ASourceBlindToOurWindowsIsJoinedByOneThatSeesThem) {
+    make({{true, false}}, true);
+    EXPECT_TRUE(addGlobal());
+    EXPECT_TRUE(tellOwn);
+}
+
+TEST_F(Choice, KeysOfOtherProgramsAreNotOffered) {
+    make({{true, true}}, true);
+    EXPECT_EQ(monitors->addGlobalMonitor(platform::event_mask::keyDown, [](const auto&) {}),
+              nullptr);
+    EXPECT_EQ(made, 0);
+}
+
+TEST_F(Choice, AMonitorAddedByAMonitorHearsTheNextChange) {
+    make({{true, true}}, true);
+    int later = 0;
+    monitors->addGlobalMonitor(platform::event_mask::flagsChanged, [&](const platform::Event&) {
+        monitors->addGlobalMonitor(platform::event_mask::flagsChanged,
+                                   [&later](const platform::Event&) { ++later; });
+    });
+    tell[0](control);
+    EXPECT_EQ(later, 0);
+    tell[0](0);
+    EXPECT_EQ(later, 1);
+}
+
+} // namespace kelo::tests
