@@ -1,8 +1,10 @@
 #include "linux/desktop/LinuxDesktop.h"
 
 #include "linux/desktop/HotkeyReport.h"
-#include "linux/update/DesktopUpdater.h"
+#include "linux/gtk/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
+#include "linux/update/DesktopUpdater.h"
+#include "linux/webkit/ExternalLinks.h"
 #include "linux/webkit/WebKitSession.h"
 
 #include <utility>
@@ -42,9 +44,10 @@ std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescript
     return panels.makePanel(std::move(description));
 }
 
-std::unique_ptr<platform::StandardUpdaterController>
-LinuxDesktop::makeStandardUpdaterController() {
-    return desktop::makeStandardUpdaterController(bundle);
+std::unique_ptr<platform::StandardUpdaterController> LinuxDesktop::makeStandardUpdaterController() {
+    return desktop::makeStandardUpdaterController(
+        {bundle, [] { return std::make_unique<GtkUserDriver>(); }, openWithDefaultProgram,
+         [this] { application_.terminate(); }});
 }
 
 } // namespace kelo::desktop

@@ -3,17 +3,27 @@
 namespace kelo::desktop {
 
 Deadline::Deadline(std::chrono::seconds limit)
-    : cancellable_(GObjectPointer<GCancellable>::adopt(g_cancellable_new())),
+    : limit(limit),
+      cancellable_(GObjectPointer<GCancellable>::adopt(g_cancellable_new())),
       passed_(std::make_shared<bool>(false)),
-      timer(platform::MainLoop::main().scheduleTimer(
-          limit, [cancellable = cancellable_, passed = passed_] {
-              *passed = true;
-              g_cancellable_cancel(cancellable.get());
-          })) {}
+      timer(begin()) {}
 
 Deadline::~Deadline() {
     timer->invalidate();
     g_cancellable_cancel(cancellable_.get());
+}
+
+void Deadline::restart() {
+    timer->invalidate();
+    timer = begin();
+}
+
+std::shared_ptr<platform::Timer> Deadline::begin() const {
+    return platform::MainLoop::main().scheduleTimer(limit,
+                                                    [cancellable = cancellable_, passed = passed_] {
+                                                        *passed = true;
+                                                        g_cancellable_cancel(cancellable.get());
+                                                    });
 }
 
 } // namespace kelo::desktop

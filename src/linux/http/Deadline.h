@@ -19,10 +19,16 @@ public:
     Deadline(const Deadline&) = delete;
     Deadline& operator=(const Deadline&) = delete;
 
+    /// The time begins anew, unless it is over.
+    void restart();
+
     GCancellable* cancellable() const { return cancellable_.get(); }
     bool passed() const { return *passed_; }
 
 private:
+    std::shared_ptr<platform::Timer> begin() const;
+
+    std::chrono::seconds limit;
     GObjectPointer<GCancellable> cancellable_;
     std::shared_ptr<bool> passed_;
     std::shared_ptr<platform::Timer> timer;

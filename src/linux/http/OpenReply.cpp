@@ -1,0 +1,222 @@
+#include "linux/http/OpenReply.h"
+
+#include "linux/glib/AsyncResult.h"
+#include "linux/glib/SignalHandler.h"
+#include "linux/http/SoupUri.h"
+#include "linux/http/TransportErrors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::desktop {
+
+using platform::PlatformError;
+using platform::PlatformErrorKind;
+using platform::Url;
+using platform::UrlRequest;
+
+struct Handshake {
+    std::shared_ptr<const TrustedAuthority> authority;
+    Url url;
+    GTlsCertificateFlags refused = static_cast<GTlsCertificateFlags>(0);
+};
+
+namespace {
+
+struct BytesDeleter {
+    void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
+};
+using BytesPointer = std::unique_ptr<GBytes, BytesDeleter>;
+
+// A copy that lasts as long as the library needs it, and is overwritten then like any other.
+BytesPointer bytesOf(const platform::RequestBody& body) {
+    auto copy = std::make_unique<platform::RequestBody>(body);
+    const auto* data = copy->data();
+    const gsize size = copy->size();
+    const auto drop = [](gpointer owned) {
+        std::unique_ptr<platform::RequestBody>(static_cast<platform::RequestBody*>(owned));
+    };
+    return BytesPointer(g_bytes_new_with_free_func(data, size, drop, copy.release()));
+}
+
+using SharedHandshake = std::shared_ptr<Handshake>;
+
+// Runs only when the system's trust store has refused the chain.
+gboolean acceptCertificate(SoupMessage*, GTlsCertificate* certificate,
+                           GTlsCertificateFlags systemProblems, SharedHandshake* handshake) {
+    Handshake& notes = **handshake;
+    const GTlsCertificateFlags problems = notes.authority->problems(certificate, notes.url);
+    const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
+    notes.refused = ourAuthority ? problems : systemProblems;
+    return problems == 0;
+}
+
+// The library lets a peer end the connection without saying so in TLS, which is how somebody in the
+// middle would cut a reply short whose length nobody announced.
+void insistOnProperClose(SoupMessage*, GSocketClientEvent event, GIOStream* connection,
+                         SharedHandshake*) {
+    if (event == G_SOCKET_CLIENT_TLS_HANDSHAKING && G_IS_TLS_CONNECTION(connection))
+        g_tls_connection_set_require_close_notify(G_TLS_CONNECTION(connection), TRUE);
+}
+
+bool fitsInHeader(const std::string& text) {
+    return std::none_of(text.begin(), text.end(),
+                        [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7f; });
+}
+
+GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& firstUrl) {
+    const SoupUri uri = soupUri(request.url);
+    const SoupUri site = soupUri(firstUrl);
+    if (!uri || !site || request.url.scheme() != "https")
+        throw PlatformError(PlatformErrorKind::insecure,
+                            "Could not connect to " + request.url.host() +
+                                ": its address is not a secure one.",
+                            request.url.absoluteString());
+
+    auto message = GObjectPointer<SoupMessage>::adopt(
+        soup_message_new_from_uri(request.method.c_str(), uri.get()));
+    soup_message_add_flags(message.get(), SOUP_MESSAGE_NO_REDIRECT);
+    soup_message_set_site_for_cookies(message.get(), site.get());
+    soup_message_set_first_party(message.get(), site.get());
+    if (request.body) {
+        const BytesPointer body = bytesOf(*request.body);
+        soup_message_set_request_body_from_bytes(message.get(), nullptr, body.get());
+    }
+    SoupMessageHeaders* const headers = soup_message_get_request_headers(message.get());
+    for (const auto& [name, value] : request.headers) {
+        // Values come from cookies and replies: a line break in one would add a header.
+        if (!fitsInHeader(name) || !fitsInHeader(value))
+            throw PlatformError(PlatformErrorKind::badReply,
+                                "The request to " + request.url.host() +
+                                    " was not sent, because the service handed out a value that "
+                                    "no request can carry. Try again later.",
+                                "control character in header " + name);
+        soup_message_headers_append(headers, name.c_str(), value.c_str());
+    }
+    return message;
+}
+
+[[noreturn]] void fail(const GError& error, TransferPhase phase, const Handshake& handshake,
+                       const UrlRequest& request, const Deadline& deadline) {
+    if (deadline.passed())
+        throw timeOutError(request.url, request.timeout);
+    if (handshake.refused != 0)
+        throw certificateError(handshake.refused, request.url);
+    throw transportError(error, phase, request.url);
+}
+
+// The library takes an end of the connection between two chunks for the end of the body, and a
+// chunk size that is no number for the last one, so bodies in chunks are read from the connection
+// below it. The price is that such a connection is not used again. Null when the body is not in
+// chunks.
+GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
+    SoupMessageHeaders* const headers = soup_message_get_response_headers(message);
+    const guint status = soup_message_get_status(message);
+    const bool noBody = status == SOUP_STATUS_NO_CONTENT || status == SOUP_STATUS_NOT_MODIFIED ||
+                        g_str_equal(soup_message_get_method(message), SOUP_METHOD_HEAD);
+    if (noBody || soup_message_get_http_version(message) > SOUP_HTTP_1_1 ||
+        soup_message_headers_get_encoding(headers) != SOUP_ENCODING_CHUNKED)
+        return nullptr;
+    GInputStream* stream = body;
+    for (int layer = 0; layer < 2 && stream; ++layer)
+        stream = G_IS_FILTER_INPUT_STREAM(stream)
+                     ? g_filter_input_stream_get_base_stream(G_FILTER_INPUT_STREAM(stream))
+                     : nullptr;
+    return stream;
+}
+
+} // namespace
+
+OpenReply::OpenReply(GObjectPointer<SoupMessage> message, GObjectPointer<GInputStream> stream,
+                     std::shared_ptr<const Handshake> handshake, UrlRequest request,
+                     const Deadline& deadline)
+    : message(std::move(message)),
+      stream(std::move(stream)),
+      handshake(std::move(handshake)),
+      request(std::move(request)),
+      deadline(deadline),
+      source(this->stream.get()) {
+    if (GInputStream* const connection = connectionBelow(this->message.get(), this->stream.get())) {
+        source = connection;
+        chunks.emplace();
+    }
+}
+
+int OpenReply::status() const {
+    return static_cast<int>(soup_message_get_status(message.get()));
+}
+
+std::optional<std::string> OpenReply::location() const {
+    const char* const location =
+        soup_message_headers_get_one(soup_message_get_response_headers(message.get()), "Location");
+    return location ? std::optional<std::string>(location) : std::nullopt;
+}
+
+std::optional<std::uint64_t> OpenReply::announcedLength() const {
+    SoupMessageHeaders* const headers = soup_message_get_response_headers(message.get());
+    if (soup_message_headers_get_encoding(headers) != SOUP_ENCODING_CONTENT_LENGTH)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
+}
+
+platform::Task<platform::Bytes> OpenReply::read() {
+    platform::Bytes portion;
+    // Bytes from below a body in chunks may be all framing.
+    while (portion.empty() && !finished) {
+        const auto read = [source = source, cancellable = deadline.cancellable()](
+                              GAsyncReadyCallback ready, gpointer data) {
+            constexpr gsize most = 64 * 1024;
+            g_input_stream_read_bytes_async(source, most, G_PRIORITY_DEFAULT, cancellable, ready,
+                                            data);
+        };
+        const auto result = co_await asyncResult(read);
+        GError* error = nullptr;
+        const BytesPointer bytes(g_input_stream_read_bytes_finish(source, result.get(), &error));
+        if (const GErrorPointer failure(error); failure)
+            fail(*failure, TransferPhase::insideReply, *handshake, request, deadline);
+        portion = taken(bytes.get());
+    }
+    co_return portion;
+}
+
+platform::Bytes OpenReply::taken(GBytes* bytes) {
+    gsize size = 0;
+    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
+    if (!chunks) {
+        finished = size == 0;
+        return platform::Bytes(data, data + size);
+    }
+    if (size == 0)
+        throw replyBrokenOffError(request.url);
+    platform::Bytes body;
+    const ChunkedBody::State state = chunks->take({data, size}, body);
+    if (state == ChunkedBody::State::malformed)
+        throw unreadableReplyError(request.url);
+    finished = state == ChunkedBody::State::finished;
+    return body;
+}
+
+platform::Task<std::unique_ptr<OpenReply>>
+openReply(GObjectPointer<SoupSession> session, std::shared_ptr<const TrustedAuthority> authority,
+          UrlRequest request, Url firstUrl, const Deadline& deadline) {
+    const GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
+    const auto handshake =
+        std::make_shared<Handshake>(Handshake{std::move(authority), request.url});
+    connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);
+    connectWithState(message.get(), "network-event", insistOnProperClose, handshake);
+
+    GCancellable* const cancellable = deadline.cancellable();
+    const auto send = [session = session.get(), message = message.get(),
+                       cancellable](GAsyncReadyCallback ready, gpointer data) {
+        soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, ready, data);
+    };
+    const auto sent = co_await asyncResult(send);
+    GError* error = nullptr;
+    const auto stream = GObjectPointer<GInputStream>::adopt(
+        soup_session_send_finish(session.get(), sent.get(), &error));
+    if (const GErrorPointer failure(error); failure)
+        fail(*failure, TransferPhase::beforeReply, *handshake, request, deadline);
+    co_return std::make_unique<OpenReply>(message, stream, handshake, std::move(request), deadline);
+}
+
+} // namespace kelo::desktop

@@ -1,0 +1,124 @@
+#include "linux/update/SoupTransport.h"
+
+#include "linux/http/Deadline.h"
+#include "linux/http/OpenReply.h"
+#include "linux/http/Redirect.h"
+#include "linux/http/TransportErrors.h"
+#include "platform/PlatformError.h"
+
+#include <string>
+#include <utility>
+
+namespace kelo::desktop {
+
+using platform::PlatformError;
+using platform::PlatformErrorKind;
+using platform::Task;
+using platform::Url;
+using platform::UrlRequest;
+
+namespace {
+
+constexpr int mostRedirects = 5;
+
+/// A server that sends a byte now and then would hold a small transfer for ever.
+constexpr std::chrono::minutes longestFetch{10};
+
+PlatformError statusError(const Url& url, int status) {
+    const std::string cause = url.absoluteString() + " answered with " + std::to_string(status);
+    if (status >= 500)
+        return {PlatformErrorKind::badReply,
+                url.host() + " cannot hand out updates at the moment. Try again later.", cause};
+    return {PlatformErrorKind::badReply,
+            url.host() + " does not have the update that was asked for. Try again later, or ask "
+                         "those who publish Kelo.",
+            cause};
+}
+
+PlatformError tooLongError(const Url& url, std::size_t limit) {
+    return {PlatformErrorKind::badReply,
+            url.host() + " sent far more than was asked for, so it was dropped. Try again later, "
+                         "or ask those who publish Kelo.",
+            url.absoluteString() + " is longer than " + std::to_string(limit) + " bytes"};
+}
+
+/// The reply with status 200 at the end of the redirects.
+Task<std::unique_ptr<OpenReply>> followToReply(GObjectPointer<SoupSession> session,
+                                               std::shared_ptr<const TrustedAuthority> authority,
+                                               UrlRequest request, Deadline& deadline) {
+    const Url first = request.url;
+    for (int hop = 0; hop <= mostRedirects; ++hop) {
+        auto reply = co_await openReply(session, authority, request, first, deadline);
+        deadline.restart();
+        std::optional<UrlRequest> next = redirected(request, reply->status(), reply->location());
+        if (!next && reply->status() != 200)
+            throw statusError(request.url, reply->status());
+        if (!next)
+            co_return std::move(reply);
+        request = std::move(*next);
+    }
+    throw PlatformError(PlatformErrorKind::badReply,
+                        first.host() + " sent Kelo from one address to the next without end. Try "
+                                       "again later.");
+}
+
+UrlRequest requestFor(Url url, std::chrono::seconds patience) {
+    UrlRequest request{std::move(url)};
+    request.timeout = patience;
+    return request;
+}
+
+} // namespace
+
+SoupTransport::SoupTransport(std::shared_ptr<const TrustedAuthority> authority,
+                             std::chrono::seconds patience)
+    : session(GObjectPointer<SoupSession>::adopt(soup_session_new())),
+      authority(std::move(authority)),
+      patience(patience) {
+    // Lengths and signatures are those of the bytes on the wire, and nobody is to be asked for a
+    // password.
+    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
+    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
+}
+
+SoupTransport::~SoupTransport() {
+    soup_session_abort(session.get());
+}
+
+Task<platform::Bytes> SoupTransport::fetch(Url url, std::size_t limit) {
+    Deadline deadline(patience);
+    const auto end = std::chrono::steady_clock::now() + longestFetch;
+    const auto reply =
+        co_await followToReply(session, authority, requestFor(url, patience), deadline);
+    if (reply->announcedLength().value_or(0) > limit)
+        throw tooLongError(url, limit);
+    platform::Bytes body;
+    while (true) {
+        const platform::Bytes portion = co_await reply->read();
+        if (portion.empty())
+            co_return body;
+        body.insert(body.end(), portion.begin(), portion.end());
+        if (body.size() > limit)
+            throw tooLongError(url, limit);
+        if (std::chrono::steady_clock::now() > end)
+            throw timeOutError(url, longestFetch);
+        deadline.restart();
+    }
+}
+
+Task<void> SoupTransport::download(Url url, std::shared_ptr<updater::ByteSink> sink) {
+    Deadline deadline(patience);
+    const auto reply =
+        co_await followToReply(session, authority, requestFor(url, patience), deadline);
+    if (const auto length = reply->announcedLength())
+        sink->announce(*length);
+    while (true) {
+        platform::Bytes portion = co_await reply->read();
+        if (portion.empty())
+            co_return;
+        co_await sink->take(std::move(portion));
+        deadline.restart();
+    }
+}
+
+} // namespace kelo::desktop
