@@ -25,7 +25,8 @@ platform::SceneGraph KeloApp::body() {
 
 std::vector<platform::ProgramAction> KeloApp::actions() {
     return {{"widget", "Show the voice widget, or hide it when it is shown",
-             [voice = voice] { voice.get()->toggleWidget(); }}};
+             [voice = voice] { voice.get()->toggleWidget(); }},
+            {"check-for-updates", "Look for a newer version", &checkForUpdates}};
 }
 
 platform::WindowGroup KeloApp::mainWindowGroup() const {

@@ -21,12 +21,15 @@ void openMainWindow() {
 
 } // namespace
 
+void checkForUpdates() {
+    UpdaterController::shared().controller->checkForUpdates();
+}
+
 platform::Menu MenuBarContent::body() const {
     return {
         MenuItem{"Open Kelo", true, openMainWindow},
         MenuSeparator{},
-        MenuItem{"Check for Updates…", true,
-                 [] { UpdaterController::shared().controller->checkForUpdates(); }},
+        MenuItem{"Check for Updates…", true, &checkForUpdates},
         SettingsLink{"Settings…"},
         MenuSeparator{},
         MenuItem{"Quit Kelo", true, [] { Desktop::current().application().terminate(); },

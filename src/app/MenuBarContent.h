@@ -10,4 +10,7 @@ struct MenuBarContent {
     platform::Menu body() const;
 };
 
+/// What the menu's item for it does: has the process's one updater look for a newer version.
+void checkForUpdates();
+
 } // namespace kelo

@@ -164,7 +164,7 @@ TEST_F(KeloAppTest, HotkeyDoesNothingBeforeTheFirstMainWindow) {
 
 TEST_F(KeloAppTest, WidgetActionTogglesTheOneWidgetThatTheChordToggles) {
     launch();
-    ASSERT_EQ(application.actions.size(), 1u);
+    ASSERT_EQ(application.actions.size(), 2u);
     EXPECT_EQ(application.actions[0].name, "widget");
     application.actions[0].action();
     ASSERT_EQ(desktop.panels.size(), 1u);

@@ -28,6 +28,11 @@ TEST(UpdaterController, IsMadeAtTheFirstCheckAndNeverAgain) {
     check();
     EXPECT_EQ(updaters(), 1);
     EXPECT_EQ(desktop.updateChecks, 2);
+    const auto action = app.actions().at(1);
+    EXPECT_EQ(action.name, "check-for-updates");
+    action.action();
+    EXPECT_EQ(updaters(), 1) << "the desktop's list of actions reaches the same updater";
+    EXPECT_EQ(desktop.updateChecks, 3);
     EXPECT_EQ(&UpdaterController::shared(), &UpdaterController::shared());
 }
 
