@@ -92,9 +92,7 @@ private:
         throw unfitArchive(reason ? reason : "cannot be read");
     }
 
-    [[noreturn]] static void fail(const std::string& what) {
-        throw installFailure(errno, "the new version", what);
-    }
+    [[noreturn]] static void fail(const std::string& what) { throw unpackFailure(errno, what); }
 
     void unpack(archive_entry* entry) {
         const char* const text = archive_entry_pathname(entry);

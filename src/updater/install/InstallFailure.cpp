@@ -11,6 +11,20 @@ std::string named(const std::filesystem::path& folder) {
     return "“" + folder.string() + "”";
 }
 
+UpdateError noRoom(std::string cause) {
+    return {UpdateErrorKind::storage,
+            "There is not enough room on the disk for the update. Make some room, then try again.",
+            std::move(cause)};
+}
+
+bool isFull(int error) {
+    return error == ENOSPC || error == EDQUOT;
+}
+
+void addReason(std::string& cause, int error) {
+    cause += ": " + std::generic_category().message(error);
+}
+
 } // namespace
 
 UpdateError unfitArchive(std::string cause) {
@@ -21,15 +35,21 @@ UpdateError unfitArchive(std::string cause) {
         std::move(cause)};
 }
 
+UpdateError unpackFailure(int error, std::string cause) {
+    addReason(cause, error);
+    if (isFull(error))
+        return noRoom(std::move(cause));
+    return {UpdateErrorKind::installing,
+            "The update could not be unpacked. Your version goes on working; try again, or unpack "
+            "the new one by hand.",
+            std::move(cause)};
+}
+
 UpdateError installFailure(int error, const std::filesystem::path& folder, std::string cause) {
-    cause += ": " + std::generic_category().message(error);
+    addReason(cause, error);
+    if (isFull(error))
+        return noRoom(std::move(cause));
     switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-        return {UpdateErrorKind::storage,
-                "There is not enough room on the disk for the update. Make some room, then try "
-                "again.",
-                std::move(cause)};
     case EACCES:
     case EPERM:
     case EROFS:

@@ -10,6 +10,9 @@ namespace kelo::updater {
 /// The update's archive holds what it must not, or lacks what it must have.
 UpdateError unfitArchive(std::string cause);
 
+/// The update could not be unpacked: a call of the system failed with that error number.
+UpdateError unpackFailure(int error, std::string cause);
+
 /// A call of the system failed with that error number, of something in or beside the folder.
 UpdateError installFailure(int error, const std::filesystem::path& folder, std::string cause);
 

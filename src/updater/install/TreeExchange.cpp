@@ -91,7 +91,7 @@ private:
             calls.step();
             if (!kept || (name == program && !syncAll()))
                 return false;
-            const bool placed = exists(freshBin.get(), name)
+            const bool placed = name == program || exists(freshBin.get(), name)
                                     ? move(freshBin.get(), name, bin.get())
                                     : ::unlinkat(bin.get(), name.c_str(), 0) == 0;
             calls.step();
