@@ -31,7 +31,8 @@ struct PipeCloser {
     void operator()(FILE* pipe) const { ::pclose(pipe); }
 };
 
-/// In memory where programs may be run from there: these tests bring thousands of files to the disk.
+/// In memory where programs may be run from there: these tests bring thousands of files to the
+/// disk.
 fs::path fastPlace() {
     const fs::path memory = "/dev/shm";
     struct statvfs status {};
