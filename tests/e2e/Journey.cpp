@@ -1,5 +1,6 @@
 #include "e2e/Journey.h"
 
+#include <cstdlib>
 #include <iostream>
 
 namespace kelo::e2e {
@@ -67,7 +68,9 @@ void Journey::becomeOwnerOfPasskey(const Person& person) const {
 
 void Journey::picture(const std::string& moment) const {
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    desktop().screen.capture(build() / "e2e" / (std::string(test->name()) + "-" + moment + ".png"));
+    const char* manager = std::getenv("KELO_PRIVATE_DESKTOP_MANAGER");
+    desktop().screen.capture(build() / "e2e" / (manager ? manager : "openbox") /
+                             (std::string(test->name()) + "-" + moment + ".png"));
 }
 
 } // namespace kelo::e2e

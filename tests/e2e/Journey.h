@@ -25,7 +25,7 @@ inline const Person grace{"grace@example.org", "nanosecond", "Grace"};
 inline constexpr const char* registered = "Passkey registered on this Mac.";
 
 /// A service and a Kelo of this test's own, both with nothing remembered. Ends with a picture of
-/// the screen in the build's folder e2e, named after the test.
+/// the screen in the build's folder e2e, below the window manager's name, named after the test.
 class Journey : public testing::Test {
 protected:
     Journey();

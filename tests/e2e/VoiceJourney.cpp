@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <thread>
 #include <utility>
 
 namespace kelo::e2e {
@@ -12,6 +13,8 @@ namespace {
 constexpr const char* logFile = "/tmp/kelo-debug.log";
 constexpr const char* control = "Control_L";
 constexpr const char* option = "Alt_L";
+
+constexpr std::chrono::milliseconds holdLength{400};
 
 constexpr int panelWidth = 640;
 constexpr int panelHeight = 620;
@@ -52,6 +55,12 @@ void VoiceJourney::releaseChord() const {
 
 void VoiceJourney::tapChord() const {
     pressChord();
+    releaseChord();
+}
+
+void VoiceJourney::holdChord() const {
+    pressChord();
+    std::this_thread::sleep_for(holdLength);
     releaseChord();
 }
 

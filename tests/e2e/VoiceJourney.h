@@ -28,6 +28,9 @@ protected:
     void pressChord() const;
     void releaseChord() const;
     void tapChord() const;
+    /// For longer than a tap can be. Where a hold is to change nothing, only the clock tells its
+    /// length.
+    void holdChord() const;
 
     /// Taps, and waits for what a tap does.
     rig::ScreenWindow tapToShow();

@@ -7,15 +7,15 @@ namespace {
 
 constexpr std::chrono::seconds patience{30};
 
-/// The screen as two monitors side by side, of different size.
+/// The screen as two monitors side by side, of different height.
 class VoiceMonitors : public VoiceJourney {
 protected:
-    const rig::Area left{{0, 0}, 580, 800};
-    const rig::Area right{{580, 0}, 700, 900};
+    const rig::Area left{{0, 0}, 640, 800};
+    const rig::Area right{{640, 0}, 640, 900};
 
     void SetUp() override {
-        xrandr({"--setmonitor", "left", "580/150x800/200+0+0", "screen"});
-        xrandr({"--setmonitor", "right", "700/180x900/230+580+0", "none"});
+        xrandr({"--setmonitor", "left", "640/170x800/210+0+0", "screen"});
+        xrandr({"--setmonitor", "right", "640/170x900/240+640+0", "none"});
         VoiceJourney::SetUp();
     }
 

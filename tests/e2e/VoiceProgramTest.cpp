@@ -52,6 +52,7 @@ TEST_F(VoiceProgram, StillHearsTheChordWithoutItsMainWindowAndOnceATapWhenItIsBa
 
 TEST_F(VoiceProgram, EscapeInTheMainWindowLeavesThePanel) {
     const auto shown = tapToShow();
+    awaitWidgetPage(shown);
     awaitKeyboard(shown);
     awaitThat("the main window has the keyboard", [&] {
         desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_ACTIVE_WINDOW");
@@ -64,6 +65,7 @@ TEST_F(VoiceProgram, EscapeInTheMainWindowLeavesThePanel) {
     awaitThat("the menu bar has the keyboard",
               [&] { return desktop().tree.findFocused(rig::Role::menuItem).has_value(); });
     EXPECT_TRUE(isPanelShown());
+    picture("menu");
     user.press("Escape");
     EXPECT_TRUE(isPanelShown());
 }
