@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/input/KeyboardFocus.h"
 #include "linux/input/ToplevelWatch.h"
+#include "linux/input/source/KeyboardFocus.h"
 
 namespace kelo::desktop {
 

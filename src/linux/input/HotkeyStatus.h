@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/ModifierSource.h"
+#include "linux/input/source/ModifierSource.h"
 
 #include <string>
 #include <vector>

@@ -5,7 +5,7 @@
 #include "linux/input/KeyDownFilter.h"
 #include "linux/input/ModifierDispatch.h"
 #include "linux/input/OwnWindowsModifierSource.h"
-#include "linux/input/X11KeyboardFocus.h"
+#include "linux/input/xkb/X11KeyboardFocus.h"
 
 #include <gtk/gtk.h>
 

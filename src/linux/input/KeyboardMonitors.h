@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/input/KeyboardFocus.h"
 #include "linux/input/ModifierSources.h"
+#include "linux/input/source/KeyboardFocus.h"
 #include "platform/EventMonitors.h"
 
 #include <functional>

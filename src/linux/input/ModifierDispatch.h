@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/KeyboardFocus.h"
+#include "linux/input/source/KeyboardFocus.h"
 #include "platform/EventMonitors.h"
 
 #include <functional>

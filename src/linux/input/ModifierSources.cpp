@@ -1,8 +1,8 @@
 #include "linux/input/ModifierSources.h"
 
-#include "linux/input/EvdevModifierSource.h"
-#include "linux/input/PortalModifierSource.h"
-#include "linux/input/XkbModifierSource.h"
+#include "linux/input/evdev/EvdevModifierSource.h"
+#include "linux/input/portal/PortalModifierSource.h"
+#include "linux/input/xkb/XkbModifierSource.h"
 
 namespace kelo::desktop {
 

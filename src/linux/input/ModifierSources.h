@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/input/DisplayKind.h"
-#include "linux/input/ModifierSource.h"
+#include "linux/input/source/ModifierSource.h"
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/glib/GObjectPointer.h"
-#include "linux/input/ModifierSource.h"
+#include "linux/input/source/ModifierSource.h"
 
 typedef struct _GdkDevice GdkDevice;
 

@@ -1,5 +1,5 @@
 #include "component/input/InputRig.h"
-#include "linux/input/X11KeyboardFocus.h"
+#include "linux/input/xkb/X11KeyboardFocus.h"
 
 #include <X11/keysym.h>
 

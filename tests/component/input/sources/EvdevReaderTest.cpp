@@ -1,6 +1,6 @@
 #include "EventBytes.h"
 
-#include "linux/input/EvdevReader.h"
+#include "linux/input/evdev/EvdevReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "FakeKeyboards.h"
 
 #include "component/passkey/MainLoopScope.h"
-#include "linux/input/EvdevModifierSource.h"
+#include "linux/input/evdev/EvdevModifierSource.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

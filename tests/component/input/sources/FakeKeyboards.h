@@ -4,7 +4,7 @@
 
 #include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/glib/FileDescriptor.h"
-#include "linux/input/EvdevModifierSource.h"
+#include "linux/input/evdev/EvdevModifierSource.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #include "component/passkey/MainLoopScope.h"
 #include "component/passkey/SessionBus.h"
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "linux/input/PortalModifierSource.h"
+#include "linux/input/portal/PortalModifierSource.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "linux/input/FolderWatch.h"
+#include "linux/input/evdev/FolderWatch.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>

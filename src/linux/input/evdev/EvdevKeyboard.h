@@ -1,8 +1,8 @@
 #pragma once
 
-#include "linux/input/DescriptorWatch.h"
-#include "linux/input/EvdevDevice.h"
-#include "linux/input/EvdevReader.h"
+#include "linux/input/evdev/DescriptorWatch.h"
+#include "linux/input/evdev/EvdevDevice.h"
+#include "linux/input/evdev/EvdevReader.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/BusClient.h"
+#include "linux/input/portal/BusClient.h"
 
 #include <functional>
 #include <string>

@@ -1,8 +1,8 @@
-#include "linux/input/PortalModifierSource.h"
+#include "linux/input/portal/PortalModifierSource.h"
 
-#include "linux/input/Portal.h"
-#include "linux/input/PortalAvailability.h"
-#include "linux/input/ShortcutSession.h"
+#include "linux/input/portal/Portal.h"
+#include "linux/input/portal/PortalAvailability.h"
+#include "linux/input/portal/ShortcutSession.h"
 
 #include <optional>
 #include <utility>

@@ -1,7 +1,7 @@
-#include "linux/input/PortalAvailability.h"
+#include "linux/input/portal/PortalAvailability.h"
 
-#include "linux/input/BusClient.h"
-#include "linux/input/Portal.h"
+#include "linux/input/portal/BusClient.h"
+#include "linux/input/portal/Portal.h"
 
 namespace kelo::desktop {
 

@@ -1,4 +1,4 @@
-#include "linux/input/EvdevKeyboard.h"
+#include "linux/input/evdev/EvdevKeyboard.h"
 
 #include <unistd.h>
 

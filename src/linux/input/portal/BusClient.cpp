@@ -1,4 +1,4 @@
-#include "linux/input/BusClient.h"
+#include "linux/input/portal/BusClient.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/HeldKeys.h"
+#include "linux/input/evdev/HeldKeys.h"
 
 #include <filesystem>
 #include <functional>

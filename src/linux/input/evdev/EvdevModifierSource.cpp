@@ -1,8 +1,8 @@
-#include "linux/input/EvdevModifierSource.h"
+#include "linux/input/evdev/EvdevModifierSource.h"
 
-#include "linux/input/EvdevKeyboard.h"
-#include "linux/input/FolderWatch.h"
-#include "linux/input/KeyCapabilities.h"
+#include "linux/input/evdev/EvdevKeyboard.h"
+#include "linux/input/evdev/FolderWatch.h"
+#include "linux/input/evdev/KeyCapabilities.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "linux/input/DescriptorWatch.h"
+#include "linux/input/evdev/DescriptorWatch.h"
 
 #include <glib-unix.h>
 

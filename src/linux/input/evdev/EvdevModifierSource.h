@@ -1,8 +1,8 @@
 #pragma once
 
-#include "linux/input/EvdevDevice.h"
-#include "linux/input/EvdevNode.h"
-#include "linux/input/ModifierSource.h"
+#include "linux/input/evdev/EvdevDevice.h"
+#include "linux/input/evdev/EvdevNode.h"
+#include "linux/input/source/ModifierSource.h"
 
 #include <filesystem>
 #include <memory>

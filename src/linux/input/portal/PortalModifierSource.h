@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/input/BusClient.h"
-#include "linux/input/ModifierSource.h"
+#include "linux/input/portal/BusClient.h"
+#include "linux/input/source/ModifierSource.h"
 
 #include <memory>
 #include <string>

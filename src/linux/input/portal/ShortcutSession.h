@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/input/BusClient.h"
-#include "linux/input/PortalRequest.h"
+#include "linux/input/portal/BusClient.h"
+#include "linux/input/portal/PortalRequest.h"
 
 #include <functional>
 #include <optional>

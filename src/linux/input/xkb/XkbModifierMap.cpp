@@ -1,4 +1,4 @@
-#include "linux/input/XkbModifierMap.h"
+#include "linux/input/xkb/XkbModifierMap.h"
 
 #include <X11/XKBlib.h>
 #include <X11/keysym.h>

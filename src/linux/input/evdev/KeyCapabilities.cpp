@@ -1,6 +1,6 @@
-#include "linux/input/KeyCapabilities.h"
+#include "linux/input/evdev/KeyCapabilities.h"
 
-#include "linux/input/HeldKeys.h"
+#include "linux/input/evdev/HeldKeys.h"
 
 #include <algorithm>
 #include <fstream>

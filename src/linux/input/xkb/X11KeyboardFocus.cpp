@@ -1,4 +1,4 @@
-#include "linux/input/X11KeyboardFocus.h"
+#include "linux/input/xkb/X11KeyboardFocus.h"
 
 #include <gdk/x11/gdkx.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/glib/FileDescriptor.h"
-#include "linux/input/DescriptorWatch.h"
+#include "linux/input/evdev/DescriptorWatch.h"
 
 #include <filesystem>
 #include <functional>

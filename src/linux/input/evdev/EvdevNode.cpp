@@ -1,4 +1,4 @@
-#include "linux/input/EvdevNode.h"
+#include "linux/input/evdev/EvdevNode.h"
 
 #include <fcntl.h>
 #include <linux/input.h>

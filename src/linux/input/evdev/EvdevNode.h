@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/glib/FileDescriptor.h"
-#include "linux/input/EvdevDevice.h"
+#include "linux/input/evdev/EvdevDevice.h"
 
 namespace kelo::desktop {
 

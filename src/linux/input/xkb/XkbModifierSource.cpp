@@ -1,6 +1,6 @@
-#include "linux/input/XkbModifierSource.h"
+#include "linux/input/xkb/XkbModifierSource.h"
 
-#include "linux/input/XkbModifierMap.h"
+#include "linux/input/xkb/XkbModifierMap.h"
 
 #include <X11/XKBlib.h>
 #include <glib.h>

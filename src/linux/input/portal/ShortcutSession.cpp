@@ -1,7 +1,7 @@
-#include "linux/input/ShortcutSession.h"
+#include "linux/input/portal/ShortcutSession.h"
 
 #include "deployment/Deployment.h"
-#include "linux/input/Portal.h"
+#include "linux/input/portal/Portal.h"
 
 #include <string_view>
 #include <utility>

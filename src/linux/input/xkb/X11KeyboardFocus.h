@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/glib/GObjectPointer.h"
-#include "linux/input/KeyboardFocus.h"
+#include "linux/input/source/KeyboardFocus.h"
 
 typedef struct _GdkDisplay GdkDisplay;
 

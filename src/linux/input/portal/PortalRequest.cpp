@@ -1,6 +1,6 @@
-#include "linux/input/PortalRequest.h"
+#include "linux/input/portal/PortalRequest.h"
 
-#include "linux/input/Portal.h"
+#include "linux/input/portal/Portal.h"
 
 #include <algorithm>
 #include <cstdint>
