@@ -1,9 +1,13 @@
 #include "linux/tray/IconPixmaps.h"
 
-#include <gdkmm/texture.h>
-#include <gtk/gtk.h>
+#include "linux/glib/GObjectPointer.h"
+
+#include <gdk/gdk.h>
 
 #include <array>
+#include <memory>
+#include <optional>
+#include <utility>
 
 // Generated when building. Naming it keeps the linker from leaving the data out.
 extern "C" GResource* kelo_tray_get_resource(void);
@@ -12,14 +16,24 @@ namespace kelo::desktop {
 
 namespace {
 
-IconMask maskOf(const Gdk::Texture& texture) {
-    const int size = texture.get_width();
-    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(size) *
-                                      static_cast<std::size_t>(texture.get_height()));
+using Bytes = std::unique_ptr<GBytes, decltype(&g_bytes_unref)>;
+
+std::optional<IconMask> maskFrom(const std::string& resource) {
+    const Bytes file(
+        g_resources_lookup_data(resource.c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr),
+        &g_bytes_unref);
+    if (!file)
+        return std::nullopt;
+    const auto texture =
+        GObjectPointer<GdkTexture>::adopt(gdk_texture_new_from_bytes(file.get(), nullptr));
+    if (!texture)
+        return std::nullopt;
+    const int size = gdk_texture_get_width(texture.get());
+    const auto side = static_cast<std::size_t>(size);
+    std::vector<std::uint32_t> pixels(side * side);
     // Each pixel is one number of this machine's byte order, with the alpha in its upper byte.
-    gdk_texture_download(const_cast<GdkTexture*>(texture.gobj()),
-                         reinterpret_cast<guchar*>(pixels.data()),
-                         static_cast<std::size_t>(size) * sizeof(std::uint32_t));
+    gdk_texture_download(texture.get(), reinterpret_cast<guchar*>(pixels.data()),
+                         side * sizeof(std::uint32_t));
     IconMask mask{size, {}};
     for (const auto pixel : pixels)
         mask.coverage.push_back(static_cast<std::uint8_t>(pixel >> 24));
@@ -31,13 +45,9 @@ IconMask maskOf(const Gdk::Texture& texture) {
 std::vector<IconMask> iconMasks(const std::string& iconName) {
     g_resources_register(kelo_tray_get_resource());
     std::vector<IconMask> masks;
-    try {
-        for (const char* size : {"16", "22", "24", "32", "48"})
-            masks.push_back(maskOf(*Gdk::Texture::create_from_resource(
-                "/app/kelo/Kelo/tray/" + iconName + "-" + size + ".png")));
-    } catch (const Glib::Error&) {
-        return {};
-    }
+    for (const char* size : {"16", "22", "24", "32", "48"})
+        if (auto mask = maskFrom("/app/kelo/Kelo/tray/" + iconName + "-" + size + ".png"))
+            masks.push_back(std::move(*mask));
     return masks;
 }
 

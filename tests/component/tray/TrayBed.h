@@ -1,0 +1,78 @@
+#pragma once
+
+#include "linux/glib/GLibMainLoop.h"
+#include "linux/tray/ExportedObject.h"
+#include "linux/tray/TrayItem.h"
+
+#include <giomm/dbusconnection.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::tests {
+
+/// A session bus with two programs on it: ours, and one that looks at ours as a tray does. Both
+/// run in this process's main loop.
+class TrayBed {
+public:
+    TrayBed();
+    ~TrayBed();
+
+    struct Answer {
+        std::string text;  ///< the results, as GVariant text
+        std::string error; ///< the bus's name of it; empty for success
+        Glib::VariantContainerBase values;
+    };
+    /// Calls our program from the other one and waits for the answer. The arguments are GVariant
+    /// text, a tuple.
+    Answer call(const std::string& path, const std::string& interface, const std::string& method,
+                const std::string& arguments);
+    Answer menu(const std::string& method, const std::string& arguments);
+    Answer item(const std::string& method, const std::string& arguments);
+
+    /// Lets the main loop run until the condition holds; throws after a generous deadline.
+    static void until(const std::string& what, const std::function<bool()>& condition);
+    /// Returns when the other program has got everything that ours has sent so far.
+    void settle();
+    /// The signals so far that the other program got, each as its name and GVariant text.
+    std::vector<std::string> signals;
+
+    desktop::GLibMainLoop mainLoop;
+    platform::MainLoop::Installation installation{mainLoop};
+    Glib::RefPtr<Gio::DBus::Connection> ours;
+    Glib::RefPtr<Gio::DBus::Connection> theirs;
+    std::vector<std::string> events; ///< "token T", "open", "activate", …
+
+    /// The program's menu; a test may change it and redraw.
+    platform::Menu content;
+    desktop::TrayIcon icon{"kelo-brain-symbolic", "", {{1, {255}}}, 0x112233};
+    void show();
+    std::unique_ptr<desktop::TrayItem> shown;
+
+private:
+    void note(const std::string& event) { events.push_back(event); }
+    guint subscription = 0;
+};
+
+/// What trays announce themselves by. It looks at each item at once when the item registers.
+class FakeWatcher {
+public:
+    explicit FakeWatcher(TrayBed& bed);
+    ~FakeWatcher();
+
+    std::vector<std::string> registered;  ///< the arguments
+    std::vector<std::string> identifiers; ///< the items' Id, as they answered
+    int layouts = 0;                      ///< menus that answered
+
+private:
+    void look(const std::string& path);
+
+    TrayBed& bed;
+    desktop::ExportedObject object;
+    std::shared_ptr<bool> alive = std::make_shared<bool>(true);
+};
+
+} // namespace kelo::tests
