@@ -1,4 +1,5 @@
 #include "app/KeloApp.h"
+#include "linux/bundle/ProgramTree.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/glib/GLibMainLoop.h"
 #include "linux/glib/LargeBlocks.h"
@@ -8,12 +9,14 @@
 
 int main(int count, char** words) {
     kelo::desktop::keepLargeBlocksApart();
+    kelo::desktop::repairProgramTree();
     // Both set the environment, so they come before the first thread.
     kelo::desktop::chooseRenderer();
     kelo::desktop::avoidBlankWindowOnNvidia();
 
     kelo::desktop::GLibMainLoop loop;
     const kelo::platform::MainLoop::Installation loopInstallation(loop);
+    kelo::desktop::confirmProgramTreeLater();
     kelo::desktop::LinuxDesktop desktop({words, words + count});
     const kelo::platform::Desktop::Installation desktopInstallation(desktop);
 

@@ -76,9 +76,10 @@ platform::Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
     }
     if (!tree)
         tree = std::make_shared<TreeInstaller>(copy.root);
-    co_await platform::onWorker(worker, [staging = tree, shared] {
+    const auto stage = [staging = tree, shared] {
         staging->stage(shared->descriptor(), shared->item().version);
-    });
+    };
+    co_await platform::onWorker(worker, stage);
 }
 
 platform::Task<void> SystemInstaller::installAndRelaunch() {
@@ -91,7 +92,8 @@ platform::Task<void> SystemInstaller::installAndRelaunch() {
 platform::Task<void> SystemInstaller::exchangeAndRelaunch() {
     if (!tree)
         throw unfitArchive("nothing was prepared");
-    co_await platform::onWorker(worker, [installing = tree] { installing->install(); });
+    const auto install = [installing = tree] { installing->install(); };
+    co_await platform::onWorker(worker, install);
     if (!relaunchAfterThisProcess(tree->program(), host.environment()))
         throw UpdateError(UpdateErrorKind::installing,
                           "The update is in place. Quit Kelo and start it again to use it.",
@@ -106,8 +108,10 @@ platform::Task<void> SystemInstaller::handToPackageManager() {
                           "The package was changed after it had been verified, so it was not "
                           "opened. Check for updates again.");
     const std::string path = packagePath(*handed);
-    const bool opened = co_await platform::onWorker(
-        worker, [opener = host.opener, path] { return opensFile(opener, path, openerDeadline); });
+    const auto open = [opener = host.opener, path] {
+        return opensFile(opener, path, openerDeadline);
+    };
+    const bool opened = co_await platform::onWorker(worker, open);
     if (!opened)
         throw UpdateError(UpdateErrorKind::installing,
                           "No program was found that installs packages. While Kelo runs, the "

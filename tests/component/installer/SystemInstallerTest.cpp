@@ -1,0 +1,191 @@
+#include "updater/install/SystemInstaller.h"
+#include "component/installer/Trees.h"
+#include "fakes/FakeMainLoop.h"
+#include "platform/Spawn.h"
+#include "updater/UpdateError.h"
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <functional>
+
+namespace kelo::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using updater::AppcastItem;
+using updater::CopyOwner;
+using updater::InstallKind;
+using updater::SystemInstaller;
+using updater::VerifiedArchive;
+
+class WorkerOfTheTest final : public platform::Worker {
+public:
+    void perform(std::function<void()> job) override { job(); }
+};
+
+AppcastItem itemFor(const std::string& fileName) {
+    AppcastItem item;
+    item.version = "1.1";
+    item.enclosure =
+        updater::Enclosure{*platform::Url::parse("https://kelo.example/files/" + fileName)};
+    return item;
+}
+
+platform::Task<void> note(platform::Task<void> task, std::string& failure, bool& ended) {
+    try {
+        co_await task;
+    } catch (const updater::UpdateError& error) {
+        failure = error.localizedDescription();
+    }
+    ended = true;
+}
+
+class SystemInstallerTest : public testing::Test {
+protected:
+    SystemInstallerTest() {
+        writeTree(root, "1.0");
+        writeTree(folder / "later", "1.1");
+        packTree(folder / "later", "kelo-1.1", folder / "kelo-1.1.tar.zst");
+        writeFile(folder / "kelo-1.1.deb", "a package");
+    }
+
+    std::unique_ptr<SystemInstaller> installerFor(CopyOwner owner) {
+        updater::InstallerHost host;
+        host.terminate = [this] { ++terminations; };
+        host.environment = [this] {
+            return std::vector<std::string>{"PATH=/usr/bin:/bin",
+                                            "PLACE=" + folder.path().string()};
+        };
+        host.opener = opener;
+        return std::make_unique<SystemInstaller>(updater::InstalledCopy{owner, root}, worker, host);
+    }
+
+    VerifiedArchive verified(const std::string& fileName) const {
+        updater::PrivateFolder place(folder / "downloads");
+        fs::copy_file(folder / fileName, place.path() / fileName);
+        updater::FileDescriptor file(::open((place.path() / fileName).c_str(), O_RDWR | O_CLOEXEC));
+        const auto size = fs::file_size(folder / fileName);
+        return {itemFor(fileName), std::move(place), fileName, std::move(file), size};
+    }
+
+    /// The failure's sentence, or nothing.
+    std::string outcomeOf(platform::Task<void> task) {
+        std::string failure;
+        bool ended = false;
+        platform::spawn(note(std::move(task), failure, ended));
+        loop.runUntilIdle();
+        EXPECT_TRUE(ended);
+        return failure;
+    }
+
+    TemporaryFolder folder;
+    fs::path root = folder / "home/Kelo";
+    fs::path opener = folder / "opener";
+    fakes::FakeMainLoop loop;
+    platform::MainLoop::Installation installation{loop};
+    WorkerOfTheTest worker;
+    int terminations = 0;
+};
+
+} // namespace
+
+TEST_F(SystemInstallerTest, ReplacesATreeThatTheUserOwnsByATree) {
+    const auto installer = installerFor(CopyOwner::user);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.zst")), InstallKind::replaceInPlace);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.xz")), InstallKind::replaceInPlace);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.deb")), InstallKind::informationalOnly);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.zip")), InstallKind::informationalOnly);
+}
+
+TEST_F(SystemInstallerTest, HandsAPackageManagersCopyToThePackageManager) {
+    const auto installer = installerFor(CopyOwner::packageManager);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.deb")), fs::exists("/usr/bin/dpkg")
+                                                            ? InstallKind::handToPackageManager
+                                                            : InstallKind::informationalOnly);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.zst")), InstallKind::informationalOnly);
+}
+
+TEST_F(SystemInstallerTest, OnlyTellsOfUpdatesOfAnyOtherCopy) {
+    const auto installer = installerFor(CopyOwner::unknown);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.zst")), InstallKind::informationalOnly);
+    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.deb")), InstallKind::informationalOnly);
+    EXPECT_NE(outcomeOf(installer->prepare(verified("kelo-1.1.tar.zst"))), "");
+    EXPECT_EQ(outputOf(root / "bin/kelo"), "1.0\n");
+}
+
+TEST_F(SystemInstallerTest, ExchangesStartsTheNewProgramAndEndsTheOldOne) {
+    writeFile(folder / "later/bin/kelo", "#!/bin/sh\n[ $# = 1 ] || echo 1.1 > $PLACE/started\n",
+              0755);
+    packTree(folder / "later", "kelo-1.1", folder / "kelo-1.1.tar.zst");
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t old = ::fork();
+    if (old == 0) {
+        ::close(ends[0]);
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::close(ends[1]);
+        const auto installer = installerFor(CopyOwner::user);
+        const bool prepared = outcomeOf(installer->prepare(verified("kelo-1.1.tar.zst"))).empty() &&
+                              outputOf(root / "bin/kelo") == "1.0\n";
+        const bool installed = outcomeOf(installer->installAndRelaunch()).empty();
+        std::_Exit(prepared && installed && terminations == 1 ? 0 : 1);
+    }
+    ::close(ends[1]);
+    // Ends when the new program, which holds the other end, has ended.
+    char end = 0;
+    while (::read(ends[0], &end, 1) > 0) {
+    }
+    ::close(ends[0]);
+    int status = -1;
+    ::waitpid(old, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(readFile(folder / "started"), "1.1\n");
+    EXPECT_EQ(readFile(root / "share/kelo/Info.plist"), information("1.1"));
+}
+
+TEST_F(SystemInstallerTest, OpensTheVerifiedPackageAndGoesOn) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "no system for such packages";
+    writeFile(opener, "#!/bin/sh\ncat \"$1\" > '" + (folder / "opened").string() + "'\n", 0755);
+    const auto installer = installerFor(CopyOwner::packageManager);
+    EXPECT_EQ(outcomeOf(installer->prepare(verified("kelo-1.1.deb"))), "");
+    EXPECT_FALSE(fs::exists(folder / "opened"));
+    EXPECT_EQ(outcomeOf(installer->installAndRelaunch()), "");
+    EXPECT_EQ(readFile(folder / "opened"), "a package");
+    EXPECT_EQ(terminations, 0);
+}
+
+TEST_F(SystemInstallerTest, SaysWhereThePackageIsWhenNothingOpensIt) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "no system for such packages";
+    for (const auto* script : {"", "#!/bin/sh\nexit 3\n"}) {
+        if (*script)
+            writeFile(opener, script, 0755);
+        const auto installer = installerFor(CopyOwner::packageManager);
+        EXPECT_EQ(outcomeOf(installer->prepare(verified("kelo-1.1.deb"))), "");
+        EXPECT_THAT(outcomeOf(installer->installAndRelaunch()), HasSubstr("kelo-1.1.deb"));
+    }
+}
+
+TEST_F(SystemInstallerTest, NeverOpensAPackageThatWasExchangedAfterItWasVerified) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "no system for such packages";
+    writeFile(opener, "#!/bin/sh\ntouch '" + (folder / "opened").string() + "'\n", 0755);
+    const auto installer = installerFor(CopyOwner::packageManager);
+    auto archive = verified("kelo-1.1.deb");
+    const fs::path package = archive.folder() / archive.fileName();
+    EXPECT_EQ(outcomeOf(installer->prepare(std::move(archive))), "");
+    fs::remove(package);
+    writeFile(package, "another one");
+    EXPECT_THAT(outcomeOf(installer->installAndRelaunch()), HasSubstr("changed after"));
+    EXPECT_FALSE(fs::exists(folder / "opened"));
+}
+
+} // namespace kelo::tests
