@@ -1,0 +1,143 @@
+#include "updater/Signature.h"
+
+#include "unit/updater/Publisher.h"
+#include "unit/updater/TemporaryFolder.h"
+#include "updater/Base64.h"
+#include "updater/FileDescriptor.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+namespace kelo::test {
+
+using platform::bytesOf;
+using updater::decodeBase64;
+using updater::FileDescriptor;
+using updater::parsePublicKey;
+using updater::parseSignature;
+using updater::verifies;
+using updater::verifiesFile;
+
+namespace {
+
+// Made by somebody else's tools.
+const std::string publishedText = "Hello World!\n";
+const std::string publishedKey = "rhHib+w769W2/6/t+oM1ZxgjBB93BfBKMLO0Qo1etQs=";
+const std::string publishedSignature = "EIawm2YkDZ2gBfkEMF2+1VuuTeXnCGZOdnMdVgPPvDZioq7bvDayXqKkII"
+                                       "zSjKMmeFdcFJOHdnba5ZV60+gPBw==";
+
+class SignatureOfFile : public testing::Test {
+protected:
+    FileDescriptor fileWith(const std::string& text) {
+        const auto path = folder.path / "archive";
+        std::ofstream(path, std::ios::binary) << text;
+        return FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    bool holds(const std::string& text, std::uint64_t size) {
+        const FileDescriptor file = fileWith(text);
+        return verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
+                            file.get(), size);
+    }
+    TemporaryFolder folder;
+};
+
+} // namespace
+
+TEST(Signature, PublishedOneHolds) {
+    EXPECT_TRUE(verifies(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
+                         bytesOf(publishedText)));
+}
+
+TEST(Signature, OfOneOtherBitDoesNotHold) {
+    const auto key = *parsePublicKey(publishedKey);
+    const auto signature = *parseSignature(publishedSignature);
+    for (std::size_t i = 0; i < publishedText.size(); ++i) {
+        auto bytes = bytesOf(publishedText);
+        bytes[i] ^= 1;
+        EXPECT_FALSE(verifies(key, signature, bytes)) << i;
+    }
+    for (std::size_t i = 0; i < signature.size(); ++i) {
+        auto wrong = signature;
+        wrong[i] ^= 1;
+        EXPECT_FALSE(verifies(key, wrong, bytesOf(publishedText))) << i;
+    }
+}
+
+TEST(Signature, OfSomebodyElseDoesNotHold) {
+    const Publisher other;
+    EXPECT_TRUE(verifies(*parsePublicKey(other.publicKey()), *parseSignature(other.sign("abc")),
+                         bytesOf("abc")));
+    EXPECT_FALSE(verifies(*parsePublicKey(publishedKey), *parseSignature(other.sign("abc")),
+                          bytesOf("abc")));
+}
+
+TEST(Signature, BlanksAroundItAreNoMatter) {
+    EXPECT_EQ(parseSignature("\n  " + publishedSignature + " \r\n\t"),
+              parseSignature(publishedSignature));
+    EXPECT_EQ(parsePublicKey(" " + publishedKey + "\n"), parsePublicKey(publishedKey));
+}
+
+TEST(Signature, OfWrongLengthIsNone) {
+    EXPECT_FALSE(parseSignature(publishedKey));
+    EXPECT_FALSE(parsePublicKey(publishedSignature));
+    EXPECT_FALSE(parseSignature(""));
+    EXPECT_FALSE(parsePublicKey(""));
+    EXPECT_FALSE(parseSignature(publishedSignature.substr(0, 84)));
+}
+
+TEST(Signature, ThatIsNoBase64IsNone) {
+    std::string inside = publishedSignature;
+    inside.insert(10, "\n");
+    EXPECT_FALSE(parseSignature(inside));
+    std::string other = publishedSignature;
+    other[3] = '-';
+    EXPECT_FALSE(parseSignature(other));
+}
+
+TEST_F(SignatureOfFile, Holds) {
+    EXPECT_TRUE(holds(publishedText, publishedText.size()));
+}
+
+TEST_F(SignatureOfFile, IsReadFromTheBeginningWhateverTheOffset) {
+    const FileDescriptor file = fileWith(publishedText);
+    lseek(file.get(), 5, SEEK_SET);
+    EXPECT_TRUE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
+                             file.get(), publishedText.size()));
+}
+
+TEST_F(SignatureOfFile, ThatIsLongerOrShorterDoesNotHold) {
+    EXPECT_FALSE(holds(publishedText + "x", publishedText.size()));
+    EXPECT_FALSE(holds(publishedText, publishedText.size() + 1));
+    EXPECT_FALSE(holds(publishedText, publishedText.size() - 1));
+    EXPECT_FALSE(holds("", publishedText.size()));
+}
+
+TEST_F(SignatureOfFile, ThatCannotBeReadDoesNotHold) {
+    const FileDescriptor writeOnly(
+        open((folder.path / "new").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    EXPECT_FALSE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
+                              writeOnly.get(), publishedText.size()));
+    EXPECT_FALSE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
+                              -1, publishedText.size()));
+}
+
+TEST(Base64, KnownTextsDecode) {
+    EXPECT_EQ(decodeBase64(""), bytesOf(""));
+    EXPECT_EQ(decodeBase64("Zg=="), bytesOf("f"));
+    EXPECT_EQ(decodeBase64("Zm8="), bytesOf("fo"));
+    EXPECT_EQ(decodeBase64("Zm9v"), bytesOf("foo"));
+    EXPECT_EQ(decodeBase64("Zm9vYmFy"), bytesOf("foobar"));
+    EXPECT_EQ(decodeBase64("+/+/"), (platform::Bytes{0xfb, 0xff, 0xbf}));
+}
+
+TEST(Base64, WhatNoEncoderWritesIsRefused) {
+    for (const char* text : {"Zg", "Zg=", "Z===", "====", "=", "Zg==Zg==", "Zh==", "Zm9=", "Zm 9v",
+                             "Zm9v\nZm9v", "Zm-v", "Zm_v", "Zg==="})
+        EXPECT_FALSE(decodeBase64(text)) << text;
+}
+
+} // namespace kelo::test
