@@ -1,0 +1,55 @@
+#pragma once
+
+#include "screen/Picture.h"
+#include "screen/Pointer.h"
+#include "screen/Windows.h"
+#include "screen/XConnection.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::tests {
+
+struct Area {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+    screen::Point middle() const { return {x + width / 2, y + height / 2}; }
+};
+
+/// A screen with a tray on it, looked at and clicked as a person does.
+class HostScreen {
+public:
+    /// Throws after a generous deadline.
+    void until(const std::string& what, const std::function<bool()>& condition) const;
+    /// Returns when the screen has stood still for a moment.
+    screen::Picture still() const;
+    /// Where the screen differs from an earlier picture of it; nothing when it does not.
+    std::optional<Area> changed(const screen::Picture& before) const;
+
+    /// The menu that has come up; waits for it, and until it is drawn.
+    Area menu() const;
+    bool hasMenu() const;
+    /// The lines of text in it, from above.
+    std::vector<Area> lines(const Area& menu) const;
+
+    bool hasWindow(const std::string& title) const;
+    void close(const std::string& title) const;
+
+    void save(const std::filesystem::path& file) const { screen::Picture(connection).save(file); }
+    /// Enlarged, so that an icon can be judged.
+    void save(const Area& area, const std::filesystem::path& file) const;
+
+    const screen::XConnection connection;
+    const screen::Windows windows{connection};
+    const screen::Pointer pointer{connection};
+
+private:
+    std::optional<Area> menuWindow() const;
+};
+
+} // namespace kelo::tests

@@ -1,0 +1,172 @@
+#include "component/tray/HostScreen.h"
+#include "e2e/rig/ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+/// The program's item in trays that people use, clicked with the mouse.
+namespace kelo::tests {
+namespace {
+
+namespace files = std::filesystem;
+constexpr std::chrono::seconds deadline{20};
+
+files::path home() {
+    return std::getenv("HOME");
+}
+
+void write(const files::path& file, const std::string& text) {
+    files::create_directories(file.parent_path());
+    std::ofstream(file) << text;
+}
+
+struct Host {
+    std::string name;
+    std::vector<std::string> command;
+    void (*configure)(bool dark);
+    /// What a click on the icon is: not every host opens the menu of an item by the left button.
+    unsigned menuButton;
+};
+
+void configureXfce(bool dark) {
+    write(home() / "config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml",
+          std::string(R"xml(<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array"><value type="int" value="1"/>
+    <property name="dark-mode" type="bool" value=")xml") +
+              (dark ? "true" : "false") + R"xml("/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=10;x=640;y=1009"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="size" type="uint" value="30"/>
+      <property name="plugin-ids" type="array"><value type="int" value="1"/></property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="systray"/>
+  </property>
+</channel>
+)xml");
+}
+
+void configureLxqt(bool dark) {
+    write(home() / "config/lxqt/lxqt.conf",
+          std::string("[General]\ntheme=") + (dark ? "dark" : "light") + "\n");
+    write(home() / "config/lxqt/panel.conf",
+          "panels=panel1\n\n[panel1]\nplugins=statusnotifier\nposition=Bottom\ndesktop=0\n"
+          "alignment=-1\nwidth=100\nwidth-percent=true\nlockPanel=true\n\n"
+          "[statusnotifier]\ntype=statusnotifier\n");
+}
+
+const Host xfce{"xfce4-panel",
+                {"/usr/bin/xfce4-panel", "--disable-wm-check", "--sm-client-disable"},
+                configureXfce,
+                1};
+const Host lxqt{"lxqt-panel", {"/usr/bin/lxqt-panel"}, configureLxqt, 3};
+
+class TrayHost : public testing::TestWithParam<Host> {
+protected:
+    void SetUp() override {
+        if (access(GetParam().command.front().c_str(), X_OK) != 0)
+            GTEST_SKIP() << GetParam().name << " is not installed";
+    }
+
+    std::unique_ptr<rig::ChildProcess> startHost(bool dark = false) {
+        GetParam().configure(dark);
+        auto host = std::make_unique<rig::ChildProcess>(
+            GetParam().command,
+            std::map<std::string, std::string>{{"GDK_BACKEND", "x11"}, {"QT_QPA_PLATFORM", "xcb"}},
+            home() / "host.log");
+        screen.until("the tray's panel is there", [&] {
+            return screen::Picture(screen.connection)
+                .isDrawn(0, screen.connection.height() - 40, screen.connection.width(), 40);
+        });
+        return host;
+    }
+    std::unique_ptr<rig::ChildProcess> startProgram() {
+        files::remove(home() / "program.log");
+        auto program = std::make_unique<rig::ChildProcess>(
+            std::vector<std::string>{KELO_TRAY_PROGRAM, "--nothing"},
+            std::map<std::string, std::string>{}, home() / "program.log");
+        EXPECT_TRUE(program->awaitPrinted("started", deadline));
+        return program;
+    }
+    Area awaitIcon(const screen::Picture& before) {
+        screen.until("the icon is in the tray", [&] { return screen.changed(before).has_value(); });
+        screen.still();
+        return screen.changed(before).value();
+    }
+    void choose(const Area& icon, std::size_t line) {
+        screen.pointer.click(icon.middle(), GetParam().menuButton);
+        const auto menu = screen.menu();
+        if (line == 0) {
+            screen.still();
+            screen.save(menu, picture("menu"));
+        }
+        screen.pointer.click(screen.lines(menu).at(line).middle());
+        screen.until("the menu is gone", [&] { return !screen.hasMenu(); });
+    }
+    files::path picture(const std::string& what) const {
+        return files::path(KELO_TRAY_PICTURES) / (GetParam().name + "-" + what + ".png");
+    }
+
+    HostScreen screen;
+};
+
+TEST_P(TrayHost, ShowsTheIconAndEachEntryDoesItsWork) {
+    const auto host = startHost();
+    const auto before = screen.still();
+    const auto program = startProgram();
+    const auto icon = awaitIcon(before);
+    EXPECT_LE(icon.width, 48);
+    EXPECT_GE(icon.width, 12);
+    screen.save(icon, picture("light"));
+
+    choose(icon, 0);
+    EXPECT_TRUE(program->awaitPrinted("open\nappeared\n", deadline));
+    screen.until("the main window is open", [&] { return screen.hasWindow("Kelo"); });
+    screen.still();
+    screen.save(picture("open"));
+    screen.close("Kelo");
+    choose(icon, 1);
+    EXPECT_TRUE(program->awaitPrinted("check\n", deadline));
+    choose(icon, 2);
+    screen.until("the settings are open", [&] { return screen.hasWindow("Settings"); });
+    screen.close("Settings");
+    choose(icon, 3);
+    EXPECT_TRUE(program->awaitPrinted("quit\n", deadline));
+    EXPECT_EQ(program->awaitExit(deadline), 0);
+    EXPECT_TRUE(host->isRunning());
+}
+
+TEST_P(TrayHost, HasTheItemBackAfterARestart) {
+    auto host = startHost();
+    const auto before = screen.still();
+    const auto program = startProgram();
+    const auto icon = awaitIcon(before);
+    host.reset();
+    screen.until("the panel is gone", [&] {
+        return !screen::Picture(screen.connection)
+                    .isDrawn(0, screen.connection.height() - 40, screen.connection.width(), 40);
+    });
+    host = startHost(true);
+    screen.until("the icon is back", [&] {
+        return screen::Picture(screen.connection).isDrawn(icon.x, icon.y, icon.width, icon.height);
+    });
+    screen.still();
+    screen.save(icon, picture("dark"));
+    choose(icon, 3);
+    EXPECT_EQ(program->awaitExit(deadline), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, TrayHost, testing::Values(xfce, lxqt),
+                         [](const auto& tested) { return tested.param.name.substr(0, 4); });
+
+} // namespace
+} // namespace kelo::tests
