@@ -100,6 +100,26 @@ TEST_F(Dispatch, KeysThatNobodyToldOfBeforeTheKeyboardCameToUsAreNoNewPress) {
     EXPECT_EQ(told, (Changes{{false, chord}}));
 }
 
+TEST_F(Dispatch, AShortcutThatBroughtOurWindowUpIsNoPressInIt) {
+    two.sawEverywhere(chord); // the desktop's shortcut is pressed and let go of
+    two.sawEverywhere(0);
+    two.sawInOwnWindows(chord); // its modifiers are held a moment longer
+    focus.ours = true;
+    two.focusMoved();
+    two.sawInOwnWindows(0);
+    EXPECT_EQ(told, (Changes{{true, chord}, {true, 0}}));
+}
+
+TEST_F(Dispatch, AShortcutPressedInOurWindowIsWhatOurWindowSees) {
+    focus.ours = true;
+    two.focusMoved();
+    two.sawInOwnWindows(chord);
+    two.sawEverywhere(chord);
+    two.sawEverywhere(0);
+    two.sawInOwnWindows(0);
+    EXPECT_EQ(told, (Changes{{false, chord}, {false, 0}}));
+}
+
 TEST_F(Dispatch, WhatIsHeldWhenTheKeyboardLeavesUsIsTheOtherSourcesBusiness) {
     focus.ours = true;
     two.sawInOwnWindows(chord);

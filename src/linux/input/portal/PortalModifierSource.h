@@ -20,11 +20,9 @@ public:
     std::string name() const override { return "portal"; }
     /// Starts no portal. Waits for the running one's answer, 2 s at most.
     Availability availability() const override;
-    /// The desktop watches for the shortcut whoever has the focus, so what opened the widget closes
-    /// it as well. What our own windows see of the same keys must not be counted beside it: Ctrl
-    /// and Alt are down before and after the shortcut is, so that one press would look like two, or
-    /// like a hold.
-    bool coversOwnWindows() const override { return true; }
+    /// In our own windows the bare chord is to work, too, which the portal cannot offer. What it
+    /// tells meanwhile is not counted beside it.
+    bool coversOwnWindows() const override { return false; }
     /// False when there is no bus. Goes on in the background: asks the portal for the shortcut when
     /// it is there and anew whenever it is restarted, and once more when it ends the shortcut.
     bool start(Handler handler) override;
