@@ -1,0 +1,139 @@
+#include "updater/NotesReader.h"
+
+#include <gtest/gtest.h>
+
+namespace kelo::test {
+
+using updater::NotesFormat;
+using updater::notesFormatOf;
+using updater::Paragraph;
+using updater::ParagraphKind;
+using updater::readReleaseNotes;
+using updater::ReleaseNotes;
+using updater::TextRun;
+
+namespace {
+
+ReleaseNotes html(std::string_view text) {
+    return readReleaseNotes(text, NotesFormat::html);
+}
+ReleaseNotes markdown(std::string_view text) {
+    return readReleaseNotes(text, NotesFormat::markdown);
+}
+ReleaseNotes plain(std::string_view text) {
+    return readReleaseNotes(text, NotesFormat::plainText);
+}
+
+Paragraph body(std::string text) {
+    return {ParagraphKind::body, {TextRun{std::move(text)}}};
+}
+Paragraph heading(std::string text) {
+    return {ParagraphKind::heading, {TextRun{std::move(text)}}};
+}
+Paragraph item(std::string text) {
+    return {ParagraphKind::listItem, {TextRun{std::move(text)}}};
+}
+
+} // namespace
+
+TEST(ReleaseNotes, HtmlKeepsItsSimpleFormatting) {
+    EXPECT_EQ(html("<h2>News</h2><p>One <b>bold</b> and <em>leaning</em>,\n  <code>code</code>.</p>"
+                   "<ul><li>first</li><li>second</li></ul>tail"),
+              (ReleaseNotes{heading("News"),
+                            {ParagraphKind::body,
+                             {{"One ", false, false, false},
+                              {"bold ", true, false, false},
+                              {"and ", false, false, false},
+                              {"leaning", false, true, false},
+                              {", ", false, false, false},
+                              {"code", false, false, true},
+                              {".", false, false, false}}},
+                            item("first"),
+                            item("second"),
+                            body("tail")}));
+}
+
+TEST(ReleaseNotes, HtmlLosesEverythingThatIsNoText) {
+    EXPECT_EQ(html("<html><head><title>t</title><style>p{}</style></head><body>"
+                   "<script>alert(1)</script><p onclick=\"x()\">Hello<img src=\"https://e.com/i\">"
+                   "<a href=\"javascript:y()\"> you</a></p><iframe src=\"/x\">z</iframe>"
+                   "<!-- secret --></body></html>"),
+              ReleaseNotes{body("Hello you")});
+}
+
+TEST(ReleaseNotes, HtmlEntitiesAreCharacters) {
+    EXPECT_EQ(html("Fish &amp; chips &lt;now&gt; &eacute; &#8364;"),
+              ReleaseNotes{body("Fish & chips <now> é €")});
+}
+
+TEST(ReleaseNotes, BrokenHtmlIsReadAsFarAsItGoes) {
+    EXPECT_EQ(html("<p>one<p>two<b>").size(), 2u);
+    EXPECT_EQ(html("<<<>>>&&& \xff\xfe").size() <= 1, true);
+    EXPECT_TRUE(html("").empty());
+    EXPECT_TRUE(html("<p></p><br><ul><li> </li></ul>").empty());
+}
+
+TEST(ReleaseNotes, DeeplyNestedHtmlDoesNotExhaustTheStack) {
+    std::string text;
+    for (int i = 0; i < 200000; ++i)
+        text += "<b>";
+    EXPECT_NO_FATAL_FAILURE(html(text + "x"));
+}
+
+TEST(ReleaseNotes, MarkdownKeepsItsSimpleFormatting) {
+    EXPECT_EQ(markdown("# News #\nOne **bold** and *leaning*,\nstill `a*b`.\n\n- first\n* second\n"
+                       "12. third\n\nSee [the page](https://e.com/)."),
+              (ReleaseNotes{heading("News"),
+                            {ParagraphKind::body,
+                             {{"One ", false, false, false},
+                              {"bold ", true, false, false},
+                              {"and ", false, false, false},
+                              {"leaning", false, true, false},
+                              {", still ", false, false, false},
+                              {"a*b", false, false, true},
+                              {".", false, false, false}}},
+                            item("first"),
+                            item("second"),
+                            item("third"),
+                            body("See the page.")}));
+}
+
+TEST(ReleaseNotes, MarkdownWithoutAnEndStaysAsItIs) {
+    EXPECT_EQ(markdown("2 * 3 = 6 and **half"), ReleaseNotes{body("2 * 3 = 6 and **half")});
+    EXPECT_EQ(markdown("[no link] [a](b"), ReleaseNotes{body("[no link] [a](b")});
+    EXPECT_EQ(markdown("#hash snake_case_name"), ReleaseNotes{body("#hash snake_case_name")});
+}
+
+TEST(ReleaseNotes, PlainTextIsTakenByTheLine) {
+    EXPECT_EQ(plain("One <b>\r\n\r\n  two\tthree\n"),
+              (ReleaseNotes{body("One <b>"), body("two three")}));
+}
+
+TEST(ReleaseNotes, TextThatIsNoUtf8GivesNone) {
+    EXPECT_TRUE(plain("caf\xe9").empty());
+    EXPECT_TRUE(markdown("caf\xe9").empty());
+}
+
+TEST(ReleaseNotes, ControlCharactersAreLeftOut) {
+    EXPECT_EQ(plain(std::string("a\x1b[31mb\x07\0c", 10)), ReleaseNotes{body("a[31mbc")});
+}
+
+TEST(ReleaseNotes, VeryLongNotesAreCut) {
+    std::string text;
+    for (int i = 0; i < 100000; ++i)
+        text += "é";
+    const ReleaseNotes notes = plain(text);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_LT(notes[0].runs[0].text.size(), 70000u);
+    EXPECT_TRUE(notes[0].runs[0].text.ends_with("é…"));
+}
+
+TEST(ReleaseNotes, FormatIsThatOfTheFileName) {
+    const auto of = [](const char* url) { return notesFormatOf(*platform::Url::parse(url)); };
+    EXPECT_EQ(of("https://e.com/1.1.md"), NotesFormat::markdown);
+    EXPECT_EQ(of("https://e.com/1.1.txt?x=.md"), NotesFormat::plainText);
+    EXPECT_EQ(of("https://e.com/1.1.html"), NotesFormat::html);
+    EXPECT_EQ(of("https://e.com/"), NotesFormat::html);
+}
+
+} // namespace kelo::test
