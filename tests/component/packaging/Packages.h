@@ -1,0 +1,37 @@
+#pragma once
+
+#include "component/installer/Trees.h"
+
+#include <filesystem>
+#include <string>
+
+namespace kelo::tests {
+
+struct Outcome {
+    int status = -1;
+    std::string output; ///< errors included
+};
+
+/// Runs a shell command without a display, a session bus or an update key in its environment.
+Outcome runCommand(const std::string& command);
+
+/// Both packages of this build tree, made once for all tests of the process.
+class Packages {
+public:
+    static const Packages& ofThisBuild();
+
+    std::filesystem::path package() const;
+    std::filesystem::path archive() const;
+    /// The archive's content, unpacked below a home of its own.
+    std::filesystem::path tree() const { return folder / ("home/" + name); }
+    const std::string& log() const { return log_; }
+
+private:
+    Packages();
+
+    TemporaryFolder folder;
+    std::string name;
+    std::string log_;
+};
+
+} // namespace kelo::tests

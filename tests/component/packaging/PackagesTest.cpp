@@ -1,0 +1,109 @@
+#include "component/packaging/Packages.h"
+
+#include "bundle/InformationFile.h"
+#include "updater/install/InstalledCopy.h"
+
+#include <gmock/gmock.h>
+
+namespace kelo::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+std::string quoted(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+} // namespace
+
+TEST(Packages, AreBothMadeAndNothingIsInstalledOnTheWay) {
+    const bool installedBefore = fs::exists("/etc/pam.d/kelo");
+    const auto& packages = Packages::ofThisBuild();
+    EXPECT_TRUE(fs::is_regular_file(packages.package())) << packages.log();
+    EXPECT_TRUE(fs::is_regular_file(packages.archive())) << packages.log();
+    EXPECT_EQ(fs::exists("/etc/pam.d/kelo"), installedBefore);
+}
+
+TEST(DebianPackage, HasNoErrorsThatLintianKnows) {
+    if (runCommand("command -v lintian").status != 0)
+        GTEST_SKIP() << "there is no lintian";
+    const auto checked =
+        runCommand("lintian --fail-on error " + quoted(Packages::ofThisBuild().package()));
+    EXPECT_EQ(checked.status, 0) << checked.output;
+    EXPECT_THAT(checked.output, AllOf(Not(testing::StartsWith("E:")), Not(HasSubstr("\nE:"))));
+}
+
+TEST(DebianPackage, HoldsEverythingInItsPlace) {
+    const auto listed = runCommand("dpkg-deb -c " + quoted(Packages::ofThisBuild().package()));
+    for (const auto* path :
+         {"./usr/bin/kelo\n", "./usr/bin/kelo-appcast\n", "./usr/libexec/kelo/kelo-verify-user\n",
+          "./usr/share/kelo/Info.plist\n", "./etc/pam.d/kelo\n", "./usr/share/man/man1/kelo.1.gz\n",
+          "./usr/share/man/man1/kelo-appcast.1.gz\n", "./usr/share/doc/kelo/copyright\n",
+          "./usr/share/doc/kelo/changelog.gz\n", "./usr/share/applications/app.kelo.Kelo.desktop\n",
+          "./usr/share/metainfo/app.kelo.Kelo.metainfo.xml\n",
+          "./usr/share/icons/hicolor/scalable/apps/app.kelo.Kelo.svg\n"})
+        EXPECT_THAT(listed.output, HasSubstr(path));
+    EXPECT_THAT(listed.output, Not(HasSubstr(updater::treeListPath)));
+    EXPECT_THAT(listed.output, Not(HasSubstr("rws")));
+}
+
+TEST(DebianPackage, DependsAlsoOnWhatNoLinkShows) {
+    const auto depends =
+        runCommand("dpkg-deb -f " + quoted(Packages::ofThisBuild().package()) + " Depends");
+    for (const auto* package : {"libgtkmm-4.0", "libwebkitgtk-6.0", "libpam0g", "libplist3",
+                                "libarchive13", "libxml2", "bubblewrap", "xdg-dbus-proxy",
+                                "glib-networking", "gstreamer1.0-pulseaudio", "dbus-session-bus"})
+        EXPECT_THAT(depends.output, HasSubstr(package));
+}
+
+TEST(DebianPackage, LeavesTheUsersOwnPamServiceAlone) {
+    const auto files =
+        runCommand("dpkg-deb -I " + quoted(Packages::ofThisBuild().package()) + " conffiles");
+    EXPECT_EQ(files.output, "/etc/pam.d/kelo\n");
+}
+
+TEST(Tree, HasOneTopFolderAndBelongsToNobody) {
+    const auto listed = runCommand("tar -tvf " + quoted(Packages::ofThisBuild().archive()) +
+                                   " --numeric-owner | grep -v ' kelo-" KELO_PACKAGE_VERSION "/'");
+    EXPECT_EQ(listed.output, "");
+}
+
+TEST(Tree, ListsExactlyItsFiles) {
+    const auto& tree = Packages::ofThisBuild().tree();
+    std::string list;
+    for (const auto& [path, content] : contentsOf(tree))
+        list += path + "\n";
+    EXPECT_EQ(readFile(tree / updater::treeListPath), list);
+}
+
+TEST(Tree, IsTheUsersToReplaceWhereverItWasUnpackedInTheirHome) {
+    const auto& tree = Packages::ofThisBuild().tree();
+    EXPECT_EQ(updater::findInstalledCopy(tree / "bin/kelo", tree.parent_path()).owner,
+              updater::CopyOwner::user);
+}
+
+TEST(Tree, NamesTheVersionThatWasBuilt) {
+    const auto information =
+        bundle::readInformationFile(Packages::ofThisBuild().tree() / "share/kelo/Info.plist");
+    ASSERT_TRUE(information);
+    EXPECT_EQ(bundle::informationText(*information, "CFBundleShortVersionString"),
+              KELO_PACKAGE_VERSION);
+}
+
+TEST(Tree, RunsFromWhereItWasUnpacked) {
+    const auto& tree = Packages::ofThisBuild().tree();
+    const std::string home = "HOME=" + quoted(tree.parent_path()) + " ";
+    const auto help = runCommand(home + quoted(tree / "bin/kelo") + " --help");
+    EXPECT_EQ(help.status, 0) << help.output;
+    EXPECT_THAT(help.output, HasSubstr("--hotkey-status"));
+    const auto keys = runCommand(home + quoted(tree / "bin/kelo") + " --hotkey-status");
+    EXPECT_EQ(keys.status, 0) << keys.output;
+    const auto tool = runCommand(quoted(tree / "bin/kelo-appcast") + " --help");
+    EXPECT_EQ(tool.status, 0) << tool.output;
+}
+
+} // namespace kelo::tests

@@ -1,0 +1,178 @@
+#include "component/packaging/Packages.h"
+
+#include "bundle/InformationFile.h"
+#include "updater/Appcast.h"
+#include "updater/Signature.h"
+#include "updater/install/InstallRecovery.h"
+#include "updater/install/InstalledCopy.h"
+#include "updater/install/TreeInstaller.h"
+
+#include <gmock/gmock.h>
+
+namespace kelo::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+std::string quoted(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+/// The recipe of docs/RELEASING.md, followed with the packages of this build. A release of another
+/// version is the same tree under another number.
+class Release : public testing::Test {
+protected:
+    Release() {
+        EXPECT_EQ(runCommand("mkdir " + quoted(releases)).status, 0);
+        const auto made =
+            runCommand(quoted(tool) + " keygen --key " + quoted(key) + " 2>/dev/null");
+        EXPECT_EQ(made.status, 0);
+        publicKey = made.output.substr(0, made.output.find('\n'));
+    }
+
+    void stamp(const fs::path& tree, const std::string& version, const std::string& build) const {
+        fs::create_directories(tree.parent_path());
+        fs::copy(Packages::ofThisBuild().tree(), tree, fs::copy_options::recursive);
+        writeFile(tree / "share/kelo/Info.plist",
+                  "<plist version=\"1.0\"><dict><key>CFBundleShortVersionString</key><string>" +
+                      version + "</string><key>CFBundleVersion</key><string>" + build +
+                      "</string><key>SUFeedURL</key><string>https://kelo.example/get/appcast.xml"
+                      "</string><key>SUPublicEDKey</key><string>" +
+                      publicKey + "</string></dict></plist>");
+    }
+
+    void pack(const std::string& version, const std::string& build) const {
+        const std::string name = "kelo-" + version;
+        stamp(folder / ("build/" + name), version, build);
+        const auto packed = runCommand("tar --zstd -cf " + quoted(releases / (name + ".tar.zst")) +
+                                       " -C " + quoted(folder / "build") + " " + name);
+        EXPECT_EQ(packed.status, 0) << packed.output;
+    }
+
+    Outcome generate() const {
+        return runCommand(quoted(tool) + " generate --key " + quoted(key) + " " + quoted(releases));
+    }
+
+    Outcome verify(const std::string& fileName) const {
+        return runCommand(quoted(tool) + " verify --public-key " + publicKey + " " + quoted(feed) +
+                          " " + quoted(releases / fileName));
+    }
+
+    updater::AppcastItem newestItem() const {
+        return updater::parseAppcast(platform::bytesOf(readFile(feed))).items.at(0);
+    }
+
+    fs::path tool = Packages::ofThisBuild().tree() / "bin/kelo-appcast";
+    TemporaryFolder folder;
+    fs::path releases = folder / "releases";
+    fs::path feed = releases / "appcast.xml";
+    fs::path key = folder / "signing.key";
+    std::string publicKey;
+};
+
+} // namespace
+
+TEST_F(Release, GoesFromAKeyToAnInstalledUpdate) {
+    const fs::path home = folder / "home";
+    const fs::path installed = home / "Kelo";
+    stamp(installed, "1.0", "10");
+    pack("1.0", "10");
+    pack("1.1", "11");
+    writeFile(releases / "kelo-1.1.md", "# What is new\n\n- Everything");
+    const auto generated = generate();
+    ASSERT_EQ(generated.status, 0) << generated.output;
+    for (const auto* name : {"kelo-1.0.tar.zst", "kelo-1.1.tar.zst"})
+        EXPECT_EQ(verify(name).status, 0);
+
+    const auto item = newestItem();
+    EXPECT_EQ(item.version, "11");
+    EXPECT_EQ(item.displayVersion(), "1.1");
+    EXPECT_EQ(item.descriptionFormat, updater::NotesFormat::markdown);
+    EXPECT_EQ(item.enclosure->url.absoluteString(), "https://kelo.example/get/kelo-1.1.tar.zst");
+    const auto archive = openForReading(releases / "kelo-1.1.tar.zst");
+    ASSERT_TRUE(updater::verifiesFile(*updater::parsePublicKey(publicKey),
+                                      *updater::parseSignature(*item.enclosure->signature),
+                                      archive.get(), *item.enclosure->length));
+
+    const auto copy = updater::findInstalledCopy(installed / "bin/kelo", home);
+    ASSERT_EQ(copy.owner, updater::CopyOwner::user);
+    {
+        updater::TreeInstaller installer(copy.root);
+        installer.stage(archive.get(), item.version);
+        installer.install();
+    }
+    const auto started =
+        runCommand("HOME=" + quoted(home) + " " + quoted(installed / "bin/kelo") + " --help");
+    EXPECT_EQ(started.status, 0) << started.output;
+    EXPECT_EQ(
+        bundle::informationText(*bundle::readInformationFile(installed / "share/kelo/Info.plist"),
+                                "CFBundleShortVersionString"),
+        "1.1");
+    updater::confirmInstalledTree(installed);
+    EXPECT_EQ(contentsOf(home), [&] {
+        Contents expected;
+        for (const auto& [path, content] : contentsOf(folder / "build/kelo-1.1"))
+            expected["Kelo/" + path] = content;
+        return expected;
+    }());
+}
+
+TEST_F(Release, OfBothPackagesPutsTheTreeFirst) {
+    pack("1.1", "11");
+    fs::copy_file(Packages::ofThisBuild().package(), releases / "kelo-1.1.deb");
+    const auto generated = runCommand(quoted(tool) + " generate --url https://kelo.example/get" +
+                                      " --key " + quoted(key) + " " + quoted(releases));
+    ASSERT_EQ(generated.status, 0) << generated.output;
+    EXPECT_EQ(verify("kelo-1.1.deb").status, 0);
+    EXPECT_EQ(verify("kelo-1.1.tar.zst").status, 0);
+    EXPECT_EQ(newestItem().enclosure->url.path(), "/get/kelo-1.1.tar.zst");
+    EXPECT_TRUE(newestItem().enclosure->system->starts_with("linux"));
+}
+
+TEST_F(Release, KeepsTheDateAndWhatWasAddedByHand) {
+    pack("1.1", "11");
+    ASSERT_EQ(generate().status, 0);
+    std::string text = readFile(feed);
+    const auto date = text.find("<pubDate>");
+    const std::string oldDate = "<pubDate>Mon, 02 Feb 2026 10:00:00 +0000</pubDate>";
+    text.replace(date, text.find("</pubDate>") + 10 - date,
+                 oldDate + "<sparkle:channel>beta</sparkle:channel>");
+    writeFile(feed, text);
+    pack("1.2", "12");
+    ASSERT_EQ(generate().status, 0);
+    const auto items = updater::parseAppcast(platform::bytesOf(readFile(feed))).items;
+    ASSERT_EQ(items.size(), 2U);
+    EXPECT_EQ(items[0].version, "12");
+    EXPECT_EQ(items[0].channel, "");
+    EXPECT_EQ(items[1].channel, "beta");
+    EXPECT_THAT(readFile(feed), HasSubstr(oldDate));
+}
+
+TEST_F(Release, ThatWasChangedAfterwardsDoesNotVerify) {
+    pack("1.1", "11");
+    ASSERT_EQ(generate().status, 0);
+    const fs::path archive = releases / "kelo-1.1.tar.zst";
+    std::string bytes = readFile(archive);
+    bytes[bytes.size() / 2] ^= 1;
+    writeFile(archive, bytes);
+    auto outcome = verify("kelo-1.1.tar.zst");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("does not hold"));
+    writeFile(archive, bytes + "x");
+    outcome = verify("kelo-1.1.tar.zst");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("the feed says"));
+}
+
+TEST_F(Release, BuiltForAnotherKeyIsNotPublished) {
+    publicKey = "rhHib+w769W2/6/t+oM1ZxgjBB93BfBKMLO0Qo1etQs=";
+    pack("1.1", "11");
+    const auto outcome = generate();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("built for another key"));
+    EXPECT_FALSE(fs::exists(feed));
+}
+
+} // namespace kelo::tests
