@@ -14,9 +14,9 @@ namespace kelo::desktop {
 namespace {
 
 // A dark desktop has a dark panel. One that is light, or does not say, may have either: the gray
-// stands out from black and from white by the same 3.5 to 1 and more.
+// stands out from the usual light and dark grays of panels by 3 to 1, from white and black by more.
 constexpr std::uint32_t onDark = 0xf2f2f2;
-constexpr std::uint32_t onAnything = 0x888888;
+constexpr std::uint32_t onAnything = 0x7f7f7f;
 
 } // namespace
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -70,6 +72,14 @@ const Host xfce{"xfce4-panel",
                 1};
 const Host lxqt{"lxqt-panel", {"/usr/bin/lxqt-panel"}, configureLxqt, 3};
 
+double luminance(std::uint32_t color) {
+    const auto linear = [color](int shift) {
+        const double value = static_cast<double>((color >> shift) & 0xff) / 255;
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(16) + 0.7152 * linear(8) + 0.0722 * linear(0);
+}
+
 class TrayHost : public testing::TestWithParam<Host> {
 protected:
     void SetUp() override {
@@ -81,7 +91,9 @@ protected:
         GetParam().configure(dark);
         auto host = std::make_unique<rig::ChildProcess>(
             GetParam().command,
-            std::map<std::string, std::string>{{"GDK_BACKEND", "x11"}, {"QT_QPA_PLATFORM", "xcb"}},
+            std::map<std::string, std::string>{{"GDK_BACKEND", "x11"},
+                                               {"QT_QPA_PLATFORM", "xcb"},
+                                               {"GTK_THEME", dark ? "Adwaita:dark" : "Adwaita"}},
             home() / "host.log");
         screen.until("the tray's panel is there", [&] {
             return screen::Picture(screen.connection)
@@ -101,6 +113,29 @@ protected:
         screen.until("the icon is in the tray", [&] { return screen.changed(before).has_value(); });
         screen.still();
         return screen.changed(before).value();
+    }
+    void restart(std::unique_ptr<rig::ChildProcess>& host, bool dark) {
+        host.reset();
+        screen.until("the panel is gone", [&] {
+            return !isDrawn({0, screen.connection.height() - 40, screen.connection.width(), 40});
+        });
+        host = startHost(dark);
+    }
+    bool isDrawn(const Area& area) const {
+        return screen::Picture(screen.connection).isDrawn(area.x, area.y, area.width, area.height);
+    }
+    /// Between the icon's strongest color and its ground, as accessibility guidelines count it.
+    double contrast(const Area& icon) const {
+        const screen::Picture picture(screen.connection);
+        const double ground = luminance(picture.color(icon.x, icon.y));
+        double best = 1;
+        for (int y = icon.y; y < icon.y + icon.height; ++y)
+            for (int x = icon.x; x < icon.x + icon.width; ++x) {
+                const double stroke = luminance(picture.color(x, y));
+                best = std::max(best, (std::max(stroke, ground) + 0.05) /
+                                          (std::min(stroke, ground) + 0.05));
+            }
+        return best;
     }
     void choose(const Area& icon, std::size_t line) {
         screen.pointer.click(icon.middle(), GetParam().menuButton);
@@ -150,19 +185,30 @@ TEST_P(TrayHost, HasTheItemBackAfterARestart) {
     const auto before = screen.still();
     const auto program = startProgram();
     const auto icon = awaitIcon(before);
-    host.reset();
-    screen.until("the panel is gone", [&] {
-        return !screen::Picture(screen.connection)
-                    .isDrawn(0, screen.connection.height() - 40, screen.connection.width(), 40);
-    });
-    host = startHost(true);
-    screen.until("the icon is back", [&] {
-        return screen::Picture(screen.connection).isDrawn(icon.x, icon.y, icon.width, icon.height);
-    });
+    restart(host, true);
+    screen.until("the icon is back", [&] { return isDrawn(icon); });
     screen.still();
     screen.save(icon, picture("dark"));
     choose(icon, 3);
     EXPECT_EQ(program->awaitExit(deadline), 0);
+}
+
+TEST_P(TrayHost, ShowsTheIconOfTheThemeOnLightAndDark) {
+    files::create_directories(home() / "data/icons");
+    files::copy(KELO_ICONS, home() / "data/icons/hicolor", files::copy_options::recursive);
+    auto host = startHost();
+    const auto before = screen.still();
+    const auto program = startProgram();
+    const auto icon = awaitIcon(before);
+    screen.save(icon, picture("theme-light"));
+    EXPECT_GE(contrast(icon), 3);
+    restart(host, true);
+    screen.until("the icon is back", [&] { return isDrawn(icon); });
+    screen.still();
+    screen.save(icon, picture("theme-dark"));
+    EXPECT_GE(contrast(icon), 3);
+    program->end();
+    files::remove_all(home() / "data/icons");
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, TrayHost, testing::Values(xfce, lxqt),
