@@ -58,10 +58,11 @@ SigningKey SigningKey::generate() {
 SigningKey SigningKey::load(const std::filesystem::path& path) {
     checkPermissions(path);
     const MappedFile file(path);
+    // None for an empty file.
     const BioPointer memory(
         BIO_new_mem_buf(file.bytes().data(), static_cast<int>(file.bytes().size())));
-    require(memory != nullptr);
-    SigningKey loaded(PEM_read_bio_PrivateKey(memory.get(), nullptr, noPassword, nullptr));
+    SigningKey loaded(memory ? PEM_read_bio_PrivateKey(memory.get(), nullptr, noPassword, nullptr)
+                             : nullptr);
     if (!loaded.key || EVP_PKEY_get_id(loaded.key.get()) != EVP_PKEY_ED25519)
         throw Failure("\"" + path.string() +
                       "\" is no signing key. Name the file that kelo-appcast keygen made.");

@@ -1,0 +1,75 @@
+#include "publisher/Package.h"
+#include "component/installer/Trees.h"
+#include "publisher/Failure.h"
+
+#include <gmock/gmock.h>
+
+namespace kelo::publisher {
+
+namespace {
+
+using testing::HasSubstr;
+using tests::information;
+using tests::TarEntry;
+using tests::TemporaryFolder;
+
+std::string programFor(char machine) {
+    std::string program = "\177ELF" + std::string(60, '\0');
+    program[18] = machine;
+    return program;
+}
+
+void expectRefused(const std::filesystem::path& path, const std::string& because) {
+    try {
+        readPackage(path);
+        FAIL() << "it was taken";
+    } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr(because));
+    }
+}
+
+} // namespace
+
+TEST(Package, TellsItsVersionAndItsProcessor) {
+    const TemporaryFolder folder;
+    for (const auto& [machine, system] :
+         {std::pair{'\x3e', "linux-x86_64"}, std::pair{'\xb7', "linux-aarch64"},
+          std::pair{'\x08', "linux"}}) {
+        tests::writeArchive(
+            folder / "kelo.tar.zst",
+            {{.path = "kelo-1.1/bin/kelo", .content = programFor(machine)},
+             {.path = "kelo-1.1/share/kelo/Info.plist", .content = information("1.1")}});
+        const auto package = readPackage(folder / "kelo.tar.zst");
+        EXPECT_EQ(package.version, "1.1");
+        EXPECT_EQ(package.shortVersion, "1.1");
+        EXPECT_EQ(package.system, system);
+    }
+}
+
+TEST(Package, IsToldByItsName) {
+    EXPECT_TRUE(isPackageName("folder/kelo-1.1.tar.zst"));
+    EXPECT_TRUE(isPackageName("kelo-1.1.deb"));
+    EXPECT_FALSE(isPackageName("kelo-1.1.md"));
+    EXPECT_FALSE(isPackageName(".kelo-1.1.deb"));
+    EXPECT_EQ(packageStem("folder/kelo-1.1.tar.zst"), "kelo-1.1");
+    EXPECT_EQ(packageStem("kelo-1.1.deb"), "kelo-1.1");
+}
+
+TEST(Package, ThatLacksAnythingIsRefusedByName) {
+    const TemporaryFolder folder;
+    const auto path = folder / "kelo.tar.gz";
+    tests::writeArchive(path, {{.path = "kelo-1.1/bin/kelo", .content = "x"}});
+    expectRefused(path, "lacks bin/kelo or share/kelo/Info.plist");
+    tests::writeArchive(path, {{.path = "kelo-1.1/bin/kelo", .content = "x"},
+                               {.path = "kelo-1.1/share/kelo/Info.plist", .content = "x"}});
+    expectRefused(path, "is damaged");
+    tests::writeArchive(path, {{.path = "kelo-1.1/bin/kelo", .content = "x"},
+                               {.path = "kelo-1.1/share/kelo/Info.plist",
+                                .content = "<plist version=\"1.0\"><dict/></plist>"}});
+    expectRefused(path, "CFBundleVersion");
+    tests::writeFile(path, "no archive");
+    expectRefused(path, "cannot be read as a package");
+    expectRefused(folder / "missing.deb", "cannot be read as a package");
+}
+
+} // namespace kelo::publisher

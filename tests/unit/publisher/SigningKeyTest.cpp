@@ -1,0 +1,96 @@
+#include "publisher/SigningKey.h"
+#include "component/installer/Trees.h"
+#include "publisher/Commands.h"
+#include "publisher/Failure.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+
+#include <sstream>
+
+namespace kelo::publisher {
+
+namespace {
+
+using testing::HasSubstr;
+using tests::TemporaryFolder;
+
+void expectRefused(const std::filesystem::path& path, const std::string& because) {
+    try {
+        SigningKey::load(path);
+        FAIL() << "it was taken";
+    } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr(because));
+    }
+}
+
+} // namespace
+
+TEST(SigningKey, SignsWhatItsPublicHalfVerifies) {
+    const TemporaryFolder folder;
+    SigningKey::generate().save(folder / "key");
+    const auto key = SigningKey::load(folder / "key");
+    const auto bytes = platform::bytesOf("an archive");
+    const auto publicKey = updater::parsePublicKey(base64(key.publicKey()));
+    const auto signature = updater::parseSignature(base64(key.sign(bytes)));
+    ASSERT_TRUE(publicKey && signature);
+    EXPECT_TRUE(updater::verifies(*publicKey, *signature, bytes));
+    EXPECT_FALSE(updater::verifies(*publicKey, *signature, platform::bytesOf("an Archive")));
+}
+
+TEST(SigningKey, IsItsOwnersAloneFromTheFirstByte) {
+    const TemporaryFolder folder;
+    ::umask(0);
+    SigningKey::generate().save(folder / "key");
+    ::umask(022);
+    struct stat status {};
+    ASSERT_EQ(::stat((folder / "key").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+}
+
+TEST(SigningKey, NeverTakesThePlaceOfAnother) {
+    const TemporaryFolder folder;
+    tests::writeFile(folder / "key", "the old key");
+    EXPECT_THROW(SigningKey::generate().save(folder / "key"), Failure);
+    EXPECT_EQ(tests::readFile(folder / "key"), "the old key");
+}
+
+TEST(SigningKey, ThatOthersCanReadIsNotUsed) {
+    const TemporaryFolder folder;
+    SigningKey::generate().save(folder / "key");
+    ::chmod((folder / "key").c_str(), 0640);
+    expectRefused(folder / "key", "Others can read");
+}
+
+TEST(SigningKey, ThatIsMissingOrNoneIsSaidPlainly) {
+    const TemporaryFolder folder;
+    expectRefused(folder / "key", "There is no key");
+    tests::writeFile(folder / "key", "no key", 0600);
+    expectRefused(folder / "key", "is no signing key");
+    tests::writeFile(folder / "key", "", 0600);
+    expectRefused(folder / "key", "is no signing key");
+}
+
+TEST(SigningKey, IsAskedForWhereNoneIsNamed) {
+    Arguments arguments;
+    arguments.command = Command::sign;
+    arguments.files = {"file"};
+    std::ostringstream output;
+    EXPECT_THROW(run(arguments, output, output), UsageError);
+}
+
+TEST(SigningKey, TheToolNeverPrintsThePrivateHalf) {
+    const TemporaryFolder folder;
+    Arguments arguments;
+    arguments.command = Command::keygen;
+    arguments.key = folder / "key";
+    std::ostringstream output;
+    std::ostringstream remarks;
+    run(arguments, output, remarks);
+    const std::string publicKey = base64(SigningKey::load(folder / "key").publicKey());
+    EXPECT_EQ(output.str(), publicKey + "\n");
+    EXPECT_THAT(remarks.str(), testing::Not(HasSubstr("PRIVATE")));
+}
+
+} // namespace kelo::publisher
