@@ -1,0 +1,162 @@
+#pragma once
+
+#include "component/http/LoopRig.h"
+#include "component/http/MisbehavingServer.h"
+#include "component/http/TestAuthority.h"
+#include "linux/glib/WorkerThread.h"
+#include "linux/update/SoupTransport.h"
+#include "unit/updater/FakeInstaller.h"
+#include "unit/updater/FakeUserDriver.h"
+#include "unit/updater/Feed.h"
+#include "unit/updater/Publisher.h"
+#include "unit/updater/TemporaryFolder.h"
+#include "updater/FileStateStore.h"
+#include "updater/Updater.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace kelo::test {
+
+struct WallClock final : platform::Clock {
+    std::chrono::system_clock::time_point now() const override {
+        return std::chrono::system_clock::now();
+    }
+};
+
+/// An updater of version 1.0 with real connections, a real worker and real files, a server that
+/// does as it is told, and a user who sees and answers.
+class UpdateRig : public testing::Test {
+protected:
+    UpdateRig()
+        : server(std::make_unique<MisbehavingServer>(
+              authority.issue(), [this](ServerConnection& connection) { serve(connection); })) {
+        publish(signedRelease("1.1"));
+        reply("/kelo.tar.zst", httpReply(archive));
+    }
+    ~UpdateRig() override {
+        made.reset();
+        server.reset();
+    }
+
+    /// The whole reply, from the status line on.
+    void reply(const std::string& path, std::string bytes) {
+        behave(path, [bytes = std::move(bytes)](ServerConnection& connection) {
+            connection.write(bytes);
+        });
+    }
+    void behave(const std::string& path, MisbehavingServer::Behaviour behaviour) {
+        const std::lock_guard lock(mutex);
+        behaviours[path] = std::move(behaviour);
+    }
+    void publish(const std::string& items) { reply("/appcast.xml", httpReply(feedOf(items))); }
+
+    std::string signedRelease(std::string_view version) const {
+        return releaseOf(version, archive, publisher.sign(archive));
+    }
+    std::string releaseOf(std::string_view version, const std::string& bytes,
+                          const std::string& signature) const {
+        return "<item><sparkle:version>" + std::string(version) +
+               "</sparkle:version><enclosure url=\"" + server->origin() +
+               "/kelo.tar.zst\" length=\"" + std::to_string(bytes.size()) +
+               "\" sparkle:edSignature=\"" + signature + "\"/></item>";
+    }
+
+    /// The user asks for a check, and sees everything up to a window with these words.
+    void checkUntil(const std::string& window) {
+        if (!made)
+            make();
+        made->checkForUpdates();
+        waitFor(window);
+    }
+    void waitFor(const std::string& window) {
+        ASSERT_TRUE(rig.runUntil([&] { return lastShown().starts_with(window); }))
+            << "last shown: " << lastShown() << " " << user.sentence;
+    }
+    void installUntil(const std::string& window) {
+        checkUntil("offer 1.0 -> 1.1");
+        ASSERT_TRUE(user.choice);
+        std::exchange(user.choice, std::nullopt)->resume(updater::UpdateChoice::install);
+        waitFor(window);
+    }
+    std::string lastShown() const { return user.shown.empty() ? "" : user.shown.back(); }
+
+    /// The worker may have the file in its hands for a moment more.
+    void expectNothingLeft() {
+        EXPECT_TRUE(rig.runUntil([this] {
+            std::error_code missing;
+            return std::filesystem::directory_iterator(folder.path / "updates", missing) ==
+                   std::filesystem::directory_iterator();
+        })) << "a download is left";
+        EXPECT_TRUE(installer.prepared.empty());
+    }
+
+    int requestsFor(std::string_view path) const {
+        int count = 0;
+        for (const auto& request : server->requests())
+            count += request.target == path ? 1 : 0;
+        return count;
+    }
+
+    void make() {
+        made = std::make_unique<updater::Updater>(updater::UpdaterParts{
+            updater::UpdaterSettings({{"SUFeedURL", server->origin() + "/appcast.xml"},
+                                      {"SUPublicEDKey", publisher.publicKey()},
+                                      {"CFBundleVersion", std::string("1.0")}}),
+            {"linux", "x86_64", "2.36"},
+            folder.path / "updates",
+            transport,
+            installer,
+            worker,
+            clock,
+            std::make_shared<updater::FileStateStore>(folder.path / "state" / "updater",
+                                                      [](const std::string&) {}),
+            [this] { return std::make_unique<FakeUserDriver>(user); },
+            [](const platform::Url&) {},
+            [] { return 0u; },
+            [this](const std::string& line) { journal.push_back(line); }});
+        made->start();
+    }
+
+    LoopRig rig;
+    TestAuthority authority;
+    Publisher publisher;
+    const std::string archive = std::string(300000, 'k') + "elo";
+    TemporaryFolder folder;
+    WallClock clock;
+    UserBefore user;
+    FakeInstaller installer;
+    std::vector<std::string> journal;
+    desktop::SoupTransport transport{
+        std::make_shared<const desktop::TrustedAuthority>(authority.pem()),
+        std::chrono::seconds(1)};
+    desktop::WorkerThread worker;
+    std::mutex mutex;
+    std::map<std::string, MisbehavingServer::Behaviour> behaviours;
+    std::unique_ptr<MisbehavingServer> server;
+    std::unique_ptr<updater::Updater> made;
+
+private:
+    void serve(ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            MisbehavingServer::Behaviour behaviour;
+            {
+                const std::lock_guard lock(mutex);
+                behaviour = behaviours[request->target];
+            }
+            if (!behaviour) {
+                connection.write(httpReply("", "", "404 Not Found"));
+                continue;
+            }
+            behaviour(connection);
+        }
+    }
+};
+
+} // namespace kelo::test
