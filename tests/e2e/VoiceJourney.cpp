@@ -33,7 +33,11 @@ void VoiceJourney::SetUp() {
     startKelo();
     awaitThat("the hotkey is armed",
               [&] { return debugLog().find("VoiceController.start") != std::string::npos; });
-    awaitThat("Kelo's window is on the screen", [&] { return mainWindow().has_value(); });
+    // A window manager may show a new window first, and bring it to the front a moment later.
+    awaitThat("Kelo's window is on the screen and in use", [&] {
+        const auto active = desktop().screen.windows.active();
+        return active && active->process == kelo->identifier();
+    });
 }
 
 void VoiceJourney::TearDown() {
