@@ -5,11 +5,24 @@
 #include "updater/UpdateError.h"
 #include "updater/UpdateTexts.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kelo::updater {
 
 using platform::Task;
+
+namespace {
+
+/// A release can come as several archives, and the first of equals is chosen: let that be one that
+/// this copy can be replaced with.
+void putInstallableFirst(Appcast& appcast, const UpdateInstaller& installer) {
+    std::stable_partition(appcast.items.begin(), appcast.items.end(), [&](const AppcastItem& item) {
+        return item.enclosure && installer.kind(item) != InstallKind::informationalOnly;
+    });
+}
+
+} // namespace
 
 UpdateCheck::UpdateCheck(UpdaterMemory& memory, CheckKind kind)
     : memory(memory), kind(kind), visible(kind == CheckKind::userInitiated) {}
@@ -79,6 +92,7 @@ Task<Appcast> UpdateCheck::readFeed() {
     Appcast appcast = parseAppcast(bytes);
     for (const std::string& problem : appcast.problems)
         parts.journal("In the list of updates, " + problem);
+    putInstallableFirst(appcast, parts.installer);
     co_return appcast;
 }
 

@@ -13,7 +13,11 @@ namespace kelo::test {
 
 class FakeInstaller final : public updater::UpdateInstaller {
 public:
-    updater::InstallKind kind(const updater::AppcastItem&) const override { return kind_; }
+    updater::InstallKind kind(const updater::AppcastItem& item) const override {
+        return item.enclosure->url.path().ends_with(takes)
+                   ? kind_
+                   : updater::InstallKind::informationalOnly;
+    }
 
     platform::Task<void> prepare(updater::VerifiedArchive archive) override {
         std::string bytes(archive.size() + 1, '\0');
@@ -33,6 +37,8 @@ public:
     }
 
     updater::InstallKind kind_ = updater::InstallKind::replaceInPlace;
+    /// Archives of another ending are nothing for this copy.
+    std::string takes;
     /// The bytes of each archive that was handed over.
     std::vector<std::string> prepared;
     std::string preparedName;

@@ -22,4 +22,15 @@ TEST_F(UpdaterRoad, LeadsFromTheCheckToTheRelaunch) {
                                                     "preparing", "ready 1.1", "preparing"}));
 }
 
+TEST_F(UpdaterRoad, TakesOfOneReleaseTheArchiveThatThisCopyCanBeReplacedWith) {
+    std::string package = signedRelease("1.1");
+    package.replace(package.find("kelo.tar.zst"), 12, "kelo.deb");
+    transport.replies["https://updates.example.com/kelo.deb"] = platform::bytesOf(archive);
+    publish(signedRelease("1.1") + package + signedRelease("0.9"));
+    installer.takes = ".deb";
+    check();
+    choose(UpdateChoice::install);
+    EXPECT_EQ(installer.preparedName, "kelo.deb");
+}
+
 } // namespace kelo::test
