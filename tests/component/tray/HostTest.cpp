@@ -87,7 +87,15 @@ protected:
             GTEST_SKIP() << GetParam().name << " is not installed";
     }
 
+    /// What was on the screen when a test failed.
+    void TearDown() override {
+        if (HasFailure())
+            screen.save(picture("failure"));
+    }
+
     std::unique_ptr<rig::ChildProcess> startHost(bool dark = false) {
+        screen.pointer.moveTo({0, 0});
+        screen.until("the place is free", [&] { return !isDrawn(panel()); });
         GetParam().configure(dark);
         auto host = std::make_unique<rig::ChildProcess>(
             GetParam().command,
@@ -95,10 +103,7 @@ protected:
                                                {"QT_QPA_PLATFORM", "xcb"},
                                                {"GTK_THEME", dark ? "Adwaita:dark" : "Adwaita"}},
             home() / "host.log");
-        screen.until("the tray's panel is there", [&] {
-            return screen::Picture(screen.connection)
-                .isDrawn(0, screen.connection.height() - 40, screen.connection.width(), 40);
-        });
+        screen.until("the tray's panel is there", [&] { return isDrawn(panel()); });
         return host;
     }
     std::unique_ptr<rig::ChildProcess> startProgram() {
@@ -112,14 +117,18 @@ protected:
     Area awaitIcon(const screen::Picture& before) {
         screen.until("the icon is in the tray", [&] { return screen.changed(before).has_value(); });
         screen.still();
-        return screen.changed(before).value();
+        const auto icon = screen.changed(before).value();
+        EXPECT_LE(icon.width, 48);
+        EXPECT_GE(icon.width, 12);
+        return icon;
     }
     void restart(std::unique_ptr<rig::ChildProcess>& host, bool dark) {
         host.reset();
-        screen.until("the panel is gone", [&] {
-            return !isDrawn({0, screen.connection.height() - 40, screen.connection.width(), 40});
-        });
         host = startHost(dark);
+    }
+    /// Where the configurations put it.
+    Area panel() const {
+        return {0, screen.connection.height() - 40, screen.connection.width(), 40};
     }
     bool isDrawn(const Area& area) const {
         return screen::Picture(screen.connection).isDrawn(area.x, area.y, area.width, area.height);
@@ -139,7 +148,14 @@ protected:
     }
     void choose(const Area& icon, std::size_t line) {
         screen.pointer.click(icon.middle(), GetParam().menuButton);
-        const auto menu = screen.menu();
+        std::optional<Area> shown;
+        try {
+            shown = screen.menu();
+        } catch (const std::runtime_error&) {
+            screen.save(picture("failure"));
+            throw;
+        }
+        const auto menu = *shown;
         if (line == 0) {
             screen.still();
             screen.save(menu, picture("menu"));
@@ -159,8 +175,6 @@ TEST_P(TrayHost, ShowsTheIconAndEachEntryDoesItsWork) {
     const auto before = screen.still();
     const auto program = startProgram();
     const auto icon = awaitIcon(before);
-    EXPECT_LE(icon.width, 48);
-    EXPECT_GE(icon.width, 12);
     screen.save(icon, picture("light"));
 
     choose(icon, 0);
@@ -168,9 +182,11 @@ TEST_P(TrayHost, ShowsTheIconAndEachEntryDoesItsWork) {
     screen.until("the main window is open", [&] { return screen.hasWindow("Kelo"); });
     screen.still();
     screen.save(picture("open"));
-    screen.close("Kelo");
+    choose(icon, 0);
     choose(icon, 1);
-    EXPECT_TRUE(program->awaitPrinted("check\n", deadline));
+    EXPECT_TRUE(program->awaitPrinted("appeared\nopen\ncheck\n", deadline))
+        << "an open window is not opened again: " << program->printed();
+    screen.close("Kelo");
     choose(icon, 2);
     screen.until("the settings are open", [&] { return screen.hasWindow("Settings"); });
     screen.close("Settings");
@@ -178,6 +194,19 @@ TEST_P(TrayHost, ShowsTheIconAndEachEntryDoesItsWork) {
     EXPECT_TRUE(program->awaitPrinted("quit\n", deadline));
     EXPECT_EQ(program->awaitExit(deadline), 0);
     EXPECT_TRUE(host->isRunning());
+}
+
+TEST_P(TrayHost, LeftClickOpensTheMenuOrTheWindow) {
+    const auto host = startHost();
+    const auto before = screen.still();
+    const auto program = startProgram();
+    const auto icon = awaitIcon(before);
+    screen.pointer.click(icon.middle());
+    if (GetParam().menuButton == 1) {
+        screen.pointer.click(screen.lines(screen.menu()).at(0).middle());
+        EXPECT_TRUE(program->awaitPrinted("open\n", deadline));
+    }
+    EXPECT_TRUE(program->awaitPrinted("appeared\n", deadline));
 }
 
 TEST_P(TrayHost, HasTheItemBackAfterARestart) {
@@ -213,6 +242,69 @@ TEST_P(TrayHost, ShowsTheIconOfTheThemeOnLightAndDark) {
 
 INSTANTIATE_TEST_SUITE_P(Hosts, TrayHost, testing::Values(xfce, lxqt),
                          [](const auto& tested) { return tested.param.name.substr(0, 4); });
+
+class ProgramWithoutTray : public testing::Test {
+protected:
+    std::unique_ptr<rig::ChildProcess> start(const std::vector<std::string>& arguments) {
+        std::vector<std::string> command{KELO_TRAY_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return std::make_unique<rig::ChildProcess>(command, std::map<std::string, std::string>{},
+                                                   log(arguments));
+    }
+    static files::path log(const std::vector<std::string>& arguments) {
+        return home() / ((arguments.empty() ? "plain" : arguments.front()) + ".log");
+    }
+    HostScreen screen;
+
+    ~ProgramWithoutTray() override {
+        for (const auto& file : files::directory_iterator(home()))
+            if (file.path().extension() == ".log")
+                files::remove(file);
+    }
+};
+
+TEST_F(ProgramWithoutTray, IsReachedByStartingItAgain) {
+    const auto program = start({"--nothing"});
+    ASSERT_TRUE(program->awaitPrinted("started\n", deadline));
+    EXPECT_EQ(start({})->awaitExit(deadline), 0);
+    EXPECT_TRUE(program->awaitPrinted("appeared\n", deadline));
+    screen.until("the window is open", [&] { return screen.hasWindow("Kelo"); });
+    screen.close("Kelo");
+    EXPECT_EQ(start({"--open"})->awaitExit(deadline), 0);
+    EXPECT_TRUE(program->awaitPrinted("appeared\nappeared\n", deadline));
+    EXPECT_EQ(start({"--settings"})->awaitExit(deadline), 0);
+    screen.until("the settings are open", [&] { return screen.hasWindow("Settings"); });
+    EXPECT_EQ(start({"--quit"})->awaitExit(deadline), 0);
+    EXPECT_EQ(program->awaitExit(deadline), 0);
+}
+
+TEST_F(ProgramWithoutTray, IsNotStartedToBeEnded) {
+    EXPECT_EQ(start({"--quit"})->awaitExit(deadline), 0);
+    const auto both = start({"--settings", "--quit"});
+    EXPECT_EQ(both->awaitExit(deadline), 0);
+    EXPECT_EQ(both->printed(), "");
+}
+
+TEST_F(ProgramWithoutTray, StartsWithTheSettingsWhenAskedForThem) {
+    const auto program = start({"--settings"});
+    screen.until("the settings are open", [&] { return screen.hasWindow("Settings"); });
+    EXPECT_FALSE(screen.hasWindow("Kelo"));
+    EXPECT_EQ(start({"--settings"})->awaitExit(deadline), 0);
+    EXPECT_EQ(start({"--quit"})->awaitExit(deadline), 0);
+    EXPECT_EQ(program->awaitExit(deadline), 0);
+}
+
+TEST_F(ProgramWithoutTray, AnswersTheClickOnQuitBeforeItEnds) {
+    const auto program = start({"--nothing"});
+    ASSERT_TRUE(program->awaitPrinted("started\n", deadline));
+    rig::ChildProcess click({"/usr/bin/gdbus", "call", "--session", "--dest", "app.kelo.Kelo",
+                             "--object-path", "/StatusNotifierItem/Menu", "--method",
+                             "com.canonical.dbusmenu.Event", "6", "clicked", "<0>", "0"},
+                            {}, home() / "click.log");
+    EXPECT_EQ(click.awaitExit(deadline), 0) << click.printed();
+    EXPECT_EQ(click.printed(), "()\n");
+    EXPECT_EQ(program->awaitExit(deadline), 0);
+}
 
 } // namespace
 } // namespace kelo::tests
