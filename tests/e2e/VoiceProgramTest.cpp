@@ -19,6 +19,13 @@ protected:
         return second.printed();
     }
 
+    /// Asks once: a second request would come in between what is typed then.
+    void useMainWindow() const {
+        const auto window = mainWindow();
+        desktop().screen.windows.tellManager(window->identifier, "_NET_ACTIVE_WINDOW");
+        awaitThat("the main window has the keyboard", [&] { return panel.hasKeyboard(*window); });
+    }
+
     void closeMainWindow() const {
         desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_CLOSE_WINDOW");
         awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
@@ -51,31 +58,24 @@ TEST_F(VoiceProgram, StillHearsTheChordWithoutItsMainWindowAndOnceATapWhenItIsBa
 }
 
 TEST_F(VoiceProgram, EscapeInTheMainWindowLeavesThePanel) {
+    user.awaitLoginPage();
     const auto shown = tapToShow();
     awaitWidgetPage(shown);
     awaitKeyboard(shown);
-    awaitThat("the main window has the keyboard", [&] {
-        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_ACTIVE_WINDOW");
-        const auto active = desktop().screen.windows.active();
-        return active && active->process == kelo->identifier() && !panel.hasKeyboard(shown);
+    useMainWindow();
+    user.press("Escape");
+    // The page gets a key that comes after Escape: both have been dealt with by then.
+    desktop().screen.keyboard.type("a");
+    awaitThat("the main window's page has got the next key", [&] {
+        const auto field = desktop().tree.find(rig::pageField("Email"));
+        return field && field->text() == "a";
     });
-    user.press("Escape");
-    // The menu opens by a key that comes after Escape: both have been dealt with by then.
-    user.press("F10");
-    awaitThat("the menu bar has the keyboard",
-              [&] { return desktop().tree.findFocused(rig::Role::menuItem).has_value(); });
     EXPECT_TRUE(isPanelShown());
-    picture("menu");
-    user.press("Escape");
-    EXPECT_TRUE(isPanelShown());
+    picture("escaped");
 }
 
 TEST_F(VoiceProgram, HearsTheChordInItsOwnWindow) {
-    awaitThat("the main window has the keyboard", [&] {
-        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_ACTIVE_WINDOW");
-        const auto active = desktop().screen.windows.active();
-        return active && active->process == kelo->identifier();
-    });
+    useMainWindow();
     awaitKeyboard(tapToShow());
     tapToHide();
     tapToShow();

@@ -58,11 +58,11 @@ Area VoicePanel::contents(const ScreenWindow& panel) const {
             panel.height - top - bottom};
 }
 
-bool VoicePanel::hasKeyboard(const ScreenWindow& panel) const {
+bool VoicePanel::hasKeyboard(const ScreenWindow& window) const {
     const screen::WindowId focused = windows.focused();
-    if (focused == panel.identifier)
+    if (focused == window.identifier)
         return true;
-    const auto inside = windows.children(panel.identifier);
+    const auto inside = windows.children(window.identifier);
     return std::ranges::find(inside, focused) != inside.end();
 }
 

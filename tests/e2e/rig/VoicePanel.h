@@ -29,8 +29,8 @@ public:
 
     /// The panel itself within its window, which has room for a shadow around it.
     Area contents(const ScreenWindow& panel) const;
-    /// The keys go to it.
-    bool hasKeyboard(const ScreenWindow& panel) const;
+    /// The keys go to the window, or to one inside it (toolkits keep one there for them).
+    bool hasKeyboard(const ScreenWindow& window) const;
 
 private:
     const screen::WindowEvents events;
