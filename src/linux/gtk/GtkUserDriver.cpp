@@ -1,5 +1,6 @@
 #include "linux/gtk/GtkUserDriver.h"
 
+#include "linux/gtk/ActivationToken.h"
 #include "linux/gtk/QuietWindow.h"
 
 #include <giomm/application.h>
@@ -58,7 +59,7 @@ void GtkUserDriver::show(UpdateWindow::Content content, Attention attention) {
     }
     window->setContent(std::move(content));
     if (attention == Attention::take)
-        window->present();
+        presentWithActivationToken(*window);
     else
         showWithoutFocus(*window);
 }
