@@ -48,10 +48,8 @@ class VoicePage : public VoiceJourney {
 protected:
     void endWebProcess(pid_t process) const {
         ASSERT_EQ(kill(process, SIGKILL), 0);
-        awaitThat("the page's process is gone", [&] {
-            const auto left = webProcesses();
-            return std::ranges::find(left, process) == left.end();
-        });
+        // Kelo learns of it a moment later than the kernel's list of processes.
+        desktop().tree.await(rig::pageHeading("This page stopped working"));
     }
 
     /// Shows the panel and gives the process that draws its page.

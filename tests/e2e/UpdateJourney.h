@@ -1,0 +1,82 @@
+#pragma once
+
+#include "e2e/Journey.h"
+#include "e2e/rig/ChildProcess.h"
+#include "e2e/rig/DownloadServer.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kelo::e2e {
+
+/// What a version says of itself.
+struct VersionStamp {
+    std::string version;
+    std::string build;
+};
+
+inline const VersionStamp oldVersion{"1.0", "1"};
+inline const VersionStamp newVersion{"1.1", "2"};
+
+/// Somebody's home with an unpacked Kelo 1.0 in it, and a publisher whose web server is asked for
+/// updates. Nothing of it is this computer's installed Kelo.
+class UpdateJourney : public Journey {
+protected:
+    UpdateJourney();
+
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Signs 1.1 and puts it on the server, with notes.
+    void publish() { publishSignedWith(ownKey); }
+    /// The same by somebody who does not have the key that the installed copy goes by.
+    void publishByAStranger() { publishSignedWith(makeKey("stranger.key")); }
+
+    /// Starts the installed copy as its owner does. `environment` is added to theirs.
+    void startInstalled(const std::vector<std::string>& arguments = {},
+                        std::map<std::string, std::string> environment = {});
+    /// Starts it once more, which asks the one that runs, and waits for its end.
+    void ask(const std::string& option) const;
+    void askForUpdates() const { ask("--check-for-updates"); }
+
+    /// Waits for a heading or a sentence of one of Kelo's windows, drawn.
+    void awaitText(const std::string& text) const { user.awaitDrawn(rig::label(text)); }
+    void awaitNoText(const std::string& text) const { desktop().tree.awaitGone(rig::label(text)); }
+    void choose(const std::string& button) const { user.click(rig::button(button)); }
+    /// Waits until the window with the title has the keyboard.
+    void awaitInFront(const std::string& title) const;
+    void awaitThat(const std::string& what, const std::function<bool()>& condition) const {
+        desktop().tree.awaitThat(what, condition);
+    }
+
+    /// What the installed copy says of itself on the disk.
+    std::string installedVersion() const;
+    /// The names in the home that are not hidden, and the hidden ones, but for the XDG folders.
+    std::vector<std::string> homeContents() const;
+    /// Every process that runs a program from the home.
+    std::vector<pid_t> runningCopies() const;
+
+    const std::filesystem::path home = folder.path() / "home";
+    const std::filesystem::path installed = home / "Kelo";
+    std::unique_ptr<rig::DownloadServer> server;
+    std::unique_ptr<rig::ChildProcess> program;
+
+private:
+    struct SigningKey {
+        std::filesystem::path file;
+        std::string publicHalf;
+    };
+
+    SigningKey makeKey(const std::string& name) const;
+    void stamp(const std::filesystem::path& tree, const VersionStamp& stamp,
+               const std::string& publicKey) const;
+    void publishSignedWith(const SigningKey& key);
+    void endCopies();
+
+    const std::filesystem::path releases = folder.path() / "releases";
+    const SigningKey ownKey = makeKey("own.key");
+};
+
+} // namespace kelo::e2e

@@ -1,0 +1,139 @@
+// A copy of Kelo in somebody's home, from one version to the next: everything by real clicks and
+// keys, against a real web server, with what the publisher's tool made.
+#include "e2e/UpdateJourney.h"
+
+namespace kelo::e2e {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+constexpr const char* offered = "A new version of Kelo is available";
+constexpr const char* updateWindow = "Software Update";
+
+} // namespace
+
+TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
+    publish();
+    startInstalled();
+    user.awaitLoginPage();
+
+    server->holdBack();
+    askForUpdates();
+    awaitText("Checking for updates…");
+    awaitInFront(updateWindow);
+    picture("1-checking");
+    server->letGo();
+
+    awaitText(offered);
+    awaitText("Version 1.1 is available. You have version 1.0.");
+    desktop().tree.await(rig::button("Skip This Version"));
+    desktop().tree.await(rig::button("Remind Me Later"));
+    picture("2-offer");
+    server->holdBack();
+    choose("Install Update");
+
+    awaitText("Downloading the update…");
+    picture("3-downloading");
+    server->letGo();
+
+    awaitText("The update is ready");
+    picture("4-ready");
+    EXPECT_EQ(installedVersion(), "1.0");
+    choose("Install and Relaunch");
+
+    const auto old = program->awaitExit(rig::deadline);
+    EXPECT_EQ(old, 0) << program->printed();
+    user.awaitLoginPage();
+    EXPECT_EQ(installedVersion(), "1.1");
+    EXPECT_EQ(runningCopies().size(), 1U);
+    picture("5-relaunched");
+
+    ask("--settings");
+    awaitText("1.1 (2)");
+    awaitText("localhost");
+    awaitInFront("Settings");
+    picture("6-settings");
+    user.press("Escape");
+    awaitNoText("1.1 (2)");
+
+    askForUpdates();
+    awaitText("Kelo is up to date");
+    awaitText("Kelo 1.1 is the newest version there is.");
+    picture("7-up-to-date");
+    choose("OK");
+    awaitText("Check for updates automatically?");
+    picture("8-automatically");
+    choose("Don’t Check");
+    awaitNoText("Check for updates automatically?");
+
+    awaitThat("the old version is cleared away", [&] { return homeContents() == Names{"Kelo"}; });
+}
+
+TEST_F(UpdateJourney, RefusesWhatAnotherKeySigned) {
+    publishByAStranger();
+    startInstalled();
+    user.awaitLoginPage();
+    askForUpdates();
+    awaitText(offered);
+    choose("Install Update");
+    awaitText("The update did not work");
+    awaitText("Nothing shows that this update comes from those who publish Kelo, so it was not "
+              "installed. Please ask them, and keep using the version you have.");
+    picture("refused");
+    choose("OK");
+    awaitNoText("The update did not work");
+    EXPECT_EQ(installedVersion(), "1.0");
+    EXPECT_EQ(homeContents(), Names{"Kelo"});
+    EXPECT_TRUE(program->isRunning());
+}
+
+TEST_F(UpdateJourney, OffersASkippedVersionAgainToTheUserWhoAsks) {
+    publish();
+    startInstalled();
+    user.awaitLoginPage();
+    askForUpdates();
+    awaitText(offered);
+    choose("Skip This Version");
+    awaitNoText(offered);
+    askForUpdates();
+    awaitText(offered);
+    awaitInFront(updateWindow);
+    EXPECT_EQ(installedVersion(), "1.0");
+}
+
+TEST_F(UpdateJourney, SettingsShowVersionAndHostAndGoWithEscapeOrTheirCloseButton) {
+    startInstalled({"--settings"});
+    awaitText("1.0 (1)");
+    awaitText("localhost");
+    awaitInFront("Settings");
+    picture("settings");
+    user.press("Escape");
+    awaitNoText("1.0 (1)");
+    ask("--settings");
+    awaitText("1.0 (1)");
+    choose("Close");
+    awaitNoText("1.0 (1)");
+}
+
+// At twice the size, with the keyboard alone, and without the program's main window.
+TEST_F(UpdateJourney, LeavesTheOldVersionInPlaceForAUserWhoPutsItOff) {
+    publish();
+    startInstalled({"--check-for-updates"}, {{"GDK_SCALE", "2"}});
+    desktop().tree.await(rig::label(offered));
+    awaitInFront(updateWindow);
+    picture("1-offer");
+    user.press("Return");
+    desktop().tree.await(rig::label("The update is ready"));
+    awaitInFront(updateWindow);
+    picture("2-ready");
+    user.press("Escape");
+    awaitNoText("The update is ready");
+    ask("--settings");
+    desktop().tree.await(rig::label("1.0 (1)"));
+    awaitInFront("Settings");
+    picture("3-settings");
+    EXPECT_EQ(installedVersion(), "1.0");
+}
+
+} // namespace kelo::e2e
