@@ -51,8 +51,8 @@ protected:
         const auto before = webProcesses();
         awaitWidgetPage(tapToShow());
         for (const pid_t process : webProcesses()) {
-            if (std::ranges::find(before, process) == before.end())
-                ASSERT_EQ(kill(process, SIGKILL), 0);
+            const bool isNew = std::ranges::find(before, process) == before.end();
+            ASSERT_TRUE(!isNew || kill(process, SIGKILL) == 0);
         }
         // Kelo learns of it a moment later than the kernel's list of processes.
         desktop().tree.await(rig::pageHeading("This page stopped working"));
