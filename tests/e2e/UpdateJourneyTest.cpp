@@ -34,10 +34,12 @@ TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     choose("Install Update");
 
     awaitText("Downloading the update…");
+    awaitInFront(updateWindow);
     picture("3-downloading");
     server->letGo();
 
     awaitText("The update is ready");
+    awaitInFront(updateWindow);
     picture("4-ready");
     EXPECT_EQ(installedVersion(), "1.0");
     choose("Install and Relaunch");

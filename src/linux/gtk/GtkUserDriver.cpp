@@ -69,6 +69,13 @@ void GtkUserDriver::answerMildly() {
         answer();
 }
 
+void GtkUserDriver::finish(bool moreFollows) {
+    if (moreFollows)
+        window->closeToAnswers();
+    else
+        hide();
+}
+
 // The window stays for the next time: it is inside its own event handling still.
 void GtkUserDriver::hide() {
     isDownloading = false;
@@ -82,16 +89,17 @@ Task<Answer> GtkUserDriver::ask(UpdateWindow::Content content, std::vector<Butto
     co_return co_await platform::withCheckedContinuation<Answer>(
         [&](platform::CheckedContinuation<Answer> continuation) {
             // Shared by all buttons, so that the question is answered once.
-            const auto answer = [this, continuation](Answer given) {
+            const auto answer = [this, continuation](Answer given, bool leadsOn) {
                 mildAnswer = nullptr;
-                hide();
+                finish(leadsOn);
                 continuation.resume(given);
             };
             for (const auto& button : answers)
                 content.choices.push_back({button.label,
-                                           [answer, given = button.answer] { answer(given); },
+                                           [answer, given = button.answer,
+                                            leadsOn = button.leadsOn] { answer(given, leadsOn); },
                                            &button == &answers.back(), button.apart});
-            content.dismissed = [answer, mildest] { answer(mildest); };
+            content.dismissed = [answer, mildest] { answer(mildest, false); };
             show(std::move(content), attention);
             mildAnswer = [continuation, mildest] { continuation.resume(mildest); };
         });
@@ -117,7 +125,7 @@ Task<UpdateChoice> GtkUserDriver::showOffer(UpdateOffer offer, CheckKind kind) {
         answers.push_back({"Skip This Version", UpdateChoice::skipThisVersion, true});
         answers.push_back({"Remind Me Later", UpdateChoice::remindLater});
     }
-    answers.push_back({install, UpdateChoice::install});
+    answers.push_back({install, UpdateChoice::install, false, !offer.informationalOnly});
     return ask(std::move(content), std::move(answers), UpdateChoice::remindLater,
                kind == CheckKind::userInitiated ? Attention::take : Attention::leave);
 }
@@ -151,7 +159,7 @@ Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
                        offer.programName + " has started again.";
     std::vector<Button<RelaunchChoice>> answers;
     answers.push_back({"Later", RelaunchChoice::later});
-    answers.push_back({"Install and Relaunch", RelaunchChoice::installAndRelaunch});
+    answers.push_back({"Install and Relaunch", RelaunchChoice::installAndRelaunch, false, true});
     return ask(std::move(content), std::move(answers), RelaunchChoice::later, Attention::leave);
 }
 

@@ -37,7 +37,8 @@ private:
     struct Button {
         std::string label;
         Answer answer;
-        bool apart = false; ///< at the start of the line
+        bool apart = false;   ///< at the start of the line
+        bool leadsOn = false; ///< another content follows at once
     };
 
     /// Shows a content whose buttons give a value; the task ends with it. A question that was open
@@ -48,6 +49,9 @@ private:
     platform::Task<void> tell(std::string heading, std::string sentence);
     void show(UpdateWindow::Content content, Attention attention);
     void answerMildly();
+    /// After an answer. Where more follows, the window stays: one that goes and comes again would
+    /// lose its place and the keyboard.
+    void finish(bool moreFollows);
     void hide();
 
     std::unique_ptr<UpdateWindow> window;

@@ -2,6 +2,7 @@
 
 #include "deployment/Deployment.h"
 #include "linux/gtk/Accessibility.h"
+#include "linux/gtk/WindowIcon.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/eventcontrollerkey.h>
@@ -34,6 +35,7 @@ UpdateWindow::UpdateWindow() {
     set_title("Software Update");
     set_resizable(false);
     add_css_class("kelo-update");
+    showProgramIcon(*this);
 
     icon.set_from_icon_name(std::string(deployment::applicationIdentifier));
     icon.set_pixel_size(iconSize);
@@ -108,7 +110,13 @@ void UpdateWindow::setProgress(const Progress& progress) {
     setText(progressText, progress.text);
 }
 
+void UpdateWindow::closeToAnswers() {
+    shown.dismissed = nullptr;
+    buttons.set_sensitive(false);
+}
+
 void UpdateWindow::addButtons(const std::vector<Choice>& choices) {
+    buttons.set_sensitive();
     unset_default_widget();
     while (auto* old = buttons.get_first_child())
         buttons.remove(*old);

@@ -52,6 +52,9 @@ public:
     /// Of the content that is shown; ignored when it has none.
     void setProgress(const Progress& progress);
 
+    /// Takes no more answers until there is other content.
+    void closeToAnswers();
+
 private:
     void addButtons(const std::vector<Choice>& choices);
     void choose(std::size_t index);

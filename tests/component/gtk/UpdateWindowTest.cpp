@@ -100,8 +100,25 @@ TEST_F(UpdateWindows, EachAnswerOfTheOfferIsTheOneOfItsButton) {
             const auto result = start(driver->showOffer(offer, CheckKind::userInitiated));
             click(label);
             EXPECT_EQ(answer(result), expected);
-            EXPECT_TRUE(isGone());
+            EXPECT_EQ(isGone(), expected != UpdateChoice::install);
         }
+    });
+}
+
+TEST_F(UpdateWindows, StaysWithTheKeyboardFromTheAnswerToWhatFollowsIt) {
+    run([&] {
+        const auto result = start(driver->showOffer(offer, CheckKind::userInitiated));
+        click("Install Update");
+        EXPECT_EQ(answer(result), UpdateChoice::install);
+        EXPECT_FALSE(buttonNamed(window(), "Install Update")->is_sensitive());
+        window().close();
+        program.screen.press(GDK_KEY_Escape);
+        driver->showDownload({1000, 4000}, [] {});
+        EXPECT_FALSE(isGone());
+        EXPECT_TRUE(window().is_active());
+        EXPECT_TRUE(buttonNamed(window(), "Cancel")->is_sensitive());
+        driver->dismiss();
+        EXPECT_TRUE(isGone());
     });
 }
 
