@@ -2,7 +2,9 @@
 
 #include "linux/gtk/Accessibility.h"
 
+#include <gdk/gdkkeysyms.h>
 #include <gtkmm/box.h>
+#include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/label.h>
 
 #include <utility>
@@ -44,6 +46,16 @@ SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void
     draw();
     space.append(rows);
     set_child(space);
+    auto keys = Gtk::EventControllerKey::create();
+    keys->signal_key_pressed().connect(
+        [this](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Escape)
+                return false;
+            close();
+            return true;
+        },
+        false);
+    add_controller(keys);
     if (this->scene.content.observed)
         redrawing.emplace(this->scene.content.observed(), [this] { draw(); });
 }
