@@ -268,6 +268,12 @@ void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) 
     mediaPermission.pageChanged(nullptr);
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
         return;
+    // Another page was asked for before the engine noticed: that one died with the process, too,
+    // and nobody wants to hear of the former one.
+    if (const auto request = std::exchange(unheardRequest, {})) {
+        startLoad(request);
+        return;
+    }
     const char* const address = webkit_web_view_get_uri(view.get());
     showNotice("This page stopped working",
                reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT

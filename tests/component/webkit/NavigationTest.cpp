@@ -147,6 +147,16 @@ TEST_F(Navigation, LoadAfterACrashIsFresh) {
     EXPECT_EQ(evaluate("typeof kept"), "undefined");
 }
 
+TEST_F(Navigation, LoadBeforeACrashIsNoticedShowsItsPageAndNoNotice) {
+    const auto peer = site({{"/", "hello"}, {"/next", "next"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    ASSERT_GT(killDescendants("WebKitWebProces"), 0);
+    open(peer->url("/next"));
+    EXPECT_EQ(pageText(), "next");
+    EXPECT_THAT(recorder->finished, ElementsAre(peer->origin() + "/", peer->origin() + "/next"));
+}
+
 TEST_F(Navigation, LoadReplacesAPageThatHangs) {
     const auto peer = site({{"/", "<title>hangs</title>"}, {"/next", "next"}});
     makeView(peer->url());
