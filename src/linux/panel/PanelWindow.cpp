@@ -108,7 +108,9 @@ void PanelWindow::applyStyle() {
         rules += "box-shadow: 0 " + pixels(margin_ / 4) + pixels(margin_ * 11 / 16) +
                  "rgba(0,0,0,0.30), 0 0 1px rgba(0,0,0,0.45); ";
     }
-    rules += "}\n";
+    // A hairline, drawn over the page, or the panel would melt into a window of its own colour
+    // where nothing draws shadows.
+    rules += "outline: 1px solid rgba(127,127,127,0.4); outline-offset: -1px; }\n";
     gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
 }
 

@@ -38,10 +38,23 @@ TEST_F(PanelLookTest, CornersAreRoundAndNeverBlack) {
     const int inside = 7 * scale();
     EXPECT_TRUE(contentAt(at.x + inside, at.y + inside));
     EXPECT_TRUE(contentAt(at.x + at.width - 1 - inside, at.y + at.height - 1 - inside));
-    EXPECT_TRUE(contentAt(at.x, at.y + at.height / 2));
-    EXPECT_TRUE(contentAt(at.x + at.width - 1, at.y + at.height / 2));
-    EXPECT_TRUE(contentAt(at.x + at.width / 2, at.y));
-    EXPECT_TRUE(contentAt(at.x + at.width / 2, at.y + at.height - 1));
+    const int line = scale();
+    EXPECT_TRUE(contentAt(at.x + line, at.y + at.height / 2));
+    EXPECT_TRUE(contentAt(at.x + at.width - 1 - line, at.y + at.height / 2));
+    EXPECT_TRUE(contentAt(at.x + at.width / 2, at.y + line));
+    EXPECT_TRUE(contentAt(at.x + at.width / 2, at.y + at.height - 1 - line));
+}
+
+TEST_F(PanelLookTest, AHairlineSetsItApartFromWhatIsOfItsOwnColor) {
+    const Box at = box();
+    for (const int x : {at.x, at.x + at.width - 1}) {
+        EXPECT_FALSE(contentAt(x, at.y + at.height / 2));
+        EXPECT_NE(colorAt(x, at.y + at.height / 2), Backdrop::color);
+    }
+    for (const int y : {at.y, at.y + at.height - 1}) {
+        EXPECT_FALSE(contentAt(at.x + at.width / 2, y));
+        EXPECT_NE(colorAt(at.x + at.width / 2, y), Backdrop::color);
+    }
 }
 
 TEST_F(PanelLookTest, ItsFrameIsAsLargeAsItWasAskedFor) {
@@ -90,7 +103,7 @@ TEST_F(PanelLookTest, MovesWhileShownAndStaysWhereItWasPut) {
     panel->setFrameOrigin({200.5, 90});
     const int left = int(200.5 * scale() + 0.5);
     const int top = connection.height() - (90 + 620) * scale();
-    until("it moves", [&] { return contentAt(left + 1, top + 300 * scale()); });
+    until("it moves", [&] { return contentAt(left + 2 * scale(), top + 300 * scale()); });
     EXPECT_FALSE(contentAt(left - 1, top + 300 * scale()));
     EXPECT_EQ(panel->frame(), (platform::Rectangle{200.5, 90, 640, 620}));
     hide();
@@ -98,7 +111,7 @@ TEST_F(PanelLookTest, MovesWhileShownAndStaysWhereItWasPut) {
     show();
     EXPECT_EQ(panel->frame(), (platform::Rectangle{300, 100, 640, 620}));
     until("it is drawn there",
-          [&] { return contentAt(300 * scale(), connection.height() - 300 * scale()); });
+          [&] { return contentAt(305 * scale(), connection.height() - 300 * scale()); });
 }
 
 } // namespace
