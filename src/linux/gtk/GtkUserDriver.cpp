@@ -155,8 +155,8 @@ void GtkUserDriver::showPreparing() {
 Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
     UpdateWindow::Content content;
     content.heading = "The update is ready";
-    content.sentence = offer.programName + " " + offer.offeredVersion + " is in place once " +
-                       offer.programName + " has started again.";
+    content.sentence =
+        offer.programName + " will close, and open again as version " + offer.offeredVersion + ".";
     std::vector<Button<RelaunchChoice>> answers;
     answers.push_back({"Later", RelaunchChoice::later});
     answers.push_back({"Install and Relaunch", RelaunchChoice::installAndRelaunch, false, true});
@@ -189,7 +189,8 @@ Task<bool> GtkUserDriver::askForAutomaticChecks(std::string programName) {
     std::vector<Button<bool>> answers;
     answers.push_back({"Don’t Check", false});
     answers.push_back({"Check Automatically", true});
-    return ask(std::move(content), std::move(answers), false, Attention::leave);
+    // Nothing is scheduled before this is answered, so it follows what the user has asked for.
+    return ask(std::move(content), std::move(answers), false, Attention::take);
 }
 
 bool GtkUserDriver::bringToFront() {

@@ -46,15 +46,17 @@ void append(Gtk::TextBuffer& buffer, const std::string& text,
     buffer.insert_with_tags_by_name(buffer.end(), text, tags);
 }
 
-void append(Gtk::TextBuffer& buffer, const Paragraph& paragraph, bool isLast) {
+/// next is the paragraph that follows; null for the last one.
+void append(Gtk::TextBuffer& buffer, const Paragraph& paragraph, const Paragraph* next) {
     const bool isListItem = paragraph.kind == ParagraphKind::listItem;
     std::vector<Glib::ustring> common;
     if (paragraph.kind == ParagraphKind::heading)
         common.emplace_back("heading");
     if (isListItem)
         common.emplace_back("listItem");
-    if (!isLast)
-        common.emplace_back(isListItem ? "listSpace" : "space");
+    if (next) // closer together inside of a list
+        common.emplace_back(isListItem && next->kind == ParagraphKind::listItem ? "listSpace"
+                                                                                : "space");
     if (isListItem)
         append(buffer, bullet, common);
     for (const auto& run : paragraph.runs) {
@@ -67,7 +69,7 @@ void append(Gtk::TextBuffer& buffer, const Paragraph& paragraph, bool isLast) {
             tags.emplace_back("code");
         append(buffer, run.text, tags);
     }
-    if (!isLast)
+    if (next)
         append(buffer, "\n", common);
 }
 
@@ -97,7 +99,7 @@ void ReleaseNotesView::show(const updater::ReleaseNotes& notes) {
     auto& buffer = *text.get_buffer();
     buffer.set_text("");
     for (const auto& paragraph : notes)
-        append(buffer, paragraph, &paragraph == &notes.back());
+        append(buffer, paragraph, &paragraph == &notes.back() ? nullptr : &paragraph + 1);
     buffer.place_cursor(buffer.begin());
 }
 

@@ -46,6 +46,8 @@ UpdateWindow::UpdateWindow() {
     auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
     texts->append(heading);
     texts->append(sentence);
+    texts->append(progressLine);
+    texts->set_valign(Gtk::Align::CENTER);
     auto* top = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 16);
     top->append(icon);
     top->append(*texts);
@@ -67,7 +69,6 @@ UpdateWindow::UpdateWindow() {
     column.set_size_request(width, -1);
     column.append(*top);
     column.append(notes);
-    column.append(progressLine);
     column.append(buttons);
     set_child(column);
 
