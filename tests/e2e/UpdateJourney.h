@@ -53,7 +53,7 @@ protected:
 
     /// What the installed copy says of itself on the disk.
     std::string installedVersion() const;
-    /// The names in the home that are not hidden, and the hidden ones, but for the XDG folders.
+    /// Everything that stands in the home besides the XDG folders.
     std::vector<std::string> homeContents() const;
     /// Every process that runs a program from the home.
     std::vector<pid_t> runningCopies() const;

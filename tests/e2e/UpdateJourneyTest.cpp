@@ -10,6 +10,7 @@ using Names = std::vector<std::string>;
 
 constexpr const char* offered = "A new version of Kelo is available";
 constexpr const char* updateWindow = "Software Update";
+const rig::Wanted progressBar{rig::Place::windows, {rig::Role::progressBar}, "Progress"};
 
 } // namespace
 
@@ -34,11 +35,16 @@ TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     choose("Install Update");
 
     awaitText("Downloading the update…");
+    awaitThat("the bar has moved", [&] {
+        const auto bar = desktop().tree.find(progressBar);
+        return bar && bar->value() > 0;
+    });
     awaitInFront(updateWindow);
     picture("3-downloading");
     server->letGo();
 
     awaitText("The update is ready");
+    awaitText("Kelo will close, and open again as version 1.1.");
     awaitInFront(updateWindow);
     picture("4-ready");
     EXPECT_EQ(installedVersion(), "1.0");
@@ -65,6 +71,7 @@ TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     picture("7-up-to-date");
     choose("OK");
     awaitText("Check for updates automatically?");
+    awaitInFront(updateWindow);
     picture("8-automatically");
     choose("Don’t Check");
     awaitNoText("Check for updates automatically?");

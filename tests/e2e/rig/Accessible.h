@@ -18,6 +18,7 @@ enum class Role : std::uint32_t {
     menuBar = 34,
     menuItem = 35,
     passwordText = 40,
+    progressBar = 42,
     button = 43,
     radioButton = 44,
     text = 61,
