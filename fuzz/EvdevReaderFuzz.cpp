@@ -1,4 +1,4 @@
-#include "linux/input/EvdevReader.h"
+#include "linux/input/evdev/EvdevReader.h"
 
 #include <cstdint>
 #include <cstdlib>
