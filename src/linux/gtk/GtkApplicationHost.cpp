@@ -91,14 +91,22 @@ void GtkApplicationHost::makeApplication() {
 
 void GtkApplicationHost::startUp() {
     loadStyle();
-    colorScheme = std::make_unique<ColorScheme>(application->get_dbus_connection());
+    colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
     addActions();
     readScenes();
+    // After the window, which somebody waits for. The color scheme goes when the run ends.
+    platform::MainLoop::main().post([this, running = std::weak_ptr(colorScheme)] {
+        if (!running.expired())
+            showMenuBarExtras();
+    });
+    // Whether the program outlives its last window is the delegate's to say, not the toolkit's.
+    application->hold();
+}
+
+void GtkApplicationHost::showMenuBarExtras() {
     menuBarExtras = std::make_unique<MenuBarExtras>(
         application->get_dbus_connection(), scenes, *colorScheme,
         MenuBarExtras::Handlers{[this] { openMainWindow(); }, [this] { openSettings(); }});
-    // Whether the program outlives its last window is the delegate's to say, not the toolkit's.
-    application->hold();
 }
 
 void GtkApplicationHost::addActions() {

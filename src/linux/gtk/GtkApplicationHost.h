@@ -49,6 +49,7 @@ private:
     void makeApplication();
     void startUp();
     void addActions();
+    void showMenuBarExtras();
     /// What the command line can ask for besides the program's own actions.
     std::vector<platform::ProgramAction> ownActions();
     void readScenes();
@@ -70,7 +71,7 @@ private:
     platform::App* app = nullptr; ///< while it runs
     platform::SceneGraph scenes;
     bool scenesRead = false;
-    std::unique_ptr<ColorScheme> colorScheme;
+    std::shared_ptr<ColorScheme> colorScheme;
     std::unique_ptr<MenuBarExtras> menuBarExtras;
     std::unique_ptr<MenuBar> menuBar_;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
