@@ -40,7 +40,7 @@ public:
         updater::ReleaseNotes notes = {};
         std::optional<Progress> progress = std::nullopt;
         std::vector<Choice> choices = {};
-        /// Escape, or the window manager's close. The window goes only with closing().
+        /// Escape, or the window manager's close. The window does not go by itself.
         std::function<void()> dismissed = nullptr;
     };
 
