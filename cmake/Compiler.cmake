@@ -14,9 +14,12 @@ set(KELO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= take
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
-  # Without these two, ccache refuses files that use a precompiled header.
-  set(ENV{CCACHE_SLOPPINESS} "pch_defines,time_macros,include_file_mtime,include_file_ctime")
+  # Paths below the project's root count as relative to it, so that one clone finds what another has
+  # compiled; without the sloppiness ccache refuses files that use a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
+    CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+    ${CCACHE})
 endif()
 
 add_library(kelo_compiler INTERFACE)
