@@ -4,15 +4,12 @@
 
 namespace kelo::authenticator {
 
-using platform::PlatformError;
-using platform::PlatformErrorKind;
-
 Consent::Consent(const Authenticator& authenticator, std::shared_ptr<platform::Window> anchor)
     : authenticator(authenticator), anchor(std::move(anchor)) {}
 
 Consent::~Consent() = default;
 
-platform::Task<std::size_t> Consent::confirm(ConsentRequest request) {
+Task<std::size_t> Consent::confirm(ConsentRequest request) {
     const std::size_t accounts = request.accountNames.size();
     sheet = authenticator.sheets.makeSheet(anchor);
     const std::optional<std::size_t> chosen = co_await sheet->confirm(std::move(request));
@@ -21,7 +18,7 @@ platform::Task<std::size_t> Consent::confirm(ConsentRequest request) {
     co_return *chosen;
 }
 
-platform::Task<void> Consent::verify() {
+Task<void> Consent::verify() {
     const VerificationOutcome outcome = co_await authenticator.verifier.verify(*sheet);
     switch (outcome) {
     case VerificationOutcome::verified:

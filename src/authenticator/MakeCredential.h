@@ -1,8 +1,8 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
+#include "base/async/Task.h"
 #include "platform/Authorization.h"
-#include "platform/Task.h"
 
 #include <memory>
 
@@ -20,7 +20,7 @@ public:
     /// user agrees and is verified, always; only then a key is made and kept. A ceremony that fails
     /// leaves nothing behind, and one that is dropped keeps nothing that was not being written
     /// already. This must outlive the task. Failures are PlatformErrors.
-    platform::Task<platform::PlatformRegistrationCredential> run();
+    Task<platform::PlatformRegistrationCredential> run();
 
 private:
     const Authenticator authenticator;

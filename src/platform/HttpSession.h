@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
+#include "base/async/Task.h"
 #include "platform/HttpCookie.h"
-#include "platform/Task.h"
 #include "platform/UrlRequest.h"
 
 #include <optional>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "e2e/Journey.h"
-#include "e2e/rig/ProcessTree.h"
-#include "e2e/rig/StandInService.h"
-#include "e2e/rig/VoicePanel.h"
-#include "screen/OtherProgram.h"
+#include "testing/rig/ProcessTree.h"
+#include "testing/rig/StandInService.h"
+#include "testing/rig/VoicePanel.h"
+#include "testing/screen/OtherProgram.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,5 +1,5 @@
 #include "e2e/VoiceJourney.h"
-#include "e2e/rig/ChildProcess.h"
+#include "testing/rig/ChildProcess.h"
 
 namespace kelo::e2e {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/LocalizedError.h"
+#include "base/async/Spawn.h"
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeAuthorization.h"
@@ -12,8 +14,6 @@
 #include "fakes/FakeUpdater.h"
 #include "fakes/FakeWebView.h"
 #include "platform/Desktop.h"
-#include "platform/LocalizedError.h"
-#include "platform/Spawn.h"
 
 #include <memory>
 #include <optional>
@@ -22,7 +22,7 @@
 
 namespace kelo::fakes {
 
-struct FakeClock final : platform::Clock {
+struct FakeClock final : Clock {
     std::chrono::system_clock::time_point now() const override { return time; }
     std::chrono::system_clock::time_point time{};
 };
@@ -32,7 +32,7 @@ struct FakeClock final : platform::Clock {
 class ScopedTestDesktop final : public platform::Desktop {
 public:
     ScopedTestDesktop() : loopInstallation(loop), desktopInstallation(*this) {}
-    ~ScopedTestDesktop() override { platform::dropSpawnedTasks(); }
+    ~ScopedTestDesktop() override { dropSpawnedTasks(); }
     ScopedTestDesktop(const ScopedTestDesktop&) = delete;
     ScopedTestDesktop& operator=(const ScopedTestDesktop&) = delete;
 
@@ -89,7 +89,7 @@ public:
     std::optional<platform::Screen> screen = platform::Screen{{0, 25, 1440, 875}};
 
 private:
-    platform::MainLoop::Installation loopInstallation;
+    MainLoop::Installation loopInstallation;
     platform::Desktop::Installation desktopInstallation;
     FakeApplication application_;
     FakeAlerts alerts_;
@@ -103,9 +103,7 @@ struct FlowResult {
     std::optional<T> value;
     std::exception_ptr error;
     bool ended() const { return value || error; }
-    std::string errorText() const {
-        return error ? platform::localizedDescription(error) : std::string();
-    }
+    std::string errorText() const { return error ? localizedDescription(error) : std::string(); }
     template <typename Error>
     const Error* errorAs() const {
         try {
@@ -122,7 +120,7 @@ struct FlowResult {
 namespace detail {
 
 template <typename T>
-platform::Task<void> follow(platform::Task<T> task, std::shared_ptr<FlowResult<T>> result) {
+Task<void> follow(Task<T> task, std::shared_ptr<FlowResult<T>> result) {
     try {
         result->value = co_await task;
     } catch (...) {
@@ -130,7 +128,7 @@ platform::Task<void> follow(platform::Task<T> task, std::shared_ptr<FlowResult<T
     }
 }
 
-inline platform::Task<bool> toTrue(platform::Task<void> task) {
+inline Task<bool> toTrue(Task<void> task) {
     co_await task;
     co_return true;
 }
@@ -139,13 +137,13 @@ inline platform::Task<bool> toTrue(platform::Task<void> task) {
 
 /// Starts a flow; the loop must run for it to get anywhere.
 template <typename T>
-std::shared_ptr<FlowResult<T>> start(platform::Task<T> task) {
+std::shared_ptr<FlowResult<T>> start(Task<T> task) {
     auto result = std::make_shared<FlowResult<T>>();
-    platform::spawn(detail::follow(std::move(task), result));
+    spawn(detail::follow(std::move(task), result));
     return result;
 }
 
-inline std::shared_ptr<FlowResult<bool>> start(platform::Task<void> task) {
+inline std::shared_ptr<FlowResult<bool>> start(Task<void> task) {
     return start(detail::toTrue(std::move(task)));
 }
 

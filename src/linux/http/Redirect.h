@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// How many redirects a request follows before it gives up.
 inline constexpr int redirectLimit = 20;
@@ -18,4 +18,4 @@ inline constexpr int redirectLimit = 20;
 std::optional<platform::UrlRequest> redirected(const platform::UrlRequest& request, int status,
                                                const std::optional<std::string>& location);
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,5 +1,5 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/GtkAlertPresenter.h"
+#include "linux/gtk/dialogs/GtkAlertPresenter.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
@@ -12,8 +12,7 @@ namespace {
 
 using Outcome = std::shared_ptr<std::optional<platform::AlertOutcome>>;
 
-platform::Task<void> present(platform::AlertPresenter& presenter, platform::Alert alert,
-                             Outcome outcome) {
+Task<void> present(platform::AlertPresenter& presenter, platform::Alert alert, Outcome outcome) {
     *outcome = co_await presenter.runModal(std::move(alert));
 }
 
@@ -38,7 +37,7 @@ class AlertDialog : public testing::Test {
 protected:
     Outcome start(platform::Alert alert) {
         auto outcome = std::make_shared<std::optional<platform::AlertOutcome>>();
-        platform::spawn(present(presenter, std::move(alert), outcome));
+        spawn(present(presenter, std::move(alert), outcome));
         return outcome;
     }
     Gtk::Window& dialog(const std::string& title) {
@@ -51,7 +50,7 @@ protected:
     }
 
     RunningProgram program;
-    desktop::GtkAlertPresenter presenter{program.host};
+    gtk::GtkAlertPresenter presenter{program.host};
 };
 
 TEST_F(AlertDialog, SaysWhatTheAlertSays) {
@@ -186,7 +185,7 @@ TEST_F(AlertDialog, GoesWhenItsTaskIsDropped) {
         start(registrationPrompt());
         dialog("Bevestig registratie");
         program.screen.type("secret");
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         RunningProgram::settle();
         EXPECT_EQ(Gtk::Window::list_toplevels().size(), 1U);
     });
@@ -199,7 +198,7 @@ TEST_F(AlertDialog, ProgramMayEndWhileItIsUp) {
         program.host.terminate();
     });
     EXPECT_EQ(program.status, 0);
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_TRUE(Gtk::Window::list_toplevels().empty());
 }
 

@@ -12,9 +12,7 @@ std::vector<platform::ProgramAction> FakeApp::actions() {
 
 platform::SceneGraph FakeApp::body() {
     events.push_back("body");
-    const auto observed = [this] {
-        return std::vector<std::shared_ptr<platform::ObservableObject>>{state};
-    };
+    const auto observed = [this] { return std::vector<std::shared_ptr<ObservableObject>>{state}; };
     platform::WindowGroup main;
     main.identifier = "main";
     main.content = {[this] { return content(); }, observed};

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/Published.h"
 #include "component/gtk/FakePage.h"
 #include "platform/Application.h"
-#include "platform/Published.h"
 
 #include <optional>
 #include <string>
@@ -13,11 +13,11 @@ namespace kelo::tests {
 /// A system that has a main window, an "Account" menu and settings, and notes what is asked of it.
 class FakeApp final : public platform::App, private platform::ApplicationDelegate {
 public:
-    struct State : platform::ObservableObject {
-        platform::Published<bool> onLogin{*this, false};
-        platform::Published<bool> busy{*this, false};
-        platform::Published<std::optional<std::string>> error{*this, std::nullopt};
-        platform::Published<bool> registering{*this, false};
+    struct State : ObservableObject {
+        Published<bool> onLogin{*this, false};
+        Published<bool> busy{*this, false};
+        Published<std::optional<std::string>> error{*this, std::nullopt};
+        Published<bool> registering{*this, false};
     };
 
     platform::ApplicationDelegate& applicationDelegate() override { return *this; }

@@ -1,5 +1,5 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/WindowHandle.h"
+#include "linux/gtk/kit/WindowHandle.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
@@ -157,8 +157,8 @@ TEST(MainWindow, IsTheKeyWindowAndGoneFromTheListOnceClosed) {
         EXPECT_EQ(program.host.keyWindow(), nullptr);
         EXPECT_TRUE(program.host.windows().empty());
         RunningProgram::settle();
-        EXPECT_EQ(desktop::WindowHandle::resolve(windows.front()), nullptr);
-        EXPECT_NE(desktop::WindowHandle::resolve(program.host.makePlainWindow()), nullptr);
+        EXPECT_EQ(gtk::WindowHandle::resolve(windows.front()), nullptr);
+        EXPECT_NE(gtk::WindowHandle::resolve(program.host.makePlainWindow()), nullptr);
     });
 }
 

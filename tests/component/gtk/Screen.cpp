@@ -1,6 +1,6 @@
 #include "component/gtk/Screen.h"
 
-#include "screen/Picture.h"
+#include "testing/screen/Picture.h"
 
 #include <gdk/x11/gdkx.h>
 

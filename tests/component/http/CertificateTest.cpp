@@ -2,17 +2,14 @@
 
 namespace kelo::test {
 
-using platform::PlatformErrorKind;
-using platform::textOf;
-
 /// A server with the given certificate is refused with this sentence and never sees a request.
 class Certificate : public HttpFixture {
 protected:
     void expectRefused(const Identity& shown, const std::string& sentence,
                        std::string_view host = "localhost") {
         const MisbehavingServer peer(shown, MisbehavingServer::saying(httpReply("secret")));
-        platform::UrlRequest request{*platform::Url::parse("https://" + std::string(host) + ":" +
-                                                           std::to_string(peer.port()) + "/")};
+        platform::UrlRequest request{
+            *Url::parse("https://" + std::string(host) + ":" + std::to_string(peer.port()) + "/")};
         request.headers = {{"Cookie", "session-token=secret"}};
         const auto error = failureOf(request);
         EXPECT_EQ(error.kind(), PlatformErrorKind::insecure);
@@ -81,17 +78,17 @@ TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
 }
 
 TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
-    Session strict(Session::Cookies::none, std::make_shared<desktop::TrustedAuthority>(""));
+    Session strict(Session::Cookies::none, std::make_shared<http::TrustedAuthority>(""));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), platform::PlatformError);
+    EXPECT_THROW(rig.run(strict.data(peer->url())), PlatformError);
     EXPECT_TRUE(peer->requests().empty());
 }
 
 TEST_F(Certificate, UnreadableAuthorityTrustsNobody) {
-    Session strict(Session::Cookies::none, std::make_shared<desktop::TrustedAuthority>(
-                                               "-----BEGIN CERTIFICATE-----\nAA\n"));
+    Session strict(Session::Cookies::none,
+                   std::make_shared<http::TrustedAuthority>("-----BEGIN CERTIFICATE-----\nAA\n"));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), platform::PlatformError);
+    EXPECT_THROW(rig.run(strict.data(peer->url())), PlatformError);
 }
 
 } // namespace kelo::test

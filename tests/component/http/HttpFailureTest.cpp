@@ -2,8 +2,6 @@
 
 namespace kelo::test {
 
-using platform::PlatformErrorKind;
-using platform::textOf;
 using platform::UrlRequest;
 
 using HttpFailure = HttpFixture;
@@ -24,7 +22,7 @@ const std::string cutShort = "The reply from localhost broke off before its end.
 } // namespace
 
 TEST_F(HttpFailure, RefusedConnectionIsNamed) {
-    platform::Url nobody = server(MisbehavingServer::saying(""))->url();
+    Url nobody = server(MisbehavingServer::saying(""))->url();
     const auto error = failureOf({nobody});
     EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(), "Could not connect to localhost: Connection refused.");
@@ -32,7 +30,7 @@ TEST_F(HttpFailure, RefusedConnectionIsNamed) {
 }
 
 TEST_F(HttpFailure, UnknownHostIsNamed) {
-    const auto error = failureOf({*platform::Url::parse("https://no-such-host.invalid/")});
+    const auto error = failureOf({*Url::parse("https://no-such-host.invalid/")});
     EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(),
               "Could not find no-such-host.invalid. Check the network connection and try again.");
@@ -82,8 +80,7 @@ TEST_F(HttpFailure, RedirectsShareOneDeadline) {
 }
 
 TEST_F(HttpFailure, DefaultTimeOutIsAMinute) {
-    EXPECT_EQ(UrlRequest{*platform::Url::parse("https://localhost")}.timeout,
-              std::chrono::seconds(60));
+    EXPECT_EQ(UrlRequest{*Url::parse("https://localhost")}.timeout, std::chrono::seconds(60));
 }
 
 TEST_F(HttpFailure, ReplyShorterThanItsContentLengthIsNoReply) {

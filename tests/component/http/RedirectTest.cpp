@@ -4,9 +4,6 @@
 
 namespace kelo::test {
 
-using platform::bytesOf;
-using platform::PlatformErrorKind;
-using platform::textOf;
 using platform::UrlRequest;
 using testing::ElementsAre;
 
@@ -21,7 +18,7 @@ protected:
         });
     }
 
-    static UrlRequest registration(platform::Url url) {
+    static UrlRequest registration(Url url) {
         UrlRequest request{std::move(url)};
         request.method = "POST";
         request.headers = {{"Cookie", "session-token=secret"},

@@ -11,7 +11,7 @@ protected:
         peer = site(std::move(more));
         platform::WebViewConfiguration configuration;
         platform::UserScript script;
-        script.source = hidePasskeyButtonsScript;
+        script.source = web::hidePasskeyButtonsScript;
         configuration.userScripts.push_back(script);
         makeView(peer->url(), configuration);
         open(peer->url("/"));

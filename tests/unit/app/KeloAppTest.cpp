@@ -12,9 +12,9 @@ namespace {
 struct KeloAppTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
     fakes::FakeApplication& application = desktop.application();
-    KeloApp app;
+    app::KeloApp app;
 
-    ~KeloAppTest() override { platform::dropSpawnedTasks(); }
+    ~KeloAppTest() override { dropSpawnedTasks(); }
 
     void launch() {
         application.run(app);
@@ -22,7 +22,7 @@ struct KeloAppTest : testing::Test {
     }
     /// How often the voice controller was started, by its log line.
     long starts() {
-        const std::string& log = desktop.fileSystem().files[std::string(debugLogPath)];
+        const std::string& log = desktop.fileSystem().files[std::string(log::debugLogPath)];
         const std::string line = "VoiceController.start — widget = web /widget host\n";
         long count = 0;
         for (auto at = log.find(line); at != std::string::npos; at = log.find(line, at + 1))
@@ -78,7 +78,7 @@ TEST_F(KeloAppTest, AccountItemIsDisabledWhileARegistrationRuns) {
     launch();
     desktop.webViews.at(0)->cookies = {{"session-token", "x", "localhost"}};
     int redraws = 0;
-    std::vector<platform::Observation> observations;
+    std::vector<Observation> observations;
     for (const auto& object : application.mainWindowGroup().commands[0].items.observed())
         observations.push_back(object->observe([&] { ++redraws; }));
     accountItem().action();

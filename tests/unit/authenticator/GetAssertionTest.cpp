@@ -6,7 +6,6 @@ namespace kelo {
 
 using authenticator::Ceremony;
 using authenticator::VerificationOutcome;
-using platform::PlatformErrorKind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -42,12 +41,12 @@ TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
     EXPECT_TRUE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
     EXPECT_FALSE(verifyAssertion(*ended->value, registration->publicKey, "example.org", true));
     EXPECT_EQ(ended->value->credentialId, credential.credentialId);
-    EXPECT_EQ(ended->value->userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(ended->value->userId, bytesOf("user-1"));
     EXPECT_EQ(ended->value->rawAuthenticatorData->size(), 37U);
     EXPECT_EQ(ended->value->rawAuthenticatorData->at(32), 0x05);
-    EXPECT_EQ(platform::textOf(ended->value->rawClientDataJson),
+    EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.get\",\"challenge\":\"" +
-                  authenticator::base64Url(platform::bytesOf("assertion challenge")) +
+                  webauthn::base64Url(bytesOf("assertion challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
@@ -109,8 +108,8 @@ TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyWhenNoneIsAllowed) {
     registered("zoe", "user-1");
     auto request = assertion();
     request.allowedCredentials.emplace();
-    request.allowedCredentials->push_back({platform::Bytes(32)});
-    request.allowedCredentials->push_back({platform::Bytes()});
+    request.allowedCredentials->push_back({Bytes(32)});
+    request.allowedCredentials->push_back({Bytes()});
     expectError(*signIn(request), PlatformErrorKind::noCredential, noPasskey);
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
@@ -129,7 +128,7 @@ TEST_F(GetAssertionTest, OffersOnlyAllowedPasskeys) {
     registered("max", "user-2");
     auto request = assertion();
     request.allowedCredentials.emplace();
-    request.allowedCredentials->push_back({platform::Bytes(32)});
+    request.allowedCredentials->push_back({Bytes(32)});
     request.allowedCredentials->push_back(descriptor(zoe));
     const auto ended = signIn(request);
     EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("zoe"));
@@ -144,7 +143,7 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
     const auto ended = signIn(assertion());
     EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("max", "zoe"));
     ASSERT_TRUE(ended->value);
-    EXPECT_EQ(ended->value->userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(ended->value->userId, bytesOf("user-1"));
     const auto key = [](const auto& credential) {
         return verifyRegistration(credential, "localhost")->publicKey;
     };

@@ -6,7 +6,6 @@ namespace kelo {
 
 using authenticator::Ceremony;
 using authenticator::VerificationOutcome;
-using platform::PlatformErrorKind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -19,7 +18,7 @@ TEST_F(MakeCredentialTest, MakesACredentialThatSomeoneElsesLibraryAccepts) {
     ASSERT_TRUE(verified);
     EXPECT_EQ(verified->flags, 0x45);
     EXPECT_EQ(verified->counter, 0U);
-    EXPECT_EQ(verified->aaguid, platform::Bytes(16));
+    EXPECT_EQ(verified->aaguid, Bytes(16));
     EXPECT_EQ(verified->credentialId, ended->value->credentialId);
     EXPECT_EQ(verified->credentialId.size(), 32U);
 }
@@ -39,9 +38,9 @@ TEST_F(MakeCredentialTest, TellsThePersonWhoAsksAndForWhichAccount) {
 
 TEST_F(MakeCredentialTest, WritesTheClientDataFromTheFixedTemplate) {
     const auto ended = doRegister(registration());
-    EXPECT_EQ(platform::textOf(ended->value->rawClientDataJson),
+    EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.create\",\"challenge\":\"" +
-                  authenticator::base64Url(platform::bytesOf("creation challenge")) +
+                  webauthn::base64Url(bytesOf("creation challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
@@ -49,7 +48,7 @@ TEST_F(MakeCredentialTest, KeepsWhatTheServiceNeedsLater) {
     const auto ended = doRegister(registration("zoe", "user-1"));
     ASSERT_EQ(kept().size(), 1U);
     EXPECT_EQ(kept()[0].credentialId, ended->value->credentialId);
-    EXPECT_EQ(kept()[0].userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(kept()[0].userId, bytesOf("user-1"));
     EXPECT_EQ(kept()[0].accountName, "zoe");
     EXPECT_EQ(kept()[0].created, scope.clock.time);
 }
@@ -145,7 +144,7 @@ TEST_F(MakeCredentialTest, CancelWhileTheKeyringWaitsEndsAtOnceAndKeepsNothing) 
 TEST_F(MakeCredentialTest, DroppedWhileTheSheetIsOpenItClosesTheSheet) {
     scope.person.leavesOpen = true;
     doRegister(registration());
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 

@@ -3,8 +3,6 @@
 namespace kelo {
 namespace {
 
-using platform::Bytes;
-
 struct PasskeyRegistrarTest : RegistrationFixture {};
 
 TEST_F(PasskeyRegistrarTest, EmptyCookieListAsksToLogInAndSendsNothing) {
@@ -58,8 +56,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(verify.headers, (Headers{{"Cookie", cookieHeader},
                                        {"x-csrf-token", "csrf"},
                                        {"Content-Type", "application/json"}}));
-    EXPECT_EQ(nlohmann::json::parse(platform::textOf(verify.body.value())),
-              nlohmann::json::parse(R"json({
+    EXPECT_EQ(nlohmann::json::parse(textOf(verify.body.value())), nlohmann::json::parse(R"json({
         "label": "Mac (Kelo)", "password": "my code", "mfaCode": "my code",
         "response": {
             "id": "AQID", "rawId": "AQID", "type": "public-key",
@@ -67,8 +64,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
             "response": {"clientDataJSON": "e30", "attestationObject": "-_8",
                          "transports": ["internal"]}}})json"));
     EXPECT_EQ(*verify.body->begin(), '{');
-    EXPECT_EQ(platform::textOf(*verify.body).find(' '),
-              platform::textOf(*verify.body).find(" (Kelo)"));
+    EXPECT_EQ(textOf(*verify.body).find(' '), textOf(*verify.body).find(" (Kelo)"));
 }
 
 TEST_F(PasskeyRegistrarTest, SuccessLeavesItsMessageAndTheNextStartClearsIt) {
@@ -124,7 +120,7 @@ TEST_F(PasskeyRegistrarTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough
     session.reply(200, R"({"token":"csrf"})");
     session.reply(200, "<html>");
     const auto flow = start(signedIn);
-    ASSERT_TRUE(flow->errorAs<platform::PlatformError>());
+    ASSERT_TRUE(flow->errorAs<PlatformError>());
     EXPECT_FALSE(registrar->busy);
 }
 
@@ -163,10 +159,10 @@ TEST_F(PasskeyRegistrarTest, OnlyChallengeNameAndUserIdComeFromTheService) {
 
 TEST_F(PasskeyRegistrarTest, CancelledSheetGivesThePlatformsOwnText) {
     const auto flow = startUpToSheet();
-    desktop.controllers.at(0)->fail(std::make_exception_ptr(platform::PlatformError(
-        platform::PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+    desktop.controllers.at(0)->fail(std::make_exception_ptr(
+        PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
     desktop.loop.runUntilIdle();
-    EXPECT_TRUE(flow->errorAs<platform::PlatformError>());
+    EXPECT_TRUE(flow->errorAs<PlatformError>());
     EXPECT_EQ(flow->errorText(), "The passkey request was cancelled.");
     EXPECT_FALSE(registrar->busy);
     EXPECT_EQ(session.sent.size(), 2u);
@@ -176,9 +172,9 @@ TEST_F(PasskeyRegistrarTest, CredentialOfAnotherKindIsRejected) {
     const auto flow = startUpToSheet();
     desktop.controllers.at(0)->complete({platform::PlatformAssertionCredential{}});
     desktop.loop.runUntilIdle();
-    const auto* error = flow->errorAs<PasskeyError>();
+    const auto* error = flow->errorAs<passkey::PasskeyError>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(*error, PasskeyError::signInRejected());
+    EXPECT_EQ(*error, passkey::PasskeyError::signInRejected());
 }
 
 TEST_F(PasskeyRegistrarTest, MissingAttestationObjectIsNamed) {
@@ -193,9 +189,9 @@ TEST_F(PasskeyRegistrarTest, MissingAttestationObjectIsNamed) {
 TEST_F(PasskeyRegistrarTest, BodyThatCannotBeWrittenPassesTheWritersErrorThrough) {
     const auto flow = startUpToSheet("bad \xFF");
     confirm();
-    const auto* error = flow->errorAs<platform::PlatformError>();
+    const auto* error = flow->errorAs<PlatformError>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind(), platform::PlatformErrorKind::invalidJson);
+    EXPECT_EQ(error->kind(), PlatformErrorKind::invalidJson);
     EXPECT_EQ(session.sent.size(), 2u);
     EXPECT_FALSE(registrar->busy);
 }
@@ -221,8 +217,8 @@ TEST_F(PasskeyRegistrarTest, Only200IsASuccess) {
 }
 
 TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
-    const auto failure = std::make_exception_ptr(platform::PlatformError(
-        platform::PlatformErrorKind::timedOut, "localhost did not answer."));
+    const auto failure = std::make_exception_ptr(
+        PlatformError(PlatformErrorKind::timedOut, "localhost did not answer."));
     for (int answered = 0; answered < 3; ++answered) {
         desktop.controllers.clear();
         if (answered > 0)
@@ -233,7 +229,7 @@ TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
         const auto flow = start(signedIn);
         if (answered > 1)
             confirm();
-        EXPECT_TRUE(flow->errorAs<platform::PlatformError>()) << answered;
+        EXPECT_TRUE(flow->errorAs<PlatformError>()) << answered;
         EXPECT_EQ(flow->errorText(), "localhost did not answer.");
         EXPECT_FALSE(registrar->busy);
     }

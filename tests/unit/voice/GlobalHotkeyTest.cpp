@@ -17,7 +17,7 @@ constexpr platform::ModifierFlags chord = modifier::control | modifier::option;
 struct GlobalHotkeyTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
     fakes::FakeEventMonitors& monitors = desktop.monitors;
-    std::shared_ptr<GlobalHotkey> hotkey = std::make_shared<GlobalHotkey>();
+    std::shared_ptr<voice::GlobalHotkey> hotkey = std::make_shared<voice::GlobalHotkey>();
     Actions actions;
 
     GlobalHotkeyTest() {
@@ -25,7 +25,7 @@ struct GlobalHotkeyTest : testing::Test {
         hotkey->onHoldStart = [this] { actions.emplace_back("hold start"); };
         hotkey->onHoldEnd = [this] { actions.emplace_back("hold end"); };
     }
-    std::string log() { return desktop.fileSystem().files[std::string(debugLogPath)]; }
+    std::string log() { return desktop.fileSystem().files[std::string(log::debugLogPath)]; }
     void flags(platform::ModifierFlags flags) const { hotkey->handleFlagsChanged(flags); }
     void wait(std::chrono::duration<double> span) { desktop.loop.advance(span); }
 };
@@ -150,7 +150,7 @@ TEST_F(GlobalHotkeyTest, ActionMayReplaceItselfWhileItRuns) {
 }
 
 TEST_F(GlobalHotkeyTest, ActionsAreEmptyUnlessSet) {
-    hotkey = std::make_shared<GlobalHotkey>();
+    hotkey = std::make_shared<voice::GlobalHotkey>();
     flags(chord);
     flags(0);
     flags(chord);
@@ -250,7 +250,7 @@ TEST_F(GlobalHotkeyTest, MonitorsOutliveTheHotkeyAndDoNothing) {
 TEST_F(GlobalHotkeyTest, NothingHandedToThePlatformKeepsTheHotkeyAlive) {
     hotkey->start();
     flags(chord);
-    const std::weak_ptr<GlobalHotkey> weak = hotkey;
+    const std::weak_ptr<voice::GlobalHotkey> weak = hotkey;
     hotkey.reset();
     EXPECT_TRUE(weak.expired());
 }

@@ -1,7 +1,7 @@
 #include "voice/VoiceWidgetWindow.h"
 
 #include "fakes/ScopedTestDesktop.h"
-#include "passkey/ServiceEndpoints.h"
+#include "service/ServiceEndpoints.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ using Calls = std::vector<std::string>;
 
 struct VoiceWidgetWindowTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<VoiceWidgetWindow> widget = std::make_shared<VoiceWidgetWindow>();
+    std::shared_ptr<voice::VoiceWidgetWindow> widget = std::make_shared<voice::VoiceWidgetWindow>();
 
     fakes::FakePanel& panel() { return *desktop.panels.at(0); }
     fakes::FakeWebView& page() { return *desktop.webViews.at(0); }
@@ -83,7 +83,7 @@ TEST_F(VoiceWidgetWindowTest, WebViewSharesTheStoreAndHasOneHandlerAndNoUserScri
 TEST_F(VoiceWidgetWindowTest, EachShowFromHiddenLoadsTheWidgetPageAnew) {
     widget->show();
     ASSERT_EQ(page().loads.size(), 1u);
-    EXPECT_EQ(page().loads[0].url.absoluteString(), widgetURL().absoluteString());
+    EXPECT_EQ(page().loads[0].url.absoluteString(), service::widgetURL().absoluteString());
     EXPECT_EQ(page().loads[0].timeout, std::chrono::seconds(60));
     EXPECT_EQ(page().loads[0].cachePolicy, platform::CachePolicy::useProtocolCachePolicy);
     widget->hide();
@@ -199,7 +199,7 @@ TEST_F(VoiceWidgetWindowTest, WithoutAMonitorEscapeDoesNotClose) {
 
 TEST_F(VoiceWidgetWindowTest, ServiceHostGetsMicrophoneAndCameraAlike) {
     widget->show();
-    const std::string host(relyingPartyIdentifier());
+    const std::string host(service::relyingPartyIdentifier());
     for (const auto type : {MediaCaptureType::microphone, MediaCaptureType::camera,
                             MediaCaptureType::cameraAndMicrophone})
         EXPECT_EQ(page().requestMedia(host, type), PermissionDecision::grant);
@@ -207,7 +207,7 @@ TEST_F(VoiceWidgetWindowTest, ServiceHostGetsMicrophoneAndCameraAlike) {
 
 TEST_F(VoiceWidgetWindowTest, EveryOtherHostIsDenied) {
     widget->show();
-    const std::string host(relyingPartyIdentifier());
+    const std::string host(service::relyingPartyIdentifier());
     std::string otherCase = host;
     otherCase[0] = static_cast<char>(std::toupper(otherCase[0]));
     for (const auto& other : {"voice." + host, host + ".", otherCase, host + ".example.org",
@@ -238,13 +238,13 @@ TEST_F(VoiceWidgetWindowTest, EveryOtherMessageIsIgnored) {
 
 TEST_F(VoiceWidgetWindowTest, ItsOwnWebViewDoesNotKeepTheWidgetAlive) {
     widget->show();
-    const std::weak_ptr<VoiceWidgetWindow> weak = widget;
+    const std::weak_ptr<voice::VoiceWidgetWindow> weak = widget;
     widget.reset();
     EXPECT_TRUE(weak.expired());
     page().post("kelo", std::string("close"));
     EXPECT_TRUE(panel().visible);
-    EXPECT_FALSE(
-        page().requestMedia(std::string(relyingPartyIdentifier()), MediaCaptureType::microphone));
+    EXPECT_FALSE(page().requestMedia(std::string(service::relyingPartyIdentifier()),
+                                     MediaCaptureType::microphone));
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Reads the Ctrl keys and the left Alt of every keyboard from the kernel, whatever the desktop and
 /// whoever has the focus. The kernel is told to hand out no other key; where it cannot do that, no
@@ -30,8 +30,8 @@ public:
 
     std::string name() const override { return "evdev"; }
     Availability availability() const override;
-    /// It hears everything, but goes by the place of the keys; what our own windows are told goes by
-    /// the user's layout, so that counts there.
+    /// It hears everything, but goes by the place of the keys; what our own windows are told goes
+    /// by the user's layout, so that counts there.
     bool coversOwnWindows() const override { return false; }
     /// False when no keyboard can be read.
     bool start(Handler handler) override;
@@ -43,4 +43,4 @@ private:
     std::shared_ptr<Keyboards> keyboards;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input
