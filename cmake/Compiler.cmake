@@ -29,6 +29,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651. Remove when GCC 12 is no longer supported.
   target_compile_options(kelo_compiler INTERFACE -Wno-restrict)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 16)
+  # Stands in for a header of GCC's standard library that Clang 14 cannot use. Remove when Clang 16 is
+  # the oldest that scripts/lint and scripts/fuzz meet.
+  include_directories(BEFORE SYSTEM ${PROJECT_SOURCE_DIR}/cmake/clang)
+endif()
 if(KELO_WARNINGS_AS_ERRORS)
   target_compile_options(kelo_compiler INTERFACE -Werror)
 endif()

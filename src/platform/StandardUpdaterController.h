@@ -7,8 +7,8 @@ namespace kelo::platform {
 class StandardUpdaterController {
 public:
     virtual ~StandardUpdaterController() = default;
-    /// The user asks: shows what comes of it in windows of its own, failures included. While a check
-    /// is under way, its window comes to the front instead.
+    /// The user asks: shows what comes of it in windows of its own, failures included. While a
+    /// check is under way, its window comes to the front instead.
     virtual void checkForUpdates() = 0;
 };
 

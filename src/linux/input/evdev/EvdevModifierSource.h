@@ -30,8 +30,8 @@ public:
 
     std::string name() const override { return "evdev"; }
     Availability availability() const override;
-    /// It hears everything, but goes by the place of the keys; what our own windows are told goes by
-    /// the user's layout, so that counts there.
+    /// It hears everything, but goes by the place of the keys; what our own windows are told goes
+    /// by the user's layout, so that counts there.
     bool coversOwnWindows() const override { return false; }
     /// False when no keyboard can be read.
     bool start(Handler handler) override;

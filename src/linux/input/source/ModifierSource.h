@@ -29,8 +29,8 @@ public:
     /// May look at the system anew at each call; quick, and changes nothing.
     virtual Availability availability() const = 0;
     bool isAvailable() const { return availability().available; }
-    /// Whether it is also the one to believe while a window of ours has the focus; otherwise what the
-    /// toolkit tells those windows counts meanwhile.
+    /// Whether it is also the one to believe while a window of ours has the focus; otherwise what
+    /// the toolkit tells those windows counts meanwhile.
     virtual bool coversOwnWindows() const = 0;
 
     /// Begins to watch, once; false when it cannot. The handler is held until the source goes, and
