@@ -6,8 +6,17 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG" CACHE STRING "Flags of the Release build type" FORCE)
-set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g -fno-omit-frame-pointer" CACHE STRING "Flags of the Sanitize build type")
-set(CMAKE_EXE_LINKER_FLAGS_SANITIZE "" CACHE STRING "Linker flags of the Sanitize build type")
+# By force, because project() has put an empty text there, whatever the build type is called.
+set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g -fno-omit-frame-pointer" CACHE STRING "Flags of the Sanitize build type" FORCE)
+
+option(KELO_BUILD_FUZZERS "Build the fuzz targets (Clang only)" OFF)
+if(KELO_BUILD_FUZZERS)
+  # libFuzzer comes with Clang alone. Every file of ours tells it which way it went.
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "The fuzz targets need Clang: use scripts/fuzz, or configure with -DCMAKE_CXX_COMPILER=clang++.")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 option(KELO_WARNINGS_AS_ERRORS "Stop at the first warning in our own code" OFF)
 set(KELO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
@@ -29,6 +38,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651. Remove when GCC 12 is no longer supported.
   target_compile_options(kelo_compiler INTERFACE -Wno-restrict)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 16)
+  # Stands in for a header of GCC's standard library that Clang 14 cannot use. Remove when Clang 16 is
+  # the oldest that scripts/lint and scripts/fuzz meet.
+  include_directories(BEFORE SYSTEM ${PROJECT_SOURCE_DIR}/cmake/clang)
+endif()
 if(KELO_WARNINGS_AS_ERRORS)
   target_compile_options(kelo_compiler INTERFACE -Werror)
 endif()
@@ -38,6 +52,10 @@ if(KELO_SANITIZE)
   # The web engine is built without type information and ends up in our copies of inline functions of
   # the standard library, where the check of the type would take its objects for corrupt ones.
   add_compile_options(-fno-sanitize=vptr)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # Clang 14 cannot put this check's data in front of a coroutine.
+    add_compile_options(-fno-sanitize=function)
+  endif()
   add_link_options(-fsanitize=${KELO_SANITIZE})
 else()
   add_compile_options(-fstack-protector-strong)
