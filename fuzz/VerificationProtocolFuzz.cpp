@@ -37,11 +37,11 @@ void examine(const authorization::Message& message, std::string_view stream,
 
 // What one side makes presentable, the other side's reader takes.
 void examinePresentable(std::string_view text) {
-    const std::string shown = presentable(text);
-    require(shown.size() <= longestPayload);
-    require(presentable(shown) == shown);
-    MessageReader reader;
-    reader.feed(encode(MessageType::information, shown));
+    const std::string shown = authorization::presentable(text);
+    require(shown.size() <= authorization::longestPayload);
+    require(authorization::presentable(shown) == shown);
+    authorization::MessageReader reader;
+    reader.feed(authorization::encode(authorization::MessageType::information, shown));
     const auto message = reader.next();
     require(message && message->payload == shown && !reader.midMessage());
 }
@@ -53,13 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     const std::size_t piece = std::size_t{data[0]} + 1;
     const std::string stream(data + 1, data + size);
-<<<<<<< HEAD
-    require(authorization::presentable(stream).size() <= authorization::longestPayload);
-    require(authorization::presentable(authorization::presentable(stream)) ==
-            authorization::presentable(stream));
-=======
     examinePresentable(stream);
->>>>>>> tools
 
     authorization::MessageReader reader;
     std::size_t consumed = 0;

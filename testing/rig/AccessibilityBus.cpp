@@ -54,7 +54,8 @@ gboolean turnTheLoop(gpointer) {
 
 class Ticker {
 public:
-    Ticker() : source(g_timeout_add(100, turnTheLoop, nullptr)) {}
+    explicit Ticker(std::chrono::milliseconds interval)
+        : source(g_timeout_add(static_cast<guint>(interval.count()), turnTheLoop, nullptr)) {}
     ~Ticker() { g_source_remove(source); }
     Ticker(const Ticker&) = delete;
     Ticker& operator=(const Ticker&) = delete;
@@ -162,9 +163,9 @@ std::vector<ObjectAddress> AccessibilityBus::pages() const {
     return roots;
 }
 
-bool AccessibilityBus::await(const std::function<bool()>& condition,
-                             std::chrono::seconds deadline) const {
-    const Ticker ticker;
+bool AccessibilityBus::await(const std::function<bool()>& condition, std::chrono::seconds deadline,
+                             std::chrono::milliseconds interval) const {
+    const Ticker ticker(interval);
     const auto end = std::chrono::steady_clock::now() + deadline;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end)

@@ -51,8 +51,9 @@ public:
     std::vector<ObjectAddress> pages() const;
 
     /// Evaluates the condition now and after every event on the bus until it holds; false when the
-    /// deadline passed first. What announces itself by no event is looked at ten times a second.
-    bool await(const std::function<bool()>& condition, std::chrono::seconds deadline) const;
+    /// deadline passed first. What announces itself by no event is looked at every `interval`.
+    bool await(const std::function<bool()>& condition, std::chrono::seconds deadline,
+               std::chrono::milliseconds interval = std::chrono::milliseconds(100)) const;
 
 private:
     std::vector<std::string> names() const;

@@ -10,6 +10,7 @@ namespace kelo::rig {
 namespace {
 
 constexpr int deepest = 40;
+constexpr std::chrono::milliseconds twoFrames{40};
 
 /// Calls visit for every object below, the parents first, until it answers false.
 bool walk(const Accessible& object, int depth,
@@ -134,6 +135,25 @@ void AccessibleTree::awaitThat(const std::string& what,
                                const std::function<bool()>& condition) const {
     if (!bus.await(condition, deadline))
         throw std::runtime_error("Waited in vain until " + what + ". What there is:\n" + picture());
+}
+
+Area AccessibleTree::awaitRest(const std::string& what,
+                               const std::function<std::optional<Area>()>& look) const {
+    using Clock = std::chrono::steady_clock;
+    std::optional<Area> last;
+    auto lastLook = Clock::time_point::min();
+    const auto rests = [&] {
+        if (last && Clock::now() - lastLook < twoFrames)
+            return false;
+        const std::optional<Area> place = look();
+        const bool same = place && place == last;
+        last = place;
+        lastLook = Clock::now();
+        return same;
+    };
+    if (!bus.await(rests, deadline, twoFrames))
+        throw std::runtime_error("Waited in vain until " + what + ". What there is:\n" + picture());
+    return *last;
 }
 
 bool AccessibleTree::pageSays(const std::string& text) const {

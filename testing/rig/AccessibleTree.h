@@ -1,6 +1,7 @@
 #pragma once
 
 #include "testing/rig/Accessible.h"
+#include "testing/rig/Screen.h"
 
 #include <chrono>
 #include <functional>
@@ -52,6 +53,11 @@ public:
     void awaitGone(const Wanted& wanted) const;
     /// Waits for anything else; `what` completes the sentence "Waited in vain until …".
     void awaitThat(const std::string& what, const std::function<bool()>& condition) const;
+    /// Waits until two looks in a row, with at least two frames of the screen between them, find
+    /// the same place, and gives it. A page that is still loading, or a window that the manager has
+    /// not placed yet, shows an object where it will not stay. `look` answers nothing as long as
+    /// there is no place.
+    Area awaitRest(const std::string& what, const std::function<std::optional<Area>()>& look) const;
 
     /// All shown ones, in the order of the tree.
     std::vector<Accessible> findAll(const Wanted& wanted) const;

@@ -77,6 +77,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
     const Descriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
     if (sink.get() < 0 || nothing.get() < 0)
         throw std::runtime_error("The output of " + command.front() + " cannot be kept.");
+    outputBegin = std::filesystem::file_size(output);
     if (access(command.front().c_str(), X_OK) != 0)
         throw std::runtime_error("There is no program " + command.front() + ".");
     const pid_t parent = getpid();
@@ -120,6 +121,7 @@ std::optional<int> ChildProcess::awaitExit(std::chrono::seconds deadline) {
 
 std::string ChildProcess::printed() const {
     std::ifstream file(output);
+    file.seekg(static_cast<std::streamoff>(outputBegin));
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

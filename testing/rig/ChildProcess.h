@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -10,8 +11,8 @@
 
 namespace kelo::rig {
 
-/// A program run by us, its output and errors together in a file. It ends when we end, whatever
-/// ends us.
+/// A program run by us, its output and errors together at the end of a file. It ends when we end,
+/// whatever ends us.
 class ChildProcess {
 public:
     /// Runs the program with our environment changed by `environment` (an empty value removes).
@@ -28,7 +29,7 @@ public:
     bool isRunning();
     /// Its exit status once it has ended by itself (128 + signal if a signal ended it).
     std::optional<int> awaitExit(std::chrono::seconds deadline);
-    /// What it has printed so far.
+    /// What it has printed so far, without what the file held before.
     std::string printed() const;
     /// True as soon as it has printed the text; false when it ends first, or the deadline passes.
     bool awaitPrinted(const std::string& text, std::chrono::seconds deadline);
@@ -38,6 +39,7 @@ private:
     pid_t process = -1;
     std::optional<int> status;
     std::filesystem::path output;
+    std::uintmax_t outputBegin = 0;
 };
 
 } // namespace kelo::rig

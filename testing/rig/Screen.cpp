@@ -29,8 +29,9 @@ screen::Picture settled(const screen::XConnection& connection) {
 
 Screen::Screen() = default;
 
-bool Screen::isDrawn(Point corner, int width, int height) const {
-    return screen::Picture(connection).isDrawn(corner.x, corner.y, width, height);
+bool Screen::isDrawn(const Area& area) const {
+    return screen::Picture(connection)
+        .isDrawn(area.corner.x, area.corner.y, area.width, area.height);
 }
 
 void Screen::press(const std::string& key, const std::vector<std::string>& modifiers) const {

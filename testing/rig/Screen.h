@@ -14,6 +14,17 @@ namespace kelo::rig {
 
 using screen::Point;
 using screen::ScreenWindow;
+using screen::WindowId;
+
+/// A rectangle of the screen, in pixels from its upper left corner.
+struct Area {
+    Point corner;
+    int width = 0;
+    int height = 0;
+
+    Point middle() const { return {corner.x + width / 2, corner.y + height / 2}; }
+    friend bool operator==(const Area&, const Area&) = default;
+};
 
 /// The X screen of this desktop: its windows, its keyboard and mouse, and pictures of it.
 class Screen {
@@ -22,7 +33,7 @@ public:
     Screen();
 
     /// Whether the area shows anything at all: more than a single color.
-    bool isDrawn(Point corner, int width, int height) const;
+    bool isDrawn(const Area& area) const;
 
     /// Presses and releases one key by its name ("Return", "Escape", "F10"), with the modifiers
     /// ("Control_L") held.

@@ -44,57 +44,56 @@ std::optional<Accessible> windowHolding(const AccessibilityBus& bus, Accessible 
 User::User(const PrivateDesktop& desktop) : desktop(desktop) {}
 
 /// The accessibility tree knows places in a window, and the X server where the windows stand. The
-/// two meet by the window's title and size; the server's has a margin around, where a program draws
-/// its frame by itself.
-Point User::cornerOnScreen(const Accessible& object) const {
+/// two meet by the window's title and size.
+std::optional<ScreenWindow> User::windowOnScreen(const Accessible& window) const {
+    const Extents area = window.extents();
+    const std::string title = window.name();
+    std::optional<ScreenWindow> nearest;
+    const auto difference = [&](const ScreenWindow& shown) {
+        return std::abs(shown.width - area.width) + std::abs(shown.height - area.height);
+    };
+    for (const auto& shown : desktop.screen.windows.managed()) {
+        if (shown.title == title && (!nearest || difference(shown) < difference(*nearest)))
+            nearest = shown;
+    }
+    return nearest;
+}
+
+std::optional<Area> User::placeOnScreen(const Accessible& object, WindowId pageHolder) const {
+    const Extents place = object.extents();
+    if (pageHolder != 0) {
+        const Point corner = desktop.screen.windows.describe(pageHolder).origin;
+        return Area{{corner.x + place.x, corner.y + place.y}, place.width, place.height};
+    }
     auto holder = windowHolding(desktop.bus, object);
     if (!holder)
         holder = desktop.tree.mainWindow(); // a page
-    if (!holder)
-        throw std::runtime_error("No window is on the screen.");
+    const auto window = holder ? windowOnScreen(*holder) : std::nullopt;
+    if (!window)
+        return std::nullopt;
+    // The server's window has a margin around, where a program draws its frame by itself.
     const Extents area = holder->extents();
-    const std::string title = holder->name();
-    std::optional<ScreenWindow> shownIn;
-    const auto difference = [&](const ScreenWindow& window) {
-        return std::abs(window.width - area.width) + std::abs(window.height - area.height);
-    };
-    for (const auto& window : desktop.screen.windows.managed()) {
-        if (window.title == title && (!shownIn || difference(window) < difference(*shownIn)))
-            shownIn = window;
-    }
-    if (!shownIn)
-        throw std::runtime_error("No window of the screen shows \"" + object.name() +
-                                 "\". The windows are:\n" +
-                                 screen::Windows::picture(desktop.screen.windows.managed()) +
-                                 "The accessible objects are:\n" + desktop.tree.picture());
-    const Extents place = object.extents();
-    return {shownIn->origin.x + (shownIn->width - area.width) / 2 + place.x,
-            shownIn->origin.y + (shownIn->height - area.height) / 2 + place.y};
+    return Area{{window->origin.x + (window->width - area.width) / 2 + place.x,
+                 window->origin.y + (window->height - area.height) / 2 + place.y},
+                place.width,
+                place.height};
 }
 
-void User::awaitDrawn(const Wanted& wanted) const {
-    desktop.tree.await(wanted);
-    desktop.tree.awaitThat(wanted.description() + " is drawn", [&] {
+Area User::awaitDrawn(const Wanted& wanted, WindowId pageHolder) const {
+    const auto look = [&]() -> std::optional<Area> {
         const auto found = desktop.tree.find(wanted);
-        if (!found)
-            return false;
-        const Extents place = found->extents();
-        return desktop.screen.isDrawn(cornerOnScreen(*found), place.width, place.height);
-    });
+        const auto place = found ? placeOnScreen(*found, pageHolder) : std::nullopt;
+        return place && desktop.screen.isDrawn(*place) ? place : std::nullopt;
+    };
+    return desktop.tree.awaitRest(wanted.description() + " is drawn and at rest", look);
 }
 
-void User::click(const Wanted& wanted) const {
-    awaitDrawn(wanted);
+void User::click(const Wanted& wanted, WindowId pageHolder) const {
     desktop.tree.awaitThat(wanted.description() + " can be clicked", [&] {
         const auto found = desktop.tree.find(wanted);
         return found && found->isSensitive();
     });
-    const auto target = desktop.tree.find(wanted);
-    if (!target)
-        throw std::runtime_error(wanted.description() + " is gone.");
-    const Extents place = target->extents();
-    const Point corner = cornerOnScreen(*target);
-    desktop.screen.pointer.click({corner.x + place.width / 2, corner.y + place.height / 2});
+    desktop.screen.pointer.click(awaitDrawn(wanted, pageHolder).middle());
 }
 
 void User::typeInto(const Wanted& field, const std::string& text) const {
@@ -123,16 +122,15 @@ void User::chooseFromMenu(const std::string& menuName, const std::string& itemNa
     // The first item has the keyboard when the menu has opened; the others are further down.
     desktop.tree.awaitThat("the menu " + menuName + " has the keyboard",
                            [&] { return desktop.tree.findFocused(Role::menuItem).has_value(); });
-    while (true) {
-        const auto focused = desktop.tree.findFocused(Role::menuItem);
-        if (!focused)
-            throw std::runtime_error("The menu " + menuName + " lost the keyboard.");
-        if (focused->name() == itemName)
-            break;
+    auto focused = desktop.tree.findFocused(Role::menuItem);
+    while (!focused || focused->name() != itemName) {
         desktop.screen.press("Down");
         desktop.tree.awaitThat("the next item of the menu has the keyboard", [&] {
             const auto next = desktop.tree.findFocused(Role::menuItem);
-            return next && next->address() != focused->address();
+            if (!next || (focused && next->address() == focused->address()))
+                return false;
+            focused = next;
+            return true;
         });
     }
     desktop.screen.press("Return");
@@ -166,6 +164,18 @@ void User::chooseRegister() const {
 void User::awaitPrompt() const {
     desktop.tree.await(label("Bevestig registratie"));
     desktop.tree.await(button("Registreer"));
+    awaitKeyboardInPasswordField();
+}
+
+/// The toolkit says which field has the keyboard in its own window; the window manager, which
+/// window has it.
+void User::awaitKeyboardInPasswordField() const {
+    desktop.tree.awaitThat("a password field has the keyboard", [&] {
+        const auto field = desktop.tree.findFocused(Role::passwordText);
+        const auto holder = field ? windowHolding(desktop.bus, *field) : std::nullopt;
+        const auto active = desktop.screen.windows.active();
+        return holder && active && active->title == holder->name();
+    });
 }
 
 void User::answerPrompt(const std::string& passwordOrCode) const {
@@ -194,6 +204,7 @@ void User::agreeOnSheet() const {
 
 void User::answerSheet(const std::string& loginPassword) const {
     desktop.tree.await(label(passwordQuestion));
+    awaitKeyboardInPasswordField();
     desktop.screen.keyboard.type(loginPassword);
     desktop.screen.press("Return");
 }

@@ -2,6 +2,7 @@
 
 #include "testing/rig/PrivateDesktop.h"
 
+#include <optional>
 #include <string>
 
 namespace kelo::rig {
@@ -13,9 +14,11 @@ class User {
 public:
     explicit User(const PrivateDesktop& desktop);
 
-    /// Waits until it can be seen on the screen: the tree is ahead of what is drawn.
-    void awaitDrawn(const Wanted& wanted) const;
-    void click(const Wanted& wanted) const;
+    /// Waits until it can be seen on the screen, at rest, and says where: the tree is ahead of what
+    /// is drawn. A page is looked for in the main window, or in the window that is named.
+    Area awaitDrawn(const Wanted& wanted, WindowId pageHolder = 0) const;
+    /// Waits until it can be clicked, and clicks its middle.
+    void click(const Wanted& wanted, WindowId pageHolder = 0) const;
     /// Clicks into the field, waits until it has the keyboard, and types.
     void typeInto(const Wanted& field, const std::string& text) const;
     void press(const std::string& key) const;
@@ -47,7 +50,9 @@ public:
     void awaitError(const std::string& text) const;
 
 private:
-    Point cornerOnScreen(const Accessible& object) const;
+    std::optional<Area> placeOnScreen(const Accessible& object, WindowId pageHolder) const;
+    std::optional<ScreenWindow> windowOnScreen(const Accessible& window) const;
+    void awaitKeyboardInPasswordField() const;
 
     const PrivateDesktop& desktop;
 };

@@ -9,6 +9,8 @@ namespace kelo::rig {
 namespace {
 
 constexpr std::chrono::seconds patience{30};
+/// A window may get its size, or its program's number, after it has come.
+constexpr std::chrono::milliseconds interval{100};
 /// Menus and the like are unmanaged windows, too, but smaller.
 constexpr int leastWidth = 640;
 constexpr int leastHeight = 620;
@@ -30,7 +32,8 @@ ScreenWindow VoicePanel::awaitShown(pid_t program) const {
     while (true) {
         if (const auto found = shown(program))
             return *found;
-        if (!events.next(deadline))
+        const auto now = screen::WindowEvents::Clock::now();
+        if (!events.next(std::min(now + interval, deadline)) && now >= deadline)
             throw std::runtime_error("The voice panel did not come. The windows are:\n" +
                                      screen::Windows::picture(windows.all()));
     }

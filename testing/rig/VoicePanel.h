@@ -9,14 +9,6 @@
 
 namespace kelo::rig {
 
-/// A rectangle of the screen, in pixels from its upper left corner.
-struct Area {
-    Point corner;
-    int width = 0;
-    int height = 0;
-    friend bool operator==(const Area&, const Area&) = default;
-};
-
 /// The voice panel as its user has it: a window of Kelo's that no window manager manages, on the
 /// screen or not. Waits for what happens to windows, and for nothing else.
 class VoicePanel {
