@@ -22,9 +22,10 @@ public:
         bool byUrl = false;
     };
 
-    /// The next request without an answer gets this one.
-    void reply(std::optional<int> status, std::string body) {
-        answers.emplace_back(platform::HttpReply{bytesOf(body), status});
+    /// The next request without an answer gets this one, which sets these cookies when it comes.
+    void reply(std::optional<int> status, std::string body,
+               std::vector<platform::HttpCookie> cookies = {}) {
+        answers.emplace_back(Reply{platform::HttpReply{bytesOf(body), status}, std::move(cookies)});
     }
     void fail(std::exception_ptr error) { answers.emplace_back(std::move(error)); }
     /// The next request without an answer stays open until the continuation is resumed.
@@ -54,8 +55,12 @@ public:
     mutable std::vector<std::string> askedCookiesFor;
 
 private:
+    struct Reply {
+        platform::HttpReply reply;
+        std::vector<platform::HttpCookie> cookies;
+    };
     struct Hold {};
-    using Answer = std::variant<platform::HttpReply, std::exception_ptr, Hold>;
+    using Answer = std::variant<Reply, std::exception_ptr, Hold>;
 
     Task<platform::HttpReply> answer() {
         if (answers.empty())
@@ -69,11 +74,15 @@ private:
     Task<platform::HttpReply> deliver(Answer next) {
         co_return co_await withCheckedContinuation<platform::HttpReply>(
             [&](CheckedContinuation<platform::HttpReply> continuation) {
-                if (auto* reply = std::get_if<platform::HttpReply>(&next))
-                    continuation.resume(std::move(*reply));
-                else if (auto* error = std::get_if<std::exception_ptr>(&next))
+                if (auto* answer = std::get_if<Reply>(&next)) {
+                    if (storedCookies)
+                        storedCookies->insert(storedCookies->end(), answer->cookies.begin(),
+                                              answer->cookies.end());
+                    continuation.resume(std::move(answer->reply));
+                }
+                if (auto* error = std::get_if<std::exception_ptr>(&next))
                     continuation.fail(*error);
-                else
+                if (std::get_if<Hold>(&next))
                     held = continuation;
             });
     }

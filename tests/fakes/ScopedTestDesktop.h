@@ -15,6 +15,7 @@
 #include "fakes/FakeWebView.h"
 #include "platform/Desktop.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,6 +44,8 @@ public:
 
     std::unique_ptr<platform::HttpSession> makeEphemeralHttpSession() override {
         made.emplace_back("session");
+        if (makeSession)
+            return makeSession();
         auto session = std::make_unique<FakeHttpSession>();
         ephemeralSessions.push_back(session.get());
         return session;
@@ -79,6 +82,8 @@ public:
     /// What was asked for, in order.
     std::vector<std::string> made;
     std::vector<FakeHttpSession*> ephemeralSessions;
+    /// Makes another ephemeral session than the fake one.
+    std::function<std::unique_ptr<platform::HttpSession>()> makeSession;
     FakeHttpSession sharedSession;
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;

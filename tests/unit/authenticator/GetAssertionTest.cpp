@@ -1,4 +1,5 @@
 #include "CeremonyTest.h"
+#include "Hex.h"
 
 #include "authenticator/webauthn/Base64Url.h"
 
@@ -48,6 +49,17 @@ TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
               "{\"type\":\"webauthn.get\",\"challenge\":\"" +
                   webauthn::base64Url(bytesOf("assertion challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
+}
+
+TEST_F(GetAssertionTest, TheCounterIsZeroInTheRegistrationAndInEveryAssertion) {
+    const auto registration = verifyRegistration(registered("zoe", "user-1"), "localhost");
+    EXPECT_EQ(registration->counter, 0U);
+    for (int signIns = 1; signIns <= 3; ++signIns) {
+        const auto ended = signIn(assertion());
+        ASSERT_TRUE(ended->value);
+        const ByteView data = *ended->value->rawAuthenticatorData;
+        EXPECT_EQ(toHex(data.subspan(33, 4)), "00000000") << "sign-in " << signIns;
+    }
 }
 
 TEST_F(GetAssertionTest, AChangedClientDataDoesNotVerify) {

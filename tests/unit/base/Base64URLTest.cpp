@@ -35,6 +35,13 @@ TEST(Base64URL, WhatIsNotBase64DecodesToNothing) {
         EXPECT_FALSE(base64URLDecode(text)) << text;
 }
 
+TEST(Base64URL, BitsThatTheLastDigitHasTooManyAreIgnored) {
+    EXPECT_EQ(base64URLDecode("YR"), Bytes{0x61});
+    EXPECT_EQ(base64URLDecode("YR=="), Bytes{0x61});
+    EXPECT_EQ(base64URLDecode("-__"), (Bytes{0xFB, 0xFF}));
+    EXPECT_EQ(base64URLDecode("//9="), (Bytes{0xFF, 0xFF}));
+}
+
 TEST(Base64URL, EveryByteAndLengthSurvivesTheWayThereAndBack) {
     Bytes bytes;
     for (int i = 0; i < 300; ++i) {

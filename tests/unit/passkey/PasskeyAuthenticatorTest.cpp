@@ -105,6 +105,25 @@ TEST_F(PasskeyAuthenticatorTest, ChallengeInStandardBase64IsAccepted) {
     EXPECT_EQ(assertionRequest().challenge, (Bytes{0xFB, 0xFF}));
 }
 
+TEST_F(PasskeyAuthenticatorTest, EmptyChallengeReachesThePlatform) {
+    startWithOptions(R"({"challenge":""})");
+    EXPECT_EQ(assertionRequest().challenge, Bytes{});
+}
+
+TEST_F(PasskeyAuthenticatorTest, SecondOutcomeAfterASuccessDoesNothing) {
+    const auto flow = startWithOptions(R"({"challenge":"AAEC"})");
+    session.reply(200, R"({"csrfToken":"token"})");
+    session.reply(200, "{}");
+    storeSessionCookie();
+    auto& controller = *desktop.controllers.at(0);
+    controller.complete({credential()});
+    controller.complete({credential()});
+    controller.fail(std::make_exception_ptr(passkey::PasskeyError::signInRejected()));
+    desktop.loop.runUntilIdle();
+    EXPECT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(session.sent.size(), 3u);
+}
+
 TEST_F(PasskeyAuthenticatorTest, AllowedCredentialsKeepTheirOrderAndSkipWhatCannotBeRead) {
     startWithOptions(R"({"challenge":"AAEC","allowCredentials":[
         {"id":"AQ","type":"nonsense"},{"id":5},{"type":"public-key"},{"id":"*"},{"id":"Ag"}]})");
@@ -172,11 +191,24 @@ TEST_F(PasskeyAuthenticatorTest, CallbackAddressWithErrorAnywhereIsARefusal) {
         expectFailure(*signInWithCallback(200, body), passkey::PasskeyError::signInRejected());
 }
 
-TEST_F(PasskeyAuthenticatorTest, RedirectWithPrefixedSessionCookieSucceeds) {
-    session.storedCookies = {{"__Host-any.session-token.0", "x", "localhost"}};
-    const auto flow = signInWithCallback(302, "");
-    ASSERT_TRUE(flow->value);
-    EXPECT_EQ(flow->value->at(0).name, "__Host-any.session-token.0");
+TEST_F(PasskeyAuthenticatorTest, RedirectThatSetsAPrefixedSessionCookieSignsIn) {
+    const platform::HttpCookie csrf{"__Host-any.csrf-token", "c", "localhost"};
+    const platform::HttpCookie token{"__Secure-any.session-token", "x", "localhost"};
+    session.reply(200, R"({"challenge":"AAEC"})");
+    session.reply(200, R"({"csrfToken":"token"})", {csrf});
+    session.reply(302, "", {token});
+    const auto flow = startSignIn();
+    EXPECT_TRUE(session.storedCookies->empty());
+    confirm();
+    ASSERT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(*flow->value, (std::vector<platform::HttpCookie>{csrf, token}));
+}
+
+TEST_F(PasskeyAuthenticatorTest, SessionTokenMayStandAnywhereInTheCookiesName) {
+    for (const char* name : {"session-token", "__Host-any.session-token.0", "xsession-tokenx"}) {
+        session.storedCookies = {{name, "x", "localhost"}};
+        EXPECT_TRUE(signInWithCallback(200, "")->value) << name;
+    }
 }
 
 TEST_F(PasskeyAuthenticatorTest, ReturnedListHoldsEveryCookieOfTheBaseUrl) {

@@ -5,6 +5,12 @@ namespace {
 
 struct PasskeyRegistrarTest : RegistrationFixture {};
 
+TEST_F(PasskeyRegistrarTest, IsIdleAtFirstWithoutAMessage) {
+    EXPECT_FALSE(registrar->busy);
+    EXPECT_EQ(registrar->message.get(), std::nullopt);
+    EXPECT_TRUE(session.sent.empty());
+}
+
 TEST_F(PasskeyRegistrarTest, EmptyCookieListAsksToLogInAndSendsNothing) {
     const auto flow = start({});
     expectFailure(*flow, "Log in first, then register a passkey.");
@@ -49,6 +55,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(options.url.absoluteString(), at("api/account/passkey/register/options"));
     EXPECT_EQ(options.headers, (Headers{{"Cookie", cookieHeader}, {"x-csrf-token", "csrf"}}));
     EXPECT_FALSE(options.body);
+    EXPECT_EQ(options.timeout, std::chrono::seconds(60));
 
     const auto& verify = session.sent[2].request;
     EXPECT_EQ(verify.method, "POST");
@@ -56,7 +63,9 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(verify.headers, (Headers{{"Cookie", cookieHeader},
                                        {"x-csrf-token", "csrf"},
                                        {"Content-Type", "application/json"}}));
-    EXPECT_EQ(nlohmann::json::parse(textOf(verify.body.value())), nlohmann::json::parse(R"json({
+    EXPECT_EQ(verify.timeout, std::chrono::seconds(60));
+    EXPECT_EQ(nlohmann::json::parse(textOf(verify.body.value())),
+              nlohmann::json::parse(R"json({
         "label": "Mac (Kelo)", "password": "my code", "mfaCode": "my code",
         "response": {
             "id": "AQID", "rawId": "AQID", "type": "public-key",
@@ -80,6 +89,32 @@ TEST_F(PasskeyRegistrarTest, SuccessLeavesItsMessageAndTheNextStartClearsIt) {
     start(signedIn);
     EXPECT_TRUE(registrar->busy);
     EXPECT_EQ(registrar->message.get(), std::nullopt);
+}
+
+TEST_F(PasskeyRegistrarTest, StartSetsBusyThenClearsTheMessageAndSuccessSetsItThenEndsBusy) {
+    registrar->message = "old";
+    // What stood before each change.
+    std::vector<std::string> changes;
+    const auto observation = registrar->observe([&] {
+        changes.push_back((registrar->busy ? "busy, " : "idle, ") +
+                          registrar->message.get().value_or("no message"));
+    });
+    const auto flow = registerWithVerify(200, "{}");
+    ASSERT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(changes, (std::vector<std::string>{"idle, old", "busy, old", "busy, no message",
+                                                 "busy, Passkey registered on this Mac."}));
+}
+
+TEST_F(PasskeyRegistrarTest, FailureEndsBusyOnceAndLeavesNoMessage) {
+    registrar->message = "old";
+    std::vector<std::string> changes;
+    const auto observation = registrar->observe([&] {
+        changes.push_back((registrar->busy ? "busy, " : "idle, ") +
+                          registrar->message.get().value_or("no message"));
+    });
+    start({});
+    EXPECT_EQ(changes, (std::vector<std::string>{"idle, old", "busy, old", "busy, no message"}));
+    EXPECT_FALSE(registrar->busy);
 }
 
 TEST_F(PasskeyRegistrarTest, EmptyCsrfTokenIsSentAsAnEmptyHeader) {
@@ -133,6 +168,12 @@ TEST_F(PasskeyRegistrarTest, MissingOrUnreadableOptionsAreBad) {
     EXPECT_TRUE(desktop.controllers.empty());
 }
 
+TEST_F(PasskeyRegistrarTest, EmptyChallengeAndUserIdReachThePlatform) {
+    startWithOptions(R"({"challenge":"","user":{"id":""}})");
+    EXPECT_EQ(registrationRequest().challenge, Bytes{});
+    EXPECT_EQ(registrationRequest().userId, Bytes{});
+}
+
 TEST_F(PasskeyRegistrarTest, AccountNameIsNameThenDisplayNameThenKelo) {
     const std::pair<const char*, const char*> users[] = {
         {R"({"id":"AQ","name":"ada","displayName":"Ada"})", "ada"},
@@ -175,6 +216,18 @@ TEST_F(PasskeyRegistrarTest, CredentialOfAnotherKindIsRejected) {
     const auto* error = flow->errorAs<passkey::PasskeyError>();
     ASSERT_TRUE(error);
     EXPECT_EQ(*error, passkey::PasskeyError::signInRejected());
+}
+
+TEST_F(PasskeyRegistrarTest, SecondOutcomeAfterASuccessDoesNothing) {
+    const auto flow = startUpToSheet();
+    session.reply(200, "{}");
+    auto& controller = *desktop.controllers.at(0);
+    controller.complete({credential()});
+    controller.complete({credential()});
+    controller.fail(std::make_exception_ptr(passkey::PasskeyError::signInRejected()));
+    desktop.loop.runUntilIdle();
+    EXPECT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(session.sent.size(), 3u);
 }
 
 TEST_F(PasskeyRegistrarTest, MissingAttestationObjectIsNamed) {
