@@ -4,6 +4,7 @@
 #include "component/gtk/FakePage.h"
 #include "platform/Application.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ public:
         Published<bool> busy{*this, false};
         Published<std::optional<std::string>> error{*this, std::nullopt};
         Published<bool> registering{*this, false};
+        Published<std::string> version{*this, "1.4.2 (57)"};
     };
 
     platform::ApplicationDelegate& applicationDelegate() override { return *this; }
@@ -27,6 +29,8 @@ public:
     std::shared_ptr<State> state = std::make_shared<State>();
     std::shared_ptr<FakePage> page; ///< made by the first drawing, when the toolkit is up
     bool terminatesAfterLastWindow = false;
+    /// Has the last word on the overlay.
+    std::function<void(platform::OverlayDescription&)> adjustOverlay;
     std::vector<std::string> events; ///< "body", "content", "appear", "sign in", "register"
 
     int count(const std::string& event) const;
@@ -37,6 +41,8 @@ private:
     }
     platform::WebContentDescription content();
     platform::Menu accountMenu();
+    platform::Menu trayMenu();
+    platform::SettingsDescription settings();
 };
 
 } // namespace kelo::tests

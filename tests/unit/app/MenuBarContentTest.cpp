@@ -44,7 +44,7 @@ TEST_F(MenuBarContentTest, OpenBringsTheProgramToTheFrontAndThenOpensTheMainWind
     application.calls.clear();
     item(0).action();
     EXPECT_EQ(application.calls, (std::vector<std::string>{"activate", "open main"}));
-    EXPECT_EQ(application.open.size(), 2u);
+    EXPECT_EQ(application.open.size(), 1u);
 }
 
 TEST_F(MenuBarContentTest, OpenAfterTheMainWindowWasClosedStartsTheHotkeyAgain) {

@@ -26,5 +26,17 @@ TEST(UserScript, LooksForTheLabelsOfTheNativeButton) {
                   std::string_view::npos);
 }
 
+// A wrong letter does not show in a page: the script's other two looks hide what this one misses.
+TEST(UserScript, LooksAtOnceAtEachChangeAndWhenTheDocumentIsComplete) {
+    const auto has = [](std::string_view line) {
+        return hidePasskeyButtonsScript.find("\n" + std::string(line) + "\n") !=
+               std::string_view::npos;
+    };
+    EXPECT_TRUE(has("  hide();"));
+    EXPECT_TRUE(has("  try{ new MutationObserver(hide).observe(document.documentElement,"
+                    "{childList:true,subtree:true}); }catch(e){}"));
+    EXPECT_TRUE(has("  document.addEventListener('DOMContentLoaded',hide);"));
+}
+
 } // namespace
 } // namespace kelo

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace kelo {
 namespace {
 
@@ -51,6 +53,12 @@ TEST_F(WebModelTest, ViewKeepsItsDataAndRunsTheUserScriptInEveryFrame) {
     EXPECT_EQ(configuration.userScripts[0].source, web::hidePasskeyButtonsScript);
     EXPECT_EQ(configuration.userScripts[0].injectionTime, platform::InjectionTime::atDocumentEnd);
     EXPECT_FALSE(configuration.userScripts[0].forMainFrameOnly);
+}
+
+TEST_F(WebModelTest, PagesGetNoWayToPostToTheProgramAndNoPermissions) {
+    EXPECT_TRUE(view.configuration.scriptMessageHandlers.empty());
+    EXPECT_EQ(view.interfaceDelegate.lock(), nullptr);
+    EXPECT_EQ(std::count(view.calls.begin(), view.calls.end(), "setUserInterfaceDelegate"), 0);
 }
 
 TEST_F(WebModelTest, WrapperGivesTheSameViewAtEveryCall) {

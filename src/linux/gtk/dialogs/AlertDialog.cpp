@@ -55,6 +55,7 @@ void AlertDialog::addField(const platform::Alert& alert) {
     field->setName(alert.accessoryView->placeholder);
     field->set_size_request(static_cast<int>(alert.accessoryView->width),
                             static_cast<int>(alert.accessoryView->height));
+    field->add_css_class("kelo-field");
     field->set_halign(Gtk::Align::CENTER);
     column.append(*field);
 }
