@@ -62,11 +62,31 @@ TEST_F(GlobalHotkeyTest, AnotherModifierDuringThePressKeepsTheFirstDeadline) {
 }
 
 TEST_F(GlobalHotkeyTest, ChordCountsTogetherWithOtherModifiers) {
-    flags(chord | modifier::shift | modifier::capsLock | 0x800000);
-    flags(chord); // only Shift was released
+    constexpr platform::ModifierFlags others = modifier::shift | modifier::capsLock | 0x800000;
+    flags(chord | others);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 1u) << "the press begins while the others are down";
+    flags(chord); // only the others were released
     EXPECT_TRUE(actions.empty());
     flags(modifier::control);
     EXPECT_EQ(actions, Actions{"tap"});
+}
+
+TEST_F(GlobalHotkeyTest, NoOtherModifierPreventsOrEndsAPress) {
+    for (int bit = 0; bit < 64; ++bit) {
+        const platform::ModifierFlags other = platform::ModifierFlags{1} << bit;
+        if (other & chord)
+            continue;
+        actions.clear();
+        flags(chord | other);
+        wait(250ms);
+        EXPECT_EQ(actions, Actions{"hold start"}) << bit;
+        flags(chord);
+        flags(chord | other);
+        EXPECT_EQ(actions, Actions{"hold start"}) << bit;
+        flags(other);
+        EXPECT_EQ(actions, (Actions{"hold start", "hold end"})) << bit;
+        flags(0);
+    }
 }
 
 TEST_F(GlobalHotkeyTest, ReleaseOfEitherKeyEndsThePress) {
@@ -137,16 +157,35 @@ TEST_F(GlobalHotkeyTest, HotkeyIsReadyForTheNextPressWhenAnActionRuns) {
     EXPECT_EQ(actions, (Actions{"tap", "tap"}));
 }
 
-TEST_F(GlobalHotkeyTest, ActionMayReplaceItselfWhileItRuns) {
-    hotkey->onTap = [this] {
-        hotkey->onTap = [this] { actions.emplace_back("second"); };
-        actions.emplace_back("first");
+TEST_F(GlobalHotkeyTest, ReleaseDuringHoldStartEndsAHold) {
+    hotkey->onHoldStart = [this] {
+        actions.emplace_back("hold start");
+        flags(0);
     };
-    for (int press = 0; press < 2; ++press) {
+    flags(chord);
+    wait(250ms);
+    EXPECT_EQ(actions, (Actions{"hold start", "hold end"}));
+}
+
+TEST_F(GlobalHotkeyTest, ActionMayReplaceItselfWhileItRuns) {
+    // Replaces the action by an empty one, and looks whether what the running one holds is still
+    // there.
+    const auto replacing = [this](voice::GlobalHotkey::Action& action) {
+        return [this, &action, held = std::make_shared<int>()] {
+            const std::weak_ptr<int> watched = held;
+            auto& seen = actions;
+            action = [] {};
+            seen.emplace_back(watched.expired() ? "gone" : "held");
+        };
+    };
+    for (auto* const action : {&hotkey->onTap, &hotkey->onHoldStart, &hotkey->onHoldEnd}) {
+        *action = replacing(*action);
         flags(chord);
+        if (action != &hotkey->onTap)
+            wait(1s);
         flags(0);
     }
-    EXPECT_EQ(actions, (Actions{"first", "second"}));
+    EXPECT_EQ(actions, (Actions{"held", "held", "hold end", "held"}));
 }
 
 TEST_F(GlobalHotkeyTest, ActionsAreEmptyUnlessSet) {
