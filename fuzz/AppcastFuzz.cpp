@@ -9,7 +9,7 @@
 
 // A feed from anybody: read, chosen from, and its notes made presentable.
 
-using namespace kelo::updater;
+using namespace kelo;
 
 namespace {
 

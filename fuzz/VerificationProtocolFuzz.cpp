@@ -7,7 +7,7 @@
 
 // Bytes from a helper that may be anything. The first byte says in what pieces the rest arrives.
 
-using namespace kelo::desktop;
+using namespace kelo;
 
 namespace {
 
@@ -20,7 +20,7 @@ void examine(const authorization::Message& message, std::string_view stream,
              std::size_t& consumed) {
     require(message.payload.size() <= authorization::longestPayload);
     // A message is what was sent, and nothing is skipped between two.
-    const auto again = encode(message.type, message.payload);
+    const auto again = authorization::encode(message.type, message.payload);
     require(stream.substr(consumed, again.size()) == std::string_view(again.data(), again.size()));
     consumed += again.size();
     if (message.type == authorization::MessageType::result) {

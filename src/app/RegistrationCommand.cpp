@@ -1,6 +1,6 @@
 #include "app/RegistrationCommand.h"
 
-#include "base/LocalizedError.h"
+#include "base/Failure.h"
 #include "base/async/Spawn.h"
 #include "platform/Desktop.h"
 

@@ -26,24 +26,22 @@ Task<void> Consent::verify() {
     case VerificationOutcome::cancelled:
         throwCancelled();
     case VerificationOutcome::unavailable:
-        throw PlatformError(
-            PlatformErrorKind::notAllowed,
-            "This computer has no way to check that it is you, so the passkey was not "
-            "used. Make sure that Kelo is installed completely and that your account has "
-            "a password.",
-            "user verification is unavailable");
+        throw Failure(FailureKind::notAllowed,
+                      "This computer has no way to check that it is you, so the passkey was not "
+                      "used. Make sure that Kelo is installed completely and that your account has "
+                      "a password.",
+                      "user verification is unavailable");
     case VerificationOutcome::failed:
         break;
     }
-    throw PlatformError(
-        PlatformErrorKind::notAllowed,
-        "Kelo could not verify that it is you, so the passkey was not used. Please try "
-        "again.",
-        "user verification failed");
+    throw Failure(FailureKind::notAllowed,
+                  "Kelo could not verify that it is you, so the passkey was not used. Please try "
+                  "again.",
+                  "user verification failed");
 }
 
 void Consent::throwCancelled() {
-    throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 } // namespace kelo::authenticator

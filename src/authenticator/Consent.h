@@ -1,7 +1,7 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "base/async/Cancellation.h"
 #include "base/async/Task.h"
 
@@ -12,7 +12,7 @@
 namespace kelo::authenticator {
 
 /// The user's part of a ceremony, from the sheet that opens to the sheet that closes. What the user
-/// refuses or fails ends as a PlatformError with its sentence.
+/// refuses or fails ends as a Failure with its sentence.
 class Consent {
 public:
     /// Opens no sheet yet. The anchor may be null.

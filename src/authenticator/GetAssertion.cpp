@@ -27,11 +27,11 @@ bool allows(const platform::PlatformAssertionRequest& request, const CredentialR
 }
 
 [[noreturn]] void noCredential(const std::string& relyingPartyIdentifier) {
-    throw PlatformError(PlatformErrorKind::noCredential,
-                        "There is no passkey for " + relyingPartyIdentifier +
-                            " on this computer. Sign in another way, then register one from "
-                            "the Account menu.",
-                        "no credential matches the request");
+    throw Failure(FailureKind::noCredential,
+                  "There is no passkey for " + relyingPartyIdentifier +
+                      " on this computer. Sign in another way, then register one from "
+                      "the Account menu.",
+                  "no credential matches the request");
 }
 
 } // namespace

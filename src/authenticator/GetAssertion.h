@@ -18,7 +18,7 @@ public:
     /// Once. A relying party without association is refused, and a lack of passkeys reported,
     /// before the user sees anything; then the user chooses and agrees, and is verified unless the
     /// service discouraged that; then the passkey signs. This must outlive the task. Failures are
-    /// PlatformErrors.
+    /// Failure.
     Task<platform::PlatformAssertionCredential> run();
 
 private:

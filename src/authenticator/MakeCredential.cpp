@@ -16,10 +16,10 @@ constexpr std::size_t longestUserId = 64;
 
 void requireUserId(const Bytes& userId) {
     if (userId.empty() || userId.size() > longestUserId)
-        throw PlatformError(PlatformErrorKind::notAllowed,
-                            "The service sent an account that a passkey cannot be made for. "
-                            "Nothing was registered.",
-                            "user id of " + std::to_string(userId.size()) + " bytes");
+        throw Failure(FailureKind::notAllowed,
+                      "The service sent an account that a passkey cannot be made for. "
+                      "Nothing was registered.",
+                      "user id of " + std::to_string(userId.size()) + " bytes");
 }
 
 Bytes attest(const CredentialRecord& record) {

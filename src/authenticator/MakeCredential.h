@@ -19,7 +19,7 @@ public:
     /// Once. A relying party without association is refused before the user sees anything; then the
     /// user agrees and is verified, always; only then a key is made and kept. A ceremony that fails
     /// leaves nothing behind, and one that is dropped keeps nothing that was not being written
-    /// already. This must outlive the task. Failures are PlatformErrors.
+    /// already. This must outlive the task. Throws a Failure.
     Task<platform::PlatformRegistrationCredential> run();
 
 private:

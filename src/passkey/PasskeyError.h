@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/LocalizedError.h"
+#include "base/Failure.h"
 
 #include <string>
 

@@ -33,7 +33,7 @@ class HttpSession {
 public:
     virtual ~HttpSession() = default;
 
-    /// The whole reply, whatever its status. Fails with a PlatformError when there is none: no
+    /// The whole reply, whatever its status. Fails with a Failure when there is none: no
     /// connection, no complete reply within the request's timeout, a certificate that does not
     /// hold, a reply that is cut short or longer than 16 MiB.
     virtual Task<HttpReply> data(UrlRequest request) = 0;

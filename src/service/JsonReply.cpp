@@ -1,6 +1,6 @@
 #include "service/JsonReply.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 namespace kelo::service {
 
@@ -14,9 +14,8 @@ std::optional<nlohmann::json> parsedJson(ByteView body) {
 nlohmann::json parseJson(ByteView body) {
     auto value = parsedJson(body);
     if (!value)
-        throw PlatformError(
-            PlatformErrorKind::invalidJson,
-            "The service sent a reply that is not valid JSON. Please try again later.");
+        throw Failure(FailureKind::invalidJson,
+                      "The service sent a reply that is not valid JSON. Please try again later.");
     return *std::move(value);
 }
 
@@ -33,8 +32,8 @@ std::string serializeJson(const nlohmann::json& value) {
     try {
         return value.dump();
     } catch (const nlohmann::json::exception& error) {
-        throw PlatformError(
-            PlatformErrorKind::invalidJson,
+        throw Failure(
+            FailureKind::invalidJson,
             "The text you entered has characters that cannot be sent. Please type it again.",
             error.what());
     }

@@ -1,6 +1,6 @@
 #include "web/ContentView.h"
 
-#include "base/LocalizedError.h"
+#include "base/Failure.h"
 #include "base/async/Spawn.h"
 #include "web/UserScript.h"
 #include "web/WebView.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/LocalizedError.h"
+#include "base/Failure.h"
 #include "base/async/Spawn.h"
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeApplication.h"

@@ -1,6 +1,6 @@
 #include "authenticator/keys/Cryptography.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>
@@ -32,8 +32,8 @@ void fillRandom(std::uint8_t* memory, std::size_t count) {
 }
 
 void cryptographyFailed(std::string_view operation) {
-    throw PlatformError(
-        PlatformErrorKind::storage,
+    throw Failure(
+        FailureKind::storage,
         "This computer could not do the cryptography a passkey needs. Restart Kelo and try again.",
         "OpenSSL failed at: " + std::string(operation));
 }

@@ -17,7 +17,7 @@ Sha256Digest sha256(std::string_view text);
 Bytes randomBytes(std::size_t count);
 void fillRandom(std::uint8_t* memory, std::size_t count);
 
-/// Throws the PlatformError for a failure inside the cryptographic library, which only a machine
+/// Throws the Failure for a failure inside the cryptographic library, which only a machine
 /// out of memory or a broken installation causes. The operation is named for the journal.
 [[noreturn]] void cryptographyFailed(std::string_view operation);
 

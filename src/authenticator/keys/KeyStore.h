@@ -14,7 +14,7 @@ struct CreatedKey {
 };
 
 /// Makes ES256 keys that never leave it in the clear, and signs with them. Whatever blocks runs off
-/// the main thread inside. Failures are PlatformErrors of kind storage whose text tells the user
+/// the main thread inside. Throws a Failure of kind storage whose text tells the user
 /// what to do; after a failed create() nothing is left behind.
 class KeyStore {
 public:

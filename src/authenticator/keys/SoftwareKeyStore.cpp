@@ -1,7 +1,7 @@
 #include "authenticator/keys/SoftwareKeyStore.h"
 
 #include "authenticator/keys/KeyWrapping.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 #include <utility>
 
@@ -25,7 +25,7 @@ private:
 
 void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested())
-        throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+        throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 CreatedKey createNow(WrappingKeySource& source, const std::stop_token& stop) {
@@ -37,12 +37,11 @@ CreatedKey createNow(WrappingKeySource& source, const std::stop_token& stop) {
 }
 
 [[noreturn]] void wrappingKeyLost(std::string cause) {
-    throw PlatformError(
-        PlatformErrorKind::storage,
-        "This passkey can no longer be used, because your keyring no longer holds the "
-        "key that protects it. Sign in another way, then register a new passkey from "
-        "the Account menu.",
-        std::move(cause));
+    throw Failure(FailureKind::storage,
+                  "This passkey can no longer be used, because your keyring no longer holds the "
+                  "key that protects it. Sign in another way, then register a new passkey from "
+                  "the Account menu.",
+                  std::move(cause));
 }
 
 Bytes signNow(WrappingKeySource& source, ByteView wrapped, ByteView digest,
@@ -55,11 +54,10 @@ Bytes signNow(WrappingKeySource& source, ByteView wrapped, ByteView digest,
     if (const auto* failure = std::get_if<UnwrapFailure>(&opened)) {
         if (*failure == UnwrapFailure::otherWrappingKey)
             wrappingKeyLost("the keyring holds another wrapping key");
-        throw PlatformError(
-            PlatformErrorKind::storage,
-            "This passkey is damaged on disk and cannot be used. Sign in another way, "
-            "then register a new passkey from the Account menu.",
-            "a wrapped private key does not authenticate");
+        throw Failure(FailureKind::storage,
+                      "This passkey is damaged on disk and cannot be used. Sign in another way, "
+                      "then register a new passkey from the Account menu.",
+                      "a wrapped private key does not authenticate");
     }
     return std::get<P256Key>(opened).sign(digest);
 }

@@ -9,7 +9,7 @@ namespace kelo::authenticator {
 
 /// Where the wrapping key of the software key store is kept. Both calls block, possibly for as long
 /// as the user takes to unlock the place, and are made on a worker, one at a time; a stop ends them
-/// early, with an error of kind cancelled. Failures are PlatformErrors whose text tells the user
+/// early, with an error of kind cancelled. Throws a Failure whose text tells the user
 /// what to do.
 class WrappingKeySource {
 public:

@@ -1,7 +1,7 @@
 #include "authenticator/store/CredentialStore.h"
 
 #include "authenticator/store/Database.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -71,11 +71,10 @@ bool present(const std::filesystem::path& file) {
         storageFailed(SQLITE_CANTOPEN, systemReason("lstat"));
     }
     if (!S_ISREG(status.st_mode))
-        throw PlatformError(
-            PlatformErrorKind::storage,
-            "There is something else in the place of the file with your passkeys. Move " +
-                file.string() + " away and try again.",
-            "not a regular file");
+        throw Failure(FailureKind::storage,
+                      "There is something else in the place of the file with your passkeys. Move " +
+                          file.string() + " away and try again.",
+                      "not a regular file");
     if ((status.st_mode & 077) != 0 && ::chmod(file.c_str(), 0600) != 0)
         storageFailed(SQLITE_PERM, systemReason("chmod"));
     return true;
@@ -96,14 +95,13 @@ bool hasOurSchema(Database& database) {
         database.integer("SELECT count(*) FROM sqlite_schema") == 0)
         return false;
     if (application != applicationId)
-        throw PlatformError(
-            PlatformErrorKind::storage,
-            "The file with your passkeys belongs to another program. It was left as it "
-            "is; move it away and register new passkeys.",
-            "another application_id");
+        throw Failure(FailureKind::storage,
+                      "The file with your passkeys belongs to another program. It was left as it "
+                      "is; move it away and register new passkeys.",
+                      "another application_id");
     if (version > schemaVersion)
-        throw PlatformError(
-            PlatformErrorKind::storage,
+        throw Failure(
+            FailureKind::storage,
             "Your passkeys were written by a newer version of Kelo. Update Kelo, then try "
             "again.",
             "user_version " + std::to_string(version));

@@ -14,7 +14,7 @@ namespace kelo::authenticator {
 /// another program, was written by a newer Kelo, or is a symbolic link (which could lead a write to
 /// anywhere) is reported and left as it is. A change is there wholly or not at all, whatever kills
 /// the process or the machine. Calls block and may come from any thread; other processes may use
-/// the file at the same time. Failures are PlatformErrors of kind storage.
+/// the file at the same time. Throws a Failure of kind storage.
 class CredentialStore {
 public:
     /// Folders above the file that do not exist are made when the first passkey is kept.

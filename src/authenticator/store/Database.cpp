@@ -1,6 +1,6 @@
 #include "authenticator/store/Database.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 #include <utility>
 
@@ -40,7 +40,7 @@ const char* sentenceFor(int code) {
 } // namespace
 
 void storageFailed(int sqliteCode, std::string cause) {
-    throw PlatformError(PlatformErrorKind::storage, sentenceFor(sqliteCode), std::move(cause));
+    throw Failure(FailureKind::storage, sentenceFor(sqliteCode), std::move(cause));
 }
 
 Database::Database(const std::filesystem::path& file) {

@@ -18,7 +18,7 @@ struct SqliteDeleter {
 };
 
 /// A connection to an SQLite file that must exist and must not be a symbolic link. Every failure is
-/// a PlatformError of kind storage with a sentence for the user.
+/// a Failure of kind storage with a sentence for the user.
 class Database {
 public:
     explicit Database(const std::filesystem::path& file);

@@ -3,7 +3,7 @@
 #include "authenticator/Consent.h"
 #include "authenticator/GetAssertion.h"
 #include "authenticator/MakeCredential.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "base/async/Spawn.h"
 #include "linux/authorization/PasskeyServices.h"
 
@@ -60,9 +60,8 @@ LinuxAuthorizationController::perform(std::shared_ptr<LinuxAuthorizationControll
 
 Task<Authorization> LinuxAuthorizationController::ceremony() {
     if (requests.size() != 1)
-        throw PlatformError(PlatformErrorKind::notAllowed,
-                            "Only one passkey can be asked for at a time.",
-                            "a controller runs one request");
+        throw Failure(FailureKind::notAllowed, "Only one passkey can be asked for at a time.",
+                      "a controller runs one request");
     std::shared_ptr<platform::Window> anchor;
     if (const auto context = provider.lock())
         anchor = context->presentationAnchor(*this);
@@ -86,8 +85,8 @@ Task<Authorization> LinuxAuthorizationController::ceremony() {
 void LinuxAuthorizationController::report(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
-    } catch (const PlatformError& known) {
-        if (known.kind() == PlatformErrorKind::cancelled)
+    } catch (const Failure& known) {
+        if (known.kind() == FailureKind::cancelled)
             g_debug("passkey: %s", known.what());
         else
             g_message("passkey: %s", known.what());

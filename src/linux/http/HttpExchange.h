@@ -25,7 +25,7 @@ struct ExchangeReply {
 };
 
 /// Sends one message and reads its reply to the end; redirects are left to the caller. Fails with a
-/// PlatformError. firstUrl is where the flow started, the site that cookies are judged by. The
+/// Failure. firstUrl is where the flow started, the site that cookies are judged by. The
 /// deadline must outlive the task.
 Task<ExchangeReply> exchange(gobject::GObjectPointer<SoupSession> session,
                              std::shared_ptr<const TrustedAuthority> authority,

@@ -65,10 +65,10 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     const SoupUri uri = soupUri(request.url);
     const SoupUri site = soupUri(firstUrl);
     if (!uri || !site || request.url.scheme() != "https")
-        throw PlatformError(PlatformErrorKind::insecure,
-                            "Could not connect to " + request.url.host() +
-                                ": its address is not a secure one.",
-                            request.url.absoluteString());
+        throw Failure(FailureKind::insecure,
+                      "Could not connect to " + request.url.host() +
+                          ": its address is not a secure one.",
+                      request.url.absoluteString());
 
     auto message = gobject::GObjectPointer<SoupMessage>::adopt(
         soup_message_new_from_uri(request.method.c_str(), uri.get()));
@@ -83,11 +83,11 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     for (const auto& [name, value] : request.headers) {
         // Values come from cookies and replies: a line break in one would add a header.
         if (!fitsInHeader(name) || !fitsInHeader(value))
-            throw PlatformError(PlatformErrorKind::badReply,
-                                "The request to " + request.url.host() +
-                                    " was not sent, because the service handed out a value that "
-                                    "no request can carry. Try again later.",
-                                "control character in header " + name);
+            throw Failure(FailureKind::badReply,
+                          "The request to " + request.url.host() +
+                              " was not sent, because the service handed out a value that "
+                              "no request can carry. Try again later.",
+                          "control character in header " + name);
         soup_message_headers_append(headers, name.c_str(), value.c_str());
     }
     return message;

@@ -34,7 +34,7 @@ public:
     std::optional<std::uint64_t> announcedLength() const;
 
     /// The next bytes of the body, as they come; empty once it has ended as it should. Fails with a
-    /// PlatformError for a body that breaks off.
+    /// Failure for a body that breaks off.
     Task<Bytes> read();
 
 private:
@@ -51,7 +51,7 @@ private:
 };
 
 /// Sends one message and waits for the head of its reply; redirects are left to the caller. Fails
-/// with a PlatformError. firstUrl is where the flow started, the site that cookies are judged by.
+/// with a Failure. firstUrl is where the flow started, the site that cookies are judged by.
 /// The deadline must outlive the task and the reply.
 Task<std::unique_ptr<OpenReply>> openReply(gobject::GObjectPointer<SoupSession> session,
                                            std::shared_ptr<const TrustedAuthority> authority,

@@ -1,6 +1,6 @@
 #include "linux/http/Redirect.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/SoupUri.h"
 
@@ -46,15 +46,15 @@ std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
 
     const std::optional<Url> target = resolved(request.url, *location);
     if (!target)
-        throw PlatformError(PlatformErrorKind::badReply,
-                            request.url.host() + " sent Kelo on to an address that does not "
-                                                 "exist. Try again later.",
-                            "Location: " + *location);
+        throw Failure(FailureKind::badReply,
+                      request.url.host() + " sent Kelo on to an address that does not "
+                                           "exist. Try again later.",
+                      "Location: " + *location);
     if (target->scheme() != "https")
-        throw PlatformError(PlatformErrorKind::insecure,
-                            request.url.host() + " sent Kelo on to an address that is not secure, "
-                                                 "so nothing more was sent.",
-                            "Location: " + *location);
+        throw Failure(FailureKind::insecure,
+                      request.url.host() + " sent Kelo on to an address that is not secure, "
+                                           "so nothing more was sent.",
+                      "Location: " + *location);
 
     UrlRequest next = request;
     next.url = *target;

@@ -1,6 +1,6 @@
 #include "linux/http/SoupHttpSession.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "linux/http/HttpExchange.h"
 #include "linux/http/Redirect.h"
 
@@ -26,9 +26,9 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
         }
         request = std::move(*next);
     }
-    throw PlatformError(PlatformErrorKind::badReply, firstUrl.host() +
-                                                         " sent Kelo from one address to the next "
-                                                         "without end. Try again later.");
+    throw Failure(FailureKind::badReply, firstUrl.host() +
+                                             " sent Kelo from one address to the next "
+                                             "without end. Try again later.");
 }
 
 } // namespace

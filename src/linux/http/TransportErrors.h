@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "base/Url.h"
 
 #include <gio/gio.h>
@@ -16,14 +16,14 @@ enum class TransferPhase {
 };
 
 /// The sentence for a GIO or libsoup error; what the library said goes into the cause.
-PlatformError transportError(const GError& error, TransferPhase phase, const Url& url);
+Failure transportError(const GError& error, TransferPhase phase, const Url& url);
 
 /// The sentence for a certificate that was refused. The problems must not be zero.
-PlatformError certificateError(GTlsCertificateFlags problems, const Url& url);
+Failure certificateError(GTlsCertificateFlags problems, const Url& url);
 
-PlatformError timeOutError(const Url& url, std::chrono::seconds limit);
-PlatformError replyTooLongError(const Url& url);
-PlatformError replyBrokenOffError(const Url& url, std::string cause = {});
-PlatformError unreadableReplyError(const Url& url, std::string cause = {});
+Failure timeOutError(const Url& url, std::chrono::seconds limit);
+Failure replyTooLongError(const Url& url);
+Failure replyBrokenOffError(const Url& url, std::string cause = {});
+Failure unreadableReplyError(const Url& url, std::string cause = {});
 
 } // namespace kelo::http

@@ -1,6 +1,6 @@
 #include "linux/update/SoupTransport.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "linux/http/Deadline.h"
 #include "linux/http/OpenReply.h"
 #include "linux/http/Redirect.h"
@@ -20,19 +20,19 @@ constexpr int mostRedirects = 5;
 /// A server that sends a byte now and then would hold a small transfer for ever.
 constexpr std::chrono::minutes longestFetch{10};
 
-PlatformError statusError(const Url& url, int status) {
+Failure statusError(const Url& url, int status) {
     const std::string cause = url.absoluteString() + " answered with " + std::to_string(status);
     if (status >= 500)
-        return {PlatformErrorKind::badReply,
+        return {FailureKind::badReply,
                 url.host() + " cannot hand out updates at the moment. Try again later.", cause};
-    return {PlatformErrorKind::badReply,
+    return {FailureKind::badReply,
             url.host() + " does not have the update that was asked for. Try again later, or ask "
                          "those who publish Kelo.",
             cause};
 }
 
-PlatformError tooLongError(const Url& url, std::size_t limit) {
-    return {PlatformErrorKind::badReply,
+Failure tooLongError(const Url& url, std::size_t limit) {
+    return {FailureKind::badReply,
             url.host() + " sent far more than was asked for, so it was dropped. Try again later, "
                          "or ask those who publish Kelo.",
             url.absoluteString() + " is longer than " + std::to_string(limit) + " bytes"};
@@ -55,9 +55,9 @@ followToReply(gobject::GObjectPointer<SoupSession> session,
             co_return std::move(reply);
         request = std::move(*next);
     }
-    throw PlatformError(PlatformErrorKind::badReply,
-                        first.host() + " sent Kelo from one address to the next without end. Try "
-                                       "again later.");
+    throw Failure(FailureKind::badReply,
+                  first.host() + " sent Kelo from one address to the next without end. Try "
+                                 "again later.");
 }
 
 UrlRequest requestFor(Url url, std::chrono::seconds patience) {

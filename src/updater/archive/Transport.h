@@ -20,7 +20,7 @@ public:
     virtual Task<void> take(Bytes portion) = 0;
 };
 
-/// Fetches over https, redirects (at most five) included. A failure is a PlatformError or an
+/// Fetches over https, redirects (at most five) included. A failure is a Failure or an
 /// UpdateError with a sentence for the screen: no connection, a certificate that does not hold,
 /// nothing received for a minute, a reply that is cut short, any status but 200. Dropping a task
 /// ends its transfer. Main thread only.

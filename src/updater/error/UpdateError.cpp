@@ -1,16 +1,16 @@
 #include "updater/error/UpdateError.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 namespace kelo::updater {
 
 namespace {
 
-UpdateErrorKind kindOf(PlatformErrorKind kind) {
+UpdateErrorKind kindOf(FailureKind kind) {
     switch (kind) {
-    case PlatformErrorKind::cancelled:
+    case FailureKind::cancelled:
         return UpdateErrorKind::cancelled;
-    case PlatformErrorKind::storage:
+    case FailureKind::storage:
         return UpdateErrorKind::storage;
     default:
         return UpdateErrorKind::transport;
@@ -24,7 +24,7 @@ UpdateError UpdateError::from(const std::exception_ptr& error) {
         std::rethrow_exception(error);
     } catch (const UpdateError& known) {
         return known;
-    } catch (const PlatformError& known) {
+    } catch (const Failure& known) {
         return {kindOf(known.kind()), known.localizedDescription(), known.cause()};
     } catch (const std::exception& unknown) {
         return {UpdateErrorKind::installing, kelo::localizedDescription(error), unknown.what()};

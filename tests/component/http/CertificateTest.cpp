@@ -12,7 +12,7 @@ protected:
             *Url::parse("https://" + std::string(host) + ":" + std::to_string(peer.port()) + "/")};
         request.headers = {{"Cookie", "session-token=secret"}};
         const auto error = failureOf(request);
-        EXPECT_EQ(error.kind(), PlatformErrorKind::insecure);
+        EXPECT_EQ(error.kind(), FailureKind::insecure);
         EXPECT_EQ(error.localizedDescription(), sentence);
         EXPECT_TRUE(peer.requests().empty());
     }
@@ -73,14 +73,14 @@ TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
     const MisbehavingServer peer(TestAuthority::selfSigned(),
                                  MisbehavingServer::saying(httpReply("secret")));
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(failureOf({peer.url()}).kind(), PlatformErrorKind::insecure);
+        EXPECT_EQ(failureOf({peer.url()}).kind(), FailureKind::insecure);
     EXPECT_TRUE(peer.requests().empty());
 }
 
 TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
     Session strict(Session::Cookies::none, std::make_shared<http::TrustedAuthority>(""));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), PlatformError);
+    EXPECT_THROW(rig.run(strict.data(peer->url())), Failure);
     EXPECT_TRUE(peer->requests().empty());
 }
 
@@ -88,7 +88,7 @@ TEST_F(Certificate, UnreadableAuthorityTrustsNobody) {
     Session strict(Session::Cookies::none,
                    std::make_shared<http::TrustedAuthority>("-----BEGIN CERTIFICATE-----\nAA\n"));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), PlatformError);
+    EXPECT_THROW(rig.run(strict.data(peer->url())), Failure);
 }
 
 } // namespace kelo::test

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
@@ -32,14 +32,14 @@ protected:
     }
 
     /// The failure of the request; a test failure of its own when there is none.
-    PlatformError failureOf(platform::UrlRequest request) {
+    Failure failureOf(platform::UrlRequest request) {
         try {
             const auto reply = rig.run(session.data(std::move(request)));
             ADD_FAILURE() << "expected a failure, got " << reply.body.size() << " bytes";
-        } catch (const PlatformError& error) {
+        } catch (const Failure& error) {
             return error;
         }
-        return {PlatformErrorKind::cancelled, "no failure"};
+        return {FailureKind::cancelled, "no failure"};
     }
 
     static platform::UrlRequest get(Url url) { return {std::move(url)}; }

@@ -60,13 +60,13 @@ TEST_F(HttpRequest, LineBreakInHeaderIsRefusedAndNothingIsSent) {
     const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
     UrlRequest request{peer->url()};
     request.headers = {{"x-csrf-token", "abc\r\nX-Evil: yes"}};
-    EXPECT_EQ(failureOf(request).kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf(request).kind(), FailureKind::badReply);
     EXPECT_EQ(peer->connectionCount(), 0);
 }
 
 TEST_F(HttpRequest, UnencryptedAddressIsRefused) {
     const auto error = failureOf({*Url::parse("http://localhost:1/")});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::insecure);
+    EXPECT_EQ(error.kind(), FailureKind::insecure);
 }
 
 TEST_F(HttpRequest, EveryStatusIsAReply) {

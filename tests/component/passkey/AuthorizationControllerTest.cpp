@@ -1,7 +1,7 @@
 #include "component/MainLoopScope.h"
 
 #include "authenticator/store/CredentialStore.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/authorization/PasskeyServices.h"
@@ -47,7 +47,7 @@ public:
         from = &controller;
         try {
             std::rethrow_exception(failure);
-        } catch (const PlatformError& known) {
+        } catch (const Failure& known) {
             error = known;
         }
         ++calls;
@@ -59,7 +59,7 @@ public:
 
     AuthorizationController* from = nullptr;
     std::optional<platform::Authorization> credential;
-    std::optional<PlatformError> error;
+    std::optional<Failure> error;
     int calls = 0;
     int anchorsAsked = 0;
 };
@@ -91,7 +91,7 @@ protected:
         EXPECT_EQ(listener->calls, 0) << "the delegate is called in a later turn";
         return listener;
     }
-    static void expectError(const Listener& listener, PlatformErrorKind kind) {
+    static void expectError(const Listener& listener, FailureKind kind) {
         ASSERT_TRUE(MainLoopScope::runUntil([&] { return listener.calls > 0; }));
         ASSERT_TRUE(listener.error);
         EXPECT_EQ(listener.error->kind(), kind) << listener.error->localizedDescription();
@@ -117,25 +117,25 @@ TEST_F(AuthorizationControllerTest, MakingOneTouchesNothing) {
 
 TEST_F(AuthorizationControllerTest, WithoutAPasskeyItSaysSoEvenWhenNobodyHoldsIt) {
     const auto listener = perform({assertion()});
-    expectError(*listener, PlatformErrorKind::noCredential);
+    expectError(*listener, FailureKind::noCredential);
     EXPECT_EQ(listener->anchorsAsked, 1);
     EXPECT_TRUE(std::filesystem::is_empty(dataHome()));
 }
 
 TEST_F(AuthorizationControllerTest, RefusesAnotherRelyingParty) {
-    expectError(*perform({registration("example.org")}), PlatformErrorKind::notAllowed);
+    expectError(*perform({registration("example.org")}), FailureKind::notAllowed);
     EXPECT_TRUE(person.requests.empty());
 }
 
 TEST_F(AuthorizationControllerTest, RefusesNoRequestAndTwo) {
-    expectError(*perform({}), PlatformErrorKind::notAllowed);
-    expectError(*perform({assertion(), assertion()}), PlatformErrorKind::notAllowed);
+    expectError(*perform({}), FailureKind::notAllowed);
+    expectError(*perform({assertion(), assertion()}), FailureKind::notAllowed);
 }
 
 TEST_F(AuthorizationControllerTest, CancelAtTheSheetIsThePlatformsCancellation) {
     person.choice = std::nullopt;
     const auto listener = perform({registration()});
-    expectError(*listener, PlatformErrorKind::cancelled);
+    expectError(*listener, FailureKind::cancelled);
     EXPECT_EQ(listener->error->localizedDescription(), "The passkey request was cancelled.");
 }
 
@@ -144,7 +144,7 @@ TEST_F(AuthorizationControllerTest, ANewCeremonyGivesUpTheFormer) {
     const auto former = perform({registration()});
     ASSERT_TRUE(waitForSheets(1));
     const auto second = perform({registration()});
-    expectError(*former, PlatformErrorKind::cancelled);
+    expectError(*former, FailureKind::cancelled);
     ASSERT_TRUE(waitForSheets(2));
     EXPECT_EQ(second->calls, 0);
     EXPECT_EQ(std::ranges::count(person.events, "closed"), 1);
@@ -154,7 +154,7 @@ TEST_F(AuthorizationControllerTest, ACeremonyThatNeverBeganCanBeGivenUp) {
     person.leavesOpen = true;
     const auto former = perform({registration()});
     const auto second = perform({registration()});
-    expectError(*former, PlatformErrorKind::cancelled);
+    expectError(*former, FailureKind::cancelled);
     ASSERT_TRUE(waitForSheets(1));
     EXPECT_EQ(second->calls, 0);
 }
@@ -178,7 +178,7 @@ TEST_F(AuthorizationControllerTest, OffersThePasskeysOnDisk) {
     record.wrappedPrivateKey = bytesOf("wrapped");
     authenticator::CredentialStore(authorization::passkeyFile()).save(record);
     person.choice = std::nullopt;
-    expectError(*perform({assertion()}), PlatformErrorKind::cancelled);
+    expectError(*perform({assertion()}), FailureKind::cancelled);
     ASSERT_EQ(person.requests.size(), 1U);
     EXPECT_EQ(person.requests[0].accountNames, std::vector<std::string>{"zoe"});
 }

@@ -1,7 +1,7 @@
 #include "component/MainLoopScope.h"
 
 #include "authenticator/keys/SoftwareKeyStore.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/gobject/WorkerThread.h"
 
@@ -52,7 +52,7 @@ Task<std::string> sign(authenticator::KeyStore& keys, std::string wrapped) {
 Task<void> record(std::string& outcome, Task<std::string> task) {
     try {
         outcome = co_await task;
-    } catch (const PlatformError& error) {
+    } catch (const Failure& error) {
         outcome = "error: " + error.localizedDescription();
         std::fprintf(stderr, "cause: %s\n", error.what());
     }

@@ -1,7 +1,7 @@
 #include "SessionBus.h"
 #include "component/MainLoopScope.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/authorization/PasskeyServices.h"
@@ -78,12 +78,12 @@ public:
                               std::exception_ptr failure) override {
         try {
             std::rethrow_exception(failure);
-        } catch (const PlatformError& known) {
+        } catch (const Failure& known) {
             error = known;
         }
     }
     std::optional<platform::Authorization> authorization;
-    std::optional<PlatformError> error;
+    std::optional<Failure> error;
 };
 
 class PasskeyRoad : public testing::Test {
@@ -156,7 +156,7 @@ TEST_F(PasskeyRoad, WrongPasswordsSignNothing) {
     ASSERT_TRUE(registerPasskey());
     const auto signedIn = signIn();
     ASSERT_TRUE(signedIn->error);
-    EXPECT_EQ(signedIn->error->kind(), PlatformErrorKind::notAllowed);
+    EXPECT_EQ(signedIn->error->kind(), FailureKind::notAllowed);
 }
 
 TEST_F(PasskeyRoad, CancelAtThePasswordIsThePlatformsCancellation) {
@@ -164,7 +164,7 @@ TEST_F(PasskeyRoad, CancelAtThePasswordIsThePlatformsCancellation) {
     ASSERT_TRUE(registerPasskey());
     const auto signedIn = signIn();
     ASSERT_TRUE(signedIn->error);
-    EXPECT_EQ(signedIn->error->kind(), PlatformErrorKind::cancelled);
+    EXPECT_EQ(signedIn->error->kind(), FailureKind::cancelled);
     EXPECT_EQ(signedIn->error->localizedDescription(), "The passkey request was cancelled.");
 }
 

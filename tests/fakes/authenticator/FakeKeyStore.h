@@ -2,7 +2,7 @@
 
 #include "authenticator/keys/KeyStore.h"
 #include "authenticator/keys/P256Key.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "base/async/Continuation.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 
@@ -45,7 +45,7 @@ private:
         if (hangs)
             co_await withCheckedContinuation<void>([](CheckedContinuation<void>) {});
         if (failure)
-            throw PlatformError(PlatformErrorKind::storage, *failure);
+            throw Failure(FailureKind::storage, *failure);
     }
 
     SheetScript& script;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "base/async/Spawn.h"
 #include "fakes/FakeMainLoop.h"
 #include "fakes/authenticator/FakeKeyStore.h"
@@ -32,7 +32,7 @@ public:
 template <typename T>
 struct Ended {
     std::optional<T> value;
-    std::optional<PlatformError> error;
+    std::optional<Failure> error;
     bool pending() const { return !value && !error; }
 };
 
@@ -40,7 +40,7 @@ template <typename T>
 Task<void> record(std::shared_ptr<Ended<T>> ended, Task<T> task) {
     try {
         ended->value = co_await task;
-    } catch (const PlatformError& error) {
+    } catch (const Failure& error) {
         ended->error = error;
     }
 }

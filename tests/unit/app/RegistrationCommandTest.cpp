@@ -151,8 +151,8 @@ TEST_F(RegistrationCommandTest, WithoutASessionThePromptComesFirst) {
 TEST_F(RegistrationCommandTest, FailureIsShownWithItsOwnText) {
     choose();
     session.reply(200, R"({"token":"csrf"})");
-    session.fail(std::make_exception_ptr(PlatformError(
-        PlatformErrorKind::cannotConnect, "Could not connect to localhost: Connection refused.")));
+    session.fail(std::make_exception_ptr(Failure(
+        FailureKind::cannotConnect, "Could not connect to localhost: Connection refused.")));
     answer(1000, "code");
     EXPECT_EQ(alert(1).informativeText, "Could not connect to localhost: Connection refused.");
 }

@@ -28,7 +28,7 @@ Task<int> waitFor(Resumption& resumption, bool& dropped) {
 }
 
 Task<int> failAtOnce() {
-    throw PlatformError(PlatformErrorKind::storage, "No.");
+    throw Failure(FailureKind::storage, "No.");
     co_return 0;
 }
 

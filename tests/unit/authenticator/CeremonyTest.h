@@ -47,7 +47,7 @@ protected:
     }
 
     template <typename T>
-    static void expectError(const fakes::Ended<T>& ended, PlatformErrorKind kind,
+    static void expectError(const fakes::Ended<T>& ended, FailureKind kind,
                             const std::string& sentence) {
         ASSERT_TRUE(ended.error);
         EXPECT_EQ(ended.error->kind(), kind);

@@ -1,7 +1,7 @@
 #include "Records.h"
 
 #include "authenticator/store/CredentialStore.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "fakes/authenticator/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -49,8 +49,8 @@ protected:
             try {
                 operation();
                 ADD_FAILURE() << "was not refused";
-            } catch (const PlatformError& error) {
-                EXPECT_EQ(error.kind(), PlatformErrorKind::storage);
+            } catch (const Failure& error) {
+                EXPECT_EQ(error.kind(), FailureKind::storage);
                 EXPECT_NE(error.localizedDescription().find(sentence), std::string::npos)
                     << error.localizedDescription() << " (" << error.cause() << ")";
             }
@@ -154,7 +154,7 @@ TEST_F(CredentialStoreTest, DamagedPageIsReportedAndLeftUntouched) {
 TEST_F(CredentialStoreTest, RecordOfAnotherShapeIsReported) {
     store.save(record("a", "u"));
     execute("UPDATE credential SET public_key = x'00'");
-    EXPECT_THROW(store.find("localhost"), PlatformError);
+    EXPECT_THROW(store.find("localhost"), Failure);
 }
 
 TEST_F(CredentialStoreTest, NewerFileIsReportedAndLeftUntouched) {
@@ -199,13 +199,13 @@ TEST_F(CredentialStoreTest, FolderBehindASymbolicLinkIsFine) {
 
 TEST_F(CredentialStoreTest, FolderInPlaceOfTheFileIsReported) {
     fs::create_directories(file);
-    EXPECT_THROW(store.find("localhost"), PlatformError);
-    EXPECT_THROW(store.save(record("a", "u")), PlatformError);
+    EXPECT_THROW(store.find("localhost"), Failure);
+    EXPECT_THROW(store.save(record("a", "u")), Failure);
 }
 
 TEST_F(CredentialStoreTest, FileInPlaceOfTheFolderIsReported) {
     std::ofstream(folder.path() / "data").close();
-    EXPECT_THROW(store.save(record("a", "u")), PlatformError);
+    EXPECT_THROW(store.save(record("a", "u")), Failure);
 }
 
 } // namespace kelo

@@ -105,13 +105,13 @@ TEST_F(GetAssertionTest, RefusesAnotherRelyingPartyBeforeThePersonSeesAnything) 
     auto request = assertion();
     request.relyingPartyIdentifier = "example.org";
     expectError(
-        *signIn(request), PlatformErrorKind::notAllowed,
+        *signIn(request), FailureKind::notAllowed,
         "Kelo does not serve passkeys for example.org. Use a web browser for that service.");
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
 
 TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyYet) {
-    expectError(*signIn(assertion()), PlatformErrorKind::noCredential, noPasskey);
+    expectError(*signIn(assertion()), FailureKind::noCredential, noPasskey);
     EXPECT_THAT(scope.person.events, IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(scope.folder.path() / "kelo"));
 }
@@ -122,7 +122,7 @@ TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyWhenNoneIsAllowed) {
     request.allowedCredentials.emplace();
     request.allowedCredentials->push_back({Bytes(32)});
     request.allowedCredentials->push_back({Bytes()});
-    expectError(*signIn(request), PlatformErrorKind::noCredential, noPasskey);
+    expectError(*signIn(request), FailureKind::noCredential, noPasskey);
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
 
@@ -166,8 +166,7 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
 TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonDeclines) {
     registered("zoe", "user-1");
     scope.person.choice = std::nullopt;
-    expectError(*signIn(assertion()), PlatformErrorKind::cancelled,
-                "The passkey request was cancelled.");
+    expectError(*signIn(assertion()), FailureKind::cancelled, "The passkey request was cancelled.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "closed"));
 }
 
@@ -175,7 +174,7 @@ TEST_F(GetAssertionTest, SignsNothingForAPersonItCouldNotVerify) {
     registered("zoe", "user-1");
     scope.verifier.outcome = VerificationOutcome::failed;
     expectError(
-        *signIn(assertion()), PlatformErrorKind::notAllowed,
+        *signIn(assertion()), FailureKind::notAllowed,
         "Kelo could not verify that it is you, so the passkey was not used. Please try again.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
 }
@@ -183,14 +182,13 @@ TEST_F(GetAssertionTest, SignsNothingForAPersonItCouldNotVerify) {
 TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
     registered("zoe", "user-1");
     scope.verifier.outcome = VerificationOutcome::cancelled;
-    expectError(*signIn(assertion()), PlatformErrorKind::cancelled,
-                "The passkey request was cancelled.");
+    expectError(*signIn(assertion()), FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 TEST_F(GetAssertionTest, PassesTheKeyStoresReasonOn) {
     registered("zoe", "user-1");
     scope.keys.failure = "Your keyring is locked.";
-    expectError(*signIn(assertion()), PlatformErrorKind::storage, "Your keyring is locked.");
+    expectError(*signIn(assertion()), FailureKind::storage, "Your keyring is locked.");
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
@@ -202,7 +200,7 @@ TEST_F(GetAssertionTest, CancelWhileTheKeyringWaitsEndsAtOnce) {
     scope.person.pressCancel();
     scope.person.pressCancel();
     scope.loop.runUntilIdle();
-    expectError(*ended, PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    expectError(*ended, FailureKind::cancelled, "The passkey request was cancelled.");
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
@@ -210,7 +208,7 @@ TEST_F(GetAssertionTest, ADamagedFileIsReportedBeforeThePersonSeesAnything) {
     std::filesystem::create_directories(scope.folder.path() / "kelo" / "passkeys.sqlite");
     const auto ended = signIn(assertion());
     ASSERT_TRUE(ended->error);
-    EXPECT_EQ(ended->error->kind(), PlatformErrorKind::storage);
+    EXPECT_EQ(ended->error->kind(), FailureKind::storage);
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
 

@@ -57,7 +57,7 @@ TEST_F(MakeCredentialTest, RefusesAnotherRelyingPartyBeforeThePersonSeesAnything
     auto request = registration();
     request.relyingPartyIdentifier = "example.org";
     expectError(
-        *doRegister(request), PlatformErrorKind::notAllowed,
+        *doRegister(request), FailureKind::notAllowed,
         "Kelo does not serve passkeys for example.org. Use a web browser for that service.");
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
@@ -76,7 +76,7 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
                                  "Nothing was registered.";
     for (const std::size_t size : {0U, 65U}) {
         expectError(*doRegister(registration("zoe", std::string(size, 'u'))),
-                    PlatformErrorKind::notAllowed, sentence);
+                    FailureKind::notAllowed, sentence);
     }
     EXPECT_THAT(scope.person.events, IsEmpty());
     EXPECT_TRUE(doRegister(registration("zoe", std::string(1, 'u')))->value);
@@ -85,7 +85,7 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
 
 TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonDeclines) {
     scope.person.choice = std::nullopt;
-    expectError(*doRegister(registration()), PlatformErrorKind::cancelled,
+    expectError(*doRegister(registration()), FailureKind::cancelled,
                 "The passkey request was cancelled.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "closed"));
     EXPECT_THAT(kept(), IsEmpty());
@@ -93,7 +93,7 @@ TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonDeclines) {
 
 TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
     scope.verifier.outcome = VerificationOutcome::cancelled;
-    expectError(*doRegister(registration()), PlatformErrorKind::cancelled,
+    expectError(*doRegister(registration()), FailureKind::cancelled,
                 "The passkey request was cancelled.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
 }
@@ -101,7 +101,7 @@ TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
 TEST_F(MakeCredentialTest, MakesNoKeyForAPersonItCouldNotVerify) {
     scope.verifier.outcome = VerificationOutcome::failed;
     expectError(
-        *doRegister(registration()), PlatformErrorKind::notAllowed,
+        *doRegister(registration()), FailureKind::notAllowed,
         "Kelo could not verify that it is you, so the passkey was not used. Please try again.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
     EXPECT_THAT(kept(), IsEmpty());
@@ -110,14 +110,14 @@ TEST_F(MakeCredentialTest, MakesNoKeyForAPersonItCouldNotVerify) {
 TEST_F(MakeCredentialTest, SaysWhenNothingCanVerifyThePerson) {
     scope.verifier.outcome = VerificationOutcome::unavailable;
     expectError(
-        *doRegister(registration()), PlatformErrorKind::notAllowed,
+        *doRegister(registration()), FailureKind::notAllowed,
         "This computer has no way to check that it is you, so the passkey was not used. Make "
         "sure that Kelo is installed completely and that your account has a password.");
 }
 
 TEST_F(MakeCredentialTest, PassesTheKeyStoresReasonOnAndKeepsNothing) {
     scope.keys.failure = "No keyring is running.";
-    expectError(*doRegister(registration()), PlatformErrorKind::storage, "No keyring is running.");
+    expectError(*doRegister(registration()), FailureKind::storage, "No keyring is running.");
     EXPECT_THAT(kept(), IsEmpty());
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
@@ -126,7 +126,7 @@ TEST_F(MakeCredentialTest, PassesTheDisksReasonOn) {
     std::filesystem::create_directories(scope.folder.path() / "kelo" / "passkeys.sqlite");
     const auto ended = doRegister(registration());
     ASSERT_TRUE(ended->error);
-    EXPECT_EQ(ended->error->kind(), PlatformErrorKind::storage);
+    EXPECT_EQ(ended->error->kind(), FailureKind::storage);
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
@@ -136,7 +136,7 @@ TEST_F(MakeCredentialTest, CancelWhileTheKeyringWaitsEndsAtOnceAndKeepsNothing) 
     ASSERT_TRUE(ended->pending());
     scope.person.pressCancel();
     scope.loop.runUntilIdle();
-    expectError(*ended, PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    expectError(*ended, FailureKind::cancelled, "The passkey request was cancelled.");
     EXPECT_THAT(kept(), IsEmpty());
     EXPECT_EQ(scope.person.events.back(), "closed");
 }

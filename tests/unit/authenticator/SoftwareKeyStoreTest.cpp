@@ -19,7 +19,7 @@ public:
     std::optional<authenticator::SecretBytes> find(std::stop_token stop) override {
         lastStop = std::move(stop);
         if (failure)
-            throw PlatformError(PlatformErrorKind::storage, *failure);
+            throw Failure(FailureKind::storage, *failure);
         if (!kept)
             return std::nullopt;
         return authenticator::SecretBytes(Bytes(*kept));
@@ -75,7 +75,7 @@ TEST_F(SoftwareKeyStoreTest, SaysThatALostWrappingKeyIsLost) {
         source->kept = kept;
         const auto signature = scope.run(store.sign(created->value->wrappedPrivateKey, digest));
         ASSERT_TRUE(signature->error);
-        EXPECT_EQ(signature->error->kind(), PlatformErrorKind::storage);
+        EXPECT_EQ(signature->error->kind(), FailureKind::storage);
         EXPECT_EQ(
             signature->error->localizedDescription(),
             "This passkey can no longer be used, because your keyring no longer holds the key that "

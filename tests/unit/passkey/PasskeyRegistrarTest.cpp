@@ -64,8 +64,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
                                        {"x-csrf-token", "csrf"},
                                        {"Content-Type", "application/json"}}));
     EXPECT_EQ(verify.timeout, std::chrono::seconds(60));
-    EXPECT_EQ(nlohmann::json::parse(textOf(verify.body.value())),
-              nlohmann::json::parse(R"json({
+    EXPECT_EQ(nlohmann::json::parse(textOf(verify.body.value())), nlohmann::json::parse(R"json({
         "label": "Mac (Kelo)", "password": "my code", "mfaCode": "my code",
         "response": {
             "id": "AQID", "rawId": "AQID", "type": "public-key",
@@ -155,7 +154,7 @@ TEST_F(PasskeyRegistrarTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough
     session.reply(200, R"({"token":"csrf"})");
     session.reply(200, "<html>");
     const auto flow = start(signedIn);
-    ASSERT_TRUE(flow->errorAs<PlatformError>());
+    ASSERT_TRUE(flow->errorAs<Failure>());
     EXPECT_FALSE(registrar->busy);
 }
 
@@ -201,9 +200,9 @@ TEST_F(PasskeyRegistrarTest, OnlyChallengeNameAndUserIdComeFromTheService) {
 TEST_F(PasskeyRegistrarTest, CancelledSheetGivesThePlatformsOwnText) {
     const auto flow = startUpToSheet();
     desktop.controllers.at(0)->fail(std::make_exception_ptr(
-        PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+        Failure(FailureKind::cancelled, "The passkey request was cancelled.")));
     desktop.loop.runUntilIdle();
-    EXPECT_TRUE(flow->errorAs<PlatformError>());
+    EXPECT_TRUE(flow->errorAs<Failure>());
     EXPECT_EQ(flow->errorText(), "The passkey request was cancelled.");
     EXPECT_FALSE(registrar->busy);
     EXPECT_EQ(session.sent.size(), 2u);
@@ -242,9 +241,9 @@ TEST_F(PasskeyRegistrarTest, MissingAttestationObjectIsNamed) {
 TEST_F(PasskeyRegistrarTest, BodyThatCannotBeWrittenPassesTheWritersErrorThrough) {
     const auto flow = startUpToSheet("bad \xFF");
     confirm();
-    const auto* error = flow->errorAs<PlatformError>();
+    const auto* error = flow->errorAs<Failure>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind(), PlatformErrorKind::invalidJson);
+    EXPECT_EQ(error->kind(), FailureKind::invalidJson);
     EXPECT_EQ(session.sent.size(), 2u);
     EXPECT_FALSE(registrar->busy);
 }
@@ -270,8 +269,8 @@ TEST_F(PasskeyRegistrarTest, Only200IsASuccess) {
 }
 
 TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
-    const auto failure = std::make_exception_ptr(
-        PlatformError(PlatformErrorKind::timedOut, "localhost did not answer."));
+    const auto failure =
+        std::make_exception_ptr(Failure(FailureKind::timedOut, "localhost did not answer."));
     for (int answered = 0; answered < 3; ++answered) {
         desktop.controllers.clear();
         if (answered > 0)
@@ -282,7 +281,7 @@ TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
         const auto flow = start(signedIn);
         if (answered > 1)
             confirm();
-        EXPECT_TRUE(flow->errorAs<PlatformError>()) << answered;
+        EXPECT_TRUE(flow->errorAs<Failure>()) << answered;
         EXPECT_EQ(flow->errorText(), "localhost did not answer.");
         EXPECT_FALSE(registrar->busy);
     }

@@ -5,8 +5,8 @@ namespace {
 
 /// After any failure: not busy, no error text set by the driver, and ready for the next try.
 struct SignInFailureTest : SignInFixture {
-    std::exception_ptr platformFailure = std::make_exception_ptr(PlatformError(
-        PlatformErrorKind::cannotConnect, "Could not connect to localhost: Connection refused."));
+    std::exception_ptr platformFailure = std::make_exception_ptr(
+        Failure(FailureKind::cannotConnect, "Could not connect to localhost: Connection refused."));
 
     void expectIdle() {
         EXPECT_FALSE(passkey->busy);
@@ -16,7 +16,7 @@ struct SignInFailureTest : SignInFixture {
     }
     template <typename T>
     void expectPlatformFailure(const fakes::FlowResult<T>& flow) {
-        EXPECT_TRUE(flow.template errorAs<PlatformError>());
+        EXPECT_TRUE(flow.template errorAs<Failure>());
         EXPECT_EQ(flow.errorText(), "Could not connect to localhost: Connection refused.");
     }
 };
@@ -44,9 +44,9 @@ TEST_F(SignInFailureTest, OptionsStatusOtherThan200FailsOptions) {
 
 TEST_F(SignInFailureTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough) {
     const auto flow = startWithOptions("<html>");
-    const auto* error = flow->errorAs<PlatformError>();
+    const auto* error = flow->errorAs<Failure>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind(), PlatformErrorKind::invalidJson);
+    EXPECT_EQ(error->kind(), FailureKind::invalidJson);
     expectIdle();
 }
 
@@ -68,9 +68,9 @@ TEST_F(SignInFailureTest, MissingOrUnreadableChallengeFailsOptions) {
 TEST_F(SignInFailureTest, CancelledSheetGivesThePlatformsOwnText) {
     const auto flow = startWithOptions(R"({"challenge":"AAEC"})");
     desktop.controllers.at(0)->fail(std::make_exception_ptr(
-        PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+        Failure(FailureKind::cancelled, "The passkey request was cancelled.")));
     desktop.loop.runUntilIdle();
-    ASSERT_TRUE(flow->errorAs<PlatformError>());
+    ASSERT_TRUE(flow->errorAs<Failure>());
     EXPECT_EQ(flow->errorText(), "The passkey request was cancelled.");
     EXPECT_EQ(session.sent.size(), 1u);
     expectIdle();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "deployment/Deployment.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "passkey/PasskeyAuthenticator.h"

@@ -1,5 +1,5 @@
 #include "service/JsonReply.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +18,8 @@ TEST(JsonReply, WhatIsNotJsonAndBareScalarsFailWithASentence) {
         try {
             service::parseJson(bytesOf(text));
             ADD_FAILURE() << text;
-        } catch (const PlatformError& error) {
-            EXPECT_EQ(error.kind(), PlatformErrorKind::invalidJson);
+        } catch (const Failure& error) {
+            EXPECT_EQ(error.kind(), FailureKind::invalidJson);
             EXPECT_EQ(error.localizedDescription(),
                       "The service sent a reply that is not valid JSON. Please try again later.");
         }
@@ -46,7 +46,7 @@ TEST(JsonReply, TextIsWrittenCompactly) {
 }
 
 TEST(JsonReply, TextThatIsNotUtf8CannotBeWritten) {
-    EXPECT_THROW(service::serializeJson({{"a", "\xFF"}}), PlatformError);
+    EXPECT_THROW(service::serializeJson({{"a", "\xFF"}}), Failure);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "web/ContentView.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "passkey/PasskeyError.h"
 
@@ -43,7 +43,7 @@ struct ContentViewTest : testing::Test {
     }
     void cancelSheet() {
         desktop.controllers.back()->fail(std::make_exception_ptr(
-            PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+            Failure(FailureKind::cancelled, "The passkey request was cancelled.")));
         desktop.loop.runUntilIdle();
     }
 };

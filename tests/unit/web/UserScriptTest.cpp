@@ -29,7 +29,7 @@ TEST(UserScript, LooksForTheLabelsOfTheNativeButton) {
 // A wrong letter does not show in a page: the script's other two looks hide what this one misses.
 TEST(UserScript, LooksAtOnceAtEachChangeAndWhenTheDocumentIsComplete) {
     const auto has = [](std::string_view line) {
-        return hidePasskeyButtonsScript.find("\n" + std::string(line) + "\n") !=
+        return web::hidePasskeyButtonsScript.find("\n" + std::string(line) + "\n") !=
                std::string_view::npos;
     };
     EXPECT_TRUE(has("  hide();"));

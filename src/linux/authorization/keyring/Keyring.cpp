@@ -1,6 +1,6 @@
 #include "linux/authorization/keyring/Keyring.h"
 
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "linux/authorization/keyring/PatientCall.h"
 
 #include <memory>
@@ -130,7 +130,7 @@ gobject::GObjectPointer<SecretCollection> Keyring::defaultCollection() {
 
 void Keyring::throwIfStopped() const {
     if (stop.stop_requested())
-        throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+        throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 void Keyring::unlock(GDBusProxy* locked) {
@@ -146,11 +146,10 @@ void Keyring::unlock(GDBusProxy* locked) {
     if (error)
         fail(error.take(), "unlock");
     if (unlocked < 1)
-        throw PlatformError(
-            PlatformErrorKind::storage,
-            "Your keyring is locked, and a passkey needs it. Try again and unlock the "
-            "keyring when it asks.",
-            "the unlock prompt was dismissed");
+        throw Failure(FailureKind::storage,
+                      "Your keyring is locked, and a passkey needs it. Try again and unlock the "
+                      "keyring when it asks.",
+                      "the unlock prompt was dismissed");
 }
 
 std::optional<SecretBytes> Keyring::load() {
@@ -173,13 +172,12 @@ std::optional<SecretBytes> Keyring::load() {
     const Secret secret(secret_item_get_secret(item.get()));
     std::optional<SecretBytes> key = secret ? decodeKey(*secret) : std::nullopt;
     if (!key)
-        throw PlatformError(
-            PlatformErrorKind::storage,
-            "The key that protects your passkeys is damaged in your keyring. Delete \"" +
-                std::string(label) +
-                "\" there, sign in another way, then register a new passkey from the "
-                "Account menu.",
-            "the secret is no key");
+        throw Failure(FailureKind::storage,
+                      "The key that protects your passkeys is damaged in your keyring. Delete \"" +
+                          std::string(label) +
+                          "\" there, sign in another way, then register a new passkey from the "
+                          "Account menu.",
+                      "the secret is no key");
     return key;
 }
 
@@ -202,19 +200,16 @@ void Keyring::fail(gobject::GErrorPointer error, const char* operation) const {
     const std::string cause = std::string("Secret Service, ") + operation + ": " +
                               (error ? error->message : "no reason given");
     if (g_cancellable_is_cancelled(cancellable.get()))
-        throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.",
-                            cause);
+        throw Failure(FailureKind::cancelled, "The passkey request was cancelled.", cause);
     if (!service)
-        throw PlatformError(
-            PlatformErrorKind::storage,
-            "No keyring is running, and without one a passkey cannot be kept safe. Start "
-            "your desktop's keyring or password manager and try again.",
-            cause);
-    throw PlatformError(
-        PlatformErrorKind::storage,
-        "Your keyring did not keep or give the key that protects your passkeys. Check "
-        "that it is unlocked and try again.",
-        cause);
+        throw Failure(FailureKind::storage,
+                      "No keyring is running, and without one a passkey cannot be kept safe. Start "
+                      "your desktop's keyring or password manager and try again.",
+                      cause);
+    throw Failure(FailureKind::storage,
+                  "Your keyring did not keep or give the key that protects your passkeys. Check "
+                  "that it is unlocked and try again.",
+                  cause);
 }
 
 } // namespace kelo::authorization

@@ -13,7 +13,7 @@
 namespace kelo::authorization {
 
 /// One session with the Secret Service, for the wrapping key in it. Every call blocks, and throws a
-/// PlatformError with a sentence for the user. One thread; a stop from any thread ends a call
+/// Failure with a sentence for the user. One thread; a stop from any thread ends a call
 /// early.
 class Keyring {
 public:

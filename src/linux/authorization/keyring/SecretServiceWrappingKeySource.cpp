@@ -2,7 +2,7 @@
 
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/keys/KeyWrapping.h"
-#include "base/PlatformError.h"
+#include "base/Failure.h"
 #include "linux/authorization/keyring/Keyring.h"
 
 namespace kelo::authorization {
@@ -24,10 +24,10 @@ SecretBytes SecretServiceWrappingKeySource::findOrCreate(std::stop_token stop) {
     // error, and a passkey under a key that nobody kept would be lost from the start.
     auto kept = keyring.load();
     if (!kept)
-        throw PlatformError(PlatformErrorKind::storage,
-                            "Your keyring did not keep the key that protects passkeys. Try again "
-                            "and let the keyring store it when it asks.",
-                            "stored, but not found again");
+        throw Failure(FailureKind::storage,
+                      "Your keyring did not keep the key that protects passkeys. Try again "
+                      "and let the keyring store it when it asks.",
+                      "stored, but not found again");
     return std::move(*kept);
 }
 

@@ -1,4 +1,4 @@
-#include "component/glib/LoopClock.h"
+#include "component/gobject/LoopClock.h"
 #include "voice/GlobalHotkey.h"
 
 #include <gtest/gtest.h>

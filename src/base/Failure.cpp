@@ -1,4 +1,4 @@
-#include "base/LocalizedError.h"
+#include "base/Failure.h"
 
 namespace kelo {
 
