@@ -42,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         rules.system = {"linux", "x86_64", "2.36"};
         rules.state.skippedVersion = "1.1";
         if (const auto chosen = updater::selectUpdate(appcast, rules).update)
-            require(isOlder("1.0", chosen->item.version) && !isOlder(chosen->item.version, "1.0"));
+            require(updater::isOlder("1.0", chosen->item.version) &&
+                    !updater::isOlder(chosen->item.version, "1.0"));
     } catch (const updater::UpdateError& refused) {
         require(refused.kind() == updater::UpdateErrorKind::feed);
     }
