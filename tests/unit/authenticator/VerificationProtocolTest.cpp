@@ -99,6 +99,21 @@ TEST(VerificationProtocol, NothingComesAfterABreak) {
     EXPECT_TRUE(reader.broken());
 }
 
+TEST(VerificationProtocol, NothingComesAfterATextThatIsNone) {
+    MessageReader reader;
+    EXPECT_TRUE(read(reader, "I\0\1\x1BI\0\2Hi"sv).empty());
+    EXPECT_TRUE(reader.broken());
+    EXPECT_FALSE(reader.next());
+}
+
+TEST(VerificationProtocol, NothingIsKeptAfterABreak) {
+    MessageReader reader;
+    read(reader, "I\0\1\x1B"sv);
+    EXPECT_FALSE(reader.midMessage());
+    reader.feed("A\0\6secret"sv);
+    EXPECT_FALSE(reader.midMessage());
+}
+
 TEST(VerificationProtocol, MakesAnyTextPresentable) {
     EXPECT_EQ(presentable("Password: "), "Password: ");
     EXPECT_EQ(presentable("a\x1B[31mb\r\n\tc\x7F"), "a[31mb\n\tc");

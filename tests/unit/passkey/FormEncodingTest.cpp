@@ -18,8 +18,9 @@ TEST(FormEncoding, QueryCharactersStayAsTheyAre) {
     EXPECT_EQ(formEncode({{"x", kept}}), "x=" + kept);
 }
 
-TEST(FormEncoding, SeparatorsInsideAValueAreEncoded) {
+TEST(FormEncoding, SeparatorsInsideANameOrValueAreEncoded) {
     EXPECT_EQ(formEncode({{"x", "a&b=c+d"}}), "x=a%26b%3Dc%2Bd");
+    EXPECT_EQ(formEncode({{"a&b=c+d", "x"}}), "a%26b%3Dc%2Bd=x");
 }
 
 TEST(FormEncoding, OtherBytesAreEncodedInUpperCase) {
