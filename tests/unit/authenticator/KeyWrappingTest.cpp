@@ -45,6 +45,32 @@ TEST(P256Key, IsNotMadeFromAScalarOutsideTheCurve) {
     EXPECT_FALSE(P256Key::fromScalar(SecretBytes(fromHex("01"))));
 }
 
+TEST(P256Key, PadsItsScalarTo32Bytes) {
+    const std::string small = std::string(62, '0') + "07";
+    const auto key = P256Key::fromScalar(SecretBytes(fromHex(small)));
+    ASSERT_TRUE(key);
+    EXPECT_EQ(toHex(key->scalar().view()), small);
+}
+
+TEST(P256Key, SignatureEndsWithItsOwnLength) {
+    const P256Key key = P256Key::generate();
+    // Signatures are of 70 to 72 bytes, or less; among so many there is a short one.
+    for (int i = 0; i < 32; ++i) {
+        const platform::Bytes signature =
+            key.sign(platform::Bytes(32, static_cast<std::uint8_t>(i)));
+        EXPECT_EQ(signature.size(), signature.at(1) + 2U);
+    }
+}
+
+TEST(KeyWrapping, WrappingKeyOfAnotherLengthStopsTheProcess) {
+    const P256Key key = P256Key::generate();
+    const platform::Bytes wrapped = wrapPrivateKey(wrappingKey(7), key);
+    for (const std::size_t size : {wrappingKeySize - 1, wrappingKeySize + 1}) {
+        EXPECT_DEATH(wrapPrivateKey(SecretBytes(size), key), "a wrapping key has 32 bytes");
+        EXPECT_DEATH(unwrapPrivateKey(SecretBytes(size), wrapped), "a wrapping key has 32 bytes");
+    }
+}
+
 TEST(KeyWrapping, OpensUnderTheSameWrappingKey) {
     const P256Key key = P256Key::generate();
     const platform::Bytes wrapped = wrapPrivateKey(wrappingKey(7), key);

@@ -103,4 +103,14 @@ TEST_F(SoftwareKeyStoreTest, StopsTheSourceWhenNobodyWaitsAnyMore) {
     EXPECT_FALSE(source->lastStop.stop_possible());
 }
 
+TEST_F(SoftwareKeyStoreTest, ADroppedSignatureDoesNotReachTheKeyring) {
+    HeldWorker worker;
+    SoftwareKeyStore held(source, worker);
+    scope.run(held.sign(platform::Bytes(133), digest));
+    ASSERT_EQ(worker.jobs.size(), 1U);
+    platform::dropSpawnedTasks();
+    worker.jobs.front()();
+    EXPECT_FALSE(source->lastStop.stop_possible());
+}
+
 } // namespace kelo

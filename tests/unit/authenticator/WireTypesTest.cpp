@@ -144,6 +144,12 @@ TEST(AttestedCredentialData, WritesTheLengthOfALongIdBigEndian) {
     EXPECT_EQ(toHex(platform::ByteView(bytes).first(19)), "0000000000000000000000000000000003ffab");
 }
 
+TEST(AttestedCredentialData, ALongerIdStopsTheProcess) {
+    AttestedCredentialData data;
+    data.credentialId = platform::Bytes(1024);
+    EXPECT_DEATH(encode(data), "at most 1023 bytes");
+}
+
 TEST(AttestationObject, IsOneCborMapThatALibraryReads) {
     AuthenticatorData data;
     data.attestedCredential.emplace();
