@@ -1,5 +1,7 @@
 #include "component/http/HttpFixture.h"
 
+#include "linux/http/TransportErrors.h"
+
 namespace kelo::test {
 
 /// A server with the given certificate is refused with this sentence and never sees a request.
@@ -67,6 +69,36 @@ TEST_F(Certificate, ForAClientIsRefused) {
     IdentityRequest request;
     request.forServers = false;
     expectRefused(authority.issue(request), untrusted);
+}
+
+TEST_F(Certificate, OfAnAddressHoldsForThatAddress) {
+    IdentityRequest request;
+    request.hosts = {"::1", "127.0.0.1"};
+    const auto certificate = gobject::GObjectPointer<GTlsCertificate>::adopt(
+        g_tls_certificate_new_from_pem(authority.issue(request).certificate.c_str(), -1, nullptr));
+    const auto problems = [&](const char* url) {
+        return trusting(authority)->problems(certificate.get(), *Url::parse(url));
+    };
+    EXPECT_EQ(problems("https://[::1]:8443/"), 0);
+    EXPECT_EQ(problems("https://127.0.0.1/"), 0);
+    EXPECT_EQ(problems("https://[::2]/"), G_TLS_CERTIFICATE_BAD_IDENTITY);
+    EXPECT_EQ(problems("https://localhost/"), G_TLS_CERTIFICATE_BAD_IDENTITY);
+}
+
+TEST_F(Certificate, GraverProblemsAreNamedFirst) {
+    const Url url = *Url::parse("https://localhost");
+    const auto sentence = [&](int problems) {
+        return http::certificateError(static_cast<GTlsCertificateFlags>(problems), url)
+            .localizedDescription();
+    };
+    const std::string withdrawn = "The certificate of localhost was withdrawn, so nothing was "
+                                  "sent. Ask those who run the service.";
+    EXPECT_EQ(sentence(G_TLS_CERTIFICATE_REVOKED), withdrawn);
+    EXPECT_EQ(sentence(G_TLS_CERTIFICATE_REVOKED | G_TLS_CERTIFICATE_BAD_IDENTITY |
+                       G_TLS_CERTIFICATE_EXPIRED),
+              withdrawn);
+    EXPECT_EQ(sentence(G_TLS_CERTIFICATE_UNKNOWN_CA | G_TLS_CERTIFICATE_REVOKED), untrusted);
+    EXPECT_EQ(sentence(G_TLS_CERTIFICATE_GENERIC_ERROR), untrusted);
 }
 
 TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {

@@ -52,6 +52,10 @@ TEST(ChunkedBody, AnythingShortOfTheLastLineIsNotTheEnd) {
         EXPECT_EQ(taken(whole.substr(0, length)).state, State::more) << length;
 }
 
+TEST(ChunkedBody, ALineOfTheTrailerIsNotTheEnd) {
+    EXPECT_EQ(taken("1\r\na\r\n0\r\nDigest: x\r\n"), (Taken{State::more, "a"}));
+}
+
 TEST(ChunkedBody, BytesAfterTheEndAreNotPartOfIt) {
     EXPECT_EQ(taken("1\r\na\r\n0\r\n\r\nHTTP/1.1 200 OK"), (Taken{State::finished, "a"}));
 }

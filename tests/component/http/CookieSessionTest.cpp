@@ -93,6 +93,31 @@ TEST_F(CookieSession, CookieOfARedirectIsKept) {
     EXPECT_EQ(peer->requests().at(1).header("cookie"), "a=1");
 }
 
+TEST_F(CookieSession, StrictCookieStaysWhenAnotherSiteRedirects) {
+    IdentityRequest names;
+    names.hosts = {"localhost", "one.localhost", "two.localhost"};
+    std::string port;
+    const MisbehavingServer peer(
+        authority.issue(names), MisbehavingServer::answering([&port](const WireRequest& request) {
+            if (request.target == "/set")
+                return httpReply("{}", "Set-Cookie: s=1; Path=/; SameSite=Strict\r\n");
+            if (request.target == "/start")
+                return httpReply("", "Location: https://two.localhost:" + port + "/end\r\n",
+                                 "302 Found");
+            return httpReply("{}");
+        }));
+    port = std::to_string(peer.port());
+    const auto get = [&](const std::string& host, const std::string& path) {
+        rig.run(own.data(*Url::parse("https://" + host + ":" + port + path)));
+        return peer.requests().back();
+    };
+    get("two.localhost", "/set");
+    EXPECT_EQ(get("two.localhost", "/own").header("cookie"), "s=1");
+    const WireRequest sentOn = get("one.localhost", "/start");
+    EXPECT_EQ(sentOn.target, "/end");
+    EXPECT_FALSE(sentOn.header("cookie"));
+}
+
 TEST_F(CookieSession, ServerMayTakeACookieBack) {
     const auto peer = server(MisbehavingServer::answering([](const WireRequest& request) {
         const std::string line = request.target == "/set" ? "Set-Cookie: a=1; Path=/\r\n"

@@ -114,7 +114,10 @@ TEST_F(HttpFailure, ChunkCutInsideIsNoReply) {
 TEST_F(HttpFailure, ChunkSizeThatIsNoNumberIsNoReply) {
     const auto peer = server(MisbehavingServer::saying(
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nshort\r\n0\r\n\r\n"));
-    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
+    EXPECT_EQ(error.localizedDescription(),
+              "localhost sent a reply that Kelo could not read. Try again later.");
 }
 
 TEST_F(HttpFailure, WholeChunkedReplyIsAReply) {

@@ -1,5 +1,7 @@
 #include "component/http/HttpFixture.h"
 
+#include "linux/http/Redirect.h"
+
 #include <gmock/gmock.h>
 
 namespace kelo::test {
@@ -80,6 +82,45 @@ TEST_F(Redirect, PostBecomesGetWhereHttpSaysSo) {
         EXPECT_FALSE(seen.header("content-type"));
         EXPECT_FALSE(seen.header("content-length"));
     }
+}
+
+TEST_F(Redirect, HeadersOfTheBodyGoWithItWhateverTheirCase) {
+    auto request = registration(*Url::parse("https://localhost/start"));
+    request.headers = {{"content-type", "application/json"},
+                       {"CONTENT-LANGUAGE", "nl"},
+                       {"x-csrf-token", "token"}};
+    const auto next = http::redirected(request, 303, "/end");
+    ASSERT_TRUE(next);
+    EXPECT_THAT(next->headers,
+                ElementsAre(std::pair<std::string, std::string>("x-csrf-token", "token")));
+}
+
+TEST_F(Redirect, MethodsOtherThanPostStay) {
+    const std::pair<const char*, int> kept[] = {{"HEAD", 301}, {"HEAD", 302}, {"HEAD", 303},
+                                                {"PUT", 301},  {"PUT", 302},  {"PUT", 307},
+                                                {"POST", 307}, {"POST", 308}, {"GET", 303}};
+    for (const auto& [method, status] : kept) {
+        UrlRequest request{*Url::parse("https://localhost/start")};
+        request.method = method;
+        EXPECT_EQ(http::redirected(request, status, "/end")->method, method) << status;
+    }
+    UrlRequest put{*Url::parse("https://localhost/start")};
+    put.method = "PUT";
+    EXPECT_EQ(http::redirected(put, 303, "/end")->method, "GET");
+}
+
+TEST_F(Redirect, AnotherOriginIsAskedForNoMoreThanBefore) {
+    UrlRequest request{*Url::parse("https://localhost/start")};
+    request.method = "HEAD";
+    EXPECT_EQ(http::redirected(request, 307, "https://localhost:2/")->method, "HEAD");
+    request.method = "PUT";
+    EXPECT_EQ(http::redirected(request, 307, "https://localhost:2/")->method, "GET");
+}
+
+TEST_F(Redirect, OtherStatusesAreNoRedirect) {
+    const UrlRequest request{*Url::parse("https://localhost/start")};
+    for (const int status : {200, 201, 300, 304, 305, 306, 309, 400})
+        EXPECT_FALSE(http::redirected(request, status, "/end")) << status;
 }
 
 TEST_F(Redirect, UnencryptedTargetIsNotFollowed) {

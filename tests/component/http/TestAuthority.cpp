@@ -1,5 +1,6 @@
 #include "component/http/TestAuthority.h"
 
+#include <gio/gio.h>
 #include <openssl/bio.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -60,8 +61,10 @@ Certificate leaf(const IdentityRequest& request, EVP_PKEY* key, X509* issuer) {
     X509* const signer = issuer ? issuer : certificate.get();
     X509_set_issuer_name(certificate.get(), X509_get_subject_name(signer));
     std::string names;
-    for (const std::string& host : request.hosts)
-        names += (names.empty() ? "DNS:" : ",DNS:") + host;
+    for (const std::string& host : request.hosts) {
+        const char* const kind = g_hostname_is_ip_address(host.c_str()) ? "IP:" : "DNS:";
+        names += (names.empty() ? "" : ",") + (kind + host);
+    }
     extend(certificate.get(), signer, NID_basic_constraints, "critical,CA:FALSE");
     extend(certificate.get(), signer, NID_ext_key_usage,
            request.forServers ? "serverAuth" : "clientAuth");

@@ -14,7 +14,7 @@ struct Identity {
 };
 
 struct IdentityRequest {
-    std::vector<std::string> hosts = {"localhost"};
+    std::vector<std::string> hosts = {"localhost"};           ///< names or bare addresses
     std::chrono::seconds validFrom = -std::chrono::hours(1);  ///< from now
     std::chrono::seconds validUntil = std::chrono::hours(24); ///< from now
     bool forServers = true; ///< otherwise the certificate is for clients alone

@@ -6,6 +6,7 @@
 #include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/authorization/PasskeyServices.h"
 #include "platform/Application.h"
+#include "platform/Window.h"
 
 #include <gtest/gtest.h>
 
@@ -54,8 +55,11 @@ public:
     }
     std::shared_ptr<platform::Window> presentationAnchor(AuthorizationController&) override {
         ++anchorsAsked;
-        return nullptr;
+        return window;
     }
+
+    struct SomeWindow final : platform::Window {};
+    const std::shared_ptr<platform::Window> window = std::make_shared<SomeWindow>();
 
     AuthorizationController* from = nullptr;
     std::optional<platform::Authorization> credential;
@@ -137,6 +141,7 @@ TEST_F(AuthorizationControllerTest, CancelAtTheSheetIsThePlatformsCancellation) 
     const auto listener = perform({registration()});
     expectError(*listener, FailureKind::cancelled);
     EXPECT_EQ(listener->error->localizedDescription(), "The passkey request was cancelled.");
+    EXPECT_EQ(person.anchor, listener->window);
 }
 
 TEST_F(AuthorizationControllerTest, ANewCeremonyGivesUpTheFormer) {
@@ -178,7 +183,9 @@ TEST_F(AuthorizationControllerTest, OffersThePasskeysOnDisk) {
     record.wrappedPrivateKey = bytesOf("wrapped");
     authenticator::CredentialStore(authorization::passkeyFile()).save(record);
     person.choice = std::nullopt;
-    expectError(*perform({assertion()}), FailureKind::cancelled);
+    const auto listener = perform({assertion()});
+    expectError(*listener, FailureKind::cancelled);
+    EXPECT_EQ(person.anchor, listener->window);
     ASSERT_EQ(person.requests.size(), 1U);
     EXPECT_EQ(person.requests[0].accountNames, std::vector<std::string>{"zoe"});
 }

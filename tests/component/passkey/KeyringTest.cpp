@@ -7,10 +7,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 // The real keyring daemon on a bus of its own; each use of it is a process of its own.
 
 namespace kelo {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -48,13 +52,55 @@ protected:
         daemon.kill();
         ASSERT_TRUE(bus.waitForNoName("org.freedesktop.secrets"));
     }
+    /// Wrong use of a library counts as a failure, too.
+    std::vector<std::string> probeEnvironment() const {
+        auto variables = environment();
+        variables.emplace_back("G_DEBUG=fatal-criticals");
+        return variables;
+    }
     std::string probe(std::vector<std::string> arguments) const {
         arguments.insert(arguments.begin(), KELO_KEYRING_PROBE);
-        return Child(arguments, environment()).readLine();
+        return Child(arguments, probeEnvironment()).readLine();
+    }
+
+    struct Item {
+        std::string secret;
+        int created;
+    };
+    /// Puts a keyring without a password in place that holds these as wrapping keys.
+    void writeKeyring(const std::vector<Item>& items) const {
+        std::filesystem::create_directories(keyrings);
+        std::ofstream(keyrings / "default") << "login";
+        std::ofstream text(keyrings / "login.keyring");
+        text << "[keyring]\ndisplay-name=login\nctime=1\nmtime=1\n"
+                "lock-on-idle=false\nlock-after=false\n";
+        int number = 0;
+        for (const Item& item : items) {
+            const std::string name = std::to_string(++number);
+            text << "\n[" << name << "]\nitem-type=0\ndisplay-name=key\nsecret=" << item.secret
+                 << "\nmtime=" << item.created << "\nctime=" << item.created << "\n\n[" << name
+                 << ":attribute0]\nname=purpose\ntype=string\nvalue=passkeys\n\n[" << name
+                 << ":attribute1]\nname=xdg:schema\ntype=string\n"
+                 << "value=app.kelo.Kelo.WrappingKey\n";
+        }
+    }
+    std::string keyringText() const {
+        std::ifstream stream(keyrings / "login.keyring");
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    /// What tells the wrapping key in a keyring with these apart from others.
+    std::string wrappingKeyAmong(const std::vector<Item>& items) {
+        writeKeyring(items);
+        startLocked();
+        const std::string wrapped = probe({"create"});
+        EXPECT_THAT(wrapped, MatchesRegex("[0-9a-f]{266}"));
+        stopKeyring();
+        return wrapped.substr(0, 18);
     }
 
     MainLoopScope loop;
     fakes::TemporaryFolder folder;
+    const std::filesystem::path keyrings = folder.path() / "data" / "keyrings";
     SessionBus bus{folder.path()};
     Child daemon;
 };
@@ -95,7 +141,7 @@ TEST_F(KeyringTest, NoKeyringIsSaidPlainly) {
 }
 
 TEST_F(KeyringTest, NoSessionBusIsSaidPlainly) {
-    auto variables = environment();
+    auto variables = probeEnvironment();
     variables.front() = "DBUS_SESSION_BUS_ADDRESS=unix:path=" + (folder.path() / "no-bus").string();
     EXPECT_THAT(Child({KELO_KEYRING_PROBE, "create"}, variables).readLine(),
                 StartsWith("error: No keyring is running"));
@@ -137,7 +183,7 @@ TEST_F(KeyringTest, ARequestThatIsGivenUpDoesNotWaitForTheUnlockPrompt) {
     stopKeyring();
     const UnansweredPrompter prompter(bus.connection());
     startLocked();
-    const Child waiting({KELO_KEYRING_PROBE, "create-and-give-up"}, environment());
+    const Child waiting({KELO_KEYRING_PROBE, "create-and-give-up"}, probeEnvironment());
     ASSERT_TRUE(prompter.waitUntilAsked());
     waiting.write("\n");
     EXPECT_EQ(waiting.readLine(), "given up");
@@ -161,10 +207,57 @@ TEST_F(KeyringTest, ALockedKeyringIsUnlockedAndUsed) {
 
 TEST_F(KeyringTest, AKeyringThatMayNotBeMadeIsSaidPlainly) {
     startLocked(); // and empty: the keyring would ask for a password for a new collection
-    EXPECT_THAT(probe({"create"}), HasSubstr("error: Your keyring did not keep"));
+    EXPECT_THAT(probe({"create"}),
+                HasSubstr("error: Your keyring did not keep or give the key that protects "
+                          "your passkeys. Check that it is unlocked"));
     stopKeyring();
     startUnlocked();
     EXPECT_THAT(probe({"create"}), MatchesRegex("[0-9a-f]{266}"));
+}
+
+TEST_F(KeyringTest, OfSeveralWrappingKeysTheOldestCounts) {
+    const Item older{std::string(64, '1'), 1'700'000'000};
+    const Item newer{std::string(64, '2'), 1'700'000'005};
+    const std::string wanted = wrappingKeyAmong({older});
+    EXPECT_NE(wrappingKeyAmong({newer}), wanted);
+    EXPECT_EQ(wrappingKeyAmong({older, newer}), wanted);
+    EXPECT_EQ(wrappingKeyAmong({newer, older}), wanted);
+}
+
+TEST_F(KeyringTest, AWrappingKeyMayBeInCapitals) {
+    EXPECT_EQ(wrappingKeyAmong({{std::string(64, 'A'), 1}}),
+              wrappingKeyAmong({{std::string(64, 'a'), 1}}));
+}
+
+TEST_F(KeyringTest, ASecretThatIsNoKeyIsSaidPlainlyAndStaysAsItIs) {
+    for (const std::string& secret :
+         {std::string("secret"), std::string(63, '1'), std::string(66, '1'),
+          std::string(63, '1') + "g", "g" + std::string(63, '1')}) {
+        writeKeyring({{secret, 1}});
+        const std::string before = keyringText();
+        startLocked();
+        const std::string sentence =
+            "error: The key that protects your passkeys is damaged in your keyring. Delete \"Key "
+            "that protects the passkeys of Kelo\" there, sign in another way, then register a "
+            "new passkey from the Account menu.";
+        EXPECT_EQ(probe({"create"}), sentence) << secret;
+        EXPECT_EQ(probe({"sign", "00"}), sentence) << secret;
+        stopKeyring();
+        EXPECT_EQ(keyringText(), before);
+    }
+}
+
+TEST_F(KeyringTest, TheWrappingKeyIsKeptUnderItsNameAndPurpose) {
+    writeKeyring({});
+    startLocked();
+    EXPECT_THAT(probe({"create"}), MatchesRegex("[0-9a-f]{266}"));
+    stopKeyring();
+    const std::string text = keyringText();
+    EXPECT_THAT(text, HasSubstr("\ndisplay-name=Key that protects the passkeys of Kelo\n"));
+    EXPECT_THAT(text, HasSubstr("\nname=purpose\ntype=string\nvalue=passkeys\n"));
+    EXPECT_THAT(text,
+                HasSubstr("\nname=xdg:schema\ntype=string\nvalue=app.kelo.Kelo.WrappingKey\n"));
+    EXPECT_THAT(text, ContainsRegex("\nsecret=[0-9a-f]{64}\n"));
 }
 
 } // namespace kelo

@@ -1,6 +1,7 @@
 #include "linux/authorization/protocol/VerificationProtocol.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -60,6 +61,9 @@ void sayVerified() {
         authorization::encodeResult(authorization::HelperResult::verified, mark()));
 }
 
+/// Stays open as long as this process lives.
+int lifeline = -1;
+
 [[noreturn]] void hang() {
     while (true)
         ::pause();
@@ -95,6 +99,11 @@ const std::map<std::string, std::function<void()>> behaviours = {
          sayVerified();
          write({'I', 0});
      }},
+    {"verified, then control characters",
+     [] {
+         sayVerified();
+         write({'I', 0, 1, '\x1B'});
+     }},
     {"verified twice",
      [] {
          const authorization::RunMark once = mark();
@@ -115,6 +124,16 @@ const std::map<std::string, std::function<void()>> behaviours = {
          say(authorization::MessageType::result, "!" + std::string(once.begin(), once.end()));
      }},
     {"garbage", [] { write(std::vector<char>(10000, '\x07')); }},
+    {"garbage, then hangs",
+     [] {
+         write(std::vector<char>(10, '\x07'));
+         hang();
+     }},
+    {"control characters, then hangs",
+     [] {
+         write({'I', 0, 1, '\x1B'});
+         hang();
+     }},
     {"plain text",
      [] {
          write({'P', 'a', 's', 's', 'w', 'o', 'r', 'd', ':'});
@@ -145,6 +164,15 @@ const std::map<std::string, std::function<void()>> behaviours = {
                        authorization::encodeResult(authorization::HelperResult::verified, once)));
          receive();
      }},
+    {"gives the result right after its question",
+     [] {
+         const RunMark once = mark();
+         say(MessageType::hiddenPrompt, "Password: ");
+         say(MessageType::result, encodeResult(HelperResult::verified, once));
+         if (::write(lifeline, "!", 1) != 1)
+             ::_exit(EXIT_FAILURE);
+         receive();
+     }},
     {"two questions at once",
      [] {
          mark();
@@ -159,6 +187,13 @@ const std::map<std::string, std::function<void()>> behaviours = {
          say(authorization::MessageType::hiddenPrompt, "Password: ");
          ::raise(SIGKILL);
      }},
+    {"stops listening before its question",
+     [] {
+         mark();
+         ::shutdown(STDIN_FILENO, SHUT_RD);
+         say(MessageType::hiddenPrompt, "Password: ");
+         hang();
+     }},
     {"hangs",
      [] {
          mark();
@@ -170,8 +205,8 @@ const std::map<std::string, std::function<void()>> behaviours = {
 } // namespace
 
 int main() {
-    if (const char* lifeline = std::getenv("KELO_TEST_LIFELINE"))
-        ::open(lifeline, O_WRONLY); // stays open as long as this process lives
+    if (const char* path = std::getenv("KELO_TEST_LIFELINE"))
+        lifeline = ::open(path, O_WRONLY);
     const char* name = std::getenv("KELO_TEST_BEHAVIOUR");
     const auto found = behaviours.find(name ? name : "");
     if (found == behaviours.end())

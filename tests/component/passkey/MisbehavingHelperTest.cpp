@@ -1,5 +1,6 @@
 #include "VerificationFixture.h"
 
+#include <csignal>
 #include <fstream>
 
 namespace kelo {
@@ -44,8 +45,10 @@ TEST_P(BrokenTalk, VerifiesNobody) {
 INSTANTIATE_TEST_SUITE_P(
     Every, BrokenTalk,
     testing::Values("says nothing", "fails", "dies", "verified, then fails", "verified, then dies",
-                    "verified, then goes on", "verified, then half a message", "verified twice",
-                    "verified without being asked", "unknown result", "garbage", "plain text",
+                    "verified, then goes on", "verified, then half a message",
+                    "verified, then control characters", "verified twice",
+                    "verified without being asked", "unknown result", "garbage",
+                    "garbage, then hangs", "control characters, then hangs", "plain text",
                     "half a message", "control characters", "begins itself", "answers itself",
                     "speaks while a question is open", "two questions at once"),
     [](const auto& info) {
@@ -57,6 +60,23 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(MisbehavingHelper, OneThatDiesLeavesNobodyTypingToIt) {
     person.leavesQuestionsOpen = true;
     EXPECT_EQ(outcomeOfHelperThat("dies while a question is open"), Outcome::failed);
+}
+
+TEST_F(MisbehavingHelper, AResultThatDoesNotWaitForTheAnswerVerifiesNobody) {
+    person.answers = {"secret"};
+    person.whenAsked = [this] {
+        // The answer comes when the result is there already, and before the loop could look.
+        pollfd watched{lifeline, POLLIN, 0};
+        EXPECT_EQ(::poll(&watched, 1, 60'000), 1);
+    };
+    EXPECT_EQ(outcomeOfHelperThat("gives the result right after its question"), Outcome::failed);
+}
+
+TEST_F(MisbehavingHelper, OneThatDoesNotListenVerifiesNobodyAndRaisesNoSignal) {
+    std::signal(SIGPIPE, SIG_DFL);
+    person.answers = {"secret"};
+    EXPECT_EQ(outcomeOfHelperThat("stops listening before its question"), Outcome::failed);
+    EXPECT_TRUE(endsWhenHelperDies(lifeline));
 }
 
 TEST_F(MisbehavingHelper, CancelEndsOneThatHangs) {

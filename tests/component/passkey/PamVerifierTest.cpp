@@ -3,6 +3,7 @@
 #include "linux/authorization/protocol/VerificationProtocol.h"
 
 #include <pwd.h>
+#include <security/pam_appl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -34,6 +35,13 @@ protected:
     std::string passwordLines() const {
         const std::string arguments = std::string(matrix) + " passdb=" + passwords + "\n";
         return "auth required " + arguments + "account required " + arguments;
+    }
+    /// A line's end: the module of the test with this habit.
+    static std::string habit(const std::string& name) {
+        return std::string(talkative) + " " + name + "\n";
+    }
+    void authenticatesWith(const std::string& name) const {
+        service("auth required " + habit(name) + "account required pam_permit.so\n");
     }
     std::vector<std::string> environment() const {
         auto variables = forSanitizers();
@@ -105,6 +113,83 @@ TEST_F(PamVerifierTest, AnAccountThatMayNotLogInFailsWithoutAnotherTry) {
     person.answers = {"open sesame", "open sesame"};
     EXPECT_EQ(verify(verifier), Outcome::failed);
     EXPECT_EQ(person.words.size(), 1U);
+}
+
+TEST_F(PamVerifierTest, AnyReasonAgainstTheAccountFailsWithoutAnotherTry) {
+    for (const int result : {PAM_AUTH_ERR, PAM_USER_UNKNOWN, PAM_PERM_DENIED, PAM_ACCT_EXPIRED,
+                             PAM_NEW_AUTHTOK_REQD}) {
+        service("auth required pam_permit.so\naccount required " +
+                habit("none result=" + std::to_string(result)));
+        EXPECT_EQ(verify(verifier), Outcome::failed) << result;
+    }
+    EXPECT_THAT(person.words, IsEmpty());
+}
+
+TEST_F(PamVerifierTest, AFingerThatIsNotRecognizedMayTryAgain) {
+    for (const int result :
+         {PAM_AUTH_ERR, PAM_USER_UNKNOWN, PAM_PERM_DENIED, PAM_CRED_INSUFFICIENT}) {
+        authenticatesWith("none result=" + std::to_string(result));
+        person.words.clear();
+        EXPECT_EQ(verify(verifier), Outcome::failed) << result;
+        EXPECT_THAT(person.words,
+                    ElementsAre("e Not recognized. Try again.", "e Not recognized. Try again."));
+    }
+}
+
+TEST_F(PamVerifierTest, TooManyTriesForTheModuleAreEnough) {
+    authenticatesWith("none result=" + std::to_string(PAM_MAXTRIES));
+    EXPECT_EQ(verify(verifier), Outcome::failed);
+    EXPECT_THAT(person.words, IsEmpty());
+}
+
+TEST_F(PamVerifierTest, AModuleThatCannotSayIsUnavailable) {
+    for (const int result : {PAM_AUTHINFO_UNAVAIL, PAM_SYSTEM_ERR, PAM_ABORT}) {
+        authenticatesWith("none result=" + std::to_string(result));
+        EXPECT_EQ(verify(verifier), Outcome::unavailable) << result;
+    }
+    service("auth required pam_permit.so\naccount required " +
+            habit("none result=" + std::to_string(PAM_SYSTEM_ERR)));
+    EXPECT_EQ(verify(verifier), Outcome::unavailable);
+}
+
+TEST_F(PamVerifierTest, AnEmptyPasswordOfTheAccountIsNeverEnough) {
+    service("auth required " + habit("flags") + "account required " + habit("flags"));
+    EXPECT_EQ(verify(verifier), Outcome::verified);
+    EXPECT_THAT(person.words,
+                ElementsAre("i empty passwords refused", "i empty passwords refused"));
+}
+
+TEST_F(PamVerifierTest, QuestionsSayWhetherTheirAnswerMayBeSeen) {
+    authenticatesWith("asks");
+    person.answers = {"zoe", "1234"};
+    EXPECT_EQ(verify(verifier), Outcome::verified);
+    EXPECT_THAT(person.words, ElementsAre("! Name: ", "? Code: "));
+}
+
+TEST_F(PamVerifierTest, ASecretThatWasWrongIsNamedAPassword) {
+    authenticatesWith("asks");
+    person.answers = {"zoe", "1", "zoe", "1234"};
+    EXPECT_EQ(verify(verifier), Outcome::verified);
+    EXPECT_EQ(person.words.at(2), "e Wrong password. Try again.");
+}
+
+TEST_F(PamVerifierTest, AModuleWithoutWordsIsShownWithoutWords) {
+    authenticatesWith("silent");
+    person.answers = {"", ""};
+    EXPECT_EQ(verify(verifier), Outcome::verified);
+    EXPECT_THAT(person.words, ElementsAre("i ", "e ", "! ", "? "));
+}
+
+TEST_F(PamVerifierTest, ConversationsThatNoModuleMayHoldAreRefused) {
+    authenticatesWith("overdoes");
+    EXPECT_EQ(verify(verifier), Outcome::verified);
+    EXPECT_THAT(person.words, ElementsAre("i all refused"));
+}
+
+TEST_F(PamVerifierTest, AModuleFindsNothingOnStandardInput) {
+    authenticatesWith("reads");
+    EXPECT_EQ(verify(verifier), Outcome::verified);
+    EXPECT_THAT(person.words, ElementsAre("i standard input is empty"));
 }
 
 TEST_F(PamVerifierTest, AModuleThatIsNotThereIsUnavailable) {
@@ -223,6 +308,26 @@ TEST_F(VerifyUserProgram, EndsOnNonsenseWithoutTouchingPam) {
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_FAILURE) << status;
         ::close(std::exchange(socket, -1));
     }
+}
+
+TEST_F(VerifyUserProgram, EndsOnAMessageThatBeginsNothing) {
+    service("auth required pam_permit.so\naccount required pam_permit.so\n");
+    start();
+    const auto bytes =
+        authorization::encode(authorization::MessageType::answer, std::string(16, 'm'));
+    send(std::string_view(bytes.data(), bytes.size()));
+    EXPECT_EQ(receive().payload, "the helper closed its end");
+    const int status = waitForEnd();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_FAILURE) << status;
+}
+
+TEST_F(VerifyUserProgram, EndsByItselfWhenNobodyListensAnyMore) {
+    service("auth required pam_permit.so\naccount required pam_permit.so\n");
+    start();
+    ::shutdown(socket, SHUT_RD);
+    begin();
+    const int status = waitForEnd();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_FAILURE) << status;
 }
 
 TEST_F(VerifyUserProgram, MarksItsResultWithTheRunItBelongsTo) {

@@ -25,7 +25,12 @@ class VerificationFixture : public testing::Test {
 protected:
     using Outcome = authenticator::VerificationOutcome;
 
-    VerificationFixture() { ::mkfifo(fifo.c_str(), 0600); }
+    VerificationFixture() {
+        // Wrong use of GLib is a failure, too.
+        g_log_set_always_fatal(
+            static_cast<GLogLevelFlags>(G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL));
+        ::mkfifo(fifo.c_str(), 0600);
+    }
 
     /// What a helper built with a sanitizer needs: a library is preloaded before the sanitizer's,
     /// the process cannot be traced for leaks, and pam_wrapper must not bind libpam deeply (its

@@ -20,6 +20,8 @@ struct SheetScript {
     bool leavesOpen = false;
     /// Answers to the questions of the verification, in order; none left: cancels.
     std::deque<std::string> answers;
+    /// Run at each question of the verification, before it is answered.
+    std::function<void()> whenAsked;
     /// Leaves the questions of the verification open.
     bool leavesQuestionsOpen = false;
 
@@ -59,6 +61,8 @@ public:
 
     Task<std::optional<SecretText>> ask(authenticator::VerificationPrompt prompt) override {
         script.words.push_back((prompt.echo ? "! " : "? ") + prompt.text);
+        if (script.whenAsked)
+            script.whenAsked();
         if (script.leavesQuestionsOpen)
             co_await never();
         if (script.answers.empty())

@@ -106,6 +106,16 @@ TEST_F(RegistrationCommandTest, BlanksAndTabsAroundTheEntryAreTrimmed) {
     EXPECT_EQ(sentPassword(), "my  secret\tcode");
 }
 
+TEST_F(RegistrationCommandTest, BlanksOfDifferentKindsAtTheBeginningAreTrimmed) {
+    registerWith(" \t\u00A0code");
+    EXPECT_EQ(sentPassword(), "code");
+}
+
+TEST_F(RegistrationCommandTest, BlanksOfDifferentKindsAtTheEndAreTrimmed) {
+    registerWith("code\u00A0\t ");
+    EXPECT_EQ(sentPassword(), "code");
+}
+
 TEST_F(RegistrationCommandTest, LineFeedsAroundTheEntryAreKept) {
     registerWith(" \ncode\n ");
     EXPECT_EQ(sentPassword(), "\ncode\n");

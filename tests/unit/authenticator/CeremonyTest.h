@@ -5,6 +5,7 @@
 #include "authenticator/GetAssertion.h"
 #include "authenticator/MakeCredential.h"
 #include "fakes/authenticator/ScopedAuthenticator.h"
+#include "platform/Window.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@ namespace kelo {
 /// A person, their keys and their disk, and requests of the service "localhost".
 class CeremonyTest : public testing::Test {
 protected:
+    struct SomeWindow final : platform::Window {};
     using Registered = fakes::Ended<platform::PlatformRegistrationCredential>;
     using Asserted = fakes::Ended<platform::PlatformAssertionCredential>;
 

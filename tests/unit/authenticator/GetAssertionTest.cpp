@@ -163,6 +163,20 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
     EXPECT_FALSE(verifyAssertion(*ended->value, key(max), "localhost", true));
 }
 
+TEST_F(GetAssertionTest, PresentsOverTheAnchorItWasGiven) {
+    registered("zoe", "user-1");
+    const auto anchor = std::make_shared<SomeWindow>();
+    authenticator::GetAssertion operation(scope.authenticator, assertion(), anchor);
+    EXPECT_TRUE(scope.run(operation.run())->value);
+    EXPECT_EQ(scope.person.anchor, anchor);
+}
+
+TEST_F(GetAssertionTest, AnAccountThatWasNotOfferedIsNoAgreement) {
+    registered("zoe", "user-1");
+    scope.person.choice = 1;
+    expectError(*signIn(assertion()), FailureKind::cancelled, "The passkey request was cancelled.");
+}
+
 TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonDeclines) {
     registered("zoe", "user-1");
     scope.person.choice = std::nullopt;

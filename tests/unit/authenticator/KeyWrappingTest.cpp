@@ -50,6 +50,34 @@ TEST(P256Key, IsNotMadeFromAScalarOutsideTheCurve) {
     EXPECT_FALSE(authenticator::P256Key::fromScalar(authenticator::SecretBytes(fromHex("01"))));
 }
 
+TEST(P256Key, PadsItsScalarTo32Bytes) {
+    const std::string small = std::string(62, '0') + "07";
+    const auto key = authenticator::P256Key::fromScalar(authenticator::SecretBytes(fromHex(small)));
+    ASSERT_TRUE(key);
+    EXPECT_EQ(toHex(key->scalar().view()), small);
+}
+
+TEST(P256Key, SignatureEndsWithItsOwnLength) {
+    const authenticator::P256Key key = authenticator::P256Key::generate();
+    // Signatures are of 70 to 72 bytes, or less; among so many there is a short one.
+    for (int i = 0; i < 32; ++i) {
+        const Bytes signature = key.sign(Bytes(32, static_cast<std::uint8_t>(i)));
+        EXPECT_EQ(signature.size(), signature.at(1) + 2U);
+    }
+}
+
+TEST(KeyWrapping, WrappingKeyOfAnotherLengthStopsTheProcess) {
+    const authenticator::P256Key key = authenticator::P256Key::generate();
+    const Bytes wrapped = authenticator::wrapPrivateKey(wrappingKey(7), key);
+    for (const std::size_t size :
+         {authenticator::wrappingKeySize - 1, authenticator::wrappingKeySize + 1}) {
+        EXPECT_DEATH(authenticator::wrapPrivateKey(authenticator::SecretBytes(size), key),
+                     "a wrapping key has 32 bytes");
+        EXPECT_DEATH(authenticator::unwrapPrivateKey(authenticator::SecretBytes(size), wrapped),
+                     "a wrapping key has 32 bytes");
+    }
+}
+
 TEST(KeyWrapping, OpensUnderTheSameWrappingKey) {
     const authenticator::P256Key key = authenticator::P256Key::generate();
     const Bytes wrapped = authenticator::wrapPrivateKey(wrappingKey(7), key);

@@ -83,6 +83,20 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
     EXPECT_TRUE(doRegister(registration("zoe", std::string(64, 'u')))->value);
 }
 
+TEST_F(MakeCredentialTest, PresentsOverTheAnchorItWasGiven) {
+    const auto anchor = std::make_shared<SomeWindow>();
+    authenticator::MakeCredential operation(scope.authenticator, registration(), anchor);
+    EXPECT_TRUE(scope.run(operation.run())->value);
+    EXPECT_EQ(scope.person.anchor, anchor);
+}
+
+TEST_F(MakeCredentialTest, AnAccountThatWasNotOfferedIsNoAgreement) {
+    scope.person.choice = 1;
+    expectError(*doRegister(registration()), FailureKind::cancelled,
+                "The passkey request was cancelled.");
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "closed"));
+}
+
 TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonDeclines) {
     scope.person.choice = std::nullopt;
     expectError(*doRegister(registration()), FailureKind::cancelled,

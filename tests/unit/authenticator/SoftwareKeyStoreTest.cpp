@@ -104,4 +104,14 @@ TEST_F(SoftwareKeyStoreTest, StopsTheSourceWhenNobodyWaitsAnyMore) {
     EXPECT_FALSE(source->lastStop.stop_possible());
 }
 
+TEST_F(SoftwareKeyStoreTest, ADroppedSignatureDoesNotReachTheKeyring) {
+    HeldWorker worker;
+    authenticator::SoftwareKeyStore held(source, worker);
+    scope.run(held.sign(Bytes(133), digest));
+    ASSERT_EQ(worker.jobs.size(), 1U);
+    dropSpawnedTasks();
+    worker.jobs.front()();
+    EXPECT_FALSE(source->lastStop.stop_possible());
+}
+
 } // namespace kelo

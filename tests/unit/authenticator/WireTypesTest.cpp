@@ -145,6 +145,12 @@ TEST(AttestedCredentialData, WritesTheLengthOfALongIdBigEndian) {
     EXPECT_EQ(toHex(ByteView(bytes).first(19)), "0000000000000000000000000000000003ffab");
 }
 
+TEST(AttestedCredentialData, ALongerIdStopsTheProcess) {
+    webauthn::AttestedCredentialData data;
+    data.credentialId = Bytes(1024);
+    EXPECT_DEATH(encode(data), "at most 1023 bytes");
+}
+
 TEST(AttestationObject, IsOneCborMapThatALibraryReads) {
     webauthn::AuthenticatorData data;
     data.attestedCredential.emplace();

@@ -102,6 +102,21 @@ TEST(VerificationProtocol, NothingComesAfterABreak) {
     EXPECT_TRUE(reader.broken());
 }
 
+TEST(VerificationProtocol, NothingComesAfterATextThatIsNone) {
+    authorization::MessageReader reader;
+    EXPECT_TRUE(read(reader, "I\0\1\x1BI\0\2Hi"sv).empty());
+    EXPECT_TRUE(reader.broken());
+    EXPECT_FALSE(reader.next());
+}
+
+TEST(VerificationProtocol, NothingIsKeptAfterABreak) {
+    authorization::MessageReader reader;
+    read(reader, "I\0\1\x1B"sv);
+    EXPECT_FALSE(reader.midMessage());
+    reader.feed("A\0\6secret"sv);
+    EXPECT_FALSE(reader.midMessage());
+}
+
 TEST(VerificationProtocol, MakesAnyTextPresentable) {
     EXPECT_EQ(authorization::presentable("Password: "), "Password: ");
     EXPECT_EQ(authorization::presentable("a\x1B[31mb\r\n\tc\x7F"), "a[31mb\n\tc");

@@ -140,7 +140,8 @@ TEST_F(PasskeyAuthenticatorTest, OneUnreadableCredentialGivesAnEmptyAllowedList)
 }
 
 TEST_F(PasskeyAuthenticatorTest, AllowedCredentialsOfAnotherShapeAreIgnoredAltogether) {
-    for (const char* shape : {"[]", "{}", "\"AQ\"", "null", R"([{"id":"AQ"},"AQ"])"}) {
+    for (const char* shape :
+         {"[]", "{}", R"({"a":{"id":"AQ"}})", "\"AQ\"", "null", R"([{"id":"AQ"},"AQ"])"}) {
         desktop.controllers.clear();
         startWithOptions(std::string(R"({"challenge":"AAEC","allowCredentials":)") + shape + "}");
         EXPECT_FALSE(assertionRequest().allowedCredentials) << shape;
@@ -161,6 +162,7 @@ TEST_F(PasskeyAuthenticatorTest, ControllerHoldsTheDriverWeakly) {
     startWithOptions(R"({"challenge":"AAEC"})");
     const auto controller = desktop.controllers.at(0);
     EXPECT_EQ(controller->delegate.lock(), passkey);
+    EXPECT_EQ(controller->provider.lock(), passkey);
     dropSpawnedTasks();
     passkey.reset();
     EXPECT_TRUE(controller->delegate.expired());

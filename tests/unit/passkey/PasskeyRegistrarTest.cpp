@@ -17,6 +17,12 @@ TEST_F(PasskeyRegistrarTest, EmptyCookieListAsksToLogInAndSendsNothing) {
     EXPECT_TRUE(session.sent.empty());
 }
 
+TEST_F(PasskeyRegistrarTest, CookiesWithoutASessionTokenAskToLogInAndSendNothing) {
+    const auto flow = start({{"csrf", "1", "localhost"}, {"Session-Token", "2", "localhost"}});
+    expectFailure(*flow, "Log in first, then register a passkey.");
+    EXPECT_TRUE(session.sent.empty());
+}
+
 TEST_F(PasskeyRegistrarTest, CookiesAreJoinedInTheirOrderWithSemicolonAndBlank) {
     session.reply(500, "");
     start({{"a", "1", "localhost"}, {"session-token", "xyz", "localhost"}});
@@ -195,6 +201,12 @@ TEST_F(PasskeyRegistrarTest, OnlyChallengeNameAndUserIdComeFromTheService) {
     EXPECT_EQ(registrationRequest().relyingPartyIdentifier, deployment::relyingPartyIdentifier);
     EXPECT_EQ(registrationRequest().challenge, (Bytes{0, 1, 2}));
     EXPECT_EQ(registrationRequest().userId, (Bytes{0xFB, 0xFF}));
+}
+
+TEST_F(PasskeyRegistrarTest, ControllerPresentsOverTheRegistrarsWindow) {
+    startUpToSheet();
+    EXPECT_EQ(desktop.controllers.at(0)->delegate.lock(), registrar);
+    EXPECT_EQ(desktop.controllers.at(0)->provider.lock(), registrar);
 }
 
 TEST_F(PasskeyRegistrarTest, CancelledSheetGivesThePlatformsOwnText) {

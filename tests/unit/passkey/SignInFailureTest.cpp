@@ -57,6 +57,13 @@ TEST_F(SignInFailureTest, OptionsArrayFailsOptions) {
     expectIdle();
 }
 
+TEST_F(SignInFailureTest, FetchedOptionsAreAnObject) {
+    session.reply(200, R"([{"challenge":"AAEC"}])");
+    const auto flow = fakes::start(passkey->fetchAssertionOptions());
+    desktop.loop.runUntilIdle();
+    expectFailure(*flow, passkey::PasskeyError::optionsFailed());
+}
+
 TEST_F(SignInFailureTest, MissingOrUnreadableChallengeFailsOptions) {
     for (const char* options : {"{}", R"({"challenge":5})", R"({"challenge":"A A"})",
                                 R"({"Challenge":"AAEC"})", R"({"challenge":null})"})

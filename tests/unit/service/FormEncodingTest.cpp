@@ -19,8 +19,9 @@ TEST(FormEncoding, QueryCharactersStayAsTheyAre) {
     EXPECT_EQ(service::formEncode({{"x", kept}}), "x=" + kept);
 }
 
-TEST(FormEncoding, SeparatorsInsideAValueAreEncoded) {
+TEST(FormEncoding, SeparatorsInsideANameOrValueAreEncoded) {
     EXPECT_EQ(service::formEncode({{"x", "a&b=c+d"}}), "x=a%26b%3Dc%2Bd");
+    EXPECT_EQ(service::formEncode({{"a&b=c+d", "x"}}), "a%26b%3Dc%2Bd=x");
 }
 
 TEST(FormEncoding, OtherBytesAreEncodedInUpperCase) {
