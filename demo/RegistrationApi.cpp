@@ -1,11 +1,11 @@
 #include "demo/RegistrationApi.h"
 
-#include "demo/Base64Url.h"
-#include "demo/ClientData.h"
-#include "demo/Digest.h"
-#include "demo/PasskeyMessages.h"
-#include "demo/Replies.h"
-#include "platform/SecretText.h"
+#include "base/SecretText.h"
+#include "demo/base/Base64Url.h"
+#include "demo/base/Digest.h"
+#include "demo/http/Replies.h"
+#include "demo/passkeys/ClientData.h"
+#include "demo/passkeys/PasskeyMessages.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,11 +25,11 @@ std::string textMember(const json& object, const char* name) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-platform::SecretText secretMember(const json& object, const char* name) {
+SecretText secretMember(const json& object, const char* name) {
     const auto found = object.find(name);
     return found != object.end() && found->is_string()
-               ? platform::SecretText(found->get_ref<const std::string&>())
-               : platform::SecretText();
+               ? SecretText(found->get_ref<const std::string&>())
+               : SecretText();
 }
 
 } // namespace

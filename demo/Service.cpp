@@ -1,6 +1,6 @@
 #include "demo/Service.h"
 
-#include "demo/Replies.h"
+#include "demo/http/Replies.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "demo/Http.h"
-#include "demo/Pages.h"
 #include "demo/RegistrationApi.h"
 #include "demo/ServiceContext.h"
 #include "demo/SignInApi.h"
+#include "demo/http/Http.h"
+#include "demo/pages/Pages.h"
 
 #include <functional>
 #include <map>

@@ -1,6 +1,6 @@
 #include "demo/ServiceContext.h"
 
-#include "demo/ServiceError.h"
+#include "demo/base/ServiceError.h"
 
 #include <iostream>
 #include <utility>

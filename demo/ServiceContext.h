@@ -1,13 +1,13 @@
 #pragma once
 
-#include "demo/AccountStore.h"
-#include "demo/ChallengeTable.h"
-#include "demo/CsrfToken.h"
-#include "demo/Http.h"
-#include "demo/PasskeyStore.h"
-#include "demo/PasskeyVerifier.h"
-#include "demo/SessionTable.h"
 #include "demo/StateFile.h"
+#include "demo/accounts/AccountStore.h"
+#include "demo/accounts/CsrfToken.h"
+#include "demo/accounts/SessionTable.h"
+#include "demo/http/Http.h"
+#include "demo/passkeys/ChallengeTable.h"
+#include "demo/passkeys/PasskeyStore.h"
+#include "demo/passkeys/PasskeyVerifier.h"
 
 #include <string>
 #include <string_view>

@@ -1,10 +1,10 @@
 #include "demo/SignInApi.h"
 
-#include "demo/Base64Url.h"
-#include "demo/ClientData.h"
-#include "demo/FormData.h"
-#include "demo/PasskeyMessages.h"
-#include "demo/Replies.h"
+#include "demo/base/Base64Url.h"
+#include "demo/http/FormData.h"
+#include "demo/http/Replies.h"
+#include "demo/passkeys/ClientData.h"
+#include "demo/passkeys/PasskeyMessages.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "demo/Http.h"
 #include "demo/ServiceContext.h"
+#include "demo/http/Http.h"
 
 #include <map>
 #include <string>

@@ -1,8 +1,8 @@
 #include "demo/StateFile.h"
 
-#include "demo/AtomicFile.h"
-#include "demo/Base64Url.h"
-#include "demo/ServiceError.h"
+#include "demo/base/AtomicFile.h"
+#include "demo/base/Base64Url.h"
+#include "demo/base/ServiceError.h"
 
 #include <nlohmann/json.hpp>
 
@@ -33,7 +33,7 @@ Time timeOf(const json& value) {
     return Time(std::chrono::seconds(seconds));
 }
 
-platform::Bytes bytesOf(const json& value) {
+Bytes bytesOf(const json& value) {
     auto bytes = base64UrlDecode(value.get<std::string>());
     if (!bytes)
         throw std::invalid_argument("not base64url");

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "demo/PasskeyStore.h"
-#include "demo/SessionTable.h"
+#include "demo/accounts/SessionTable.h"
+#include "demo/passkeys/PasskeyStore.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,10 +1,10 @@
-#include "demo/Authority.h"
-#include "demo/HttpServer.h"
 #include "demo/Options.h"
 #include "demo/Service.h"
 #include "demo/ServiceContext.h"
-#include "demo/ServiceError.h"
-#include "linux/glib/FileDescriptor.h"
+#include "demo/base/ServiceError.h"
+#include "demo/http/HttpServer.h"
+#include "demo/tls/Authority.h"
+#include "posix/FileDescriptor.h"
 
 #include <glib-unix.h>
 #include <sys/signalfd.h>
@@ -30,13 +30,13 @@ gboolean quit(int, GIOCondition, gpointer loop) {
 
 /// Readable once the service is asked to end. No handler interrupts anything, and a request that
 /// comes before the loop runs is kept. To be called before there is a second thread.
-desktop::FileDescriptor watchForEnd() {
+posix::FileDescriptor watchForEnd() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    desktop::FileDescriptor watch(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    posix::FileDescriptor watch(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
     if (!watch)
         throw ServiceError("Could not start: the system has no file descriptor to spare.");
     return watch;

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
-using kelo::desktop::EvdevReader;
-using kelo::desktop::HeldKeys;
+using kelo::input::EvdevReader;
+using kelo::input::HeldKeys;
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "linux/passkey/verification/VerificationProtocol.h"
+#include "linux/authorization/protocol/VerificationProtocol.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -7,7 +7,7 @@
 
 // Bytes from a helper that may be anything. The first byte says in what pieces the rest arrives.
 
-using namespace kelo::desktop;
+using namespace kelo;
 
 namespace {
 
@@ -16,31 +16,32 @@ void require(bool held) {
         std::abort();
 }
 
-void examine(const Message& message, std::string_view stream, std::size_t& consumed) {
-    require(message.payload.size() <= longestPayload);
+void examine(const authorization::Message& message, std::string_view stream,
+             std::size_t& consumed) {
+    require(message.payload.size() <= authorization::longestPayload);
     // A message is what was sent, and nothing is skipped between two.
-    const auto again = encode(message.type, message.payload);
+    const auto again = authorization::encode(message.type, message.payload);
     require(stream.substr(consumed, again.size()) == std::string_view(again.data(), again.size()));
     consumed += again.size();
-    if (message.type == MessageType::result) {
-        RunMark mark{};
+    if (message.type == authorization::MessageType::result) {
+        authorization::RunMark mark{};
         std::copy_n(message.payload.begin() + 1, mark.size(), mark.begin());
-        const auto result = decodeResult(message.payload, mark);
-        require(!result || encodeResult(*result, mark) == message.payload);
+        const auto result = authorization::decodeResult(message.payload, mark);
+        require(!result || authorization::encodeResult(*result, mark) == message.payload);
         mark[0] = static_cast<char>(mark[0] ^ 1);
-        require(!decodeResult(message.payload, mark));
+        require(!authorization::decodeResult(message.payload, mark));
     }
-    if (message.type == MessageType::information)
-        require(presentable(message.payload) == message.payload);
+    if (message.type == authorization::MessageType::information)
+        require(authorization::presentable(message.payload) == message.payload);
 }
 
 // What one side makes presentable, the other side's reader takes.
 void examinePresentable(std::string_view text) {
-    const std::string shown = presentable(text);
-    require(shown.size() <= longestPayload);
-    require(presentable(shown) == shown);
-    MessageReader reader;
-    reader.feed(encode(MessageType::information, shown));
+    const std::string shown = authorization::presentable(text);
+    require(shown.size() <= authorization::longestPayload);
+    require(authorization::presentable(shown) == shown);
+    authorization::MessageReader reader;
+    reader.feed(authorization::encode(authorization::MessageType::information, shown));
     const auto message = reader.next();
     require(message && message->payload == shown && !reader.midMessage());
 }
@@ -54,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string stream(data + 1, data + size);
     examinePresentable(stream);
 
-    MessageReader reader;
+    authorization::MessageReader reader;
     std::size_t consumed = 0;
     for (std::size_t at = 0; at < stream.size(); at += piece) {
         reader.feed(std::span(stream).subspan(at, std::min(piece, stream.size() - at)));

@@ -2,7 +2,7 @@
 
 #include "publisher/Failure.h"
 
-#include "platform/Url.h"
+#include "base/Url.h"
 
 #include <array>
 #include <string_view>
@@ -35,7 +35,7 @@ const CommandForm& formOf(std::string_view word) {
 }
 
 std::string secureUrl(std::string_view option, std::string text) {
-    const auto url = platform::Url::parse(text);
+    const auto url = Url::parse(text);
     if (!url || url->scheme() != "https")
         throw UsageError(std::string(option) +
                          " takes an address that begins with https://, not \"" + text + "\".");

@@ -6,10 +6,10 @@
 #include "publisher/Package.h"
 #include "publisher/SigningKey.h"
 
-#include "updater/Appcast.h"
-#include "updater/Signature.h"
-#include "updater/UpdateError.h"
-#include "updater/Version.h"
+#include "updater/appcast/Appcast.h"
+#include "updater/appcast/Version.h"
+#include "updater/archive/Signature.h"
+#include "updater/error/UpdateError.h"
 
 #include <algorithm>
 #include <ostream>

@@ -1,8 +1,8 @@
 #include "publisher/Files.h"
 
+#include "posix/FileDescriptor.h"
 #include "publisher/Failure.h"
-#include "updater/FileDescriptor.h"
-#include "updater/PrivateFiles.h"
+#include "updater/archive/PrivateFiles.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -18,7 +18,7 @@ namespace kelo::publisher {
 
 namespace {
 
-using updater::FileDescriptor;
+using posix::FileDescriptor;
 
 [[noreturn]] void fail(const std::string& what, const std::filesystem::path& path) {
     const std::string reason = std::generic_category().message(errno);
@@ -32,7 +32,7 @@ void writeAndSync(int file, std::string_view content, const std::filesystem::pat
 
 void syncFolderOf(const std::filesystem::path& path) {
     const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
-    const FileDescriptor handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::FileDescriptor handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (handle)
         ::fsync(handle.get());
 }
@@ -40,7 +40,7 @@ void syncFolderOf(const std::filesystem::path& path) {
 } // namespace
 
 MappedFile::MappedFile(const std::filesystem::path& path) {
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const posix::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0)
         fail("Could not read", path);
@@ -70,7 +70,7 @@ std::optional<std::string> readText(const std::filesystem::path& path) {
 }
 
 void writeNewSecretFile(const std::filesystem::path& path, std::string_view content) {
-    const FileDescriptor file(
+    const posix::FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file && errno == EEXIST)
         throw Failure("There is a file \"" + path.string() +
@@ -85,7 +85,7 @@ void replaceFile(const std::filesystem::path& path, std::string_view content) {
     auto fresh = path;
     fresh.replace_filename("." + path.filename().string() + ".new");
     {
-        const FileDescriptor file(
+        const posix::FileDescriptor file(
             ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644));
         if (!file)
             fail("Could not make", fresh);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
 #include <filesystem>
 #include <optional>
@@ -18,7 +18,7 @@ public:
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
 
-    platform::ByteView bytes() const { return {start, size}; }
+    ByteView bytes() const { return {start, size}; }
 
 private:
     const std::uint8_t* start = nullptr;

@@ -87,7 +87,7 @@ updater::PublicKey SigningKey::publicKey() const {
     return bytes;
 }
 
-updater::Signature SigningKey::sign(platform::ByteView bytes) const {
+updater::Signature SigningKey::sign(ByteView bytes) const {
     updater::Signature signature{};
     std::size_t length = signature.size();
     const std::unique_ptr<EVP_MD_CTX, ContextDeleter> context(EVP_MD_CTX_new());
@@ -99,7 +99,7 @@ updater::Signature SigningKey::sign(platform::ByteView bytes) const {
     return signature;
 }
 
-std::string base64(platform::ByteView bytes) {
+std::string base64(ByteView bytes) {
     std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
     const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), bytes.data(),
                                        static_cast<int>(bytes.size()));

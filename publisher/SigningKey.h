@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Bytes.h"
-#include "updater/Signature.h"
+#include "base/Bytes.h"
+#include "updater/archive/Signature.h"
 
 #include <openssl/types.h>
 
@@ -23,7 +23,7 @@ public:
     void save(const std::filesystem::path& path) const;
 
     updater::PublicKey publicKey() const;
-    updater::Signature sign(platform::ByteView bytes) const;
+    updater::Signature sign(ByteView bytes) const;
 
 private:
     struct Deleter {
@@ -35,6 +35,6 @@ private:
 };
 
 /// In Base64, as feeds and bundles have it.
-std::string base64(platform::ByteView bytes);
+std::string base64(ByteView bytes);
 
 } // namespace kelo::publisher

@@ -1,28 +1,28 @@
 #include "app/KeloApp.h"
-#include "linux/bundle/ProgramTree.h"
+#include "base/async/Spawn.h"
 #include "linux/desktop/LinuxDesktop.h"
-#include "linux/glib/GLibMainLoop.h"
-#include "linux/glib/LargeBlocks.h"
-#include "linux/glib/RendererChoice.h"
-#include "linux/webkit/NvidiaBlankWindow.h"
-#include "platform/Spawn.h"
+#include "linux/gobject/GLibMainLoop.h"
+#include "linux/startup/LargeBlocks.h"
+#include "linux/startup/NvidiaBlankWindow.h"
+#include "linux/startup/ProgramTree.h"
+#include "linux/startup/RendererChoice.h"
 
 int main(int count, char** words) {
-    kelo::desktop::keepLargeBlocksApart();
-    kelo::desktop::repairProgramTree();
+    kelo::startup::keepLargeBlocksApart();
+    kelo::startup::repairProgramTree();
     // Both set the environment, so they come before the first thread.
-    kelo::desktop::chooseRenderer();
-    kelo::desktop::avoidBlankWindowOnNvidia();
+    kelo::startup::chooseRenderer();
+    kelo::startup::avoidBlankWindowOnNvidia();
 
-    kelo::desktop::GLibMainLoop loop;
-    const kelo::platform::MainLoop::Installation loopInstallation(loop);
-    kelo::desktop::confirmProgramTreeLater();
+    kelo::gobject::GLibMainLoop loop;
+    const kelo::MainLoop::Installation loopInstallation(loop);
+    kelo::startup::confirmProgramTreeLater();
     kelo::desktop::LinuxDesktop desktop({words, words + count});
     const kelo::platform::Desktop::Installation desktopInstallation(desktop);
 
-    kelo::KeloApp app;
+    kelo::app::KeloApp app;
     const int status = desktop.application().run(app);
     // Flows that are still waiting refer to the objects above.
-    kelo::platform::dropSpawnedTasks();
+    kelo::dropSpawnedTasks();
     return status;
 }

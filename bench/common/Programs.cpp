@@ -1,6 +1,6 @@
 #include "common/Programs.h"
 
-#include "e2e/rig/ProcessTree.h"
+#include "testing/rig/ProcessTree.h"
 
 #include <chrono>
 #include <stdexcept>

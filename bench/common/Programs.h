@@ -1,6 +1,6 @@
 #pragma once
 
-#include "e2e/rig/ChildProcess.h"
+#include "testing/rig/ChildProcess.h"
 
 #include <filesystem>
 #include <map>

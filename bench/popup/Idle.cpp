@@ -1,6 +1,6 @@
 #include "popup/Idle.h"
 
-#include "e2e/rig/ProcessTree.h"
+#include "testing/rig/ProcessTree.h"
 
 #include <thread>
 

@@ -3,13 +3,13 @@
 // processor, beside the browser that the web engine brings along.
 
 #include "common/Programs.h"
-#include "e2e/rig/DemoService.h"
-#include "e2e/rig/TemporaryFolder.h"
 #include "popup/Distribution.h"
 #include "popup/Floor.h"
 #include "popup/Idle.h"
 #include "popup/Trial.h"
-#include "screen/OtherProgram.h"
+#include "testing/rig/DemoService.h"
+#include "testing/rig/TemporaryFolder.h"
+#include "testing/screen/OtherProgram.h"
 
 #include <cstdio>
 #include <fstream>

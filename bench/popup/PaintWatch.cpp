@@ -1,6 +1,6 @@
 #include "popup/PaintWatch.h"
 
-#include "screen/Picture.h"
+#include "testing/screen/Picture.h"
 
 #include <X11/Xlib.h>
 #include <X11/extensions/Xdamage.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "screen/Pointer.h"
-#include "screen/XConnection.h"
+#include "testing/screen/Pointer.h"
+#include "testing/screen/XConnection.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "popup/PaintWatch.h"
-#include "screen/Keyboard.h"
-#include "screen/WindowEvents.h"
-#include "screen/Windows.h"
+#include "testing/screen/Keyboard.h"
+#include "testing/screen/WindowEvents.h"
+#include "testing/screen/Windows.h"
 
 #include <array>
 #include <cstddef>

@@ -4,11 +4,11 @@
 // falls on all alike.
 
 #include "common/Programs.h"
-#include "e2e/rig/DemoService.h"
-#include "e2e/rig/Screen.h"
-#include "e2e/rig/TemporaryFolder.h"
 #include "start/Measurement.h"
 #include "start/Statistics.h"
+#include "testing/rig/DemoService.h"
+#include "testing/rig/Screen.h"
+#include "testing/rig/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstdio>

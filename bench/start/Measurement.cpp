@@ -1,8 +1,8 @@
 #include "start/Measurement.h"
 
 #include "common/Programs.h"
-#include "e2e/rig/ChildProcess.h"
-#include "e2e/rig/ProcessTree.h"
+#include "testing/rig/ChildProcess.h"
+#include "testing/rig/ProcessTree.h"
 
 #include <stdexcept>
 #include <thread>

@@ -1,7 +1,7 @@
 #include "start/WindowWatch.h"
 
-#include "screen/Picture.h"
-#include "screen/Windows.h"
+#include "testing/screen/Picture.h"
+#include "testing/screen/Windows.h"
 
 #include <thread>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "screen/WindowEvents.h"
+#include "testing/screen/WindowEvents.h"
 
 #include <chrono>
 #include <cstdint>

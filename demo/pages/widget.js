@@ -77,10 +77,15 @@ microphone.addEventListener('click', async () => {
   microphone.disabled = false;
 });
 
-document.getElementById('close').addEventListener('click', () => {
+const closeButton = document.getElementById('close');
+closeButton.addEventListener('click', () => {
   const handler = window.webkit && window.webkit.messageHandlers && window.webkit.messageHandlers.kelo;
   if (handler) handler.postMessage('close');
   else location.assign('/');
 });
+
+// From here on somebody answers a click.
+microphone.disabled = false;
+closeButton.disabled = false;
 
 window.addEventListener('pagehide', () => stop('The microphone is off.'));

@@ -2,7 +2,7 @@
 
 #include "platform/Application.h"
 
-namespace kelo {
+namespace kelo::app {
 
 /// Keeps the program running without a window: it lives in the tray until the user quits it.
 class AppDelegate final : public platform::ApplicationDelegate {
@@ -10,4 +10,4 @@ public:
     bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }
 };
 
-} // namespace kelo
+} // namespace kelo::app

@@ -1,23 +1,23 @@
 #include "app/KeloApp.h"
 
 #include "app/MenuBarContent.h"
+#include "app/RegistrationCommand.h"
 #include "app/SettingsView.h"
-#include "passkey/RegistrationCommand.h"
 #include "web/ContentView.h"
 
-namespace kelo {
+namespace kelo::app {
 
 namespace {
 
-using Observed = std::vector<std::shared_ptr<platform::ObservableObject>>;
+using Observed = std::vector<std::shared_ptr<ObservableObject>>;
 
 } // namespace
 
 KeloApp::KeloApp()
-    : web(&WebModel::make),
-      passkey([] { return std::make_shared<PasskeyAuthenticator>(); }),
-      registrar([] { return std::make_shared<PasskeyRegistrar>(); }),
-      voice([] { return std::make_shared<VoiceController>(); }) {}
+    : web(&web::WebModel::make),
+      passkey([] { return std::make_shared<passkey::PasskeyAuthenticator>(); }),
+      registrar([] { return std::make_shared<passkey::PasskeyRegistrar>(); }),
+      voice([] { return std::make_shared<voice::VoiceController>(); }) {}
 
 platform::SceneGraph KeloApp::body() {
     return {mainWindowGroup(), menuBarExtra(), settings()};
@@ -35,7 +35,7 @@ platform::WindowGroup KeloApp::mainWindowGroup() const {
     group.content.body = [web = web, passkey = passkey] {
         // The page's first load begins in the web model's making, so that comes first.
         const auto model = web.get();
-        return ContentView{model, passkey.get()}.body();
+        return web::ContentView{model, passkey.get()}.body();
     };
     group.content.observed = [web = web, passkey = passkey] {
         return Observed{web.get(), passkey.get()};
@@ -74,4 +74,4 @@ platform::SettingsScene KeloApp::settings() {
     return scene;
 }
 
-} // namespace kelo
+} // namespace kelo::app

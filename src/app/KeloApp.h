@@ -8,7 +8,7 @@
 #include "voice/VoiceController.h"
 #include "web/WebModel.h"
 
-namespace kelo {
+namespace kelo::app {
 
 /// The program: its long-lived objects, each made when first read, and the scenes that show them.
 /// Every behaviour it wires together has its own home.
@@ -28,10 +28,10 @@ private:
     static platform::SettingsScene settings();
 
     AppDelegate appDelegate;
-    StateObject<WebModel> web;
-    StateObject<PasskeyAuthenticator> passkey;
-    StateObject<PasskeyRegistrar> registrar;
-    StateObject<VoiceController> voice;
+    StateObject<web::WebModel> web;
+    StateObject<passkey::PasskeyAuthenticator> passkey;
+    StateObject<passkey::PasskeyRegistrar> registrar;
+    StateObject<voice::VoiceController> voice;
 };
 
-} // namespace kelo
+} // namespace kelo::app

@@ -3,7 +3,7 @@
 #include "app/UpdaterController.h"
 #include "platform/Desktop.h"
 
-namespace kelo {
+namespace kelo::app {
 
 using platform::Desktop;
 using platform::MenuItem;
@@ -37,4 +37,4 @@ platform::Menu MenuBarContent::body() const {
     };
 }
 
-} // namespace kelo
+} // namespace kelo::app

@@ -2,7 +2,7 @@
 
 #include "platform/SceneGraph.h"
 
-namespace kelo {
+namespace kelo::app {
 
 /// The menu of the menu bar extra: the way back to the main window, and to quit. The same at every
 /// opening.
@@ -13,4 +13,4 @@ struct MenuBarContent {
 /// What the menu's item for it does: has the process's one updater look for a newer version.
 void checkForUpdates();
 
-} // namespace kelo
+} // namespace kelo::app

@@ -1,11 +1,11 @@
 #include "app/SettingsView.h"
 
-#include "passkey/ServiceEndpoints.h"
 #include "platform/Desktop.h"
+#include "service/ServiceEndpoints.h"
 
 #include <string_view>
 
-namespace kelo {
+namespace kelo::app {
 
 namespace {
 
@@ -24,8 +24,9 @@ std::string informationText(std::string_view key) {
 } // namespace
 
 platform::SettingsDescription SettingsView::body() const {
-    return {{{"Version", versionString()}, {"Backend", std::string(relyingPartyIdentifier())}},
-            size};
+    return {
+        {{"Version", versionString()}, {"Backend", std::string(service::relyingPartyIdentifier())}},
+        size};
 }
 
 std::string SettingsView::versionString() {
@@ -33,4 +34,4 @@ std::string SettingsView::versionString() {
            informationText("CFBundleVersion") + ")";
 }
 
-} // namespace kelo
+} // namespace kelo::app

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace kelo {
+namespace kelo::app {
 
 /// The settings pane: which build runs, and which service it talks to. There is nothing to set.
 struct SettingsView {
@@ -15,4 +15,4 @@ private:
     static std::string versionString();
 };
 
-} // namespace kelo
+} // namespace kelo::app

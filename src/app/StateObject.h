@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-namespace kelo {
+namespace kelo::app {
 
 /// An object that is made when it is first read, once, and then lives as long as the process.
 /// Copies stand for the same object. Main thread only.
@@ -30,4 +30,4 @@ private:
     std::shared_ptr<State> state;
 };
 
-} // namespace kelo
+} // namespace kelo::app

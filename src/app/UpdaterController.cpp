@@ -2,7 +2,7 @@
 
 #include "platform/Desktop.h"
 
-namespace kelo {
+namespace kelo::app {
 
 UpdaterController::UpdaterController()
     : controller(platform::Desktop::current().makeStandardUpdaterController()) {}
@@ -14,4 +14,4 @@ UpdaterController& UpdaterController::shared() {
     return instance;
 }
 
-} // namespace kelo
+} // namespace kelo::app

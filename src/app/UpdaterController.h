@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace kelo {
+namespace kelo::app {
 
 /// The process's one updater. It is made, and thereby started, at the first update check and not
 /// before: who never checks has no automatic checks either.
@@ -22,4 +22,4 @@ private:
     UpdaterController();
 };
 
-} // namespace kelo
+} // namespace kelo::app

@@ -1,6 +1,6 @@
 #include "authenticator/Association.h"
 
-#include "platform/PlatformError.h"
+#include "base/Failure.h"
 
 #include <algorithm>
 
@@ -11,11 +11,10 @@ const Association& requireAssociation(std::span<const Association> associations,
     const auto found = std::ranges::find(associations, relyingPartyIdentifier,
                                          &Association::relyingPartyIdentifier);
     if (found == associations.end())
-        throw platform::PlatformError(platform::PlatformErrorKind::notAllowed,
-                                      "Kelo does not serve passkeys for " +
-                                          std::string(relyingPartyIdentifier) +
-                                          ". Use a web browser for that service.",
-                                      "not an associated relying party");
+        throw Failure(FailureKind::notAllowed,
+                      "Kelo does not serve passkeys for " + std::string(relyingPartyIdentifier) +
+                          ". Use a web browser for that service.",
+                      "not an associated relying party");
     return *found;
 }
 

@@ -13,7 +13,7 @@ struct Association {
     std::string origin;
 };
 
-/// The association of exactly this relying party. Throws a PlatformError of kind notAllowed when
+/// The association of exactly this relying party. Throws a Failure of kind notAllowed when
 /// there is none.
 const Association& requireAssociation(std::span<const Association> associations,
                                       std::string_view relyingPartyIdentifier);

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "authenticator/Association.h"
-#include "authenticator/CredentialStore.h"
-#include "authenticator/KeyStore.h"
-#include "authenticator/PasskeySheet.h"
-#include "authenticator/UserVerifier.h"
-#include "platform/Clock.h"
-#include "platform/Worker.h"
+#include "authenticator/consent/PasskeySheet.h"
+#include "authenticator/consent/UserVerifier.h"
+#include "authenticator/keys/KeyStore.h"
+#include "authenticator/store/CredentialStore.h"
+#include "base/Clock.h"
+#include "base/async/Worker.h"
 
 #include <span>
 
@@ -20,8 +20,8 @@ struct Authenticator {
     KeyStore& keys;
     const CredentialStore& credentials;
     /// Where the credential store's file is read and written.
-    platform::Worker& worker;
-    const platform::Clock& clock;
+    Worker& worker;
+    const Clock& clock;
 };
 
 } // namespace kelo::authenticator

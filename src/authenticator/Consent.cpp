@@ -4,15 +4,12 @@
 
 namespace kelo::authenticator {
 
-using platform::PlatformError;
-using platform::PlatformErrorKind;
-
 Consent::Consent(const Authenticator& authenticator, std::shared_ptr<platform::Window> anchor)
     : authenticator(authenticator), anchor(std::move(anchor)) {}
 
 Consent::~Consent() = default;
 
-platform::Task<std::size_t> Consent::confirm(ConsentRequest request) {
+Task<std::size_t> Consent::confirm(ConsentRequest request) {
     const std::size_t accounts = request.accountNames.size();
     sheet = authenticator.sheets.makeSheet(anchor);
     const std::optional<std::size_t> chosen = co_await sheet->confirm(std::move(request));
@@ -21,7 +18,7 @@ platform::Task<std::size_t> Consent::confirm(ConsentRequest request) {
     co_return *chosen;
 }
 
-platform::Task<void> Consent::verify() {
+Task<void> Consent::verify() {
     const VerificationOutcome outcome = co_await authenticator.verifier.verify(*sheet);
     switch (outcome) {
     case VerificationOutcome::verified:
@@ -29,24 +26,22 @@ platform::Task<void> Consent::verify() {
     case VerificationOutcome::cancelled:
         throwCancelled();
     case VerificationOutcome::unavailable:
-        throw PlatformError(
-            PlatformErrorKind::notAllowed,
-            "This computer has no way to check that it is you, so the passkey was not "
-            "used. Make sure that Kelo is installed completely and that your account has "
-            "a password.",
-            "user verification is unavailable");
+        throw Failure(FailureKind::notAllowed,
+                      "This computer has no way to check that it is you, so the passkey was not "
+                      "used. Make sure that Kelo is installed completely and that your account has "
+                      "a password.",
+                      "user verification is unavailable");
     case VerificationOutcome::failed:
         break;
     }
-    throw PlatformError(
-        PlatformErrorKind::notAllowed,
-        "Kelo could not verify that it is you, so the passkey was not used. Please try "
-        "again.",
-        "user verification failed");
+    throw Failure(FailureKind::notAllowed,
+                  "Kelo could not verify that it is you, so the passkey was not used. Please try "
+                  "again.",
+                  "user verification failed");
 }
 
 void Consent::throwCancelled() {
-    throw PlatformError(PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 } // namespace kelo::authenticator

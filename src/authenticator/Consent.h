@@ -1,9 +1,9 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
-#include "authenticator/Cancellation.h"
-#include "platform/PlatformError.h"
-#include "platform/Task.h"
+#include "base/Failure.h"
+#include "base/async/Cancellation.h"
+#include "base/async/Task.h"
 
 #include <memory>
 #include <optional>
@@ -12,7 +12,7 @@
 namespace kelo::authenticator {
 
 /// The user's part of a ceremony, from the sheet that opens to the sheet that closes. What the user
-/// refuses or fails ends as a PlatformError with its sentence.
+/// refuses or fails ends as a Failure with its sentence.
 class Consent {
 public:
     /// Opens no sheet yet. The anchor may be null.
@@ -25,14 +25,14 @@ public:
     [[noreturn]] static void throwCancelled();
 
     /// Opens the sheet; the index of the account that the user agreed to.
-    platform::Task<std::size_t> confirm(ConsentRequest request);
+    Task<std::size_t> confirm(ConsentRequest request);
 
     /// Asks for proof that it is the user, on the open sheet.
-    platform::Task<void> verify();
+    Task<void> verify();
 
     /// The result of the task, unless the user cancels on the open sheet before.
     template <typename T>
-    platform::Task<T> unlessCancelled(platform::Task<T> task) {
+    Task<T> unlessCancelled(Task<T> task) {
         const Cancellation cancellation;
         sheet->onCancel([cancellation] { cancellation.cancel(); });
         std::optional<T> result = co_await untilCancelled(cancellation, std::move(task));

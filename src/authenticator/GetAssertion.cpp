@@ -1,7 +1,7 @@
 #include "authenticator/GetAssertion.h"
 
 #include "authenticator/Consent.h"
-#include "authenticator/Cryptography.h"
+#include "authenticator/keys/Cryptography.h"
 #include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/ClientData.h"
 
@@ -27,12 +27,11 @@ bool allows(const platform::PlatformAssertionRequest& request, const CredentialR
 }
 
 [[noreturn]] void noCredential(const std::string& relyingPartyIdentifier) {
-    throw platform::PlatformError(
-        platform::PlatformErrorKind::noCredential,
-        "There is no passkey for " + relyingPartyIdentifier +
-            " on this computer. Sign in another way, then register one from "
-            "the Account menu.",
-        "no credential matches the request");
+    throw Failure(FailureKind::noCredential,
+                  "There is no passkey for " + relyingPartyIdentifier +
+                      " on this computer. Sign in another way, then register one from "
+                      "the Account menu.",
+                  "no credential matches the request");
 }
 
 } // namespace
@@ -42,18 +41,18 @@ GetAssertion::GetAssertion(const Authenticator& authenticator,
                            std::shared_ptr<platform::Window> anchor)
     : authenticator(authenticator), request(std::move(request)), anchor(std::move(anchor)) {}
 
-platform::Task<std::vector<CredentialRecord>> GetAssertion::candidates() {
+Task<std::vector<CredentialRecord>> GetAssertion::candidates() {
     auto read = [store = authenticator.credentials, party = request.relyingPartyIdentifier] {
         return store.find(party);
     };
     std::vector<CredentialRecord> records =
-        co_await platform::onWorker(authenticator.worker, std::move(read));
+        co_await onWorker(authenticator.worker, std::move(read));
     std::erase_if(records,
                   [&](const CredentialRecord& record) { return !allows(request, record); });
     co_return records;
 }
 
-platform::Task<platform::PlatformAssertionCredential> GetAssertion::run() {
+Task<platform::PlatformAssertionCredential> GetAssertion::run() {
     const Association& association =
         requireAssociation(authenticator.associations, request.relyingPartyIdentifier);
     std::vector<CredentialRecord> records = co_await candidates();
@@ -72,24 +71,24 @@ platform::Task<platform::PlatformAssertionCredential> GetAssertion::run() {
         co_await consent.verify();
     CredentialRecord& record = records[chosen];
 
-    AuthenticatorData data;
+    webauthn::AuthenticatorData data;
     data.relyingPartyHash = sha256(record.relyingPartyIdentifier);
-    data.flags = flag::userPresent | (verifies ? flag::userVerified : 0);
+    data.flags = webauthn::flag::userPresent | (verifies ? webauthn::flag::userVerified : 0);
 
-    ClientData clientData;
+    webauthn::ClientData clientData;
     clientData.type = "webauthn.get";
     clientData.challenge = request.challenge;
     clientData.origin = association.origin;
 
     platform::PlatformAssertionCredential credential;
     credential.rawAuthenticatorData = encode(data);
-    credential.rawClientDataJson = platform::bytesOf(clientDataJson(clientData));
+    credential.rawClientDataJson = bytesOf(webauthn::clientDataJson(clientData));
 
-    platform::Bytes message = *credential.rawAuthenticatorData;
+    Bytes message = *credential.rawAuthenticatorData;
     const Sha256Digest clientDataHash = sha256(credential.rawClientDataJson);
     message.insert(message.end(), clientDataHash.begin(), clientDataHash.end());
     const Sha256Digest digest = sha256(message);
-    platform::Bytes digestBytes(digest.begin(), digest.end());
+    Bytes digestBytes(digest.begin(), digest.end());
     credential.signature = co_await consent.unlessCancelled(
         authenticator.keys.sign(std::move(record.wrappedPrivateKey), std::move(digestBytes)));
     credential.credentialId = std::move(record.credentialId);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
+#include "base/async/Task.h"
 #include "platform/Authorization.h"
-#include "platform/Task.h"
 
 #include <memory>
 
@@ -18,11 +18,11 @@ public:
     /// Once. A relying party without association is refused, and a lack of passkeys reported,
     /// before the user sees anything; then the user chooses and agrees, and is verified unless the
     /// service discouraged that; then the passkey signs. This must outlive the task. Failures are
-    /// PlatformErrors.
-    platform::Task<platform::PlatformAssertionCredential> run();
+    /// Failure.
+    Task<platform::PlatformAssertionCredential> run();
 
 private:
-    platform::Task<std::vector<CredentialRecord>> candidates();
+    Task<std::vector<CredentialRecord>> candidates();
 
     const Authenticator authenticator;
     platform::PlatformAssertionRequest request;

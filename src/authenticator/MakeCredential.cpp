@@ -1,7 +1,7 @@
 #include "authenticator/MakeCredential.h"
 
 #include "authenticator/Consent.h"
-#include "authenticator/Cryptography.h"
+#include "authenticator/keys/Cryptography.h"
 #include "authenticator/webauthn/AttestationObject.h"
 #include "authenticator/webauthn/ClientData.h"
 
@@ -14,23 +14,22 @@ namespace {
 constexpr std::size_t credentialIdSize = 32;
 constexpr std::size_t longestUserId = 64;
 
-void requireUserId(const platform::Bytes& userId) {
+void requireUserId(const Bytes& userId) {
     if (userId.empty() || userId.size() > longestUserId)
-        throw platform::PlatformError(
-            platform::PlatformErrorKind::notAllowed,
-            "The service sent an account that a passkey cannot be made for. "
-            "Nothing was registered.",
-            "user id of " + std::to_string(userId.size()) + " bytes");
+        throw Failure(FailureKind::notAllowed,
+                      "The service sent an account that a passkey cannot be made for. "
+                      "Nothing was registered.",
+                      "user id of " + std::to_string(userId.size()) + " bytes");
 }
 
-platform::Bytes attest(const CredentialRecord& record) {
-    AuthenticatorData data;
+Bytes attest(const CredentialRecord& record) {
+    webauthn::AuthenticatorData data;
     data.relyingPartyHash = sha256(record.relyingPartyIdentifier);
-    data.flags = flag::userPresent | flag::userVerified;
+    data.flags = webauthn::flag::userPresent | webauthn::flag::userVerified;
     data.attestedCredential.emplace();
     data.attestedCredential->credentialId = record.credentialId;
     data.attestedCredential->publicKey = record.publicKey;
-    return attestationObject(data);
+    return webauthn::attestationObject(data);
 }
 
 } // namespace
@@ -40,7 +39,7 @@ MakeCredential::MakeCredential(const Authenticator& authenticator,
                                std::shared_ptr<platform::Window> anchor)
     : authenticator(authenticator), request(std::move(request)), anchor(std::move(anchor)) {}
 
-platform::Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
+Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
     const Association& association =
         requireAssociation(authenticator.associations, request.relyingPartyIdentifier);
     requireUserId(request.userId);
@@ -64,14 +63,14 @@ platform::Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
     record.publicKey = key.publicKey;
     record.wrappedPrivateKey = std::move(key.wrappedPrivateKey);
 
-    ClientData clientData;
+    webauthn::ClientData clientData;
     clientData.type = "webauthn.create";
     clientData.challenge = request.challenge;
     clientData.origin = association.origin;
 
     platform::PlatformRegistrationCredential credential;
     credential.credentialId = record.credentialId;
-    credential.rawClientDataJson = platform::bytesOf(clientDataJson(clientData));
+    credential.rawClientDataJson = bytesOf(webauthn::clientDataJson(clientData));
     credential.rawAttestationObject = attest(record);
 
     // Last, when nothing else can fail any more. The store is copied: the worker may come to it
@@ -79,7 +78,7 @@ platform::Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
     auto save = [store = authenticator.credentials, record = std::move(record)] {
         store.save(record);
     };
-    co_await platform::onWorker(authenticator.worker, std::move(save));
+    co_await onWorker(authenticator.worker, std::move(save));
     co_return credential;
 }
 

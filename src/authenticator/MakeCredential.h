@@ -1,8 +1,8 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
+#include "base/async/Task.h"
 #include "platform/Authorization.h"
-#include "platform/Task.h"
 
 #include <memory>
 
@@ -19,8 +19,8 @@ public:
     /// Once. A relying party without association is refused before the user sees anything; then the
     /// user agrees and is verified, always; only then a key is made and kept. A ceremony that fails
     /// leaves nothing behind, and one that is dropped keeps nothing that was not being written
-    /// already. This must outlive the task. Failures are PlatformErrors.
-    platform::Task<platform::PlatformRegistrationCredential> run();
+    /// already. This must outlive the task. Throws a Failure.
+    Task<platform::PlatformRegistrationCredential> run();
 
 private:
     const Authenticator authenticator;

@@ -1,13 +1,13 @@
 #include "log/DebugLog.h"
 
-#include "platform/Clock.h"
+#include "base/Clock.h"
+#include "base/Utf8.h"
 #include "platform/Desktop.h"
 #include "platform/FileSystem.h"
-#include "platform/Utf8.h"
 
 #include <cstdio>
 
-namespace kelo {
+namespace kelo::log {
 
 namespace {
 
@@ -28,13 +28,13 @@ std::string timestamp(std::chrono::system_clock::time_point now) {
 } // namespace
 
 void debugLog(std::string_view message) {
-    if (!platform::isWellFormedUtf8(message))
+    if (!isWellFormedUtf8(message))
         return;
     platform::Desktop& desktop = platform::Desktop::current();
     std::string record = "[" + timestamp(desktop.clock().now()) + "] ";
     record += message;
     record += '\n';
-    const platform::Bytes bytes = platform::bytesOf(record);
+    const Bytes bytes = bytesOf(record);
 
     const std::string path(debugLogPath);
     if (const auto file = desktop.fileSystem().openForWriting(path)) {
@@ -45,4 +45,4 @@ void debugLog(std::string_view message) {
     desktop.fileSystem().writeWholeFile(path, bytes);
 }
 
-} // namespace kelo
+} // namespace kelo::log

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace kelo {
+namespace kelo::log {
 
 /// Where the developer's log is. It is never rotated, truncated or deleted.
 inline constexpr std::string_view debugLogPath = "/tmp/kelo-debug.log";
@@ -13,4 +13,4 @@ inline constexpr std::string_view debugLogPath = "/tmp/kelo-debug.log";
 /// thread only.
 void debugLog(std::string_view message);
 
-} // namespace kelo
+} // namespace kelo::log

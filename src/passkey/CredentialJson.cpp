@@ -1,12 +1,12 @@
 #include "passkey/CredentialJson.h"
 
-#include "passkey/Base64URL.h"
+#include "base/Base64URL.h"
 
 #include <utility>
 
-namespace kelo {
+namespace kelo::passkey {
 
-nlohmann::json credentialJson(platform::ByteView credentialId, nlohmann::json response) {
+nlohmann::json credentialJson(ByteView credentialId, nlohmann::json response) {
     const std::string id = base64URLEncode(credentialId);
     return {
         {"id", id},
@@ -18,4 +18,4 @@ nlohmann::json credentialJson(platform::ByteView credentialId, nlohmann::json re
     };
 }
 
-} // namespace kelo
+} // namespace kelo::passkey

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "passkey/JsonReply.h"
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
+#include "service/JsonReply.h"
 
-namespace kelo {
+namespace kelo::passkey {
 
 /// A platform credential as the service takes it: what all have in common, around the part that its
 /// ceremony gives it.
-nlohmann::json credentialJson(platform::ByteView credentialId, nlohmann::json response);
+nlohmann::json credentialJson(ByteView credentialId, nlohmann::json response);
 
-} // namespace kelo
+} // namespace kelo::passkey

@@ -1,24 +1,22 @@
 #include "passkey/PasskeyAuthenticator.h"
 
-#include "passkey/Base64URL.h"
+#include "base/Base64URL.h"
+#include "base/Invariant.h"
 #include "passkey/BusyScope.h"
 #include "passkey/CredentialJson.h"
-#include "passkey/FormEncoding.h"
 #include "passkey/PasskeyError.h"
-#include "passkey/ServiceEndpoints.h"
 #include "platform/Desktop.h"
-#include "platform/Invariant.h"
+#include "service/FormEncoding.h"
+#include "service/ServiceEndpoints.h"
 
 #include <algorithm>
 
-namespace kelo {
+namespace kelo::passkey {
 
 namespace {
 
-using platform::Bytes;
 using platform::HttpCookie;
 using platform::HttpReply;
-using platform::Task;
 
 /// The credentials the service allows, or nothing when it names none or not as a list of objects.
 /// An element whose id cannot be read is left out; the list may end up empty.
@@ -31,7 +29,7 @@ allowedCredentials(const nlohmann::json& options) {
         return std::nullopt;
     std::vector<platform::PlatformPublicKeyCredentialDescriptor> descriptors;
     for (const nlohmann::json& element : *member) {
-        const auto text = stringMember(element, "id");
+        const auto text = service::stringMember(element, "id");
         auto id = text ? base64URLDecode(*text) : std::nullopt;
         if (id)
             descriptors.push_back({*std::move(id)});
@@ -41,7 +39,7 @@ allowedCredentials(const nlohmann::json& options) {
 
 const Bytes& required(const std::optional<Bytes>& part) {
     if (!part)
-        platform::invariantBroken("an assertion has authenticator data, signature and user ID");
+        invariantBroken("an assertion has authenticator data, signature and user ID");
     return *part;
 }
 
@@ -61,11 +59,11 @@ Task<std::vector<HttpCookie>> PasskeyAuthenticator::signIn() {
 }
 
 Task<nlohmann::json> PasskeyAuthenticator::fetchAssertionOptions() {
-    const HttpReply reply =
-        co_await session->data(endpointRequest(endpoint::assertionOptions, "POST"));
+    const HttpReply reply = co_await session->data(
+        service::endpointRequest(service::endpoint::assertionOptions, "POST"));
     if (reply.status != 200)
         throw PasskeyError::optionsFailed();
-    nlohmann::json options = parseJson(reply.body);
+    nlohmann::json options = service::parseJson(reply.body);
     if (!options.is_object())
         throw PasskeyError::optionsFailed();
     co_return options;
@@ -73,7 +71,7 @@ Task<nlohmann::json> PasskeyAuthenticator::fetchAssertionOptions() {
 
 Task<platform::PlatformAssertionCredential>
 PasskeyAuthenticator::performAssertion(nlohmann::json options) {
-    const auto text = stringMember(options, "challenge");
+    const auto text = service::stringMember(options, "challenge");
     const auto challenge = text ? base64URLDecode(*text) : std::nullopt;
     if (!challenge)
         throw PasskeyError::optionsFailed();
@@ -81,10 +79,10 @@ PasskeyAuthenticator::performAssertion(nlohmann::json options) {
     // The relying party is ours, whatever the service may name: a passkey made for this service
     // must not be used to sign for another.
     const platform::PlatformPublicKeyCredentialProvider provider{
-        std::string(relyingPartyIdentifier())};
+        std::string(service::relyingPartyIdentifier())};
     auto request = provider.createCredentialAssertionRequest(*challenge);
     request.allowedCredentials = allowedCredentials(options);
-    request.userVerificationPreference = stringMember(options, "userVerification");
+    request.userVerificationPreference = service::stringMember(options, "userVerification");
     platform::AuthorizationRequest authorization = std::move(request);
     co_return co_await perform(std::move(authorization), weak_from_this());
 }
@@ -101,9 +99,10 @@ PasskeyAuthenticator::assertionJSON(const platform::PlatformAssertionCredential&
 }
 
 Task<std::string> PasskeyAuthenticator::fetchCsrfToken() {
-    const HttpReply reply = co_await session->data(endpointURL(endpoint::signInCsrf));
-    const auto body = parsedJson(reply.body);
-    const auto token = body ? stringMember(*body, "csrfToken") : std::nullopt;
+    const HttpReply reply =
+        co_await session->data(service::endpointURL(service::endpoint::signInCsrf));
+    const auto body = service::parsedJson(reply.body);
+    const auto token = body ? service::stringMember(*body, "csrfToken") : std::nullopt;
     if (!token)
         throw PasskeyError::badResponse("No CSRF token");
     co_return *token;
@@ -111,17 +110,17 @@ Task<std::string> PasskeyAuthenticator::fetchCsrfToken() {
 
 Task<void> PasskeyAuthenticator::completeSignIn(nlohmann::json assertion) {
     const std::string token = co_await fetchCsrfToken();
-    const FormFields fields = {
+    const service::FormFields fields = {
         {"csrfToken", token},
-        {"passkeyAssertion", serializeJson(assertion)},
-        {"callbackUrl", serviceBaseURL().absoluteString()},
+        {"passkeyAssertion", service::serializeJson(assertion)},
+        {"callbackUrl", service::serviceBaseURL().absoluteString()},
         {"json", "true"},
     };
-    auto request = endpointRequest(endpoint::credentialsCallback, "POST");
+    auto request = service::endpointRequest(service::endpoint::credentialsCallback, "POST");
     request.headers = {{"Content-Type", "application/x-www-form-urlencoded"},
                        {"X-Auth-Return-Redirect", "true"}};
-    if (const auto form = formEncode(fields))
-        request.body = platform::bytesOf(*form);
+    if (const auto form = service::formEncode(fields))
+        request.body = bytesOf(*form);
 
     const HttpReply reply = co_await session->data(std::move(request));
     if (!reply.status)
@@ -129,8 +128,8 @@ Task<void> PasskeyAuthenticator::completeSignIn(nlohmann::json assertion) {
     if (*reply.status >= 400)
         throw PasskeyError::signInRejected();
     // The service may refuse with a success status and say so in the address it wants shown next.
-    const auto body = parsedJson(reply.body);
-    const auto next = body ? stringMember(*body, "url") : std::nullopt;
+    const auto body = service::parsedJson(reply.body);
+    const auto next = body ? service::stringMember(*body, "url") : std::nullopt;
     if (next && next->find("error") != std::string::npos)
         throw PasskeyError::signInRejected();
 }
@@ -138,13 +137,13 @@ Task<void> PasskeyAuthenticator::completeSignIn(nlohmann::json assertion) {
 std::vector<HttpCookie> PasskeyAuthenticator::sessionCookies() const {
     std::vector<HttpCookie> cookies;
     if (const auto* storage = session->cookieStorage())
-        cookies = storage->cookies(serviceBaseURL()).value_or(std::vector<HttpCookie>());
+        cookies = storage->cookies(service::serviceBaseURL()).value_or(std::vector<HttpCookie>());
     const bool signedIn = std::any_of(cookies.begin(), cookies.end(), [](const HttpCookie& cookie) {
-        return cookie.name.find(sessionTokenMark) != std::string::npos;
+        return cookie.name.find(service::sessionTokenMark) != std::string::npos;
     });
     if (!signedIn)
         throw PasskeyError::noSessionCookie();
     return cookies;
 }
 
-} // namespace kelo
+} // namespace kelo::passkey

@@ -1,49 +1,49 @@
 #pragma once
 
-#include "passkey/JsonReply.h"
+#include "base/Published.h"
 #include "passkey/PlatformCeremony.h"
 #include "platform/HttpSession.h"
-#include "platform/Published.h"
+#include "service/JsonReply.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace kelo {
+namespace kelo::passkey {
 
 /// Signs the user in with a platform passkey and hands the session's cookies to the caller.
 ///
 /// One for the life of the process, owned by a shared pointer. Main thread only. It does not guard
 /// against a second signIn() while one runs: the disabled button does.
-class PasskeyAuthenticator final : public platform::ObservableObject,
+class PasskeyAuthenticator final : public ObservableObject,
                                    public PlatformCeremony<platform::PlatformAssertionCredential>,
                                    public std::enable_shared_from_this<PasskeyAuthenticator> {
 public:
     PasskeyAuthenticator();
 
     /// True from the start of signIn() until it ends.
-    platform::Published<bool> busy{*this, false};
+    Published<bool> busy{*this, false};
     /// The last failure's text: set by the caller of signIn(), cleared by the next one.
-    platform::Published<std::optional<std::string>> errorMessage{*this, std::nullopt};
+    Published<std::optional<std::string>> errorMessage{*this, std::nullopt};
 
     /// The cookies that the service's base URL gets, all of them. Fails with a PasskeyError, or
     /// with the platform's own error unchanged. Nothing is retried.
-    platform::Task<std::vector<platform::HttpCookie>> signIn();
+    Task<std::vector<platform::HttpCookie>> signIn();
 
-    platform::Task<nlohmann::json> fetchAssertionOptions();
-    platform::Task<platform::PlatformAssertionCredential> performAssertion(nlohmann::json options);
+    Task<nlohmann::json> fetchAssertionOptions();
+    Task<platform::PlatformAssertionCredential> performAssertion(nlohmann::json options);
     /// A credential without authenticator data, signature or user ID is a defect of the platform
     /// and stops the process.
     static nlohmann::json assertionJSON(const platform::PlatformAssertionCredential& credential);
-    platform::Task<void> completeSignIn(nlohmann::json assertion);
+    Task<void> completeSignIn(nlohmann::json assertion);
     std::vector<platform::HttpCookie> sessionCookies() const;
 
 private:
-    platform::Task<std::string> fetchCsrfToken();
+    Task<std::string> fetchCsrfToken();
 
     /// Its cookies live as long as the driver, so a later sign-in starts with the former one's.
     std::unique_ptr<platform::HttpSession> session;
 };
 
-} // namespace kelo
+} // namespace kelo::passkey

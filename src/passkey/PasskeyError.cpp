@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kelo {
+namespace kelo::passkey {
 
 PasskeyError::PasskeyError(Case kind, std::string text) : kind_(kind), text(std::move(text)) {}
 
@@ -33,4 +33,4 @@ std::string PasskeyError::localizedDescription() const {
     return text;
 }
 
-} // namespace kelo
+} // namespace kelo::passkey

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "platform/LocalizedError.h"
+#include "base/Failure.h"
 
 #include <string>
 
-namespace kelo {
+namespace kelo::passkey {
 
 /// How a passkey flow fails by its own rules. Failures of the platform are not wrapped into it:
 /// they reach the user with the platform's own text.
-class PasskeyError final : public platform::LocalizedError {
+class PasskeyError final : public LocalizedError {
 public:
     enum class Case { badResponse, optionsFailed, noSessionCookie, signInRejected };
 
@@ -32,4 +32,4 @@ private:
     std::string text; ///< of badResponse only
 };
 
-} // namespace kelo
+} // namespace kelo::passkey

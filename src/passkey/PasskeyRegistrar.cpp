@@ -1,20 +1,17 @@
 #include "passkey/PasskeyRegistrar.h"
 
-#include "passkey/Base64URL.h"
+#include "base/Base64URL.h"
 #include "passkey/BusyScope.h"
 #include "passkey/CredentialJson.h"
 #include "passkey/PasskeyError.h"
-#include "passkey/ServiceEndpoints.h"
 #include "platform/Desktop.h"
+#include "service/ServiceEndpoints.h"
 
-namespace kelo {
+namespace kelo::passkey {
 
 namespace {
 
-using platform::Bytes;
 using platform::HttpReply;
-using platform::SecretText;
-using platform::Task;
 
 std::string joinedCookies(const std::vector<platform::HttpCookie>& cookies) {
     std::string header;
@@ -27,7 +24,7 @@ std::string joinedCookies(const std::vector<platform::HttpCookie>& cookies) {
 }
 
 std::optional<Bytes> bytesMember(const nlohmann::json& value, std::string_view name) {
-    const auto text = stringMember(value, name);
+    const auto text = service::stringMember(value, name);
     return text ? base64URLDecode(*text) : std::nullopt;
 }
 
@@ -52,14 +49,14 @@ platform::RequestBody verifyBody(nlohmann::json attestation, const SecretText& p
         {"mfaCode", passwordOrCode.view()},
     };
     const auto wipeSecrets = [&body] {
-        platform::wipe(body["password"].get_ref<std::string&>());
-        platform::wipe(body["mfaCode"].get_ref<std::string&>());
+        wipe(body["password"].get_ref<std::string&>());
+        wipe(body["mfaCode"].get_ref<std::string&>());
     };
     try {
-        std::string text = serializeJson(body);
+        std::string text = service::serializeJson(body);
         wipeSecrets();
-        Bytes bytes = platform::bytesOf(text);
-        platform::wipe(text);
+        Bytes bytes = bytesOf(text);
+        wipe(text);
         return bytes;
     } catch (...) {
         wipeSecrets();
@@ -69,7 +66,8 @@ platform::RequestBody verifyBody(nlohmann::json attestation, const SecretText& p
 
 } // namespace
 
-PasskeyRegistrar::PasskeyRegistrar() : base(serviceBaseURL()), rpID(relyingPartyIdentifier()) {}
+PasskeyRegistrar::PasskeyRegistrar()
+    : base(service::serviceBaseURL()), rpID(service::relyingPartyIdentifier()) {}
 
 Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> cookies,
                                              SecretText passwordOrCode) {
@@ -77,7 +75,7 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
     const BusyScope scope(busy);
     message = std::nullopt;
     const std::string cookieHeader = joinedCookies(cookies);
-    if (cookieHeader.find(sessionTokenMark) == std::string::npos)
+    if (cookieHeader.find(service::sessionTokenMark) == std::string::npos)
         throw PasskeyError::badResponse("Log in first, then register a passkey.");
 
     const std::string token = co_await fetchCsrfToken(cookieHeader);
@@ -85,7 +83,7 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
     const auto credential = co_await performRegistration(options);
     nlohmann::json attestation = attestationJSON(credential);
 
-    auto request = authorizedRequest(endpoint::registrationVerify, "POST", cookieHeader);
+    auto request = authorizedRequest(service::endpoint::registrationVerify, "POST", cookieHeader);
     request.headers.emplace_back("x-csrf-token", token);
     request.headers.emplace_back("Content-Type", "application/json");
     request.body = verifyBody(std::move(attestation), passwordOrCode);
@@ -95,8 +93,8 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
         message = "Passkey registered on this Mac.";
         co_return;
     }
-    const auto body = parsedJson(reply.body);
-    const auto reason = body ? stringMember(*body, "reason") : std::nullopt;
+    const auto body = service::parsedJson(reply.body);
+    const auto reason = body ? service::stringMember(*body, "reason") : std::nullopt;
     throw PasskeyError::badResponse("Registration failed: " + reason.value_or("server rejected") +
                                     ".");
 }
@@ -104,18 +102,18 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
 platform::UrlRequest PasskeyRegistrar::authorizedRequest(std::string_view path,
                                                          std::string_view method,
                                                          const std::string& cookieHeader) const {
-    auto request = endpointRequest(path, method);
+    auto request = service::endpointRequest(path, method);
     request.url = base.appendingPathComponent(path);
     request.headers = {{"Cookie", cookieHeader}};
     return request;
 }
 
 Task<std::string> PasskeyRegistrar::fetchCsrfToken(std::string cookieHeader) {
-    auto request = authorizedRequest(endpoint::registrationCsrf, "GET", cookieHeader);
+    auto request = authorizedRequest(service::endpoint::registrationCsrf, "GET", cookieHeader);
     const HttpReply reply =
         co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
-    const auto body = reply.status == 200 ? parsedJson(reply.body) : std::nullopt;
-    const auto token = body ? stringMember(*body, "token") : std::nullopt;
+    const auto body = reply.status == 200 ? service::parsedJson(reply.body) : std::nullopt;
+    const auto token = body ? service::stringMember(*body, "token") : std::nullopt;
     if (!token)
         throw PasskeyError::badResponse("Not signed in (could not get CSRF token).");
     co_return *token;
@@ -123,13 +121,13 @@ Task<std::string> PasskeyRegistrar::fetchCsrfToken(std::string cookieHeader) {
 
 Task<nlohmann::json> PasskeyRegistrar::fetchCreationOptions(std::string cookieHeader,
                                                             std::string token) {
-    auto request = authorizedRequest(endpoint::registrationOptions, "POST", cookieHeader);
+    auto request = authorizedRequest(service::endpoint::registrationOptions, "POST", cookieHeader);
     request.headers.emplace_back("x-csrf-token", token);
     const HttpReply reply =
         co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
     if (reply.status != 200)
         throw PasskeyError::badResponse("Could not start passkey registration.");
-    nlohmann::json options = parseJson(reply.body);
+    nlohmann::json options = service::parseJson(reply.body);
     if (!options.is_object())
         throw PasskeyError::badResponse("Could not start passkey registration.");
     co_return options;
@@ -142,8 +140,8 @@ PasskeyRegistrar::performRegistration(nlohmann::json options) {
     auto userId = user != options.end() ? bytesMember(*user, "id") : std::nullopt;
     if (!challenge || !userId)
         throw PasskeyError::badResponse("Bad registration options.");
-    std::string name =
-        stringMember(*user, "name").value_or(stringMember(*user, "displayName").value_or("Kelo"));
+    std::string name = service::stringMember(*user, "name")
+                           .value_or(service::stringMember(*user, "displayName").value_or("Kelo"));
 
     const platform::PlatformPublicKeyCredentialProvider provider{rpID};
     platform::AuthorizationRequest request = provider.createCredentialRegistrationRequest(
@@ -151,4 +149,4 @@ PasskeyRegistrar::performRegistration(nlohmann::json options) {
     co_return co_await perform(std::move(request), weak_from_this());
 }
 
-} // namespace kelo
+} // namespace kelo::passkey

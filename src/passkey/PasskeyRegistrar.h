@@ -1,54 +1,52 @@
 #pragma once
 
-#include "passkey/JsonReply.h"
+#include "base/Published.h"
+#include "base/SecretText.h"
+#include "base/Url.h"
 #include "passkey/PlatformCeremony.h"
 #include "platform/HttpCookie.h"
-#include "platform/Published.h"
-#include "platform/SecretText.h"
-#include "platform/Url.h"
 #include "platform/UrlRequest.h"
+#include "service/JsonReply.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace kelo {
+namespace kelo::passkey {
 
 /// Registers a new platform passkey for the user who is signed in to the web application, whose
 /// session it borrows.
 ///
 /// One for the life of the process, owned by a shared pointer. Main thread only. It does not guard
 /// against a second registration while one runs: the disabled command does.
-class PasskeyRegistrar final : public platform::ObservableObject,
+class PasskeyRegistrar final : public ObservableObject,
                                public PlatformCeremony<platform::PlatformRegistrationCredential>,
                                public std::enable_shared_from_this<PasskeyRegistrar> {
 public:
     PasskeyRegistrar();
 
     /// True from the start of a registration until it ends.
-    platform::Published<bool> busy{*this, false};
+    Published<bool> busy{*this, false};
     /// The text of the last registration if it succeeded.
-    platform::Published<std::optional<std::string>> message{*this, std::nullopt};
+    Published<std::optional<std::string>> message{*this, std::nullopt};
 
     /// The registration: cookies are the web view's, every one of them; passwordOrCode is what the
     /// user typed, which the service takes as either. Fails with a PasskeyError, or with the
     /// platform's own error unchanged. ("register" alone is a reserved word of the language.)
-    platform::Task<void> registerPasskey(std::vector<platform::HttpCookie> cookies,
-                                         platform::SecretText passwordOrCode);
+    Task<void> registerPasskey(std::vector<platform::HttpCookie> cookies,
+                               SecretText passwordOrCode);
 
-    platform::Task<platform::PlatformRegistrationCredential>
-    performRegistration(nlohmann::json options);
+    Task<platform::PlatformRegistrationCredential> performRegistration(nlohmann::json options);
 
 private:
-    platform::Task<std::string> fetchCsrfToken(std::string cookieHeader);
-    platform::Task<nlohmann::json> fetchCreationOptions(std::string cookieHeader,
-                                                        std::string token);
+    Task<std::string> fetchCsrfToken(std::string cookieHeader);
+    Task<nlohmann::json> fetchCreationOptions(std::string cookieHeader, std::string token);
     platform::UrlRequest authorizedRequest(std::string_view path, std::string_view method,
                                            const std::string& cookieHeader) const;
 
-    const platform::Url base;
+    const Url base;
     const std::string rpID;
 };
 
-} // namespace kelo
+} // namespace kelo::passkey

@@ -6,14 +6,13 @@
 #include <utility>
 #include <variant>
 
-namespace kelo {
+namespace kelo::passkey {
 
 template <typename Credential>
-platform::Task<Credential>
-PlatformCeremony<Credential>::perform(platform::AuthorizationRequest request,
-                                      std::weak_ptr<PlatformCeremony> self) {
-    co_return co_await platform::withCheckedContinuation<Credential>(
-        [&](platform::CheckedContinuation<Credential> pending) {
+Task<Credential> PlatformCeremony<Credential>::perform(platform::AuthorizationRequest request,
+                                                       std::weak_ptr<PlatformCeremony> self) {
+    co_return co_await withCheckedContinuation<Credential>(
+        [&](CheckedContinuation<Credential> pending) {
             continuation = std::move(pending);
             const auto controller = platform::Desktop::current().makeAuthorizationController(
                 std::vector{std::move(request)});
@@ -55,4 +54,4 @@ PlatformCeremony<Credential>::presentationAnchor(platform::AuthorizationControll
 template class PlatformCeremony<platform::PlatformAssertionCredential>;
 template class PlatformCeremony<platform::PlatformRegistrationCredential>;
 
-} // namespace kelo
+} // namespace kelo::passkey

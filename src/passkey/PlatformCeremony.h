@@ -1,13 +1,13 @@
 #pragma once
 
+#include "base/async/Continuation.h"
+#include "base/async/Task.h"
 #include "platform/Authorization.h"
-#include "platform/Continuation.h"
-#include "platform/Task.h"
 
 #include <memory>
 #include <optional>
 
-namespace kelo {
+namespace kelo::passkey {
 
 /// What sign-in and registration share of a platform passkey ceremony: the one pending
 /// continuation, the window to present over, and the failure that passes through unchanged. Derived
@@ -26,13 +26,13 @@ public:
 protected:
     /// Runs one request and waits for the delegate call it ends with. A former ceremony that is
     /// still pending is forgotten without being resumed.
-    platform::Task<Credential> perform(platform::AuthorizationRequest request,
-                                       std::weak_ptr<PlatformCeremony> self);
+    Task<Credential> perform(platform::AuthorizationRequest request,
+                             std::weak_ptr<PlatformCeremony> self);
 
-    std::optional<platform::CheckedContinuation<Credential>> continuation;
+    std::optional<CheckedContinuation<Credential>> continuation;
 };
 
 extern template class PlatformCeremony<platform::PlatformAssertionCredential>;
 extern template class PlatformCeremony<platform::PlatformRegistrationCredential>;
 
-} // namespace kelo
+} // namespace kelo::passkey

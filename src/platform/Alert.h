@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/SecretText.h"
-#include "platform/Task.h"
+#include "base/SecretText.h"
+#include "base/async/Task.h"
 
 #include <optional>
 #include <string>

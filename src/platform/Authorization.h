@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
 #include <exception>
 #include <memory>
@@ -86,7 +86,7 @@ public:
     virtual ~AuthorizationControllerDelegate() = default;
     virtual void didCompleteWithAuthorization(AuthorizationController& controller,
                                               Authorization authorization) = 0;
-    /// The error is a PlatformError: cancelled, noCredential, notAllowed or storage.
+    /// The error is a Failure: cancelled, noCredential, notAllowed or storage.
     virtual void didCompleteWithError(AuthorizationController& controller,
                                       std::exception_ptr error) = 0;
 };

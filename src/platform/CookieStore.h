@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/async/Task.h"
 #include "platform/HttpCookie.h"
-#include "platform/Task.h"
 
 #include <vector>
 

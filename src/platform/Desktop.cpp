@@ -1,6 +1,6 @@
 #include "platform/Desktop.h"
 
-#include "platform/Invariant.h"
+#include "base/Invariant.h"
 
 #include <utility>
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "platform/Alert.h"
 #include "platform/Application.h"
 #include "platform/Authorization.h"
 #include "platform/Bundle.h"
-#include "platform/Clock.h"
 #include "platform/EmbeddedWebView.h"
 #include "platform/EventMonitors.h"
 #include "platform/FileSystem.h"

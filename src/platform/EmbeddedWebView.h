@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Url.h"
 #include "platform/CookieStore.h"
 #include "platform/Geometry.h"
 #include "platform/ScriptMessage.h"
-#include "platform/Url.h"
 #include "platform/UrlRequest.h"
 #include "platform/WebPermission.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
+#include "base/async/Task.h"
 #include "platform/HttpCookie.h"
-#include "platform/Task.h"
 #include "platform/UrlRequest.h"
 
 #include <optional>
@@ -33,7 +33,7 @@ class HttpSession {
 public:
     virtual ~HttpSession() = default;
 
-    /// The whole reply, whatever its status. Fails with a PlatformError when there is none: no
+    /// The whole reply, whatever its status. Fails with a Failure when there is none: no
     /// connection, no complete reply within the request's timeout, a certificate that does not
     /// hold, a reply that is cut short or longer than 16 MiB.
     virtual Task<HttpReply> data(UrlRequest request) = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Bytes.h"
-#include "platform/SecretText.h"
+#include "base/Bytes.h"
+#include "base/SecretText.h"
 
 #include <cstddef>
 #include <utility>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/ObservableObject.h"
 #include "platform/EmbeddedWebView.h"
 #include "platform/Geometry.h"
-#include "platform/ObservableObject.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/Url.h"
 #include "platform/RequestBody.h"
-#include "platform/Url.h"
 
 #include <chrono>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "updater/FileStateStore.h"
 
-#include "updater/FileDescriptor.h"
-#include "updater/PrivateFiles.h"
+#include "posix/FileDescriptor.h"
+#include "updater/archive/PrivateFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -47,7 +47,7 @@ FileStateStore::FileStateStore(std::filesystem::path file, Journal journal)
 
 UpdaterState FileStateStore::load() {
     // Not blocking, because it could be a pipe that somebody has put there.
-    const FileDescriptor descriptor(
+    const posix::FileDescriptor descriptor(
         open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!descriptor && (errno == ENOENT || errno == ENOTDIR))
         return {};
@@ -65,7 +65,7 @@ void FileStateStore::save(const UpdaterState& state) {
     std::string name = file.string() + ".XXXXXX";
     if (!makePrivateFolders(file.parent_path()))
         return journal(failureLine("Could not make", file.parent_path()));
-    const FileDescriptor descriptor(mkostemp(name.data(), O_CLOEXEC));
+    const posix::FileDescriptor descriptor(mkostemp(name.data(), O_CLOEXEC));
     if (!descriptor)
         return journal(failureLine("Could not write", file));
     if (!writeAll(descriptor.get(), text) || fsync(descriptor.get()) != 0 ||

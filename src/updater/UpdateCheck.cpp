@@ -1,16 +1,14 @@
 #include "updater/UpdateCheck.h"
 
-#include "updater/Download.h"
-#include "updater/NotesReader.h"
-#include "updater/UpdateError.h"
 #include "updater/UpdateTexts.h"
+#include "updater/archive/Download.h"
+#include "updater/error/UpdateError.h"
+#include "updater/notes/NotesReader.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace kelo::updater {
-
-using platform::Task;
 
 namespace {
 
@@ -68,7 +66,7 @@ std::function<void()> UpdateCheck::canceller() const {
 
 template <typename T>
 Task<T> UpdateCheck::unlessCancelled(Task<T> task) {
-    std::optional<T> result = co_await platform::untilCancelled(cancellation, std::move(task));
+    std::optional<T> result = co_await untilCancelled(cancellation, std::move(task));
     if (!result)
         throw UpdateError(UpdateErrorKind::cancelled, "The update was cancelled.");
     co_return std::move(*result);
@@ -87,7 +85,7 @@ Task<void> UpdateCheck::goThrough() {
 
 Task<Appcast> UpdateCheck::readFeed() {
     const UpdaterParts& parts = memory.parts;
-    const platform::Bytes bytes =
+    const Bytes bytes =
         co_await unlessCancelled(parts.transport.fetch(*parts.settings.feed, appcastLimit));
     Appcast appcast = parseAppcast(bytes);
     for (const std::string& problem : appcast.problems)
@@ -161,11 +159,10 @@ Task<ReleaseNotes> UpdateCheck::notesOf(AppcastItem item) {
     ReleaseNotes notes = readReleaseNotes(item.description, item.descriptionFormat);
     if (!notes.empty() || !item.releaseNotesLink)
         co_return notes;
-    const platform::Url link = *item.releaseNotesLink;
+    const Url link = *item.releaseNotesLink;
     try {
-        const platform::Bytes page =
-            co_await unlessCancelled(memory.parts.transport.fetch(link, notesLimit));
-        notes = readReleaseNotes(platform::textOf(page), notesFormatOf(link));
+        const Bytes page = co_await unlessCancelled(memory.parts.transport.fetch(link, notesLimit));
+        notes = readReleaseNotes(kelo::textOf(page), notesFormatOf(link));
     } catch (...) {
         // An update without its notes is still one.
         const UpdateError error = UpdateError::from(std::current_exception());

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/Cancellation.h"
-#include "platform/Task.h"
-#include "updater/Appcast.h"
+#include "base/async/Cancellation.h"
+#include "base/async/Task.h"
 #include "updater/UpdateSelection.h"
 #include "updater/UpdaterMemory.h"
-#include "updater/UserDriver.h"
+#include "updater/appcast/Appcast.h"
+#include "updater/driver/UserDriver.h"
 
 #include <exception>
 #include <functional>
@@ -19,7 +19,7 @@ public:
     UpdateCheck(UpdaterMemory& memory, CheckKind kind);
 
     /// Runs once. Tells the user what is to be told, failures included; never fails.
-    platform::Task<void> run();
+    Task<void> run();
 
     /// The user asks while the check is under way: what has happened in silence so far goes on
     /// before their eyes, and in front.
@@ -38,20 +38,20 @@ private:
     void showStage();
     std::function<void()> canceller() const;
     template <typename T>
-    platform::Task<T> unlessCancelled(platform::Task<T> task);
+    Task<T> unlessCancelled(Task<T> task);
 
-    platform::Task<void> goThrough();
-    platform::Task<Appcast> readFeed();
+    Task<void> goThrough();
+    Task<Appcast> readFeed();
     SelectionRules rules() const;
-    platform::Task<void> sayNothingNew(Selection selection);
-    platform::Task<void> offer(SelectedUpdate update);
+    Task<void> sayNothingNew(Selection selection);
+    Task<void> offer(SelectedUpdate update);
     InstallKind installKind(const SelectedUpdate& update) const;
     bool goesAheadUnasked(const SelectedUpdate& update, InstallKind how) const;
-    platform::Task<ReleaseNotes> notesOf(AppcastItem item);
-    platform::Task<void> openInformation(AppcastItem item);
-    platform::Task<void> install(AppcastItem item, UpdateOffer offer, InstallKind how);
-    platform::Task<void> putInPlace(AppcastItem item, UpdateOffer offer, InstallKind how);
-    platform::Task<void> report(std::exception_ptr error);
+    Task<ReleaseNotes> notesOf(AppcastItem item);
+    Task<void> openInformation(AppcastItem item);
+    Task<void> install(AppcastItem item, UpdateOffer offer, InstallKind how);
+    Task<void> putInPlace(AppcastItem item, UpdateOffer offer, InstallKind how);
+    Task<void> report(std::exception_ptr error);
 
     UpdaterMemory& memory;
     CheckKind kind;
@@ -59,7 +59,7 @@ private:
     bool visible;
     Stage stage = Stage::checking;
     DownloadProgress progress;
-    platform::Cancellation cancellation;
+    Cancellation cancellation;
 };
 
 } // namespace kelo::updater

@@ -1,6 +1,6 @@
 #include "updater/UpdateSelection.h"
 
-#include "updater/Version.h"
+#include "updater/appcast/Version.h"
 
 #include <algorithm>
 

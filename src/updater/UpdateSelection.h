@@ -1,8 +1,8 @@
 #pragma once
 
-#include "updater/Appcast.h"
 #include "updater/UpdaterState.h"
-#include "updater/UserDriver.h"
+#include "updater/appcast/Appcast.h"
+#include "updater/driver/UserDriver.h"
 
 #include <chrono>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "updater/UpdateTexts.h"
 
-#include "updater/Version.h"
+#include "updater/appcast/Version.h"
 
 namespace kelo::updater {
 

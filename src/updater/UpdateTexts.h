@@ -1,9 +1,9 @@
 #pragma once
 
-#include "updater/AppcastItem.h"
 #include "updater/UpdateSelection.h"
 #include "updater/UpdaterSettings.h"
-#include "updater/UserDriver.h"
+#include "updater/appcast/AppcastItem.h"
+#include "updater/driver/UserDriver.h"
 
 #include <string>
 

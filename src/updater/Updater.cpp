@@ -7,8 +7,6 @@
 
 namespace kelo::updater {
 
-using platform::Task;
-
 namespace {
 
 /// From which check on the user is asked whether to check automatically.
@@ -109,7 +107,7 @@ void Updater::schedule() {
     if (!started || !checksAutomatically())
         return;
     const auto wait = std::clamp(untilDue(), std::chrono::seconds(0), longestWait);
-    timer = platform::MainLoop::main().scheduleTimer(wait, [this] {
+    timer = MainLoop::main().scheduleTimer(wait, [this] {
         if (active)
             return; // scheduled anew at its end
         if (untilDue() > std::chrono::seconds(0))

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MainLoop.h"
-#include "platform/RunningTask.h"
+#include "base/async/MainLoop.h"
+#include "base/async/RunningTask.h"
 #include "updater/UpdateCheck.h"
 #include "updater/UpdaterMemory.h"
 #include "updater/UpdaterParts.h"
@@ -33,10 +33,10 @@ public:
 
 private:
     void begin(CheckKind kind);
-    platform::Task<void> run(CheckKind kind);
-    platform::Task<void> sayNotSetUp();
-    platform::Task<void> check(CheckKind kind);
-    platform::Task<void> askForAutomaticChecks();
+    Task<void> run(CheckKind kind);
+    Task<void> sayNotSetUp();
+    Task<void> check(CheckKind kind);
+    Task<void> askForAutomaticChecks();
 
     bool checksAutomatically() const;
     std::chrono::seconds untilDue();
@@ -46,8 +46,8 @@ private:
     std::unique_ptr<UpdateCheck> current;
     bool started = false;
     bool active = false;
-    std::shared_ptr<platform::Timer> timer;
-    std::optional<platform::RunningTask> running;
+    std::shared_ptr<Timer> timer;
+    std::optional<RunningTask> running;
 };
 
 } // namespace kelo::updater

@@ -21,9 +21,9 @@ std::chrono::sys_seconds UpdaterMemory::now() const {
     return std::chrono::floor<std::chrono::seconds>(parts.clock.now());
 }
 
-platform::Task<void> UpdaterMemory::save() {
+Task<void> UpdaterMemory::save() {
     auto job = [store = parts.store, state = state] { store->save(state); };
-    co_await platform::onWorker(parts.worker, std::move(job));
+    co_await onWorker(parts.worker, std::move(job));
 }
 
 } // namespace kelo::updater

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Task.h"
+#include "base/async/Task.h"
 #include "updater/UpdaterParts.h"
 
 #include <chrono>
@@ -19,7 +19,7 @@ public:
     bool hasUserDriver() const { return driver != nullptr; }
     std::chrono::sys_seconds now() const;
     /// Keeps the state for the next start.
-    platform::Task<void> save();
+    Task<void> save();
 
     UpdaterParts parts;
     UpdaterState state;

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/Url.h"
-#include "platform/Worker.h"
+#include "base/Clock.h"
+#include "base/Url.h"
+#include "base/async/Worker.h"
 #include "updater/Journal.h"
-#include "updater/Transport.h"
-#include "updater/UpdateInstaller.h"
 #include "updater/UpdateSelection.h"
 #include "updater/UpdaterSettings.h"
 #include "updater/UpdaterState.h"
-#include "updater/UserDriver.h"
+#include "updater/archive/Transport.h"
+#include "updater/archive/UpdateInstaller.h"
+#include "updater/driver/UserDriver.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -26,13 +26,13 @@ struct UpdaterParts {
     std::filesystem::path downloads;
     Transport& transport;
     UpdateInstaller& installer;
-    platform::Worker& worker;
-    const platform::Clock& clock;
+    Worker& worker;
+    const Clock& clock;
     std::shared_ptr<UpdaterStateStore> store;
     /// Called when the first window is needed, once.
     std::function<std::unique_ptr<UserDriver>()> makeUserDriver;
     /// Opens a web page in the user's browser.
-    std::function<void(const platform::Url&)> openLink;
+    std::function<void(const Url&)> openLink;
     std::function<std::uint32_t()> randomNumber;
     Journal journal;
 };

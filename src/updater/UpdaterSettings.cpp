@@ -47,7 +47,7 @@ UpdaterSettings::UpdaterSettings(const InformationDictionary& dictionary)
       installedVersion(text(dictionary, "CFBundleVersion")),
       installedDisplayVersion(text(dictionary, "CFBundleShortVersionString")) {
     const std::string address = text(dictionary, "SUFeedURL");
-    feed = platform::Url::parse(address);
+    feed = Url::parse(address);
     if (feed && feed->scheme() != "https")
         feed.reset();
     feedRefused = !address.empty() && !feed;

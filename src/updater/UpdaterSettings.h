@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/Url.h"
 #include "platform/Bundle.h"
-#include "platform/Url.h"
-#include "updater/Signature.h"
+#include "updater/archive/Signature.h"
 
 #include <chrono>
 #include <optional>
@@ -15,7 +15,7 @@ struct UpdaterSettings {
     explicit UpdaterSettings(const platform::InformationDictionary& dictionary);
 
     /// The feed; nothing when there is none, or none that is fetched over https.
-    std::optional<platform::Url> feed;
+    std::optional<Url> feed;
     /// There is an address, but not one that may be used.
     bool feedRefused = false;
     /// Nothing when there is none, or none that is a key.

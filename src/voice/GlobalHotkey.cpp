@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace kelo {
+namespace kelo::voice {
 
 using platform::Event;
 using platform::EventPointer;
@@ -31,8 +31,8 @@ void GlobalHotkey::start() {
                                                 handle(*event);
                                                 return event;
                                             });
-    debugLog("hotkey.start global=" + asText(globalMonitor != nullptr) +
-             " local=" + asText(localMonitor != nullptr));
+    log::debugLog("hotkey.start global=" + asText(globalMonitor != nullptr) +
+                  " local=" + asText(localMonitor != nullptr));
 }
 
 void GlobalHotkey::handleFlagsChanged(ModifierFlags flags) {
@@ -48,7 +48,7 @@ void GlobalHotkey::pressed() {
     didHold = false;
     if (holdTimer)
         holdTimer->invalidate();
-    holdTimer = platform::MainLoop::main().scheduleTimer(holdThreshold, [weak = weak_from_this()] {
+    holdTimer = MainLoop::main().scheduleTimer(holdThreshold, [weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->holdTimerFired();
     });
@@ -72,4 +72,4 @@ void GlobalHotkey::holdTimerFired() {
     action();
 }
 
-} // namespace kelo
+} // namespace kelo::voice

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "base/async/MainLoop.h"
 #include "platform/EventMonitors.h"
-#include "platform/MainLoop.h"
 
 #include <chrono>
 #include <functional>
 #include <memory>
 
-namespace kelo {
+namespace kelo::voice {
 
 /// Turns the chord Control + Option, pressed in any program, into a tap (released before the hold
 /// threshold) or into the start and the end of a hold. It looks at nothing but which modifiers are
@@ -42,10 +42,10 @@ private:
     bool active = false;
     /// The current press, or the last one, reached the threshold.
     bool didHold = false;
-    std::shared_ptr<platform::Timer> holdTimer;
+    std::shared_ptr<Timer> holdTimer;
     const platform::ModifierFlags required =
         platform::modifier::control | platform::modifier::option;
     const std::chrono::duration<double> holdThreshold{0.25};
 };
 
-} // namespace kelo
+} // namespace kelo::voice

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace kelo {
+namespace kelo::voice {
 
 namespace {
 
@@ -19,4 +19,4 @@ platform::PanelDescription keyable(platform::PanelDescription description) {
 KeyablePanel::KeyablePanel(platform::PanelDescription description)
     : panel(platform::Desktop::current().makePanel(keyable(std::move(description)))) {}
 
-} // namespace kelo
+} // namespace kelo::voice

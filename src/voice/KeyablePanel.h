@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace kelo {
+namespace kelo::voice {
 
 /// A panel that may have the keyboard although it has no title bar, and that the program's menus
 /// never refer to. It adds that to a panel's description and is a panel otherwise.
@@ -24,4 +24,4 @@ private:
     std::shared_ptr<platform::Panel> panel;
 };
 
-} // namespace kelo
+} // namespace kelo::voice

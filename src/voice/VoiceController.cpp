@@ -2,9 +2,9 @@
 
 #include "log/DebugLog.h"
 
-namespace kelo {
+namespace kelo::voice {
 
-void VoiceController::start(const std::shared_ptr<WebModel>&) {
+void VoiceController::start(const std::shared_ptr<web::WebModel>&) {
     const auto weak = weak_from_this();
     hotkey->onTap = [weak] {
         if (const auto self = weak.lock())
@@ -17,7 +17,7 @@ void VoiceController::start(const std::shared_ptr<WebModel>&) {
     // A hold opens and never closes.
     hotkey->onHoldEnd = [] {};
     hotkey->start();
-    debugLog("VoiceController.start — widget = web /widget host");
+    log::debugLog("VoiceController.start — widget = web /widget host");
 }
 
 void VoiceController::toggleWidget() {
@@ -32,4 +32,4 @@ void VoiceController::showWidget() {
         widget->show();
 }
 
-} // namespace kelo
+} // namespace kelo::voice

@@ -1,12 +1,12 @@
 #include "voice/VoiceWidgetWindow.h"
 
-#include "passkey/ServiceEndpoints.h"
 #include "platform/Desktop.h"
+#include "service/ServiceEndpoints.h"
 #include "voice/WeakScriptHandler.h"
 
 #include <string>
 
-namespace kelo {
+namespace kelo::voice {
 
 using platform::Desktop;
 using platform::EventPointer;
@@ -47,7 +47,7 @@ void VoiceWidgetWindow::show() {
     const KeyablePanel& shown = ensurePanel();
     if (!shown->isVisible()) {
         if (webView)
-            webView->load(platform::UrlRequest{widgetURL()});
+            webView->load(platform::UrlRequest{service::widgetURL()});
         place();
     }
     shown->makeKeyAndOrderFront();
@@ -116,8 +116,8 @@ void VoiceWidgetWindow::requestMediaCapturePermission(platform::EmbeddedWebView&
                                                       const platform::SecurityOrigin& origin,
                                                       platform::MediaCaptureType,
                                                       DecisionHandler decisionHandler) {
-    decisionHandler(origin.host == relyingPartyIdentifier() ? PermissionDecision::grant
-                                                            : PermissionDecision::deny);
+    decisionHandler(origin.host == service::relyingPartyIdentifier() ? PermissionDecision::grant
+                                                                     : PermissionDecision::deny);
 }
 
 void VoiceWidgetWindow::didReceiveScriptMessage(platform::EmbeddedWebView&,
@@ -129,4 +129,4 @@ void VoiceWidgetWindow::didReceiveScriptMessage(platform::EmbeddedWebView&,
         hide();
 }
 
-} // namespace kelo
+} // namespace kelo::voice

@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-namespace kelo {
+namespace kelo::voice {
 
 /// The floating voice panel: the service's widget page over whatever the user is at, with the
 /// keyboard but without bringing the program to the front. Panel, web view and the watch for Escape
@@ -50,4 +50,4 @@ private:
     std::shared_ptr<platform::EventMonitor> escMonitor;
 };
 
-} // namespace kelo
+} // namespace kelo::voice

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kelo {
+namespace kelo::voice {
 
 WeakScriptHandler::WeakScriptHandler(std::weak_ptr<platform::ScriptMessageHandler> target)
     : target(std::move(target)) {}
@@ -13,4 +13,4 @@ void WeakScriptHandler::didReceiveScriptMessage(platform::EmbeddedWebView& webVi
         handler->didReceiveScriptMessage(webView, message);
 }
 
-} // namespace kelo
+} // namespace kelo::voice

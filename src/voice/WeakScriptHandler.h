@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace kelo {
+namespace kelo::voice {
 
 /// Passes messages on to a handler that it does not keep alive. A web view holds its handlers; one
 /// that holds the web view in turn is registered through this.
@@ -19,4 +19,4 @@ private:
     std::weak_ptr<platform::ScriptMessageHandler> target;
 };
 
-} // namespace kelo
+} // namespace kelo::voice

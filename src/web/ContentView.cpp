@@ -1,11 +1,11 @@
 #include "web/ContentView.h"
 
-#include "platform/LocalizedError.h"
-#include "platform/Spawn.h"
+#include "base/Failure.h"
+#include "base/async/Spawn.h"
 #include "web/UserScript.h"
 #include "web/WebView.h"
 
-namespace kelo {
+namespace kelo::web {
 
 platform::WebContentDescription ContentView::body() const {
     platform::WebContentDescription content;
@@ -28,9 +28,7 @@ platform::OverlayDescription ContentView::overlay() const {
     overlay.button.controlSize = platform::ControlSize::large;
     overlay.button.style = platform::ButtonStyle::borderedProminent;
     overlay.button.enabled = !passkey->busy;
-    overlay.button.action = [web = web, passkey = passkey] {
-        platform::spawn(signIn(web, passkey));
-    };
+    overlay.button.action = [web = web, passkey = passkey] { spawn(signIn(web, passkey)); };
     if (const auto& text = passkey->errorMessage.get())
         overlay.text =
             platform::TextDescription{*text, platform::TextFont::caption, platform::TextColor::red};
@@ -41,14 +39,14 @@ platform::OverlayDescription ContentView::overlay() const {
     return overlay;
 }
 
-platform::Task<void> ContentView::signIn(std::shared_ptr<WebModel> web,
-                                         std::shared_ptr<PasskeyAuthenticator> passkey) {
+Task<void> ContentView::signIn(std::shared_ptr<WebModel> web,
+                               std::shared_ptr<passkey::PasskeyAuthenticator> passkey) {
     try {
         auto cookies = co_await passkey->signIn();
         co_await web->injectCookies(std::move(cookies));
     } catch (...) {
-        passkey->errorMessage = platform::localizedDescription(std::current_exception());
+        passkey->errorMessage = localizedDescription(std::current_exception());
     }
 }
 
-} // namespace kelo
+} // namespace kelo::web

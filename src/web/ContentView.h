@@ -6,21 +6,21 @@
 
 #include <memory>
 
-namespace kelo {
+namespace kelo::web {
 
 /// What the main window shows: the web application and, over its login page alone, the native
 /// sign-in button. Holds no state: the picture follows from path, busy and errorMessage.
 struct ContentView {
     std::shared_ptr<WebModel> web;
-    std::shared_ptr<PasskeyAuthenticator> passkey;
+    std::shared_ptr<passkey::PasskeyAuthenticator> passkey;
 
     platform::WebContentDescription body() const;
 
 private:
     bool isOnLoginPage() const;
     platform::OverlayDescription overlay() const;
-    static platform::Task<void> signIn(std::shared_ptr<WebModel> web,
-                                       std::shared_ptr<PasskeyAuthenticator> passkey);
+    static Task<void> signIn(std::shared_ptr<WebModel> web,
+                             std::shared_ptr<passkey::PasskeyAuthenticator> passkey);
 };
 
-} // namespace kelo
+} // namespace kelo::web

@@ -1,6 +1,6 @@
 #include "web/UserScript.h"
 
-namespace kelo {
+namespace kelo::web {
 
 const std::string_view hidePasskeyButtonsScript = R"JS((function(){
   function hide(){
@@ -16,4 +16,4 @@ const std::string_view hidePasskeyButtonsScript = R"JS((function(){
   document.addEventListener('DOMContentLoaded',hide);
 })();)JS";
 
-} // namespace kelo
+} // namespace kelo::web

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace kelo {
+namespace kelo::web {
 
 /// The two texts of the sign-in button: ours, and the ones under which the page has its own.
 inline constexpr std::string_view signInLabel = "Sign in with passkey";
@@ -12,4 +12,4 @@ inline constexpr std::string_view waitingLabel = "Waiting for passkey…";
 /// frame at the end of the document, and again whenever the page changes.
 extern const std::string_view hidePasskeyButtonsScript;
 
-} // namespace kelo
+} // namespace kelo::web

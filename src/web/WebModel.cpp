@@ -1,16 +1,15 @@
 #include "web/WebModel.h"
 
-#include "passkey/ServiceEndpoints.h"
+#include "base/async/Spawn.h"
 #include "platform/Desktop.h"
-#include "platform/Spawn.h"
+#include "service/ServiceEndpoints.h"
 #include "web/UserScript.h"
 
-namespace kelo {
+namespace kelo::web {
 
 namespace {
 
 using platform::HttpCookie;
-using platform::Task;
 
 platform::WebViewConfiguration configuration() {
     platform::WebViewConfiguration configuration;
@@ -36,7 +35,7 @@ std::shared_ptr<WebModel> WebModel::make() {
 }
 
 void WebModel::loadServiceBaseURL() {
-    webView->load(platform::UrlRequest{serviceBaseURL()});
+    webView->load(platform::UrlRequest{service::serviceBaseURL()});
 }
 
 Task<void> WebModel::injectCookies(std::vector<HttpCookie> cookies) {
@@ -56,11 +55,11 @@ Task<void> WebModel::refreshCookieCache() {
 void WebModel::didFinishNavigation(platform::EmbeddedWebView& finished) {
     const auto url = finished.url();
     path = url ? url->path() : std::string();
-    platform::spawn(refresh(shared_from_this()));
+    spawn(refresh(shared_from_this()));
 }
 
 Task<void> WebModel::refresh(std::shared_ptr<WebModel> model) {
     co_await model->refreshCookieCache();
 }
 
-} // namespace kelo
+} // namespace kelo::web

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace kelo {
+namespace kelo::web {
 
 /// Places a model's web view in a window. It may be made and dropped any number of times: the view,
 /// and with it the state of the page, is the model's.
@@ -15,4 +15,4 @@ struct WebView {
     std::shared_ptr<platform::EmbeddedWebView> makeView() const { return model->webView; }
 };
 
-} // namespace kelo
+} // namespace kelo::web

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "e2e/rig/DemoService.h"
-#include "e2e/rig/KeloProcess.h"
-#include "e2e/rig/TemporaryFolder.h"
-#include "e2e/rig/User.h"
+#include "testing/rig/DemoService.h"
+#include "testing/rig/KeloProcess.h"
+#include "testing/rig/TemporaryFolder.h"
+#include "testing/rig/User.h"
 
 #include <gtest/gtest.h>
 

@@ -27,10 +27,10 @@ protected:
 } // namespace
 
 TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
-    const auto area =
-        desktop().tree.await({rig::Place::windows, {rig::Role::widget}, "WebKitWebView"});
-    EXPECT_EQ(area.extents().width, 1100);
-    EXPECT_EQ(area.extents().height, 760);
+    const rig::Wanted content{rig::Place::windows, {rig::Role::widget}, "WebKitWebView"};
+    const rig::Area area = user.awaitDrawn(content);
+    EXPECT_EQ(area.width, 1100);
+    EXPECT_EQ(area.height, 760);
 }
 
 TEST_F(MainWindow, IsRaisedByASecondStart) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "e2e/Journey.h"
-#include "e2e/rig/ChildProcess.h"
-#include "e2e/rig/DownloadServer.h"
+#include "testing/rig/ChildProcess.h"
+#include "testing/rig/DownloadServer.h"
 
 #include <map>
 #include <memory>

@@ -54,7 +54,7 @@ TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     EXPECT_EQ(old, 0) << program->printed();
     user.awaitLoginPage();
     EXPECT_EQ(installedVersion(), "1.1");
-    EXPECT_EQ(runningCopies().size(), 1U);
+    awaitThat("one copy runs", [&] { return runningCopies().size() == 1; });
     picture("5-relaunched");
 
     ask("--settings");
@@ -93,7 +93,7 @@ TEST_F(UpdateJourney, RefusesWhatAnotherKeySigned) {
     choose("OK");
     awaitNoText("The update did not work");
     EXPECT_EQ(installedVersion(), "1.0");
-    EXPECT_EQ(homeContents(), Names{"Kelo"});
+    awaitThat("nothing of the update is left", [&] { return homeContents() == Names{"Kelo"}; });
     EXPECT_TRUE(program->isRunning());
 }
 

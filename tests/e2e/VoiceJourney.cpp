@@ -58,8 +58,8 @@ void VoiceJourney::releaseChord() const {
 }
 
 void VoiceJourney::tapChord() const {
-    pressChord();
-    releaseChord();
+    // All in one request: between two, a busy machine may let pass so much time that it is a hold.
+    desktop().screen.keyboard.tap({screen::keySymbol(control), screen::keySymbol(option)});
 }
 
 void VoiceJourney::holdChord() const {
@@ -86,13 +86,20 @@ void VoiceJourney::awaitNoPanel() {
     panel.awaitHidden(kelo->identifier());
 }
 
+void VoiceJourney::awaitPlace(const rig::ScreenWindow& shown, const rig::Area& place) const {
+    const auto now = [&] {
+        return panel.contents(desktop().screen.windows.describe(shown.identifier));
+    };
+    awaitThat("the panel is where it belongs", [&] { return now() == place; });
+}
+
 void VoiceJourney::awaitWidgetPage(const rig::ScreenWindow& shown) const {
-    const auto lowest = desktop().tree.await(rig::pageButton("Start microphone"));
-    const auto place = lowest.extents();
-    awaitThat("the widget's page is drawn", [&] {
-        return desktop().screen.isDrawn({shown.origin.x + place.x, shown.origin.y + place.y},
-                                        place.width, place.height);
+    const rig::Wanted lowest = rig::pageButton("Start microphone");
+    awaitThat("the widget's page is ready", [&] {
+        const auto found = desktop().tree.find(lowest);
+        return found && found->isSensitive();
     });
+    user.awaitDrawn(lowest, shown.identifier);
 }
 
 void VoiceJourney::awaitKeyboard(const rig::ScreenWindow& shown) const {
@@ -100,9 +107,7 @@ void VoiceJourney::awaitKeyboard(const rig::ScreenWindow& shown) const {
 }
 
 void VoiceJourney::clickInPanel(const rig::ScreenWindow& shown, const rig::Wanted& wanted) const {
-    const auto place = desktop().tree.await(wanted).extents();
-    desktop().screen.pointer.click(
-        {shown.origin.x + place.x + place.width / 2, shown.origin.y + place.y + place.height / 2});
+    user.click(wanted, shown.identifier);
 }
 
 rig::Area VoiceJourney::placeOn(const rig::Area& monitor) {
@@ -125,13 +130,19 @@ std::optional<rig::ScreenWindow> VoiceJourney::mainWindow() const {
 
 void VoiceJourney::goTo(screen::OtherProgram& other) const {
     const auto& windows = desktop().screen.windows;
-    awaitThat("the other program's window is on the screen",
-              [&] { return windows.describe(other.window()).isMapped; });
-    awaitThat("the other program has the keyboard", [&] {
-        if (other.hasKeyboard())
-            return true;
-        desktop().screen.windows.tellManager(other.window(), "_NET_ACTIVE_WINDOW");
-        return false;
+    const auto isOther = [&](const rig::ScreenWindow& each) {
+        return each.identifier == other.window();
+    };
+    awaitThat("the other program's window is on the screen", [&] {
+        return windows.describe(other.window()).isMapped &&
+               std::ranges::any_of(windows.managed(), isOther);
+    });
+    // Once: a request that the window manager has not dealt with yet would take the keyboard from
+    // the panel later.
+    windows.tellManager(other.window(), "_NET_ACTIVE_WINDOW");
+    awaitThat("the other program has the keyboard, and the window manager knows", [&] {
+        const auto active = windows.active();
+        return other.hasKeyboard() && active && isOther(*active);
     });
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "e2e/Journey.h"
-#include "e2e/rig/ProcessTree.h"
-#include "e2e/rig/StandInService.h"
-#include "e2e/rig/VoicePanel.h"
-#include "screen/OtherProgram.h"
+#include "testing/rig/ProcessTree.h"
+#include "testing/rig/StandInService.h"
+#include "testing/rig/VoicePanel.h"
+#include "testing/screen/OtherProgram.h"
 
 #include <cstdint>
 #include <functional>
@@ -38,7 +38,9 @@ protected:
     rig::ScreenWindow awaitPanel();
     void awaitNoPanel();
     bool isPanelShown() const { return panel.shown(kelo->identifier()).has_value(); }
-    /// Waits until the widget's page is drawn in the panel.
+    /// Waits until the panel lies there.
+    void awaitPlace(const rig::ScreenWindow& shown, const rig::Area& place) const;
+    /// Waits until the widget's page is drawn in the panel, and its script has run.
     void awaitWidgetPage(const rig::ScreenWindow& shown) const;
     void awaitKeyboard(const rig::ScreenWindow& shown) const;
     /// Clicks what the widget's page shows.
@@ -48,7 +50,7 @@ protected:
     rig::Area wholeScreen() const;
 
     std::optional<rig::ScreenWindow> mainWindow() const;
-    /// Waits until the other program has the keyboard, by a click if it must be.
+    /// Waits until the other program has the keyboard, as by a click on a taskbar.
     void goTo(screen::OtherProgram& other) const;
     void awaitReceived(screen::OtherProgram& other, const std::string& text) const;
     /// Lets these pages stand in for the service from now on.

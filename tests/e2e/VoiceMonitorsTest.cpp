@@ -1,5 +1,5 @@
 #include "e2e/VoiceJourney.h"
-#include "e2e/rig/ChildProcess.h"
+#include "testing/rig/ChildProcess.h"
 
 namespace kelo::e2e {
 
@@ -38,7 +38,7 @@ TEST_F(VoiceMonitors, ShowThePanelWhereTheKeyboardIs) {
     screen::OtherProgram onLeft({{60, 60}, 300, 200});
     goTo(onLeft);
     auto shown = tapToShow();
-    EXPECT_EQ(panel.contents(shown), placeOn(left));
+    awaitPlace(shown, placeOn(left));
     awaitWidgetPage(shown);
     picture("left");
     tapToHide();
@@ -46,13 +46,13 @@ TEST_F(VoiceMonitors, ShowThePanelWhereTheKeyboardIs) {
     screen::OtherProgram onRight({{700, 60}, 300, 200});
     goTo(onRight);
     shown = tapToShow();
-    EXPECT_EQ(panel.contents(shown), placeOn(right));
+    awaitPlace(shown, placeOn(right));
     awaitWidgetPage(shown);
     picture("right");
     tapToHide();
 
     goTo(onLeft);
-    EXPECT_EQ(panel.contents(tapToShow()), placeOn(left));
+    awaitPlace(tapToShow(), placeOn(left));
 }
 
 } // namespace kelo::e2e

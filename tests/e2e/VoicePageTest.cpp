@@ -48,6 +48,7 @@ protected:
     /// Shows the panel and kills the process that draws its page. The engine starts another one
     /// along with it, for the next page of any view; which is which cannot be told, so both go.
     void showAndKillPage() {
+        user.awaitLoginPage();
         const auto before = webProcesses();
         awaitWidgetPage(tapToShow());
         for (const pid_t process : webProcesses()) {
@@ -89,10 +90,9 @@ TEST_F(VoicePage, IsLoadedAnewByEachShowFromHiddenAndOnlyThen) {
     awaitKeyboard(tapToShow());
     awaitAsked(service, "/ready");
     EXPECT_EQ(loads(), 1);
-    pressChord();
+    holdChord();
     awaitThat("the chord has reached the page", [&] { return service.wasAsked("/key?Alt"); });
-    releaseChord();
-    awaitNoPanel();
+    tapToHide();
     EXPECT_EQ(loads(), 1);
     awaitKeyboard(tapToShow());
     awaitThat("the page is loaded again", [&] { return loads() == 2; });
@@ -195,7 +195,7 @@ TEST_F(VoicePage, WithAFrameThatAsksUnaskedGivesItNothing) {
     EXPECT_TRUE(service.wasAsked("/answer?NotAllowedError"))
         << testing::PrintToString(service.requests());
     EXPECT_TRUE(isPanelShown());
-    EXPECT_EQ(panel.contents(shown), placeOn(wholeScreen()));
+    awaitPlace(shown, placeOn(wholeScreen()));
 }
 
 } // namespace kelo::e2e

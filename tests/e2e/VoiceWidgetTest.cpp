@@ -19,7 +19,7 @@ protected:
 
 TEST_F(VoiceWidget, ComesOverAnotherProgramByATapAndGoesByTheNext) {
     const auto shown = tapToShow();
-    EXPECT_EQ(panel.contents(shown), placeOn(wholeScreen()));
+    awaitPlace(shown, placeOn(wholeScreen()));
     awaitKeyboard(shown);
     awaitWidgetPage(shown);
     picture("shown");
@@ -35,7 +35,7 @@ TEST_F(VoiceWidget, ComesOverAFullScreenProgram) {
         return rig::Area{area.origin, area.width, area.height} == wholeScreen();
     });
     const auto shown = tapToShow();
-    EXPECT_EQ(panel.contents(shown), placeOn(wholeScreen()));
+    awaitPlace(shown, placeOn(wholeScreen()));
     awaitKeyboard(shown);
     awaitWidgetPage(shown);
     picture("shown");

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/async/Continuation.h"
 #include "platform/Alert.h"
-#include "platform/Continuation.h"
 
 #include <optional>
 #include <string_view>
@@ -12,10 +12,10 @@ namespace kelo::fakes {
 /// Alerts that stay up until the test answers them.
 class FakeAlerts final : public platform::AlertPresenter {
 public:
-    platform::Task<platform::AlertOutcome> runModal(platform::Alert alert) override {
+    Task<platform::AlertOutcome> runModal(platform::Alert alert) override {
         shown.push_back(std::move(alert));
-        co_return co_await platform::withCheckedContinuation<platform::AlertOutcome>(
-            [&](platform::CheckedContinuation<platform::AlertOutcome> continuation) {
+        co_return co_await withCheckedContinuation<platform::AlertOutcome>(
+            [&](CheckedContinuation<platform::AlertOutcome> continuation) {
                 pending = continuation;
             });
     }
@@ -24,13 +24,13 @@ public:
 
     void answer(int returnCode, std::string_view fieldText = {}) {
         const auto continuation = std::exchange(pending, std::nullopt);
-        continuation.value().resume({returnCode, platform::SecretText(fieldText)});
+        continuation.value().resume({returnCode, SecretText(fieldText)});
     }
 
     std::vector<platform::Alert> shown;
 
 private:
-    std::optional<platform::CheckedContinuation<platform::AlertOutcome>> pending;
+    std::optional<CheckedContinuation<platform::AlertOutcome>> pending;
 };
 
 } // namespace kelo::fakes

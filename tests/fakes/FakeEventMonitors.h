@@ -14,7 +14,8 @@ class FakeEventMonitors final : public platform::EventMonitors {
 public:
     std::shared_ptr<platform::EventMonitor> addGlobalMonitor(platform::EventMask matching,
                                                              GlobalHandler handler) override {
-        if (!offersGlobal)
+        // Keys that are addressed to other programs are never offered.
+        if (!offersGlobal || !(matching & platform::event_mask::flagsChanged))
             return nullptr;
         globals.emplace_back(matching, std::move(handler));
         return std::make_shared<platform::EventMonitor>();

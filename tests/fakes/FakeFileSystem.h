@@ -18,11 +18,11 @@ public:
             return nullptr;
         return std::make_unique<File>(file->second, calls);
     }
-    bool writeWholeFile(const std::string& path, platform::ByteView bytes) override {
+    bool writeWholeFile(const std::string& path, ByteView bytes) override {
         calls.push_back("write whole " + path);
         if (!writable)
             return false;
-        files[path] = platform::textOf(bytes);
+        files[path] = textOf(bytes);
         return true;
     }
 
@@ -40,9 +40,9 @@ private:
             calls.emplace_back("seek to end");
             position = content.size();
         }
-        void write(platform::ByteView bytes) override {
+        void write(ByteView bytes) override {
             calls.emplace_back("write");
-            content.replace(position, bytes.size(), platform::textOf(bytes));
+            content.replace(position, bytes.size(), textOf(bytes));
             position += bytes.size();
         }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Continuation.h"
+#include "base/async/Continuation.h"
 #include "platform/HttpSession.h"
 
 #include <deque>
@@ -22,43 +22,47 @@ public:
         bool byUrl = false;
     };
 
-    /// The next request without an answer gets this one.
-    void reply(std::optional<int> status, std::string body) {
-        answers.emplace_back(platform::HttpReply{platform::bytesOf(body), status});
+    /// The next request without an answer gets this one, which sets these cookies when it comes.
+    void reply(std::optional<int> status, std::string body,
+               std::vector<platform::HttpCookie> cookies = {}) {
+        answers.emplace_back(Reply{platform::HttpReply{bytesOf(body), status}, std::move(cookies)});
     }
     void fail(std::exception_ptr error) { answers.emplace_back(std::move(error)); }
     /// The next request without an answer stays open until the continuation is resumed.
     void holdNext() { answers.emplace_back(Hold{}); }
 
-    platform::Task<platform::HttpReply> data(platform::UrlRequest request) override {
+    Task<platform::HttpReply> data(platform::UrlRequest request) override {
         sent.push_back({std::move(request), false});
         return answer();
     }
-    platform::Task<platform::HttpReply> data(platform::Url url) override {
+    Task<platform::HttpReply> data(Url url) override {
         sent.push_back({platform::UrlRequest{std::move(url)}, true});
         return answer();
     }
     const platform::HttpCookieStorage* cookieStorage() const override {
         return hasStorage ? this : nullptr;
     }
-    std::optional<std::vector<platform::HttpCookie>>
-    cookies(const platform::Url& url) const override {
+    std::optional<std::vector<platform::HttpCookie>> cookies(const Url& url) const override {
         askedCookiesFor.push_back(url.absoluteString());
         return storedCookies;
     }
 
     std::vector<Sent> sent;
-    std::optional<platform::CheckedContinuation<platform::HttpReply>> held;
+    std::optional<CheckedContinuation<platform::HttpReply>> held;
     bool hasStorage = true;
     std::optional<std::vector<platform::HttpCookie>> storedCookies =
         std::vector<platform::HttpCookie>();
     mutable std::vector<std::string> askedCookiesFor;
 
 private:
+    struct Reply {
+        platform::HttpReply reply;
+        std::vector<platform::HttpCookie> cookies;
+    };
     struct Hold {};
-    using Answer = std::variant<platform::HttpReply, std::exception_ptr, Hold>;
+    using Answer = std::variant<Reply, std::exception_ptr, Hold>;
 
-    platform::Task<platform::HttpReply> answer() {
+    Task<platform::HttpReply> answer() {
         if (answers.empty())
             throw std::logic_error("a request was sent that the test did not expect: " +
                                    sent.back().request.url.absoluteString());
@@ -67,14 +71,18 @@ private:
         return deliver(std::move(next));
     }
 
-    platform::Task<platform::HttpReply> deliver(Answer next) {
-        co_return co_await platform::withCheckedContinuation<platform::HttpReply>(
-            [&](platform::CheckedContinuation<platform::HttpReply> continuation) {
-                if (auto* reply = std::get_if<platform::HttpReply>(&next))
-                    continuation.resume(std::move(*reply));
-                else if (auto* error = std::get_if<std::exception_ptr>(&next))
+    Task<platform::HttpReply> deliver(Answer next) {
+        co_return co_await withCheckedContinuation<platform::HttpReply>(
+            [&](CheckedContinuation<platform::HttpReply> continuation) {
+                if (auto* answer = std::get_if<Reply>(&next)) {
+                    if (storedCookies)
+                        storedCookies->insert(storedCookies->end(), answer->cookies.begin(),
+                                              answer->cookies.end());
+                    continuation.resume(std::move(answer->reply));
+                }
+                if (auto* error = std::get_if<std::exception_ptr>(&next))
                     continuation.fail(*error);
-                else
+                if (std::get_if<Hold>(&next))
                     held = continuation;
             });
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MainLoop.h"
+#include "base/async/MainLoop.h"
 
 #include <algorithm>
 #include <deque>
@@ -12,15 +12,15 @@
 namespace kelo::fakes {
 
 /// A main loop that runs only when told to, with a clock of its own.
-class FakeMainLoop final : public platform::MainLoop {
+class FakeMainLoop final : public MainLoop {
 public:
     void post(std::function<void()> job) override {
         const std::lock_guard lock(mutex);
         jobs.push_back(std::move(job));
     }
 
-    std::shared_ptr<platform::Timer> scheduleTimer(std::chrono::duration<double> delay,
-                                                   std::function<void()> action) override {
+    std::shared_ptr<Timer> scheduleTimer(std::chrono::duration<double> delay,
+                                         std::function<void()> action) override {
         auto timer = std::make_shared<FakeTimer>();
         timer->deadline = now + delay;
         timer->action = std::move(action);
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    struct FakeTimer final : platform::Timer {
+    struct FakeTimer final : Timer {
         void invalidate() override { action = nullptr; }
         std::chrono::duration<double> deadline{};
         std::function<void()> action;

@@ -2,6 +2,8 @@
 
 #include "platform/Panel.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,11 +28,15 @@ public:
     }
     void makeKeyAndOrderFront() override {
         calls.emplace_back("makeKeyAndOrderFront");
+        if (onOrderFront)
+            onOrderFront();
         visible = true;
     }
     void makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) override {
         calls.emplace_back("makeFirstResponder");
-        firstResponder = view;
+        // A view that is not in the panel is ignored.
+        if (view && view == content.webView)
+            firstResponder = view;
     }
     void orderOut() override {
         calls.emplace_back("orderOut");
@@ -41,6 +47,8 @@ public:
     platform::PanelContent content;
     std::shared_ptr<platform::EmbeddedWebView> firstResponder;
     std::vector<std::string> calls;
+    /// Run each time the panel is about to appear.
+    std::function<void()> onOrderFront;
     bool visible = false;
 
 private:

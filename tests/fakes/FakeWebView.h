@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Continuation.h"
+#include "base/async/Continuation.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <functional>
@@ -20,7 +20,7 @@ public:
         calls.push_back("load " + request.url.absoluteString());
         loads.push_back(std::move(request));
     }
-    std::optional<platform::Url> url() const override { return shown; }
+    std::optional<Url> url() const override { return shown; }
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override {
         calls.push_back("setNavigationDelegate");
         navigationDelegate = std::move(delegate);
@@ -35,25 +35,24 @@ public:
     }
     platform::CookieStore& cookieStore() override { return *this; }
 
-    platform::Task<void> setCookie(platform::HttpCookie cookie) override {
+    Task<void> setCookie(platform::HttpCookie cookie) override {
         calls.push_back("set " + cookie.name);
-        co_await platform::withCheckedContinuation<void>(
-            [&](platform::CheckedContinuation<void> continuation) {
-                if (holdsCookieCompletions)
-                    pendingCookie = continuation;
-                else
-                    continuation.resume();
-            });
+        co_await withCheckedContinuation<void>([&](CheckedContinuation<void> continuation) {
+            if (holdsCookieCompletions)
+                pendingCookie = continuation;
+            else
+                continuation.resume();
+        });
         cookies.push_back(std::move(cookie));
     }
-    platform::Task<std::vector<platform::HttpCookie>> getAllCookies() override {
+    Task<std::vector<platform::HttpCookie>> getAllCookies() override {
         calls.push_back("get all cookies");
         co_return cookies;
     }
 
     /// The page at the URL has finished loading.
     void finishNavigation(const char* text) {
-        shown = text ? platform::Url::parse(text) : std::nullopt;
+        shown = text ? Url::parse(text) : std::nullopt;
         if (const auto delegate = navigationDelegate.lock())
             delegate->didFinishNavigation(*this);
     }
@@ -81,9 +80,9 @@ public:
     std::vector<platform::HttpCookie> cookies;
     std::weak_ptr<platform::NavigationDelegate> navigationDelegate;
     std::weak_ptr<platform::UserInterfaceDelegate> interfaceDelegate;
-    std::optional<platform::Url> shown;
+    std::optional<Url> shown;
     bool holdsCookieCompletions = false;
-    std::optional<platform::CheckedContinuation<void>> pendingCookie;
+    std::optional<CheckedContinuation<void>> pendingCookie;
 };
 
 } // namespace kelo::fakes

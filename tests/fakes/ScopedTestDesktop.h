@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Failure.h"
+#include "base/async/Spawn.h"
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeAuthorization.h"
@@ -12,9 +14,8 @@
 #include "fakes/FakeUpdater.h"
 #include "fakes/FakeWebView.h"
 #include "platform/Desktop.h"
-#include "platform/LocalizedError.h"
-#include "platform/Spawn.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,7 +23,7 @@
 
 namespace kelo::fakes {
 
-struct FakeClock final : platform::Clock {
+struct FakeClock final : Clock {
     std::chrono::system_clock::time_point now() const override { return time; }
     std::chrono::system_clock::time_point time{};
 };
@@ -32,7 +33,7 @@ struct FakeClock final : platform::Clock {
 class ScopedTestDesktop final : public platform::Desktop {
 public:
     ScopedTestDesktop() : loopInstallation(loop), desktopInstallation(*this) {}
-    ~ScopedTestDesktop() override { platform::dropSpawnedTasks(); }
+    ~ScopedTestDesktop() override { dropSpawnedTasks(); }
     ScopedTestDesktop(const ScopedTestDesktop&) = delete;
     ScopedTestDesktop& operator=(const ScopedTestDesktop&) = delete;
 
@@ -43,6 +44,8 @@ public:
 
     std::unique_ptr<platform::HttpSession> makeEphemeralHttpSession() override {
         made.emplace_back("session");
+        if (makeSession)
+            return makeSession();
         auto session = std::make_unique<FakeHttpSession>();
         ephemeralSessions.push_back(session.get());
         return session;
@@ -79,6 +82,8 @@ public:
     /// What was asked for, in order.
     std::vector<std::string> made;
     std::vector<FakeHttpSession*> ephemeralSessions;
+    /// Makes another ephemeral session than the fake one.
+    std::function<std::unique_ptr<platform::HttpSession>()> makeSession;
     FakeHttpSession sharedSession;
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
@@ -89,7 +94,7 @@ public:
     std::optional<platform::Screen> screen = platform::Screen{{0, 25, 1440, 875}};
 
 private:
-    platform::MainLoop::Installation loopInstallation;
+    MainLoop::Installation loopInstallation;
     platform::Desktop::Installation desktopInstallation;
     FakeApplication application_;
     FakeAlerts alerts_;
@@ -103,9 +108,7 @@ struct FlowResult {
     std::optional<T> value;
     std::exception_ptr error;
     bool ended() const { return value || error; }
-    std::string errorText() const {
-        return error ? platform::localizedDescription(error) : std::string();
-    }
+    std::string errorText() const { return error ? localizedDescription(error) : std::string(); }
     template <typename Error>
     const Error* errorAs() const {
         try {
@@ -122,7 +125,7 @@ struct FlowResult {
 namespace detail {
 
 template <typename T>
-platform::Task<void> follow(platform::Task<T> task, std::shared_ptr<FlowResult<T>> result) {
+Task<void> follow(Task<T> task, std::shared_ptr<FlowResult<T>> result) {
     try {
         result->value = co_await task;
     } catch (...) {
@@ -130,7 +133,7 @@ platform::Task<void> follow(platform::Task<T> task, std::shared_ptr<FlowResult<T
     }
 }
 
-inline platform::Task<bool> toTrue(platform::Task<void> task) {
+inline Task<bool> toTrue(Task<void> task) {
     co_await task;
     co_return true;
 }
@@ -139,13 +142,13 @@ inline platform::Task<bool> toTrue(platform::Task<void> task) {
 
 /// Starts a flow; the loop must run for it to get anywhere.
 template <typename T>
-std::shared_ptr<FlowResult<T>> start(platform::Task<T> task) {
+std::shared_ptr<FlowResult<T>> start(Task<T> task) {
     auto result = std::make_shared<FlowResult<T>>();
-    platform::spawn(detail::follow(std::move(task), result));
+    spawn(detail::follow(std::move(task), result));
     return result;
 }
 
-inline std::shared_ptr<FlowResult<bool>> start(platform::Task<void> task) {
+inline std::shared_ptr<FlowResult<bool>> start(Task<void> task) {
     return start(detail::toTrue(std::move(task)));
 }
 

@@ -13,9 +13,6 @@
 namespace kelo::fakes {
 namespace {
 
-using platform::Bytes;
-using platform::ByteView;
-
 void require(bool done) {
     if (!done)
         throw std::runtime_error("OpenSSL refused");
@@ -63,7 +60,7 @@ std::string SoftwarePasskey::clientData(std::string_view type, ByteView challeng
 }
 
 Bytes SoftwarePasskey::authenticatorData(std::uint8_t flags) const {
-    Bytes data = hashOf(platform::bytesOf(relyingParty));
+    Bytes data = hashOf(bytesOf(relyingParty));
     data.push_back(flags);
     for (const int shift : {24, 16, 8, 0})
         data.push_back(static_cast<std::uint8_t>(counter >> shift));
@@ -97,7 +94,7 @@ Bytes SoftwarePasskey::attestationObject() const {
 
 Bytes SoftwarePasskey::sign(ByteView authenticatorData, std::string_view clientData) const {
     Bytes message(authenticatorData.begin(), authenticatorData.end());
-    append(message, hashOf(platform::bytesOf(clientData)));
+    append(message, hashOf(bytesOf(clientData)));
 
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
                                                                           &EVP_MD_CTX_free);
@@ -152,7 +149,7 @@ std::string SoftwarePasskey::base64Url(ByteView bytes) {
 }
 
 std::string SoftwarePasskey::base64Url(std::string_view text) {
-    return base64Url(platform::bytesOf(text));
+    return base64Url(bytesOf(text));
 }
 
 Bytes SoftwarePasskey::fromBase64Url(std::string_view text) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
@@ -29,27 +29,27 @@ public:
     std::uint8_t registrationFlags = 0x45;
     std::uint8_t assertionFlags = 0x05;
     std::uint32_t counter = 0;
-    platform::Bytes aaguid = platform::Bytes(16, 0);
-    platform::Bytes credentialId;
-    platform::Bytes userHandle;
-    platform::Bytes publicKey; ///< COSE, 77 bytes
+    Bytes aaguid = Bytes(16, 0);
+    Bytes credentialId;
+    Bytes userHandle;
+    Bytes publicKey; ///< COSE, 77 bytes
     std::string format = "none";
-    platform::Bytes statement = {0xa0}; ///< CBOR
+    Bytes statement = {0xa0}; ///< CBOR
 
     /// The credential after registering, and after signing in, as clients send them.
-    nlohmann::json attestation(platform::ByteView challenge) const;
-    nlohmann::json assertion(platform::ByteView challenge) const;
+    nlohmann::json attestation(ByteView challenge) const;
+    nlohmann::json assertion(ByteView challenge) const;
 
-    std::string clientData(std::string_view type, platform::ByteView challenge) const;
-    platform::Bytes authenticatorData(std::uint8_t flags) const;
-    platform::Bytes attestationObject() const;
+    std::string clientData(std::string_view type, ByteView challenge) const;
+    Bytes authenticatorData(std::uint8_t flags) const;
+    Bytes attestationObject() const;
 
     /// ECDSA over SHA-256 of the authenticator data and the hash of the client data, DER.
-    platform::Bytes sign(platform::ByteView authenticatorData, std::string_view clientData) const;
+    Bytes sign(ByteView authenticatorData, std::string_view clientData) const;
 
-    static std::string base64Url(platform::ByteView bytes);
+    static std::string base64Url(ByteView bytes);
     static std::string base64Url(std::string_view text);
-    static platform::Bytes fromBase64Url(std::string_view text);
+    static Bytes fromBase64Url(std::string_view text);
 
 private:
     struct KeyRelease {

@@ -2,9 +2,9 @@
 
 #include "authenticator/webauthn/CborWriter.h"
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
-platform::Bytes attestationObject(const AuthenticatorData& data) {
+Bytes attestationObject(const AuthenticatorData& data) {
     CborWriter writer;
     writer.map(3);
     writer.text("fmt").text("none");
@@ -13,4 +13,4 @@ platform::Bytes attestationObject(const AuthenticatorData& data) {
     return writer.result();
 }
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

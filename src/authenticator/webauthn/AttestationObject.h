@@ -1,12 +1,12 @@
 #pragma once
 
 #include "authenticator/webauthn/AuthenticatorData.h"
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 /// The attestation object of a registration in the format "none": a passkey of this authenticator
 /// claims nothing about the hardware it lives in.
-platform::Bytes attestationObject(const AuthenticatorData& data);
+Bytes attestationObject(const AuthenticatorData& data);
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

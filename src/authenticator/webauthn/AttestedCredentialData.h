@@ -1,11 +1,11 @@
 #pragma once
 
-#include "authenticator/KeyStore.h"
-#include "platform/Bytes.h"
+#include "authenticator/webauthn/CoseKey.h"
+#include "base/Bytes.h"
 
 #include <array>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 /// A new credential inside the authenticator data of a registration.
 struct AttestedCredentialData {
@@ -13,10 +13,10 @@ struct AttestedCredentialData {
     /// and only tell users apart.
     std::array<std::uint8_t, 16> aaguid{};
     /// At most 1023 bytes.
-    platform::Bytes credentialId;
+    Bytes credentialId;
     PublicKey publicKey;
 };
 
-platform::Bytes encode(const AttestedCredentialData& data);
+Bytes encode(const AttestedCredentialData& data);
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "authenticator/Cryptography.h"
 #include "authenticator/webauthn/AttestedCredentialData.h"
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 /// The bits of the flags byte.
 namespace flag {
@@ -21,7 +21,7 @@ inline constexpr std::uint8_t attestedCredentialData = 0x40;
 /// What the authenticator says, and signs, about a ceremony.
 struct AuthenticatorData {
     /// SHA-256 of the relying-party identifier.
-    Sha256Digest relyingPartyHash{};
+    std::array<std::uint8_t, 32> relyingPartyHash{};
     /// Without flag::attestedCredentialData, which follows from the member below.
     std::uint8_t flags = 0;
     /// Constant 0: a counter would only make a restored backup of the records look like a clone.
@@ -30,6 +30,6 @@ struct AuthenticatorData {
     std::optional<AttestedCredentialData> attestedCredential;
 };
 
-platform::Bytes encode(const AuthenticatorData& data);
+Bytes encode(const AuthenticatorData& data);
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
-std::string base64Url(platform::ByteView bytes) {
+std::string base64Url(ByteView bytes) {
     constexpr std::string_view alphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
     std::string text;
@@ -24,4 +24,4 @@ std::string base64Url(platform::ByteView bytes) {
     return text;
 }
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
 #include <string>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 /// RFC 4648 section 5, without padding.
-std::string base64Url(platform::ByteView bytes);
+std::string base64Url(ByteView bytes);
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

@@ -4,13 +4,13 @@
 
 #include <array>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 namespace {
 
 /// The head of an item: its type and its value or length, at most nine bytes.
 template <typename Encode>
-void appendHead(platform::Bytes& written, std::uint64_t value, Encode encode) {
+void appendHead(Bytes& written, std::uint64_t value, Encode encode) {
     std::array<unsigned char, 9> head;
     const std::size_t length = encode(value, head.data(), head.size());
     written.insert(written.end(), head.begin(), head.begin() + length);
@@ -32,7 +32,7 @@ CborWriter& CborWriter::text(std::string_view value) {
     return *this;
 }
 
-CborWriter& CborWriter::bytes(platform::ByteView value) {
+CborWriter& CborWriter::bytes(ByteView value) {
     appendHead(written, value.size(), cbor_encode_bytestring_start);
     written.insert(written.end(), value.begin(), value.end());
     return *this;
@@ -43,4 +43,4 @@ CborWriter& CborWriter::map(std::size_t pairs) {
     return *this;
 }
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

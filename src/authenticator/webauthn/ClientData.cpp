@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 namespace {
 
@@ -46,4 +46,4 @@ std::string clientDataJson(const ClientData& clientData) {
     return json;
 }
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

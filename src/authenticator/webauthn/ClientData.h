@@ -1,17 +1,17 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
 #include <optional>
 #include <string>
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
 /// The client data of a ceremony (WebAuthn, "Client Data Used in WebAuthn Signatures").
 struct ClientData {
     /// "webauthn.create" or "webauthn.get".
     std::string type;
-    platform::Bytes challenge;
+    Bytes challenge;
     /// scheme://host[:port], without a trailing slash.
     std::string origin;
     bool crossOrigin = false;
@@ -26,4 +26,4 @@ struct ClientData {
 /// so none is used. All texts must be well-formed UTF-8.
 std::string clientDataJson(const ClientData& clientData);
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

@@ -2,9 +2,9 @@
 
 #include "authenticator/webauthn/CborWriter.h"
 
-namespace kelo::authenticator {
+namespace kelo::webauthn {
 
-platform::Bytes coseKey(const PublicKey& publicKey) {
+Bytes coseKey(const PublicKey& publicKey) {
     constexpr int keyType = 1, algorithm = 3, curve = -1, x = -2, y = -3;
     constexpr int ellipticCurveKey = 2, es256 = -7, p256 = 1;
     CborWriter writer;
@@ -17,4 +17,4 @@ platform::Bytes coseKey(const PublicKey& publicKey) {
     return writer.result();
 }
 
-} // namespace kelo::authenticator
+} // namespace kelo::webauthn

@@ -6,7 +6,7 @@ namespace kelo::desktop {
 
 namespace {
 
-std::string line(const SourceStatus& source) {
+std::string line(const input::SourceStatus& source) {
     std::string text = source.name;
     text += source.availability.available ? ": available. " : ": not available. ";
     text += source.availability.reason;
@@ -17,7 +17,8 @@ std::string line(const SourceStatus& source) {
 
 } // namespace
 
-std::string hotkeyReport(const std::vector<SourceStatus>& sources, const std::string& panel) {
+std::string hotkeyReport(const std::vector<input::SourceStatus>& sources,
+                         const std::string& panel) {
     std::string report;
     for (const auto& source : sources)
         report += line(source);
@@ -26,9 +27,9 @@ std::string hotkeyReport(const std::vector<SourceStatus>& sources, const std::st
     return report;
 }
 
-ReportOption hotkeyStatusOption() {
+gtk::ReportOption hotkeyStatusOption() {
     return {"hotkey-status", "Say where the keys of the voice widget can be seen, and end",
-            [] { return hotkeyReport(hotkeyStatus(), panelStatus()); }};
+            [] { return hotkeyReport(input::hotkeyStatus(), panel::panelStatus()); }};
 }
 
 } // namespace kelo::desktop

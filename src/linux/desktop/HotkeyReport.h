@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/gtk/CommandLine.h"
+#include "linux/gtk/application/CommandLine.h"
 #include "linux/input/HotkeyStatus.h"
 
 #include <string>
@@ -10,9 +10,9 @@ namespace kelo::desktop {
 
 /// One line for each source, in the order given: its name, whether it is available, and why not or
 /// what for, with what the user can do. The last line is about the panel.
-std::string hotkeyReport(const std::vector<SourceStatus>& sources, const std::string& panel);
+std::string hotkeyReport(const std::vector<input::SourceStatus>& sources, const std::string& panel);
 
 /// --hotkey-status
-ReportOption hotkeyStatusOption();
+gtk::ReportOption hotkeyStatusOption();
 
 } // namespace kelo::desktop

@@ -1,7 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
 #include "linux/desktop/HotkeyReport.h"
-#include "linux/gtk/GtkUserDriver.h"
+#include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/update/DesktopUpdater.h"
 #include "linux/webkit/ExternalLinks.h"
@@ -19,19 +19,19 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
 LinuxDesktop::~LinuxDesktop() = default;
 
 std::unique_ptr<platform::HttpSession> LinuxDesktop::makeEphemeralHttpSession() {
-    return desktop::makeEphemeralHttpSession();
+    return http::makeEphemeralHttpSession();
 }
 
 platform::HttpSession& LinuxDesktop::sharedHttpSession() {
     if (!sharedSession)
-        sharedSession = makeSharedHttpSession();
+        sharedSession = http::makeSharedHttpSession();
     return *sharedSession;
 }
 
 std::shared_ptr<platform::EmbeddedWebView>
 LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) {
     if (!webKitSession)
-        webKitSession = std::make_unique<WebKitSession>();
+        webKitSession = std::make_unique<webkit::WebKitSession>();
     return webKitSession->makeWebView(frame, std::move(configuration));
 }
 
@@ -45,9 +45,9 @@ std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescript
 }
 
 std::unique_ptr<platform::StandardUpdaterController> LinuxDesktop::makeStandardUpdaterController() {
-    return desktop::makeStandardUpdaterController(
-        {bundle, [] { return std::make_unique<GtkUserDriver>(); }, openWithDefaultProgram,
-         [this] { application_.terminate(); }});
+    return update::makeStandardUpdaterController(
+        {bundle, [] { return std::make_unique<gtk::GtkUserDriver>(); },
+         webkit::openWithDefaultProgram, [this] { application_.terminate(); }});
 }
 
 } // namespace kelo::desktop

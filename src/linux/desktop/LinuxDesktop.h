@@ -1,21 +1,23 @@
 #pragma once
 
-#include "linux/bundle/InstalledBundle.h"
+#include "bundle/InstalledBundle.h"
+#include "linux/authorization/PasskeyServices.h"
 #include "linux/desktop/PosixFileSystem.h"
-#include "linux/desktop/SystemClock.h"
-#include "linux/gtk/GtkAlertPresenter.h"
-#include "linux/gtk/GtkApplicationHost.h"
-#include "linux/gtk/GtkPasskeySheet.h"
+#include "linux/gtk/application/GtkApplicationHost.h"
+#include "linux/gtk/dialogs/GtkAlertPresenter.h"
+#include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/input/KeyboardMonitors.h"
 #include "linux/panel/DesktopPanels.h"
-#include "linux/passkey/PasskeyServices.h"
 #include "platform/Desktop.h"
+#include "posix/SystemClock.h"
 
 #include <memory>
 
-namespace kelo::desktop {
-
+namespace kelo::webkit {
 class WebKitSession;
+}
+
+namespace kelo::desktop {
 
 /// The Linux desktop: every adapter behind the seam, put together. What start-up does not need is
 /// made when it is first asked for. Main thread only.
@@ -27,7 +29,7 @@ public:
 
     platform::Application& application() override { return application_; }
     platform::AlertPresenter& alerts() override { return alerts_; }
-    platform::Clock& clock() override { return clock_; }
+    Clock& clock() override { return clock_; }
     platform::FileSystem& fileSystem() override { return fileSystem_; }
 
     std::unique_ptr<platform::HttpSession> makeEphemeralHttpSession() override;
@@ -43,17 +45,17 @@ public:
     std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController() override;
 
 private:
-    GtkApplicationHost application_;
-    GtkAlertPresenter alerts_;
-    GtkPasskeySheetFactory sheets;
-    PasskeyServices passkeys;
-    KeyboardMonitors keyboard;
-    DesktopPanels panels;
-    InstalledBundle bundle;
-    SystemClock clock_;
+    gtk::GtkApplicationHost application_;
+    gtk::GtkAlertPresenter alerts_;
+    gtk::GtkPasskeySheetFactory sheets;
+    authorization::PasskeyServices passkeys;
+    input::KeyboardMonitors keyboard;
+    panel::DesktopPanels panels;
+    bundle::InstalledBundle bundle;
+    posix::SystemClock clock_;
     PosixFileSystem fileSystem_;
     std::unique_ptr<platform::HttpSession> sharedSession;
-    std::unique_ptr<WebKitSession> webKitSession;
+    std::unique_ptr<webkit::WebKitSession> webKitSession;
 };
 
 } // namespace kelo::desktop

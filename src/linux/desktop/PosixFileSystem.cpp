@@ -1,6 +1,6 @@
 #include "linux/desktop/PosixFileSystem.h"
 
-#include "linux/glib/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -15,16 +15,16 @@ namespace {
 
 /// Nothing when the path cannot be opened or is not a regular file. O_NONBLOCK keeps a FIFO that
 /// someone put there from holding us up.
-FileDescriptor openRegular(const std::string& path, int flags) {
-    FileDescriptor file(
+posix::FileDescriptor openRegular(const std::string& path, int flags) {
+    posix::FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, 0600));
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return FileDescriptor();
+        return posix::FileDescriptor();
     return file;
 }
 
-bool writeAll(int file, platform::ByteView bytes) {
+bool writeAll(int file, ByteView bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(file, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
@@ -38,12 +38,12 @@ bool writeAll(int file, platform::ByteView bytes) {
 
 class PosixFile final : public platform::OpenFile {
 public:
-    explicit PosixFile(FileDescriptor file) : file(std::move(file)) {}
+    explicit PosixFile(posix::FileDescriptor file) : file(std::move(file)) {}
     void seekToEnd() override { ::lseek(file.get(), 0, SEEK_END); }
-    void write(platform::ByteView bytes) override { writeAll(file.get(), bytes); }
+    void write(ByteView bytes) override { writeAll(file.get(), bytes); }
 
 private:
-    FileDescriptor file;
+    posix::FileDescriptor file;
 };
 
 } // namespace
@@ -55,7 +55,7 @@ std::unique_ptr<platform::OpenFile> PosixFileSystem::openForWriting(const std::s
     return std::make_unique<PosixFile>(std::move(file));
 }
 
-bool PosixFileSystem::writeWholeFile(const std::string& path, platform::ByteView bytes) {
+bool PosixFileSystem::writeWholeFile(const std::string& path, ByteView bytes) {
     const auto file = openRegular(path, O_CREAT);
     // Truncated only once it is known to be a regular file.
     return file && ::ftruncate(file.get(), 0) == 0 && writeAll(file.get(), bytes);

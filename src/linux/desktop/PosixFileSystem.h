@@ -9,7 +9,7 @@ namespace kelo::desktop {
 class PosixFileSystem final : public platform::FileSystem {
 public:
     std::unique_ptr<platform::OpenFile> openForWriting(const std::string& path) override;
-    bool writeWholeFile(const std::string& path, platform::ByteView bytes) override;
+    bool writeWholeFile(const std::string& path, ByteView bytes) override;
 };
 
 } // namespace kelo::desktop

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <charconv>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 namespace {
 constexpr std::size_t longestLine = 8 * 1024;
 }
 
-ChunkedBody::State ChunkedBody::take(std::string_view bytes, platform::Bytes& body) {
+ChunkedBody::State ChunkedBody::take(std::string_view bytes, Bytes& body) {
     while (!bytes.empty() && !done) {
         if (expects == Expects::data) {
             const auto count =
@@ -62,4 +62,4 @@ bool ChunkedBody::takeSize() {
     return true;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "base/Bytes.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// Takes a body in chunks (RFC 9112, section 7.1) apart. Strict: what is not surely well formed is
 /// an error, and only the last chunk with its trailer ends the body. Extensions and trailer fields
@@ -16,7 +16,7 @@ public:
     enum class State { more, finished, malformed };
 
     /// Takes the next bytes of the connection and appends what they hold to the body.
-    State take(std::string_view bytes, platform::Bytes& body);
+    State take(std::string_view bytes, Bytes& body);
 
 private:
     enum class Expects { sizeLine, data, dataEnd, trailer };
@@ -30,4 +30,4 @@ private:
     bool done = false;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::http

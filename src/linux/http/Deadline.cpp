@@ -1,10 +1,10 @@
 #include "linux/http/Deadline.h"
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 Deadline::Deadline(std::chrono::seconds limit)
     : limit(limit),
-      cancellable_(GObjectPointer<GCancellable>::adopt(g_cancellable_new())),
+      cancellable_(gobject::GObjectPointer<GCancellable>::adopt(g_cancellable_new())),
       passed_(std::make_shared<bool>(false)),
       timer(begin()) {}
 
@@ -18,12 +18,11 @@ void Deadline::restart() {
     timer = begin();
 }
 
-std::shared_ptr<platform::Timer> Deadline::begin() const {
-    return platform::MainLoop::main().scheduleTimer(limit,
-                                                    [cancellable = cancellable_, passed = passed_] {
-                                                        *passed = true;
-                                                        g_cancellable_cancel(cancellable.get());
-                                                    });
+std::shared_ptr<Timer> Deadline::begin() const {
+    return MainLoop::main().scheduleTimer(limit, [cancellable = cancellable_, passed = passed_] {
+        *passed = true;
+        g_cancellable_cancel(cancellable.get());
+    });
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
-#include "platform/MainLoop.h"
+#include "base/async/MainLoop.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <gio/gio.h>
 
 #include <chrono>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// The time a whole request may take, and its end by any other way: cancels what runs under it when
 /// the time is over, and when the object goes. Main thread only.
@@ -26,12 +26,12 @@ public:
     bool passed() const { return *passed_; }
 
 private:
-    std::shared_ptr<platform::Timer> begin() const;
+    std::shared_ptr<Timer> begin() const;
 
     std::chrono::seconds limit;
-    GObjectPointer<GCancellable> cancellable_;
+    gobject::GObjectPointer<GCancellable> cancellable_;
     std::shared_ptr<bool> passed_;
-    std::shared_ptr<platform::Timer> timer;
+    std::shared_ptr<Timer> timer;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -5,13 +5,12 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
-platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
-                                       std::shared_ptr<const TrustedAuthority> authority,
-                                       platform::UrlRequest request, platform::Url firstUrl,
-                                       const Deadline& deadline) {
-    const platform::Url url = request.url;
+Task<ExchangeReply> exchange(gobject::GObjectPointer<SoupSession> session,
+                             std::shared_ptr<const TrustedAuthority> authority,
+                             platform::UrlRequest request, Url firstUrl, const Deadline& deadline) {
+    const Url url = request.url;
     const auto open = co_await openReply(std::move(session), std::move(authority),
                                          std::move(request), std::move(firstUrl), deadline);
     if (open->announcedLength().value_or(0) > replyLimit)
@@ -20,7 +19,7 @@ platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
     reply.status = open->status();
     reply.location = open->location();
     while (true) {
-        const platform::Bytes portion = co_await open->read();
+        const Bytes portion = co_await open->read();
         if (portion.empty())
             co_return reply;
         reply.body.insert(reply.body.end(), portion.begin(), portion.end());
@@ -29,4 +28,4 @@ platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
     }
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "base/Bytes.h"
+#include "base/async/Task.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/http/Deadline.h"
 #include "linux/http/TrustedAuthority.h"
-#include "platform/Bytes.h"
-#include "platform/Task.h"
 #include "platform/UrlRequest.h"
 
 #include <libsoup/soup.h>
@@ -13,7 +13,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// Longest reply that is taken.
 inline constexpr std::size_t replyLimit = std::size_t(16) * 1024 * 1024;
@@ -21,15 +21,14 @@ inline constexpr std::size_t replyLimit = std::size_t(16) * 1024 * 1024;
 struct ExchangeReply {
     int status = 0;
     std::optional<std::string> location;
-    platform::Bytes body;
+    Bytes body;
 };
 
 /// Sends one message and reads its reply to the end; redirects are left to the caller. Fails with a
-/// PlatformError. firstUrl is where the flow started, the site that cookies are judged by. The
+/// Failure. firstUrl is where the flow started, the site that cookies are judged by. The
 /// deadline must outlive the task.
-platform::Task<ExchangeReply> exchange(GObjectPointer<SoupSession> session,
-                                       std::shared_ptr<const TrustedAuthority> authority,
-                                       platform::UrlRequest request, platform::Url firstUrl,
-                                       const Deadline& deadline);
+Task<ExchangeReply> exchange(gobject::GObjectPointer<SoupSession> session,
+                             std::shared_ptr<const TrustedAuthority> authority,
+                             platform::UrlRequest request, Url firstUrl, const Deadline& deadline);
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,18 +1,15 @@
 #include "linux/http/OpenReply.h"
 
-#include "linux/glib/AsyncResult.h"
-#include "linux/glib/SignalHandler.h"
+#include "linux/gobject/AsyncResult.h"
+#include "linux/gobject/SignalHandler.h"
 #include "linux/http/SoupUri.h"
 #include "linux/http/TransportErrors.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
-using platform::PlatformError;
-using platform::PlatformErrorKind;
-using platform::Url;
 using platform::UrlRequest;
 
 struct Handshake {
@@ -64,16 +61,16 @@ bool fitsInHeader(const std::string& text) {
                         [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7f; });
 }
 
-GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& firstUrl) {
+gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& firstUrl) {
     const SoupUri uri = soupUri(request.url);
     const SoupUri site = soupUri(firstUrl);
     if (!uri || !site || request.url.scheme() != "https")
-        throw PlatformError(PlatformErrorKind::insecure,
-                            "Could not connect to " + request.url.host() +
-                                ": its address is not a secure one.",
-                            request.url.absoluteString());
+        throw Failure(FailureKind::insecure,
+                      "Could not connect to " + request.url.host() +
+                          ": its address is not a secure one.",
+                      request.url.absoluteString());
 
-    auto message = GObjectPointer<SoupMessage>::adopt(
+    auto message = gobject::GObjectPointer<SoupMessage>::adopt(
         soup_message_new_from_uri(request.method.c_str(), uri.get()));
     soup_message_add_flags(message.get(), SOUP_MESSAGE_NO_REDIRECT);
     soup_message_set_site_for_cookies(message.get(), site.get());
@@ -86,11 +83,11 @@ GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& fir
     for (const auto& [name, value] : request.headers) {
         // Values come from cookies and replies: a line break in one would add a header.
         if (!fitsInHeader(name) || !fitsInHeader(value))
-            throw PlatformError(PlatformErrorKind::badReply,
-                                "The request to " + request.url.host() +
-                                    " was not sent, because the service handed out a value that "
-                                    "no request can carry. Try again later.",
-                                "control character in header " + name);
+            throw Failure(FailureKind::badReply,
+                          "The request to " + request.url.host() +
+                              " was not sent, because the service handed out a value that "
+                              "no request can carry. Try again later.",
+                          "control character in header " + name);
         soup_message_headers_append(headers, name.c_str(), value.c_str());
     }
     return message;
@@ -127,7 +124,8 @@ GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
 
 } // namespace
 
-OpenReply::OpenReply(GObjectPointer<SoupMessage> message, GObjectPointer<GInputStream> stream,
+OpenReply::OpenReply(gobject::GObjectPointer<SoupMessage> message,
+                     gobject::GObjectPointer<GInputStream> stream,
                      std::shared_ptr<const Handshake> handshake, UrlRequest request,
                      const Deadline& deadline)
     : message(std::move(message)),
@@ -159,8 +157,8 @@ std::optional<std::uint64_t> OpenReply::announcedLength() const {
     return static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
 }
 
-platform::Task<platform::Bytes> OpenReply::read() {
-    platform::Bytes portion;
+Task<Bytes> OpenReply::read() {
+    Bytes portion;
     // Bytes from below a body in chunks may be all framing.
     while (portion.empty() && !finished) {
         const auto read = [source = source, cancellable = deadline.cancellable()](
@@ -169,26 +167,26 @@ platform::Task<platform::Bytes> OpenReply::read() {
             g_input_stream_read_bytes_async(source, most, G_PRIORITY_DEFAULT, cancellable, ready,
                                             data);
         };
-        const auto result = co_await asyncResult(read);
+        const auto result = co_await gobject::asyncResult(read);
         GError* error = nullptr;
         const BytesPointer bytes(g_input_stream_read_bytes_finish(source, result.get(), &error));
-        if (const GErrorPointer failure(error); failure)
+        if (const gobject::GErrorPointer failure(error); failure)
             fail(*failure, TransferPhase::insideReply, *handshake, request, deadline);
         portion = taken(bytes.get());
     }
     co_return portion;
 }
 
-platform::Bytes OpenReply::taken(GBytes* bytes) {
+Bytes OpenReply::taken(GBytes* bytes) {
     gsize size = 0;
     const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
     if (!chunks) {
         finished = size == 0;
-        return platform::Bytes(data, data + size);
+        return Bytes(data, data + size);
     }
     if (size == 0)
         throw replyBrokenOffError(request.url);
-    platform::Bytes body;
+    Bytes body;
     const ChunkedBody::State state = chunks->take({data, size}, body);
     if (state == ChunkedBody::State::malformed)
         throw unreadableReplyError(request.url);
@@ -196,27 +194,28 @@ platform::Bytes OpenReply::taken(GBytes* bytes) {
     return body;
 }
 
-platform::Task<std::unique_ptr<OpenReply>>
-openReply(GObjectPointer<SoupSession> session, std::shared_ptr<const TrustedAuthority> authority,
-          UrlRequest request, Url firstUrl, const Deadline& deadline) {
-    const GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
+Task<std::unique_ptr<OpenReply>> openReply(gobject::GObjectPointer<SoupSession> session,
+                                           std::shared_ptr<const TrustedAuthority> authority,
+                                           UrlRequest request, Url firstUrl,
+                                           const Deadline& deadline) {
+    const gobject::GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
     const auto handshake =
         std::make_shared<Handshake>(Handshake{std::move(authority), request.url});
-    connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);
-    connectWithState(message.get(), "network-event", insistOnProperClose, handshake);
+    gobject::connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);
+    gobject::connectWithState(message.get(), "network-event", insistOnProperClose, handshake);
 
     GCancellable* const cancellable = deadline.cancellable();
     const auto send = [session = session.get(), message = message.get(),
                        cancellable](GAsyncReadyCallback ready, gpointer data) {
         soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, ready, data);
     };
-    const auto sent = co_await asyncResult(send);
+    const auto sent = co_await gobject::asyncResult(send);
     GError* error = nullptr;
-    const auto stream = GObjectPointer<GInputStream>::adopt(
+    const auto stream = gobject::GObjectPointer<GInputStream>::adopt(
         soup_session_send_finish(session.get(), sent.get(), &error));
-    if (const GErrorPointer failure(error); failure)
+    if (const gobject::GErrorPointer failure(error); failure)
         fail(*failure, TransferPhase::beforeReply, *handshake, request, deadline);
     co_return std::make_unique<OpenReply>(message, stream, handshake, std::move(request), deadline);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

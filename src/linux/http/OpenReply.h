@@ -1,11 +1,11 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "base/Bytes.h"
+#include "base/async/Task.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/http/ChunkedBody.h"
 #include "linux/http/Deadline.h"
 #include "linux/http/TrustedAuthority.h"
-#include "platform/Bytes.h"
-#include "platform/Task.h"
 #include "platform/UrlRequest.h"
 
 #include <libsoup/soup.h>
@@ -15,7 +15,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// What the signals of a message write down for the flow.
 struct Handshake;
@@ -23,7 +23,8 @@ struct Handshake;
 /// A reply whose head is here, and whose body is still to come.
 class OpenReply {
 public:
-    OpenReply(GObjectPointer<SoupMessage> message, GObjectPointer<GInputStream> stream,
+    OpenReply(gobject::GObjectPointer<SoupMessage> message,
+              gobject::GObjectPointer<GInputStream> stream,
               std::shared_ptr<const Handshake> handshake, platform::UrlRequest request,
               const Deadline& deadline);
 
@@ -33,14 +34,14 @@ public:
     std::optional<std::uint64_t> announcedLength() const;
 
     /// The next bytes of the body, as they come; empty once it has ended as it should. Fails with a
-    /// PlatformError for a body that breaks off.
-    platform::Task<platform::Bytes> read();
+    /// Failure for a body that breaks off.
+    Task<Bytes> read();
 
 private:
-    platform::Bytes taken(GBytes* bytes);
+    Bytes taken(GBytes* bytes);
 
-    GObjectPointer<SoupMessage> message;
-    GObjectPointer<GInputStream> stream;
+    gobject::GObjectPointer<SoupMessage> message;
+    gobject::GObjectPointer<GInputStream> stream;
     std::shared_ptr<const Handshake> handshake;
     platform::UrlRequest request;
     const Deadline& deadline;
@@ -50,10 +51,11 @@ private:
 };
 
 /// Sends one message and waits for the head of its reply; redirects are left to the caller. Fails
-/// with a PlatformError. firstUrl is where the flow started, the site that cookies are judged by.
+/// with a Failure. firstUrl is where the flow started, the site that cookies are judged by.
 /// The deadline must outlive the task and the reply.
-platform::Task<std::unique_ptr<OpenReply>>
-openReply(GObjectPointer<SoupSession> session, std::shared_ptr<const TrustedAuthority> authority,
-          platform::UrlRequest request, platform::Url firstUrl, const Deadline& deadline);
+Task<std::unique_ptr<OpenReply>> openReply(gobject::GObjectPointer<SoupSession> session,
+                                           std::shared_ptr<const TrustedAuthority> authority,
+                                           platform::UrlRequest request, Url firstUrl,
+                                           const Deadline& deadline);
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,18 +1,15 @@
 #include "linux/http/Redirect.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "base/Failure.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/http/SoupUri.h"
-#include "platform/PlatformError.h"
 
 #include <strings.h>
 
 #include <algorithm>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
-using platform::PlatformError;
-using platform::PlatformErrorKind;
-using platform::Url;
 using platform::UrlRequest;
 
 namespace {
@@ -24,7 +21,7 @@ std::optional<Url> resolved(const Url& base, const std::string& location) {
     const SoupUri target(g_uri_parse_relative(from.get(), location.c_str(), soupUriFlags, nullptr));
     if (!target)
         return std::nullopt;
-    const GText text(g_uri_to_string(target.get()));
+    const gobject::GText text(g_uri_to_string(target.get()));
     return Url::parse(text.get());
 }
 
@@ -49,15 +46,15 @@ std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
 
     const std::optional<Url> target = resolved(request.url, *location);
     if (!target)
-        throw PlatformError(PlatformErrorKind::badReply,
-                            request.url.host() + " sent Kelo on to an address that does not "
-                                                 "exist. Try again later.",
-                            "Location: " + *location);
+        throw Failure(FailureKind::badReply,
+                      request.url.host() + " sent Kelo on to an address that does not "
+                                           "exist. Try again later.",
+                      "Location: " + *location);
     if (target->scheme() != "https")
-        throw PlatformError(PlatformErrorKind::insecure,
-                            request.url.host() + " sent Kelo on to an address that is not secure, "
-                                                 "so nothing more was sent.",
-                            "Location: " + *location);
+        throw Failure(FailureKind::insecure,
+                      request.url.host() + " sent Kelo on to an address that is not secure, "
+                                           "so nothing more was sent.",
+                      "Location: " + *location);
 
     UrlRequest next = request;
     next.url = *target;
@@ -73,4 +70,4 @@ std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
     return next;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

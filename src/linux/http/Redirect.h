@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// How many redirects a request follows before it gives up.
 inline constexpr int redirectLimit = 20;
@@ -14,8 +14,8 @@ inline constexpr int redirectLimit = 20;
 ///
 /// Within the origin the method changes as HTTP says and headers go along. Another origin gets a
 /// bare GET: none of the headers set by hand and no body, and nothing it redirects to gets them
-/// back. Fails with a PlatformError for a target that is not https or cannot be read.
+/// back. Fails with a Failure for a target that is not https or cannot be read.
 std::optional<platform::UrlRequest> redirected(const platform::UrlRequest& request, int status,
                                                const std::optional<std::string>& location);
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,6 +1,6 @@
 #include "linux/http/SoupCookieConversion.h"
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 namespace {
 
@@ -71,4 +71,4 @@ platform::HttpCookie fromSoupCookie(SoupCookie* cookie) {
     return result;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 struct SoupCookieDeleter {
     void operator()(SoupCookie* cookie) const { soup_cookie_free(cookie); }
@@ -21,4 +21,4 @@ using SoupCookiePointer = std::unique_ptr<SoupCookie, SoupCookieDeleter>;
 SoupCookiePointer toSoupCookie(const platform::HttpCookie& cookie);
 platform::HttpCookie fromSoupCookie(SoupCookie* cookie);
 
-} // namespace kelo::desktop
+} // namespace kelo::http

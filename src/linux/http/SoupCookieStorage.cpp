@@ -3,15 +3,14 @@
 #include "linux/http/SoupCookieConversion.h"
 #include "linux/http/SoupUri.h"
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 SoupCookieStorage::SoupCookieStorage()
-    : jar_(GObjectPointer<SoupCookieJar>::adopt(soup_cookie_jar_new())) {
+    : jar_(gobject::GObjectPointer<SoupCookieJar>::adopt(soup_cookie_jar_new())) {
     soup_cookie_jar_set_accept_policy(jar_.get(), SOUP_COOKIE_JAR_ACCEPT_ALWAYS);
 }
 
-std::optional<std::vector<platform::HttpCookie>>
-SoupCookieStorage::cookies(const platform::Url& url) const {
+std::optional<std::vector<platform::HttpCookie>> SoupCookieStorage::cookies(const Url& url) const {
     const SoupUri uri = soupUri(url);
     if (!uri)
         return std::nullopt;
@@ -25,4 +24,4 @@ SoupCookieStorage::cookies(const platform::Url& url) const {
     return result;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "platform/HttpSession.h"
 
 #include <libsoup/soup.h>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// The cookies of one session, in memory only. Accepts every cookie.
 class SoupCookieStorage final : public platform::HttpCookieStorage {
@@ -13,13 +13,12 @@ public:
     SoupCookieStorage();
 
     /// Those that a request of our own for the URL would carry, HttpOnly ones included.
-    std::optional<std::vector<platform::HttpCookie>>
-    cookies(const platform::Url& url) const override;
+    std::optional<std::vector<platform::HttpCookie>> cookies(const Url& url) const override;
 
     SoupCookieJar* jar() const { return jar_.get(); }
 
 private:
-    GObjectPointer<SoupCookieJar> jar_;
+    gobject::GObjectPointer<SoupCookieJar> jar_;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,21 +1,20 @@
 #include "linux/http/SoupHttpSession.h"
 
+#include "base/Failure.h"
 #include "linux/http/HttpExchange.h"
 #include "linux/http/Redirect.h"
-#include "platform/PlatformError.h"
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 using platform::HttpReply;
-using platform::Task;
 using platform::UrlRequest;
 
 namespace {
 
-Task<HttpReply> perform(GObjectPointer<SoupSession> session,
+Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
                         std::shared_ptr<const TrustedAuthority> authority, UrlRequest request) {
     const Deadline deadline(request.timeout);
-    const platform::Url firstUrl = request.url;
+    const Url firstUrl = request.url;
     for (int hop = 0; hop <= redirectLimit; ++hop) {
         ExchangeReply reply = co_await exchange(session, authority, request, firstUrl, deadline);
         std::optional<UrlRequest> next = redirected(request, reply.status, reply.location);
@@ -27,15 +26,15 @@ Task<HttpReply> perform(GObjectPointer<SoupSession> session,
         }
         request = std::move(*next);
     }
-    throw platform::PlatformError(platform::PlatformErrorKind::badReply,
-                                  firstUrl.host() + " sent Kelo from one address to the next "
-                                                    "without end. Try again later.");
+    throw Failure(FailureKind::badReply, firstUrl.host() +
+                                             " sent Kelo from one address to the next "
+                                             "without end. Try again later.");
 }
 
 } // namespace
 
 SoupHttpSession::SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority)
-    : session(GObjectPointer<SoupSession>::adopt(soup_session_new())),
+    : session(gobject::GObjectPointer<SoupSession>::adopt(soup_session_new())),
       authority(std::move(authority)) {
     // Both would put headers on the wire that nobody asked for.
     soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
@@ -54,7 +53,7 @@ Task<HttpReply> SoupHttpSession::data(UrlRequest request) {
     return perform(session, authority, std::move(request));
 }
 
-Task<HttpReply> SoupHttpSession::data(platform::Url url) {
+Task<HttpReply> SoupHttpSession::data(Url url) {
     UrlRequest request{std::move(url)};
     return perform(session, authority, std::move(request));
 }
@@ -69,4 +68,4 @@ std::unique_ptr<platform::HttpSession> makeSharedHttpSession() {
                                              TrustedAuthority::compiledIn());
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

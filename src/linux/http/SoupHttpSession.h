@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/http/SoupCookieStorage.h"
 #include "linux/http/TrustedAuthority.h"
 #include "platform/HttpSession.h"
@@ -9,7 +9,7 @@
 
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// HttpSession on libsoup. Only https; certificates hold against the system's trust store or the
 /// given authority and nothing else. Requests carry neither a user agent nor accepted encodings.
@@ -20,12 +20,12 @@ public:
     SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority);
     ~SoupHttpSession() override;
 
-    platform::Task<platform::HttpReply> data(platform::UrlRequest request) override;
-    platform::Task<platform::HttpReply> data(platform::Url url) override;
+    Task<platform::HttpReply> data(platform::UrlRequest request) override;
+    Task<platform::HttpReply> data(Url url) override;
     const platform::HttpCookieStorage* cookieStorage() const override { return storage.get(); }
 
 private:
-    GObjectPointer<SoupSession> session;
+    gobject::GObjectPointer<SoupSession> session;
     std::shared_ptr<const TrustedAuthority> authority;
     std::unique_ptr<SoupCookieStorage> storage;
 };
@@ -36,4 +36,4 @@ std::unique_ptr<platform::HttpSession> makeEphemeralHttpSession();
 /// A session that keeps no cookies, for the whole process to share.
 std::unique_ptr<platform::HttpSession> makeSharedHttpSession();
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "platform/Url.h"
+#include "base/Url.h"
 
 #include <libsoup/soup.h>
 
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 struct SoupUriDeleter {
     void operator()(GUri* uri) const { g_uri_unref(uri); }
@@ -17,8 +17,8 @@ using SoupUri = std::unique_ptr<GUri, SoupUriDeleter>;
 /// Paths and queries stay as they are written. Null for a text that is no URI.
 inline constexpr GUriFlags soupUriFlags = static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS);
 
-inline SoupUri soupUri(const platform::Url& url) {
+inline SoupUri soupUri(const Url& url) {
     return SoupUri(g_uri_parse(url.absoluteString().c_str(), soupUriFlags, nullptr));
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

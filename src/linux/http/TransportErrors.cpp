@@ -5,10 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace kelo::desktop {
-
-using platform::PlatformError;
-using platform::PlatformErrorKind;
+namespace kelo::http {
 
 namespace {
 
@@ -17,19 +14,18 @@ std::string causeOf(const GError& error) {
            error.message;
 }
 
-PlatformError cannotConnect(const platform::Url& url, const std::string& reason,
-                            const GError& error) {
-    return {PlatformErrorKind::cannotConnect, "Could not connect to " + url.host() + ": " + reason,
+Failure cannotConnect(const Url& url, const std::string& reason, const GError& error) {
+    return {FailureKind::cannotConnect, "Could not connect to " + url.host() + ": " + reason,
             causeOf(error)};
 }
 
-PlatformError notFound(const platform::Url& url, const GError& error) {
-    return {PlatformErrorKind::cannotConnect,
+Failure notFound(const Url& url, const GError& error) {
+    return {FailureKind::cannotConnect,
             "Could not find " + url.host() + ". Check the network connection and try again.",
             causeOf(error)};
 }
 
-PlatformError connectionError(const GError& error, const platform::Url& url) {
+Failure connectionError(const GError& error, const Url& url) {
     switch (error.code) {
     case G_IO_ERROR_CONNECTION_REFUSED:
         return cannotConnect(url, "Connection refused.", error);
@@ -49,7 +45,7 @@ PlatformError connectionError(const GError& error, const platform::Url& url) {
                              error);
     case G_IO_ERROR_CONNECTION_CLOSED:
     case G_IO_ERROR_PARTIAL_INPUT:
-        return {PlatformErrorKind::cannotConnect,
+        return {FailureKind::cannotConnect,
                 "The connection to " + url.host() + " was lost. Try again.", causeOf(error)};
     default:
         return cannotConnect(url, "The connection failed. Check the network and try again.", error);
@@ -58,7 +54,7 @@ PlatformError connectionError(const GError& error, const platform::Url& url) {
 
 } // namespace
 
-PlatformError transportError(const GError& error, TransferPhase phase, const platform::Url& url) {
+Failure transportError(const GError& error, TransferPhase phase, const Url& url) {
     if (error.domain == SOUP_SESSION_ERROR)
         return unreadableReplyError(url, causeOf(error));
     if (phase == TransferPhase::insideReply)
@@ -66,7 +62,7 @@ PlatformError transportError(const GError& error, TransferPhase phase, const pla
     if (error.domain == G_RESOLVER_ERROR)
         return notFound(url, error);
     if (error.domain == G_TLS_ERROR)
-        return {PlatformErrorKind::insecure,
+        return {FailureKind::insecure,
                 "Could not set up a secure connection to " + url.host() +
                     ", so nothing was sent. Try again later.",
                 causeOf(error)};
@@ -75,7 +71,7 @@ PlatformError transportError(const GError& error, TransferPhase phase, const pla
     return cannotConnect(url, "The connection failed. Check the network and try again.", error);
 }
 
-PlatformError certificateError(GTlsCertificateFlags problems, const platform::Url& url) {
+Failure certificateError(GTlsCertificateFlags problems, const Url& url) {
     const std::string certificate = "The certificate of " + url.host();
     const std::string cause = "certificate flags " + std::to_string(static_cast<int>(problems));
     // A chain from nowhere proves nothing, so what it says about names and dates is of no interest.
@@ -96,32 +92,31 @@ PlatformError certificateError(GTlsCertificateFlags problems, const platform::Ur
             sentence = certificate + " is not valid yet, so nothing was sent. Check the clock of "
                                      "this computer.";
     }
-    return {PlatformErrorKind::insecure, sentence, cause};
+    return {FailureKind::insecure, sentence, cause};
 }
 
-PlatformError timeOutError(const platform::Url& url, std::chrono::seconds limit) {
+Failure timeOutError(const Url& url, std::chrono::seconds limit) {
     const std::string unit = limit.count() == 1 ? " second" : " seconds";
-    return {PlatformErrorKind::timedOut, url.host() + " did not answer within " +
-                                             std::to_string(limit.count()) + unit +
-                                             ". Try again later."};
+    return {FailureKind::timedOut, url.host() + " did not answer within " +
+                                       std::to_string(limit.count()) + unit + ". Try again later."};
 }
 
-PlatformError replyBrokenOffError(const platform::Url& url, std::string cause) {
-    return {PlatformErrorKind::badReply,
+Failure replyBrokenOffError(const Url& url, std::string cause) {
+    return {FailureKind::badReply,
             "The reply from " + url.host() + " broke off before its end. Try again.",
             std::move(cause)};
 }
 
-PlatformError unreadableReplyError(const platform::Url& url, std::string cause) {
-    return {PlatformErrorKind::badReply,
+Failure unreadableReplyError(const Url& url, std::string cause) {
+    return {FailureKind::badReply,
             url.host() + " sent a reply that Kelo could not read. Try again later.",
             std::move(cause)};
 }
 
-PlatformError replyTooLongError(const platform::Url& url) {
-    return {PlatformErrorKind::badReply, "The reply from " + url.host() +
-                                             " was longer than 16 MiB and was dropped. Try again "
-                                             "later."};
+Failure replyTooLongError(const Url& url) {
+    return {FailureKind::badReply, "The reply from " + url.host() +
+                                       " was longer than 16 MiB and was dropped. Try again "
+                                       "later."};
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -11,12 +11,12 @@
 
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 namespace {
 
 // An identity is compared with the bare address, without the brackets a URL puts around it.
-std::string bareHost(const platform::Url& url) {
+std::string bareHost(const Url& url) {
     const std::string& host = url.host();
     return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
 }
@@ -40,7 +40,7 @@ struct OpenSslDeleter {
 bool isForServers(GTlsCertificate* certificate) {
     char* text = nullptr;
     g_object_get(certificate, "certificate-pem", &text, nullptr);
-    const GText pem(text);
+    const gobject::GText pem(text);
     if (!pem)
         return false;
     const std::unique_ptr<BIO, OpenSslDeleter> memory(BIO_new_mem_buf(pem.get(), -1));
@@ -56,7 +56,7 @@ bool isForServers(GTlsCertificate* certificate) {
 TrustedAuthority::TrustedAuthority(std::string_view pem) {
     if (pem.empty())
         return;
-    file = FileDescriptor(memfd_create("kelo-authority", MFD_CLOEXEC));
+    file = posix::FileDescriptor(memfd_create("kelo-authority", MFD_CLOEXEC));
     if (!file || !writeAll(file.get(), pem)) {
         g_warning("The compiled-in certificate authority could not be laid out in memory; "
                   "only the system's are trusted.");
@@ -64,8 +64,9 @@ TrustedAuthority::TrustedAuthority(std::string_view pem) {
     }
     const std::string path = "/proc/self/fd/" + std::to_string(file.get());
     GError* error = nullptr;
-    database = GObjectPointer<GTlsDatabase>::adopt(g_tls_file_database_new(path.c_str(), &error));
-    if (const GErrorPointer failure(error); failure)
+    database =
+        gobject::GObjectPointer<GTlsDatabase>::adopt(g_tls_file_database_new(path.c_str(), &error));
+    if (const gobject::GErrorPointer failure(error); failure)
         g_warning("The compiled-in certificate authority could not be read (%s); "
                   "only the system's are trusted.",
                   failure->message);
@@ -80,19 +81,19 @@ std::shared_ptr<const TrustedAuthority> TrustedAuthority::compiledIn() {
 }
 
 GTlsCertificateFlags TrustedAuthority::problems(GTlsCertificate* certificate,
-                                                const platform::Url& url) const {
+                                                const Url& url) const {
     if (!database || !certificate)
         return G_TLS_CERTIFICATE_UNKNOWN_CA;
-    const auto identity = GObjectPointer<GSocketConnectable>::adopt(
+    const auto identity = gobject::GObjectPointer<GSocketConnectable>::adopt(
         g_network_address_new(bareHost(url).c_str(), url.port().value_or(443)));
     GError* error = nullptr;
     const GTlsCertificateFlags found = g_tls_database_verify_chain(
         database.get(), certificate, G_TLS_DATABASE_PURPOSE_AUTHENTICATE_SERVER, identity.get(),
         nullptr, G_TLS_DATABASE_VERIFY_NONE, nullptr, &error);
-    if (const GErrorPointer failure(error); failure)
+    if (const gobject::GErrorPointer failure(error); failure)
         return G_TLS_CERTIFICATE_GENERIC_ERROR;
     const bool sound = found != 0 || isForServers(certificate);
     return sound ? found : G_TLS_CERTIFICATE_GENERIC_ERROR;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "linux/glib/FileDescriptor.h"
-#include "linux/glib/GObjectPointer.h"
-#include "platform/Url.h"
+#include "base/Url.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "posix/FileDescriptor.h"
 
 #include <gio/gio.h>
 
 #include <memory>
 #include <string_view>
 
-namespace kelo::desktop {
+namespace kelo::http {
 
 /// The one certificate authority that counts besides the system's trust store. Asked only about
 /// chains that the system has refused.
@@ -29,15 +29,15 @@ public:
 
     /// What is wrong with the chain of a server at this URL if this authority is the only root:
     /// signatures, dates, purpose and host name. Zero: it holds.
-    GTlsCertificateFlags problems(GTlsCertificate* certificate, const platform::Url& url) const;
+    GTlsCertificateFlags problems(GTlsCertificate* certificate, const Url& url) const;
 
-    bool accepts(GTlsCertificate* certificate, const platform::Url& url) const {
+    bool accepts(GTlsCertificate* certificate, const Url& url) const {
         return problems(certificate, url) == 0;
     }
 
 private:
-    FileDescriptor file;
-    GObjectPointer<GTlsDatabase> database;
+    posix::FileDescriptor file;
+    gobject::GObjectPointer<GTlsDatabase> database;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::http

@@ -1,12 +1,12 @@
 #include "linux/input/ActiveWindowFocus.h"
 
-#include "linux/glib/SignalHandler.h"
+#include "linux/gobject/SignalHandler.h"
 
 #include <gtk/gtk.h>
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 struct ActiveWindowFocus::Pending {
     std::function<void()> changed;
@@ -29,7 +29,7 @@ struct ActiveWindowFocus::Pending {
 
 ActiveWindowFocus::ActiveWindowFocus()
     : pending(std::make_shared<Pending>()), toplevels([pending = pending](GtkWindow* window) {
-          connectWithState(window, "notify::is-active", Pending::activeChanged, pending);
+          gobject::connectWithState(window, "notify::is-active", Pending::activeChanged, pending);
       }) {}
 
 ActiveWindowFocus::~ActiveWindowFocus() {
@@ -42,4 +42,4 @@ void ActiveWindowFocus::onChange(std::function<void()> changed) {
     pending->changed = std::move(changed);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -3,7 +3,7 @@
 #include "linux/input/ToplevelWatch.h"
 #include "linux/input/source/KeyboardFocus.h"
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Asks the toolkit which of our windows is active; for displays that do not tell of the keyboard
 /// focus themselves. A change is told once the toolkit has dealt with all that came with it.
@@ -23,4 +23,4 @@ private:
     ToplevelWatch toplevels;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -1,7 +1,7 @@
 #include "linux/input/DisplayKind.h"
 
-#include "linux/glib/FileDescriptor.h"
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "posix/FileDescriptor.h"
 
 #include <gdk/x11/gdkx.h>
 
@@ -11,7 +11,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -35,7 +35,8 @@ bool isWaylandThere() {
     if (path.size() >= sizeof(address.sun_path))
         return false;
     std::memcpy(address.sun_path, path.c_str(), path.size());
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const posix::FileDescriptor socket(
+        ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     return socket && ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
                                sizeof(address)) == 0;
 }
@@ -71,4 +72,4 @@ DisplayKind displayKindOfEnvironment() {
     return DisplayKind::none;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -4,7 +4,7 @@
 
 typedef struct _GdkDisplay GdkDisplay;
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 enum class DisplayKind { none, x11, wayland };
 
@@ -15,4 +15,4 @@ DisplayKind displayKind(GdkDisplay* display);
 /// to what the environment names, to see whether it is there, and leaves again.
 DisplayKind displayKindOfEnvironment();
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -2,7 +2,7 @@
 
 #include <gdk/gdk.h>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 platform::ModifierFlags flagsFromGdk(unsigned state) {
     namespace modifier = platform::modifier;
@@ -21,4 +21,4 @@ platform::ModifierFlags flagsFromGdk(unsigned state) {
     return flags;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -2,9 +2,9 @@
 
 #include "platform/EventMonitors.h"
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// The seam's flags for a set of the toolkit's (GdkModifierType).
 platform::ModifierFlags flagsFromGdk(unsigned state);
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -2,7 +2,7 @@
 
 #include "linux/input/ModifierSources.h"
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 std::vector<SourceStatus> hotkeyStatus() {
     const DisplayKind kind = displayKindOfEnvironment();
@@ -19,4 +19,4 @@ std::vector<SourceStatus> hotkeyStatus() {
     return status;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 struct SourceStatus {
     std::string name;
@@ -16,4 +16,4 @@ struct SourceStatus {
 /// this desktop. Needs no window and leaves nothing running.
 std::vector<SourceStatus> hotkeyStatus();
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -1,15 +1,15 @@
 #include "linux/input/KeyDownFilter.h"
 
-#include "linux/glib/SignalHandler.h"
-#include "linux/glib/WindowIdentity.h"
+#include "linux/gobject/SignalHandler.h"
 #include "linux/input/GdkModifiers.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <gtk/gtk.h>
 
 #include <set>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 class KeyDownFilter::Keys {
 public:
@@ -20,7 +20,7 @@ public:
         GtkEventController* const controller = gtk_event_controller_legacy_new();
         gtk_event_controller_set_name(controller, "kelo keys");
         gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
-        connectWithState(controller, "event", arrived, keys);
+        gobject::connectWithState(controller, "event", arrived, keys);
         gtk_widget_add_controller(GTK_WIDGET(window), controller);
     }
 
@@ -43,7 +43,7 @@ private:
         down.modifierFlags = flagsFromGdk(gdk_event_get_modifier_state(event));
         down.keyCode = gdk_key_event_get_keyval(event) == GDK_KEY_Escape ? platform::key::escape
                                                                          : platform::key::other;
-        down.window = windowIdentity(window);
+        down.window = window::windowIdentity(window);
         const guint key = gdk_key_event_get_keycode(event);
         const bool goesOn = handler(std::make_shared<const platform::Event>(std::move(down)));
         if (goesOn)
@@ -68,4 +68,4 @@ KeyDownFilter::~KeyDownFilter() {
     keys->reset();
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

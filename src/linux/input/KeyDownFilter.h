@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Sees each key that goes down in a window of ours before any widget of it does, and can take it.
 /// Of a key that was taken, its release is taken, too, in whichever of our windows it comes, so
@@ -28,4 +28,4 @@ private:
     ToplevelWatch toplevels;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

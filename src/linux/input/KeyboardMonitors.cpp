@@ -1,11 +1,11 @@
 #include "linux/input/KeyboardMonitors.h"
 
-#include "linux/glib/WindowIdentity.h"
 #include "linux/input/ActiveWindowFocus.h"
 #include "linux/input/KeyDownFilter.h"
 #include "linux/input/ModifierDispatch.h"
 #include "linux/input/OwnWindowsModifierSource.h"
 #include "linux/input/xkb/X11KeyboardFocus.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <gtk/gtk.h>
 
@@ -13,7 +13,7 @@
 #include <optional>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 using platform::Event;
 using platform::EventMask;
@@ -115,7 +115,7 @@ private:
 
     void deliverToOurs(Event event) {
         if (GtkWindow* const window = gtk_is_initialized() ? activeToplevel() : nullptr)
-            event.window = windowIdentity(window);
+            event.window = window::windowIdentity(window);
         pass(localHandlers, std::make_shared<const Event>(std::move(event)));
     }
 
@@ -179,4 +179,4 @@ KeyboardMonitors::Modifiers& KeyboardMonitors::watchedModifiers() {
     return *modifiers;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// What KeyboardMonitors learns from.
 struct KeyboardWatch {
@@ -48,4 +48,4 @@ private:
     std::unique_ptr<KeyPresses> keyPresses;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

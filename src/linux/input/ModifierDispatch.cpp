@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 using platform::ModifierFlags;
 
@@ -52,4 +52,4 @@ void ModifierDispatch::settle(ModifierFlags flags, bool ours) {
         receiver(flags, ours);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Makes one account of the modifiers out of what two sources tell, and says of each change whose
 /// it is. While a window of ours has the keyboard, the source of our own windows counts, if there
@@ -38,4 +38,4 @@ private:
     bool inOwnWindows = false;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -4,7 +4,7 @@
 #include "linux/input/portal/PortalModifierSource.h"
 #include "linux/input/xkb/XkbModifierSource.h"
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName) {
     SourceList sources;
@@ -17,4 +17,4 @@ SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayNa
     return sources;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

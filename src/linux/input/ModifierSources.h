@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 using SourceList = std::vector<std::unique_ptr<ModifierSource>>;
 
@@ -15,4 +15,4 @@ using SourceList = std::vector<std::unique_ptr<ModifierSource>>;
 /// name is for X11; empty for the one of the environment.
 SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName = {});
 
-} // namespace kelo::desktop
+} // namespace kelo::input

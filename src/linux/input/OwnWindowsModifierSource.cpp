@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -30,7 +30,7 @@ Availability OwnWindowsModifierSource::availability() const {
 }
 
 bool OwnWindowsModifierSource::start(Handler wanted) {
-    keyboard = GObjectPointer<GdkDevice>::share(defaultKeyboard());
+    keyboard = gobject::GObjectPointer<GdkDevice>::share(defaultKeyboard());
     if (!keyboard)
         return false;
     handler = std::move(wanted);
@@ -44,4 +44,4 @@ void OwnWindowsModifierSource::changed() {
     handler(flagsFromGdk(gdk_device_get_modifier_state(keyboard.get())));
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

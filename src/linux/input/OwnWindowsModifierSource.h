@@ -1,11 +1,11 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/input/source/ModifierSource.h"
 
 typedef struct _GdkDevice GdkDevice;
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// What the toolkit learns of the modifiers, which is what happens while a window of ours has the
 /// keyboard. For displays that keep everything else to themselves. GTK must be up to start it.
@@ -25,8 +25,8 @@ private:
     void changed();
 
     Handler handler;
-    GObjectPointer<GdkDevice> keyboard;
+    gobject::GObjectPointer<GdkDevice> keyboard;
     unsigned long connection = 0;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -4,19 +4,20 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
-GObjectPointer<GtkWindow> windowAt(GListModel* list, unsigned position) {
-    return GObjectPointer<GtkWindow>::adopt(GTK_WINDOW(g_list_model_get_item(list, position)));
+gobject::GObjectPointer<GtkWindow> windowAt(GListModel* list, unsigned position) {
+    return gobject::GObjectPointer<GtkWindow>::adopt(
+        GTK_WINDOW(g_list_model_get_item(list, position)));
 }
 
 } // namespace
 
 ToplevelWatch::ToplevelWatch(Handler handler)
     : handler(std::move(handler)),
-      toplevels(GObjectPointer<GListModel>::share(gtk_window_get_toplevels())),
+      toplevels(gobject::GObjectPointer<GListModel>::share(gtk_window_get_toplevels())),
       connection(
           g_signal_connect(toplevels.get(), "items-changed", G_CALLBACK(itemsChanged), this)) {
     itemsChanged(toplevels.get(), 0, 0, g_list_model_get_n_items(toplevels.get()), this);
@@ -42,4 +43,4 @@ GtkWindow* activeToplevel() {
     return nullptr;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <functional>
 
 typedef struct _GListModel GListModel;
 typedef struct _GtkWindow GtkWindow;
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Calls a function once for each window of ours: for those there are, and for each that is made,
 /// until it goes. GTK must be up. Main thread only.
@@ -25,11 +25,11 @@ private:
                              void* self);
 
     Handler handler;
-    GObjectPointer<GListModel> toplevels;
+    gobject::GObjectPointer<GListModel> toplevels;
     unsigned long connection;
 };
 
 /// The window of ours that the toolkit takes for the one with the keyboard, or null.
 GtkWindow* activeToplevel();
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -12,7 +12,7 @@
 #include <gdk/x11/gdkx.h>
 #include <gtk/gtk.h>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -41,7 +41,7 @@ GdkDisplay* openDisplay() {
 
 /// Points of the toolkit are pixels over one factor, the same for every monitor.
 int scaleOf(GdkDisplay* display) {
-    const auto monitor = GObjectPointer<GdkMonitor>::adopt(
+    const auto monitor = gobject::GObjectPointer<GdkMonitor>::adopt(
         static_cast<GdkMonitor*>(g_list_model_get_item(gdk_display_get_monitors(display), 0)));
     return monitor ? gdk_monitor_get_scale_factor(monitor.get()) : 1;
 }
@@ -97,4 +97,4 @@ std::string panelStatus() {
                       "desktop's own means, or log in to an X11 session.";
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

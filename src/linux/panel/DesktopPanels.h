@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// Panels and screens of the display that GTK is connected to. Main thread only.
 class DesktopPanels {
@@ -19,4 +19,4 @@ public:
 /// How the voice panel can be shown on this desktop, in one sentence for its user. Needs no window.
 std::string panelStatus();
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

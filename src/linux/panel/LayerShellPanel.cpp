@@ -1,14 +1,14 @@
 #include "linux/panel/LayerShellPanel.h"
 
-#include "linux/glib/WindowIdentity.h"
 #include "linux/panel/MonitorScreen.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <gtk4-layer-shell.h>
 
 #include <algorithm>
 #include <cmath>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -25,7 +25,7 @@ bool LayerShellPanel::isSupported() {
 std::shared_ptr<LayerShellPanel>
 LayerShellPanel::make(const platform::PanelDescription& description) {
     auto panel = std::make_shared<LayerShellPanel>(description);
-    setWindowIdentity(panel->panelWindow().gtkWindow(), panel);
+    window::setWindowIdentity(panel->panelWindow().gtkWindow(), panel);
     return panel;
 }
 
@@ -59,4 +59,4 @@ void LayerShellPanel::setFrameOrigin(platform::Point origin) {
     gtk_layer_set_margin(window, GTK_LAYER_SHELL_EDGE_BOTTOM, distance(origin.y - free.minY()));
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

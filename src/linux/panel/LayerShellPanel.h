@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// A panel on a Wayland compositor with the layer shell: in the layer above full-screen windows, on
 /// every workspace, with the keyboard when it appears. The compositor shows it on the monitor that
@@ -21,4 +21,4 @@ public:
     void setFrameOrigin(platform::Point origin) override;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -1,17 +1,17 @@
 #include "linux/panel/MonitorScreen.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <algorithm>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 std::optional<platform::Rectangle> firstMonitor(GdkDisplay* display) {
     GListModel* const monitors = gdk_display_get_monitors(display);
     std::optional<GdkRectangle> first;
     int bottom = 0;
     for (guint index = 0; index < g_list_model_get_n_items(monitors); ++index) {
-        const auto monitor = GObjectPointer<GdkMonitor>::adopt(
+        const auto monitor = gobject::GObjectPointer<GdkMonitor>::adopt(
             static_cast<GdkMonitor*>(g_list_model_get_item(monitors, index)));
         GdkRectangle area{};
         gdk_monitor_get_geometry(monitor.get(), &area);
@@ -25,4 +25,4 @@ std::optional<platform::Rectangle> firstMonitor(GdkDisplay* display) {
                                double(first->width), double(first->height)};
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

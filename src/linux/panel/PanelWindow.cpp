@@ -1,12 +1,12 @@
 #include "linux/panel/PanelWindow.h"
 
-#include "linux/glib/HostedWidget.h"
+#include "linux/window/HostedWidget.h"
 
 #include <cmath>
 #include <string>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -17,7 +17,7 @@ void addStyle(GtkWidget* widget, GtkCssProvider* style) {
 }
 
 GtkWidget* widgetOf(const std::shared_ptr<platform::EmbeddedWebView>& view) {
-    auto* const hosted = dynamic_cast<HostedWidget*>(view.get());
+    auto* const hosted = dynamic_cast<window::HostedWidget*>(view.get());
     return hosted ? hosted->widget() : nullptr;
 }
 
@@ -42,9 +42,9 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
       isClear(!description.opaque &&
               description.backgroundColor == platform::BackgroundColor::clear),
       hasShadow(description.hasShadow && margin > 0),
-      window(GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()))),
-      frame(GObjectPointer<GtkWidget>::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
-      style(GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
+      window(gobject::GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()))),
+      frame(gobject::GObjectPointer<GtkWidget>::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
+      style(gobject::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
     gtk_window_set_decorated(window.get(), FALSE);
     gtk_window_set_resizable(window.get(), FALSE);
     // What assistive technology calls the window; nothing of it is on the screen.
@@ -114,4 +114,4 @@ void PanelWindow::applyStyle() {
     gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

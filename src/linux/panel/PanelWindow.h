@@ -1,13 +1,13 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "platform/Panel.h"
 
 #include <gtk/gtk.h>
 
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// The toolkit's window behind a panel: its contents with rounded corners and, where there is room
 /// for it, a shadow around them. It belongs to no application, so that it does not count among the
@@ -42,12 +42,12 @@ private:
     bool isClear;
     bool hasShadow;
     platform::PanelContent content;
-    GObjectPointer<GtkWindow> window;
-    GObjectPointer<GtkWidget> frame;
-    GObjectPointer<GtkCssProvider> style;
+    gobject::GObjectPointer<GtkWindow> window;
+    gobject::GObjectPointer<GtkWidget> frame;
+    gobject::GObjectPointer<GtkCssProvider> style;
 };
 
 /// A length in points, to the nearest whole one.
 int wholePoints(double length);
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

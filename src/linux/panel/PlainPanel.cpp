@@ -1,14 +1,14 @@
 #include "linux/panel/PlainPanel.h"
 
-#include "linux/glib/WindowIdentity.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 std::shared_ptr<PlainPanel> PlainPanel::make(const platform::PanelDescription& description) {
     auto panel = std::make_shared<PlainPanel>(description);
-    setWindowIdentity(panel->window.gtkWindow(), panel);
+    window::setWindowIdentity(panel->window.gtkWindow(), panel);
     return panel;
 }
 
@@ -40,4 +40,4 @@ void PlainPanel::orderOut() {
     gtk_widget_set_visible(window.widget(), FALSE);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// A panel where programs have no say in what lies on top: an ordinary window without decoration.
 /// The compositor decides on its place, its workspace, and whether it gets the keyboard when it
@@ -38,4 +38,4 @@ private:
     platform::Point origin;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

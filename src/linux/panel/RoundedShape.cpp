@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -56,4 +56,4 @@ void RoundedShape::apply(const X11Connection& connection, Window window, int sca
                                 YXBanded);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// Which part of a panel's X window takes clicks, and which part exists at all where nothing can be
 /// translucent.
@@ -29,4 +29,4 @@ private:
     int margin;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

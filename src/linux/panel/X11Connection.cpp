@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -93,4 +93,4 @@ PixelRectangle X11Connection::placeOf(Window window) const {
     return {left, upper, static_cast<int>(width), static_cast<int>(height)};
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// Lets errors of X requests pass that are made while it lives: windows of other programs can go at
 /// any moment.
@@ -67,4 +67,4 @@ private:
     Display* x;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

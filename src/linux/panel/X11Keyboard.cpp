@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 void X11Keyboard::take() {
     Window focused = None;
@@ -50,4 +50,4 @@ void X11Keyboard::give(Window window) const {
     XSetInputFocus(connection.xlib(), window, RevertToPointerRoot, CurrentTime);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -2,7 +2,7 @@
 
 #include "linux/panel/X11Connection.h"
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// Takes the keyboard for a window that the window manager does not manage, and gives it back to
 /// whoever had it. Main thread only.
@@ -29,4 +29,4 @@ private:
     Window previouslyActive = None;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -1,14 +1,14 @@
 #include "linux/panel/X11Panel.h"
 
-#include "linux/glib/WindowIdentity.h"
 #include "linux/panel/RoundedShape.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <X11/Xatom.h>
 #include <X11/extensions/XInput2.h>
 
 #include <array>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -20,7 +20,7 @@ constexpr int shadowMargin = 32;
 std::shared_ptr<X11Panel> X11Panel::make(GdkDisplay* display,
                                          const platform::PanelDescription& description) {
     auto panel = std::make_shared<X11Panel>(display, description);
-    setWindowIdentity(panel->window.gtkWindow(), panel);
+    window::setWindowIdentity(panel->window.gtkWindow(), panel);
     return panel;
 }
 
@@ -167,4 +167,4 @@ int X11Panel::scale() const {
     return gtk_widget_get_scale_factor(window.widget());
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

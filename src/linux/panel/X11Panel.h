@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// A panel on X11. Its window is hidden from the window manager (override-redirect): that alone
 /// puts it over full-screen windows and on every workspace under every window manager, keeps it out
@@ -53,4 +53,4 @@ private:
     platform::Point origin;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 namespace {
 
@@ -216,4 +216,4 @@ std::vector<Strut> X11Screens::struts() const {
     return found;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::panel {
 
 /// Pixels along the edges of the whole desktop that a panel or dock keeps for itself, each edge
 /// from one place to another, both included.
@@ -54,4 +54,4 @@ private:
     X11Connection connection;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::panel

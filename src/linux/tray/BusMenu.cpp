@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -234,4 +234,4 @@ bool BusMenu::update() {
     return !change.isEmpty();
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

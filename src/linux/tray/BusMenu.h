@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// A menu that another program shows (com.canonical.dbusmenu): the host of the tray asks for its
 /// entries and tells what was chosen. Of our own making, because the one library that serves this
@@ -55,4 +55,4 @@ private:
     ExportedObject object; ///< last: from then on it is asked for the rest
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

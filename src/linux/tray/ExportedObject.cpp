@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -51,4 +51,4 @@ void ExportedObject::emit(const std::string& signal, const Values& values) const
     }
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

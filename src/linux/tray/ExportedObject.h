@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// An object with one interface that other programs find on the bus until this goes. Calls and
 /// questions for what the interface does not name are refused as the bus prescribes. Main thread
@@ -46,4 +46,4 @@ private:
     guint registration = 0;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

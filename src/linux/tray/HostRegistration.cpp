@@ -6,7 +6,7 @@
 
 #include <tuple>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -40,4 +40,4 @@ HostRegistration::~HostRegistration() {
     Gio::DBus::unwatch_name(watch);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

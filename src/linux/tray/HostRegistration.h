@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// Announces an item to the desktop's tray: now, when a tray appears later, and again each time it
 /// has been restarted. The item must be exported before. There is no word for taking it back: the
@@ -20,4 +20,4 @@ private:
     guint watch = 0;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -4,7 +4,7 @@
 
 #include <system_error>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -37,4 +37,4 @@ IconFiles findIconFiles(const std::string& iconName) {
                          folders);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// Where another program can find one of our icons.
 struct IconFiles {
@@ -22,4 +22,4 @@ IconFiles findIconFiles(const std::string& iconName, const std::filesystem::path
 /// The same for this process.
 IconFiles findIconFiles(const std::string& iconName);
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -1,6 +1,6 @@
 #include "linux/tray/IconPixmaps.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <gdk/gdk.h>
 
@@ -12,7 +12,7 @@
 // Generated when building. Naming it keeps the linker from leaving the data out.
 extern "C" GResource* kelo_tray_get_resource(void);
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -25,7 +25,7 @@ std::optional<IconMask> maskFrom(const std::string& resource) {
     if (!file)
         return std::nullopt;
     const auto texture =
-        GObjectPointer<GdkTexture>::adopt(gdk_texture_new_from_bytes(file.get(), nullptr));
+        gobject::GObjectPointer<GdkTexture>::adopt(gdk_texture_new_from_bytes(file.get(), nullptr));
     if (!texture)
         return std::nullopt;
     const int size = gdk_texture_get_width(texture.get());
@@ -68,4 +68,4 @@ Glib::VariantBase iconPixmaps(const std::vector<IconMask>& masks, std::uint32_t 
     return Glib::VariantBase(g_variant_builder_end(&builder));
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

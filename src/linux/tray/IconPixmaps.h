@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// A symbolic icon in one size: how much of each pixel it covers, from the upper left corner, line
 /// by line.
@@ -24,4 +24,4 @@ std::vector<IconMask> iconMasks(const std::string& iconName);
 /// not multiplied by the alpha.
 Glib::VariantBase iconPixmaps(const std::vector<IconMask>& masks, std::uint32_t color);
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

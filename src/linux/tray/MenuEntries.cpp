@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -124,4 +124,4 @@ const MenuEntries::Entry* MenuEntries::find(std::int32_t identifier) const {
     return found == entries.end() ? nullptr : &*found;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// What a host of trays is told about one entry. Only what differs from the protocol's defaults is
 /// in it.
@@ -48,4 +48,4 @@ private:
     std::int32_t nextIdentifier = 1;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

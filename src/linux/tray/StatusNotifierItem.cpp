@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 namespace {
 
@@ -112,4 +112,4 @@ std::string StatusNotifierItem::takeActivationToken() {
     return std::exchange(activationToken, {});
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

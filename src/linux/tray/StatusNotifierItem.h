@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// How the item looks.
 struct TrayIcon {
@@ -55,4 +55,4 @@ private:
     ExportedObject object; ///< last: from then on it is asked for the rest
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -1,11 +1,11 @@
 #include "linux/tray/TrayItem.h"
 
-#include "platform/MainLoop.h"
+#include "base/async/MainLoop.h"
 
 #include <utility>
 #include <variant>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 TrayItem::TrayItem(const Glib::RefPtr<Gio::DBus::Connection>& connection, const std::string& path,
                    const std::string& identifier, platform::MenuBarExtra extra, TrayIcon icon,
@@ -26,8 +26,8 @@ void TrayItem::choose(const platform::Menu::value_type& entry) {
 
 void TrayItem::later(std::function<void()> action) {
     // The token is taken now: the next one belongs to the next click.
-    platform::MainLoop::main().post([weak = std::weak_ptr(handlers), action = std::move(action),
-                                     token = item.takeActivationToken()] {
+    MainLoop::main().post([weak = std::weak_ptr(handlers), action = std::move(action),
+                           token = item.takeActivationToken()] {
         const auto handlers = weak.lock();
         if (!handlers)
             return;
@@ -37,4 +37,4 @@ void TrayItem::later(std::function<void()> action) {
     });
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::tray {
 
 /// A menu bar extra of the scene graph in the desktop's tray, from its making until it goes. Where
 /// there is no tray it waits for one. What the user chooses is run in a later turn of the main
@@ -46,4 +46,4 @@ private:
     HostRegistration registration; ///< last: both must be there before a host hears of them
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::tray

@@ -1,9 +1,9 @@
 #include "linux/update/DesktopUpdater.h"
 
 #include "bundle/ProgramPlace.h"
-#include "linux/glib/GObjectPointer.h"
-#include "linux/glib/RendererChoice.h"
-#include "linux/glib/WorkerThread.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "linux/gobject/WorkerThread.h"
+#include "linux/startup/RendererChoice.h"
 #include "linux/update/SoupTransport.h"
 #include "updater/FileStateStore.h"
 #include "updater/Updater.h"
@@ -19,11 +19,11 @@
 #include <utility>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::update {
 
 namespace {
 
-class SystemClock final : public platform::Clock {
+class SystemClock final : public Clock {
 public:
     std::chrono::system_clock::time_point now() const override {
         return std::chrono::system_clock::now();
@@ -44,7 +44,7 @@ updater::SystemDescription thisSystem() {
 }
 
 bool isOurs(const std::string& setting) {
-    const auto& variables = rendererVariables();
+    const auto& variables = startup::rendererVariables();
     return std::any_of(variables.begin(), variables.end(),
                        [&](const std::string& name) { return setting.starts_with(name + "="); });
 }
@@ -71,7 +71,7 @@ updater::InstallerHost installerHost(std::function<void()> terminate) {
 class DesktopUpdater final : public platform::StandardUpdaterController {
 public:
     explicit DesktopUpdater(UpdaterSurroundings surroundings)
-        : transport(TrustedAuthority::compiledIn()),
+        : transport(http::TrustedAuthority::compiledIn()),
           installer(updater::findInstalledCopy(bundle::programPath(), g_get_home_dir()), worker,
                     installerHost(std::move(surroundings.terminate))),
           updater(parts(surroundings)) {
@@ -82,7 +82,7 @@ public:
 
 private:
     updater::UpdaterParts parts(UpdaterSurroundings& surroundings) {
-        const auto open = [openLink = std::move(surroundings.openLink)](const platform::Url& url) {
+        const auto open = [openLink = std::move(surroundings.openLink)](const Url& url) {
             openLink(url.absoluteString());
         };
         const std::filesystem::path states = g_get_user_state_dir();
@@ -105,7 +105,7 @@ private:
 
     SystemClock clock;
     SoupTransport transport;
-    WorkerThread worker;
+    gobject::WorkerThread worker;
     updater::SystemInstaller installer;
     updater::Updater updater;
 };
@@ -117,4 +117,4 @@ makeStandardUpdaterController(UpdaterSurroundings surroundings) {
     return std::make_unique<DesktopUpdater>(std::move(surroundings));
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::update

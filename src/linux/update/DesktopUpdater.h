@@ -2,13 +2,13 @@
 
 #include "platform/Bundle.h"
 #include "platform/StandardUpdaterController.h"
-#include "updater/UserDriver.h"
+#include "updater/driver/UserDriver.h"
 
 #include <functional>
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::update {
 
 /// What the updater needs of the program around it.
 struct UpdaterSurroundings {
@@ -26,4 +26,4 @@ struct UpdaterSurroundings {
 std::unique_ptr<platform::StandardUpdaterController>
 makeStandardUpdaterController(UpdaterSurroundings surroundings);
 
-} // namespace kelo::desktop
+} // namespace kelo::update

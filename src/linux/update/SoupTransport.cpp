@@ -1,20 +1,16 @@
 #include "linux/update/SoupTransport.h"
 
+#include "base/Failure.h"
 #include "linux/http/Deadline.h"
 #include "linux/http/OpenReply.h"
 #include "linux/http/Redirect.h"
 #include "linux/http/TransportErrors.h"
-#include "platform/PlatformError.h"
 
 #include <string>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::update {
 
-using platform::PlatformError;
-using platform::PlatformErrorKind;
-using platform::Task;
-using platform::Url;
 using platform::UrlRequest;
 
 namespace {
@@ -24,42 +20,44 @@ constexpr int mostRedirects = 5;
 /// A server that sends a byte now and then would hold a small transfer for ever.
 constexpr std::chrono::minutes longestFetch{10};
 
-PlatformError statusError(const Url& url, int status) {
+Failure statusError(const Url& url, int status) {
     const std::string cause = url.absoluteString() + " answered with " + std::to_string(status);
     if (status >= 500)
-        return {PlatformErrorKind::badReply,
+        return {FailureKind::badReply,
                 url.host() + " cannot hand out updates at the moment. Try again later.", cause};
-    return {PlatformErrorKind::badReply,
+    return {FailureKind::badReply,
             url.host() + " does not have the update that was asked for. Try again later, or ask "
                          "those who publish Kelo.",
             cause};
 }
 
-PlatformError tooLongError(const Url& url, std::size_t limit) {
-    return {PlatformErrorKind::badReply,
+Failure tooLongError(const Url& url, std::size_t limit) {
+    return {FailureKind::badReply,
             url.host() + " sent far more than was asked for, so it was dropped. Try again later, "
                          "or ask those who publish Kelo.",
             url.absoluteString() + " is longer than " + std::to_string(limit) + " bytes"};
 }
 
 /// The reply with status 200 at the end of the redirects.
-Task<std::unique_ptr<OpenReply>> followToReply(GObjectPointer<SoupSession> session,
-                                               std::shared_ptr<const TrustedAuthority> authority,
-                                               UrlRequest request, Deadline& deadline) {
+Task<std::unique_ptr<http::OpenReply>>
+followToReply(gobject::GObjectPointer<SoupSession> session,
+              std::shared_ptr<const http::TrustedAuthority> authority, UrlRequest request,
+              http::Deadline& deadline) {
     const Url first = request.url;
     for (int hop = 0; hop <= mostRedirects; ++hop) {
-        auto reply = co_await openReply(session, authority, request, first, deadline);
+        auto reply = co_await http::openReply(session, authority, request, first, deadline);
         deadline.restart();
-        std::optional<UrlRequest> next = redirected(request, reply->status(), reply->location());
+        std::optional<UrlRequest> next =
+            http::redirected(request, reply->status(), reply->location());
         if (!next && reply->status() != 200)
             throw statusError(request.url, reply->status());
         if (!next)
             co_return std::move(reply);
         request = std::move(*next);
     }
-    throw PlatformError(PlatformErrorKind::badReply,
-                        first.host() + " sent Kelo from one address to the next without end. Try "
-                                       "again later.");
+    throw Failure(FailureKind::badReply,
+                  first.host() + " sent Kelo from one address to the next without end. Try "
+                                 "again later.");
 }
 
 UrlRequest requestFor(Url url, std::chrono::seconds patience) {
@@ -70,9 +68,9 @@ UrlRequest requestFor(Url url, std::chrono::seconds patience) {
 
 } // namespace
 
-SoupTransport::SoupTransport(std::shared_ptr<const TrustedAuthority> authority,
+SoupTransport::SoupTransport(std::shared_ptr<const http::TrustedAuthority> authority,
                              std::chrono::seconds patience)
-    : session(GObjectPointer<SoupSession>::adopt(soup_session_new())),
+    : session(gobject::GObjectPointer<SoupSession>::adopt(soup_session_new())),
       authority(std::move(authority)),
       patience(patience) {
     // Lengths and signatures are those of the bytes on the wire, and nobody is to be asked for a
@@ -85,35 +83,35 @@ SoupTransport::~SoupTransport() {
     soup_session_abort(session.get());
 }
 
-Task<platform::Bytes> SoupTransport::fetch(Url url, std::size_t limit) {
-    Deadline deadline(patience);
+Task<Bytes> SoupTransport::fetch(Url url, std::size_t limit) {
+    http::Deadline deadline(patience);
     const auto end = std::chrono::steady_clock::now() + longestFetch;
     const auto reply =
         co_await followToReply(session, authority, requestFor(url, patience), deadline);
     if (reply->announcedLength().value_or(0) > limit)
         throw tooLongError(url, limit);
-    platform::Bytes body;
+    Bytes body;
     while (true) {
-        const platform::Bytes portion = co_await reply->read();
+        const Bytes portion = co_await reply->read();
         if (portion.empty())
             co_return body;
         body.insert(body.end(), portion.begin(), portion.end());
         if (body.size() > limit)
             throw tooLongError(url, limit);
         if (std::chrono::steady_clock::now() > end)
-            throw timeOutError(url, longestFetch);
+            throw http::timeOutError(url, longestFetch);
         deadline.restart();
     }
 }
 
 Task<void> SoupTransport::download(Url url, std::shared_ptr<updater::ByteSink> sink) {
-    Deadline deadline(patience);
+    http::Deadline deadline(patience);
     const auto reply =
         co_await followToReply(session, authority, requestFor(url, patience), deadline);
     if (const auto length = reply->announcedLength())
         sink->announce(*length);
     while (true) {
-        platform::Bytes portion = co_await reply->read();
+        Bytes portion = co_await reply->read();
         if (portion.empty())
             co_return;
         co_await sink->take(std::move(portion));
@@ -121,4 +119,4 @@ Task<void> SoupTransport::download(Url url, std::shared_ptr<updater::ByteSink> s
     }
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::update

@@ -1,20 +1,18 @@
 #include "linux/webkit/CertificateProbe.h"
 
-#include "linux/glib/AsyncResult.h"
-#include "linux/glib/SignalHandler.h"
-#include "platform/Spawn.h"
+#include "base/async/Spawn.h"
+#include "linux/gobject/AsyncResult.h"
+#include "linux/gobject/SignalHandler.h"
 
-namespace kelo::desktop {
-
-using platform::Url;
+namespace kelo::webkit {
 
 namespace {
 
 struct Look {
-    GObjectPointer<WebKitNetworkSession> session;
-    std::shared_ptr<const TrustedAuthority> authority;
+    gobject::GObjectPointer<WebKitNetworkSession> session;
+    std::shared_ptr<const http::TrustedAuthority> authority;
     Url url;
-    GObjectPointer<GObject> connection = {};
+    gobject::GObjectPointer<GObject> connection = {};
     gulong handler = 0;
 
     // GIO may let go of the connection on a thread of its own, so our handler goes before, on this.
@@ -51,31 +49,32 @@ void connectionEvent(GSocketClient*, GSocketClientEvent event, GSocketConnectabl
     // by itself.
     g_tls_connection_set_database(G_TLS_CONNECTION(connection), nullptr);
     (*look)->end();
-    (*look)->connection = GObjectPointer<GObject>::share(G_OBJECT(connection));
-    (*look)->handler = connectWithState(connection, "accept-certificate", acceptCertificate, *look);
+    (*look)->connection = gobject::GObjectPointer<GObject>::share(G_OBJECT(connection));
+    (*look)->handler =
+        gobject::connectWithState(connection, "accept-certificate", acceptCertificate, *look);
 }
 
-platform::Task<void> lookAt(SharedLook look) {
+Task<void> lookAt(SharedLook look) {
     const LookScope scope{look};
     constexpr guint seconds = 10;
-    const auto client = GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
+    const auto client = gobject::GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
     g_socket_client_set_tls(client.get(), TRUE);
     g_socket_client_set_timeout(client.get(), seconds);
-    connectWithState(client.get(), "event", connectionEvent, look);
+    gobject::connectWithState(client.get(), "event", connectionEvent, look);
     const auto start = [&client, &look](GAsyncReadyCallback ready, gpointer data) {
         g_socket_client_connect_to_uri_async(client.get(), look->url.absoluteString().c_str(), 443,
                                              nullptr, ready, data);
     };
-    const auto result = co_await asyncResult(start);
+    const auto result = co_await gobject::asyncResult(start);
     // Whatever is wrong with the host, the load itself will say.
-    const auto connection = GObjectPointer<GSocketConnection>::adopt(
+    const auto connection = gobject::GObjectPointer<GSocketConnection>::adopt(
         g_socket_client_connect_to_uri_finish(client.get(), result.get(), nullptr));
 }
 
 } // namespace
 
-CertificateProbe::CertificateProbe(GObjectPointer<WebKitNetworkSession> session,
-                                   std::shared_ptr<const TrustedAuthority> authority)
+CertificateProbe::CertificateProbe(gobject::GObjectPointer<WebKitNetworkSession> session,
+                                   std::shared_ptr<const http::TrustedAuthority> authority)
     : session(std::move(session)), authority(std::move(authority)) {}
 
 void CertificateProbe::start(const Url& url) {
@@ -83,7 +82,7 @@ void CertificateProbe::start(const Url& url) {
     if (url.scheme() != "https" || authority->isEmpty() || !looked.insert(origin).second)
         return;
     const auto look = std::make_shared<Look>(Look{session, authority, url});
-    platform::spawn(lookAt(look));
+    spawn(lookAt(look));
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

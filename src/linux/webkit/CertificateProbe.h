@@ -1,8 +1,8 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "base/Url.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
-#include "platform/Url.h"
 
 #include <webkit/webkit.h>
 
@@ -10,7 +10,7 @@
 #include <set>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Looks at the certificate of a host while the engine is still starting its processes for the
 /// first load, and lets it through if the compiled-in authority vouches for it. Without that, the
@@ -19,16 +19,16 @@ namespace kelo::desktop {
 /// longer road.
 class CertificateProbe {
 public:
-    CertificateProbe(GObjectPointer<WebKitNetworkSession> session,
-                     std::shared_ptr<const TrustedAuthority> authority);
+    CertificateProbe(gobject::GObjectPointer<WebKitNetworkSession> session,
+                     std::shared_ptr<const http::TrustedAuthority> authority);
 
     /// Once for each origin, and for https only. Sends nothing but the greeting of TLS.
-    void start(const platform::Url& url);
+    void start(const Url& url);
 
 private:
-    GObjectPointer<WebKitNetworkSession> session;
-    std::shared_ptr<const TrustedAuthority> authority;
+    gobject::GObjectPointer<WebKitNetworkSession> session;
+    std::shared_ptr<const http::TrustedAuthority> authority;
     std::set<std::string> looked;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,6 +1,6 @@
 #include "linux/webkit/Downloads.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <glib/gstdio.h>
 
@@ -8,7 +8,7 @@
 #include <memory>
 #include <system_error>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 namespace {
 
@@ -22,7 +22,7 @@ void notify(const char* identifier, const std::string& title, const std::string&
     if (!application || !g_application_get_is_registered(application))
         return;
     const auto notification =
-        GObjectPointer<GNotification>::adopt(g_notification_new(title.c_str()));
+        gobject::GObjectPointer<GNotification>::adopt(g_notification_new(title.c_str()));
     g_notification_set_body(notification.get(), body.c_str());
     g_application_send_notification(application, identifier, notification.get());
 }
@@ -82,4 +82,4 @@ std::string freePathFor(const std::string& folder, const std::string& suggestion
     return path.string();
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Saves every download of the session in the user's downloads folder under a name that is free,
 /// and says so in a desktop notification when it is there.
@@ -14,4 +14,4 @@ void saveDownloadsOf(WebKitNetworkSession* session);
 /// suggestion comes from the service: no folders, no hidden files.
 std::string freePathFor(const std::string& folder, const std::string& suggestion);
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,24 +1,25 @@
 #include "linux/webkit/ExternalLinks.h"
 
-#include "linux/glib/GObjectPointer.h"
-#include "linux/glib/RendererChoice.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "linux/startup/RendererChoice.h"
 
 #include <gio/gio.h>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 void openWithDefaultProgram(const std::string& address) {
     const GAsyncReadyCallback finished = [](GObject*, GAsyncResult* result, gpointer) {
         GError* error = nullptr;
         g_app_info_launch_default_for_uri_finish(result, &error);
-        if (const GErrorPointer failure(error); failure)
+        if (const gobject::GErrorPointer failure(error); failure)
             g_warning("A link could not be opened in another program: %s", failure->message);
     };
-    const auto context = GObjectPointer<GAppLaunchContext>::adopt(g_app_launch_context_new());
-    for (const std::string& variable : rendererVariables())
+    const auto context =
+        gobject::GObjectPointer<GAppLaunchContext>::adopt(g_app_launch_context_new());
+    for (const std::string& variable : startup::rendererVariables())
         g_app_launch_context_unsetenv(context.get(), variable.c_str());
     g_app_info_launch_default_for_uri_async(address.c_str(), context.get(), nullptr, finished,
                                             nullptr);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Hands an address to the program the user has for it.
 using ExternalOpener = std::function<void(const std::string& address)>;
@@ -11,4 +11,4 @@ using ExternalOpener = std::function<void(const std::string& address)>;
 /// Through the desktop's default applications; a failure goes to the journal.
 void openWithDefaultProgram(const std::string& address);
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

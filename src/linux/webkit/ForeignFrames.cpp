@@ -2,7 +2,7 @@
 
 #include "linux/webkit/GuardScript.h"
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 namespace {
 
@@ -64,9 +64,9 @@ constexpr const char* pinningScript = R"((() => {
 
 } // namespace
 
-void keepMediaFromForeignFrames(WebKitUserContentManager* manager, const platform::Url& service) {
+void keepMediaFromForeignFrames(WebKitUserContentManager* manager, const Url& service) {
     addGuardScript(manager, {.source = onlyIn(service, withholdingScript)});
     addGuardScript(manager, {.source = exceptIn(service, pinningScript)});
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/Url.h"
+#include "base/Url.h"
 
 #include <webkit/webkit.h>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Takes microphone, camera and screen from frames of other origins than the service's, also where
 /// the page that holds one says allow="microphone". The engine asks the same question for a frame
@@ -19,6 +19,6 @@ namespace kelo::desktop {
 /// Not covered by the first: an allow="microphone" within a closed shadow that is declared in
 /// markup, which no script can see. There the second stands alone, and a frame that takes the
 /// method from a window that is still empty gets round it.
-void keepMediaFromForeignFrames(WebKitUserContentManager* manager, const platform::Url& service);
+void keepMediaFromForeignFrames(WebKitUserContentManager* manager, const Url& service);
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

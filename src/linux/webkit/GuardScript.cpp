@@ -1,9 +1,9 @@
 #include "linux/webkit/GuardScript.h"
 
-#include "linux/glib/GObjectPointer.h"
-#include "platform/Invariant.h"
+#include "base/Invariant.h"
+#include "linux/gobject/GObjectPointer.h"
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 namespace {
 
@@ -31,26 +31,26 @@ void addGuardScript(WebKitUserContentManager* manager, const GuardScript& script
     webkit_user_script_unref(native);
 }
 
-std::string originText(const platform::Url& url) {
+std::string originText(const Url& url) {
     WebKitSecurityOrigin* const native =
         webkit_security_origin_new_for_uri(url.absoluteString().c_str());
-    const GText text(webkit_security_origin_to_string(native));
+    const gobject::GText text(webkit_security_origin_to_string(native));
     webkit_security_origin_unref(native);
     if (!text)
-        platform::invariantBroken("the service has an origin");
+        invariantBroken("the service has an origin");
     return text.get();
 }
 
-std::string onlyIn(const platform::Url& origin, const std::string& source) {
+std::string onlyIn(const Url& origin, const std::string& source) {
     return "if (self.origin === '" + originText(origin) + "') {" + source + "}";
 }
 
-std::string exceptIn(const platform::Url& origin, const std::string& source) {
+std::string exceptIn(const Url& origin, const std::string& source) {
     return "if (self.origin !== '" + originText(origin) + "') {" + source + "}";
 }
 
-std::string pagesOfHost(const platform::Url& url) {
+std::string pagesOfHost(const Url& url) {
     return url.scheme() + "://" + url.host() + "/*";
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

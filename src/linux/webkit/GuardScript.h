@@ -1,13 +1,13 @@
 #pragma once
 
-#include "platform/Url.h"
+#include "base/Url.h"
 
 #include <webkit/webkit.h>
 
 #include <string>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// The script world of our own: same documents, but globals that code of pages cannot reach.
 inline constexpr const char* ownScriptWorld = "kelo";
@@ -27,12 +27,12 @@ void addGuardScript(WebKitUserContentManager* manager, const GuardScript& script
 
 /// The script, made to do nothing outside documents of the origin. It has to run at document start:
 /// later a page may have given self.origin another value.
-std::string onlyIn(const platform::Url& origin, const std::string& source);
+std::string onlyIn(const Url& origin, const std::string& source);
 /// The opposite. A sandboxed document is of no origin but its own.
-std::string exceptIn(const platform::Url& origin, const std::string& source);
+std::string exceptIn(const Url& origin, const std::string& source);
 
 /// The pattern that all addresses of the URL's scheme and host match; the engine's patterns know no
 /// ports (one with a port matches nothing). Addresses of about:, data: and blob: never match.
-std::string pagesOfHost(const platform::Url& url);
+std::string pagesOfHost(const Url& url);
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

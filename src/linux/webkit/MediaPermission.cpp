@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 using platform::MediaCaptureType;
 using platform::PermissionDecision;
@@ -49,7 +49,7 @@ struct MediaPermission::Page {
 class MediaPermission::Decision {
 public:
     Decision(WebKitUserMediaPermissionRequest* request, std::weak_ptr<const Page> page)
-        : request(GObjectPointer<WebKitUserMediaPermissionRequest>::share(request)),
+        : request(gobject::GObjectPointer<WebKitUserMediaPermissionRequest>::share(request)),
           page(std::move(page)) {}
     ~Decision() { take(PermissionDecision::deny); }
     Decision(const Decision&) = delete;
@@ -71,12 +71,12 @@ public:
     }
 
 private:
-    GObjectPointer<WebKitUserMediaPermissionRequest> request;
+    gobject::GObjectPointer<WebKitUserMediaPermissionRequest> request;
     std::weak_ptr<const Page> page;
 };
 
 MediaPermission::MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native,
-                                 const platform::Url& service)
+                                 const Url& service)
     : view(view), native(native), service(service), page(std::make_shared<Page>()) {}
 
 void MediaPermission::setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
@@ -115,4 +115,4 @@ WebKitPermissionState MediaPermission::stateFor(WebKitPermissionStateQuery* quer
     return askable ? WEBKIT_PERMISSION_STATE_PROMPT : WEBKIT_PERMISSION_STATE_DENIED;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>
 
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Whether the page of a view may use the microphone and the camera. The delegate decides, and is
 /// asked in the name of the page that is shown, since the engine does not tell which frame asks;
@@ -22,8 +22,7 @@ class MediaPermission {
 public:
     /// The view outlives this. Its pages do not find navigator.mediaDevices until there is a
     /// delegate, from the next page on.
-    MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native,
-                    const platform::Url& service);
+    MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native, const Url& service);
 
     void setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate);
 
@@ -44,10 +43,10 @@ private:
 
     platform::EmbeddedWebView& view;
     WebKitWebView* native;
-    platform::Url service;
+    Url service;
     std::weak_ptr<platform::UserInterfaceDelegate> delegate;
     bool framesGuarded = false;
     std::shared_ptr<Page> page;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,15 +1,13 @@
 #include "linux/webkit/NavigationPolicy.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/webkit/NoticePage.h"
 
 #include <array>
 #include <string>
 #include <string_view>
 
-namespace kelo::desktop {
-
-using platform::Url;
+namespace kelo::webkit {
 
 namespace {
 
@@ -46,7 +44,7 @@ bool isAttachment(WebKitURIResponse* response) {
     GHashTable* parameters = nullptr;
     if (!soup_message_headers_get_content_disposition(headers, &disposition, &parameters))
         return false;
-    const GText owned(disposition);
+    const gobject::GText owned(disposition);
     g_hash_table_unref(parameters);
     return owned && g_ascii_strcasecmp(owned.get(), "attachment") == 0;
 }
@@ -117,4 +115,4 @@ bool NavigationPolicy::decideResponse(WebKitPolicyDecision* decision,
     return true;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

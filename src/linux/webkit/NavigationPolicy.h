@@ -1,21 +1,20 @@
 #pragma once
 
+#include "base/Url.h"
 #include "linux/webkit/ExternalLinks.h"
-#include "platform/Url.h"
 
 #include <webkit/webkit.h>
 
 #include <functional>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Where a link leads: into the view, into a new window (there are none: into the view or to the
 /// browser), to another program, into the downloads folder, or nowhere.
 class NavigationPolicy {
 public:
     /// tryAgain is called when the user asks a notice for another attempt.
-    NavigationPolicy(platform::Url service, ExternalOpener openExternally,
-                     std::function<void()> tryAgain);
+    NavigationPolicy(Url service, ExternalOpener openExternally, std::function<void()> tryAgain);
 
     /// Takes the decision; false leaves it to the engine.
     bool decide(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
@@ -26,9 +25,9 @@ private:
                          WebKitNavigationAction* action);
     bool decideResponse(WebKitPolicyDecision* decision, WebKitResponsePolicyDecision* response);
 
-    platform::Url service;
+    Url service;
     ExternalOpener openExternally;
     std::function<void()> tryAgain;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

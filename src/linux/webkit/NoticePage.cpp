@@ -1,13 +1,14 @@
 #include "linux/webkit/NoticePage.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 namespace {
 
 std::string escaped(const std::string& text) {
-    const GText result(g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size())));
+    const gobject::GText result(
+        g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size())));
     return result.get();
 }
 
@@ -37,4 +38,4 @@ std::string noticePage(const std::string& heading, const std::string& sentence) 
            tryAgainAddress + "\">Try again</a></main></body></html>";
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

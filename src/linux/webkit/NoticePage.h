@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/Url.h"
+#include "base/Url.h"
 
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// What the "Try again" link of a notice leads to. Nothing is there: the view takes the click.
 inline constexpr const char* tryAgainAddress = "kelo:try-again";
@@ -13,4 +13,4 @@ inline constexpr const char* tryAgainAddress = "kelo:try-again";
 /// Takes plain texts. Holds no script and loads nothing.
 std::string noticePage(const std::string& heading, const std::string& sentence);
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

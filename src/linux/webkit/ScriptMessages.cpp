@@ -1,13 +1,13 @@
 #include "linux/webkit/ScriptMessages.h"
 
+#include "base/Invariant.h"
 #include "linux/webkit/GuardScript.h"
-#include "platform/Invariant.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 using platform::ScriptMessage;
 using platform::ScriptMessageHandler;
@@ -90,9 +90,9 @@ struct ScriptMessages::Channel {
 };
 
 ScriptMessages::ScriptMessages(platform::EmbeddedWebView& view, WebKitUserContentManager* manager,
-                               const platform::Url& service,
+                               const Url& service,
                                const std::vector<ScriptMessageRegistration>& registrations)
-    : view(view), manager(GObjectPointer<WebKitUserContentManager>::share(manager)) {
+    : view(view), manager(gobject::GObjectPointer<WebKitUserContentManager>::share(manager)) {
     for (const auto& registration : registrations)
         open(registration, service);
 }
@@ -102,10 +102,9 @@ ScriptMessages::~ScriptMessages() {
         g_signal_handlers_disconnect_by_data(manager.get(), channel.get());
 }
 
-void ScriptMessages::open(const ScriptMessageRegistration& registration,
-                          const platform::Url& service) {
+void ScriptMessages::open(const ScriptMessageRegistration& registration, const Url& service) {
     if (!isHandlerName(registration.name))
-        platform::invariantBroken("a script message handler is named with letters and digits");
+        invariantBroken("a script message handler is named with letters and digits");
     channels.push_back(std::make_unique<Channel>(view, registration.handler, registration.name));
     // The documented order: nothing that is posted from here on is missed.
     const std::string signal = "script-message-received::" + registration.name;
@@ -125,4 +124,4 @@ void ScriptMessages::open(const ScriptMessageRegistration& registration,
     addGuardScript(manager.get(), script);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

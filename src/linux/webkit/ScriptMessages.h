@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>
@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// The handlers that pages find below window.webkit.messageHandlers. Only a page of the service, in
 /// the main frame, finds any; messages of one page arrive in the order they were posted.
@@ -23,7 +23,7 @@ class ScriptMessages {
 public:
     /// The view outlives this.
     ScriptMessages(platform::EmbeddedWebView& view, WebKitUserContentManager* manager,
-                   const platform::Url& service,
+                   const Url& service,
                    const std::vector<platform::ScriptMessageRegistration>& registrations);
     ~ScriptMessages();
     ScriptMessages(const ScriptMessages&) = delete;
@@ -32,12 +32,11 @@ public:
 private:
     struct Channel;
 
-    void open(const platform::ScriptMessageRegistration& registration,
-              const platform::Url& service);
+    void open(const platform::ScriptMessageRegistration& registration, const Url& service);
 
     platform::EmbeddedWebView& view;
-    GObjectPointer<WebKitUserContentManager> manager;
+    gobject::GObjectPointer<WebKitUserContentManager> manager;
     std::vector<std::unique_ptr<Channel>> channels;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

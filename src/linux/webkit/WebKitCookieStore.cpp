@@ -1,26 +1,25 @@
 #include "linux/webkit/WebKitCookieStore.h"
 
-#include "linux/glib/AsyncResult.h"
+#include "linux/gobject/AsyncResult.h"
 #include "linux/http/SoupCookieConversion.h"
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 using platform::HttpCookie;
-using platform::Task;
 
 namespace {
 
-using Manager = GObjectPointer<WebKitCookieManager>;
+using Manager = gobject::GObjectPointer<WebKitCookieManager>;
 
 Task<void> add(Manager manager, HttpCookie cookie) {
-    const SoupCookiePointer converted = toSoupCookie(cookie);
+    const http::SoupCookiePointer converted = http::toSoupCookie(cookie);
     const auto start = [&manager, &converted](GAsyncReadyCallback ready, gpointer data) {
         webkit_cookie_manager_add_cookie(manager.get(), converted.get(), nullptr, ready, data);
     };
-    const auto result = co_await asyncResult(start);
+    const auto result = co_await gobject::asyncResult(start);
     GError* error = nullptr;
     webkit_cookie_manager_add_cookie_finish(manager.get(), result.get(), &error);
-    if (const GErrorPointer failure(error); failure)
+    if (const gobject::GErrorPointer failure(error); failure)
         g_warning("The web view did not take the cookie %s: %s", cookie.name.c_str(),
                   failure->message);
 }
@@ -29,16 +28,16 @@ Task<std::vector<HttpCookie>> all(Manager manager) {
     const auto start = [&manager](GAsyncReadyCallback ready, gpointer data) {
         webkit_cookie_manager_get_all_cookies(manager.get(), nullptr, ready, data);
     };
-    const auto result = co_await asyncResult(start);
+    const auto result = co_await gobject::asyncResult(start);
     GError* error = nullptr;
     GList* const list =
         webkit_cookie_manager_get_all_cookies_finish(manager.get(), result.get(), &error);
-    if (const GErrorPointer failure(error); failure)
+    if (const gobject::GErrorPointer failure(error); failure)
         g_warning("The web view's cookies could not be read: %s", failure->message);
     std::vector<HttpCookie> cookies;
     for (GList* link = list; link; link = link->next) {
-        const SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
-        cookies.push_back(fromSoupCookie(cookie.get()));
+        const http::SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
+        cookies.push_back(http::fromSoupCookie(cookie.get()));
     }
     g_list_free(list);
     co_return cookies;
@@ -57,4 +56,4 @@ Task<std::vector<HttpCookie>> WebKitCookieStore::getAllCookies() {
     return all(manager);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,22 +1,22 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "platform/CookieStore.h"
 
 #include <webkit/webkit.h>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// The cookies of a network session, as its web views see them.
 class WebKitCookieStore final : public platform::CookieStore {
 public:
     explicit WebKitCookieStore(WebKitNetworkSession* session);
 
-    platform::Task<void> setCookie(platform::HttpCookie cookie) override;
-    platform::Task<std::vector<platform::HttpCookie>> getAllCookies() override;
+    Task<void> setCookie(platform::HttpCookie cookie) override;
+    Task<std::vector<platform::HttpCookie>> getAllCookies() override;
 
 private:
-    GObjectPointer<WebKitCookieManager> manager;
+    gobject::GObjectPointer<WebKitCookieManager> manager;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

@@ -1,15 +1,14 @@
 #include "linux/webkit/WebKitEmbeddedView.h"
 
+#include "base/Invariant.h"
 #include "linux/http/TransportErrors.h"
 #include "linux/webkit/NoticePage.h"
-#include "platform/Invariant.h"
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 using platform::InjectionTime;
-using platform::Url;
 using platform::UrlRequest;
 using platform::UserScript;
 using platform::WebViewConfiguration;
@@ -29,22 +28,22 @@ void addScript(WebKitUserContentManager* manager, const UserScript& script) {
     webkit_user_script_unref(native);
 }
 
-GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
-                                             platform::Rectangle frame,
-                                             const WebViewConfiguration& configuration) {
+gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
+                                                      platform::Rectangle frame,
+                                                      const WebViewConfiguration& configuration) {
     const auto content =
-        GObjectPointer<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
+        gobject::GObjectPointer<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
     for (const UserScript& script : configuration.userScripts)
         addScript(content.get(), script);
 
-    const auto settings = GObjectPointer<WebKitSettings>::adopt(webkit_settings_new());
+    const auto settings = gobject::GObjectPointer<WebKitSettings>::adopt(webkit_settings_new());
     // The page's own script, not ours: this leaves user scripts alone.
     webkit_settings_set_enable_javascript_markup(settings.get(),
                                                  configuration.allowsContentJavaScript);
     // Until there is somebody to decide: see MediaPermission.
     webkit_settings_set_enable_media_stream(settings.get(), FALSE);
 
-    auto view = GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(
+    auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(
         g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager",
                      content.get(), "settings", settings.get(), nullptr)));
     gtk_widget_set_hexpand(GTK_WIDGET(view.get()), TRUE);
@@ -74,7 +73,7 @@ bool isLostByTheEngine(const GError& error) {
 
 } // namespace
 
-WebKitEmbeddedView::WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
+WebKitEmbeddedView::WebKitEmbeddedView(gobject::GObjectPointer<WebKitNetworkSession> session,
                                        std::shared_ptr<CertificateProbe> probe,
                                        const WebKitSessionSettings& settings,
                                        platform::Rectangle frame,
@@ -139,8 +138,8 @@ void WebKitEmbeddedView::connectSignals() {
 
 void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
-        platform::invariantBroken("a web view is asked for pages with GET and no body");
-    const auto native = GObjectPointer<WebKitURIRequest>::adopt(
+        invariantBroken("a web view is asked for pages with GET and no body");
+    const auto native = gobject::GObjectPointer<WebKitURIRequest>::adopt(
         webkit_uri_request_new(request.url.absoluteString().c_str()));
     SoupMessageHeaders* const headers = webkit_uri_request_get_http_headers(native.get());
     for (const auto& [name, value] : request.headers)
@@ -153,10 +152,10 @@ void WebKitEmbeddedView::load(UrlRequest request) {
     probe->start(request.url);
 }
 
-void WebKitEmbeddedView::startLoad(const GObjectPointer<WebKitURIRequest>& request) {
+void WebKitEmbeddedView::startLoad(const gobject::GObjectPointer<WebKitURIRequest>& request) {
     noticeAnnounced = false;
     mediaPermission.navigationStarted();
-    unheardRequest = pageShown ? request : GObjectPointer<WebKitURIRequest>();
+    unheardRequest = pageShown ? request : gobject::GObjectPointer<WebKitURIRequest>();
     webkit_web_view_load_request(view.get(), request.get());
 }
 
@@ -231,7 +230,8 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     }
     const std::optional<Url> url = Url::parse(address);
     const std::string sentence =
-        url ? transportError(error, TransferPhase::beforeReply, *url).localizedDescription()
+        url ? http::transportError(error, http::TransferPhase::beforeReply, *url)
+                  .localizedDescription()
             : "The address cannot be shown here.";
     showNotice("This page did not load", sentence, address);
     return true;
@@ -255,10 +255,10 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
     const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
     g_warning("The certificate of %s was refused (%#x)", url->host().c_str(),
               static_cast<unsigned>(systemProblems));
-    showNotice(
-        "This page is not secure",
-        certificateError(ourAuthority ? problems : systemProblems, *url).localizedDescription(),
-        address);
+    showNotice("This page is not secure",
+               http::certificateError(ourAuthority ? problems : systemProblems, *url)
+                   .localizedDescription(),
+               address);
     return true;
 }
 
@@ -303,4 +303,4 @@ void WebKitEmbeddedView::tryAgain() {
         webkit_web_view_load_uri(view.get(), failedAddress.c_str());
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

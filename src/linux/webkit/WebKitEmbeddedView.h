@@ -1,12 +1,12 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
-#include "linux/glib/HostedWidget.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/webkit/MediaPermission.h"
 #include "linux/webkit/NavigationPolicy.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/WebKitCookieStore.h"
 #include "linux/webkit/WebKitSession.h"
+#include "linux/window/HostedWidget.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>
@@ -14,14 +14,14 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// EmbeddedWebView on WebKitGTK. The page may use the microphone and the camera if the user
 /// interface delegate says so, and neither the location nor anything else that needs a permission.
 /// A load that fails shows a page of ours with the reason.
-class WebKitEmbeddedView final : public platform::EmbeddedWebView, public HostedWidget {
+class WebKitEmbeddedView final : public platform::EmbeddedWebView, public window::HostedWidget {
 public:
-    WebKitEmbeddedView(GObjectPointer<WebKitNetworkSession> session,
+    WebKitEmbeddedView(gobject::GObjectPointer<WebKitNetworkSession> session,
                        std::shared_ptr<CertificateProbe> probe,
                        const WebKitSessionSettings& settings, platform::Rectangle frame,
                        const platform::WebViewConfiguration& configuration);
@@ -31,7 +31,7 @@ public:
 
     /// GET only, and the engine's own time-out: it offers no other.
     void load(platform::UrlRequest request) override;
-    std::optional<platform::Url> url() const override;
+    std::optional<Url> url() const override;
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override;
     void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override;
     void setAllowsBackForwardNavigationGestures(bool allowed) override;
@@ -53,17 +53,17 @@ private:
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
                             GTlsCertificateFlags problems);
     void processEnded(WebKitWebProcessTerminationReason reason);
-    void startLoad(const GObjectPointer<WebKitURIRequest>& request);
+    void startLoad(const gobject::GObjectPointer<WebKitURIRequest>& request);
     void responsivenessChanged();
     void permissionRequested(WebKitPermissionRequest* request);
     void showNotice(const std::string& heading, const std::string& sentence,
                     const std::string& address);
     void tryAgain();
 
-    GObjectPointer<WebKitNetworkSession> session;
+    gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<CertificateProbe> probe;
-    std::shared_ptr<const TrustedAuthority> authority;
-    GObjectPointer<WebKitWebView> view;
+    std::shared_ptr<const http::TrustedAuthority> authority;
+    gobject::GObjectPointer<WebKitWebView> view;
     WebKitCookieStore cookies;
     NavigationPolicy policy;
     ScriptMessages messages;
@@ -75,7 +75,7 @@ private:
     /// A page is there, so the process that shows it has answered before.
     bool pageShown = false;
     /// What was asked of that process, until it has begun with it.
-    GObjectPointer<WebKitURIRequest> unheardRequest;
+    gobject::GObjectPointer<WebKitURIRequest> unheardRequest;
     /// A certificate was let through for the load that is on its way.
     bool certificateTried = false;
     /// How often that load was repeated because the engine lost it, through no fault of the
@@ -83,4 +83,4 @@ private:
     int lossesForgiven = 0;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

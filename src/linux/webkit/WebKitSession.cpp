@@ -1,18 +1,18 @@
 #include "linux/webkit/WebKitSession.h"
 
+#include "base/Invariant.h"
 #include "deployment/Deployment.h"
 #include "linux/webkit/Downloads.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
-#include "platform/Invariant.h"
 
 #include <glib/gstdio.h>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 namespace {
 
 std::string inFolder(const char* base, const char* name) {
-    const GText path(g_build_filename(base, name, nullptr));
+    const gobject::GText path(g_build_filename(base, name, nullptr));
     return path.get();
 }
 
@@ -23,10 +23,10 @@ void makePrivateFolder(const std::string& path) {
                   g_strerror(errno));
 }
 
-platform::Url compiledInService() {
-    if (const auto url = platform::Url::parse(deployment::serviceOrigin))
+Url compiledInService() {
+    if (const auto url = Url::parse(deployment::serviceOrigin))
         return *url;
-    platform::invariantBroken("the compiled-in service origin is a URL");
+    invariantBroken("the compiled-in service origin is a URL");
 }
 
 } // namespace
@@ -34,13 +34,13 @@ platform::Url compiledInService() {
 WebKitSessionSettings WebKitSessionSettings::standard() {
     const std::string data = inFolder(g_get_user_data_dir(), "kelo");
     return {inFolder(data.c_str(), "web"), inFolder(g_get_user_cache_dir(), "kelo"),
-            TrustedAuthority::compiledIn(), compiledInService(), openWithDefaultProgram};
+            http::TrustedAuthority::compiledIn(), compiledInService(), openWithDefaultProgram};
 }
 
 WebKitSession::WebKitSession(WebKitSessionSettings given) : settings(std::move(given)) {
     makePrivateFolder(settings.dataFolder);
     makePrivateFolder(settings.cacheFolder);
-    session = GObjectPointer<WebKitNetworkSession>::adopt(
+    session = gobject::GObjectPointer<WebKitNetworkSession>::adopt(
         webkit_network_session_new(settings.dataFolder.c_str(), settings.cacheFolder.c_str()));
     // Before the first load, or nothing is kept.
     webkit_cookie_manager_set_persistent_storage(
@@ -60,4 +60,4 @@ WebKitSession::makeWebView(platform::Rectangle frame,
     return std::make_shared<WebKitEmbeddedView>(session, probe, settings, frame, configuration);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

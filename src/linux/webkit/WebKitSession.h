@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/ExternalLinks.h"
@@ -11,14 +11,14 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::webkit {
 
 /// Where the web views keep what, whom they trust, and whom they show.
 struct WebKitSessionSettings {
     std::string dataFolder;
     std::string cacheFolder;
-    std::shared_ptr<const TrustedAuthority> authority;
-    platform::Url service;
+    std::shared_ptr<const http::TrustedAuthority> authority;
+    Url service;
     ExternalOpener openExternally;
 
     /// $XDG_DATA_HOME/kelo/web, $XDG_CACHE_HOME/kelo, the compiled-in authority and service.
@@ -44,8 +44,8 @@ public:
 
 private:
     WebKitSessionSettings settings;
-    GObjectPointer<WebKitNetworkSession> session;
+    gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<CertificateProbe> probe;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::webkit

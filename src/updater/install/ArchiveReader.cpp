@@ -126,8 +126,8 @@ private:
     }
 
     /// The folder of that path, made where it is missing.
-    FileDescriptor openInside(std::span<const std::string> path) const {
-        FileDescriptor current(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+    posix::FileDescriptor openInside(std::span<const std::string> path) const {
+        posix::FileDescriptor current(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
         for (const auto& name : path) {
             current = makeFolder(current.get(), name);
             if (!current)
@@ -136,7 +136,7 @@ private:
         return current;
     }
 
-    FileDescriptor openParent(const std::vector<std::string>& path) const {
+    posix::FileDescriptor openParent(const std::vector<std::string>& path) const {
         return openInside(std::span(path).first(path.size() - 1));
     }
 
@@ -148,10 +148,10 @@ private:
     }
 
     void writeFile(const std::vector<std::string>& path, mode_t permissions) {
-        const FileDescriptor parent = openParent(path);
-        const FileDescriptor file(::openat(parent.get(), path.back().c_str(),
-                                           O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                           0600));
+        const posix::FileDescriptor parent = openParent(path);
+        const posix::FileDescriptor file(
+            ::openat(parent.get(), path.back().c_str(),
+                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!file)
             failOf(path.back());
         const std::uint64_t length = writeContent(file.get());
@@ -201,8 +201,8 @@ private:
         const auto from = archivePath(other);
         if (!from || from->size() < 2 || from->front() != top)
             throw unfitArchive(std::string("hard link to ") + other);
-        const FileDescriptor source = openParent(*from);
-        const FileDescriptor parent = openParent(path);
+        const posix::FileDescriptor source = openParent(*from);
+        const posix::FileDescriptor parent = openParent(path);
         // Without AT_SYMLINK_FOLLOW it never goes through a link.
         if (::linkat(source.get(), from->back().c_str(), parent.get(), path.back().c_str(), 0) != 0)
             throw unfitArchive(std::string("hard link to ") + other);
@@ -211,7 +211,7 @@ private:
     void make(const SymbolicLink& link) const {
         if (!staysInTree(link.path, link.target))
             throw unfitArchive("link to " + link.target);
-        const FileDescriptor parent = openParent(link.path);
+        const posix::FileDescriptor parent = openParent(link.path);
         if (::symlinkat(link.target.c_str(), parent.get(), link.path.back().c_str()) != 0)
             failOf(link.path.back());
     }

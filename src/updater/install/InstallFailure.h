@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/UpdateError.h"
+#include "updater/error/UpdateError.h"
 
 #include <filesystem>
 #include <string>

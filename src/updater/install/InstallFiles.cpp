@@ -51,21 +51,21 @@ bool writeAll(int file, const char* bytes, std::size_t count) {
 
 } // namespace
 
-FileDescriptor openFolder(int parent, const std::string& name) {
-    return FileDescriptor(
+posix::FileDescriptor openFolder(int parent, const std::string& name) {
+    return posix::FileDescriptor(
         ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-FileDescriptor makeFolder(int parent, const std::string& name) {
+posix::FileDescriptor makeFolder(int parent, const std::string& name) {
     if (::mkdirat(parent, name.c_str(), 0755) != 0 && errno != EEXIST)
-        return FileDescriptor();
+        return posix::FileDescriptor();
     return openFolder(parent, name);
 }
 
 std::vector<std::string> namesIn(int folder) {
     std::vector<std::string> names;
     // A descriptor of its own, because closedir() closes it and reading moves its offset.
-    FileDescriptor own(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    posix::FileDescriptor own(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!own)
         return names;
     const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(::dup(own.get())));
@@ -102,7 +102,7 @@ bool isSame(int one, int other) {
 bool removeTree(int parent, const std::string& name) {
     if (::unlinkat(parent, name.c_str(), 0) == 0 || errno == ENOENT)
         return true;
-    const FileDescriptor folder = openFolder(parent, name);
+    const posix::FileDescriptor folder = openFolder(parent, name);
     if (!folder)
         return false;
     bool all = true;
@@ -120,11 +120,12 @@ bool syncFolders(int folder) {
 }
 
 bool copyFile(int from, const std::string& name, int to) {
-    const FileDescriptor source(::openat(from, name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    const posix::FileDescriptor source(
+        ::openat(from, name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!source || ::fstat(source.get(), &status) != 0)
         return false;
-    const FileDescriptor copy(
+    const posix::FileDescriptor copy(
         ::openat(to, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!copy)
         return false;

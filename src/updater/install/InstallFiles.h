@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <string>
 #include <vector>
@@ -10,10 +10,10 @@
 namespace kelo::updater {
 
 /// None when there is no such folder, when it is a link, or when it may not be read.
-FileDescriptor openFolder(int parent, const std::string& name);
+posix::FileDescriptor openFolder(int parent, const std::string& name);
 
 /// Makes the folder (0755) where it is missing. None on failure, with errno.
-FileDescriptor makeFolder(int parent, const std::string& name);
+posix::FileDescriptor makeFolder(int parent, const std::string& name);
 
 /// The names in a folder, sorted, without "." and "..".
 std::vector<std::string> namesIn(int folder);

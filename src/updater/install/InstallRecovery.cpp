@@ -15,8 +15,8 @@ namespace kelo::updater {
 namespace {
 
 struct WorkFolder {
-    FileDescriptor parent;
-    FileDescriptor folder;
+    posix::FileDescriptor parent;
+    posix::FileDescriptor folder;
 
     explicit operator bool() const { return static_cast<bool>(folder); }
 };
@@ -27,9 +27,10 @@ bool isHeld(int folder) {
 
 /// The tree's work folder, if there is one that belongs to this user and that nobody works in.
 WorkFolder takeWorkFolder(const std::filesystem::path& root) {
-    FileDescriptor parent(::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    FileDescriptor folder =
-        parent ? openFolder(parent.get(), workFolderName(root)) : FileDescriptor();
+    posix::FileDescriptor parent(
+        ::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    posix::FileDescriptor folder =
+        parent ? openFolder(parent.get(), workFolderName(root)) : posix::FileDescriptor();
     struct stat status {};
     if (!folder || ::fstat(folder.get(), &status) != 0 || status.st_uid != ::geteuid() ||
         isHeld(folder.get()))

@@ -53,7 +53,7 @@ std::optional<std::string> foreignFile(const fs::path& root) {
         own.insert(line);
     if (own.empty())
         return treeListPath;
-    const FileDescriptor folder(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::FileDescriptor folder(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder)
         return treeListPath;
     // One more file than the list has is a foreign one: no need to look through a whole home.

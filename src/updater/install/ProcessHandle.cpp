@@ -7,8 +7,8 @@ extern "C" {
 
 namespace kelo::updater {
 
-FileDescriptor processHandle(pid_t process) {
-    return FileDescriptor(::pidfd_open(process, 0));
+posix::FileDescriptor processHandle(pid_t process) {
+    return posix::FileDescriptor(::pidfd_open(process, 0));
 }
 
 } // namespace kelo::updater

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <sys/types.h>
 
@@ -8,6 +8,6 @@ namespace kelo::updater {
 
 /// A descriptor of the process that is ready to read once everything of the process is closed. None
 /// where the system has no such thing (an old kernel, a strict sandbox).
-FileDescriptor processHandle(pid_t process);
+posix::FileDescriptor processHandle(pid_t process);
 
 } // namespace kelo::updater

@@ -52,7 +52,7 @@ int waitFor(pid_t process) {
 
 /// False when the time is over first.
 bool endsWithin(pid_t process, std::chrono::milliseconds deadline) {
-    const FileDescriptor handle = processHandle(process);
+    const posix::FileDescriptor handle = processHandle(process);
     pollfd ended{handle.get(), POLLIN, 0};
     // Without the call (an old kernel, a strict sandbox) the process is trusted to end.
     return !handle || ::poll(&ended, 1, static_cast<int>(deadline.count())) > 0;

@@ -22,14 +22,14 @@ constexpr int lastStandardStream = 2;
 /// Ready to read when this process has ended. A process handle says so when everything of the
 /// process is closed; where there is none, the far end of a pipe is closed at about that time.
 struct EndOfThisProcess {
-    FileDescriptor readable;
-    FileDescriptor held; ///< to stay open in this process, and in no other
+    posix::FileDescriptor readable;
+    posix::FileDescriptor held; ///< to stay open in this process, and in no other
 
     EndOfThisProcess() : readable(processHandle(::getpid())) {
         int ends[2];
         if (!readable && ::pipe2(ends, O_CLOEXEC) == 0) {
-            readable = FileDescriptor(ends[0]);
-            held = FileDescriptor(ends[1]);
+            readable = posix::FileDescriptor(ends[0]);
+            held = posix::FileDescriptor(ends[1]);
         }
     }
 };

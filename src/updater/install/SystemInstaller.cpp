@@ -50,7 +50,7 @@ bool isVerifiedFile(const VerifiedArchive& archive) {
 
 } // namespace
 
-SystemInstaller::SystemInstaller(InstalledCopy copy, platform::Worker& worker, InstallerHost host)
+SystemInstaller::SystemInstaller(InstalledCopy copy, Worker& worker, InstallerHost host)
     : copy(std::move(copy)), worker(worker), host(std::move(host)) {}
 
 InstallKind SystemInstaller::kind(const AppcastItem& item) const {
@@ -62,7 +62,7 @@ InstallKind SystemInstaller::kind(const AppcastItem& item) const {
     return InstallKind::informationalOnly;
 }
 
-platform::Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
+Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
     const auto shared = std::make_shared<const VerifiedArchive>(std::move(archive));
     package.reset();
     switch (kind(shared->item())) {
@@ -79,21 +79,21 @@ platform::Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
     const auto stage = [staging = tree, shared] {
         staging->stage(shared->descriptor(), shared->item().version);
     };
-    co_await platform::onWorker(worker, stage);
+    co_await onWorker(worker, stage);
 }
 
-platform::Task<void> SystemInstaller::installAndRelaunch() {
+Task<void> SystemInstaller::installAndRelaunch() {
     if (package)
         co_await handToPackageManager();
     else
         co_await exchangeAndRelaunch();
 }
 
-platform::Task<void> SystemInstaller::exchangeAndRelaunch() {
+Task<void> SystemInstaller::exchangeAndRelaunch() {
     if (!tree)
         throw unfitArchive("nothing was prepared");
     const auto install = [installing = tree] { installing->install(); };
-    co_await platform::onWorker(worker, install);
+    co_await onWorker(worker, install);
     if (!relaunchAfterThisProcess(tree->program(), host.environment()))
         throw UpdateError(UpdateErrorKind::installing,
                           "The update is in place. Quit Kelo and start it again to use it.",
@@ -101,7 +101,7 @@ platform::Task<void> SystemInstaller::exchangeAndRelaunch() {
     host.terminate();
 }
 
-platform::Task<void> SystemInstaller::handToPackageManager() {
+Task<void> SystemInstaller::handToPackageManager() {
     const auto handed = package;
     if (!isVerifiedFile(*handed))
         throw UpdateError(UpdateErrorKind::installing,
@@ -111,7 +111,7 @@ platform::Task<void> SystemInstaller::handToPackageManager() {
     const auto open = [opener = host.opener, path] {
         return opensFile(opener, path, openerDeadline);
     };
-    const bool opened = co_await platform::onWorker(worker, open);
+    const bool opened = co_await onWorker(worker, open);
     if (!opened)
         throw UpdateError(UpdateErrorKind::installing,
                           "No program was found that installs packages. While Kelo runs, the "

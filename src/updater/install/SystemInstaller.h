@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Worker.h"
-#include "updater/UpdateInstaller.h"
+#include "base/async/Worker.h"
+#include "updater/archive/UpdateInstaller.h"
 #include "updater/install/InstalledCopy.h"
 #include "updater/install/TreeInstaller.h"
 
@@ -30,18 +30,18 @@ struct InstallerHost {
 class SystemInstaller final : public UpdateInstaller {
 public:
     /// The worker and what the host refers to must outlive it.
-    SystemInstaller(InstalledCopy copy, platform::Worker& worker, InstallerHost host);
+    SystemInstaller(InstalledCopy copy, Worker& worker, InstallerHost host);
 
     InstallKind kind(const AppcastItem& item) const override;
-    platform::Task<void> prepare(VerifiedArchive archive) override;
-    platform::Task<void> installAndRelaunch() override;
+    Task<void> prepare(VerifiedArchive archive) override;
+    Task<void> installAndRelaunch() override;
 
 private:
-    platform::Task<void> exchangeAndRelaunch();
-    platform::Task<void> handToPackageManager();
+    Task<void> exchangeAndRelaunch();
+    Task<void> handToPackageManager();
 
     InstalledCopy copy;
-    platform::Worker& worker;
+    Worker& worker;
     InstallerHost host;
     /// Shared with the work that is under way on the worker.
     std::shared_ptr<TreeInstaller> tree;

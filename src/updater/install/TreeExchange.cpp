@@ -77,10 +77,10 @@ private:
     }
 
     bool exchangePrograms() {
-        const FileDescriptor bin = makeFolder(root.get(), programFolder);
-        const FileDescriptor freshBin = openFolder(fresh.get(), programFolder);
-        const FileDescriptor previousBin = makeFolder(previous.get(), programFolder);
-        const FileDescriptor addedBin = makeFolder(added.get(), programFolder);
+        const posix::FileDescriptor bin = makeFolder(root.get(), programFolder);
+        const posix::FileDescriptor freshBin = openFolder(fresh.get(), programFolder);
+        const posix::FileDescriptor previousBin = makeFolder(previous.get(), programFolder);
+        const posix::FileDescriptor addedBin = makeFolder(added.get(), programFolder);
         if (!bin || !freshBin || !previousBin || !addedBin)
             return false;
         auto names = namesInEither(bin.get(), freshBin.get(), program);
@@ -106,7 +106,7 @@ private:
         if (::linkat(bin, name.c_str(), previousBin, name.c_str(), 0) == 0)
             return true;
         removeTree(work, "copying");
-        const FileDescriptor copying = makeFolder(work, "copying");
+        const posix::FileDescriptor copying = makeFolder(work, "copying");
         return copying && copyFile(bin, name, copying.get()) &&
                move(copying.get(), name, previousBin);
     }
@@ -118,15 +118,15 @@ private:
 
     int work;
     const ExchangeCalls& calls;
-    FileDescriptor root;
-    FileDescriptor fresh;
-    FileDescriptor previous;
-    FileDescriptor added;
+    posix::FileDescriptor root;
+    posix::FileDescriptor fresh;
+    posix::FileDescriptor previous;
+    posix::FileDescriptor added;
 };
 
 bool takeBackPieces(int root, int work, int previous, const ExchangeCalls& calls) {
     bool all = true;
-    const FileDescriptor discarded = makeFolder(work, "discarded");
+    const posix::FileDescriptor discarded = makeFolder(work, "discarded");
     for (const auto& name : namesIn(previous)) {
         if (name == programFolder)
             continue;
@@ -138,7 +138,7 @@ bool takeBackPieces(int root, int work, int previous, const ExchangeCalls& calls
         all = move(previous, name, root) && all;
         calls.step();
     }
-    const FileDescriptor added = openFolder(work, "added");
+    const posix::FileDescriptor added = openFolder(work, "added");
     for (const auto& name : added ? namesIn(added.get()) : std::vector<std::string>()) {
         if (name != programFolder)
             all = removeTree(root, name) && all;
@@ -149,8 +149,8 @@ bool takeBackPieces(int root, int work, int previous, const ExchangeCalls& calls
 
 bool takeBackPrograms(int root, int work, int previous, const ExchangeCalls& calls) {
     bool all = true;
-    const FileDescriptor bin = openFolder(root, programFolder);
-    if (const FileDescriptor previousBin = openFolder(previous, programFolder)) {
+    const posix::FileDescriptor bin = openFolder(root, programFolder);
+    if (const posix::FileDescriptor previousBin = openFolder(previous, programFolder)) {
         for (const auto& name : namesIn(previousBin.get())) {
             all = move(previousBin.get(), name, bin.get()) && all;
             // Renaming does nothing where both names are of one file.
@@ -158,9 +158,9 @@ bool takeBackPrograms(int root, int work, int previous, const ExchangeCalls& cal
             calls.step();
         }
     }
-    const FileDescriptor added = openFolder(work, "added");
-    const FileDescriptor addedBin =
-        added ? openFolder(added.get(), programFolder) : FileDescriptor();
+    const posix::FileDescriptor added = openFolder(work, "added");
+    const posix::FileDescriptor addedBin =
+        added ? openFolder(added.get(), programFolder) : posix::FileDescriptor();
     for (const auto& name : addedBin ? namesIn(addedBin.get()) : std::vector<std::string>()) {
         all = removeTree(bin.get(), name) && all;
         calls.step();
@@ -208,14 +208,15 @@ void exchangeTrees(const std::filesystem::path& root, int parent, int work,
 }
 
 bool exchangeWasInterrupted(int work) {
-    const FileDescriptor fresh = openFolder(work, "new");
-    const FileDescriptor bin = fresh ? openFolder(fresh.get(), programFolder) : FileDescriptor();
+    const posix::FileDescriptor fresh = openFolder(work, "new");
+    const posix::FileDescriptor bin =
+        fresh ? openFolder(fresh.get(), programFolder) : posix::FileDescriptor();
     return exists(work, "previous") && bin && exists(bin.get(), program);
 }
 
 bool takeBack(const std::filesystem::path& root, int parent, int work, const ExchangeCalls& calls) {
-    const FileDescriptor tree = openFolder(parent, root.filename());
-    const FileDescriptor previous = openFolder(work, "previous");
+    const posix::FileDescriptor tree = openFolder(parent, root.filename());
+    const posix::FileDescriptor previous = openFolder(work, "previous");
     if (!tree || !previous)
         return false;
     const bool pieces = takeBackPieces(tree.get(), work, previous.get(), calls);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <filesystem>
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "bundle/InformationFile.h"
 #include "bundle/ProgramPlace.h"
-#include "updater/Version.h"
+#include "updater/appcast/Version.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/InstallFiles.h"
 #include "updater/install/InstallRecovery.h"
@@ -47,7 +47,7 @@ void TreeInstaller::stage(int archive, const std::string& version) {
     staged = true;
     try {
         calls.step();
-        const FileDescriptor unpacking = makeFolder(work.get(), "unpacking");
+        const posix::FileDescriptor unpacking = makeFolder(work.get(), "unpacking");
         if (!unpacking)
             throw installFailure(errno, root, "mkdir");
         const std::string top = unpackArchive(archive, unpacking.get(), limits);
@@ -77,7 +77,8 @@ void TreeInstaller::install() {
 }
 
 void TreeInstaller::openPlace() {
-    parent = FileDescriptor(::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    parent = posix::FileDescriptor(
+        ::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parent)
         throw installFailure(errno, root, "open " + root.parent_path().string());
     tree = openFolder(parent.get(), root.filename());
@@ -117,9 +118,9 @@ void TreeInstaller::checkStaged(const std::string& version) const {
 }
 
 void TreeInstaller::checkUnchanged() const {
-    const FileDescriptor parentNow(
+    const posix::FileDescriptor parentNow(
         ::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const FileDescriptor now = openFolder(parentNow.get(), root.filename());
+    const posix::FileDescriptor now = openFolder(parentNow.get(), root.filename());
     if (!now || !isSame(parent.get(), parentNow.get()) || !isSame(tree.get(), now.get()))
         throw folderChanged(root);
     if (const auto file = foreignFile(root))
@@ -130,7 +131,7 @@ void TreeInstaller::discard() noexcept {
     if (staged && work)
         removeTree(parent.get(), workFolderName(root));
     staged = false;
-    work = FileDescriptor();
+    work = posix::FileDescriptor();
 }
 
 } // namespace kelo::updater

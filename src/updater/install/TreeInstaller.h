@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 #include "updater/install/ArchiveReader.h"
 #include "updater/install/TreeExchange.h"
 
@@ -50,9 +50,9 @@ private:
     std::filesystem::path root;
     ExchangeCalls calls;
     ArchiveLimits limits;
-    FileDescriptor parent;
-    FileDescriptor tree; ///< the installed one, as it was when the new one was staged
-    FileDescriptor work; ///< locked, so that another process leaves it alone
+    posix::FileDescriptor parent;
+    posix::FileDescriptor tree; ///< the installed one, as it was when the new one was staged
+    posix::FileDescriptor work; ///< locked, so that another process leaves it alone
     bool staged = false;
     bool installed = false;
 };

@@ -1,9 +1,9 @@
-#include "demo/Authority.h"
+#include "demo/tls/Authority.h"
 #include "DemoProcess.h"
 #include "HttpsClient.h"
 #include "TemporaryDirectory.h"
-#include "demo/AtomicFile.h"
-#include "demo/CertificateMaker.h"
+#include "demo/base/AtomicFile.h"
+#include "demo/tls/CertificateMaker.h"
 
 #include <gtest/gtest.h>
 #include <openssl/x509.h>
@@ -155,7 +155,7 @@ TEST_F(PrivateAuthority, SimultaneousFirstRunsAgree) {
     for (int round = 0; round < 3; ++round) {
         const AuthorityFiles fresh(directory.path / ("round" + std::to_string(round)));
         const auto run = [&] {
-            return desktop::GObjectPointer<GSubprocess>::adopt(
+            return gobject::GObjectPointer<GSubprocess>::adopt(
                 g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, DEMO_SERVICE, "--init",
                                  "--authority", fresh.directory.c_str(), nullptr));
         };

@@ -37,7 +37,7 @@ Response DemoFixture::signInWithPassword(HttpsClient& client, const std::string&
                            {{"csrfToken", token}, {"email", email}, {"password", password}});
 }
 
-platform::Bytes DemoFixture::creationChallenge(HttpsClient& client, fakes::SoftwarePasskey& made) {
+Bytes DemoFixture::creationChallenge(HttpsClient& client, fakes::SoftwarePasskey& made) {
     const auto token = client.get("/api/csrf").json().at("token").get<std::string>();
     const auto options =
         client.post("/api/account/passkey/register/options", "", "", {{"x-csrf-token", token}})
@@ -66,7 +66,7 @@ Response DemoFixture::registerPasskey(HttpsClient& client, fakes::SoftwarePasske
     return postRegistration(client, registrationBody(made.attestation(challenge), passwordOrCode));
 }
 
-platform::Bytes DemoFixture::assertionChallenge(HttpsClient& client) {
+Bytes DemoFixture::assertionChallenge(HttpsClient& client) {
     const auto options = client.post("/api/account/passkey/auth/options").json();
     return fakes::SoftwarePasskey::fromBase64Url(options.at("challenge").get<std::string>());
 }

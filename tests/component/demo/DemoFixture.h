@@ -33,7 +33,7 @@ protected:
                                 const std::string& password = adaPassword);
 
     /// The challenge of fresh creation options, and the account's handle put into the passkey.
-    platform::Bytes creationChallenge(HttpsClient& client, fakes::SoftwarePasskey& passkey);
+    Bytes creationChallenge(HttpsClient& client, fakes::SoftwarePasskey& passkey);
     Response postRegistration(HttpsClient& client, const nlohmann::json& body);
     nlohmann::json registrationBody(const nlohmann::json& attestation,
                                     const std::string& passwordOrCode = adaPassword);
@@ -41,7 +41,7 @@ protected:
     Response registerPasskey(HttpsClient& client, fakes::SoftwarePasskey& passkey,
                              const std::string& passwordOrCode = adaPassword);
 
-    platform::Bytes assertionChallenge(HttpsClient& client);
+    Bytes assertionChallenge(HttpsClient& client);
     std::map<std::string, std::string> callbackForm(HttpsClient& client,
                                                     const nlohmann::json& assertion);
     Response postCallback(HttpsClient& client, const nlohmann::json& assertion);

@@ -8,9 +8,9 @@
 namespace kelo::demo {
 namespace {
 
-using desktop::GErrorPointer;
-using desktop::GObjectPointer;
-using desktop::GText;
+using gobject::GErrorPointer;
+using gobject::GObjectPointer;
+using gobject::GText;
 
 GObjectPointer<GSubprocess> start(const std::vector<std::string>& arguments) {
     std::vector<const char*> line{DEMO_SERVICE};

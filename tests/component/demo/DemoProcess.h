@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <gio/gio.h>
 
@@ -39,8 +39,8 @@ public:
     Outcome stop(int signal);
 
 private:
-    desktop::GObjectPointer<GSubprocess> process;
-    desktop::GObjectPointer<GDataInputStream> output;
+    gobject::GObjectPointer<GSubprocess> process;
+    gobject::GObjectPointer<GDataInputStream> output;
     std::string origin_;
 };
 

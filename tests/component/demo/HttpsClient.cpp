@@ -6,9 +6,9 @@
 namespace kelo::demo {
 namespace {
 
-using desktop::GErrorPointer;
-using desktop::GObjectPointer;
-using desktop::GText;
+using gobject::GErrorPointer;
+using gobject::GObjectPointer;
+using gobject::GText;
 
 struct BytesRelease {
     void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <libsoup/soup.h>
 #include <nlohmann/json.hpp>
@@ -49,7 +49,7 @@ public:
 private:
     void keepCookies(const Response& response);
 
-    desktop::GObjectPointer<SoupSession> session;
+    gobject::GObjectPointer<SoupSession> session;
 };
 
 } // namespace kelo::demo

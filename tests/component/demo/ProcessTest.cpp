@@ -21,11 +21,11 @@ protected:
     }
 
     static bool connects(const char* address, const std::string& port) {
-        const auto client = desktop::GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
-        const auto target = desktop::GObjectPointer<GSocketAddress>::adopt(
+        const auto client = gobject::GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
+        const auto target = gobject::GObjectPointer<GSocketAddress>::adopt(
             g_inet_socket_address_new_from_string(address, static_cast<guint>(std::stoi(port))));
         const auto connection =
-            desktop::GObjectPointer<GSocketConnection>::adopt(g_socket_client_connect(
+            gobject::GObjectPointer<GSocketConnection>::adopt(g_socket_client_connect(
                 client.get(), G_SOCKET_CONNECTABLE(target.get()), nullptr, nullptr));
         return static_cast<bool>(connection);
     }

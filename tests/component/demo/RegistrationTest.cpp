@@ -266,11 +266,11 @@ TEST_F(Registration, MalformedAttestationObjectIsRefused) {
     const auto good = passkey->attestationObject();
     auto trailing = good;
     trailing.push_back(0);
-    const platform::Bytes truncated(good.begin(), good.begin() + 100);
+    const Bytes truncated(good.begin(), good.begin() + 100);
     auto largerMap = good;
     largerMap[0] = 0xa4;
-    const platform::Bytes hugeMap{0xbb, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
-    for (const auto& bad : {trailing, truncated, largerMap, hugeMap, platform::Bytes{}}) {
+    const Bytes hugeMap{0xbb, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
+    for (const auto& bad : {trailing, truncated, largerMap, hugeMap, Bytes{}}) {
         const auto challenge = creationChallenge(*browser, *passkey);
         auto attestation = passkey->attestation(challenge);
         attestation["response"]["attestationObject"] = passkey->base64Url(bad);

@@ -1,12 +1,12 @@
-#include "demo/AttemptLimiter.h"
-#include "demo/Base64Url.h"
-#include "demo/ChallengeTable.h"
-#include "demo/ClientData.h"
-#include "demo/FormData.h"
-#include "demo/OneTimeCode.h"
-#include "demo/PasswordHash.h"
-#include "demo/SessionTable.h"
-#include "demo/Template.h"
+#include "demo/accounts/AttemptLimiter.h"
+#include "demo/accounts/OneTimeCode.h"
+#include "demo/accounts/PasswordHash.h"
+#include "demo/accounts/SessionTable.h"
+#include "demo/base/Base64Url.h"
+#include "demo/http/FormData.h"
+#include "demo/http/Template.h"
+#include "demo/passkeys/ChallengeTable.h"
+#include "demo/passkeys/ClientData.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +16,6 @@ namespace kelo::demo {
 namespace {
 
 using namespace std::chrono_literals;
-using platform::Bytes;
-using platform::bytesOf;
 
 const ChallengeTable::Time start{1000s};
 

@@ -70,7 +70,7 @@ TEST_F(PasskeySignIn, ChallengeOfARefusedAssertionIsUsedUp) {
 }
 
 TEST_F(PasskeySignIn, InventedChallengeIsRefused) {
-    expectRefused(postCallback(*browser, passkey->assertion(platform::Bytes(32, 7))),
+    expectRefused(postCallback(*browser, passkey->assertion(Bytes(32, 7))),
                   "The challenge is unknown, used or expired");
 }
 

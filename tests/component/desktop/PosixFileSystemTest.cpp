@@ -14,7 +14,6 @@ namespace kelo::desktop {
 namespace {
 
 namespace fs = std::filesystem;
-using platform::bytesOf;
 
 struct PosixFileSystemTest : testing::Test {
     PosixFileSystemTest() {

@@ -1,19 +1,23 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/GtkAlertPresenter.h"
+#include "linux/gtk/dialogs/GtkAlertPresenter.h"
+#include "linux/gtk/kit/ModalWindow.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
+#include <gtkmm/label.h>
 #include <gtkmm/passwordentry.h>
+#include <gtkmm/stylecontext.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace kelo::tests {
 namespace {
 
 using Outcome = std::shared_ptr<std::optional<platform::AlertOutcome>>;
 
-platform::Task<void> present(platform::AlertPresenter& presenter, platform::Alert alert,
-                             Outcome outcome) {
+Task<void> present(platform::AlertPresenter& presenter, platform::Alert alert, Outcome outcome) {
     *outcome = co_await presenter.runModal(std::move(alert));
 }
 
@@ -38,7 +42,7 @@ class AlertDialog : public testing::Test {
 protected:
     Outcome start(platform::Alert alert) {
         auto outcome = std::make_shared<std::optional<platform::AlertOutcome>>();
-        platform::spawn(present(presenter, std::move(alert), outcome));
+        spawn(present(presenter, std::move(alert), outcome));
         return outcome;
     }
     Gtk::Window& dialog(const std::string& title) {
@@ -51,7 +55,7 @@ protected:
     }
 
     RunningProgram program;
-    desktop::GtkAlertPresenter presenter{program.host};
+    gtk::GtkAlertPresenter presenter{program.host};
 };
 
 TEST_F(AlertDialog, SaysWhatTheAlertSays) {
@@ -69,11 +73,138 @@ TEST_F(AlertDialog, SaysWhatTheAlertSays) {
         EXPECT_EQ(fields.front()->property_placeholder_text().get_value(),
                   "Wachtwoord of MFA-code");
         EXPECT_TRUE(isNamed(*fields.front(), "Wachtwoord of MFA-code"));
-        EXPECT_EQ(program.boxOf(*fields.front()).width, 240);
         // The one that goes ahead at the end of the line, as this desktop has it.
         EXPECT_LT(program.boxOf(*buttonNamed(window, "Annuleer")).x,
                   program.boxOf(*buttonNamed(window, "Registreer")).x);
         EXPECT_EQ(window.get_default_widget(), buttonNamed(window, "Registreer"));
+    });
+}
+
+TEST_F(AlertDialog, FieldHasTheSizeThatTheAlertAsksForAndItsTextFits) {
+    program.run([&] {
+        for (const auto& [width, height] : {std::pair{240, 24}, {300, 40}}) {
+            auto alert = registrationPrompt();
+            alert.accessoryView->width = width;
+            alert.accessoryView->height = height;
+            start(alert);
+            auto& window = dialog("Bevestig registratie");
+            auto* field = visibleIn<Gtk::PasswordEntry>(window).at(0);
+            const int scale = field->get_scale_factor();
+            EXPECT_EQ(program.boxOf(*field).width, width * scale);
+            EXPECT_EQ(program.boxOf(*field).height, height * scale);
+            for (auto* part : visibleIn<Gtk::Widget>(*field)) {
+                int minimum = 0;
+                int natural = 0;
+                int unused = 0;
+                part->measure(Gtk::Orientation::VERTICAL, -1, minimum, natural, unused, unused);
+                EXPECT_LE(minimum, height);
+            }
+            const auto content = program.boxOf(*window.get_child());
+            const auto box = program.boxOf(*field);
+            EXPECT_LE(std::abs(2 * (box.x - content.x) + box.width - content.width), 1)
+                << "in the middle";
+            dropSpawnedTasks();
+            RunningProgram::settle();
+        }
+    });
+}
+
+TEST_F(AlertDialog, FieldThatIsNotTheFirstResponderLeavesTheKeyboardToTheFirstButton) {
+    program.run([&] {
+        auto alert = registrationPrompt();
+        alert.accessoryIsInitialFirstResponder = false;
+        start(alert);
+        auto& window = dialog("Bevestig registratie");
+        EXPECT_TRUE(buttonNamed(window, "Registreer")->has_focus());
+    });
+}
+
+TEST_F(AlertDialog, FirstButtonAloneIsProminent) {
+    program.run([&] {
+        start(registrationPrompt());
+        auto& window = dialog("Bevestig registratie");
+        const auto ground = [&](const char* name) {
+            const auto box = program.boxOf(*buttonNamed(window, name));
+            return program.screen.colorAt(box.x + 8, box.y + box.height / 2);
+        };
+        Gdk::RGBA accent;
+        ASSERT_TRUE(window.get_style_context()->lookup_color("theme_selected_bg_color", accent));
+        const auto difference = [&](Color color) {
+            return std::abs(color.red - 255 * accent.get_red()) +
+                   std::abs(color.green - 255 * accent.get_green()) +
+                   std::abs(color.blue - 255 * accent.get_blue());
+        };
+        EXPECT_LT(difference(ground("Registreer")), 60);
+        EXPECT_GT(difference(ground("Annuleer")), 120);
+        EXPECT_LE(std::abs(program.boxOf(*buttonNamed(window, "Registreer")).width -
+                           program.boxOf(*buttonNamed(window, "Annuleer")).width),
+                  1);
+    });
+}
+
+TEST_F(AlertDialog, ScreenReaderAnnouncesWhatItSays) {
+    program.run([&] {
+        start(registrationPrompt());
+        auto* native = GTK_ACCESSIBLE(dialog("Bevestig registratie").gobj());
+        EXPECT_TRUE(gtk_test_accessible_has_role(native, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG));
+        char* different = gtk_test_accessible_check_property(
+            native, GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
+            "Vul je wachtwoord óf een MFA-code in om deze passkey te registreren.");
+        EXPECT_EQ(different, nullptr) << different;
+        g_free(different);
+    });
+}
+
+TEST_F(AlertDialog, WithoutATextItHasNoLineForIt) {
+    program.run([&] {
+        platform::Alert alert;
+        alert.informativeText = "Only this.";
+        const auto first = start(alert);
+        RunningProgram::until("a dialog", [&] { return program.windowsOnScreen().size() == 2; });
+        auto* window = gtk::ModalWindow::topmost();
+        ASSERT_NE(window, nullptr);
+        program.untilActive(*window);
+        EXPECT_EQ(window->get_title(), "Kelo");
+        EXPECT_EQ(textsIn(*window), (std::vector<std::string>{"Only this.", "OK"}));
+        program.screen.press(GDK_KEY_Return);
+        untilEnded(first);
+
+        alert = {};
+        alert.messageText = "Only that";
+        start(alert);
+        EXPECT_EQ(textsIn(dialog("Only that")), (std::vector<std::string>{"Only that", "OK"}));
+    });
+}
+
+TEST_F(AlertDialog, LongTextsWrapInTheMiddle) {
+    program.run([&] {
+        auto alert = result("Passkey");
+        for (int word = 0; word < 40; ++word)
+            alert.informativeText += " certificate";
+        alert.informativeText += std::string(100, 'x');
+        start(alert);
+        auto& window = dialog("Passkey");
+        EXPECT_LT(window.get_width(), 500);
+        for (auto* label : visibleIn<Gtk::Label>(*window.get_child()))
+            if (label->get_text().raw() == alert.informativeText) {
+                EXPECT_GT(label->get_layout()->get_line_count(), 10);
+                EXPECT_EQ(label->get_justify(), Gtk::Justification::CENTER);
+                EXPECT_FALSE(label->get_layout()->is_ellipsized());
+            }
+    });
+}
+
+TEST_F(AlertDialog, MessageStandsOutFromTheText) {
+    program.run([&] {
+        start(registrationPrompt());
+        auto& window = dialog("Bevestig registratie");
+        const auto labels = visibleIn<Gtk::Label>(*window.get_child());
+        ASSERT_GE(labels.size(), 2U);
+        const auto font = [](Gtk::Label& label) {
+            return label.get_layout()->get_context()->get_font_description();
+        };
+        EXPECT_GT(font(*labels[0]).get_size(), font(*labels[1]).get_size());
+        EXPECT_GT(font(*labels[0]).get_weight(), font(*labels[1]).get_weight());
     });
 }
 
@@ -186,7 +317,7 @@ TEST_F(AlertDialog, GoesWhenItsTaskIsDropped) {
         start(registrationPrompt());
         dialog("Bevestig registratie");
         program.screen.type("secret");
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         RunningProgram::settle();
         EXPECT_EQ(Gtk::Window::list_toplevels().size(), 1U);
     });
@@ -199,7 +330,7 @@ TEST_F(AlertDialog, ProgramMayEndWhileItIsUp) {
         program.host.terminate();
     });
     EXPECT_EQ(program.status, 0);
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_TRUE(Gtk::Window::list_toplevels().empty());
 }
 

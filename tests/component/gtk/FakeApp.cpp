@@ -12,9 +12,7 @@ std::vector<platform::ProgramAction> FakeApp::actions() {
 
 platform::SceneGraph FakeApp::body() {
     events.push_back("body");
-    const auto observed = [this] {
-        return std::vector<std::shared_ptr<platform::ObservableObject>>{state};
-    };
+    const auto observed = [this] { return std::vector<std::shared_ptr<ObservableObject>>{state}; };
     platform::WindowGroup main;
     main.identifier = "main";
     main.content = {[this] { return content(); }, observed};
@@ -22,12 +20,9 @@ platform::SceneGraph FakeApp::body() {
     main.defaultSize = {1100, 760};
     main.commands.push_back({"Account", {[this] { return accountMenu(); }, observed}});
 
-    platform::MenuBarExtra extra{"Kelo", "brain", {[] { return platform::Menu{}; }}};
+    platform::MenuBarExtra extra{"Kelo", "brain", {[this] { return trayMenu(); }, observed}};
 
-    platform::SettingsDescription settings;
-    settings.rows = {{"Version", "1.4.2 (57)"}, {"Backend", "assistant.example.com"}};
-    settings.size = {360, 140};
-    return {main, extra, platform::SettingsScene{{[settings] { return settings; }}}};
+    return {main, extra, platform::SettingsScene{{[this] { return settings(); }, observed}}};
 }
 
 int FakeApp::count(const std::string& event) const {
@@ -63,6 +58,8 @@ platform::WebContentDescription FakeApp::content() {
     overlay.padding = 16;
     overlay.cornerRadius = 12;
     overlay.bottomPadding = 28;
+    if (adjustOverlay)
+        adjustOverlay(overlay);
     description.overlay = overlay;
     return description;
 }
@@ -73,6 +70,15 @@ platform::Menu FakeApp::accountMenu() {
     item.enabled = !state->registering.get();
     item.action = [this] { events.push_back("register"); };
     return {item};
+}
+
+platform::Menu FakeApp::trayMenu() {
+    return {platform::MenuItem{state->version.get(), true, [this] { events.push_back("version"); }},
+            platform::SettingsLink{"Settings…"}};
+}
+
+platform::SettingsDescription FakeApp::settings() {
+    return {{{"Version", state->version.get()}, {"Backend", "assistant.example.com"}}, {360, 140}};
 }
 
 } // namespace kelo::tests

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/HostedWidget.h"
+#include "linux/window/HostedWidget.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <gtkmm/drawingarea.h>
@@ -10,13 +10,13 @@
 namespace kelo::tests {
 
 /// A page of one colour that takes the keyboard and counts its clicks.
-class FakePage final : public platform::EmbeddedWebView, public desktop::HostedWidget {
+class FakePage final : public platform::EmbeddedWebView, public window::HostedWidget {
 public:
     FakePage();
 
     GtkWidget* widget() override { return GTK_WIDGET(area.gobj()); }
     void load(platform::UrlRequest) override {}
-    std::optional<platform::Url> url() const override { return std::nullopt; }
+    std::optional<Url> url() const override { return std::nullopt; }
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate>) override {}
     void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate>) override {}
     void setAllowsBackForwardNavigationGestures(bool) override {}

@@ -1,9 +1,9 @@
 // Shows every window of the desktop side, one after the other, and keeps a picture of each.
 //   with-display with-window-manager openbox gallery FOLDER
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/GtkAlertPresenter.h"
-#include "linux/gtk/GtkPasskeySheet.h"
-#include "linux/gtk/GtkUserDriver.h"
+#include "linux/gtk/dialogs/GtkAlertPresenter.h"
+#include "linux/gtk/dialogs/GtkPasskeySheet.h"
+#include "linux/gtk/update/GtkUserDriver.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/settings.h>
@@ -65,18 +65,17 @@ private:
         program.screen.save(prefix + name + ".png");
     }
 
-    static platform::Task<void> showAlert(desktop::GtkAlertPresenter& presenter,
-                                          platform::Alert alert) {
+    static Task<void> showAlert(gtk::GtkAlertPresenter& presenter, platform::Alert alert) {
         co_await presenter.runModal(std::move(alert));
     }
 
     void alert(platform::Alert alert, const std::string& name) {
         const std::string title = alert.messageText;
-        platform::spawn(showAlert(presenter, std::move(alert)));
+        spawn(showAlert(presenter, std::move(alert)));
         auto& dialog = program.window(title);
         program.untilActive(dialog);
         keep(dialog, name);
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
     }
 
     void alerts() {
@@ -96,20 +95,20 @@ private:
         alert(result, "result-long");
     }
 
-    static platform::Task<void> converse(authenticator::PasskeySheet& sheet,
-                                         authenticator::ConsentRequest request, bool echo) {
+    static Task<void> converse(authenticator::PasskeySheet& sheet,
+                               authenticator::ConsentRequest request, bool echo) {
         co_await sheet.confirm(std::move(request));
         authenticator::VerificationPrompt prompt{"Password: ", echo};
         co_await sheet.ask(std::move(prompt));
     }
 
     void sheets() {
-        desktop::GtkPasskeySheetFactory factory;
+        gtk::GtkPasskeySheetFactory factory;
         auto sheet = factory.makeSheet(program.host.windows().front());
         authenticator::ConsentRequest request;
         request.relyingPartyIdentifier = "assistant.example.com";
         request.accountNames = {"demo@example.com"};
-        platform::spawn(converse(*sheet, request, false));
+        spawn(converse(*sheet, request, false));
         auto& signIn = program.window("Sign in with a passkey?");
         program.untilActive(signIn);
         keep(signIn, "sheet-sign-in");
@@ -130,27 +129,27 @@ private:
 
         sheet = factory.makeSheet(program.host.windows().front());
         request.ceremony = authenticator::Ceremony::registration;
-        platform::spawn(converse(*sheet, request, true));
+        spawn(converse(*sheet, request, true));
         auto& create = program.window("Create a passkey?");
         program.untilActive(create);
         keep(create, "sheet-create");
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         sheet.reset();
 
         sheet = factory.makeSheet(program.host.windows().front());
         request.ceremony = authenticator::Ceremony::signIn;
         request.accountNames = {"demo@example.com", "someone.else@example.com",
                                 "a.very.long.account.name.that.does.not.fit@subdomain.example.com"};
-        platform::spawn(converse(*sheet, request, false));
+        spawn(converse(*sheet, request, false));
         auto& choose = program.window("Sign in with a passkey?");
         program.untilActive(choose);
         program.screen.press(GDK_KEY_Down);
         keep(choose, "sheet-accounts");
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
     }
 
     template <typename T>
-    static platform::Task<void> wait(platform::Task<T> answer) {
+    static Task<void> wait(Task<T> answer) {
         co_await answer;
     }
 
@@ -162,11 +161,11 @@ private:
 
     void updates() {
         using updater::ParagraphKind;
-        desktop::GtkUserDriver driver;
+        gtk::GtkUserDriver driver;
         driver.showChecking([] {});
         keepUpdate("checking");
         updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
-        platform::spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
+        spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
         keepUpdate("offer-without-notes");
         offer.releaseNotes = {
             {ParagraphKind::heading, {{"What is new"}}},
@@ -176,10 +175,10 @@ private:
              {{"Start it with "}, {"kelo --widget", false, false, true}, {"."}}},
             {ParagraphKind::body,
              {{"Thank you to everyone who wrote in, and "}, {"please go on", false, true}, {"."}}}};
-        platform::spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
+        spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
         keepUpdate("offer");
         offer.critical = true;
-        platform::spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
+        spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
         keepUpdate("offer-critical");
         driver.showDownload({5300000, 17800000}, [] {});
         keepUpdate("download");
@@ -187,24 +186,24 @@ private:
         keepUpdate("download-unknown");
         driver.showPreparing();
         keepUpdate("preparing");
-        platform::spawn(wait(driver.showReadyToRelaunch(offer)));
+        spawn(wait(driver.showReadyToRelaunch(offer)));
         keepUpdate("ready");
-        platform::spawn(wait(driver.askForAutomaticChecks("Kelo")));
+        spawn(wait(driver.askForAutomaticChecks("Kelo")));
         keepUpdate("automatic");
-        platform::spawn(wait(
+        spawn(wait(
             driver.showMessage("You are up to date", "Kelo 1.1 is the newest version there is.")));
         keepUpdate("up-to-date");
-        platform::spawn(wait(driver.showFailure("The update was not installed because its "
-                                                "signature does not match. Try again later, or "
-                                                "get it from where you got Kelo.")));
+        spawn(wait(driver.showFailure("The update was not installed because its "
+                                      "signature does not match. Try again later, or "
+                                      "get it from where you got Kelo.")));
         keepUpdate("failure");
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
     }
 
     std::string folder;
     std::string prefix;
     RunningProgram program;
-    desktop::GtkAlertPresenter presenter{program.host};
+    gtk::GtkAlertPresenter presenter{program.host};
 };
 
 } // namespace

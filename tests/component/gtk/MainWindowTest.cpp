@@ -1,10 +1,9 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/WindowHandle.h"
+#include "linux/gtk/kit/WindowHandle.h"
+#include "testing/screen/OtherProgram.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace kelo::tests {
 namespace {
@@ -157,8 +156,8 @@ TEST(MainWindow, IsTheKeyWindowAndGoneFromTheListOnceClosed) {
         EXPECT_EQ(program.host.keyWindow(), nullptr);
         EXPECT_TRUE(program.host.windows().empty());
         RunningProgram::settle();
-        EXPECT_EQ(desktop::WindowHandle::resolve(windows.front()), nullptr);
-        EXPECT_NE(desktop::WindowHandle::resolve(program.host.makePlainWindow()), nullptr);
+        EXPECT_EQ(gtk::WindowHandle::resolve(windows.front()), nullptr);
+        EXPECT_NE(gtk::WindowHandle::resolve(program.host.makePlainWindow()), nullptr);
     });
 }
 
@@ -186,27 +185,26 @@ TEST(MainWindow, ClosedItIsNotDrawnAnyMore) {
     });
 }
 
-TEST(SettingsWindow, ShowsItsRowsAndOpensOnce) {
+TEST(MainWindow, ActivatedTheProgramComesInFrontOfOthers) {
     RunningProgram program;
     program.run([&] {
-        program.screen.press(GDK_KEY_comma, {GDK_KEY_Control_L});
-        auto& settings = program.window("Settings");
-        program.untilActive(settings);
-        const std::vector<std::string> expected{"Settings", "Version", "1.4.2 (57)", "Backend",
-                                                "assistant.example.com"};
-        auto texts = textsIn(settings);
-        std::sort(texts.begin(), texts.end());
-        auto sorted = expected;
-        std::sort(sorted.begin(), sorted.end());
-        EXPECT_EQ(texts, sorted);
-        EXPECT_EQ(settings.get_child()->get_width(), 360);
-        EXPECT_EQ(settings.get_child()->get_height(), 140);
-        program.host.openSettings();
+        auto& window = program.window("Kelo");
+        const screen::OtherProgram other({{40, 40}, 300, 200});
+        RunningProgram::until("the other program has the keyboard",
+                              [&] { return other.hasKeyboard() && !window.is_active(); });
+        program.host.activate();
+        program.untilActive(window);
+        EXPECT_FALSE(other.hasKeyboard());
+    });
+}
+
+TEST(MainWindow, ActivatedWithoutAWindowTheProgramOpensNone) {
+    RunningProgram program;
+    program.run([&] {
+        program.window("Kelo").close();
+        program.host.activate();
         RunningProgram::settle();
-        EXPECT_EQ(program.windowsOnScreen().size(), 2U);
-        program.screen.press(GDK_KEY_w, {GDK_KEY_Control_L});
-        RunningProgram::until("the settings are closed",
-                              [&] { return program.windowsOnScreen().size() == 1; });
+        EXPECT_TRUE(program.windowsOnScreen().empty());
     });
 }
 

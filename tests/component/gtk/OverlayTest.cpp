@@ -1,37 +1,15 @@
-#include "component/gtk/RunningProgram.h"
+#include "component/gtk/OverlayFixture.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/label.h>
-#include <gtkmm/settings.h>
-#include <gtkmm/stylecontext.h>
 
 #include <cmath>
 
 namespace kelo::tests {
 namespace {
 
-constexpr Color pageColor{255, 0, 255};
-
-class Overlay : public testing::Test {
-protected:
-    void whileOnLogin(const std::function<void()>& body) {
-        program.run([&] {
-            program.app.state->onLogin = true;
-            draw();
-            body();
-        });
-    }
-    void draw() {
-        RunningProgram::settle();
-        program.untilDrawn(main());
-    }
-    Gtk::Window& main() { return program.window("Kelo"); }
-    Gtk::Widget* panel() { return withClass(main(), "kelo-overlay"); }
-    Gtk::Button* signIn() { return buttonNamed(main(), "Sign in with passkey"); }
-
-    RunningProgram program;
-};
+using Overlay = OverlayFixture;
 
 TEST_F(Overlay, IsThereOnlyWhileTheDescriptionHasIt) {
     program.run([&] {
@@ -206,43 +184,6 @@ TEST_F(Overlay, LongErrorWrapsAndKeepsItsDistanceFromTheEdge) {
         const auto box = program.boxOf(*panel());
         EXPECT_LT(box.width, 600);
         EXPECT_EQ(page.y + page.height - (box.y + box.height), 28);
-    });
-}
-
-double luminance(double red, double green, double blue) {
-    const auto linear = [](double value) {
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue);
-}
-
-double contrast(double one, double other) {
-    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
-}
-
-TEST_F(Overlay, ErrorIsReadableInBothSchemesOverAnyPage) {
-    whileOnLogin([&] {
-        program.app.state->error = "Cancelled.";
-        for (const bool dark : {false, true}) {
-            Gtk::Settings::get_default()->property_gtk_application_prefer_dark_theme() = dark;
-            draw();
-            const auto red = withClass(main(), "kelo-red")->get_style_context()->get_color();
-            Gdk::RGBA ground;
-            ASSERT_TRUE(panel()->get_style_context()->lookup_color("theme_bg_color", ground));
-            constexpr double opacity = 0.93;
-            const double text = luminance(red.get_red(), red.get_green(), red.get_blue());
-            for (const double page : {0.0, 1.0}) {
-                const auto through = [page](double value) {
-                    return opacity * value + (1 - opacity) * page;
-                };
-                EXPECT_GE(
-                    contrast(text, luminance(through(ground.get_red()), through(ground.get_green()),
-                                             through(ground.get_blue()))),
-                    4.5)
-                    << (dark ? "dark" : "light") << " scheme over a page of " << page;
-            }
-        }
-        Gtk::Settings::get_default()->reset_property("gtk-application-prefer-dark-theme");
     });
 }
 

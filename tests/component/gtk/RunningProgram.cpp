@@ -19,13 +19,13 @@ constexpr std::chrono::seconds deadline{20};
 RunningProgram::RunningProgram() = default;
 
 RunningProgram::~RunningProgram() {
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
 }
 
 void RunningProgram::run(std::function<void()> body) {
     mainLoop.post([this, body = std::move(body)] {
         inBody(body);
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         host.terminate();
     });
     status = host.run(app);

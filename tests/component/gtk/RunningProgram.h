@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/async/Spawn.h"
 #include "component/gtk/FakeApp.h"
 #include "component/gtk/Screen.h"
-#include "linux/glib/GLibMainLoop.h"
-#include "linux/gtk/GtkApplicationHost.h"
-#include "platform/Spawn.h"
+#include "linux/gobject/GLibMainLoop.h"
+#include "linux/gtk/application/GtkApplicationHost.h"
 
 #include <gtkmm/button.h>
 #include <gtkmm/window.h>
@@ -55,10 +55,10 @@ public:
 
     bool inBody(const std::function<void()>& body);
 
-    desktop::GLibMainLoop mainLoop;
-    platform::MainLoop::Installation installation{mainLoop};
+    gobject::GLibMainLoop mainLoop;
+    MainLoop::Installation installation{mainLoop};
     FakeApp app;
-    desktop::GtkApplicationHost host;
+    gtk::GtkApplicationHost host;
     Screen screen;
     int status = -1;
 };

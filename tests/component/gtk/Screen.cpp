@@ -1,10 +1,21 @@
 #include "component/gtk/Screen.h"
 
-#include "screen/Picture.h"
+#include "testing/screen/Picture.h"
 
 #include <gdk/x11/gdkx.h>
 
+#include <X11/Xutil.h>
+
 namespace kelo::tests {
+
+namespace {
+
+Color asColor(std::uint32_t value) {
+    return {static_cast<int>(value >> 16), static_cast<int>(value >> 8 & 0xff),
+            static_cast<int>(value & 0xff)};
+}
+
+} // namespace
 
 void Screen::press(unsigned key, const std::vector<screen::KeySymbol>& modifiers) {
     keyboard.press(key, modifiers);
@@ -40,14 +51,32 @@ void Screen::letGo(unsigned button, unsigned modifier) {
 }
 
 Color Screen::colorAt(int x, int y) {
-    const std::uint32_t color = screen::colorAt(connection, x, y);
-    return {static_cast<int>(color >> 16), static_cast<int>(color >> 8 & 0xff),
-            static_cast<int>(color & 0xff)};
+    return asColor(screen::colorAt(connection, x, y));
+}
+
+std::vector<Color> Screen::colorsIn(int x, int y, int width, int height) {
+    const screen::Picture picture(connection, x, y, width, height);
+    std::vector<Color> colors;
+    for (int row = 0; row < height; ++row)
+        for (int column = 0; column < width; ++column)
+            colors.push_back(asColor(picture.color(column, row)));
+    return colors;
 }
 
 std::pair<int, int> Screen::origin(GdkSurface* surface) {
     const auto corner = windows.describe(gdk_x11_surface_get_xid(surface)).origin;
     return {corner.x, corner.y};
+}
+
+Screen::SizeLimits Screen::sizeLimits(GdkSurface* surface) {
+    const auto hints = windows.numbers(gdk_x11_surface_get_xid(surface), "WM_NORMAL_HINTS");
+    if (hints.size() < 9)
+        return {};
+    // Flags, four numbers that are out of use, then the limits, of which the flags say which hold.
+    const auto limit = [&hints](long flag, std::size_t at) {
+        return hints[0] & static_cast<unsigned long>(flag) ? static_cast<int>(hints[at]) : 0;
+    };
+    return {limit(PMinSize, 5), limit(PMinSize, 6), limit(PMaxSize, 7), limit(PMaxSize, 8)};
 }
 
 std::vector<int> Screen::iconSizes(GdkSurface* surface) {

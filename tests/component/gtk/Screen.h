@@ -1,9 +1,9 @@
 #pragma once
 
-#include "screen/Keyboard.h"
-#include "screen/Pointer.h"
-#include "screen/Windows.h"
-#include "screen/XConnection.h"
+#include "testing/screen/Keyboard.h"
+#include "testing/screen/Pointer.h"
+#include "testing/screen/Windows.h"
+#include "testing/screen/XConnection.h"
 
 #include <gdk/gdk.h>
 
@@ -35,6 +35,8 @@ public:
     void letGo(unsigned button, unsigned modifier);
 
     Color colorAt(int x, int y);
+    /// Of every pixel in the area, line by line.
+    std::vector<Color> colorsIn(int x, int y, int width, int height);
     int width() const { return connection.width(); }
     int height() const { return connection.height(); }
     /// Writes what is on the screen to a PNG file.
@@ -42,6 +44,15 @@ public:
 
     /// Where the surface's upper left corner is on the screen.
     std::pair<int, int> origin(GdkSurface* surface);
+
+    /// What window managers know about how far the surface may be resized.
+    struct SizeLimits {
+        int minimumWidth = 0;
+        int minimumHeight = 0;
+        int maximumWidth = 0; ///< 0: as far as anybody likes, as the height
+        int maximumHeight = 0;
+    };
+    SizeLimits sizeLimits(GdkSurface* surface);
 
     /// Widths of the pictures that window managers find on the surface as its icon.
     std::vector<int> iconSizes(GdkSurface* surface);

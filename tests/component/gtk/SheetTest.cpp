@@ -1,5 +1,5 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/GtkPasskeySheet.h"
+#include "linux/gtk/dialogs/GtkPasskeySheet.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
@@ -20,14 +20,13 @@ constexpr const char* registrationTitle = "Create a passkey?";
 template <typename T>
 using Result = std::shared_ptr<std::optional<std::optional<T>>>;
 
-platform::Task<void> confirm(authenticator::PasskeySheet& sheet,
-                             authenticator::ConsentRequest request, Result<std::size_t> result) {
+Task<void> confirm(authenticator::PasskeySheet& sheet, authenticator::ConsentRequest request,
+                   Result<std::size_t> result) {
     *result = co_await sheet.confirm(std::move(request));
 }
 
-platform::Task<void> ask(authenticator::PasskeySheet& sheet,
-                         authenticator::VerificationPrompt prompt,
-                         Result<platform::SecretText> result) {
+Task<void> ask(authenticator::PasskeySheet& sheet, authenticator::VerificationPrompt prompt,
+               Result<SecretText> result) {
     *result = co_await sheet.ask(std::move(prompt));
 }
 
@@ -46,13 +45,13 @@ protected:
         request.relyingPartyIdentifier = "assistant.example.com";
         request.accountNames = std::move(accounts);
         auto result = std::make_shared<std::optional<std::optional<std::size_t>>>();
-        platform::spawn(confirm(*sheet, std::move(request), result));
+        spawn(confirm(*sheet, std::move(request), result));
         return result;
     }
-    Result<platform::SecretText> startQuestion(std::string text, bool echo = false) {
-        auto result = std::make_shared<std::optional<std::optional<platform::SecretText>>>();
+    Result<SecretText> startQuestion(std::string text, bool echo = false) {
+        auto result = std::make_shared<std::optional<std::optional<SecretText>>>();
         authenticator::VerificationPrompt prompt{std::move(text), echo};
-        platform::spawn(ask(*sheet, std::move(prompt), result));
+        spawn(ask(*sheet, std::move(prompt), result));
         return result;
     }
     Gtk::Window& window() {
@@ -87,7 +86,7 @@ protected:
     bool isGone() { return program.windowsOnScreen().size() == 1; }
 
     RunningProgram program;
-    desktop::GtkPasskeySheetFactory factory;
+    gtk::GtkPasskeySheetFactory factory;
     authenticator::Ceremony ceremony = authenticator::Ceremony::signIn;
     std::unique_ptr<authenticator::PasskeySheet> sheet;
 };
@@ -268,7 +267,7 @@ TEST_F(PasskeySheet, MayBeDestroyedByItsOwnCancellation) {
         bool ran = false;
         sheet->onCancel([&] {
             ran = true;
-            platform::dropSpawnedTasks();
+            dropSpawnedTasks();
             sheet.reset();
         });
         window();
@@ -288,7 +287,7 @@ TEST_F(PasskeySheet, MayBeDestroyedWhileItAsks) {
         RunningProgram::settle();
         EXPECT_TRUE(isGone());
         EXPECT_FALSE(answer->has_value());
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
     });
 }
 
@@ -312,7 +311,7 @@ TEST_F(PasskeySheet, TaskMayBeDroppedAndAnotherStarted) {
         RunningProgram::until("it was typed", [&] {
             return visibleIn<Gtk::PasswordEntry>(window()).front()->get_text().raw() == "old";
         });
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         const auto answer = startQuestion("PIN: ");
         RunningProgram::until("the other question", [&] { return says("PIN: "); });
         untilFocusIsIn<Gtk::PasswordEntry>();

@@ -2,8 +2,8 @@
 // and of a start without a session bus. Prints what the system was asked for; ends when its window
 // has appeared or it has waved.
 #include "component/gtk/FakeApp.h"
-#include "linux/glib/GLibMainLoop.h"
-#include "linux/gtk/GtkApplicationHost.h"
+#include "linux/gobject/GLibMainLoop.h"
+#include "linux/gtk/application/GtkApplicationHost.h"
 
 #include <iostream>
 
@@ -39,9 +39,9 @@ private:
 } // namespace
 
 int main(int count, char** words) {
-    kelo::desktop::GLibMainLoop loop;
-    kelo::platform::MainLoop::Installation installation(loop);
-    kelo::desktop::GtkApplicationHost host(
+    kelo::gobject::GLibMainLoop loop;
+    kelo::MainLoop::Installation installation(loop);
+    kelo::gtk::GtkApplicationHost host(
         {words, words + count}, {{"weather", "Say what it is like", [] { return "fine\n"; }}});
     EndingApp app(host);
     return host.run(app);

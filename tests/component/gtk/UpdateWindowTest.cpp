@@ -1,5 +1,5 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/GtkUserDriver.h"
+#include "linux/gtk/update/GtkUserDriver.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
@@ -23,18 +23,18 @@ template <typename T>
 using Result = std::shared_ptr<std::optional<T>>;
 
 template <typename T>
-platform::Task<void> follow(platform::Task<T> task, Result<T> result) {
+Task<void> follow(Task<T> task, Result<T> result) {
     *result = co_await task;
 }
 
 template <typename T>
-Result<T> start(platform::Task<T> task) {
+Result<T> start(Task<T> task) {
     auto result = std::make_shared<std::optional<T>>();
-    platform::spawn(follow(std::move(task), result));
+    spawn(follow(std::move(task), result));
     return result;
 }
 
-platform::Task<bool> thenTrue(platform::Task<void> task) {
+Task<bool> thenTrue(Task<void> task) {
     co_await task;
     co_return true;
 }
@@ -43,7 +43,7 @@ class UpdateWindows : public testing::Test {
 protected:
     void run(const std::function<void()>& body) {
         program.run([&] {
-            driver = std::make_unique<desktop::GtkUserDriver>();
+            driver = std::make_unique<gtk::GtkUserDriver>();
             body();
             driver.reset();
         });
@@ -76,7 +76,7 @@ protected:
     }
 
     RunningProgram program;
-    std::unique_ptr<desktop::GtkUserDriver> driver;
+    std::unique_ptr<gtk::GtkUserDriver> driver;
     updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
 };
 

@@ -2,20 +2,17 @@
 
 namespace kelo::test {
 
-using platform::PlatformErrorKind;
-using platform::textOf;
-
 /// A server with the given certificate is refused with this sentence and never sees a request.
 class Certificate : public HttpFixture {
 protected:
     void expectRefused(const Identity& shown, const std::string& sentence,
                        std::string_view host = "localhost") {
         const MisbehavingServer peer(shown, MisbehavingServer::saying(httpReply("secret")));
-        platform::UrlRequest request{*platform::Url::parse("https://" + std::string(host) + ":" +
-                                                           std::to_string(peer.port()) + "/")};
+        platform::UrlRequest request{
+            *Url::parse("https://" + std::string(host) + ":" + std::to_string(peer.port()) + "/")};
         request.headers = {{"Cookie", "session-token=secret"}};
         const auto error = failureOf(request);
-        EXPECT_EQ(error.kind(), PlatformErrorKind::insecure);
+        EXPECT_EQ(error.kind(), FailureKind::insecure);
         EXPECT_EQ(error.localizedDescription(), sentence);
         EXPECT_TRUE(peer.requests().empty());
     }
@@ -76,22 +73,22 @@ TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
     const MisbehavingServer peer(TestAuthority::selfSigned(),
                                  MisbehavingServer::saying(httpReply("secret")));
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(failureOf({peer.url()}).kind(), PlatformErrorKind::insecure);
+        EXPECT_EQ(failureOf({peer.url()}).kind(), FailureKind::insecure);
     EXPECT_TRUE(peer.requests().empty());
 }
 
 TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
-    Session strict(Session::Cookies::none, std::make_shared<desktop::TrustedAuthority>(""));
+    Session strict(Session::Cookies::none, std::make_shared<http::TrustedAuthority>(""));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), platform::PlatformError);
+    EXPECT_THROW(rig.run(strict.data(peer->url())), Failure);
     EXPECT_TRUE(peer->requests().empty());
 }
 
 TEST_F(Certificate, UnreadableAuthorityTrustsNobody) {
-    Session strict(Session::Cookies::none, std::make_shared<desktop::TrustedAuthority>(
-                                               "-----BEGIN CERTIFICATE-----\nAA\n"));
+    Session strict(Session::Cookies::none,
+                   std::make_shared<http::TrustedAuthority>("-----BEGIN CERTIFICATE-----\nAA\n"));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), platform::PlatformError);
+    EXPECT_THROW(rig.run(strict.data(peer->url())), Failure);
 }
 
 } // namespace kelo::test

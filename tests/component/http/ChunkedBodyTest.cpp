@@ -4,7 +4,7 @@
 
 namespace kelo::test {
 
-using desktop::ChunkedBody;
+using http::ChunkedBody;
 using State = ChunkedBody::State;
 
 namespace {
@@ -17,17 +17,17 @@ struct Taken {
 
 // In one piece and byte by byte must come to the same.
 Taken taken(std::string_view bytes) {
-    platform::Bytes whole;
+    Bytes whole;
     ChunkedBody atOnce;
-    const Taken result{atOnce.take(bytes, whole), platform::textOf(whole)};
+    const Taken result{atOnce.take(bytes, whole), textOf(whole)};
 
-    platform::Bytes slow;
+    Bytes slow;
     ChunkedBody byteByByte;
     State state = State::more;
     for (std::size_t i = 0; i < bytes.size() && state == State::more; ++i)
         state = byteByByte.take(bytes.substr(i, 1), slow);
     EXPECT_EQ(state, result.state) << bytes;
-    EXPECT_EQ(platform::textOf(slow), result.body) << bytes;
+    EXPECT_EQ(textOf(slow), result.body) << bytes;
     return result;
 }
 

@@ -24,7 +24,7 @@ protected:
         });
     }
 
-    std::vector<HttpCookie> cookiesFor(const platform::Url& url) {
+    std::vector<HttpCookie> cookiesFor(const Url& url) {
         return own.cookieStorage()->cookies(url).value();
     }
 
@@ -79,7 +79,7 @@ TEST_F(CookieSession, StoreGivesEveryAttribute) {
 TEST_F(CookieSession, CookiesThatDoNotApplyAreLeftOut) {
     const auto peer = server(settingCookies({"a=1; Path=/api", "b=2; Path=/; Secure"}));
     rig.run(own.data(peer->url("/set")));
-    EXPECT_THAT(cookiesFor(*platform::Url::parse("https://example.org")), IsEmpty());
+    EXPECT_THAT(cookiesFor(*Url::parse("https://example.org")), IsEmpty());
     EXPECT_EQ(cookiesFor(peer->url()).size(), 1u);
 }
 

@@ -2,8 +2,6 @@
 
 namespace kelo::test {
 
-using platform::PlatformErrorKind;
-using platform::textOf;
 using platform::UrlRequest;
 
 using HttpFailure = HttpFixture;
@@ -24,16 +22,16 @@ const std::string cutShort = "The reply from localhost broke off before its end.
 } // namespace
 
 TEST_F(HttpFailure, RefusedConnectionIsNamed) {
-    platform::Url nobody = server(MisbehavingServer::saying(""))->url();
+    Url nobody = server(MisbehavingServer::saying(""))->url();
     const auto error = failureOf({nobody});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
+    EXPECT_EQ(error.kind(), FailureKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(), "Could not connect to localhost: Connection refused.");
     EXPECT_NE(error.cause(), "");
 }
 
 TEST_F(HttpFailure, UnknownHostIsNamed) {
-    const auto error = failureOf({*platform::Url::parse("https://no-such-host.invalid/")});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
+    const auto error = failureOf({*Url::parse("https://no-such-host.invalid/")});
+    EXPECT_EQ(error.kind(), FailureKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(),
               "Could not find no-such-host.invalid. Check the network connection and try again.");
 }
@@ -46,7 +44,7 @@ TEST_F(HttpFailure, ServerThatNeverAnswersTimesOut) {
     UrlRequest request{peer->url()};
     request.timeout = std::chrono::seconds(1);
     const auto error = failureOf(request);
-    EXPECT_EQ(error.kind(), PlatformErrorKind::timedOut);
+    EXPECT_EQ(error.kind(), FailureKind::timedOut);
     EXPECT_EQ(error.localizedDescription(),
               "localhost did not answer within 1 second. Try again later.");
     EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
@@ -63,7 +61,7 @@ TEST_F(HttpFailure, ServerThatDribblesTimesOut) {
     UrlRequest request{peer->url()};
     request.timeout = std::chrono::seconds(2);
     const auto error = failureOf(request);
-    EXPECT_EQ(error.kind(), PlatformErrorKind::timedOut);
+    EXPECT_EQ(error.kind(), FailureKind::timedOut);
     EXPECT_EQ(error.localizedDescription(),
               "localhost did not answer within 2 seconds. Try again later.");
 }
@@ -78,19 +76,18 @@ TEST_F(HttpFailure, RedirectsShareOneDeadline) {
     });
     UrlRequest request{peer->url("/")};
     request.timeout = std::chrono::seconds(1);
-    EXPECT_EQ(failureOf(request).kind(), PlatformErrorKind::timedOut);
+    EXPECT_EQ(failureOf(request).kind(), FailureKind::timedOut);
 }
 
 TEST_F(HttpFailure, DefaultTimeOutIsAMinute) {
-    EXPECT_EQ(UrlRequest{*platform::Url::parse("https://localhost")}.timeout,
-              std::chrono::seconds(60));
+    EXPECT_EQ(UrlRequest{*Url::parse("https://localhost")}.timeout, std::chrono::seconds(60));
 }
 
 TEST_F(HttpFailure, ReplyShorterThanItsContentLengthIsNoReply) {
     const auto peer =
         server(MisbehavingServer::saying("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nshort"));
     const auto error = failureOf({peer->url()});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(), cutShort);
 }
 
@@ -104,20 +101,20 @@ TEST_F(HttpFailure, ChunkedReplyWithoutItsLastChunkIsNoReply) {
     const auto peer = server(MisbehavingServer::saying(
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nshort\r\n"));
     const auto error = failureOf({peer->url()});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(), cutShort);
 }
 
 TEST_F(HttpFailure, ChunkCutInsideIsNoReply) {
     const auto peer = server(MisbehavingServer::saying(
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nff\r\nshort"));
-    EXPECT_EQ(failureOf({peer->url()}).kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
 }
 
 TEST_F(HttpFailure, ChunkSizeThatIsNoNumberIsNoReply) {
     const auto peer = server(MisbehavingServer::saying(
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nshort\r\n0\r\n\r\n"));
-    EXPECT_EQ(failureOf({peer->url()}).kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
 }
 
 TEST_F(HttpFailure, WholeChunkedReplyIsAReply) {
@@ -136,7 +133,7 @@ TEST_F(HttpFailure, ReplyWithoutLengthAndWithoutProperCloseIsNoReply) {
     const auto peer =
         server(breakingOffAfter("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nall of it?"));
     const auto error = failureOf({peer->url()});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(), cutShort);
 }
 
@@ -146,14 +143,14 @@ TEST_F(HttpFailure, ConnectionLostBeforeTheReplyIsNamed) {
         connection.close();
     });
     const auto error = failureOf({peer->url()});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
+    EXPECT_EQ(error.kind(), FailureKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(), "The connection to localhost was lost. Try again.");
 }
 
 TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {
     const auto peer = server(MisbehavingServer::saying("220 mail.example.org ESMTP\r\n\r\n"));
     const auto error = failureOf({peer->url()});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(),
               "localhost sent a reply that Kelo could not read. Try again later.");
 }
@@ -169,7 +166,7 @@ TEST_F(HttpFailure, AnnouncedReplyAboveSixteenMebibytesIsDropped) {
         server(MisbehavingServer::saying("HTTP/1.1 200 OK\r\nContent-Length: " +
                                          std::to_string(16 * 1024 * 1024 + 1) + "\r\n\r\nabc"));
     const auto error = failureOf({peer->url()});
-    EXPECT_EQ(error.kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(),
               "The reply from localhost was longer than 16 MiB and was dropped. Try again later.");
 }
@@ -182,7 +179,7 @@ TEST_F(HttpFailure, EndlessReplyIsDroppedAtSixteenMebibytes) {
         while (connection.write(piece)) {
         }
     });
-    EXPECT_EQ(failureOf({peer->url()}).kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
     EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
 #include "linux/http/SoupHttpSession.h"
-#include "platform/PlatformError.h"
 
 #include <gtest/gtest.h>
 
@@ -17,10 +17,10 @@ namespace kelo::test {
 /// A session that trusts an authority of the test's own, and servers certified by it.
 class HttpFixture : public testing::Test {
 protected:
-    using Session = desktop::SoupHttpSession;
+    using Session = http::SoupHttpSession;
 
-    static std::shared_ptr<const desktop::TrustedAuthority> trusting(const TestAuthority& root) {
-        return std::make_shared<const desktop::TrustedAuthority>(root.pem());
+    static std::shared_ptr<const http::TrustedAuthority> trusting(const TestAuthority& root) {
+        return std::make_shared<const http::TrustedAuthority>(root.pem());
     }
 
     std::unique_ptr<MisbehavingServer> server(MisbehavingServer::Behaviour behaviour) {
@@ -32,17 +32,17 @@ protected:
     }
 
     /// The failure of the request; a test failure of its own when there is none.
-    platform::PlatformError failureOf(platform::UrlRequest request) {
+    Failure failureOf(platform::UrlRequest request) {
         try {
             const auto reply = rig.run(session.data(std::move(request)));
             ADD_FAILURE() << "expected a failure, got " << reply.body.size() << " bytes";
-        } catch (const platform::PlatformError& error) {
+        } catch (const Failure& error) {
             return error;
         }
-        return {platform::PlatformErrorKind::cancelled, "no failure"};
+        return {FailureKind::cancelled, "no failure"};
     }
 
-    static platform::UrlRequest get(platform::Url url) { return {std::move(url)}; }
+    static platform::UrlRequest get(Url url) { return {std::move(url)}; }
 
     LoopRig rig;
     TestAuthority authority;

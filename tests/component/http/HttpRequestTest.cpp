@@ -4,8 +4,6 @@
 
 namespace kelo::test {
 
-using platform::bytesOf;
-using platform::textOf;
 using platform::UrlRequest;
 using testing::ElementsAre;
 
@@ -62,13 +60,13 @@ TEST_F(HttpRequest, LineBreakInHeaderIsRefusedAndNothingIsSent) {
     const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
     UrlRequest request{peer->url()};
     request.headers = {{"x-csrf-token", "abc\r\nX-Evil: yes"}};
-    EXPECT_EQ(failureOf(request).kind(), platform::PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf(request).kind(), FailureKind::badReply);
     EXPECT_EQ(peer->connectionCount(), 0);
 }
 
 TEST_F(HttpRequest, UnencryptedAddressIsRefused) {
-    const auto error = failureOf({*platform::Url::parse("http://localhost:1/")});
-    EXPECT_EQ(error.kind(), platform::PlatformErrorKind::insecure);
+    const auto error = failureOf({*Url::parse("http://localhost:1/")});
+    EXPECT_EQ(error.kind(), FailureKind::insecure);
 }
 
 TEST_F(HttpRequest, EveryStatusIsAReply) {
@@ -91,13 +89,13 @@ TEST_F(HttpRequest, RequestsRunSideBySide) {
     const auto peer = server(MisbehavingServer::answering(
         [](const WireRequest& request) { return httpReply(request.target); }));
     std::vector<std::string> bodies;
-    const auto collect = [](platform::Task<platform::HttpReply> task,
-                            std::vector<std::string>& bodies) -> platform::Task<void> {
+    const auto collect = [](Task<platform::HttpReply> task,
+                            std::vector<std::string>& bodies) -> Task<void> {
         const auto reply = co_await task;
         bodies.push_back(textOf(reply.body));
     };
     for (int i = 0; i < 5; ++i)
-        platform::spawn(collect(session.data(peer->url("/" + std::to_string(i))), bodies));
+        spawn(collect(session.data(peer->url("/" + std::to_string(i))), bodies));
     ASSERT_TRUE(rig.runUntil([&] { return bodies.size() == 5; }));
     EXPECT_THAT(bodies, testing::UnorderedElementsAre("/0", "/1", "/2", "/3", "/4"));
 }
@@ -108,14 +106,13 @@ TEST_F(HttpRequest, DroppingTheTaskEndsTheConnection) {
         connection.waitForPeer();
     });
     bool ended = false;
-    const auto waitForReply = [](platform::Task<platform::HttpReply> task,
-                                 bool& ended) -> platform::Task<void> {
+    const auto waitForReply = [](Task<platform::HttpReply> task, bool& ended) -> Task<void> {
         co_await task;
         ended = true;
     };
-    platform::spawn(waitForReply(session.data(peer->url()), ended));
+    spawn(waitForReply(session.data(peer->url()), ended));
     ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
     EXPECT_FALSE(ended);
 }
@@ -126,15 +123,13 @@ TEST_F(HttpRequest, DroppingTheTaskInsideTheReplyEndsTheConnection) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nbegin");
         connection.waitForPeer();
     });
-    const auto waitForReply = [](platform::Task<platform::HttpReply> task) -> platform::Task<void> {
-        co_await task;
-    };
-    platform::spawn(waitForReply(session.data(peer->url())));
+    const auto waitForReply = [](Task<platform::HttpReply> task) -> Task<void> { co_await task; };
+    spawn(waitForReply(session.data(peer->url())));
     ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
     // One more exchange on another connection: by then the first one's beginning has arrived.
     const auto other = server(MisbehavingServer::saying(httpReply("x")));
     fetch({other->url()});
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
 }
 
@@ -144,12 +139,10 @@ TEST_F(HttpRequest, SessionMayGoWhileARequestIsDropped) {
         connection.waitForPeer();
     });
     auto own = std::make_unique<Session>(Session::Cookies::inMemory, trusting(authority));
-    const auto waitForReply = [](platform::Task<platform::HttpReply> task) -> platform::Task<void> {
-        co_await task;
-    };
-    platform::spawn(waitForReply(own->data(peer->url())));
+    const auto waitForReply = [](Task<platform::HttpReply> task) -> Task<void> { co_await task; };
+    spawn(waitForReply(own->data(peer->url())));
     ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     own.reset();
     EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
 }

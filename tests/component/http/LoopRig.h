@@ -1,8 +1,8 @@
 #pragma once
 
-#include "linux/glib/GLibMainLoop.h"
-#include "platform/Spawn.h"
-#include "platform/Task.h"
+#include "base/async/Spawn.h"
+#include "base/async/Task.h"
+#include "linux/gobject/GLibMainLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ namespace kelo::test {
 class LoopRig {
 public:
     LoopRig() : installation(loop) {}
-    ~LoopRig() { platform::dropSpawnedTasks(); }
+    ~LoopRig() { dropSpawnedTasks(); }
 
     /// Turns the loop until the condition holds; false after 30 seconds.
     bool runUntil(const std::function<bool()>& condition) {
@@ -38,9 +38,9 @@ public:
 
     /// Runs the task to its end and hands out what it hands out.
     template <typename T>
-    T run(platform::Task<T> task) {
+    T run(Task<T> task) {
         auto outcome = std::make_shared<Outcome<T>>();
-        platform::spawn(settle<T>(std::move(task), outcome));
+        spawn(settle<T>(std::move(task), outcome));
         if (!runUntil([&outcome] { return outcome->ended; }))
             throw std::runtime_error("the task did not end within 30 seconds");
         if (outcome->failure)
@@ -58,8 +58,7 @@ private:
     };
 
     template <typename T>
-    static platform::Task<void> settle(platform::Task<T> task,
-                                       std::shared_ptr<Outcome<T>> outcome) {
+    static Task<void> settle(Task<T> task, std::shared_ptr<Outcome<T>> outcome) {
         try {
             if constexpr (std::is_void_v<T>)
                 co_await task;
@@ -71,8 +70,8 @@ private:
         outcome->ended = true;
     }
 
-    desktop::GLibMainLoop loop;
-    platform::MainLoop::Installation installation;
+    gobject::GLibMainLoop loop;
+    MainLoop::Installation installation;
 };
 
 } // namespace kelo::test

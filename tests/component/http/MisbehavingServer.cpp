@@ -233,8 +233,8 @@ MisbehavingServer::Behaviour MisbehavingServer::saying(std::string bytes) {
     };
 }
 
-platform::Url MisbehavingServer::url(std::string_view path) const {
-    return platform::Url::parse(origin() + std::string(path)).value();
+Url MisbehavingServer::url(std::string_view path) const {
+    return Url::parse(origin() + std::string(path)).value();
 }
 
 std::string MisbehavingServer::origin() const {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/Url.h"
 #include "component/http/TestAuthority.h"
-#include "platform/Url.h"
 
 #include <cstdint>
 #include <functional>
@@ -65,7 +65,7 @@ public:
     static Behaviour saying(std::string bytes);
 
     /// https://localhost:port and the path.
-    platform::Url url(std::string_view path = "") const;
+    Url url(std::string_view path = "") const;
     std::string origin() const;
     std::uint16_t port() const { return port_; }
 

@@ -4,9 +4,6 @@
 
 namespace kelo::test {
 
-using platform::bytesOf;
-using platform::PlatformErrorKind;
-using platform::textOf;
 using platform::UrlRequest;
 using testing::ElementsAre;
 
@@ -21,7 +18,7 @@ protected:
         });
     }
 
-    static UrlRequest registration(platform::Url url) {
+    static UrlRequest registration(Url url) {
         UrlRequest request{std::move(url)};
         request.method = "POST";
         request.headers = {{"Cookie", "session-token=secret"},
@@ -88,7 +85,7 @@ TEST_F(Redirect, PostBecomesGetWhereHttpSaysSo) {
 TEST_F(Redirect, UnencryptedTargetIsNotFollowed) {
     const auto peer = server(sendingOn("302 Found", "http://localhost:9/end"));
     const auto error = failureOf(registration(peer->url("/start")));
-    EXPECT_EQ(error.kind(), PlatformErrorKind::insecure);
+    EXPECT_EQ(error.kind(), FailureKind::insecure);
     EXPECT_EQ(error.localizedDescription(), "localhost sent Kelo on to an address that is not "
                                             "secure, so nothing more was sent.");
 }
@@ -97,7 +94,7 @@ TEST_F(Redirect, TargetOfAnUntrustedServerIsNotFollowed) {
     const MisbehavingServer other(TestAuthority::selfSigned(),
                                   MisbehavingServer::saying(httpReply("x")));
     const auto peer = server(sendingOn("302 Found", other.origin() + "/"));
-    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), PlatformErrorKind::insecure);
+    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), FailureKind::insecure);
 }
 
 TEST_F(Redirect, WithoutLocationIsAReply) {
@@ -109,12 +106,12 @@ TEST_F(Redirect, WithoutLocationIsAReply) {
 
 TEST_F(Redirect, UnreadableLocationIsABadReply) {
     const auto peer = server(sendingOn("302 Found", "https://[broken"));
-    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), FailureKind::badReply);
 }
 
 TEST_F(Redirect, LoopEnds) {
     const auto peer = server(sendingOn("302 Found", "/start"));
-    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), PlatformErrorKind::badReply);
+    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), FailureKind::badReply);
     EXPECT_EQ(peer->requests().size(), 21u);
 }
 

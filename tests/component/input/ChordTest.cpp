@@ -107,7 +107,7 @@ TEST_F(Chord, StickyKeysMakeItOneKeyAfterTheOther) {
 TEST_F(Chord, ThatIsDownWhenTheWatchBeginsIsSeenToEnd) {
     keyboard.down(XK_Control_L);
     keyboard.down(XK_Alt_L);
-    desktop::KeyboardMonitors late;
+    input::KeyboardMonitors late;
     Changes seenLate;
     ASSERT_TRUE(late.addGlobalMonitor(platform::event_mask::flagsChanged,
                                       [&](const platform::Event& event) {

@@ -46,14 +46,14 @@ TEST_F(Cost, AThousandStartsShareOneConnectionAndHearEachChangeOnce) {
 }
 
 TEST_F(Cost, OfAChangeIsThatOfItsHandlers) {
-    desktop::ModifierSource::Handler tell;
-    struct Ours final : desktop::KeyboardFocus {
+    input::ModifierSource::Handler tell;
+    struct Ours final : input::KeyboardFocus {
         bool isOurs() const override { return true; }
     };
-    struct Source final : desktop::ModifierSource {
+    struct Source final : input::ModifierSource {
         explicit Source(Handler& tell) : tell(tell) {}
         std::string name() const override { return "told"; }
-        desktop::Availability availability() const override { return {true, "", ""}; }
+        input::Availability availability() const override { return {true, "", ""}; }
         bool coversOwnWindows() const override { return true; }
         bool start(Handler handler) override {
             tell = std::move(handler);
@@ -61,8 +61,8 @@ TEST_F(Cost, OfAChangeIsThatOfItsHandlers) {
         }
         Handler& tell;
     };
-    desktop::KeyboardMonitors many([&tell] {
-        desktop::KeyboardWatch watch;
+    input::KeyboardMonitors many([&tell] {
+        input::KeyboardWatch watch;
         watch.focus = std::make_unique<Ours>();
         watch.everyProgram.push_back(std::make_unique<Source>(tell));
         return watch;
@@ -86,7 +86,7 @@ TEST_F(Cost, OfAChangeIsThatOfItsHandlers) {
 }
 
 TEST_F(Cost, OfTheFocusIsARoundTrip) {
-    const desktop::X11KeyboardFocus focus(gdk_display_get_default());
+    const input::X11KeyboardFocus focus(gdk_display_get_default());
     constexpr int times = 1000;
     const auto begin = Clock::now();
     for (int time = 0; time < times; ++time)

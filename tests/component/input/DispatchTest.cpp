@@ -9,7 +9,7 @@ using Changes = std::vector<Seen>;
 
 namespace {
 
-struct FakeFocus final : desktop::KeyboardFocus {
+struct FakeFocus final : input::KeyboardFocus {
     bool isOurs() const override {
         ++asked;
         return ours;
@@ -18,10 +18,10 @@ struct FakeFocus final : desktop::KeyboardFocus {
     mutable int asked = 0;
 };
 
-struct FakeSource final : desktop::ModifierSource {
+struct FakeSource final : input::ModifierSource {
     FakeSource(bool works, bool covers, Handler* tell) : works(works), covers(covers), tell(tell) {}
     std::string name() const override { return "fake"; }
-    desktop::Availability availability() const override { return {works, "", ""}; }
+    input::Availability availability() const override { return {works, "", ""}; }
     bool coversOwnWindows() const override { return covers; }
     bool start(Handler handler) override {
         *tell = std::move(handler);
@@ -40,11 +40,11 @@ class Dispatch : public testing::Test {
 protected:
     FakeFocus focus;
     Changes told;
-    desktop::ModifierDispatch::Receiver receiver = [this](Flags flags, bool ours) {
+    input::ModifierDispatch::Receiver receiver = [this](Flags flags, bool ours) {
         told.push_back({!ours, flags});
     };
-    desktop::ModifierDispatch one{focus, false, receiver};
-    desktop::ModifierDispatch two{focus, true, receiver};
+    input::ModifierDispatch one{focus, false, receiver};
+    input::ModifierDispatch two{focus, true, receiver};
 };
 
 TEST_F(Dispatch, OneSourceGoesByTheFocusOfTheMoment) {
@@ -148,9 +148,9 @@ protected:
     };
     void make(std::vector<Source> everyProgram, std::optional<bool> ownWindows) {
         tell.resize(everyProgram.size());
-        monitors = std::make_unique<desktop::KeyboardMonitors>([=, this] {
+        monitors = std::make_unique<input::KeyboardMonitors>([=, this] {
             ++made;
-            desktop::KeyboardWatch watch;
+            input::KeyboardWatch watch;
             watch.focus = std::make_unique<FakeFocus>();
             for (std::size_t at = 0; at < everyProgram.size(); ++at)
                 watch.everyProgram.push_back(std::make_unique<FakeSource>(
@@ -174,9 +174,9 @@ protected:
                                          }) != nullptr;
     }
 
-    std::unique_ptr<desktop::KeyboardMonitors> monitors;
-    std::vector<desktop::ModifierSource::Handler> tell;
-    desktop::ModifierSource::Handler tellOwn;
+    std::unique_ptr<input::KeyboardMonitors> monitors;
+    std::vector<input::ModifierSource::Handler> tell;
+    input::ModifierSource::Handler tellOwn;
     Changes told;
     int made = 0;
 };

@@ -1,6 +1,6 @@
 #include "component/input/InputRig.h"
 
-#include "linux/glib/WindowIdentity.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <X11/keysym.h>
 
@@ -54,7 +54,7 @@ protected:
     Content mainContent{main};
 
     void SetUp() override {
-        desktop::setWindowIdentity(panel.window(), identity);
+        window::setWindowIdentity(panel.window(), identity);
         ASSERT_TRUE(addEscapeMonitor());
     }
     /// Takes Escape in the panel and nothing else.
@@ -178,7 +178,7 @@ TEST_F(Escape, MonitorsMayAddMonitors) {
 
 TEST_F(Escape, LeavesWindowsAloneOnceNobodyListens) {
     {
-        desktop::KeyboardMonitors gone;
+        input::KeyboardMonitors gone;
         gone.addLocalMonitor(platform::event_mask::keyDown,
                              [](const EventPointer&) { return EventPointer(); });
     }

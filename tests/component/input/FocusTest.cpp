@@ -1,6 +1,6 @@
 #include "component/input/InputRig.h"
 
-#include "linux/glib/WindowIdentity.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
@@ -85,7 +85,7 @@ TEST_F(Focus, TellsWhichWindowOfOursAChangeIsAddressedTo) {
                                  return event;
                              });
     OwnWindow ours;
-    desktop::setWindowIdentity(ours.window(), identity);
+    window::setWindowIdentity(ours.window(), identity);
     focusOurs(ours);
     EXPECT_EQ(tapped(), of(false));
     EXPECT_EQ(told, identity);

@@ -66,7 +66,7 @@ protected:
     std::vector<Seen> seenSoFar(std::size_t count);
 
     XKeyboard keyboard;
-    desktop::KeyboardMonitors monitors;
+    input::KeyboardMonitors monitors;
     std::vector<Seen> log;
 };
 

@@ -32,7 +32,7 @@ private:
 } // namespace
 
 TEST(HotkeyStatus, NamesEverySourceAndSaysWhyOneCannotBeUsed) {
-    const auto status = desktop::hotkeyStatus();
+    const auto status = input::hotkeyStatus();
     ASSERT_EQ(status.size(), 3u);
     EXPECT_EQ(status[0].name, "X11");
     EXPECT_TRUE(status[0].availability.available);
@@ -44,7 +44,7 @@ TEST(HotkeyStatus, NamesEverySourceAndSaysWhyOneCannotBeUsed) {
 
 TEST(HotkeyStatus, WithoutADisplaySaysSo) {
     const Without display("DISPLAY");
-    const auto status = desktop::hotkeyStatus();
+    const auto status = input::hotkeyStatus();
     ASSERT_EQ(status.size(), 3u);
     EXPECT_EQ(status[0].name, "X11");
     EXPECT_FALSE(status[0].availability.available);
@@ -53,10 +53,10 @@ TEST(HotkeyStatus, WithoutADisplaySaysSo) {
 }
 
 TEST(HotkeyStatus, LeavesNothingOpen) {
-    desktop::hotkeyStatus();
+    input::hotkeyStatus();
     const auto before = openDescriptors();
     for (int again = 0; again < 20; ++again)
-        desktop::hotkeyStatus();
+        input::hotkeyStatus();
     // A connection to the bus is closed by a thread of the library's.
     until("all is closed", [before] { return openDescriptors() <= before; });
 }

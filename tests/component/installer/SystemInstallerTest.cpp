@@ -1,8 +1,8 @@
 #include "updater/install/SystemInstaller.h"
+#include "base/async/Spawn.h"
 #include "component/installer/Trees.h"
 #include "fakes/FakeMainLoop.h"
-#include "platform/Spawn.h"
-#include "updater/UpdateError.h"
+#include "updater/error/UpdateError.h"
 
 #include <gmock/gmock.h>
 
@@ -25,7 +25,7 @@ using updater::InstallKind;
 using updater::SystemInstaller;
 using updater::VerifiedArchive;
 
-class WorkerOfTheTest final : public platform::Worker {
+class WorkerOfTheTest final : public Worker {
 public:
     void perform(std::function<void()> job) override { job(); }
 };
@@ -33,12 +33,11 @@ public:
 AppcastItem itemFor(const std::string& fileName) {
     AppcastItem item;
     item.version = "1.1";
-    item.enclosure =
-        updater::Enclosure{*platform::Url::parse("https://kelo.example/files/" + fileName)};
+    item.enclosure = updater::Enclosure{*Url::parse("https://kelo.example/files/" + fileName)};
     return item;
 }
 
-platform::Task<void> note(platform::Task<void> task, std::string& failure, bool& ended) {
+Task<void> note(Task<void> task, std::string& failure, bool& ended) {
     try {
         co_await task;
     } catch (const updater::UpdateError& error) {
@@ -70,16 +69,16 @@ protected:
     VerifiedArchive verified(const std::string& fileName) const {
         updater::PrivateFolder place(folder / "downloads");
         fs::copy_file(folder / fileName, place.path() / fileName);
-        updater::FileDescriptor file(::open((place.path() / fileName).c_str(), O_RDWR | O_CLOEXEC));
+        posix::FileDescriptor file(::open((place.path() / fileName).c_str(), O_RDWR | O_CLOEXEC));
         const auto size = fs::file_size(folder / fileName);
         return {itemFor(fileName), std::move(place), fileName, std::move(file), size};
     }
 
     /// The failure's sentence, or nothing.
-    std::string outcomeOf(platform::Task<void> task) {
+    std::string outcomeOf(Task<void> task) {
         std::string failure;
         bool ended = false;
-        platform::spawn(note(std::move(task), failure, ended));
+        spawn(note(std::move(task), failure, ended));
         loop.runUntilIdle();
         EXPECT_TRUE(ended);
         return failure;
@@ -89,7 +88,7 @@ protected:
     fs::path root = folder / "home/Kelo";
     fs::path opener = folder / "opener";
     fakes::FakeMainLoop loop;
-    platform::MainLoop::Installation installation{loop};
+    MainLoop::Installation installation{loop};
     WorkerOfTheTest worker;
     int terminations = 0;
 };

@@ -1,7 +1,7 @@
 #include "updater/install/TreeInstaller.h"
 #include "component/installer/PrivateMount.h"
 #include "component/installer/Trees.h"
-#include "updater/UpdateError.h"
+#include "updater/error/UpdateError.h"
 
 #include <gmock/gmock.h>
 

@@ -146,8 +146,8 @@ void packTree(const fs::path& root, const std::string& top, const fs::path& arch
     writeArchive(archive, entries);
 }
 
-updater::FileDescriptor openForReading(const fs::path& path) {
-    return updater::FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+posix::FileDescriptor openForReading(const fs::path& path) {
+    return posix::FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 std::string outputOf(const fs::path& program) {

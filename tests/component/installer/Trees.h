@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <filesystem>
 #include <map>
@@ -55,7 +55,7 @@ void writeArchive(const std::filesystem::path& archive, const std::vector<TarEnt
 void packTree(const std::filesystem::path& root, const std::string& top,
               const std::filesystem::path& archive);
 
-updater::FileDescriptor openForReading(const std::filesystem::path& path);
+posix::FileDescriptor openForReading(const std::filesystem::path& path);
 
 /// What the program prints, run without arguments; empty when it does not end well.
 std::string outputOf(const std::filesystem::path& program);

@@ -1,8 +1,8 @@
 #include "component/packaging/Packages.h"
 
 #include "bundle/InformationFile.h"
-#include "updater/Appcast.h"
-#include "updater/Signature.h"
+#include "updater/appcast/Appcast.h"
+#include "updater/archive/Signature.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/InstalledCopy.h"
 #include "updater/install/TreeInstaller.h"
@@ -61,7 +61,7 @@ protected:
     }
 
     updater::AppcastItem newestItem() const {
-        return updater::parseAppcast(platform::bytesOf(readFile(feed))).items.at(0);
+        return updater::parseAppcast(bytesOf(readFile(feed))).items.at(0);
     }
 
     fs::path tool = Packages::ofThisBuild().tree() / "bin/kelo-appcast";
@@ -142,7 +142,7 @@ TEST_F(Release, KeepsTheDateAndWhatWasAddedByHand) {
     writeFile(feed, text);
     pack("1.2", "12");
     ASSERT_EQ(generate().status, 0);
-    const auto items = updater::parseAppcast(platform::bytesOf(readFile(feed))).items;
+    const auto items = updater::parseAppcast(bytesOf(readFile(feed))).items;
     ASSERT_EQ(items.size(), 2U);
     EXPECT_EQ(items[0].version, "12");
     EXPECT_EQ(items[0].channel, "");

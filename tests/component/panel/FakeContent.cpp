@@ -4,7 +4,7 @@ namespace kelo::test {
 
 namespace {
 
-using Widget = desktop::GObjectPointer<GtkWidget>;
+using Widget = gobject::GObjectPointer<GtkWidget>;
 
 void addStyle(GtkWidget* widget, GtkCssProvider* style) {
     gtk_style_context_add_provider(gtk_widget_get_style_context(widget), GTK_STYLE_PROVIDER(style),
@@ -16,7 +16,7 @@ void addStyle(GtkWidget* widget, GtkCssProvider* style) {
 FakeContent::FakeContent()
     : area(Widget::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
       entry(Widget::share(gtk_entry_new())),
-      style(desktop::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
+      style(gobject::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
     gtk_css_provider_load_from_data(style.get(), "box { background: #3366cc; }", -1);
     addStyle(area.get(), style.get());
     gtk_widget_set_focusable(area.get(), FALSE);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "fakes/FakeWebView.h"
-#include "linux/glib/GObjectPointer.h"
-#include "linux/glib/HostedWidget.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "linux/window/HostedWidget.h"
 
 #include <gtk/gtk.h>
 
@@ -12,7 +12,7 @@ namespace kelo::test {
 
 /// What stands in for a web view where the engine is not needed: one colour all over, and an entry
 /// in the middle that shows what the keyboard brings.
-class FakeContent final : public platform::EmbeddedWebView, public desktop::HostedWidget {
+class FakeContent final : public platform::EmbeddedWebView, public window::HostedWidget {
 public:
     static constexpr unsigned color = 0x3366cc; ///< 0xRRGGBB
 
@@ -34,7 +34,7 @@ public:
     int menuChoices() const { return choices; }
 
     void load(platform::UrlRequest request) override { view.load(std::move(request)); }
-    std::optional<platform::Url> url() const override { return view.url(); }
+    std::optional<Url> url() const override { return view.url(); }
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate>) override {}
     void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate>) override {}
     void setAllowsBackForwardNavigationGestures(bool) override {}
@@ -42,9 +42,9 @@ public:
 
 private:
     fakes::FakeWebView view{{}, {}};
-    desktop::GObjectPointer<GtkWidget> area;
-    desktop::GObjectPointer<GtkWidget> entry;
-    desktop::GObjectPointer<GtkCssProvider> style;
+    gobject::GObjectPointer<GtkWidget> area;
+    gobject::GObjectPointer<GtkWidget> entry;
+    gobject::GObjectPointer<GtkCssProvider> style;
     GtkWidget* menu = nullptr;
     int choices = 0;
 };

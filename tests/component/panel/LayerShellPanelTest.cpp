@@ -2,8 +2,8 @@
 
 #include "component/panel/FakeContent.h"
 #include "component/panel/PanelFixture.h"
-#include "linux/glib/WindowIdentity.h"
 #include "linux/panel/MonitorScreen.h"
+#include "linux/window/WindowIdentity.h"
 
 #include <gtk4-layer-shell.h>
 
@@ -62,7 +62,7 @@ namespace kelo::test {
 
 namespace {
 
-using desktop::LayerShellPanel;
+using panel::LayerShellPanel;
 using testing::ElementsAre;
 
 class LayerShellPanelTest : public testing::Test {
@@ -70,7 +70,7 @@ protected:
     static void SetUpTestSuite() { gtk_init(); }
     void SetUp() override { record = {}; }
 
-    platform::Rectangle monitor = *desktop::firstMonitor(gdk_display_get_default());
+    platform::Rectangle monitor = *panel::firstMonitor(gdk_display_get_default());
     LoopRig loop;
 };
 
@@ -78,7 +78,7 @@ TEST_F(LayerShellPanelTest, IsSetUpBeforeItsWindowIsRealized) {
     const auto panel = LayerShellPanel::make(voicePanel());
     EXPECT_FALSE(record.wasRealized);
     EXPECT_THAT(record.calls, ElementsAre("init", "namespace kelo-voice", "layer 3", "keyboard 2"));
-    EXPECT_EQ(desktop::windowIdentity(record.window), panel);
+    EXPECT_EQ(window::windowIdentity(record.window), panel);
 }
 
 TEST_F(LayerShellPanelTest, WithoutTheRightToTheKeyboardAsksForNone) {

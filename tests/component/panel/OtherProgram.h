@@ -1,6 +1,6 @@
 #pragma once
 
-#include "screen/XConnection.h"
+#include "testing/screen/XConnection.h"
 
 #include <string>
 #include <vector>

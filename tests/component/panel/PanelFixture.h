@@ -4,11 +4,11 @@
 #include "component/panel/FakeContent.h"
 #include "component/panel/OtherProgram.h"
 #include "linux/panel/DesktopPanels.h"
-#include "screen/Keyboard.h"
-#include "screen/Picture.h"
-#include "screen/Pointer.h"
-#include "screen/Windows.h"
-#include "screen/XConnection.h"
+#include "testing/screen/Keyboard.h"
+#include "testing/screen/Picture.h"
+#include "testing/screen/Pointer.h"
+#include "testing/screen/Windows.h"
+#include "testing/screen/XConnection.h"
 
 #include <gtest/gtest.h>
 
@@ -64,7 +64,7 @@ protected:
     screen::Windows windows{connection};
     screen::Keyboard keyboard{connection};
     screen::Pointer pointer{connection};
-    desktop::DesktopPanels panels;
+    panel::DesktopPanels panels;
     std::shared_ptr<FakeContent> content;
     std::shared_ptr<platform::Panel> panel;
 };

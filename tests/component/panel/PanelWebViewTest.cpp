@@ -17,7 +17,7 @@ protected:
     }
 
     WebKitWebView* native() const {
-        return WEBKIT_WEB_VIEW(dynamic_cast<desktop::HostedWidget&>(*view).widget());
+        return WEBKIT_WEB_VIEW(dynamic_cast<window::HostedWidget&>(*view).widget());
     }
     std::string title() const {
         const char* const text = webkit_web_view_get_title(native());
@@ -35,7 +35,7 @@ function note() { document.title = document.hasFocus() + " " + document.visibili
 onfocus = onblur = oninput = note; document.onvisibilitychange = note; note();
 </script>)";
 
-    desktop::WebKitSession session;
+    webkit::WebKitSession session;
     std::shared_ptr<platform::EmbeddedWebView> view = session.makeWebView({0, 0, 640, 620}, {});
 };
 

@@ -32,7 +32,7 @@ protected:
     void run(const std::vector<const char*>& command) {
         std::vector<const char*> arguments = command;
         arguments.push_back(nullptr);
-        const auto process = desktop::GObjectPointer<GSubprocess>::adopt(
+        const auto process = gobject::GObjectPointer<GSubprocess>::adopt(
             g_subprocess_newv(arguments.data(), G_SUBPROCESS_FLAGS_NONE, nullptr));
         ASSERT_TRUE(process) << command.front();
         bool ended = false;
@@ -45,7 +45,7 @@ protected:
     }
 
     LoopRig loop;
-    desktop::DesktopPanels panels;
+    panel::DesktopPanels panels;
     std::shared_ptr<platform::Panel> panel;
     std::shared_ptr<FakeContent> content;
 };
@@ -69,7 +69,7 @@ TEST_F(PlainPanelTest, AppearsTakesKeysAndHides) {
 }
 
 TEST_F(PlainPanelTest, ItsUserIsToldThatItIsAnOrdinaryWindow) {
-    EXPECT_THAT(desktop::panelStatus(), HasSubstr("ordinary window"));
+    EXPECT_THAT(panel::panelStatus(), HasSubstr("ordinary window"));
 }
 
 TEST_F(PlainPanelTest, TheMainScreenIsTheWholeMonitor) {

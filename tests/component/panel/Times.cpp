@@ -2,7 +2,7 @@
 // moment are nothing a test could hold anybody to.
 
 #include "component/panel/PanelFixture.h"
-#include "screen/WindowEvents.h"
+#include "testing/screen/WindowEvents.h"
 
 #include <gdk/x11/gdkx.h>
 

@@ -12,10 +12,10 @@ namespace kelo::test {
 
 namespace {
 
-using desktop::freeArea;
-using desktop::PixelRectangle;
-using desktop::Strut;
-using desktop::strutOf;
+using panel::freeArea;
+using panel::PixelRectangle;
+using panel::Strut;
+using panel::strutOf;
 
 constexpr PixelRectangle pair{0, 0, 3200, 1200};
 constexpr PixelRectangle leftMonitor{0, 0, 1920, 1200};

@@ -1,11 +1,11 @@
-#include "MainLoopScope.h"
+#include "component/MainLoopScope.h"
 
-#include "authenticator/CredentialStore.h"
+#include "authenticator/store/CredentialStore.h"
+#include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "linux/passkey/PasskeyServices.h"
+#include "linux/authorization/PasskeyServices.h"
 #include "platform/Application.h"
-#include "platform/PlatformError.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,6 @@ namespace kelo {
 namespace {
 
 using platform::AuthorizationController;
-using platform::PlatformErrorKind;
 
 /// GLib reads the environment once, so the folder is the whole program's.
 const std::filesystem::path& dataHome() {
@@ -48,7 +47,7 @@ public:
         from = &controller;
         try {
             std::rethrow_exception(failure);
-        } catch (const platform::PlatformError& known) {
+        } catch (const Failure& known) {
             error = known;
         }
         ++calls;
@@ -60,7 +59,7 @@ public:
 
     AuthorizationController* from = nullptr;
     std::optional<platform::Authorization> credential;
-    std::optional<platform::PlatformError> error;
+    std::optional<Failure> error;
     int calls = 0;
     int anchorsAsked = 0;
 };
@@ -68,18 +67,18 @@ public:
 class AuthorizationControllerTest : public testing::Test {
 protected:
     ~AuthorizationControllerTest() override {
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         std::filesystem::remove_all(dataHome() / "kelo");
     }
 
     static platform::PlatformRegistrationRequest
     registration(const std::string& party = "localhost") {
-        return {party, platform::bytesOf("challenge"), "zoe", platform::bytesOf("user-1")};
+        return {party, bytesOf("challenge"), "zoe", bytesOf("user-1")};
     }
     static platform::PlatformAssertionRequest assertion() {
         platform::PlatformAssertionRequest request;
         request.relyingPartyIdentifier = "localhost";
-        request.challenge = platform::bytesOf("challenge");
+        request.challenge = bytesOf("challenge");
         return request;
     }
     /// Starts a ceremony and lets the controller go.
@@ -92,7 +91,7 @@ protected:
         EXPECT_EQ(listener->calls, 0) << "the delegate is called in a later turn";
         return listener;
     }
-    static void expectError(const Listener& listener, PlatformErrorKind kind) {
+    static void expectError(const Listener& listener, FailureKind kind) {
         ASSERT_TRUE(MainLoopScope::runUntil([&] { return listener.calls > 0; }));
         ASSERT_TRUE(listener.error);
         EXPECT_EQ(listener.error->kind(), kind) << listener.error->localizedDescription();
@@ -106,7 +105,7 @@ protected:
     MainLoopScope loop;
     fakes::SheetScript person;
     fakes::FakePasskeySheetFactory sheets{person};
-    desktop::PasskeyServices services{sheets};
+    authorization::PasskeyServices services{sheets};
 };
 
 } // namespace
@@ -118,25 +117,25 @@ TEST_F(AuthorizationControllerTest, MakingOneTouchesNothing) {
 
 TEST_F(AuthorizationControllerTest, WithoutAPasskeyItSaysSoEvenWhenNobodyHoldsIt) {
     const auto listener = perform({assertion()});
-    expectError(*listener, PlatformErrorKind::noCredential);
+    expectError(*listener, FailureKind::noCredential);
     EXPECT_EQ(listener->anchorsAsked, 1);
     EXPECT_TRUE(std::filesystem::is_empty(dataHome()));
 }
 
 TEST_F(AuthorizationControllerTest, RefusesAnotherRelyingParty) {
-    expectError(*perform({registration("example.org")}), PlatformErrorKind::notAllowed);
+    expectError(*perform({registration("example.org")}), FailureKind::notAllowed);
     EXPECT_TRUE(person.requests.empty());
 }
 
 TEST_F(AuthorizationControllerTest, RefusesNoRequestAndTwo) {
-    expectError(*perform({}), PlatformErrorKind::notAllowed);
-    expectError(*perform({assertion(), assertion()}), PlatformErrorKind::notAllowed);
+    expectError(*perform({}), FailureKind::notAllowed);
+    expectError(*perform({assertion(), assertion()}), FailureKind::notAllowed);
 }
 
 TEST_F(AuthorizationControllerTest, CancelAtTheSheetIsThePlatformsCancellation) {
     person.choice = std::nullopt;
     const auto listener = perform({registration()});
-    expectError(*listener, PlatformErrorKind::cancelled);
+    expectError(*listener, FailureKind::cancelled);
     EXPECT_EQ(listener->error->localizedDescription(), "The passkey request was cancelled.");
 }
 
@@ -145,7 +144,7 @@ TEST_F(AuthorizationControllerTest, ANewCeremonyGivesUpTheFormer) {
     const auto former = perform({registration()});
     ASSERT_TRUE(waitForSheets(1));
     const auto second = perform({registration()});
-    expectError(*former, PlatformErrorKind::cancelled);
+    expectError(*former, FailureKind::cancelled);
     ASSERT_TRUE(waitForSheets(2));
     EXPECT_EQ(second->calls, 0);
     EXPECT_EQ(std::ranges::count(person.events, "closed"), 1);
@@ -155,7 +154,7 @@ TEST_F(AuthorizationControllerTest, ACeremonyThatNeverBeganCanBeGivenUp) {
     person.leavesOpen = true;
     const auto former = perform({registration()});
     const auto second = perform({registration()});
-    expectError(*former, PlatformErrorKind::cancelled);
+    expectError(*former, FailureKind::cancelled);
     ASSERT_TRUE(waitForSheets(1));
     EXPECT_EQ(second->calls, 0);
 }
@@ -163,23 +162,23 @@ TEST_F(AuthorizationControllerTest, ACeremonyThatNeverBeganCanBeGivenUp) {
 TEST_F(AuthorizationControllerTest, ADelegateThatIsGoneIsNotCalled) {
     const std::weak_ptr<Listener> gone = perform({assertion()});
     EXPECT_TRUE(gone.expired());
-    EXPECT_TRUE(MainLoopScope::runUntil([] { return platform::spawnedTaskCount() == 0; }));
+    EXPECT_TRUE(MainLoopScope::runUntil([] { return spawnedTaskCount() == 0; }));
 }
 
 TEST_F(AuthorizationControllerTest, ThePasskeysAreInTheUsersDataFolder) {
-    EXPECT_EQ(desktop::passkeyFile(), dataHome() / "kelo" / "passkeys.sqlite");
+    EXPECT_EQ(authorization::passkeyFile(), dataHome() / "kelo" / "passkeys.sqlite");
 }
 
 TEST_F(AuthorizationControllerTest, OffersThePasskeysOnDisk) {
     authenticator::CredentialRecord record;
-    record.credentialId = platform::Bytes(32, 1);
+    record.credentialId = Bytes(32, 1);
     record.relyingPartyIdentifier = "localhost";
-    record.userId = platform::bytesOf("user-1");
+    record.userId = bytesOf("user-1");
     record.accountName = "zoe";
-    record.wrappedPrivateKey = platform::bytesOf("wrapped");
-    authenticator::CredentialStore(desktop::passkeyFile()).save(record);
+    record.wrappedPrivateKey = bytesOf("wrapped");
+    authenticator::CredentialStore(authorization::passkeyFile()).save(record);
     person.choice = std::nullopt;
-    expectError(*perform({assertion()}), PlatformErrorKind::cancelled);
+    expectError(*perform({assertion()}), FailureKind::cancelled);
     ASSERT_EQ(person.requests.size(), 1U);
     EXPECT_EQ(person.requests[0].accountNames, std::vector<std::string>{"zoe"});
 }

@@ -1,9 +1,9 @@
-#include "MainLoopScope.h"
+#include "component/MainLoopScope.h"
 
-#include "authenticator/SoftwareKeyStore.h"
-#include "linux/glib/WorkerThread.h"
-#include "linux/passkey/SecretServiceWrappingKeySource.h"
-#include "platform/PlatformError.h"
+#include "authenticator/keys/SoftwareKeyStore.h"
+#include "base/Failure.h"
+#include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
+#include "linux/gobject/WorkerThread.h"
 
 #include <cstdio>
 #include <string>
@@ -20,9 +20,9 @@ namespace kelo {
 
 namespace {
 
-using desktop::WorkerThread;
+using gobject::WorkerThread;
 
-std::string toHex(platform::ByteView bytes) {
+std::string toHex(ByteView bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
         text += "0123456789abcdef"[byte >> 4];
@@ -31,36 +31,36 @@ std::string toHex(platform::ByteView bytes) {
     return text;
 }
 
-platform::Bytes fromHex(const std::string& text) {
-    platform::Bytes bytes;
+Bytes fromHex(const std::string& text) {
+    Bytes bytes;
     for (std::size_t i = 0; i + 1 < text.size(); i += 2)
         bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
     return bytes;
 }
 
-platform::Task<std::string> create(authenticator::KeyStore& keys) {
+Task<std::string> create(authenticator::KeyStore& keys) {
     const authenticator::CreatedKey created = co_await keys.create();
     co_return toHex(created.wrappedPrivateKey);
 }
 
-platform::Task<std::string> sign(authenticator::KeyStore& keys, std::string wrapped) {
-    platform::Bytes digest(32, 0x5A);
+Task<std::string> sign(authenticator::KeyStore& keys, std::string wrapped) {
+    Bytes digest(32, 0x5A);
     co_await keys.sign(fromHex(wrapped), std::move(digest));
     co_return "signed";
 }
 
-platform::Task<void> record(std::string& outcome, platform::Task<std::string> task) {
+Task<void> record(std::string& outcome, Task<std::string> task) {
     try {
         outcome = co_await task;
-    } catch (const platform::PlatformError& error) {
+    } catch (const Failure& error) {
         outcome = "error: " + error.localizedDescription();
         std::fprintf(stderr, "cause: %s\n", error.what());
     }
 }
 
-platform::Task<void> passThrough(platform::Worker& worker, std::string& outcome) {
+Task<void> passThrough(Worker& worker, std::string& outcome) {
     auto job = [] {};
-    co_await platform::onWorker(worker, std::move(job));
+    co_await onWorker(worker, std::move(job));
     outcome = "given up";
 }
 
@@ -68,9 +68,9 @@ int run(const std::string& command, const std::string& argument) {
     const MainLoopScope loop;
     WorkerThread worker;
     authenticator::SoftwareKeyStore keys(
-        std::make_shared<desktop::SecretServiceWrappingKeySource>(), worker);
+        std::make_shared<authorization::SecretServiceWrappingKeySource>(), worker);
     std::string outcome;
-    platform::spawn(record(outcome, command == "sign" ? sign(keys, argument) : create(keys)));
+    spawn(record(outcome, command == "sign" ? sign(keys, argument) : create(keys)));
     if (command == "create-and-give-up") {
         GIOChannel* input = g_io_channel_unix_new(0);
         bool told = false;
@@ -84,12 +84,12 @@ int run(const std::string& command, const std::string& argument) {
         g_io_channel_unref(input);
         MainLoopScope::runUntil([&] { return told || !outcome.empty(); });
         if (outcome.empty()) {
-            platform::dropSpawnedTasks();
-            platform::spawn(passThrough(worker, outcome));
+            dropSpawnedTasks();
+            spawn(passThrough(worker, outcome));
         }
     }
     const bool ended = MainLoopScope::runUntil([&] { return !outcome.empty(); });
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     std::puts(outcome.c_str());
     return ended ? 0 : 1;
 }

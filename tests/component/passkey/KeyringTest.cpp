@@ -1,6 +1,6 @@
-#include "MainLoopScope.h"
 #include "SessionBus.h"
 #include "UnansweredPrompter.h"
+#include "component/MainLoopScope.h"
 
 #include "fakes/authenticator/TemporaryFolder.h"
 

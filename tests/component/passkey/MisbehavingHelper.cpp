@@ -1,4 +1,4 @@
-#include "linux/passkey/verification/VerificationProtocol.h"
+#include "linux/authorization/protocol/VerificationProtocol.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,7 +13,8 @@
 
 // Stands in for kelo-verify-user and does what KELO_TEST_BEHAVIOUR says.
 
-using namespace kelo::desktop;
+using namespace kelo;
+using namespace kelo::authorization;
 
 namespace {
 
@@ -32,12 +33,12 @@ void sayTwo(std::vector<char> first, const std::vector<char>& second) {
     write(first);
 }
 
-void say(MessageType type, std::string_view payload = "") {
+void say(authorization::MessageType type, std::string_view payload = "") {
     write(encode(type, payload));
 }
 
-Message receive() {
-    static MessageReader reader;
+authorization::Message receive() {
+    static authorization::MessageReader reader;
     while (true) {
         if (auto message = reader.next())
             return std::move(*message);
@@ -48,14 +49,15 @@ Message receive() {
     }
 }
 
-RunMark mark() {
-    RunMark read{};
+authorization::RunMark mark() {
+    authorization::RunMark read{};
     std::ranges::copy(receive().payload, read.begin());
     return read;
 }
 
 void sayVerified() {
-    say(MessageType::result, encodeResult(HelperResult::verified, mark()));
+    say(authorization::MessageType::result,
+        authorization::encodeResult(authorization::HelperResult::verified, mark()));
 }
 
 [[noreturn]] void hang() {
@@ -66,7 +68,10 @@ void sayVerified() {
 const std::map<std::string, std::function<void()>> behaviours = {
     {"verified", [] { sayVerified(); }},
     {"unavailable",
-     [] { say(MessageType::result, encodeResult(HelperResult::unavailable, mark())); }},
+     [] {
+         say(authorization::MessageType::result,
+             authorization::encodeResult(authorization::HelperResult::unavailable, mark()));
+     }},
     {"says nothing", [] {}},
     {"fails", [] { ::_exit(EXIT_FAILURE); }},
     {"dies", [] { ::raise(SIGKILL); }},
@@ -83,7 +88,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
     {"verified, then goes on",
      [] {
          sayVerified();
-         say(MessageType::information, "And another thing.");
+         say(authorization::MessageType::information, "And another thing.");
      }},
     {"verified, then half a message",
      [] {
@@ -92,16 +97,22 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"verified twice",
      [] {
-         const RunMark once = mark();
-         say(MessageType::result, encodeResult(HelperResult::verified, once));
-         say(MessageType::result, encodeResult(HelperResult::verified, once));
+         const authorization::RunMark once = mark();
+         say(authorization::MessageType::result,
+             authorization::encodeResult(authorization::HelperResult::verified, once));
+         say(authorization::MessageType::result,
+             authorization::encodeResult(authorization::HelperResult::verified, once));
      }},
     {"verified without being asked",
-     [] { say(MessageType::result, encodeResult(HelperResult::verified, RunMark{})); }},
+     [] {
+         say(authorization::MessageType::result,
+             authorization::encodeResult(authorization::HelperResult::verified,
+                                         authorization::RunMark{}));
+     }},
     {"unknown result",
      [] {
-         const RunMark once = mark();
-         say(MessageType::result, "!" + std::string(once.begin(), once.end()));
+         const authorization::RunMark once = mark();
+         say(authorization::MessageType::result, "!" + std::string(once.begin(), once.end()));
      }},
     {"garbage", [] { write(std::vector<char>(10000, '\x07')); }},
     {"plain text",
@@ -118,39 +129,40 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"begins itself",
      [] {
-         say(MessageType::begin, std::string(16, 'x'));
+         say(authorization::MessageType::begin, std::string(16, 'x'));
          hang();
      }},
     {"answers itself",
      [] {
-         say(MessageType::answer, "secret");
+         say(authorization::MessageType::answer, "secret");
          hang();
      }},
     {"speaks while a question is open",
      [] {
-         const RunMark once = mark();
-         sayTwo(encode(MessageType::hiddenPrompt, "Password: "),
-                encode(MessageType::result, encodeResult(HelperResult::verified, once)));
+         const authorization::RunMark once = mark();
+         sayTwo(encode(authorization::MessageType::hiddenPrompt, "Password: "),
+                encode(authorization::MessageType::result,
+                       authorization::encodeResult(authorization::HelperResult::verified, once)));
          receive();
      }},
     {"two questions at once",
      [] {
          mark();
-         sayTwo(encode(MessageType::hiddenPrompt, "Password: "),
-                encode(MessageType::hiddenPrompt, "Password: "));
+         sayTwo(encode(authorization::MessageType::hiddenPrompt, "Password: "),
+                encode(authorization::MessageType::hiddenPrompt, "Password: "));
          receive();
          hang();
      }},
     {"dies while a question is open",
      [] {
          mark();
-         say(MessageType::hiddenPrompt, "Password: ");
+         say(authorization::MessageType::hiddenPrompt, "Password: ");
          ::raise(SIGKILL);
      }},
     {"hangs",
      [] {
          mark();
-         say(MessageType::information, "Swipe your finger");
+         say(authorization::MessageType::information, "Swipe your finger");
          hang();
      }},
 };

@@ -10,11 +10,11 @@ namespace {
 
 class MisbehavingHelper : public VerificationFixture {
 protected:
-    desktop::PamVerifier helperThat(const std::string& behaviour) const {
+    authorization::PamVerifier helperThat(const std::string& behaviour) const {
         auto environment = forSanitizers();
         environment.push_back("KELO_TEST_BEHAVIOUR=" + behaviour);
         environment.push_back("KELO_TEST_LIFELINE=" + fifo);
-        return desktop::PamVerifier(KELO_MISBEHAVING_HELPER, environment);
+        return authorization::PamVerifier(KELO_MISBEHAVING_HELPER, environment);
     }
     Outcome outcomeOfHelperThat(const std::string& behaviour) {
         auto verifier = helperThat(behaviour);
@@ -74,16 +74,16 @@ TEST_F(MisbehavingHelper, ADroppedVerificationEndsOneThatHangs) {
     auto verifier = helperThat("hangs");
     start(verifier);
     ASSERT_TRUE(waitForWords(1));
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_TRUE(endsWhenHelperDies(lifeline));
     EXPECT_FALSE(outcome);
 }
 
 TEST_F(MisbehavingHelper, OneThatIsNotThereIsUnavailable) {
-    desktop::PamVerifier missing(folder.path() / "no-such-program");
+    authorization::PamVerifier missing(folder.path() / "no-such-program");
     EXPECT_EQ(verify(missing), Outcome::unavailable);
     std::ofstream(folder.path() / "no-program") << "text";
-    desktop::PamVerifier noProgram(folder.path() / "no-program");
+    authorization::PamVerifier noProgram(folder.path() / "no-program");
     EXPECT_EQ(verify(noProgram), Outcome::unavailable);
 }
 

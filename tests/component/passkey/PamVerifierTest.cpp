@@ -1,6 +1,6 @@
 #include "VerificationFixture.h"
 
-#include "linux/passkey/verification/VerificationProtocol.h"
+#include "linux/authorization/protocol/VerificationProtocol.h"
 
 #include <pwd.h>
 #include <sys/socket.h>
@@ -45,7 +45,7 @@ protected:
 
     std::filesystem::path services = folder.path() / "services";
     std::string passwords = folder.path() / "passwords";
-    desktop::PamVerifier verifier{KELO_VERIFY_USER, environment()};
+    authorization::PamVerifier verifier{KELO_VERIFY_USER, environment()};
 };
 
 } // namespace
@@ -162,16 +162,17 @@ protected:
                   static_cast<ssize_t>(bytes.size()));
     }
     void begin() const {
-        const auto bytes = desktop::encode(desktop::MessageType::begin, std::string(16, 'm'));
+        const auto bytes =
+            authorization::encode(authorization::MessageType::begin, std::string(16, 'm'));
         send(std::string_view(bytes.data(), bytes.size()));
     }
-    desktop::Message receive() {
+    authorization::Message receive() {
         while (true) {
             if (auto message = reader.next())
                 return std::move(*message);
             char byte = 0;
             if (::read(socket, &byte, 1) != 1)
-                return {desktop::MessageType::result, "the helper closed its end"};
+                return {authorization::MessageType::result, "the helper closed its end"};
             reader.feed(std::span(&byte, 1));
         }
     }
@@ -189,7 +190,7 @@ protected:
 
     pid_t child = -1;
     int socket = -1;
-    desktop::MessageReader reader;
+    authorization::MessageReader reader;
 };
 
 TEST_F(VerifyUserProgram, EndsWhenItsInputClosesWhileAModuleWaits) {
@@ -237,7 +238,7 @@ TEST_F(VerifyUserProgram, TakesNoAnswerThatIsNone) {
     service(passwordLines());
     start();
     begin();
-    EXPECT_EQ(receive().type, desktop::MessageType::hiddenPrompt);
+    EXPECT_EQ(receive().type, authorization::MessageType::hiddenPrompt);
     begin();
     const auto message = receive();
     EXPECT_NE(message.payload.substr(0, 1), "+");

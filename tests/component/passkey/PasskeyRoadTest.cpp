@@ -1,11 +1,11 @@
-#include "MainLoopScope.h"
 #include "SessionBus.h"
+#include "component/MainLoopScope.h"
 
+#include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "linux/passkey/PasskeyServices.h"
+#include "linux/authorization/PasskeyServices.h"
 #include "platform/Application.h"
-#include "platform/PlatformError.h"
 #include "unit/authenticator/IndependentVerifier.h"
 
 #include <gmock/gmock.h>
@@ -24,7 +24,6 @@ namespace kelo {
 
 namespace {
 
-using platform::PlatformErrorKind;
 using testing::ElementsAre;
 
 /// What GLib and GIO read once in a process: the data folder and the session bus. The helper gets
@@ -79,18 +78,18 @@ public:
                               std::exception_ptr failure) override {
         try {
             std::rethrow_exception(failure);
-        } catch (const platform::PlatformError& known) {
+        } catch (const Failure& known) {
             error = known;
         }
     }
     std::optional<platform::Authorization> authorization;
-    std::optional<platform::PlatformError> error;
+    std::optional<Failure> error;
 };
 
 class PasskeyRoad : public testing::Test {
 protected:
     ~PasskeyRoad() override {
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
         std::filesystem::remove(surroundings().file());
     }
     static Surroundings& surroundings() {
@@ -111,22 +110,21 @@ protected:
     std::optional<platform::PlatformRegistrationCredential> registerPasskey() {
         const platform::PlatformPublicKeyCredentialProvider provider("localhost");
         const auto ended = perform(provider.createCredentialRegistrationRequest(
-            platform::bytesOf("creation challenge"), "zoe", platform::bytesOf("user-1")));
+            bytesOf("creation challenge"), "zoe", bytesOf("user-1")));
         if (!ended->authorization)
             return std::nullopt;
         return std::get<platform::PlatformRegistrationCredential>(ended->authorization->credential);
     }
     std::shared_ptr<Listener> signIn() {
         const platform::PlatformPublicKeyCredentialProvider provider("localhost");
-        return perform(
-            provider.createCredentialAssertionRequest(platform::bytesOf("assertion challenge")));
+        return perform(provider.createCredentialAssertionRequest(bytesOf("assertion challenge")));
     }
 
     Surroundings& all = surroundings();
     MainLoopScope loop;
     fakes::SheetScript person;
     fakes::FakePasskeySheetFactory sheets{person};
-    desktop::PasskeyServices services{sheets};
+    authorization::PasskeyServices services{sheets};
 };
 
 } // namespace
@@ -158,7 +156,7 @@ TEST_F(PasskeyRoad, WrongPasswordsSignNothing) {
     ASSERT_TRUE(registerPasskey());
     const auto signedIn = signIn();
     ASSERT_TRUE(signedIn->error);
-    EXPECT_EQ(signedIn->error->kind(), PlatformErrorKind::notAllowed);
+    EXPECT_EQ(signedIn->error->kind(), FailureKind::notAllowed);
 }
 
 TEST_F(PasskeyRoad, CancelAtThePasswordIsThePlatformsCancellation) {
@@ -166,7 +164,7 @@ TEST_F(PasskeyRoad, CancelAtThePasswordIsThePlatformsCancellation) {
     ASSERT_TRUE(registerPasskey());
     const auto signedIn = signIn();
     ASSERT_TRUE(signedIn->error);
-    EXPECT_EQ(signedIn->error->kind(), PlatformErrorKind::cancelled);
+    EXPECT_EQ(signedIn->error->kind(), FailureKind::cancelled);
     EXPECT_EQ(signedIn->error->localizedDescription(), "The passkey request was cancelled.");
 }
 

@@ -1,14 +1,14 @@
 #include "SessionBus.h"
 
-#include "MainLoopScope.h"
+#include "component/MainLoopScope.h"
 
 #include <fstream>
 
 namespace kelo {
 
-using desktop::GErrorPointer;
-using desktop::GObjectPointer;
-using desktop::GText;
+using gobject::GErrorPointer;
+using gobject::GObjectPointer;
+using gobject::GText;
 
 Child::Child(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
     const auto flags = static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDIN_PIPE |

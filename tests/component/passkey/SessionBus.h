@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <gio/gio.h>
 
@@ -34,8 +34,8 @@ public:
     void kill() const;
 
 private:
-    desktop::GObjectPointer<GSubprocess> process;
-    desktop::GObjectPointer<GDataInputStream> output;
+    gobject::GObjectPointer<GSubprocess> process;
+    gobject::GObjectPointer<GDataInputStream> output;
 };
 
 /// A session bus of its own, on which nothing is started by itself.
@@ -59,7 +59,7 @@ private:
 
     Child daemon;
     std::string address_;
-    desktop::GObjectPointer<GDBusConnection> connection_;
+    gobject::GObjectPointer<GDBusConnection> connection_;
 };
 
 } // namespace kelo

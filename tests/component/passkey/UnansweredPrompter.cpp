@@ -1,6 +1,6 @@
 #include "UnansweredPrompter.h"
 
-#include "MainLoopScope.h"
+#include "component/MainLoopScope.h"
 
 #include <memory>
 #include <string_view>
@@ -28,7 +28,7 @@ struct NodeRelease {
 } // namespace
 
 UnansweredPrompter::UnansweredPrompter(GDBusConnection* bus)
-    : connection(desktop::GObjectPointer<GDBusConnection>::share(bus)) {
+    : connection(gobject::GObjectPointer<GDBusConnection>::share(bus)) {
     const std::unique_ptr<GDBusNodeInfo, NodeRelease> node(
         g_dbus_node_info_new_for_xml(description, nullptr));
     static const GDBusInterfaceVTable calls{onCall, nullptr, nullptr, {}};

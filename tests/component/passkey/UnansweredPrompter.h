@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <gio/gio.h>
 
@@ -22,7 +22,7 @@ private:
                        const gchar* interface, const gchar* method, GVariant* parameters,
                        GDBusMethodInvocation* invocation, gpointer self);
 
-    desktop::GObjectPointer<GDBusConnection> connection;
+    gobject::GObjectPointer<GDBusConnection> connection;
     guint object = 0;
     guint name = 0;
     bool asked = false;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "MainLoopScope.h"
+#include "component/MainLoopScope.h"
 
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "linux/passkey/PamVerifier.h"
+#include "linux/authorization/verification/PamVerifier.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -39,15 +39,14 @@ protected:
 #endif
     }
 
-    static platform::Task<void> record(std::optional<Outcome>& outcome,
-                                       platform::Task<Outcome> task) {
+    static Task<void> record(std::optional<Outcome>& outcome, Task<Outcome> task) {
         outcome = co_await task;
     }
-    void start(desktop::PamVerifier& verifier) {
+    void start(authorization::PamVerifier& verifier) {
         outcome.reset();
-        platform::spawn(record(outcome, verifier.verify(sheet)));
+        spawn(record(outcome, verifier.verify(sheet)));
     }
-    Outcome verify(desktop::PamVerifier& verifier) {
+    Outcome verify(authorization::PamVerifier& verifier) {
         start(verifier);
         EXPECT_TRUE(MainLoopScope::runUntil([this] { return outcome.has_value(); }));
         return outcome.value_or(Outcome::failed);

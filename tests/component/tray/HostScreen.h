@@ -1,9 +1,9 @@
 #pragma once
 
-#include "screen/Picture.h"
-#include "screen/Pointer.h"
-#include "screen/Windows.h"
-#include "screen/XConnection.h"
+#include "testing/screen/Picture.h"
+#include "testing/screen/Pointer.h"
+#include "testing/screen/Windows.h"
+#include "testing/screen/XConnection.h"
 
 #include <filesystem>
 #include <functional>

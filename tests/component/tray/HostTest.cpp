@@ -1,5 +1,5 @@
 #include "component/tray/HostScreen.h"
-#include "e2e/rig/ChildProcess.h"
+#include "testing/rig/ChildProcess.h"
 
 #include <gtest/gtest.h>
 

@@ -16,19 +16,19 @@ namespace {
 namespace files = std::filesystem;
 
 TEST(IconPixmaps, AreAlphaRedGreenBlueInThisOrderAndNotMultiplied) {
-    const auto pixmaps = desktop::iconPixmaps({{2, {0, 255, 128, 1}}, {1, {7}}}, 0xa1b2c3);
+    const auto pixmaps = tray::iconPixmaps({{2, {0, 255, 128, 1}}, {1, {7}}}, 0xa1b2c3);
     EXPECT_EQ(pixmaps.get_type_string(), "a(iiay)");
     EXPECT_EQ(pixmaps.print(false).raw(),
               "[(2, 2, [0x00, 0xa1, 0xb2, 0xc3, 0xff, 0xa1, 0xb2, 0xc3, "
               "0x80, 0xa1, 0xb2, 0xc3, 0x01, 0xa1, 0xb2, 0xc3]), "
               "(1, 1, [0x07, 0xa1, 0xb2, 0xc3])]");
-    EXPECT_EQ(desktop::iconPixmaps({}, 0).get_type_string(), "a(iiay)");
+    EXPECT_EQ(tray::iconPixmaps({}, 0).get_type_string(), "a(iiay)");
 }
 
 TEST(IconMasks, HaveTheSizesThatTraysUseAndThePicture) {
     Glib::init();
     std::vector<int> sizes;
-    for (const auto& mask : desktop::iconMasks("kelo-brain-symbolic")) {
+    for (const auto& mask : tray::iconMasks("kelo-brain-symbolic")) {
         sizes.push_back(mask.size);
         ASSERT_EQ(mask.coverage.size(), static_cast<std::size_t>(mask.size * mask.size));
         EXPECT_EQ(mask.coverage.front(), 0) << "the corner is free";
@@ -38,7 +38,7 @@ TEST(IconMasks, HaveTheSizesThatTraysUseAndThePicture) {
         EXPECT_LT(covered, mask.size * mask.size * 3 / 4) << mask.size;
     }
     EXPECT_EQ(sizes, (std::vector<int>{16, 22, 24, 32, 48}));
-    EXPECT_TRUE(desktop::iconMasks("kelo-person-badge-key-symbolic").empty());
+    EXPECT_TRUE(tray::iconMasks("kelo-person-badge-key-symbolic").empty());
 }
 
 struct IconFiles : testing::Test {
@@ -53,9 +53,9 @@ struct IconFiles : testing::Test {
         files::create_directories(apps);
         std::ofstream(apps / "kelo-brain-symbolic.svg") << "<svg/>";
     }
-    desktop::IconFiles find() const {
-        return desktop::findIconFiles("kelo-brain-symbolic", folder / "anywhere/bin",
-                                      {(folder / "usr/share").string()});
+    tray::IconFiles find() const {
+        return tray::findIconFiles("kelo-brain-symbolic", folder / "anywhere/bin",
+                                   {(folder / "usr/share").string()});
     }
 };
 

@@ -1,8 +1,8 @@
 // The desktop side of the program with the menu of its item in the tray, for the tests with real
 // trays. Prints what it was asked for.
 #include "component/gtk/FakePage.h"
-#include "linux/glib/GLibMainLoop.h"
-#include "linux/gtk/GtkApplicationHost.h"
+#include "linux/gobject/GLibMainLoop.h"
+#include "linux/gtk/application/GtkApplicationHost.h"
 
 #include <iostream>
 
@@ -67,9 +67,9 @@ private:
 } // namespace kelo::tests
 
 int main(int count, char** words) {
-    kelo::desktop::GLibMainLoop loop;
-    const kelo::platform::MainLoop::Installation installation(loop);
-    kelo::desktop::GtkApplicationHost host({words, words + count});
+    kelo::gobject::GLibMainLoop loop;
+    const kelo::MainLoop::Installation installation(loop);
+    kelo::gtk::GtkApplicationHost host({words, words + count});
     kelo::tests::TrayApp app(host);
     return host.run(app);
 }

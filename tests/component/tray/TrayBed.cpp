@@ -1,6 +1,6 @@
 #include "component/tray/TrayBed.h"
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <giomm/dbuserror.h>
 #include <giomm/init.h>
@@ -71,10 +71,10 @@ TrayBed::~TrayBed() {
 
 void TrayBed::show() {
     platform::MenuBarExtra extra{"Kelo", "brain", {[this] { return content; }}};
-    shown = std::make_unique<desktop::TrayItem>(
+    shown = std::make_unique<tray::TrayItem>(
         ours, "/StatusNotifierItem", "app.kelo.Kelo", extra, icon,
-        desktop::TrayItem::Handlers{[this] { note("activate"); }, [this] { note("settings"); },
-                                    [this](const std::string& token) { note("token " + token); }});
+        tray::TrayItem::Handlers{[this] { note("activate"); }, [this] { note("settings"); },
+                                 [this](const std::string& token) { note("token " + token); }});
 }
 
 TrayBed::Answer TrayBed::call(const std::string& path, const std::string& interface,
@@ -93,8 +93,8 @@ TrayBed::Answer TrayBed::call(const std::string& path, const std::string& interf
                 answer.values = Glib::VariantContainerBase(values);
                 answer.text = plain(answer.values.print(false));
             } else {
-                const desktop::GErrorPointer owner(failure);
-                const desktop::GText name(g_dbus_error_get_remote_error(failure));
+                const gobject::GErrorPointer owner(failure);
+                const gobject::GText name(g_dbus_error_get_remote_error(failure));
                 answer.error = name ? name.get() : failure->message;
             }
         },
@@ -135,12 +135,12 @@ FakeWatcher::FakeWatcher(TrayBed& bed)
     : bed(bed),
       object(bed.theirs, "/StatusNotifierWatcher", description,
              {{{"RegisterStatusNotifierItem",
-                [this](const desktop::ExportedObject::Values& arguments) {
+                [this](const tray::ExportedObject::Values& arguments) {
                     Glib::Variant<Glib::ustring> path;
                     arguments.get_child(path, 0);
                     registered.push_back(path.get());
                     look(path.get());
-                    return desktop::ExportedObject::Values();
+                    return tray::ExportedObject::Values();
                 }}},
               {}}) {
     askBus(bed, "RequestName", "('org.kde.StatusNotifierWatcher', uint32 0)");

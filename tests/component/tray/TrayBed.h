@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GLibMainLoop.h"
+#include "linux/gobject/GLibMainLoop.h"
 #include "linux/tray/ExportedObject.h"
 #include "linux/tray/TrayItem.h"
 
@@ -40,17 +40,17 @@ public:
     /// The signals so far that the other program got, each as its name and GVariant text.
     std::vector<std::string> signals;
 
-    desktop::GLibMainLoop mainLoop;
-    platform::MainLoop::Installation installation{mainLoop};
+    gobject::GLibMainLoop mainLoop;
+    MainLoop::Installation installation{mainLoop};
     Glib::RefPtr<Gio::DBus::Connection> ours;
     Glib::RefPtr<Gio::DBus::Connection> theirs;
     std::vector<std::string> events; ///< "token T", "open", "activate", …
 
     /// The program's menu; a test may change it and redraw.
     platform::Menu content;
-    desktop::TrayIcon icon{"kelo-brain-symbolic", "", {{1, {255}}}, 0x112233};
+    tray::TrayIcon icon{"kelo-brain-symbolic", "", {{1, {255}}}, 0x112233};
     void show();
-    std::unique_ptr<desktop::TrayItem> shown;
+    std::unique_ptr<tray::TrayItem> shown;
 
 private:
     void note(const std::string& event) { events.push_back(event); }
@@ -71,7 +71,7 @@ private:
     void look(const std::string& path);
 
     TrayBed& bed;
-    desktop::ExportedObject object;
+    tray::ExportedObject object;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 };
 

@@ -3,7 +3,7 @@
 #include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
-#include "linux/glib/WorkerThread.h"
+#include "linux/gobject/WorkerThread.h"
 #include "linux/update/SoupTransport.h"
 #include "unit/updater/FakeInstaller.h"
 #include "unit/updater/FakeUserDriver.h"
@@ -24,7 +24,7 @@
 
 namespace kelo::test {
 
-struct WallClock final : platform::Clock {
+struct WallClock final : Clock {
     std::chrono::system_clock::time_point now() const override {
         return std::chrono::system_clock::now();
     }
@@ -118,7 +118,7 @@ protected:
             std::make_shared<updater::FileStateStore>(folder.path / "state" / "updater",
                                                       [](const std::string&) {}),
             [this] { return std::make_unique<FakeUserDriver>(user); },
-            [](const platform::Url&) {},
+            [](const Url&) {},
             [] { return 0u; },
             [this](const std::string& line) { journal.push_back(line); }});
         made->start();
@@ -133,10 +133,9 @@ protected:
     UserBefore user;
     FakeInstaller installer;
     std::vector<std::string> journal;
-    desktop::SoupTransport transport{
-        std::make_shared<const desktop::TrustedAuthority>(authority.pem()),
-        std::chrono::seconds(1)};
-    desktop::WorkerThread worker;
+    update::SoupTransport transport{std::make_shared<const http::TrustedAuthority>(authority.pem()),
+                                    std::chrono::seconds(1)};
+    gobject::WorkerThread worker;
     std::mutex mutex;
     std::map<std::string, MisbehavingServer::Behaviour> behaviours;
     std::unique_ptr<MisbehavingServer> server;

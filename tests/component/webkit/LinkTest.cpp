@@ -114,7 +114,7 @@ TEST(DownloadPath, IsFreeAndStaysInTheFolder) {
         std::filesystem::temp_directory_path() / ("kelo-downloads." + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     const auto free = [&](const std::string& name) {
-        return std::filesystem::path(desktop::freePathFor(folder, name)).filename().string();
+        return std::filesystem::path(webkit::freePathFor(folder, name)).filename().string();
     };
     EXPECT_EQ(free("report.pdf"), "report.pdf");
     std::ofstream(folder / "report.pdf") << "x";

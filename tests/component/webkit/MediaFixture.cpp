@@ -10,7 +10,7 @@ MediaFixture::~MediaFixture() {
     gtk_window_destroy(GTK_WINDOW(window));
 }
 
-void MediaFixture::makeMediaView(const platform::Url& service) {
+void MediaFixture::makeMediaView(const Url& service) {
     makeView(service);
     view->setUserInterfaceDelegate(decider);
     useMakeBelieveDevices();

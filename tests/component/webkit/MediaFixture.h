@@ -38,7 +38,7 @@ protected:
     ~MediaFixture() override;
 
     /// A view with the decider as its delegate.
-    void makeMediaView(const platform::Url& service);
+    void makeMediaView(const Url& service);
     void useMakeBelieveDevices();
 
     /// What becomes of an expression for a promise of a stream: "captured", or the error's name.

@@ -30,7 +30,7 @@ protected:
         other = std::make_unique<MisbehavingServer>(
             authority.issue(request),
             MisbehavingServer::answering([](const WireRequest&) { return page("elsewhere"); }));
-        open(*platform::Url::parse("https://" + host + ":" + std::to_string(other->port()) + "/"));
+        open(*Url::parse("https://" + host + ":" + std::to_string(other->port()) + "/"));
     }
     void startSlowNavigation() {
         const auto before = peer->requests().size();

@@ -1,5 +1,5 @@
 #include "component/webkit/WebKitFixture.h"
-#include "demo/EmbeddedPages.h"
+#include "demo/pages/EmbeddedPages.h"
 
 namespace kelo::test {
 

@@ -49,7 +49,7 @@ TEST_F(Navigation, ErrorStatusIsAFinishedPage) {
 }
 
 TEST_F(Navigation, RefusedConnectionShowsOurNoticeAndDoesNotFinish) {
-    const platform::Url nobody = site({})->url("/login");
+    const Url nobody = site({})->url("/login");
     makeView(nobody);
     load(nobody);
     ASSERT_TRUE(waitForTitle("This page did not load"));
@@ -59,7 +59,7 @@ TEST_F(Navigation, RefusedConnectionShowsOurNoticeAndDoesNotFinish) {
 }
 
 TEST_F(Navigation, UnknownHostShowsOurNotice) {
-    const auto nowhere = *platform::Url::parse("https://no-such-host.invalid/");
+    const auto nowhere = *Url::parse("https://no-such-host.invalid/");
     makeView(nowhere);
     load(nowhere);
     ASSERT_TRUE(waitForTitle("This page did not load"));
@@ -90,7 +90,7 @@ TEST_F(Navigation, FailureAfterAPageLeavesTheDelegateAlone) {
     const auto peer = site({{"/", "hello"}});
     makeView(peer->url());
     open(peer->url("/"));
-    load(*platform::Url::parse("https://no-such-host.invalid/"));
+    load(*Url::parse("https://no-such-host.invalid/"));
     ASSERT_TRUE(waitForTitle("This page did not load"));
     EXPECT_THAT(recorder->finished, ElementsAre(peer->origin() + "/"));
     open(peer->url("/"));
@@ -208,11 +208,11 @@ TEST_F(Navigation, ViewSurvivesItsWindows) {
 }
 
 TEST_F(Navigation, FramesOfTheViewAskForTheirSize) {
-    const auto anywhere = *platform::Url::parse("https://localhost");
+    const auto anywhere = *Url::parse("https://localhost");
     const auto sized = sessionFor(anywhere).makeWebView({0, 0, 640, 620}, {});
     int width = 0;
     int height = 0;
-    gtk_widget_get_size_request(dynamic_cast<desktop::HostedWidget&>(*sized).widget(), &width,
+    gtk_widget_get_size_request(dynamic_cast<window::HostedWidget&>(*sized).widget(), &width,
                                 &height);
     EXPECT_EQ(width, 640);
     EXPECT_EQ(height, 620);

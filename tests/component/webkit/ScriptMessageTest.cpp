@@ -134,7 +134,7 @@ TEST_F(ScriptMessages, FrameOfAnotherHostCannotPost) {
 
 TEST_F(ScriptMessages, PageOfAnotherHostCannotPost) {
     show({{"/", ""}});
-    load(*platform::Url::parse(otherAddress()));
+    load(*Url::parse(otherAddress()));
     ASSERT_TRUE(waitForTitle("found 0"));
     open(peer->url("/"));
     post("'end'");

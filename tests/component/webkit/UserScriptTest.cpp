@@ -11,7 +11,7 @@ protected:
         peer = site(std::move(more));
         platform::WebViewConfiguration configuration;
         platform::UserScript script;
-        script.source = hidePasskeyButtonsScript;
+        script.source = web::hidePasskeyButtonsScript;
         configuration.userScripts.push_back(script);
         makeView(peer->url(), configuration);
         open(peer->url("/"));
@@ -46,6 +46,17 @@ TEST_F(UserScriptInPage, ButtonThatAppearsLaterIsHiddenToo) {
     evaluate("document.querySelector('main').innerHTML ="
              "'<div id=a><button>Sign in with passkey</button></div>'; 1");
     EXPECT_TRUE(waitForScript(displayOf("#a"), "none"));
+}
+
+TEST_F(UserScriptInPage, PageWithoutMutationObserversIsLookedAtAtItsEndAndWhenItSaysItIsComplete) {
+    show("<script>window.MutationObserver = null</script>"
+         "<div id=a><button>Sign in with passkey</button></div><main></main>");
+    EXPECT_EQ(evaluate(displayOf("#a")), "none");
+    evaluate("document.querySelector('main').innerHTML ="
+             "'<div id=b><button>Sign in with passkey</button></div>'; 1");
+    EXPECT_EQ(evaluate(displayOf("#b")), "block") << "nobody has looked";
+    evaluate("document.dispatchEvent(new Event('DOMContentLoaded')); 1");
+    EXPECT_EQ(evaluate(displayOf("#b")), "none");
 }
 
 TEST_F(UserScriptInPage, FramesAreCovered) {

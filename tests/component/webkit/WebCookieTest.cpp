@@ -36,7 +36,7 @@ protected:
         return peer.requests().back().header("cookie").value_or("");
     }
 
-    const platform::Url anywhere = *platform::Url::parse("https://localhost");
+    const Url anywhere = *Url::parse("https://localhost");
 };
 
 TEST_F(WebCookie, EmptyStoreIsEmpty) {

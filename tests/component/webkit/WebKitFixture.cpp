@@ -1,6 +1,6 @@
 #include "component/webkit/WebKitFixture.h"
 
-#include "linux/glib/AsyncResult.h"
+#include "linux/gobject/AsyncResult.h"
 
 #include <cstdlib>
 #include <stdexcept>
@@ -9,19 +9,19 @@ namespace kelo::test {
 
 namespace {
 
-platform::Task<std::string> evaluated(WebKitWebView* view, std::string script) {
+Task<std::string> evaluated(WebKitWebView* view, std::string script) {
     const auto start = [view, &script](GAsyncReadyCallback ready, gpointer data) {
         webkit_web_view_evaluate_javascript(view, script.c_str(),
                                             static_cast<gssize>(script.size()), nullptr, nullptr,
                                             nullptr, ready, data);
     };
-    const auto result = co_await desktop::asyncResult(start);
+    const auto result = co_await gobject::asyncResult(start);
     GError* error = nullptr;
     JSCValue* const value = webkit_web_view_evaluate_javascript_finish(view, result.get(), &error);
-    if (const desktop::GErrorPointer failure(error); failure)
+    if (const gobject::GErrorPointer failure(error); failure)
         co_return std::string("error: ") + failure->message;
-    const auto owned = desktop::GObjectPointer<JSCValue>::adopt(value);
-    const desktop::GText text(jsc_value_to_string(value));
+    const auto owned = gobject::GObjectPointer<JSCValue>::adopt(value);
+    const gobject::GText text(jsc_value_to_string(value));
     co_return std::string(text.get());
 }
 
@@ -54,13 +54,13 @@ std::unique_ptr<MisbehavingServer> WebKitFixture::site(std::map<std::string, std
         }));
 }
 
-desktop::WebKitSession& WebKitFixture::sessionFor(const platform::Url& service) {
+webkit::WebKitSession& WebKitFixture::sessionFor(const Url& service) {
     if (!session) {
-        desktop::WebKitSessionSettings settings{
+        webkit::WebKitSessionSettings settings{
             (folder / "data" / "web").string(), (folder / "cache").string(),
-            std::make_shared<const desktop::TrustedAuthority>(authority.pem()), service,
+            std::make_shared<const http::TrustedAuthority>(authority.pem()), service,
             [this](const std::string& address) { openedOutside.push_back(address); }};
-        session = std::make_unique<desktop::WebKitSession>(std::move(settings));
+        session = std::make_unique<webkit::WebKitSession>(std::move(settings));
     }
     return *session;
 }
@@ -71,28 +71,27 @@ void WebKitFixture::endSession() {
 }
 
 void WebKitFixture::trust(const Identity& given, const char* host) {
-    const auto certificate = desktop::GObjectPointer<GTlsCertificate>::adopt(
+    const auto certificate = gobject::GObjectPointer<GTlsCertificate>::adopt(
         g_tls_certificate_new_from_pem(given.certificate.c_str(), -1, nullptr));
     webkit_network_session_allow_tls_certificate_for_host(session->networkSession(),
                                                           certificate.get(), host);
 }
 
-void WebKitFixture::makeView(const platform::Url& service,
-                             platform::WebViewConfiguration configuration) {
+void WebKitFixture::makeView(const Url& service, platform::WebViewConfiguration configuration) {
     view = sessionFor(service).makeWebView({}, std::move(configuration));
     view->setNavigationDelegate(recorder);
 }
 
 WebKitWebView* WebKitFixture::native() const {
-    return WEBKIT_WEB_VIEW(dynamic_cast<desktop::HostedWidget&>(*view).widget());
+    return WEBKIT_WEB_VIEW(dynamic_cast<window::HostedWidget&>(*view).widget());
 }
 
-void WebKitFixture::load(const platform::Url& url) {
+void WebKitFixture::load(const Url& url) {
     platform::UrlRequest request{url};
     view->load(request);
 }
 
-void WebKitFixture::open(const platform::Url& url) {
+void WebKitFixture::open(const Url& url) {
     const auto before = recorder->finished.size();
     load(url);
     ASSERT_TRUE(waitForFinished(before + 1)) << "shown instead: " << pageText();

@@ -3,8 +3,8 @@
 #include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
-#include "linux/glib/HostedWidget.h"
 #include "linux/webkit/WebKitSession.h"
+#include "linux/window/HostedWidget.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -42,18 +42,18 @@ protected:
     static std::string page(std::string_view html, std::string_view extraHeaders = "");
 
     /// Opens the session on first use; its service is the given server's origin.
-    desktop::WebKitSession& sessionFor(const platform::Url& service);
+    webkit::WebKitSession& sessionFor(const Url& service);
     void endSession();
     /// Has the engine take the identity for the host at once: in a frame it asks nobody.
     void trust(const Identity& given, const char* host);
 
     /// A new view that reports to the recorder.
-    void makeView(const platform::Url& service, platform::WebViewConfiguration configuration = {});
+    void makeView(const Url& service, platform::WebViewConfiguration configuration = {});
     WebKitWebView* native() const;
 
-    void load(const platform::Url& url);
+    void load(const Url& url);
     /// Loads and waits until it finished, once more than before.
-    void open(const platform::Url& url);
+    void open(const Url& url);
     bool waitForFinished(std::size_t count);
     bool waitForTitle(const std::string& title);
     /// The result of a script in the page, as text.
@@ -66,7 +66,7 @@ protected:
     Identity identity = authority.issue();
     std::filesystem::path folder;
     std::vector<std::string> openedOutside;
-    std::unique_ptr<desktop::WebKitSession> session;
+    std::unique_ptr<webkit::WebKitSession> session;
     std::shared_ptr<platform::EmbeddedWebView> view;
     std::shared_ptr<NavigationRecorder> recorder = std::make_shared<NavigationRecorder>();
 };

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "authenticator/KeyStore.h"
-#include "authenticator/P256Key.h"
+#include "authenticator/keys/KeyStore.h"
+#include "authenticator/keys/P256Key.h"
+#include "base/Failure.h"
+#include "base/async/Continuation.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
-#include "platform/Continuation.h"
-#include "platform/PlatformError.h"
 
 #include <optional>
 #include <utility>
@@ -16,7 +16,7 @@ class FakeKeyStore final : public authenticator::KeyStore {
 public:
     explicit FakeKeyStore(SheetScript& script) : script(script) {}
 
-    platform::Task<authenticator::CreatedKey> create() override {
+    Task<authenticator::CreatedKey> create() override {
         script.events.emplace_back("create");
         co_await obstacle();
         const authenticator::P256Key key = authenticator::P256Key::generate();
@@ -27,8 +27,7 @@ public:
         co_return created;
     }
 
-    platform::Task<platform::Bytes> sign(platform::Bytes wrappedPrivateKey,
-                                         platform::Bytes digest) override {
+    Task<Bytes> sign(Bytes wrappedPrivateKey, Bytes digest) override {
         script.events.emplace_back("sign");
         co_await obstacle();
         const auto key = authenticator::P256Key::fromScalar(
@@ -42,12 +41,11 @@ public:
     bool hangs = false;
 
 private:
-    platform::Task<void> obstacle() {
+    Task<void> obstacle() {
         if (hangs)
-            co_await platform::withCheckedContinuation<void>(
-                [](platform::CheckedContinuation<void>) {});
+            co_await withCheckedContinuation<void>([](CheckedContinuation<void>) {});
         if (failure)
-            throw platform::PlatformError(platform::PlatformErrorKind::storage, *failure);
+            throw Failure(FailureKind::storage, *failure);
     }
 
     SheetScript& script;

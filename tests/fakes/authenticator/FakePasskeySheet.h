@@ -1,7 +1,7 @@
 #pragma once
 
-#include "authenticator/PasskeySheet.h"
-#include "platform/Continuation.h"
+#include "authenticator/consent/PasskeySheet.h"
+#include "base/async/Continuation.h"
 
 #include <deque>
 #include <memory>
@@ -49,8 +49,7 @@ public:
         script.events.emplace_back("closed");
     }
 
-    platform::Task<std::optional<std::size_t>>
-    confirm(authenticator::ConsentRequest request) override {
+    Task<std::optional<std::size_t>> confirm(authenticator::ConsentRequest request) override {
         script.events.emplace_back("confirm");
         script.requests.push_back(std::move(request));
         if (script.leavesOpen)
@@ -58,14 +57,13 @@ public:
         co_return script.choice;
     }
 
-    platform::Task<std::optional<platform::SecretText>>
-    ask(authenticator::VerificationPrompt prompt) override {
+    Task<std::optional<SecretText>> ask(authenticator::VerificationPrompt prompt) override {
         script.words.push_back((prompt.echo ? "! " : "? ") + prompt.text);
         if (script.leavesQuestionsOpen)
             co_await never();
         if (script.answers.empty())
             co_return std::nullopt;
-        std::optional<platform::SecretText> answer(script.answers.front());
+        std::optional<SecretText> answer(script.answers.front());
         script.answers.pop_front();
         co_return std::move(answer);
     }
@@ -76,9 +74,8 @@ public:
     }
 
 private:
-    static platform::Task<void> never() {
-        co_await platform::withCheckedContinuation<void>(
-            [](platform::CheckedContinuation<void>) {});
+    static Task<void> never() {
+        co_await withCheckedContinuation<void>([](CheckedContinuation<void>) {});
     }
 
     SheetScript& script;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/UserVerifier.h"
+#include "authenticator/consent/UserVerifier.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 
 namespace kelo::fakes {
@@ -9,7 +9,7 @@ class FakeUserVerifier final : public authenticator::UserVerifier {
 public:
     explicit FakeUserVerifier(SheetScript& script) : script(script) {}
 
-    platform::Task<authenticator::VerificationOutcome>
+    Task<authenticator::VerificationOutcome>
     verify(authenticator::VerificationConversation& /*conversation*/) override {
         script.events.emplace_back("verify");
         co_return outcome;

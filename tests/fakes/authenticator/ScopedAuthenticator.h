@@ -1,13 +1,13 @@
 #pragma once
 
 #include "authenticator/Authenticator.h"
+#include "base/Failure.h"
+#include "base/async/Spawn.h"
 #include "fakes/FakeMainLoop.h"
 #include "fakes/authenticator/FakeKeyStore.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/FakeUserVerifier.h"
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "platform/PlatformError.h"
-#include "platform/Spawn.h"
 
 #include <array>
 #include <memory>
@@ -17,12 +17,12 @@
 namespace kelo::fakes {
 
 /// Runs each job where it is given.
-class InlineWorker final : public platform::Worker {
+class InlineWorker final : public Worker {
 public:
     void perform(std::function<void()> job) override { job(); }
 };
 
-class FixedClock final : public platform::Clock {
+class FixedClock final : public Clock {
 public:
     std::chrono::system_clock::time_point now() const override { return time; }
     std::chrono::system_clock::time_point time{std::chrono::seconds(1'700'000'000)};
@@ -32,15 +32,15 @@ public:
 template <typename T>
 struct Ended {
     std::optional<T> value;
-    std::optional<platform::PlatformError> error;
+    std::optional<Failure> error;
     bool pending() const { return !value && !error; }
 };
 
 template <typename T>
-platform::Task<void> record(std::shared_ptr<Ended<T>> ended, platform::Task<T> task) {
+Task<void> record(std::shared_ptr<Ended<T>> ended, Task<T> task) {
     try {
         ended->value = co_await task;
-    } catch (const platform::PlatformError& error) {
+    } catch (const Failure& error) {
         ended->error = error;
     }
 }
@@ -51,19 +51,19 @@ public:
     ScopedAuthenticator() = default;
     ScopedAuthenticator(const ScopedAuthenticator&) = delete;
     ScopedAuthenticator& operator=(const ScopedAuthenticator&) = delete;
-    ~ScopedAuthenticator() { platform::dropSpawnedTasks(); }
+    ~ScopedAuthenticator() { dropSpawnedTasks(); }
 
     /// Starts a task and runs it as far as it comes.
     template <typename T>
-    std::shared_ptr<Ended<T>> run(platform::Task<T> task) {
+    std::shared_ptr<Ended<T>> run(Task<T> task) {
         auto ended = std::make_shared<Ended<T>>();
-        platform::spawn(record(ended, std::move(task)));
+        spawn(record(ended, std::move(task)));
         loop.runUntilIdle();
         return ended;
     }
 
     FakeMainLoop loop;
-    platform::MainLoop::Installation installation{loop};
+    MainLoop::Installation installation{loop};
     TemporaryFolder folder;
     SheetScript person;
     FakePasskeySheetFactory sheets{person};

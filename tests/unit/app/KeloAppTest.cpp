@@ -1,6 +1,7 @@
 #include "app/KeloApp.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "log/DebugLog.h"
+#include "service/ServiceEndpoints.h"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,9 @@ namespace {
 struct KeloAppTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
     fakes::FakeApplication& application = desktop.application();
-    KeloApp app;
+    app::KeloApp app;
 
-    ~KeloAppTest() override { platform::dropSpawnedTasks(); }
+    ~KeloAppTest() override { dropSpawnedTasks(); }
 
     void launch() {
         application.run(app);
@@ -22,7 +23,7 @@ struct KeloAppTest : testing::Test {
     }
     /// How often the voice controller was started, by its log line.
     long starts() {
-        const std::string& log = desktop.fileSystem().files[std::string(debugLogPath)];
+        const std::string& log = desktop.fileSystem().files[std::string(log::debugLogPath)];
         const std::string line = "VoiceController.start — widget = web /widget host\n";
         long count = 0;
         for (auto at = log.find(line); at != std::string::npos; at = log.find(line, at + 1))
@@ -78,7 +79,7 @@ TEST_F(KeloAppTest, AccountItemIsDisabledWhileARegistrationRuns) {
     launch();
     desktop.webViews.at(0)->cookies = {{"session-token", "x", "localhost"}};
     int redraws = 0;
-    std::vector<platform::Observation> observations;
+    std::vector<Observation> observations;
     for (const auto& object : application.mainWindowGroup().commands[0].items.observed())
         observations.push_back(object->observe([&] { ++redraws; }));
     accountItem().action();
@@ -112,24 +113,68 @@ TEST_F(KeloAppTest, WebModelIsMadeBeforeTheAuthenticatorAndTheWindow) {
     EXPECT_TRUE(application.open.empty());
 }
 
-TEST_F(KeloAppTest, SecondMainWindowMakesNoNewStateObjects) {
+TEST_F(KeloAppTest, AnotherMainWindowMakesNoNewStateObjects) {
     launch();
-    application.openWindow("main");
-    EXPECT_EQ(application.open.size(), 2u);
+    // A desktop that shows several windows of a group reads the content once for each.
+    const auto& group = application.mainWindowGroup();
+    const auto another = group.content.body();
+    const auto observed = group.content.observed();
+    group.onAppear();
     EXPECT_EQ(desktop.webViews.size(), 1u);
     EXPECT_EQ(desktop.ephemeralSessions.size(), 1u);
-    EXPECT_EQ(application.windowAt(0).content.webView, application.windowAt(1).content.webView);
+    EXPECT_EQ(another.webView, application.windowAt(0).content.webView);
+    EXPECT_EQ(observed, group.content.observed());
 }
 
-TEST_F(KeloAppTest, ContentIsRedrawnForTheWebModelAndTheAuthenticator) {
+TEST_F(KeloAppTest, OpenMainWindowIsRaisedAndDoesNotAppearAgain) {
     launch();
-    const auto observed = application.mainWindowGroup().content.observed();
-    ASSERT_EQ(observed.size(), 2u);
-    int redraws = 0;
-    const auto web = observed[0]->observe([&] { ++redraws; });
+    application.openWindow("main");
+    EXPECT_EQ(application.open.size(), 1u);
+    EXPECT_EQ(starts(), 1);
+}
+
+TEST_F(KeloAppTest, WindowFollowsThePathOfTheWebModel) {
+    launch();
+    EXPECT_FALSE(application.windowAt(0).content.overlay);
     desktop.webViews.at(0)->finishNavigation("https://host/login");
-    EXPECT_EQ(redraws, 1);
-    EXPECT_TRUE(application.mainWindowGroup().content.body().overlay);
+    desktop.loop.runUntilIdle();
+    EXPECT_EQ(application.windowAt(0).redrawings, 1);
+    EXPECT_TRUE(application.windowAt(0).content.overlay);
+}
+
+TEST_F(KeloAppTest, WindowFollowsTheSignInOfTheAuthenticator) {
+    launch();
+    desktop.webViews.at(0)->finishNavigation("https://host/login");
+    desktop.loop.runUntilIdle();
+    auto& session = *desktop.ephemeralSessions.at(0);
+    session.holdNext();
+    const auto overlay = [&] { return application.windowAt(0).content.overlay.value(); };
+    overlay().button.action();
+    desktop.loop.runUntilIdle();
+    EXPECT_EQ(overlay().button.label, "Waiting for passkey…");
+    EXPECT_FALSE(overlay().button.enabled);
+    session.held->resume({{}, 500});
+    desktop.loop.runUntilIdle();
+    EXPECT_EQ(overlay().button.label, "Sign in with passkey");
+    EXPECT_TRUE(overlay().button.enabled);
+    ASSERT_TRUE(overlay().text);
+    EXPECT_EQ(overlay().text->text, "Could not start passkey login.");
+}
+
+TEST_F(KeloAppTest, SettingsSceneShowsTheVersionAndTheService) {
+    desktop.bundle.dictionary = {{"CFBundleShortVersionString", std::string("1.4.2")},
+                                 {"CFBundleVersion", std::string("57")}};
+    const auto scenes = app.body();
+    const auto& scene = std::get<platform::SettingsScene>(scenes.at(2));
+    const auto pane = scene.content.body();
+    EXPECT_EQ(pane.size, (platform::Size{360, 140}));
+    ASSERT_EQ(pane.rows.size(), 2u);
+    EXPECT_EQ(pane.rows[0].label, "Version");
+    EXPECT_EQ(pane.rows[0].value, "1.4.2 (57)");
+    EXPECT_EQ(pane.rows[1].label, "Backend");
+    EXPECT_EQ(pane.rows[1].value, service::relyingPartyIdentifier());
+    desktop.bundle.dictionary = std::nullopt;
+    EXPECT_EQ(scene.content.body().rows.at(0).value, "? (?)") << "read anew at each drawing";
 }
 
 TEST_F(KeloAppTest, VoiceStartsOnlyWhenAMainWindowHasAppeared) {

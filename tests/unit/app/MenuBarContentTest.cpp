@@ -13,7 +13,7 @@ using platform::MenuItem;
 struct MenuBarContentTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
     fakes::FakeApplication& application = desktop.application();
-    const platform::Menu menu = MenuBarContent().body();
+    const platform::Menu menu = app::MenuBarContent().body();
 
     const MenuItem& item(std::size_t index) const { return std::get<MenuItem>(menu.at(index)); }
 };
@@ -39,16 +39,16 @@ TEST_F(MenuBarContentTest, EveryItemIsEnabledAndOnlyQuitHasAShortcut) {
 }
 
 TEST_F(MenuBarContentTest, OpenBringsTheProgramToTheFrontAndThenOpensTheMainWindow) {
-    KeloApp app;
+    app::KeloApp app;
     application.run(app);
     application.calls.clear();
     item(0).action();
     EXPECT_EQ(application.calls, (std::vector<std::string>{"activate", "open main"}));
-    EXPECT_EQ(application.open.size(), 2u);
+    EXPECT_EQ(application.open.size(), 1u);
 }
 
 TEST_F(MenuBarContentTest, OpenAfterTheMainWindowWasClosedStartsTheHotkeyAgain) {
-    KeloApp app;
+    app::KeloApp app;
     application.run(app);
     application.closeWindow(application.windows().at(0));
     ASSERT_EQ(desktop.monitors.globals.size(), 1u);
@@ -63,7 +63,7 @@ TEST_F(MenuBarContentTest, QuitTerminatesTheProgram) {
 }
 
 TEST_F(MenuBarContentTest, IsWhatTheMenuBarExtraShows) {
-    KeloApp app;
+    app::KeloApp app;
     const auto scenes = app.body();
     const auto& extra = std::get<platform::MenuBarExtra>(scenes.at(1));
     EXPECT_EQ(extra.content.body().size(), menu.size());

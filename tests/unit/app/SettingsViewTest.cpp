@@ -1,7 +1,7 @@
 #include "app/SettingsView.h"
 
 #include "fakes/ScopedTestDesktop.h"
-#include "passkey/ServiceEndpoints.h"
+#include "service/ServiceEndpoints.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ struct SettingsViewTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
 
     static platform::LabeledRow row(std::size_t index) {
-        return SettingsView().body().rows.at(index);
+        return app::SettingsView().body().rows.at(index);
     }
     std::string version(std::optional<InformationDictionary> dictionary) {
         desktop.bundle.dictionary = std::move(dictionary);
@@ -23,7 +23,7 @@ struct SettingsViewTest : testing::Test {
 };
 
 TEST_F(SettingsViewTest, HasItsSizeAndItsTwoRowsInThisOrder) {
-    const auto pane = SettingsView().body();
+    const auto pane = app::SettingsView().body();
     EXPECT_EQ(pane.size, (platform::Size{360, 140}));
     ASSERT_EQ(pane.rows.size(), 2u);
     EXPECT_EQ(pane.rows[0].label, "Version");
@@ -64,7 +64,7 @@ TEST_F(SettingsViewTest, DictionaryIsReadAnewForEachValueAndAtEachDrawing) {
 }
 
 TEST_F(SettingsViewTest, BackendIsTheServicesHostAndNothingElse) {
-    EXPECT_EQ(row(1).value, relyingPartyIdentifier());
+    EXPECT_EQ(row(1).value, service::relyingPartyIdentifier());
     EXPECT_EQ(row(1).value.find("://"), std::string::npos);
 }
 

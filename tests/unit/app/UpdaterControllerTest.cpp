@@ -16,9 +16,9 @@ TEST(UpdaterController, IsMadeAtTheFirstCheckAndNeverAgain) {
     const auto updaters = [&] {
         return std::count(desktop.made.begin(), desktop.made.end(), "updater");
     };
-    KeloApp app;
+    app::KeloApp app;
     desktop.application().run(app);
-    const auto menu = MenuBarContent().body();
+    const auto menu = app::MenuBarContent().body();
     EXPECT_EQ(updaters(), 0) << "nothing touches it at the start";
 
     const auto& check = std::get<platform::MenuItem>(menu.at(2)).action;
@@ -33,7 +33,7 @@ TEST(UpdaterController, IsMadeAtTheFirstCheckAndNeverAgain) {
     action.action();
     EXPECT_EQ(updaters(), 1) << "the desktop's list of actions reaches the same updater";
     EXPECT_EQ(desktop.updateChecks, 3);
-    EXPECT_EQ(&UpdaterController::shared(), &UpdaterController::shared());
+    EXPECT_EQ(&app::UpdaterController::shared(), &app::UpdaterController::shared());
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "authenticator/Cancellation.h"
+#include "base/async/Cancellation.h"
 #include "fakes/authenticator/ScopedAuthenticator.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ using namespace authenticator;
 
 namespace {
 
-using Resumption = std::optional<platform::CheckedContinuation<int>>;
+using Resumption = std::optional<CheckedContinuation<int>>;
 
 struct SetWhenDropped {
     explicit SetWhenDropped(bool& flag) : flag(flag) {}
@@ -21,14 +21,14 @@ struct SetWhenDropped {
     bool& flag;
 };
 
-platform::Task<int> waitFor(Resumption& resumption, bool& dropped) {
+Task<int> waitFor(Resumption& resumption, bool& dropped) {
     const SetWhenDropped guard(dropped);
-    co_return co_await platform::withCheckedContinuation<int>(
-        [&](platform::CheckedContinuation<int> continuation) { resumption = continuation; });
+    co_return co_await withCheckedContinuation<int>(
+        [&](CheckedContinuation<int> continuation) { resumption = continuation; });
 }
 
-platform::Task<int> failAtOnce() {
-    throw platform::PlatformError(platform::PlatformErrorKind::storage, "No.");
+Task<int> failAtOnce() {
+    throw Failure(FailureKind::storage, "No.");
     co_return 0;
 }
 
@@ -86,7 +86,7 @@ TEST_F(CancellationTest, AFailurePassesThrough) {
 
 TEST_F(CancellationTest, DroppingTheWaitingFlowDropsTheTask) {
     scope.run(untilCancelled(cancellation, waitFor(resumption, dropped)));
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_TRUE(dropped);
     cancellation.cancel();
     scope.loop.runUntilIdle();

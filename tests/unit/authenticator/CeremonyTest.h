@@ -22,11 +22,10 @@ protected:
 
     static platform::PlatformRegistrationRequest registration(std::string name = "zoe@example.org",
                                                               std::string userId = "user-1") {
-        return {"localhost", platform::bytesOf("creation challenge"), std::move(name),
-                platform::bytesOf(userId)};
+        return {"localhost", bytesOf("creation challenge"), std::move(name), bytesOf(userId)};
     }
     static platform::PlatformAssertionRequest assertion() {
-        return {"localhost", platform::bytesOf("assertion challenge"), std::nullopt, std::nullopt};
+        return {"localhost", bytesOf("assertion challenge"), std::nullopt, std::nullopt};
     }
 
     std::shared_ptr<Registered> doRegister(platform::PlatformRegistrationRequest request) {
@@ -48,7 +47,7 @@ protected:
     }
 
     template <typename T>
-    static void expectError(const fakes::Ended<T>& ended, platform::PlatformErrorKind kind,
+    static void expectError(const fakes::Ended<T>& ended, FailureKind kind,
                             const std::string& sentence) {
         ASSERT_TRUE(ended.error);
         EXPECT_EQ(ended.error->kind(), kind);

@@ -1,6 +1,6 @@
 #include "Records.h"
 
-#include "authenticator/CredentialStore.h"
+#include "authenticator/store/CredentialStore.h"
 #include "fakes/authenticator/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -64,12 +64,12 @@ void countChanges() {
 }
 
 /// Whether the child was killed before its call number n; false when it came to its end.
-bool saveAndDieAt(int n, const fs::path& file, const CredentialRecord& record) {
+bool saveAndDieAt(int n, const fs::path& file, const authenticator::CredentialRecord& record) {
     const pid_t child = ::fork();
     if (child == 0) {
         countChanges();
         callsLeft = n;
-        CredentialStore(file).save(record);
+        authenticator::CredentialStore(file).save(record);
         ::_exit(0);
     }
     int status = 0;
@@ -93,14 +93,14 @@ void expectPrivateJournal(const fs::path& file, int& journals) {
 } // namespace
 
 TEST(CredentialStoreKill, LeavesTheOldRecordOrTheNewOne) {
-    const CredentialRecord before = record("old", "user");
-    const CredentialRecord after = record("new", "user");
-    const CredentialRecord bystander = record("other", "somebody");
+    const authenticator::CredentialRecord before = record("old", "user");
+    const authenticator::CredentialRecord after = record("new", "user");
+    const authenticator::CredentialRecord bystander = record("other", "somebody");
     int kills = 0, olds = 0, news = 0, journals = 0;
     for (bool killed = true; killed; ++kills) {
         const fakes::TemporaryFolder folder;
         const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
-        const CredentialStore store(file);
+        const authenticator::CredentialStore store(file);
         store.save(bystander);
         store.save(before);
         killed = saveAndDieAt(kills, file, after);
@@ -124,7 +124,7 @@ TEST(CredentialStoreKill, LeavesAFileThatWorksWhenTheVeryFirstSaveIsKilled) {
     for (bool killed = true; killed; ++kills) {
         const fakes::TemporaryFolder folder;
         const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
-        const CredentialStore store(file);
+        const authenticator::CredentialStore store(file);
         killed = saveAndDieAt(kills, file, record("first", "user"));
         EXPECT_LE(store.find("localhost").size(), 1U);
         store.save(record("second", "user"));

@@ -1,8 +1,8 @@
 #include "Records.h"
 
-#include "authenticator/CredentialStore.h"
+#include "authenticator/store/CredentialStore.h"
+#include "base/Failure.h"
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "platform/PlatformError.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -49,8 +49,8 @@ protected:
             try {
                 operation();
                 ADD_FAILURE() << "was not refused";
-            } catch (const platform::PlatformError& error) {
-                EXPECT_EQ(error.kind(), platform::PlatformErrorKind::storage);
+            } catch (const Failure& error) {
+                EXPECT_EQ(error.kind(), FailureKind::storage);
                 EXPECT_NE(error.localizedDescription().find(sentence), std::string::npos)
                     << error.localizedDescription() << " (" << error.cause() << ")";
             }
@@ -62,19 +62,20 @@ protected:
 
     fakes::TemporaryFolder folder;
     fs::path file = folder.path() / "data" / "kelo" / "passkeys.sqlite";
-    CredentialStore store{file};
+    authenticator::CredentialStore store{file};
 };
 
 } // namespace
 
 TEST_F(CredentialStoreTest, KeepsEveryFieldAcrossInstances) {
-    const CredentialRecord kept = record("id", "user");
+    const authenticator::CredentialRecord kept = record("id", "user");
     store.save(kept);
-    EXPECT_EQ(CredentialStore(file).find("localhost"), std::vector{kept});
+    EXPECT_EQ(authenticator::CredentialStore(file).find("localhost"), std::vector{kept});
 }
 
 TEST_F(CredentialStoreTest, KeepsBytesAndTextsAsTheyAre) {
-    CredentialRecord kept = record(std::string("\0\xFF'", 3), std::string("\0\0", 2));
+    authenticator::CredentialRecord kept =
+        record(std::string("\0\xFF'", 3), std::string("\0\0", 2));
     kept.accountName = "Zo\u00eb \"); DROP TABLE credential; --";
     store.save(kept);
     EXPECT_EQ(store.find("localhost"), std::vector{kept});
@@ -90,9 +91,9 @@ TEST_F(CredentialStoreTest, ReplacesTheSameUserOfTheSameRelyingParty) {
 }
 
 TEST_F(CredentialStoreTest, KeepsOtherUsersAndOtherRelyingParties) {
-    CredentialRecord elsewhere = record("c", "one");
+    authenticator::CredentialRecord elsewhere = record("c", "one");
     elsewhere.relyingPartyIdentifier = "example.org";
-    CredentialRecord later = record("b", "two");
+    authenticator::CredentialRecord later = record("b", "two");
     later.created += std::chrono::seconds(1);
     store.save(later);
     store.save(record("a", "one"));
@@ -153,7 +154,7 @@ TEST_F(CredentialStoreTest, DamagedPageIsReportedAndLeftUntouched) {
 TEST_F(CredentialStoreTest, RecordOfAnotherShapeIsReported) {
     store.save(record("a", "u"));
     execute("UPDATE credential SET public_key = x'00'");
-    EXPECT_THROW(store.find("localhost"), platform::PlatformError);
+    EXPECT_THROW(store.find("localhost"), Failure);
 }
 
 TEST_F(CredentialStoreTest, NewerFileIsReportedAndLeftUntouched) {
@@ -198,13 +199,13 @@ TEST_F(CredentialStoreTest, FolderBehindASymbolicLinkIsFine) {
 
 TEST_F(CredentialStoreTest, FolderInPlaceOfTheFileIsReported) {
     fs::create_directories(file);
-    EXPECT_THROW(store.find("localhost"), platform::PlatformError);
-    EXPECT_THROW(store.save(record("a", "u")), platform::PlatformError);
+    EXPECT_THROW(store.find("localhost"), Failure);
+    EXPECT_THROW(store.save(record("a", "u")), Failure);
 }
 
 TEST_F(CredentialStoreTest, FileInPlaceOfTheFolderIsReported) {
     std::ofstream(folder.path() / "data").close();
-    EXPECT_THROW(store.save(record("a", "u")), platform::PlatformError);
+    EXPECT_THROW(store.save(record("a", "u")), Failure);
 }
 
 } // namespace kelo

@@ -14,8 +14,6 @@ namespace kelo {
 
 namespace {
 
-using platform::Bytes;
-
 template <auto release>
 struct Release {
     template <typename T>

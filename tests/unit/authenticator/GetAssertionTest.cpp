@@ -1,4 +1,5 @@
 #include "CeremonyTest.h"
+#include "Hex.h"
 
 #include "authenticator/webauthn/Base64Url.h"
 
@@ -6,7 +7,6 @@ namespace kelo {
 
 using authenticator::Ceremony;
 using authenticator::VerificationOutcome;
-using platform::PlatformErrorKind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -42,13 +42,24 @@ TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
     EXPECT_TRUE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
     EXPECT_FALSE(verifyAssertion(*ended->value, registration->publicKey, "example.org", true));
     EXPECT_EQ(ended->value->credentialId, credential.credentialId);
-    EXPECT_EQ(ended->value->userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(ended->value->userId, bytesOf("user-1"));
     EXPECT_EQ(ended->value->rawAuthenticatorData->size(), 37U);
     EXPECT_EQ(ended->value->rawAuthenticatorData->at(32), 0x05);
-    EXPECT_EQ(platform::textOf(ended->value->rawClientDataJson),
+    EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.get\",\"challenge\":\"" +
-                  authenticator::base64Url(platform::bytesOf("assertion challenge")) +
+                  webauthn::base64Url(bytesOf("assertion challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
+}
+
+TEST_F(GetAssertionTest, TheCounterIsZeroInTheRegistrationAndInEveryAssertion) {
+    const auto registration = verifyRegistration(registered("zoe", "user-1"), "localhost");
+    EXPECT_EQ(registration->counter, 0U);
+    for (int signIns = 1; signIns <= 3; ++signIns) {
+        const auto ended = signIn(assertion());
+        ASSERT_TRUE(ended->value);
+        const ByteView data = *ended->value->rawAuthenticatorData;
+        EXPECT_EQ(toHex(data.subspan(33, 4)), "00000000") << "sign-in " << signIns;
+    }
 }
 
 TEST_F(GetAssertionTest, AChangedClientDataDoesNotVerify) {
@@ -94,13 +105,13 @@ TEST_F(GetAssertionTest, RefusesAnotherRelyingPartyBeforeThePersonSeesAnything) 
     auto request = assertion();
     request.relyingPartyIdentifier = "example.org";
     expectError(
-        *signIn(request), PlatformErrorKind::notAllowed,
+        *signIn(request), FailureKind::notAllowed,
         "Kelo does not serve passkeys for example.org. Use a web browser for that service.");
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
 
 TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyYet) {
-    expectError(*signIn(assertion()), PlatformErrorKind::noCredential, noPasskey);
+    expectError(*signIn(assertion()), FailureKind::noCredential, noPasskey);
     EXPECT_THAT(scope.person.events, IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(scope.folder.path() / "kelo"));
 }
@@ -109,9 +120,9 @@ TEST_F(GetAssertionTest, SaysThatThereIsNoPasskeyWhenNoneIsAllowed) {
     registered("zoe", "user-1");
     auto request = assertion();
     request.allowedCredentials.emplace();
-    request.allowedCredentials->push_back({platform::Bytes(32)});
-    request.allowedCredentials->push_back({platform::Bytes()});
-    expectError(*signIn(request), PlatformErrorKind::noCredential, noPasskey);
+    request.allowedCredentials->push_back({Bytes(32)});
+    request.allowedCredentials->push_back({Bytes()});
+    expectError(*signIn(request), FailureKind::noCredential, noPasskey);
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
 
@@ -129,7 +140,7 @@ TEST_F(GetAssertionTest, OffersOnlyAllowedPasskeys) {
     registered("max", "user-2");
     auto request = assertion();
     request.allowedCredentials.emplace();
-    request.allowedCredentials->push_back({platform::Bytes(32)});
+    request.allowedCredentials->push_back({Bytes(32)});
     request.allowedCredentials->push_back(descriptor(zoe));
     const auto ended = signIn(request);
     EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("zoe"));
@@ -144,7 +155,7 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
     const auto ended = signIn(assertion());
     EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("max", "zoe"));
     ASSERT_TRUE(ended->value);
-    EXPECT_EQ(ended->value->userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(ended->value->userId, bytesOf("user-1"));
     const auto key = [](const auto& credential) {
         return verifyRegistration(credential, "localhost")->publicKey;
     };
@@ -155,8 +166,7 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
 TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonDeclines) {
     registered("zoe", "user-1");
     scope.person.choice = std::nullopt;
-    expectError(*signIn(assertion()), PlatformErrorKind::cancelled,
-                "The passkey request was cancelled.");
+    expectError(*signIn(assertion()), FailureKind::cancelled, "The passkey request was cancelled.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "closed"));
 }
 
@@ -164,7 +174,7 @@ TEST_F(GetAssertionTest, SignsNothingForAPersonItCouldNotVerify) {
     registered("zoe", "user-1");
     scope.verifier.outcome = VerificationOutcome::failed;
     expectError(
-        *signIn(assertion()), PlatformErrorKind::notAllowed,
+        *signIn(assertion()), FailureKind::notAllowed,
         "Kelo could not verify that it is you, so the passkey was not used. Please try again.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
 }
@@ -172,14 +182,13 @@ TEST_F(GetAssertionTest, SignsNothingForAPersonItCouldNotVerify) {
 TEST_F(GetAssertionTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
     registered("zoe", "user-1");
     scope.verifier.outcome = VerificationOutcome::cancelled;
-    expectError(*signIn(assertion()), PlatformErrorKind::cancelled,
-                "The passkey request was cancelled.");
+    expectError(*signIn(assertion()), FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 TEST_F(GetAssertionTest, PassesTheKeyStoresReasonOn) {
     registered("zoe", "user-1");
     scope.keys.failure = "Your keyring is locked.";
-    expectError(*signIn(assertion()), PlatformErrorKind::storage, "Your keyring is locked.");
+    expectError(*signIn(assertion()), FailureKind::storage, "Your keyring is locked.");
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
@@ -191,7 +200,7 @@ TEST_F(GetAssertionTest, CancelWhileTheKeyringWaitsEndsAtOnce) {
     scope.person.pressCancel();
     scope.person.pressCancel();
     scope.loop.runUntilIdle();
-    expectError(*ended, PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    expectError(*ended, FailureKind::cancelled, "The passkey request was cancelled.");
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
@@ -199,7 +208,7 @@ TEST_F(GetAssertionTest, ADamagedFileIsReportedBeforeThePersonSeesAnything) {
     std::filesystem::create_directories(scope.folder.path() / "kelo" / "passkeys.sqlite");
     const auto ended = signIn(assertion());
     ASSERT_TRUE(ended->error);
-    EXPECT_EQ(ended->error->kind(), PlatformErrorKind::storage);
+    EXPECT_EQ(ended->error->kind(), FailureKind::storage);
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
 

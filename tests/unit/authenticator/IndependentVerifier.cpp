@@ -1,6 +1,6 @@
 #include "unit/authenticator/IndependentVerifier.h"
 
-#include "authenticator/Cryptography.h"
+#include "authenticator/keys/Cryptography.h"
 
 #include <cbor.h>
 #include <fido.h>
@@ -12,8 +12,6 @@
 namespace kelo {
 
 namespace {
-
-using platform::Bytes;
 
 struct Release {
     void operator()(cbor_item_t* item) const { cbor_decref(&item); }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/Bytes.h"
 #include "platform/Authorization.h"
-#include "platform/Bytes.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,9 +11,9 @@ namespace kelo {
 
 /// What someone else's library (libfido2) reads from a registration.
 struct VerifiedRegistration {
-    platform::Bytes credentialId;
-    platform::Bytes publicKey;
-    platform::Bytes aaguid;
+    Bytes credentialId;
+    Bytes publicKey;
+    Bytes aaguid;
     std::uint8_t flags = 0;
     std::uint32_t counter = 0;
 };
@@ -25,7 +25,6 @@ verifyRegistration(const platform::PlatformRegistrationCredential& credential,
 
 /// Whether the library accepts the assertion under the public key of a registration.
 bool verifyAssertion(const platform::PlatformAssertionCredential& credential,
-                     const platform::Bytes& publicKey, const std::string& relyingParty,
-                     bool userVerified);
+                     const Bytes& publicKey, const std::string& relyingParty, bool userVerified);
 
 } // namespace kelo

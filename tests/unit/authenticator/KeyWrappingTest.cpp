@@ -1,7 +1,7 @@
 #include "Hex.h"
 
-#include "authenticator/Cryptography.h"
-#include "authenticator/KeyWrapping.h"
+#include "authenticator/keys/Cryptography.h"
+#include "authenticator/keys/KeyWrapping.h"
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
@@ -14,87 +14,96 @@ using namespace authenticator;
 
 namespace {
 
-SecretBytes wrappingKey(std::uint8_t fill) {
-    SecretBytes key(wrappingKeySize);
+authenticator::SecretBytes wrappingKey(std::uint8_t fill) {
+    authenticator::SecretBytes key(authenticator::wrappingKeySize);
     std::fill_n(key.data(), key.size(), fill);
     return key;
 }
 
-bool opens(const SecretBytes& wrapping, const platform::Bytes& wrapped) {
-    return std::holds_alternative<P256Key>(unwrapPrivateKey(wrapping, wrapped));
+bool opens(const authenticator::SecretBytes& wrapping, const Bytes& wrapped) {
+    return std::holds_alternative<authenticator::P256Key>(
+        authenticator::unwrapPrivateKey(wrapping, wrapped));
 }
 
-UnwrapFailure failureOf(const SecretBytes& wrapping, const platform::Bytes& wrapped) {
-    return std::get<UnwrapFailure>(unwrapPrivateKey(wrapping, wrapped));
+authenticator::UnwrapFailure failureOf(const authenticator::SecretBytes& wrapping,
+                                       const Bytes& wrapped) {
+    return std::get<authenticator::UnwrapFailure>(
+        authenticator::unwrapPrivateKey(wrapping, wrapped));
 }
 
 } // namespace
 
 TEST(P256Key, ComesBackFromItsScalar) {
-    const P256Key key = P256Key::generate();
-    const auto again = P256Key::fromScalar(key.scalar());
+    const authenticator::P256Key key = authenticator::P256Key::generate();
+    const auto again = authenticator::P256Key::fromScalar(key.scalar());
     ASSERT_TRUE(again);
     EXPECT_EQ(again->publicKey(), key.publicKey());
 }
 
 TEST(P256Key, IsNotMadeFromAScalarOutsideTheCurve) {
-    EXPECT_FALSE(P256Key::fromScalar(SecretBytes(fromHex(std::string(64, '0')))));
-    EXPECT_FALSE(P256Key::fromScalar(SecretBytes(fromHex(std::string(64, 'f')))));
+    EXPECT_FALSE(authenticator::P256Key::fromScalar(
+        authenticator::SecretBytes(fromHex(std::string(64, '0')))));
+    EXPECT_FALSE(authenticator::P256Key::fromScalar(
+        authenticator::SecretBytes(fromHex(std::string(64, 'f')))));
     const auto order = "ffffffff00000000ffffffffffffffffbce6faada7179e84f3b9cac2fc632551";
-    EXPECT_FALSE(P256Key::fromScalar(SecretBytes(fromHex(order))));
-    EXPECT_FALSE(P256Key::fromScalar(SecretBytes(fromHex("01"))));
+    EXPECT_FALSE(authenticator::P256Key::fromScalar(authenticator::SecretBytes(fromHex(order))));
+    EXPECT_FALSE(authenticator::P256Key::fromScalar(authenticator::SecretBytes(fromHex("01"))));
 }
 
 TEST(KeyWrapping, OpensUnderTheSameWrappingKey) {
-    const P256Key key = P256Key::generate();
-    const platform::Bytes wrapped = wrapPrivateKey(wrappingKey(7), key);
-    const auto opened = unwrapPrivateKey(wrappingKey(7), wrapped);
-    ASSERT_TRUE(std::holds_alternative<P256Key>(opened));
-    EXPECT_EQ(std::get<P256Key>(opened).publicKey(), key.publicKey());
+    const authenticator::P256Key key = authenticator::P256Key::generate();
+    const Bytes wrapped = authenticator::wrapPrivateKey(wrappingKey(7), key);
+    const auto opened = authenticator::unwrapPrivateKey(wrappingKey(7), wrapped);
+    ASSERT_TRUE(std::holds_alternative<authenticator::P256Key>(opened));
+    EXPECT_EQ(std::get<authenticator::P256Key>(opened).publicKey(), key.publicKey());
 }
 
 TEST(KeyWrapping, TellsAnotherWrappingKeyFromDamage) {
-    const platform::Bytes wrapped = wrapPrivateKey(wrappingKey(7), P256Key::generate());
-    EXPECT_EQ(failureOf(wrappingKey(8), wrapped), UnwrapFailure::otherWrappingKey);
+    const Bytes wrapped =
+        authenticator::wrapPrivateKey(wrappingKey(7), authenticator::P256Key::generate());
+    EXPECT_EQ(failureOf(wrappingKey(8), wrapped), authenticator::UnwrapFailure::otherWrappingKey);
 }
 
 TEST(KeyWrapping, NoticesEveryChangedByte) {
-    const platform::Bytes wrapped = wrapPrivateKey(wrappingKey(7), P256Key::generate());
+    const Bytes wrapped =
+        authenticator::wrapPrivateKey(wrappingKey(7), authenticator::P256Key::generate());
     for (std::size_t i = 0; i < wrapped.size(); ++i) {
-        platform::Bytes changed = wrapped;
+        Bytes changed = wrapped;
         changed[i] ^= 0x40;
         EXPECT_FALSE(opens(wrappingKey(7), changed)) << "byte " << i;
     }
 }
 
 TEST(KeyWrapping, NoticesAnyOtherLength) {
-    platform::Bytes wrapped = wrapPrivateKey(wrappingKey(7), P256Key::generate());
-    EXPECT_EQ(failureOf(wrappingKey(7), {}), UnwrapFailure::damaged);
+    Bytes wrapped =
+        authenticator::wrapPrivateKey(wrappingKey(7), authenticator::P256Key::generate());
+    EXPECT_EQ(failureOf(wrappingKey(7), {}), authenticator::UnwrapFailure::damaged);
     wrapped.push_back(0);
-    EXPECT_EQ(failureOf(wrappingKey(7), wrapped), UnwrapFailure::damaged);
+    EXPECT_EQ(failureOf(wrappingKey(7), wrapped), authenticator::UnwrapFailure::damaged);
     wrapped.resize(wrapped.size() - 2);
-    EXPECT_EQ(failureOf(wrappingKey(7), wrapped), UnwrapFailure::damaged);
+    EXPECT_EQ(failureOf(wrappingKey(7), wrapped), authenticator::UnwrapFailure::damaged);
 }
 
 TEST(KeyWrapping, DoesNotPassOneKeyOffAsAnother) {
-    const platform::Bytes one = wrapPrivateKey(wrappingKey(7), P256Key::generate());
-    platform::Bytes mixed = wrapPrivateKey(wrappingKey(7), P256Key::generate());
+    const Bytes one =
+        authenticator::wrapPrivateKey(wrappingKey(7), authenticator::P256Key::generate());
+    Bytes mixed = authenticator::wrapPrivateKey(wrappingKey(7), authenticator::P256Key::generate());
     std::copy_n(one.begin() + 9, 64, mixed.begin() + 9); // the public key
-    EXPECT_EQ(failureOf(wrappingKey(7), mixed), UnwrapFailure::damaged);
+    EXPECT_EQ(failureOf(wrappingKey(7), mixed), authenticator::UnwrapFailure::damaged);
 }
 
 TEST(KeyWrapping, HidesThePrivateKeyAndNeverRepeatsItself) {
-    const P256Key key = P256Key::generate();
-    const platform::Bytes one = wrapPrivateKey(wrappingKey(7), key);
-    const platform::Bytes two = wrapPrivateKey(wrappingKey(7), key);
+    const authenticator::P256Key key = authenticator::P256Key::generate();
+    const Bytes one = authenticator::wrapPrivateKey(wrappingKey(7), key);
+    const Bytes two = authenticator::wrapPrivateKey(wrappingKey(7), key);
     EXPECT_NE(one, two);
-    const SecretBytes scalar = key.scalar();
+    const authenticator::SecretBytes scalar = key.scalar();
     EXPECT_TRUE(std::ranges::search(one, scalar.view()).empty());
 }
 
 TEST(SecretBytes, LeavesNothingWhereItMovedFrom) {
-    SecretBytes first(fromHex("0102"));
-    const SecretBytes second = std::move(first);
+    authenticator::SecretBytes first(fromHex("0102"));
+    const authenticator::SecretBytes second = std::move(first);
     EXPECT_EQ(first.size(), 0U); // NOLINT(bugprone-use-after-move)
     EXPECT_EQ(toHex(second.view()), "0102");
 }

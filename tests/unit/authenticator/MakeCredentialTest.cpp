@@ -6,7 +6,6 @@ namespace kelo {
 
 using authenticator::Ceremony;
 using authenticator::VerificationOutcome;
-using platform::PlatformErrorKind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -19,7 +18,7 @@ TEST_F(MakeCredentialTest, MakesACredentialThatSomeoneElsesLibraryAccepts) {
     ASSERT_TRUE(verified);
     EXPECT_EQ(verified->flags, 0x45);
     EXPECT_EQ(verified->counter, 0U);
-    EXPECT_EQ(verified->aaguid, platform::Bytes(16));
+    EXPECT_EQ(verified->aaguid, Bytes(16));
     EXPECT_EQ(verified->credentialId, ended->value->credentialId);
     EXPECT_EQ(verified->credentialId.size(), 32U);
 }
@@ -39,9 +38,9 @@ TEST_F(MakeCredentialTest, TellsThePersonWhoAsksAndForWhichAccount) {
 
 TEST_F(MakeCredentialTest, WritesTheClientDataFromTheFixedTemplate) {
     const auto ended = doRegister(registration());
-    EXPECT_EQ(platform::textOf(ended->value->rawClientDataJson),
+    EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.create\",\"challenge\":\"" +
-                  authenticator::base64Url(platform::bytesOf("creation challenge")) +
+                  webauthn::base64Url(bytesOf("creation challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
@@ -49,7 +48,7 @@ TEST_F(MakeCredentialTest, KeepsWhatTheServiceNeedsLater) {
     const auto ended = doRegister(registration("zoe", "user-1"));
     ASSERT_EQ(kept().size(), 1U);
     EXPECT_EQ(kept()[0].credentialId, ended->value->credentialId);
-    EXPECT_EQ(kept()[0].userId, platform::bytesOf("user-1"));
+    EXPECT_EQ(kept()[0].userId, bytesOf("user-1"));
     EXPECT_EQ(kept()[0].accountName, "zoe");
     EXPECT_EQ(kept()[0].created, scope.clock.time);
 }
@@ -58,7 +57,7 @@ TEST_F(MakeCredentialTest, RefusesAnotherRelyingPartyBeforeThePersonSeesAnything
     auto request = registration();
     request.relyingPartyIdentifier = "example.org";
     expectError(
-        *doRegister(request), PlatformErrorKind::notAllowed,
+        *doRegister(request), FailureKind::notAllowed,
         "Kelo does not serve passkeys for example.org. Use a web browser for that service.");
     EXPECT_THAT(scope.person.events, IsEmpty());
 }
@@ -77,7 +76,7 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
                                  "Nothing was registered.";
     for (const std::size_t size : {0U, 65U}) {
         expectError(*doRegister(registration("zoe", std::string(size, 'u'))),
-                    PlatformErrorKind::notAllowed, sentence);
+                    FailureKind::notAllowed, sentence);
     }
     EXPECT_THAT(scope.person.events, IsEmpty());
     EXPECT_TRUE(doRegister(registration("zoe", std::string(1, 'u')))->value);
@@ -86,7 +85,7 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
 
 TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonDeclines) {
     scope.person.choice = std::nullopt;
-    expectError(*doRegister(registration()), PlatformErrorKind::cancelled,
+    expectError(*doRegister(registration()), FailureKind::cancelled,
                 "The passkey request was cancelled.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "closed"));
     EXPECT_THAT(kept(), IsEmpty());
@@ -94,7 +93,7 @@ TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonDeclines) {
 
 TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
     scope.verifier.outcome = VerificationOutcome::cancelled;
-    expectError(*doRegister(registration()), PlatformErrorKind::cancelled,
+    expectError(*doRegister(registration()), FailureKind::cancelled,
                 "The passkey request was cancelled.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
 }
@@ -102,7 +101,7 @@ TEST_F(MakeCredentialTest, EndsAsCancelledWhenThePersonCancelsTheVerification) {
 TEST_F(MakeCredentialTest, MakesNoKeyForAPersonItCouldNotVerify) {
     scope.verifier.outcome = VerificationOutcome::failed;
     expectError(
-        *doRegister(registration()), PlatformErrorKind::notAllowed,
+        *doRegister(registration()), FailureKind::notAllowed,
         "Kelo could not verify that it is you, so the passkey was not used. Please try again.");
     EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
     EXPECT_THAT(kept(), IsEmpty());
@@ -111,14 +110,14 @@ TEST_F(MakeCredentialTest, MakesNoKeyForAPersonItCouldNotVerify) {
 TEST_F(MakeCredentialTest, SaysWhenNothingCanVerifyThePerson) {
     scope.verifier.outcome = VerificationOutcome::unavailable;
     expectError(
-        *doRegister(registration()), PlatformErrorKind::notAllowed,
+        *doRegister(registration()), FailureKind::notAllowed,
         "This computer has no way to check that it is you, so the passkey was not used. Make "
         "sure that Kelo is installed completely and that your account has a password.");
 }
 
 TEST_F(MakeCredentialTest, PassesTheKeyStoresReasonOnAndKeepsNothing) {
     scope.keys.failure = "No keyring is running.";
-    expectError(*doRegister(registration()), PlatformErrorKind::storage, "No keyring is running.");
+    expectError(*doRegister(registration()), FailureKind::storage, "No keyring is running.");
     EXPECT_THAT(kept(), IsEmpty());
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
@@ -127,7 +126,7 @@ TEST_F(MakeCredentialTest, PassesTheDisksReasonOn) {
     std::filesystem::create_directories(scope.folder.path() / "kelo" / "passkeys.sqlite");
     const auto ended = doRegister(registration());
     ASSERT_TRUE(ended->error);
-    EXPECT_EQ(ended->error->kind(), PlatformErrorKind::storage);
+    EXPECT_EQ(ended->error->kind(), FailureKind::storage);
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
@@ -137,7 +136,7 @@ TEST_F(MakeCredentialTest, CancelWhileTheKeyringWaitsEndsAtOnceAndKeepsNothing) 
     ASSERT_TRUE(ended->pending());
     scope.person.pressCancel();
     scope.loop.runUntilIdle();
-    expectError(*ended, PlatformErrorKind::cancelled, "The passkey request was cancelled.");
+    expectError(*ended, FailureKind::cancelled, "The passkey request was cancelled.");
     EXPECT_THAT(kept(), IsEmpty());
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
@@ -145,7 +144,7 @@ TEST_F(MakeCredentialTest, CancelWhileTheKeyringWaitsEndsAtOnceAndKeepsNothing) 
 TEST_F(MakeCredentialTest, DroppedWhileTheSheetIsOpenItClosesTheSheet) {
     scope.person.leavesOpen = true;
     doRegister(registration());
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 

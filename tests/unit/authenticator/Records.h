@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/CredentialRecord.h"
+#include "authenticator/store/CredentialRecord.h"
 
 #include <string_view>
 
@@ -10,14 +10,14 @@ namespace kelo {
 inline authenticator::CredentialRecord record(std::string_view credentialId,
                                               std::string_view userId) {
     authenticator::CredentialRecord made;
-    made.credentialId = platform::bytesOf(credentialId);
+    made.credentialId = bytesOf(credentialId);
     made.relyingPartyIdentifier = "localhost";
-    made.userId = platform::bytesOf(userId);
+    made.userId = bytesOf(userId);
     made.accountName = "account of " + std::string(userId);
     made.created = std::chrono::sys_seconds(std::chrono::seconds(1'700'000'000));
     made.publicKey.x.fill(static_cast<std::uint8_t>(credentialId.size()));
     made.publicKey.y.fill(static_cast<std::uint8_t>(userId.size()));
-    made.wrappedPrivateKey = platform::bytesOf("wrapped " + std::string(credentialId));
+    made.wrappedPrivateKey = bytesOf("wrapped " + std::string(credentialId));
     return made;
 }
 

@@ -1,7 +1,7 @@
 #include "Hex.h"
 
-#include "authenticator/Cryptography.h"
-#include "authenticator/SoftwareKeyStore.h"
+#include "authenticator/keys/Cryptography.h"
+#include "authenticator/keys/SoftwareKeyStore.h"
 #include "fakes/authenticator/ScopedAuthenticator.h"
 
 #include <gtest/gtest.h>
@@ -14,29 +14,29 @@ using namespace authenticator;
 
 namespace {
 
-class FakeWrappingKeySource final : public WrappingKeySource {
+class FakeWrappingKeySource final : public authenticator::WrappingKeySource {
 public:
-    std::optional<SecretBytes> find(std::stop_token stop) override {
+    std::optional<authenticator::SecretBytes> find(std::stop_token stop) override {
         lastStop = std::move(stop);
         if (failure)
-            throw platform::PlatformError(platform::PlatformErrorKind::storage, *failure);
+            throw Failure(FailureKind::storage, *failure);
         if (!kept)
             return std::nullopt;
-        return SecretBytes(platform::Bytes(*kept));
+        return authenticator::SecretBytes(Bytes(*kept));
     }
-    SecretBytes findOrCreate(std::stop_token stop) override {
+    authenticator::SecretBytes findOrCreate(std::stop_token stop) override {
         if (auto found = find(std::move(stop)))
             return std::move(*found);
-        kept = randomBytes(32);
-        return SecretBytes(platform::Bytes(*kept));
+        kept = authenticator::randomBytes(32);
+        return authenticator::SecretBytes(Bytes(*kept));
     }
 
-    std::optional<platform::Bytes> kept;
+    std::optional<Bytes> kept;
     std::optional<std::string> failure;
     std::stop_token lastStop;
 };
 
-class HeldWorker final : public platform::Worker {
+class HeldWorker final : public Worker {
 public:
     void perform(std::function<void()> job) override { jobs.push_back(std::move(job)); }
     std::deque<std::function<void()>> jobs;
@@ -46,8 +46,8 @@ class SoftwareKeyStoreTest : public testing::Test {
 protected:
     fakes::ScopedAuthenticator scope;
     std::shared_ptr<FakeWrappingKeySource> source = std::make_shared<FakeWrappingKeySource>();
-    SoftwareKeyStore store{source, scope.worker};
-    platform::Bytes digest = platform::Bytes(32, 0x5A);
+    authenticator::SoftwareKeyStore store{source, scope.worker};
+    Bytes digest = Bytes(32, 0x5A);
 };
 
 } // namespace
@@ -70,11 +70,12 @@ TEST_F(SoftwareKeyStoreTest, MakesNoKeyWithoutAWrappingKey) {
 
 TEST_F(SoftwareKeyStoreTest, SaysThatALostWrappingKeyIsLost) {
     const auto created = scope.run(store.create());
-    for (const auto& kept : {std::optional<platform::Bytes>(), std::optional(randomBytes(32))}) {
+    for (const auto& kept :
+         {std::optional<Bytes>(), std::optional(authenticator::randomBytes(32))}) {
         source->kept = kept;
         const auto signature = scope.run(store.sign(created->value->wrappedPrivateKey, digest));
         ASSERT_TRUE(signature->error);
-        EXPECT_EQ(signature->error->kind(), platform::PlatformErrorKind::storage);
+        EXPECT_EQ(signature->error->kind(), FailureKind::storage);
         EXPECT_EQ(
             signature->error->localizedDescription(),
             "This passkey can no longer be used, because your keyring no longer holds the key that "
@@ -85,7 +86,7 @@ TEST_F(SoftwareKeyStoreTest, SaysThatALostWrappingKeyIsLost) {
 
 TEST_F(SoftwareKeyStoreTest, SaysThatADamagedKeyIsDamaged) {
     const auto created = scope.run(store.create());
-    platform::Bytes damaged = created->value->wrappedPrivateKey;
+    Bytes damaged = created->value->wrappedPrivateKey;
     damaged.back() ^= 1;
     const auto signature = scope.run(store.sign(damaged, digest));
     ASSERT_TRUE(signature->error);
@@ -94,10 +95,10 @@ TEST_F(SoftwareKeyStoreTest, SaysThatADamagedKeyIsDamaged) {
 
 TEST_F(SoftwareKeyStoreTest, StopsTheSourceWhenNobodyWaitsAnyMore) {
     HeldWorker worker;
-    SoftwareKeyStore held(source, worker);
+    authenticator::SoftwareKeyStore held(source, worker);
     scope.run(held.create());
     ASSERT_EQ(worker.jobs.size(), 1U);
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     worker.jobs.front()();
     EXPECT_FALSE(source->kept) << "a dropped request must not reach the keyring";
     EXPECT_FALSE(source->lastStop.stop_possible());

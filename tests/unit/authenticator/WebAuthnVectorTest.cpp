@@ -1,7 +1,7 @@
 #include "DeterministicSigner.h"
 #include "Hex.h"
 
-#include "authenticator/P256Key.h"
+#include "authenticator/keys/P256Key.h"
 #include "authenticator/webauthn/AttestationObject.h"
 #include "authenticator/webauthn/ClientData.h"
 
@@ -54,26 +54,26 @@ constexpr std::string_view assertionSignature =
     "3046022100f50a4e2e4409249c4a853ba361282f09841df4dd4547a13a87780218deffcd380221008480"
     "ac0f0b93538174f575bf11a1dd5d78c6e486013f937295ea13653e331e87";
 
-P256Key publishedKey() {
-    auto key = P256Key::fromScalar(SecretBytes(fromHex(privateKey)));
+authenticator::P256Key publishedKey() {
+    auto key = authenticator::P256Key::fromScalar(authenticator::SecretBytes(fromHex(privateKey)));
     EXPECT_TRUE(key.has_value());
     return std::move(*key);
 }
 
 std::string clientDataHex(std::string_view type, std::string_view challenge, std::string further) {
-    ClientData data;
+    webauthn::ClientData data;
     data.type = type;
     data.challenge = fromHex(challenge);
     data.origin = origin;
     data.furtherMembers = std::move(further);
-    return toHex(platform::bytesOf(clientDataJson(data)));
+    return toHex(bytesOf(webauthn::clientDataJson(data)));
 }
 
 } // namespace
 
 TEST(WebAuthnVector, ClientDataOfTheRegistration) {
     // The vector carries a further member, as a reminder that verifiers must accept some.
-    const std::string whole = platform::textOf(fromHex(creationClientData));
+    const std::string whole = textOf(fromHex(creationClientData));
     const std::size_t start = whole.find("\"extraData\"");
     ASSERT_NE(start, std::string::npos);
     const std::string further = whole.substr(start, whole.size() - 1 - start);
@@ -85,9 +85,10 @@ TEST(WebAuthnVector, ClientDataOfTheAssertion) {
 }
 
 TEST(WebAuthnVector, AttestationObject) {
-    AuthenticatorData data;
-    data.relyingPartyHash = sha256(relyingParty);
-    data.flags = flag::userPresent | flag::backupEligible | flag::backedUp;
+    webauthn::AuthenticatorData data;
+    data.relyingPartyHash = authenticator::sha256(relyingParty);
+    data.flags =
+        webauthn::flag::userPresent | webauthn::flag::backupEligible | webauthn::flag::backedUp;
     data.attestedCredential.emplace();
     std::ranges::copy(fromHex(aaguid), data.attestedCredential->aaguid.begin());
     data.attestedCredential->credentialId = fromHex(credentialId);
@@ -96,21 +97,23 @@ TEST(WebAuthnVector, AttestationObject) {
 }
 
 TEST(WebAuthnVector, AuthenticatorDataAndSignatureOfTheAssertion) {
-    AuthenticatorData data;
-    data.relyingPartyHash = sha256(relyingParty);
-    data.flags = flag::userPresent | flag::backupEligible | flag::backedUp;
-    platform::Bytes message = encode(data);
+    webauthn::AuthenticatorData data;
+    data.relyingPartyHash = authenticator::sha256(relyingParty);
+    data.flags =
+        webauthn::flag::userPresent | webauthn::flag::backupEligible | webauthn::flag::backedUp;
+    Bytes message = encode(data);
     EXPECT_EQ(toHex(message), assertionData);
-    const Sha256Digest clientDataHash = sha256(fromHex(assertionClientData));
+    const authenticator::Sha256Digest clientDataHash =
+        authenticator::sha256(fromHex(assertionClientData));
     message.insert(message.end(), clientDataHash.begin(), clientDataHash.end());
-    EXPECT_EQ(toHex(signDeterministically(fromHex(privateKey), sha256(message))),
+    EXPECT_EQ(toHex(signDeterministically(fromHex(privateKey), authenticator::sha256(message))),
               assertionSignature);
 }
 
 TEST(DeterministicSigner, FollowsTheExampleOfItsStandard) {
     // RFC 6979, A.2.5, SHA-256 of "sample".
     const auto key = fromHex("c9afa9d845ba75166b5c215767b1d6934e50c3db36e89b127b8a622b120f6721");
-    EXPECT_EQ(toHex(signDeterministically(key, sha256(std::string_view("sample")))),
+    EXPECT_EQ(toHex(signDeterministically(key, authenticator::sha256(std::string_view("sample")))),
               "3046022100efd48b2aacb6a8fd1140dd9cd45e81d69d2c877b56aaf991c34d0ea84eaf3716"
               "022100f7cb1c942d657c41d436c7a1b6e29f65f3e900dbb9aff4064dc4ab2f843acda8");
 }

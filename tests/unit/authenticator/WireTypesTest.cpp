@@ -1,6 +1,6 @@
 #include "Hex.h"
 
-#include "authenticator/Cryptography.h"
+#include "authenticator/keys/Cryptography.h"
 #include "authenticator/webauthn/AttestationObject.h"
 #include "authenticator/webauthn/Base64Url.h"
 #include "authenticator/webauthn/CborWriter.h"
@@ -25,21 +25,21 @@ struct CborRelease {
 using CborItem = std::unique_ptr<cbor_item_t, CborRelease>;
 
 std::string written(std::int64_t value) {
-    return toHex(CborWriter().integer(value).result());
+    return toHex(webauthn::CborWriter().integer(value).result());
 }
 
 std::string textHead(std::size_t length) {
-    const platform::Bytes bytes = CborWriter().text(std::string(length, 'a')).result();
+    const Bytes bytes = webauthn::CborWriter().text(std::string(length, 'a')).result();
     EXPECT_EQ(std::string(bytes.end() - static_cast<long>(length), bytes.end()),
               std::string(length, 'a'));
-    return toHex(platform::Bytes(bytes.begin(), bytes.end() - static_cast<long>(length)));
+    return toHex(Bytes(bytes.begin(), bytes.end() - static_cast<long>(length)));
 }
 
 std::string quotedOrigin(std::string origin) {
-    ClientData data;
+    webauthn::ClientData data;
     data.type = "t";
     data.origin = std::move(origin);
-    const std::string json = clientDataJson(data);
+    const std::string json = webauthn::clientDataJson(data);
     const std::string start = "{\"type\":\"t\",\"challenge\":\"\",\"origin\":";
     const std::string end = ",\"crossOrigin\":false}";
     EXPECT_TRUE(json.starts_with(start) && json.ends_with(end)) << json;
@@ -49,12 +49,12 @@ std::string quotedOrigin(std::string origin) {
 } // namespace
 
 TEST(Base64Url, HasNoPaddingAndTheSafeAlphabet) {
-    EXPECT_EQ(base64Url({}), "");
-    EXPECT_EQ(base64Url(fromHex("66")), "Zg");
-    EXPECT_EQ(base64Url(fromHex("666f")), "Zm8");
-    EXPECT_EQ(base64Url(fromHex("666f6f")), "Zm9v");
-    EXPECT_EQ(base64Url(fromHex("fbff")), "-_8");
-    EXPECT_EQ(base64Url(fromHex("ffffff")), "____");
+    EXPECT_EQ(webauthn::base64Url({}), "");
+    EXPECT_EQ(webauthn::base64Url(fromHex("66")), "Zg");
+    EXPECT_EQ(webauthn::base64Url(fromHex("666f")), "Zm8");
+    EXPECT_EQ(webauthn::base64Url(fromHex("666f6f")), "Zm9v");
+    EXPECT_EQ(webauthn::base64Url(fromHex("fbff")), "-_8");
+    EXPECT_EQ(webauthn::base64Url(fromHex("ffffff")), "____");
 }
 
 TEST(CborWriter, WritesIntegersInTheirShortestForm) {
@@ -78,11 +78,11 @@ TEST(CborWriter, WritesLengthsInTheirShortestForm) {
     EXPECT_EQ(textHead(23), "77");
     EXPECT_EQ(textHead(24), "7818");
     EXPECT_EQ(textHead(256), "790100");
-    EXPECT_EQ(toHex(CborWriter().bytes(platform::Bytes(23)).result()).substr(0, 2), "57");
-    EXPECT_EQ(toHex(CborWriter().bytes(platform::Bytes(24)).result()).substr(0, 4), "5818");
-    EXPECT_EQ(toHex(CborWriter().bytes(platform::Bytes(256)).result()).substr(0, 6), "590100");
-    EXPECT_EQ(toHex(CborWriter().map(0).result()), "a0");
-    EXPECT_EQ(toHex(CborWriter().map(24).result()), "b818");
+    EXPECT_EQ(toHex(webauthn::CborWriter().bytes(Bytes(23)).result()).substr(0, 2), "57");
+    EXPECT_EQ(toHex(webauthn::CborWriter().bytes(Bytes(24)).result()).substr(0, 4), "5818");
+    EXPECT_EQ(toHex(webauthn::CborWriter().bytes(Bytes(256)).result()).substr(0, 6), "590100");
+    EXPECT_EQ(toHex(webauthn::CborWriter().map(0).result()), "a0");
+    EXPECT_EQ(toHex(webauthn::CborWriter().map(24).result()), "b818");
 }
 
 TEST(ClientData, EscapesOnlyWhatTheTemplateEscapes) {
@@ -94,24 +94,25 @@ TEST(ClientData, EscapesOnlyWhatTheTemplateEscapes) {
 }
 
 TEST(ClientData, NamesTheTopOriginAfterCrossOriginAndBeforeFurtherMembers) {
-    ClientData data;
+    webauthn::ClientData data;
     data.type = "webauthn.get";
     data.challenge = {0xFB, 0xFF};
     data.origin = "https://a.example";
     data.crossOrigin = true;
     data.topOrigin = "https://b.example";
     data.furtherMembers = "\"x\":1";
-    EXPECT_EQ(clientDataJson(data), "{\"type\":\"webauthn.get\",\"challenge\":\"-_8\",\"origin\":"
-                                    "\"https://a.example\",\"crossOrigin\":true,\"topOrigin\":"
-                                    "\"https://b.example\",\"x\":1}");
+    EXPECT_EQ(webauthn::clientDataJson(data),
+              "{\"type\":\"webauthn.get\",\"challenge\":\"-_8\",\"origin\":"
+              "\"https://a.example\",\"crossOrigin\":true,\"topOrigin\":"
+              "\"https://b.example\",\"x\":1}");
 }
 
 TEST(CoseKey, IsTheFiveMembersInCanonicalOrder) {
-    PublicKey key;
+    webauthn::PublicKey key;
     key.x.fill(0x11);
     key.y.fill(0x22);
     key.y[0] = 0; // stays 32 bytes long
-    const platform::Bytes bytes = coseKey(key);
+    const Bytes bytes = webauthn::coseKey(key);
     EXPECT_EQ(bytes.size(), 77U);
     std::string x, y = "00";
     for (int i = 0; i < 32; ++i)
@@ -122,33 +123,33 @@ TEST(CoseKey, IsTheFiveMembersInCanonicalOrder) {
 }
 
 TEST(AuthenticatorData, IsThirtySevenBytesWithoutACredential) {
-    AuthenticatorData data;
-    data.relyingPartyHash = sha256(std::string_view("localhost"));
-    data.flags = flag::userPresent | flag::userVerified;
-    const platform::Bytes bytes = encode(data);
+    webauthn::AuthenticatorData data;
+    data.relyingPartyHash = authenticator::sha256(std::string_view("localhost"));
+    data.flags = webauthn::flag::userPresent | webauthn::flag::userVerified;
+    const Bytes bytes = encode(data);
     EXPECT_EQ(toHex(bytes), toHex(data.relyingPartyHash) + "0500000000");
 }
 
 TEST(AuthenticatorData, WritesTheCounterBigEndian) {
-    AuthenticatorData data;
+    webauthn::AuthenticatorData data;
     data.signatureCount = 0x01020304;
-    const platform::Bytes bytes = encode(data);
-    EXPECT_EQ(toHex(platform::ByteView(bytes).subspan(33)), "01020304");
+    const Bytes bytes = encode(data);
+    EXPECT_EQ(toHex(ByteView(bytes).subspan(33)), "01020304");
 }
 
 TEST(AttestedCredentialData, WritesTheLengthOfALongIdBigEndian) {
-    AttestedCredentialData data;
-    data.credentialId = platform::Bytes(1023, 0xAB);
-    const platform::Bytes bytes = encode(data);
+    webauthn::AttestedCredentialData data;
+    data.credentialId = Bytes(1023, 0xAB);
+    const Bytes bytes = encode(data);
     EXPECT_EQ(bytes.size(), 16U + 2 + 1023 + 77);
-    EXPECT_EQ(toHex(platform::ByteView(bytes).first(19)), "0000000000000000000000000000000003ffab");
+    EXPECT_EQ(toHex(ByteView(bytes).first(19)), "0000000000000000000000000000000003ffab");
 }
 
 TEST(AttestationObject, IsOneCborMapThatALibraryReads) {
-    AuthenticatorData data;
+    webauthn::AuthenticatorData data;
     data.attestedCredential.emplace();
-    data.attestedCredential->credentialId = platform::Bytes(1023);
-    const platform::Bytes bytes = attestationObject(data);
+    data.attestedCredential->credentialId = Bytes(1023);
+    const Bytes bytes = attestationObject(data);
     cbor_load_result result{};
     const CborItem item(cbor_load(bytes.data(), bytes.size(), &result));
     ASSERT_EQ(result.error.code, CBOR_ERR_NONE);
@@ -157,7 +158,7 @@ TEST(AttestationObject, IsOneCborMapThatALibraryReads) {
     ASSERT_EQ(cbor_map_size(item.get()), 3U);
     const cbor_pair* pairs = cbor_map_handle(item.get());
     EXPECT_EQ(cbor_bytestring_length(pairs[2].value), 1155U);
-    EXPECT_EQ(toHex(platform::ByteView(bytes).first(31)),
+    EXPECT_EQ(toHex(ByteView(bytes).first(31)),
               "a363666d74646e6f6e656761747453746d74a0686175746844617461590483");
 }
 

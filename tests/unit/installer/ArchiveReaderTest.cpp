@@ -1,6 +1,6 @@
 #include "updater/install/ArchiveReader.h"
 #include "component/installer/Trees.h"
-#include "updater/UpdateError.h"
+#include "updater/error/UpdateError.h"
 
 #include <gmock/gmock.h>
 
@@ -23,7 +23,7 @@ protected:
     ArchiveReader() { fs::create_directory(target); }
 
     std::string unpack(const fs::path& archive, const ArchiveLimits& limits = {}) const {
-        const updater::FileDescriptor place(
+        const posix::FileDescriptor place(
             ::open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         return unpackArchive(openForReading(archive).get(), place.get(), limits);
     }
@@ -88,9 +88,9 @@ TEST_F(ArchiveReader, TakesOverOnlyWhetherAFileIsExecutable) {
 }
 
 TEST_F(ArchiveReader, ReadsFromTheBeginningWhateverTheOffset) {
-    const updater::FileDescriptor archive = openForReading(archiveOf({plainFile}));
+    const posix::FileDescriptor archive = openForReading(archiveOf({plainFile}));
     ::lseek(archive.get(), 0, SEEK_END);
-    const updater::FileDescriptor place(::open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::FileDescriptor place(::open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     EXPECT_EQ(unpackArchive(archive.get(), place.get()), "kelo");
 }
 

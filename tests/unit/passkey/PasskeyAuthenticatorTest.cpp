@@ -3,8 +3,6 @@
 namespace kelo {
 namespace {
 
-using platform::Bytes;
-
 struct PasskeyAuthenticatorTest : SignInFixture {};
 
 TEST_F(PasskeyAuthenticatorTest, IsIdleAtFirstWithASessionOfItsOwn) {
@@ -37,7 +35,7 @@ TEST_F(PasskeyAuthenticatorTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(callback.headers, (Headers{{"Content-Type", "application/x-www-form-urlencoded"},
                                          {"X-Auth-Return-Redirect", "true"}}));
     EXPECT_EQ(callback.timeout, std::chrono::seconds(60));
-    EXPECT_EQ(platform::textOf(callback.body.value()),
+    EXPECT_EQ(textOf(callback.body.value()),
               "csrfToken=token&passkeyAssertion="
               "%7B%22authenticatorAttachment%22:%22platform%22,%22clientExtensionResults%22:%7B%7D,"
               "%22id%22:%22AQID%22,%22rawId%22:%22AQID%22,%22response%22:%7B"
@@ -49,7 +47,7 @@ TEST_F(PasskeyAuthenticatorTest, RequestsGoOutInOrderAndToTheByte) {
 }
 
 TEST_F(PasskeyAuthenticatorTest, AssertionJsonHasExactlyItsMembers) {
-    const auto json = PasskeyAuthenticator::assertionJSON(credential());
+    const auto json = passkey::PasskeyAuthenticator::assertionJSON(credential());
     EXPECT_EQ(json, nlohmann::json::parse(R"({
         "id": "AQID", "rawId": "AQID", "type": "public-key",
         "authenticatorAttachment": "platform", "clientExtensionResults": {},
@@ -63,7 +61,7 @@ TEST_F(PasskeyAuthenticatorTest, CredentialWithoutARequiredPartStopsTheProcess) 
                       &platform::PlatformAssertionCredential::userId}) {
         auto incomplete = credential();
         incomplete.*part = std::nullopt;
-        EXPECT_DEATH(PasskeyAuthenticator::assertionJSON(incomplete), "an assertion has");
+        EXPECT_DEATH(passkey::PasskeyAuthenticator::assertionJSON(incomplete), "an assertion has");
     }
 }
 
@@ -107,6 +105,25 @@ TEST_F(PasskeyAuthenticatorTest, ChallengeInStandardBase64IsAccepted) {
     EXPECT_EQ(assertionRequest().challenge, (Bytes{0xFB, 0xFF}));
 }
 
+TEST_F(PasskeyAuthenticatorTest, EmptyChallengeReachesThePlatform) {
+    startWithOptions(R"({"challenge":""})");
+    EXPECT_EQ(assertionRequest().challenge, Bytes{});
+}
+
+TEST_F(PasskeyAuthenticatorTest, SecondOutcomeAfterASuccessDoesNothing) {
+    const auto flow = startWithOptions(R"({"challenge":"AAEC"})");
+    session.reply(200, R"({"csrfToken":"token"})");
+    session.reply(200, "{}");
+    storeSessionCookie();
+    auto& controller = *desktop.controllers.at(0);
+    controller.complete({credential()});
+    controller.complete({credential()});
+    controller.fail(std::make_exception_ptr(passkey::PasskeyError::signInRejected()));
+    desktop.loop.runUntilIdle();
+    EXPECT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(session.sent.size(), 3u);
+}
+
 TEST_F(PasskeyAuthenticatorTest, AllowedCredentialsKeepTheirOrderAndSkipWhatCannotBeRead) {
     startWithOptions(R"({"challenge":"AAEC","allowCredentials":[
         {"id":"AQ","type":"nonsense"},{"id":5},{"type":"public-key"},{"id":"*"},{"id":"Ag"}]})");
@@ -144,7 +161,7 @@ TEST_F(PasskeyAuthenticatorTest, ControllerHoldsTheDriverWeakly) {
     startWithOptions(R"({"challenge":"AAEC"})");
     const auto controller = desktop.controllers.at(0);
     EXPECT_EQ(controller->delegate.lock(), passkey);
-    platform::dropSpawnedTasks();
+    dropSpawnedTasks();
     passkey.reset();
     EXPECT_TRUE(controller->delegate.expired());
     EXPECT_TRUE(controller->provider.expired());
@@ -156,8 +173,8 @@ TEST_F(PasskeyAuthenticatorTest, RefusedCallbackStatusStartsAt400) {
     EXPECT_TRUE(signInWithCallback(201, "")->value);
     EXPECT_TRUE(signInWithCallback(302, "")->value);
     EXPECT_TRUE(signInWithCallback(399, "")->value);
-    expectFailure(*signInWithCallback(400, ""), PasskeyError::signInRejected());
-    expectFailure(*signInWithCallback(500, ""), PasskeyError::signInRejected());
+    expectFailure(*signInWithCallback(400, ""), passkey::PasskeyError::signInRejected());
+    expectFailure(*signInWithCallback(500, ""), passkey::PasskeyError::signInRejected());
 }
 
 TEST_F(PasskeyAuthenticatorTest, CallbackBodiesWithoutAnErrorAddressCountAsSuccess) {
@@ -171,14 +188,27 @@ TEST_F(PasskeyAuthenticatorTest, CallbackAddressWithErrorAnywhereIsARefusal) {
     storeSessionCookie();
     for (const char* body : {R"({"url":"https://host/login?error=Credentials"})",
                              R"({"url":"https://host/error"})", R"({"url":"terrors"})"})
-        expectFailure(*signInWithCallback(200, body), PasskeyError::signInRejected());
+        expectFailure(*signInWithCallback(200, body), passkey::PasskeyError::signInRejected());
 }
 
-TEST_F(PasskeyAuthenticatorTest, RedirectWithPrefixedSessionCookieSucceeds) {
-    session.storedCookies = {{"__Host-any.session-token.0", "x", "localhost"}};
-    const auto flow = signInWithCallback(302, "");
-    ASSERT_TRUE(flow->value);
-    EXPECT_EQ(flow->value->at(0).name, "__Host-any.session-token.0");
+TEST_F(PasskeyAuthenticatorTest, RedirectThatSetsAPrefixedSessionCookieSignsIn) {
+    const platform::HttpCookie csrf{"__Host-any.csrf-token", "c", "localhost"};
+    const platform::HttpCookie token{"__Secure-any.session-token", "x", "localhost"};
+    session.reply(200, R"({"challenge":"AAEC"})");
+    session.reply(200, R"({"csrfToken":"token"})", {csrf});
+    session.reply(302, "", {token});
+    const auto flow = startSignIn();
+    EXPECT_TRUE(session.storedCookies->empty());
+    confirm();
+    ASSERT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(*flow->value, (std::vector<platform::HttpCookie>{csrf, token}));
+}
+
+TEST_F(PasskeyAuthenticatorTest, SessionTokenMayStandAnywhereInTheCookiesName) {
+    for (const char* name : {"session-token", "__Host-any.session-token.0", "xsession-tokenx"}) {
+        session.storedCookies = {{name, "x", "localhost"}};
+        EXPECT_TRUE(signInWithCallback(200, "")->value) << name;
+    }
 }
 
 TEST_F(PasskeyAuthenticatorTest, ReturnedListHoldsEveryCookieOfTheBaseUrl) {

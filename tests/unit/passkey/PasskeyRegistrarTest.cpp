@@ -3,9 +3,13 @@
 namespace kelo {
 namespace {
 
-using platform::Bytes;
-
 struct PasskeyRegistrarTest : RegistrationFixture {};
+
+TEST_F(PasskeyRegistrarTest, IsIdleAtFirstWithoutAMessage) {
+    EXPECT_FALSE(registrar->busy);
+    EXPECT_EQ(registrar->message.get(), std::nullopt);
+    EXPECT_TRUE(session.sent.empty());
+}
 
 TEST_F(PasskeyRegistrarTest, EmptyCookieListAsksToLogInAndSendsNothing) {
     const auto flow = start({});
@@ -51,6 +55,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(options.url.absoluteString(), at("api/account/passkey/register/options"));
     EXPECT_EQ(options.headers, (Headers{{"Cookie", cookieHeader}, {"x-csrf-token", "csrf"}}));
     EXPECT_FALSE(options.body);
+    EXPECT_EQ(options.timeout, std::chrono::seconds(60));
 
     const auto& verify = session.sent[2].request;
     EXPECT_EQ(verify.method, "POST");
@@ -58,8 +63,8 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(verify.headers, (Headers{{"Cookie", cookieHeader},
                                        {"x-csrf-token", "csrf"},
                                        {"Content-Type", "application/json"}}));
-    EXPECT_EQ(nlohmann::json::parse(platform::textOf(verify.body.value())),
-              nlohmann::json::parse(R"json({
+    EXPECT_EQ(verify.timeout, std::chrono::seconds(60));
+    EXPECT_EQ(nlohmann::json::parse(textOf(verify.body.value())), nlohmann::json::parse(R"json({
         "label": "Mac (Kelo)", "password": "my code", "mfaCode": "my code",
         "response": {
             "id": "AQID", "rawId": "AQID", "type": "public-key",
@@ -67,8 +72,7 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
             "response": {"clientDataJSON": "e30", "attestationObject": "-_8",
                          "transports": ["internal"]}}})json"));
     EXPECT_EQ(*verify.body->begin(), '{');
-    EXPECT_EQ(platform::textOf(*verify.body).find(' '),
-              platform::textOf(*verify.body).find(" (Kelo)"));
+    EXPECT_EQ(textOf(*verify.body).find(' '), textOf(*verify.body).find(" (Kelo)"));
 }
 
 TEST_F(PasskeyRegistrarTest, SuccessLeavesItsMessageAndTheNextStartClearsIt) {
@@ -84,6 +88,32 @@ TEST_F(PasskeyRegistrarTest, SuccessLeavesItsMessageAndTheNextStartClearsIt) {
     start(signedIn);
     EXPECT_TRUE(registrar->busy);
     EXPECT_EQ(registrar->message.get(), std::nullopt);
+}
+
+TEST_F(PasskeyRegistrarTest, StartSetsBusyThenClearsTheMessageAndSuccessSetsItThenEndsBusy) {
+    registrar->message = "old";
+    // What stood before each change.
+    std::vector<std::string> changes;
+    const auto observation = registrar->observe([&] {
+        changes.push_back((registrar->busy ? "busy, " : "idle, ") +
+                          registrar->message.get().value_or("no message"));
+    });
+    const auto flow = registerWithVerify(200, "{}");
+    ASSERT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(changes, (std::vector<std::string>{"idle, old", "busy, old", "busy, no message",
+                                                 "busy, Passkey registered on this Mac."}));
+}
+
+TEST_F(PasskeyRegistrarTest, FailureEndsBusyOnceAndLeavesNoMessage) {
+    registrar->message = "old";
+    std::vector<std::string> changes;
+    const auto observation = registrar->observe([&] {
+        changes.push_back((registrar->busy ? "busy, " : "idle, ") +
+                          registrar->message.get().value_or("no message"));
+    });
+    start({});
+    EXPECT_EQ(changes, (std::vector<std::string>{"idle, old", "busy, old", "busy, no message"}));
+    EXPECT_FALSE(registrar->busy);
 }
 
 TEST_F(PasskeyRegistrarTest, EmptyCsrfTokenIsSentAsAnEmptyHeader) {
@@ -124,7 +154,7 @@ TEST_F(PasskeyRegistrarTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough
     session.reply(200, R"({"token":"csrf"})");
     session.reply(200, "<html>");
     const auto flow = start(signedIn);
-    ASSERT_TRUE(flow->errorAs<platform::PlatformError>());
+    ASSERT_TRUE(flow->errorAs<Failure>());
     EXPECT_FALSE(registrar->busy);
 }
 
@@ -135,6 +165,12 @@ TEST_F(PasskeyRegistrarTest, MissingOrUnreadableOptionsAreBad) {
           R"({"challenge":"AAEC","user":{"id":1}})", R"({"challenge":"AAEC","user":{"id":"*"}})"})
         expectFailure(*startWithOptions(options), "Bad registration options.");
     EXPECT_TRUE(desktop.controllers.empty());
+}
+
+TEST_F(PasskeyRegistrarTest, EmptyChallengeAndUserIdReachThePlatform) {
+    startWithOptions(R"({"challenge":"","user":{"id":""}})");
+    EXPECT_EQ(registrationRequest().challenge, Bytes{});
+    EXPECT_EQ(registrationRequest().userId, Bytes{});
 }
 
 TEST_F(PasskeyRegistrarTest, AccountNameIsNameThenDisplayNameThenKelo) {
@@ -163,10 +199,10 @@ TEST_F(PasskeyRegistrarTest, OnlyChallengeNameAndUserIdComeFromTheService) {
 
 TEST_F(PasskeyRegistrarTest, CancelledSheetGivesThePlatformsOwnText) {
     const auto flow = startUpToSheet();
-    desktop.controllers.at(0)->fail(std::make_exception_ptr(platform::PlatformError(
-        platform::PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+    desktop.controllers.at(0)->fail(std::make_exception_ptr(
+        Failure(FailureKind::cancelled, "The passkey request was cancelled.")));
     desktop.loop.runUntilIdle();
-    EXPECT_TRUE(flow->errorAs<platform::PlatformError>());
+    EXPECT_TRUE(flow->errorAs<Failure>());
     EXPECT_EQ(flow->errorText(), "The passkey request was cancelled.");
     EXPECT_FALSE(registrar->busy);
     EXPECT_EQ(session.sent.size(), 2u);
@@ -176,9 +212,21 @@ TEST_F(PasskeyRegistrarTest, CredentialOfAnotherKindIsRejected) {
     const auto flow = startUpToSheet();
     desktop.controllers.at(0)->complete({platform::PlatformAssertionCredential{}});
     desktop.loop.runUntilIdle();
-    const auto* error = flow->errorAs<PasskeyError>();
+    const auto* error = flow->errorAs<passkey::PasskeyError>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(*error, PasskeyError::signInRejected());
+    EXPECT_EQ(*error, passkey::PasskeyError::signInRejected());
+}
+
+TEST_F(PasskeyRegistrarTest, SecondOutcomeAfterASuccessDoesNothing) {
+    const auto flow = startUpToSheet();
+    session.reply(200, "{}");
+    auto& controller = *desktop.controllers.at(0);
+    controller.complete({credential()});
+    controller.complete({credential()});
+    controller.fail(std::make_exception_ptr(passkey::PasskeyError::signInRejected()));
+    desktop.loop.runUntilIdle();
+    EXPECT_TRUE(flow->value) << flow->errorText();
+    EXPECT_EQ(session.sent.size(), 3u);
 }
 
 TEST_F(PasskeyRegistrarTest, MissingAttestationObjectIsNamed) {
@@ -193,9 +241,9 @@ TEST_F(PasskeyRegistrarTest, MissingAttestationObjectIsNamed) {
 TEST_F(PasskeyRegistrarTest, BodyThatCannotBeWrittenPassesTheWritersErrorThrough) {
     const auto flow = startUpToSheet("bad \xFF");
     confirm();
-    const auto* error = flow->errorAs<platform::PlatformError>();
+    const auto* error = flow->errorAs<Failure>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind(), platform::PlatformErrorKind::invalidJson);
+    EXPECT_EQ(error->kind(), FailureKind::invalidJson);
     EXPECT_EQ(session.sent.size(), 2u);
     EXPECT_FALSE(registrar->busy);
 }
@@ -221,8 +269,8 @@ TEST_F(PasskeyRegistrarTest, Only200IsASuccess) {
 }
 
 TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
-    const auto failure = std::make_exception_ptr(platform::PlatformError(
-        platform::PlatformErrorKind::timedOut, "localhost did not answer."));
+    const auto failure =
+        std::make_exception_ptr(Failure(FailureKind::timedOut, "localhost did not answer."));
     for (int answered = 0; answered < 3; ++answered) {
         desktop.controllers.clear();
         if (answered > 0)
@@ -233,7 +281,7 @@ TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
         const auto flow = start(signedIn);
         if (answered > 1)
             confirm();
-        EXPECT_TRUE(flow->errorAs<platform::PlatformError>()) << answered;
+        EXPECT_TRUE(flow->errorAs<Failure>()) << answered;
         EXPECT_EQ(flow->errorText(), "localhost did not answer.");
         EXPECT_FALSE(registrar->busy);
     }

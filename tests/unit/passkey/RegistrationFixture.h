@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "deployment/Deployment.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "passkey/PasskeyError.h"
 #include "passkey/PasskeyRegistrar.h"
-#include "platform/PlatformError.h"
 #include "unit/passkey/SignInFixture.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,8 @@ namespace kelo {
 /// A registrar, and a service whose replies the test lays out.
 struct RegistrationFixture : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<PasskeyRegistrar> registrar = std::make_shared<PasskeyRegistrar>();
+    std::shared_ptr<passkey::PasskeyRegistrar> registrar =
+        std::make_shared<passkey::PasskeyRegistrar>();
     fakes::FakeHttpSession& session = desktop.sharedSession;
 
     const std::vector<platform::HttpCookie> signedIn = {{"session-token", "xyz", "localhost"}};
@@ -22,15 +23,14 @@ struct RegistrationFixture : testing::Test {
     const std::string usualOptions =
         R"({"challenge":"AAEC","user":{"id":"AQ","name":"ada@example.org"}})";
 
-    ~RegistrationFixture() override { platform::dropSpawnedTasks(); }
+    ~RegistrationFixture() override { dropSpawnedTasks(); }
 
     static platform::PlatformRegistrationCredential credential() {
-        return {{1, 2, 3}, platform::bytesOf("{}"), platform::Bytes{0xFB, 0xFF}};
+        return {{1, 2, 3}, bytesOf("{}"), Bytes{0xFB, 0xFF}};
     }
 
     auto start(std::vector<platform::HttpCookie> cookies, std::string_view entry = "my code") {
-        auto flow = fakes::start(
-            registrar->registerPasskey(std::move(cookies), platform::SecretText(entry)));
+        auto flow = fakes::start(registrar->registerPasskey(std::move(cookies), SecretText(entry)));
         desktop.loop.runUntilIdle();
         return flow;
     }
@@ -63,9 +63,9 @@ struct RegistrationFixture : testing::Test {
     }
 
     void expectFailure(const fakes::FlowResult<bool>& flow, const char* text) {
-        const auto* error = flow.errorAs<PasskeyError>();
+        const auto* error = flow.errorAs<passkey::PasskeyError>();
         ASSERT_TRUE(error) << flow.errorText();
-        EXPECT_EQ(*error, PasskeyError::badResponse(text)) << flow.errorText();
+        EXPECT_EQ(*error, passkey::PasskeyError::badResponse(text)) << flow.errorText();
         EXPECT_FALSE(registrar->busy);
         EXPECT_EQ(registrar->message.get(), std::nullopt);
     }

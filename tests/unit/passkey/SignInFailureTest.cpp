@@ -6,8 +6,7 @@ namespace {
 /// After any failure: not busy, no error text set by the driver, and ready for the next try.
 struct SignInFailureTest : SignInFixture {
     std::exception_ptr platformFailure = std::make_exception_ptr(
-        platform::PlatformError(platform::PlatformErrorKind::cannotConnect,
-                                "Could not connect to localhost: Connection refused."));
+        Failure(FailureKind::cannotConnect, "Could not connect to localhost: Connection refused."));
 
     void expectIdle() {
         EXPECT_FALSE(passkey->busy);
@@ -17,7 +16,7 @@ struct SignInFailureTest : SignInFixture {
     }
     template <typename T>
     void expectPlatformFailure(const fakes::FlowResult<T>& flow) {
-        EXPECT_TRUE(flow.template errorAs<platform::PlatformError>());
+        EXPECT_TRUE(flow.template errorAs<Failure>());
         EXPECT_EQ(flow.errorText(), "Could not connect to localhost: Connection refused.");
     }
 };
@@ -30,14 +29,14 @@ TEST_F(SignInFailureTest, OptionsTransportFailurePassesThrough) {
 
 TEST_F(SignInFailureTest, OptionsReplyOutsideHttpFailsOptions) {
     session.reply(std::nullopt, R"({"challenge":"AAEC"})");
-    expectFailure(*startSignIn(), PasskeyError::optionsFailed());
+    expectFailure(*startSignIn(), passkey::PasskeyError::optionsFailed());
     expectIdle();
 }
 
 TEST_F(SignInFailureTest, OptionsStatusOtherThan200FailsOptions) {
     for (const int status : {201, 204, 302, 401, 500}) {
         session.reply(status, R"({"challenge":"AAEC"})");
-        expectFailure(*startSignIn(), PasskeyError::optionsFailed());
+        expectFailure(*startSignIn(), passkey::PasskeyError::optionsFailed());
     }
     EXPECT_TRUE(desktop.controllers.empty());
     expectIdle();
@@ -45,15 +44,15 @@ TEST_F(SignInFailureTest, OptionsStatusOtherThan200FailsOptions) {
 
 TEST_F(SignInFailureTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough) {
     const auto flow = startWithOptions("<html>");
-    const auto* error = flow->errorAs<platform::PlatformError>();
+    const auto* error = flow->errorAs<Failure>();
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->kind(), platform::PlatformErrorKind::invalidJson);
+    EXPECT_EQ(error->kind(), FailureKind::invalidJson);
     expectIdle();
 }
 
 TEST_F(SignInFailureTest, OptionsArrayFailsOptions) {
     const auto flow = startWithOptions("[]");
-    expectFailure(*flow, PasskeyError::optionsFailed());
+    expectFailure(*flow, passkey::PasskeyError::optionsFailed());
     EXPECT_EQ(flow->errorText(), "Could not start passkey login.");
     expectIdle();
 }
@@ -61,17 +60,17 @@ TEST_F(SignInFailureTest, OptionsArrayFailsOptions) {
 TEST_F(SignInFailureTest, MissingOrUnreadableChallengeFailsOptions) {
     for (const char* options : {"{}", R"({"challenge":5})", R"({"challenge":"A A"})",
                                 R"({"Challenge":"AAEC"})", R"({"challenge":null})"})
-        expectFailure(*startWithOptions(options), PasskeyError::optionsFailed());
+        expectFailure(*startWithOptions(options), passkey::PasskeyError::optionsFailed());
     EXPECT_TRUE(desktop.controllers.empty());
     expectIdle();
 }
 
 TEST_F(SignInFailureTest, CancelledSheetGivesThePlatformsOwnText) {
     const auto flow = startWithOptions(R"({"challenge":"AAEC"})");
-    desktop.controllers.at(0)->fail(std::make_exception_ptr(platform::PlatformError(
-        platform::PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+    desktop.controllers.at(0)->fail(std::make_exception_ptr(
+        Failure(FailureKind::cancelled, "The passkey request was cancelled.")));
     desktop.loop.runUntilIdle();
-    ASSERT_TRUE(flow->errorAs<platform::PlatformError>());
+    ASSERT_TRUE(flow->errorAs<Failure>());
     EXPECT_EQ(flow->errorText(), "The passkey request was cancelled.");
     EXPECT_EQ(session.sent.size(), 1u);
     expectIdle();
@@ -81,7 +80,7 @@ TEST_F(SignInFailureTest, CredentialOfAnotherKindIsRejected) {
     const auto flow = startWithOptions(R"({"challenge":"AAEC"})");
     desktop.controllers.at(0)->complete({platform::PlatformRegistrationCredential{}});
     desktop.loop.runUntilIdle();
-    expectFailure(*flow, PasskeyError::signInRejected());
+    expectFailure(*flow, passkey::PasskeyError::signInRejected());
     expectIdle();
 }
 
@@ -122,7 +121,7 @@ TEST_F(SignInFailureTest, CsrfReplyWithoutAStringTokenIsABadResponse) {
         session.reply(200, body);
         const auto flow = startSignIn();
         confirm();
-        expectFailure(*flow, PasskeyError::badResponse("No CSRF token"));
+        expectFailure(*flow, passkey::PasskeyError::badResponse("No CSRF token"));
         EXPECT_EQ(flow->errorText(), "No CSRF token");
     }
     expectIdle();
@@ -136,7 +135,7 @@ TEST_F(SignInFailureTest, CsrfStatusIsNotLookedAtAndAnEmptyTokenIsOne) {
     const auto flow = startSignIn();
     confirm();
     EXPECT_TRUE(flow->value);
-    EXPECT_TRUE(platform::textOf(*session.sent[2].request.body).starts_with("csrfToken=&"));
+    EXPECT_TRUE(textOf(*session.sent[2].request.body).starts_with("csrfToken=&"));
 }
 
 TEST_F(SignInFailureTest, CallbackTransportFailurePassesThrough) {
@@ -151,18 +150,18 @@ TEST_F(SignInFailureTest, CallbackTransportFailurePassesThrough) {
 
 TEST_F(SignInFailureTest, CallbackReplyOutsideHttpIsABadResponse) {
     expectFailure(*signInWithCallback(std::nullopt, "{}"),
-                  PasskeyError::badResponse("No response"));
+                  passkey::PasskeyError::badResponse("No response"));
     expectIdle();
 }
 
 TEST_F(SignInFailureTest, CallbackStatus400IsARejection) {
-    expectFailure(*signInWithCallback(400, "{}"), PasskeyError::signInRejected());
+    expectFailure(*signInWithCallback(400, "{}"), passkey::PasskeyError::signInRejected());
     expectIdle();
 }
 
 TEST_F(SignInFailureTest, CallbackAddressWithErrorIsARejection) {
     expectFailure(*signInWithCallback(200, R"({"url":"https://host/login?error=x"})"),
-                  PasskeyError::signInRejected());
+                  passkey::PasskeyError::signInRejected());
     expectIdle();
 }
 
@@ -170,16 +169,16 @@ TEST_F(SignInFailureTest, NoSessionCookieIsItsOwnFailure) {
     session.storedCookies = {{"csrf", "session-token", "localhost"},
                              {"Session-Token", "x", "localhost"}};
     const auto flow = signInWithCallback(200, "{}");
-    expectFailure(*flow, PasskeyError::noSessionCookie());
+    expectFailure(*flow, passkey::PasskeyError::noSessionCookie());
     EXPECT_EQ(flow->errorText(), "Signed in but no session was returned.");
     expectIdle();
 }
 
 TEST_F(SignInFailureTest, StoreThatAnswersNothingOrIsMissingHasNoSessionCookie) {
     session.storedCookies = std::nullopt;
-    expectFailure(*signInWithCallback(200, "{}"), PasskeyError::noSessionCookie());
+    expectFailure(*signInWithCallback(200, "{}"), passkey::PasskeyError::noSessionCookie());
     session.hasStorage = false;
-    expectFailure(*signInWithCallback(200, "{}"), PasskeyError::noSessionCookie());
+    expectFailure(*signInWithCallback(200, "{}"), passkey::PasskeyError::noSessionCookie());
 }
 
 TEST_F(SignInFailureTest, NothingIsRetriedOrLogged) {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "deployment/Deployment.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "passkey/PasskeyAuthenticator.h"
 #include "passkey/PasskeyError.h"
-#include "platform/PlatformError.h"
 
 #include <gtest/gtest.h>
 
@@ -19,20 +19,17 @@ inline std::string at(std::string_view path) {
 /// A driver, and a service whose replies the test lays out.
 struct SignInFixture : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<PasskeyAuthenticator> passkey = std::make_shared<PasskeyAuthenticator>();
+    std::shared_ptr<passkey::PasskeyAuthenticator> passkey =
+        std::make_shared<passkey::PasskeyAuthenticator>();
     fakes::FakeHttpSession& session = *desktop.ephemeralSessions.at(0);
 
     ~SignInFixture() override {
         // Flows that a test left suspended refer to the driver, which goes before the desktop.
-        platform::dropSpawnedTasks();
+        dropSpawnedTasks();
     }
 
     static platform::PlatformAssertionCredential credential() {
-        return {{1, 2, 3},
-                platform::bytesOf("{}"),
-                platform::Bytes{4, 5},
-                platform::Bytes{0xFB, 0xFF},
-                platform::Bytes{7}};
+        return {{1, 2, 3}, bytesOf("{}"), Bytes{4, 5}, Bytes{0xFB, 0xFF}, Bytes{7}};
     }
 
     auto startSignIn() {
@@ -73,8 +70,8 @@ struct SignInFixture : testing::Test {
     }
 
     template <typename T>
-    static void expectFailure(const fakes::FlowResult<T>& flow, PasskeyError expected) {
-        const auto* error = flow.template errorAs<PasskeyError>();
+    static void expectFailure(const fakes::FlowResult<T>& flow, passkey::PasskeyError expected) {
+        const auto* error = flow.template errorAs<passkey::PasskeyError>();
         ASSERT_TRUE(error) << flow.errorText();
         EXPECT_EQ(*error, expected) << flow.errorText();
     }

@@ -1,6 +1,6 @@
 #include "publisher/Feed.h"
 #include "publisher/Failure.h"
-#include "updater/Appcast.h"
+#include "updater/appcast/Appcast.h"
 
 #include <gmock/gmock.h>
 
@@ -27,7 +27,7 @@ FeedItem itemOf(const std::string& version) {
 }
 
 updater::Appcast read(const std::string& feed) {
-    return updater::parseAppcast(platform::bytesOf(feed));
+    return updater::parseAppcast(bytesOf(feed));
 }
 
 } // namespace

@@ -31,12 +31,12 @@ TEST(SigningKey, SignsWhatItsPublicHalfVerifies) {
     const TemporaryFolder folder;
     SigningKey::generate().save(folder / "key");
     const auto key = SigningKey::load(folder / "key");
-    const auto bytes = platform::bytesOf("an archive");
+    const auto bytes = bytesOf("an archive");
     const auto publicKey = updater::parsePublicKey(base64(key.publicKey()));
     const auto signature = updater::parseSignature(base64(key.sign(bytes)));
     ASSERT_TRUE(publicKey && signature);
     EXPECT_TRUE(updater::verifies(*publicKey, *signature, bytes));
-    EXPECT_FALSE(updater::verifies(*publicKey, *signature, platform::bytesOf("an Archive")));
+    EXPECT_FALSE(updater::verifies(*publicKey, *signature, bytesOf("an Archive")));
 }
 
 TEST(SigningKey, IsItsOwnersAloneFromTheFirstByte) {

@@ -1,6 +1,6 @@
 #include "unit/updater/Feed.h"
-#include "updater/PublicationDate.h"
-#include "updater/UpdateError.h"
+#include "updater/appcast/PublicationDate.h"
+#include "updater/error/UpdateError.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +38,7 @@ void expectLeftOut(std::string_view item, std::string_view reason) {
 
 void expectRefused(std::string_view feed) {
     try {
-        parseAppcast(platform::bytesOf(feed));
+        parseAppcast(bytesOf(feed));
         ADD_FAILURE() << "taken: " << feed.substr(0, 200);
     } catch (const UpdateError& error) {
         EXPECT_EQ(error.kind(), UpdateErrorKind::feed);
@@ -107,7 +107,7 @@ TEST(Appcast, ItemIsReadWithAllThatMatters) {
 }
 
 TEST(Appcast, NamespaceCountsNotItsPrefix) {
-    const auto appcast = parseAppcast(platform::bytesOf(
+    const auto appcast = parseAppcast(bytesOf(
         R"(<rss xmlns:a="http://www.andymatuschak.org/xml-namespaces/sparkle" xmlns:sparkle="urn:x">
         <channel><item><sparkle:version>9</sparkle:version><a:version>2</a:version>
         <enclosure url="https://example.com/k"/></item></channel></rss>)"));
@@ -273,7 +273,7 @@ TEST(Appcast, EndlessNestingIsRefused) {
 TEST(Appcast, FeedAboveFourMebibytesIsRefused) {
     const std::string frame = feedOf("");
     const std::string filling(updater::appcastLimit - frame.size(), ' ');
-    EXPECT_NO_THROW(parseAppcast(platform::bytesOf(feedOf(filling))));
+    EXPECT_NO_THROW(parseAppcast(bytesOf(feedOf(filling))));
     expectRefused(feedOf(filling + " "));
 }
 

@@ -1,4 +1,4 @@
-#include "updater/Download.h"
+#include "updater/archive/Download.h"
 
 #include "unit/updater/UpdaterFixture.h"
 
@@ -29,7 +29,7 @@ struct stat statusOf(const std::filesystem::path& path) {
 }
 
 std::string nameOf(const std::string& url) {
-    return fileNameOf(*platform::Url::parse(url));
+    return fileNameOf(*Url::parse(url));
 }
 
 } // namespace

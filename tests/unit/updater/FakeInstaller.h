@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/UpdateInstaller.h"
+#include "updater/archive/UpdateInstaller.h"
 
 #include <unistd.h>
 
@@ -19,7 +19,7 @@ public:
                    : updater::InstallKind::informationalOnly;
     }
 
-    platform::Task<void> prepare(updater::VerifiedArchive archive) override {
+    Task<void> prepare(updater::VerifiedArchive archive) override {
         std::string bytes(archive.size() + 1, '\0');
         const ssize_t count = pread(archive.descriptor(), bytes.data(), bytes.size(), 0);
         bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
@@ -31,7 +31,7 @@ public:
         co_return;
     }
 
-    platform::Task<void> installAndRelaunch() override {
+    Task<void> installAndRelaunch() override {
         ++installations;
         co_return;
     }

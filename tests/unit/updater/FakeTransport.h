@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Continuation.h"
-#include "updater/Transport.h"
+#include "base/async/Continuation.h"
+#include "updater/archive/Transport.h"
 
 #include <algorithm>
 #include <exception>
@@ -16,23 +16,22 @@ namespace kelo::test {
 /// with the error.
 class FakeTransport final : public updater::Transport {
 public:
-    platform::Task<platform::Bytes> fetch(platform::Url url, std::size_t limit) override {
+    Task<Bytes> fetch(Url url, std::size_t limit) override {
         requests.push_back(url.absoluteString());
         limits.push_back(limit);
         co_await waitIfHanging(url.absoluteString());
         co_return reply(url.absoluteString());
     }
 
-    platform::Task<void> download(platform::Url url,
-                                  std::shared_ptr<updater::ByteSink> sink) override {
+    Task<void> download(Url url, std::shared_ptr<updater::ByteSink> sink) override {
         requests.push_back(url.absoluteString());
-        const platform::Bytes body = reply(url.absoluteString());
+        const Bytes body = reply(url.absoluteString());
         if (announced)
             sink->announce(*announced);
         for (std::size_t at = 0; at < body.size(); at += portionSize) {
             const auto end = std::min(body.size(), at + portionSize);
-            platform::Bytes portion(body.begin() + static_cast<std::ptrdiff_t>(at),
-                                    body.begin() + static_cast<std::ptrdiff_t>(end));
+            Bytes portion(body.begin() + static_cast<std::ptrdiff_t>(at),
+                          body.begin() + static_cast<std::ptrdiff_t>(end));
             co_await sink->take(std::move(portion));
             co_await waitIfHanging(url.absoluteString());
         }
@@ -47,7 +46,7 @@ public:
             flow.resume();
     }
 
-    std::map<std::string, platform::Bytes> replies;
+    std::map<std::string, Bytes> replies;
     std::exception_ptr failure;
     std::exception_ptr failAtEnd;
     std::vector<std::string> hanging;
@@ -57,21 +56,21 @@ public:
     std::vector<std::size_t> limits;
 
 private:
-    platform::Bytes reply(const std::string& address) const {
+    Bytes reply(const std::string& address) const {
         const auto found = replies.find(address);
         if (found == replies.end())
             std::rethrow_exception(failure);
         return found->second;
     }
 
-    platform::Task<void> waitIfHanging(std::string address) {
+    Task<void> waitIfHanging(std::string address) {
         if (std::find(hanging.begin(), hanging.end(), address) == hanging.end())
             co_return;
-        co_await platform::withCheckedContinuation<void>(
-            [this](platform::CheckedContinuation<void> flow) { waiting.push_back(flow); });
+        co_await withCheckedContinuation<void>(
+            [this](CheckedContinuation<void> flow) { waiting.push_back(flow); });
     }
 
-    std::vector<platform::CheckedContinuation<void>> waiting;
+    std::vector<CheckedContinuation<void>> waiting;
 };
 
 } // namespace kelo::test

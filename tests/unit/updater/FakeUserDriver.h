@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Continuation.h"
-#include "updater/UserDriver.h"
+#include "base/async/Continuation.h"
+#include "updater/driver/UserDriver.h"
 
 #include <memory>
 #include <optional>
@@ -24,10 +24,10 @@ struct UserBefore {
     int driversMade = 0;
     bool open = false;
 
-    std::optional<platform::CheckedContinuation<updater::UpdateChoice>> choice;
-    std::optional<platform::CheckedContinuation<updater::RelaunchChoice>> relaunch;
-    std::optional<platform::CheckedContinuation<void>> acknowledge;
-    std::optional<platform::CheckedContinuation<bool>> automatic;
+    std::optional<CheckedContinuation<updater::UpdateChoice>> choice;
+    std::optional<CheckedContinuation<updater::RelaunchChoice>> relaunch;
+    std::optional<CheckedContinuation<void>> acknowledge;
+    std::optional<CheckedContinuation<bool>> automatic;
 };
 
 class FakeUserDriver final : public updater::UserDriver {
@@ -38,8 +38,8 @@ public:
         show("checking");
         user.cancel = std::move(cancel);
     }
-    platform::Task<updater::UpdateChoice> showOffer(updater::UpdateOffer offer,
-                                                    updater::CheckKind kind) override {
+    Task<updater::UpdateChoice> showOffer(updater::UpdateOffer offer,
+                                          updater::CheckKind kind) override {
         show("offer " + offer.installedVersion + " -> " + offer.offeredVersion);
         user.offer = offer;
         user.offerKind = kind;
@@ -52,22 +52,21 @@ public:
         user.cancel = std::move(cancel);
     }
     void showPreparing() override { show("preparing"); }
-    platform::Task<updater::RelaunchChoice>
-    showReadyToRelaunch(updater::UpdateOffer offer) override {
+    Task<updater::RelaunchChoice> showReadyToRelaunch(updater::UpdateOffer offer) override {
         show("ready " + offer.offeredVersion);
         return ask(user.relaunch);
     }
-    platform::Task<void> showMessage(std::string heading, std::string sentence) override {
+    Task<void> showMessage(std::string heading, std::string sentence) override {
         show("message " + heading);
         user.sentence = std::move(sentence);
         return ask(user.acknowledge);
     }
-    platform::Task<void> showFailure(std::string sentence) override {
+    Task<void> showFailure(std::string sentence) override {
         show("failure");
         user.sentence = std::move(sentence);
         return ask(user.acknowledge);
     }
-    platform::Task<bool> askForAutomaticChecks(std::string programName) override {
+    Task<bool> askForAutomaticChecks(std::string programName) override {
         show("automatic checks of " + programName);
         return ask(user.automatic);
     }
@@ -85,9 +84,9 @@ private:
     }
 
     template <typename T>
-    static platform::Task<T> ask(std::optional<platform::CheckedContinuation<T>>& question) {
-        co_return co_await platform::withCheckedContinuation<T>(
-            [&question](platform::CheckedContinuation<T> flow) { question = std::move(flow); });
+    static Task<T> ask(std::optional<CheckedContinuation<T>>& question) {
+        co_return co_await withCheckedContinuation<T>(
+            [&question](CheckedContinuation<T> flow) { question = std::move(flow); });
     }
 
     UserBefore& user;

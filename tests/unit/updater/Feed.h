@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/Appcast.h"
+#include "updater/appcast/Appcast.h"
 
 #include <string>
 #include <string_view>
@@ -25,7 +25,7 @@ inline std::string release(std::string_view version, std::string_view more = "",
 }
 
 inline updater::Appcast appcastOf(std::string_view items) {
-    return updater::parseAppcast(platform::bytesOf(feedOf(items)));
+    return updater::parseAppcast(bytesOf(feedOf(items)));
 }
 
 } // namespace kelo::test

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/Worker.h"
+#include "base/async/Worker.h"
 
 namespace kelo::test {
 
 /// Runs each job inside the call.
-struct ImmediateWorker final : platform::Worker {
+struct ImmediateWorker final : Worker {
     void perform(std::function<void()> job) override { job(); }
 };
 

@@ -1,4 +1,4 @@
-#include "updater/NotesReader.h"
+#include "updater/notes/NotesReader.h"
 
 #include <gtest/gtest.h>
 
@@ -129,7 +129,7 @@ TEST(ReleaseNotes, VeryLongNotesAreCut) {
 }
 
 TEST(ReleaseNotes, FormatIsThatOfTheFileName) {
-    const auto of = [](const char* url) { return notesFormatOf(*platform::Url::parse(url)); };
+    const auto of = [](const char* url) { return notesFormatOf(*Url::parse(url)); };
     EXPECT_EQ(of("https://e.com/1.1.md"), NotesFormat::markdown);
     EXPECT_EQ(of("https://e.com/1.1.txt?x=.md"), NotesFormat::plainText);
     EXPECT_EQ(of("https://e.com/1.1.html"), NotesFormat::html);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/Signature.h"
+#include "updater/archive/Signature.h"
 
 #include <openssl/evp.h>
 

@@ -1,9 +1,9 @@
-#include "updater/Signature.h"
+#include "updater/archive/Signature.h"
 
+#include "posix/FileDescriptor.h"
 #include "unit/updater/Publisher.h"
 #include "unit/updater/TemporaryFolder.h"
-#include "updater/Base64.h"
-#include "updater/FileDescriptor.h"
+#include "updater/archive/Base64.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +14,8 @@
 
 namespace kelo::test {
 
-using platform::bytesOf;
+using posix::FileDescriptor;
 using updater::decodeBase64;
-using updater::FileDescriptor;
 using updater::parsePublicKey;
 using updater::parseSignature;
 using updater::verifies;
@@ -32,13 +31,13 @@ const std::string publishedSignature = "EIawm2YkDZ2gBfkEMF2+1VuuTeXnCGZOdnMdVgPP
 
 class SignatureOfFile : public testing::Test {
 protected:
-    FileDescriptor fileWith(const std::string& text) {
+    posix::FileDescriptor fileWith(const std::string& text) {
         const auto path = folder.path / "archive";
         std::ofstream(path, std::ios::binary) << text;
-        return FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+        return posix::FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     }
     bool holds(const std::string& text, std::uint64_t size) {
-        const FileDescriptor file = fileWith(text);
+        const posix::FileDescriptor file = fileWith(text);
         return verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
                             file.get(), size);
     }
@@ -103,7 +102,7 @@ TEST_F(SignatureOfFile, Holds) {
 }
 
 TEST_F(SignatureOfFile, IsReadFromTheBeginningWhateverTheOffset) {
-    const FileDescriptor file = fileWith(publishedText);
+    const posix::FileDescriptor file = fileWith(publishedText);
     lseek(file.get(), 5, SEEK_SET);
     EXPECT_TRUE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
                              file.get(), publishedText.size()));
@@ -117,7 +116,7 @@ TEST_F(SignatureOfFile, ThatIsLongerOrShorterDoesNotHold) {
 }
 
 TEST_F(SignatureOfFile, ThatCannotBeReadDoesNotHold) {
-    const FileDescriptor writeOnly(
+    const posix::FileDescriptor writeOnly(
         open((folder.path / "new").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     EXPECT_FALSE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
                               writeOnly.get(), publishedText.size()));
@@ -131,7 +130,7 @@ TEST(Base64, KnownTextsDecode) {
     EXPECT_EQ(decodeBase64("Zm8="), bytesOf("fo"));
     EXPECT_EQ(decodeBase64("Zm9v"), bytesOf("foo"));
     EXPECT_EQ(decodeBase64("Zm9vYmFy"), bytesOf("foobar"));
-    EXPECT_EQ(decodeBase64("+/+/"), (platform::Bytes{0xfb, 0xff, 0xbf}));
+    EXPECT_EQ(decodeBase64("+/+/"), (Bytes{0xfb, 0xff, 0xbf}));
 }
 
 TEST(Base64, WhatNoEncoderWritesIsRefused) {

@@ -35,7 +35,7 @@ TEST_F(UpdaterFailure, FeedThatCannotBeFetchedIsAFailure) {
 }
 
 TEST_F(UpdaterFailure, FeedThatIsNoneIsAFailure) {
-    transport.replies[feedAddress] = platform::bytesOf("<html/>");
+    transport.replies[feedAddress] = bytesOf("<html/>");
     check();
     expectFailure("The list of updates could not be read.");
 }
@@ -69,7 +69,7 @@ TEST_F(UpdaterFailure, WrongKeyIsRefused) {
 TEST_F(UpdaterFailure, SwappedArchiveIsRefused) {
     std::string swapped = archive;
     swapped[3] ^= 1;
-    transport.replies[archiveAddress] = platform::bytesOf(swapped);
+    transport.replies[archiveAddress] = bytesOf(swapped);
     check();
     choose(UpdateChoice::install);
     expectFailure("Nothing shows that this update comes from those who publish Kelo");
@@ -110,14 +110,14 @@ TEST_F(UpdaterFailure, EnormousLengthIsRefusedBeforeAnythingIsFetched) {
 }
 
 TEST_F(UpdaterFailure, ShorterArchiveIsRefused) {
-    transport.replies[archiveAddress] = platform::bytesOf(archive.substr(0, 20));
+    transport.replies[archiveAddress] = bytesOf(archive.substr(0, 20));
     check();
     choose(UpdateChoice::install);
     expectFailure("not the file that was announced, so it was deleted");
 }
 
 TEST_F(UpdaterFailure, LongerArchiveIsRefusedAtTheFirstByteTooMany) {
-    transport.replies[archiveAddress] = platform::bytesOf(archive + std::string(1000, 'x'));
+    transport.replies[archiveAddress] = bytesOf(archive + std::string(1000, 'x'));
     check();
     choose(UpdateChoice::install);
     EXPECT_LE(user.received.back(), archive.size());

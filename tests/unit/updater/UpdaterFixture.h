@@ -8,8 +8,8 @@
 #include "unit/updater/ImmediateWorker.h"
 #include "unit/updater/Publisher.h"
 #include "unit/updater/TemporaryFolder.h"
-#include "updater/UpdateError.h"
 #include "updater/Updater.h"
+#include "updater/error/UpdateError.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@
 
 namespace kelo::test {
 
-struct TestClock final : platform::Clock {
+struct TestClock final : Clock {
     std::chrono::system_clock::time_point now() const override { return time; }
     std::chrono::sys_seconds time = std::chrono::sys_days(std::chrono::year(2026) / 11 / 21);
 };
@@ -42,12 +42,12 @@ protected:
                       {"CFBundleVersion", std::string("1.0")}};
         transport.failure = std::make_exception_ptr(
             updater::UpdateError(updater::UpdateErrorKind::transport, "No such address."));
-        transport.replies[archiveAddress] = platform::bytesOf(archive);
+        transport.replies[archiveAddress] = bytesOf(archive);
         publish(signedRelease("1.1"));
     }
 
     void publish(const std::string& items) {
-        transport.replies[feedAddress] = platform::bytesOf(feedOf(items));
+        transport.replies[feedAddress] = bytesOf(feedOf(items));
     }
 
     std::string signedRelease(std::string_view version, std::string_view more = "") const {
@@ -69,7 +69,7 @@ protected:
             clock,
             store,
             [this] { return std::make_unique<FakeUserDriver>(user); },
-            [this](const platform::Url& url) { opened.push_back(url.absoluteString()); },
+            [this](const Url& url) { opened.push_back(url.absoluteString()); },
             [] { return 3u; },
             [this](const std::string& line) { journal.push_back(line); }});
         made->start();
@@ -85,7 +85,7 @@ protected:
     }
 
     template <typename T, typename Value>
-    void answer(std::optional<platform::CheckedContinuation<T>>& question, Value value) {
+    void answer(std::optional<CheckedContinuation<T>>& question, Value value) {
         ASSERT_TRUE(question) << "nothing was asked; last shown: " << lastShown();
         std::exchange(question, std::nullopt)->resume(value);
         loop.runUntilIdle();
@@ -131,7 +131,7 @@ protected:
     const std::string archive = "the bytes of a new version";
 
     fakes::FakeMainLoop loop;
-    platform::MainLoop::Installation installation;
+    MainLoop::Installation installation;
     TemporaryFolder folder;
     TestClock clock;
     ImmediateWorker worker;

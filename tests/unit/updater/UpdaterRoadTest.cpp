@@ -25,7 +25,7 @@ TEST_F(UpdaterRoad, LeadsFromTheCheckToTheRelaunch) {
 TEST_F(UpdaterRoad, TakesOfOneReleaseTheArchiveThatThisCopyCanBeReplacedWith) {
     std::string package = signedRelease("1.1");
     package.replace(package.find("kelo.tar.zst"), 12, "kelo.deb");
-    transport.replies["https://updates.example.com/kelo.deb"] = platform::bytesOf(archive);
+    transport.replies["https://updates.example.com/kelo.deb"] = bytesOf(archive);
     publish(signedRelease("1.1") + package + signedRelease("0.9"));
     installer.takes = ".deb";
     check();

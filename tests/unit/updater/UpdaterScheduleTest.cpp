@@ -235,7 +235,7 @@ TEST_F(UpdaterSchedule, AsksFirstForMajorUpgradesAndForeignCopies) {
 
 TEST_F(UpdaterSchedule, SilentDownloadThatFailsShowsNothing) {
     dictionary["SUAutomaticallyUpdate"] = true;
-    transport.replies[archiveAddress] = platform::bytesOf("something else entirely!!!");
+    transport.replies[archiveAddress] = bytesOf("something else entirely!!!");
     startAutomatic();
     EXPECT_EQ(transport.requests.size(), 2u);
     EXPECT_EQ(user.driversMade, 0);

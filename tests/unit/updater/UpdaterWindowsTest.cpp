@@ -82,7 +82,7 @@ TEST_F(UpdaterWindows, TellTwoBuildsOfOneVersionApart) {
 }
 
 TEST_F(UpdaterWindows, FetchNotesThatStandElsewhere) {
-    transport.replies["https://example.com/notes.md"] = platform::bytesOf("# News");
+    transport.replies["https://example.com/notes.md"] = bytesOf("# News");
     publish(signedRelease("1.1", "<sparkle:releaseNotesLink>https://example.com/notes.md"
                                  "</sparkle:releaseNotesLink>"));
     check();

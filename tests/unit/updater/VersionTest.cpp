@@ -1,4 +1,4 @@
-#include "updater/Version.h"
+#include "updater/appcast/Version.h"
 
 #include <gtest/gtest.h>
 

@@ -17,7 +17,7 @@ constexpr platform::ModifierFlags chord = modifier::control | modifier::option;
 struct GlobalHotkeyTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
     fakes::FakeEventMonitors& monitors = desktop.monitors;
-    std::shared_ptr<GlobalHotkey> hotkey = std::make_shared<GlobalHotkey>();
+    std::shared_ptr<voice::GlobalHotkey> hotkey = std::make_shared<voice::GlobalHotkey>();
     Actions actions;
 
     GlobalHotkeyTest() {
@@ -25,7 +25,7 @@ struct GlobalHotkeyTest : testing::Test {
         hotkey->onHoldStart = [this] { actions.emplace_back("hold start"); };
         hotkey->onHoldEnd = [this] { actions.emplace_back("hold end"); };
     }
-    std::string log() { return desktop.fileSystem().files[std::string(debugLogPath)]; }
+    std::string log() { return desktop.fileSystem().files[std::string(log::debugLogPath)]; }
     void flags(platform::ModifierFlags flags) const { hotkey->handleFlagsChanged(flags); }
     void wait(std::chrono::duration<double> span) { desktop.loop.advance(span); }
 };
@@ -62,11 +62,31 @@ TEST_F(GlobalHotkeyTest, AnotherModifierDuringThePressKeepsTheFirstDeadline) {
 }
 
 TEST_F(GlobalHotkeyTest, ChordCountsTogetherWithOtherModifiers) {
-    flags(chord | modifier::shift | modifier::capsLock | 0x800000);
-    flags(chord); // only Shift was released
+    constexpr platform::ModifierFlags others = modifier::shift | modifier::capsLock | 0x800000;
+    flags(chord | others);
+    EXPECT_EQ(desktop.loop.pendingTimers(), 1u) << "the press begins while the others are down";
+    flags(chord); // only the others were released
     EXPECT_TRUE(actions.empty());
     flags(modifier::control);
     EXPECT_EQ(actions, Actions{"tap"});
+}
+
+TEST_F(GlobalHotkeyTest, NoOtherModifierPreventsOrEndsAPress) {
+    for (int bit = 0; bit < 64; ++bit) {
+        const platform::ModifierFlags other = platform::ModifierFlags{1} << bit;
+        if (other & chord)
+            continue;
+        actions.clear();
+        flags(chord | other);
+        wait(250ms);
+        EXPECT_EQ(actions, Actions{"hold start"}) << bit;
+        flags(chord);
+        flags(chord | other);
+        EXPECT_EQ(actions, Actions{"hold start"}) << bit;
+        flags(other);
+        EXPECT_EQ(actions, (Actions{"hold start", "hold end"})) << bit;
+        flags(0);
+    }
 }
 
 TEST_F(GlobalHotkeyTest, ReleaseOfEitherKeyEndsThePress) {
@@ -137,20 +157,39 @@ TEST_F(GlobalHotkeyTest, HotkeyIsReadyForTheNextPressWhenAnActionRuns) {
     EXPECT_EQ(actions, (Actions{"tap", "tap"}));
 }
 
-TEST_F(GlobalHotkeyTest, ActionMayReplaceItselfWhileItRuns) {
-    hotkey->onTap = [this] {
-        hotkey->onTap = [this] { actions.emplace_back("second"); };
-        actions.emplace_back("first");
+TEST_F(GlobalHotkeyTest, ReleaseDuringHoldStartEndsAHold) {
+    hotkey->onHoldStart = [this] {
+        actions.emplace_back("hold start");
+        flags(0);
     };
-    for (int press = 0; press < 2; ++press) {
+    flags(chord);
+    wait(250ms);
+    EXPECT_EQ(actions, (Actions{"hold start", "hold end"}));
+}
+
+TEST_F(GlobalHotkeyTest, ActionMayReplaceItselfWhileItRuns) {
+    // Replaces the action by an empty one, and looks whether what the running one holds is still
+    // there.
+    const auto replacing = [this](voice::GlobalHotkey::Action& action) {
+        return [this, &action, held = std::make_shared<int>()] {
+            const std::weak_ptr<int> watched = held;
+            auto& seen = actions;
+            action = [] {};
+            seen.emplace_back(watched.expired() ? "gone" : "held");
+        };
+    };
+    for (auto* const action : {&hotkey->onTap, &hotkey->onHoldStart, &hotkey->onHoldEnd}) {
+        *action = replacing(*action);
         flags(chord);
+        if (action != &hotkey->onTap)
+            wait(1s);
         flags(0);
     }
-    EXPECT_EQ(actions, (Actions{"first", "second"}));
+    EXPECT_EQ(actions, (Actions{"held", "held", "hold end", "held"}));
 }
 
 TEST_F(GlobalHotkeyTest, ActionsAreEmptyUnlessSet) {
-    hotkey = std::make_shared<GlobalHotkey>();
+    hotkey = std::make_shared<voice::GlobalHotkey>();
     flags(chord);
     flags(0);
     flags(chord);
@@ -250,7 +289,7 @@ TEST_F(GlobalHotkeyTest, MonitorsOutliveTheHotkeyAndDoNothing) {
 TEST_F(GlobalHotkeyTest, NothingHandedToThePlatformKeepsTheHotkeyAlive) {
     hotkey->start();
     flags(chord);
-    const std::weak_ptr<GlobalHotkey> weak = hotkey;
+    const std::weak_ptr<voice::GlobalHotkey> weak = hotkey;
     hotkey.reset();
     EXPECT_TRUE(weak.expired());
 }

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 struct VoiceControllerTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<VoiceController> controller = std::make_shared<VoiceController>();
+    std::shared_ptr<voice::VoiceController> controller = std::make_shared<voice::VoiceController>();
 
     void press() const {
         desktop.monitors.flagsElsewhere(platform::modifier::control | platform::modifier::option);
@@ -38,7 +38,7 @@ TEST_F(VoiceControllerTest, ConstructionInstallsAndBuildsNothing) {
 
 TEST_F(VoiceControllerTest, LogHoldsTheHotkeysLineAndThenTheControllers) {
     controller->start(nullptr);
-    const std::string& log = desktop.fileSystem().files.at(std::string(debugLogPath));
+    const std::string& log = desktop.fileSystem().files.at(std::string(log::debugLogPath));
     const auto first = log.find("] hotkey.start global=true local=true\n");
     const auto second = log.find("] VoiceController.start — widget = web /widget host\n");
     ASSERT_NE(first, std::string::npos);

@@ -1,7 +1,7 @@
 #include "voice/VoiceWidgetWindow.h"
 
 #include "fakes/ScopedTestDesktop.h"
-#include "passkey/ServiceEndpoints.h"
+#include "service/ServiceEndpoints.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ using Calls = std::vector<std::string>;
 
 struct VoiceWidgetWindowTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<VoiceWidgetWindow> widget = std::make_shared<VoiceWidgetWindow>();
+    std::shared_ptr<voice::VoiceWidgetWindow> widget = std::make_shared<voice::VoiceWidgetWindow>();
 
     fakes::FakePanel& panel() { return *desktop.panels.at(0); }
     fakes::FakeWebView& page() { return *desktop.webViews.at(0); }
@@ -59,6 +59,21 @@ TEST_F(VoiceWidgetWindowTest, PanelIsAskedForWithTheseValues) {
     EXPECT_EQ(asked.collectionBehavior, 257u);
 }
 
+TEST(KeyablePanelTest, MayHaveTheKeyboardAndIsNeverTheMainWindow) {
+    fakes::ScopedTestDesktop desktop;
+    platform::PanelDescription description;
+    description.contentRectangle = {1, 2, 3, 4};
+    description.canBecomeKeyWindow = false;
+    description.canBecomeMainWindow = true;
+    const voice::KeyablePanel panel(description);
+    const auto& asked = desktop.panels.at(0)->description;
+    EXPECT_TRUE(asked.canBecomeKeyWindow);
+    EXPECT_FALSE(asked.canBecomeMainWindow);
+    EXPECT_EQ(asked.contentRectangle, (platform::Rectangle{1, 2, 3, 4}));
+    EXPECT_EQ(panel.window(), desktop.panels.at(0));
+    EXPECT_TRUE(desktop.panels.at(0)->calls.empty());
+}
+
 TEST_F(VoiceWidgetWindowTest, WebViewFillsThePanelWithRoundedCorners) {
     widget->show();
     EXPECT_EQ(panel().content.webView, desktop.webViews.at(0));
@@ -83,7 +98,7 @@ TEST_F(VoiceWidgetWindowTest, WebViewSharesTheStoreAndHasOneHandlerAndNoUserScri
 TEST_F(VoiceWidgetWindowTest, EachShowFromHiddenLoadsTheWidgetPageAnew) {
     widget->show();
     ASSERT_EQ(page().loads.size(), 1u);
-    EXPECT_EQ(page().loads[0].url.absoluteString(), widgetURL().absoluteString());
+    EXPECT_EQ(page().loads[0].url.absoluteString(), service::widgetURL().absoluteString());
     EXPECT_EQ(page().loads[0].timeout, std::chrono::seconds(60));
     EXPECT_EQ(page().loads[0].cachePolicy, platform::CachePolicy::useProtocolCachePolicy);
     widget->hide();
@@ -99,6 +114,15 @@ TEST_F(VoiceWidgetWindowTest, ShowWhileVisibleOnlyBringsThePanelToTheFront) {
     widget->show();
     EXPECT_EQ(page().loads.size(), 1u);
     EXPECT_EQ(panel().calls, (Calls{"makeKeyAndOrderFront", "makeFirstResponder"}));
+}
+
+TEST_F(VoiceWidgetWindowTest, PageIsLoadedBeforeThePanelAppears) {
+    widget->show();
+    widget->hide();
+    std::size_t loadsWhenShown = 0;
+    panel().onOrderFront = [&] { loadsWhenShown = page().loads.size(); };
+    widget->show();
+    EXPECT_EQ(loadsWhenShown, 2u);
 }
 
 TEST_F(VoiceWidgetWindowTest, PanelIsPlacedAtTheBottomCentreAndThenShown) {
@@ -143,6 +167,21 @@ TEST_F(VoiceWidgetWindowTest, HideOrdersThePanelOutAndThenRunsOnClose) {
     EXPECT_EQ(closes, 1);
     EXPECT_EQ(panel().calls.back(), "orderOut");
     EXPECT_EQ(page().loads.size(), 1u);
+}
+
+TEST_F(VoiceWidgetWindowTest, OnCloseRunsHoweverTheWidgetIsHidden) {
+    int closes = 0;
+    widget->onClose = [&] { ++closes; };
+    widget->show();
+    key(53, desktop.panels.at(0));
+    EXPECT_EQ(closes, 1) << "Escape";
+    widget->show();
+    page().post("kelo", std::string("close"));
+    EXPECT_EQ(closes, 2) << "the page's message";
+    widget->show();
+    EXPECT_EQ(closes, 2) << "showing it is no close";
+    widget->hide();
+    EXPECT_EQ(closes, 3);
 }
 
 TEST_F(VoiceWidgetWindowTest, HideBeforeTheFirstShowRunsOnCloseOnly) {
@@ -199,15 +238,33 @@ TEST_F(VoiceWidgetWindowTest, WithoutAMonitorEscapeDoesNotClose) {
 
 TEST_F(VoiceWidgetWindowTest, ServiceHostGetsMicrophoneAndCameraAlike) {
     widget->show();
-    const std::string host(relyingPartyIdentifier());
+    const std::string host(service::relyingPartyIdentifier());
     for (const auto type : {MediaCaptureType::microphone, MediaCaptureType::camera,
                             MediaCaptureType::cameraAndMicrophone})
         EXPECT_EQ(page().requestMedia(host, type), PermissionDecision::grant);
 }
 
+TEST_F(VoiceWidgetWindowTest, NeitherSchemeNorPortNorTypeDecides) {
+    widget->show();
+    for (const platform::SecurityOrigin& origin :
+         {platform::SecurityOrigin{"http", std::string(service::relyingPartyIdentifier()), 8080},
+          platform::SecurityOrigin{"", std::string(service::relyingPartyIdentifier()), 1}}) {
+        int answers = 0;
+        widget->requestMediaCapturePermission(page(), origin, MediaCaptureType::camera,
+                                              [&](PermissionDecision decision) {
+                                                  EXPECT_EQ(decision, PermissionDecision::grant);
+                                                  ++answers;
+                                              });
+        EXPECT_EQ(answers, 1) << origin.scheme;
+    }
+    for (const auto type : {MediaCaptureType::microphone, MediaCaptureType::camera,
+                            MediaCaptureType::cameraAndMicrophone})
+        EXPECT_EQ(page().requestMedia("example.org", type), PermissionDecision::deny);
+}
+
 TEST_F(VoiceWidgetWindowTest, EveryOtherHostIsDenied) {
     widget->show();
-    const std::string host(relyingPartyIdentifier());
+    const std::string host(service::relyingPartyIdentifier());
     std::string otherCase = host;
     otherCase[0] = static_cast<char>(std::toupper(otherCase[0]));
     for (const auto& other : {"voice." + host, host + ".", otherCase, host + ".example.org",
@@ -225,26 +282,38 @@ TEST_F(VoiceWidgetWindowTest, CloseMessageHidesThePanel) {
 
 TEST_F(VoiceWidgetWindowTest, EveryOtherMessageIsIgnored) {
     widget->show();
+    for (const char* const text :
+         {"Close", "CLOSE", "closed", "close ", "close\n", " close", "please close", "clos", ""}) {
+        page().post("kelo", std::string(text));
+        EXPECT_TRUE(widget->isVisible()) << text;
+    }
     for (const platform::ScriptValue& body :
-         {platform::ScriptValue{std::string("Close")}, platform::ScriptValue{std::string(" close")},
-          platform::ScriptValue{std::string()}, platform::ScriptValue{1.0},
-          platform::ScriptValue{true}, platform::ScriptValue{}})
+         {platform::ScriptValue{1.0}, platform::ScriptValue{0.0}, platform::ScriptValue{true},
+          platform::ScriptValue{}}) {
         page().post("kelo", body);
-    page().post("other", std::string("close"));
-    // Even if the platform were to deliver one.
-    widget->didReceiveScriptMessage(page(), {"other", std::string("close")});
-    EXPECT_TRUE(widget->isVisible());
+        EXPECT_TRUE(widget->isVisible()) << body.index();
+    }
+}
+
+TEST_F(VoiceWidgetWindowTest, MessagesToOtherHandlersAreIgnored) {
+    widget->show();
+    for (const char* const name : {"other", "kelo2", "Kelo", "kel", ""}) {
+        page().post(name, std::string("close"));
+        // Even if the platform were to deliver one.
+        widget->didReceiveScriptMessage(page(), {name, std::string("close")});
+        EXPECT_TRUE(widget->isVisible()) << name;
+    }
 }
 
 TEST_F(VoiceWidgetWindowTest, ItsOwnWebViewDoesNotKeepTheWidgetAlive) {
     widget->show();
-    const std::weak_ptr<VoiceWidgetWindow> weak = widget;
+    const std::weak_ptr<voice::VoiceWidgetWindow> weak = widget;
     widget.reset();
     EXPECT_TRUE(weak.expired());
     page().post("kelo", std::string("close"));
     EXPECT_TRUE(panel().visible);
-    EXPECT_FALSE(
-        page().requestMedia(std::string(relyingPartyIdentifier()), MediaCaptureType::microphone));
+    EXPECT_FALSE(page().requestMedia(std::string(service::relyingPartyIdentifier()),
+                                     MediaCaptureType::microphone));
 }
 
 } // namespace

@@ -22,7 +22,7 @@ struct WeakScriptHandlerTest : testing::Test {
     fakes::FakeWebView view{{}, {}};
     const platform::ScriptMessage message{"kelo", std::string("close")};
     std::shared_ptr<Listener> listener = std::make_shared<Listener>();
-    WeakScriptHandler handler{listener};
+    voice::WeakScriptHandler handler{listener};
 };
 
 TEST_F(WeakScriptHandlerTest, PassesTheVeryMessageAndItsSenderOn) {

@@ -1,7 +1,7 @@
 #include "web/ContentView.h"
+#include "base/Failure.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "passkey/PasskeyError.h"
-#include "platform/PlatformError.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +10,15 @@ namespace {
 
 struct ContentViewTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<WebModel> web = WebModel::make();
-    std::shared_ptr<PasskeyAuthenticator> passkey = std::make_shared<PasskeyAuthenticator>();
+    std::shared_ptr<web::WebModel> web = web::WebModel::make();
+    std::shared_ptr<passkey::PasskeyAuthenticator> passkey =
+        std::make_shared<passkey::PasskeyAuthenticator>();
     fakes::FakeWebView& view = *desktop.webViews.at(0);
     fakes::FakeHttpSession& session = *desktop.ephemeralSessions.at(0);
 
-    ~ContentViewTest() override { platform::dropSpawnedTasks(); }
+    ~ContentViewTest() override { dropSpawnedTasks(); }
 
-    platform::WebContentDescription body() const { return ContentView{web, passkey}.body(); }
+    platform::WebContentDescription body() const { return web::ContentView{web, passkey}.body(); }
     void show(const std::string& path) { view.finishNavigation(("https://host" + path).c_str()); }
     void press() {
         body().overlay.value().button.action();
@@ -36,13 +37,13 @@ struct ContentViewTest : testing::Test {
         session.storedCookies = {{"csrf", "c", "localhost"}, {"session-token", "x", "localhost"}};
     }
     void confirmSheet() {
-        desktop.controllers.back()->complete({platform::PlatformAssertionCredential{
-            {1}, {2}, platform::Bytes{3}, platform::Bytes{4}, platform::Bytes{5}}});
+        desktop.controllers.back()->complete(
+            {platform::PlatformAssertionCredential{{1}, {2}, Bytes{3}, Bytes{4}, Bytes{5}}});
         desktop.loop.runUntilIdle();
     }
     void cancelSheet() {
-        desktop.controllers.back()->fail(std::make_exception_ptr(platform::PlatformError(
-            platform::PlatformErrorKind::cancelled, "The passkey request was cancelled.")));
+        desktop.controllers.back()->fail(std::make_exception_ptr(
+            Failure(FailureKind::cancelled, "The passkey request was cancelled.")));
         desktop.loop.runUntilIdle();
     }
 };

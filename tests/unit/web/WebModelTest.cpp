@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace kelo {
 namespace {
 
@@ -16,10 +18,10 @@ const std::string base(deployment::serviceOrigin);
 
 struct WebModelTest : testing::Test {
     fakes::ScopedTestDesktop desktop;
-    std::shared_ptr<WebModel> web = WebModel::make();
+    std::shared_ptr<web::WebModel> web = web::WebModel::make();
     fakes::FakeWebView& view = *desktop.webViews.at(0);
 
-    ~WebModelTest() override { platform::dropSpawnedTasks(); }
+    ~WebModelTest() override { dropSpawnedTasks(); }
 
     /// What the view was asked since the last look.
     Calls newCalls() { return std::exchange(view.calls, {}); }
@@ -48,15 +50,21 @@ TEST_F(WebModelTest, ViewKeepsItsDataAndRunsTheUserScriptInEveryFrame) {
     EXPECT_EQ(configuration.websiteDataStore, platform::WebsiteDataStore::persistentDefault);
     EXPECT_TRUE(configuration.allowsContentJavaScript);
     ASSERT_EQ(configuration.userScripts.size(), 1u);
-    EXPECT_EQ(configuration.userScripts[0].source, hidePasskeyButtonsScript);
+    EXPECT_EQ(configuration.userScripts[0].source, web::hidePasskeyButtonsScript);
     EXPECT_EQ(configuration.userScripts[0].injectionTime, platform::InjectionTime::atDocumentEnd);
     EXPECT_FALSE(configuration.userScripts[0].forMainFrameOnly);
 }
 
+TEST_F(WebModelTest, PagesGetNoWayToPostToTheProgramAndNoPermissions) {
+    EXPECT_TRUE(view.configuration.scriptMessageHandlers.empty());
+    EXPECT_EQ(view.interfaceDelegate.lock(), nullptr);
+    EXPECT_EQ(std::count(view.calls.begin(), view.calls.end(), "setUserInterfaceDelegate"), 0);
+}
+
 TEST_F(WebModelTest, WrapperGivesTheSameViewAtEveryCall) {
-    const WebView wrapper{web};
+    const web::WebView wrapper{web};
     EXPECT_EQ(wrapper.makeView(), web->webView);
-    EXPECT_EQ(WebView{web}.makeView(), wrapper.makeView());
+    EXPECT_EQ(web::WebView{web}.makeView(), wrapper.makeView());
 }
 
 TEST_F(WebModelTest, NoCookiesStillReloadTheBaseUrl) {

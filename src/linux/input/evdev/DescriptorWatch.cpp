@@ -5,7 +5,7 @@
 #include <memory>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 DescriptorWatch::DescriptorWatch(int descriptor, std::function<void()> ready)
     : source(g_unix_fd_source_new(descriptor,
@@ -29,4 +29,4 @@ DescriptorWatch::~DescriptorWatch() {
     g_source_unref(source);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

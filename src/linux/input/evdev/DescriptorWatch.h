@@ -4,7 +4,7 @@
 
 struct _GSource;
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Calls a function in the main loop whenever a descriptor can be read, has ended or has failed,
 /// until it goes. The function may let it go. It does not own the descriptor. Main thread only.
@@ -19,4 +19,4 @@ private:
     _GSource* source;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// An open input device, as the kernel serves it. Closes when it goes.
 class EvdevDevice {
@@ -27,4 +27,4 @@ public:
 /// Null when the device cannot be opened.
 using EvdevOpener = std::function<std::unique_ptr<EvdevDevice>(const std::filesystem::path&)>;
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -8,7 +8,7 @@
 #include <span>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 EvdevKeyboard::Refusal EvdevKeyboard::admit(EvdevDevice& device) {
     if (!device.isKeyboard())
@@ -47,4 +47,4 @@ void EvdevKeyboard::read() {
     }
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// A keyboard that is open and watched. Main thread only.
 class EvdevKeyboard : public std::enable_shared_from_this<EvdevKeyboard> {
@@ -48,4 +48,4 @@ private:
     std::optional<DescriptorWatch> readable;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -189,4 +189,4 @@ bool EvdevModifierSource::start(Handler handler) {
     return keyboards != nullptr;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Reads the Ctrl keys and the left Alt of every keyboard from the kernel, whatever the desktop and
 /// whoever has the focus. The kernel is told to hand out no other key; where it cannot do that, no
@@ -43,4 +43,4 @@ private:
     std::shared_ptr<Keyboards> keyboards;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -8,7 +8,7 @@
 #include <array>
 #include <cstdint>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -44,7 +44,7 @@ bool allow(int descriptor, std::uint32_t type, CodeBits codes) {
 } // namespace
 
 std::unique_ptr<EvdevDevice> EvdevNode::open(const std::filesystem::path& path) {
-    FileDescriptor node(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    posix::FileDescriptor node(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!node)
         return nullptr;
     return std::make_unique<EvdevNode>(std::move(node));
@@ -77,4 +77,4 @@ std::optional<HeldKeys> EvdevNode::heldKeys() const {
     return held;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

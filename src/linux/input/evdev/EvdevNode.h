@@ -1,9 +1,9 @@
 #pragma once
 
-#include "linux/glib/FileDescriptor.h"
 #include "linux/input/evdev/EvdevDevice.h"
+#include "posix/FileDescriptor.h"
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// A device node of the kernel, opened for reading only.
 class EvdevNode final : public EvdevDevice {
@@ -11,7 +11,7 @@ public:
     /// An EvdevOpener.
     static std::unique_ptr<EvdevDevice> open(const std::filesystem::path& path);
 
-    explicit EvdevNode(FileDescriptor node) : node(std::move(node)) {}
+    explicit EvdevNode(posix::FileDescriptor node) : node(std::move(node)) {}
 
     int descriptor() const override { return node.get(); }
     bool isKeyboard() const override;
@@ -19,7 +19,7 @@ public:
     std::optional<HeldKeys> heldKeys() const override;
 
 private:
-    FileDescriptor node;
+    posix::FileDescriptor node;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -4,7 +4,7 @@
 #include <bit>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -54,4 +54,4 @@ EvdevReader::Outcome EvdevReader::handle(const input_event& event) {
     return Outcome::unfinished;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -11,7 +11,7 @@
 #include <span>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Turns the bytes of one keyboard device (records of struct input_event) into states of its keys.
 /// Reads nothing itself. Any bytes are safe; what is not understood is passed over.
@@ -42,4 +42,4 @@ private:
     bool lost = false;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

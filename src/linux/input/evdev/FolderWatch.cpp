@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -39,7 +39,7 @@ std::vector<Notice> readNotices(int descriptor) {
 
 std::unique_ptr<FolderWatch> FolderWatch::watch(const std::filesystem::path& folder,
                                                 Handlers handlers) {
-    FileDescriptor notices(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    posix::FileDescriptor notices(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     constexpr std::uint32_t kinds =
         IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DELETE | IN_MOVED_FROM | IN_ONLYDIR;
     if (!notices || inotify_add_watch(notices.get(), folder.c_str(), kinds) < 0)
@@ -47,7 +47,7 @@ std::unique_ptr<FolderWatch> FolderWatch::watch(const std::filesystem::path& fol
     return std::make_unique<FolderWatch>(std::move(notices), std::move(handlers));
 }
 
-FolderWatch::FolderWatch(FileDescriptor opened, Handlers handlers)
+FolderWatch::FolderWatch(posix::FileDescriptor opened, Handlers handlers)
     : notices(std::move(opened)), handlers(std::make_shared<const Handlers>(std::move(handlers))) {
     readable.emplace(notices.get(), [this] { read(); });
 }
@@ -67,4 +67,4 @@ void FolderWatch::read() {
     }
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/glib/FileDescriptor.h"
 #include "linux/input/evdev/DescriptorWatch.h"
+#include "posix/FileDescriptor.h"
 
 #include <filesystem>
 #include <functional>
@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Tells what happens to the entries of a folder, in the main loop, until it goes. Main thread
 /// only.
@@ -29,14 +29,14 @@ public:
     static std::unique_ptr<FolderWatch> watch(const std::filesystem::path& folder,
                                               Handlers handlers);
 
-    FolderWatch(FileDescriptor notices, Handlers handlers);
+    FolderWatch(posix::FileDescriptor notices, Handlers handlers);
 
 private:
     void read();
 
-    FileDescriptor notices;
+    posix::FileDescriptor notices;
     std::shared_ptr<const Handlers> handlers;
     std::optional<DescriptorWatch> readable;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

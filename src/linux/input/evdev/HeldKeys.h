@@ -7,7 +7,7 @@
 #include <array>
 #include <cstdint>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// The keys of one keyboard that count, and which of them are down.
 ///
@@ -38,4 +38,4 @@ struct HeldKeys {
     bool operator==(const HeldKeys&) const = default;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <vector>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 bool lacksHeldKeys(const std::filesystem::path& descriptions, const std::string& device) {
     // A bit for each key, in hexadecimal words of a long's size, the highest first.
@@ -25,4 +25,4 @@ bool lacksHeldKeys(const std::filesystem::path& descriptions, const std::string&
     });
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

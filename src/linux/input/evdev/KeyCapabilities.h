@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Whether the system's own description of a device (in /sys/class/input, or another folder laid
 /// out like it) says that it has none of the keys of HeldKeys. It can be read by everybody, and
@@ -11,4 +11,4 @@ namespace kelo::desktop {
 /// False where there is no description.
 bool lacksHeldKeys(const std::filesystem::path& descriptions, const std::string& device);
 
-} // namespace kelo::desktop
+} // namespace kelo::input

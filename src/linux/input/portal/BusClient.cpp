@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -27,7 +27,7 @@ void drop(gpointer data) {
     takeBack<Function>(data);
 }
 
-bool wasGivenUp(const GErrorPointer& failure) {
+bool wasGivenUp(const gobject::GErrorPointer& failure) {
     return failure && g_error_matches(failure.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED);
 }
 
@@ -35,7 +35,7 @@ void callFinished(GObject* source, GAsyncResult* result, gpointer data) {
     const auto answered = takeBack<BusCalls::Answered>(data);
     GError* error = nullptr;
     GVariantOwner answer(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
-    GErrorPointer failure(error);
+    gobject::GErrorPointer failure(error);
     if (!wasGivenUp(failure))
         (*answered)(std::move(answer), std::move(failure));
 }
@@ -45,7 +45,7 @@ void connectFinished(GObject*, GAsyncResult* result, gpointer data) {
     GError* error = nullptr;
     auto connection =
         BusConnection::adopt(g_dbus_connection_new_for_address_finish(result, &error));
-    const GErrorPointer failure(error);
+    const gobject::GErrorPointer failure(error);
     if (!wasGivenUp(failure))
         (*connected)(std::move(connection));
 }
@@ -120,11 +120,11 @@ std::string sessionBusAddress() {
     // GLib's own search would go on to start a bus, which no desktop would be on.
     if (const char* address = g_getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address)
         return address;
-    const GText path(g_build_filename(g_get_user_runtime_dir(), "bus", nullptr));
+    const gobject::GText path(g_build_filename(g_get_user_runtime_dir(), "bus", nullptr));
     if (!g_file_test(path.get(), G_FILE_TEST_EXISTS))
         return "";
-    const GText escaped(g_dbus_address_escape_value(path.get()));
+    const gobject::GText escaped(g_dbus_address_escape_value(path.get()));
     return std::string("unix:path=") + escaped.get();
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 
 #include <gio/gio.h>
 
@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// A counted reference to a value of the bus.
 struct GVariantDeleter {
@@ -16,7 +16,7 @@ struct GVariantDeleter {
 };
 using GVariantOwner = std::unique_ptr<GVariant, GVariantDeleter>;
 
-using BusConnection = GObjectPointer<GDBusConnection>;
+using BusConnection = gobject::GObjectPointer<GDBusConnection>;
 
 /// An object of another program on the bus.
 struct BusObject {
@@ -29,7 +29,7 @@ struct BusObject {
 class BusCalls {
 public:
     /// Gets the answer, or null and the reason.
-    using Answered = std::function<void(GVariantOwner answer, GErrorPointer failure)>;
+    using Answered = std::function<void(GVariantOwner answer, gobject::GErrorPointer failure)>;
 
     BusCalls() = default;
     ~BusCalls();
@@ -43,8 +43,8 @@ public:
     void connect(const std::string& address, std::function<void(BusConnection)> connected) const;
 
 private:
-    GObjectPointer<GCancellable> cancellable =
-        GObjectPointer<GCancellable>::adopt(g_cancellable_new());
+    gobject::GObjectPointer<GCancellable> cancellable =
+        gobject::GObjectPointer<GCancellable>::adopt(g_cancellable_new());
 };
 
 /// Calls a method without parameters, whose answer does not matter. The connection stays until the
@@ -88,4 +88,4 @@ private:
 /// Where the session's bus listens; empty when there is none. Starts no bus.
 std::string sessionBusAddress();
 
-} // namespace kelo::desktop
+} // namespace kelo::input

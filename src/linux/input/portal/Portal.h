@@ -1,7 +1,7 @@
 #pragma once
 
 /// Names of the desktop's portal, as its interfaces define them.
-namespace kelo::desktop::portal {
+namespace kelo::input::portal {
 
 inline constexpr const char* busName = "org.freedesktop.portal.Desktop";
 inline constexpr const char* path = "/org/freedesktop/portal/desktop";
@@ -10,4 +10,4 @@ inline constexpr const char* request = "org.freedesktop.portal.Request";
 inline constexpr const char* session = "org.freedesktop.portal.Session";
 inline constexpr const char* registry = "org.freedesktop.host.portal.Registry";
 
-} // namespace kelo::desktop::portal
+} // namespace kelo::input::portal

@@ -3,7 +3,7 @@
 #include "linux/input/portal/BusClient.h"
 #include "linux/input/portal/Portal.h"
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -23,7 +23,7 @@ Answer ask(const BusConnection& bus, const char* owner, const char* path, const 
     GVariantOwner value(g_dbus_connection_call_sync(
         bus.get(), owner, path, interface, method, parameters, nullptr,
         G_DBUS_CALL_FLAGS_NO_AUTO_START, patienceInMilliseconds, nullptr, &error));
-    const GErrorPointer failure(error);
+    const gobject::GErrorPointer failure(error);
     return {std::move(value),
             failure && g_error_matches(failure.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT)};
 }
@@ -91,4 +91,4 @@ Availability portalAvailability(const std::string& busAddress) {
             ""};
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -4,10 +4,10 @@
 
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Whether the portal on a bus offers global shortcuts. Starts nothing on the bus; waits for
 /// answers, 2 s at most.
 Availability portalAvailability(const std::string& busAddress);
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// The shortcut, through all the portals that come and go.
 class PortalModifierSource::Shortcut : public std::enable_shared_from_this<Shortcut> {
@@ -88,4 +88,4 @@ bool PortalModifierSource::start(Handler handler) {
     return true;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

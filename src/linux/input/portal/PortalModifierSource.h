@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Has the desktop's portal watch for Ctrl+Alt+Space, or the keys that the user chose instead, and
 /// takes the shortcut's press and release for those of Control and Option. The desktop may ask the
@@ -34,4 +34,4 @@ private:
     std::shared_ptr<Shortcut> shortcut;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 std::string portalToken() {
     static std::uint64_t next = 0;
@@ -39,7 +39,7 @@ PortalRequest::PortalRequest(BusConnection bus, const std::string& owner, const 
     g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token.c_str()));
     calls.call(connection, {owner, portal::path}, portal::globalShortcuts, method,
                parameters(&options),
-               [this, method](const GVariantOwner& answer, const GErrorPointer& failure) {
+               [this, method](const GVariantOwner& answer, const gobject::GErrorPointer& failure) {
                    taken(method, answer.get(), failure.get());
                });
 }
@@ -80,4 +80,4 @@ void PortalRequest::finish(GVariant* results) {
     told(results);
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// One request to the portal, from the call to its response, which may wait for the user. When it
 /// goes before, the request is given up. Main thread only.
@@ -43,4 +43,4 @@ std::string portalToken();
 /// Where the portal keeps what this connection names by a token; kind is "request" or "session".
 std::string portalPath(const BusConnection& connection, const char* kind, const std::string& token);
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -60,7 +60,7 @@ void ShortcutSession::introduce() {
     // find out by themselves who asks, so whatever comes back, the way goes on.
     calls.call(connection, {portalOwner, portal::path}, portal::registry, "Register",
                g_variant_new("(sa{sv})", identifier.c_str(), &options),
-               [this](const GVariantOwner&, const GErrorPointer& failure) {
+               [this](const GVariantOwner&, const gobject::GErrorPointer& failure) {
                    if (failure)
                        g_debug("The portal does not know the application: %s", failure->message);
                    create();
@@ -126,4 +126,4 @@ void ShortcutSession::triggered(GVariant* values, bool down) {
     }
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

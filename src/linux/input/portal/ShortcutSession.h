@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// The voice widget's shortcut at one running portal, from asking for it until it goes, when the
 /// portal is told so. Main thread only.
@@ -48,4 +48,4 @@ private:
     std::optional<PortalRequest> request;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

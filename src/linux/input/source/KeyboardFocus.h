@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Whether the keyboard is one of our windows' at this moment. Main thread only.
 class KeyboardFocus {
@@ -15,4 +15,4 @@ public:
     virtual void onChange(std::function<void()>) {}
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

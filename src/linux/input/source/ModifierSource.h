@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Whether something of this desktop can be used, in words for its user.
 struct Availability {
@@ -38,4 +38,4 @@ public:
     virtual bool start(Handler handler) = 0;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

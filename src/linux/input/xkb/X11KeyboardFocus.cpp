@@ -2,10 +2,10 @@
 
 #include <gdk/x11/gdkx.h>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 X11KeyboardFocus::X11KeyboardFocus(GdkDisplay* display)
-    : display(GObjectPointer<GdkDisplay>::share(display)) {}
+    : display(gobject::GObjectPointer<GdkDisplay>::share(display)) {}
 
 bool X11KeyboardFocus::isOurs() const {
     // The toolkit's connection, not another: the server answers after what was asked for on it.
@@ -41,4 +41,4 @@ bool X11KeyboardFocus::isUnderPointer() const {
     return ours;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

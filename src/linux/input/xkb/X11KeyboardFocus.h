@@ -1,11 +1,11 @@
 #pragma once
 
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/input/source/KeyboardFocus.h"
 
 typedef struct _GdkDisplay GdkDisplay;
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Asks the X server, one round trip at each look: windows that no window manager knows count, and
 /// what we asked for just before is taken into account. Tells of no changes.
@@ -18,7 +18,7 @@ public:
 private:
     bool isUnderPointer() const;
 
-    GObjectPointer<GdkDisplay> display;
+    gobject::GObjectPointer<GdkDisplay> display;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -8,7 +8,7 @@
 #include <memory>
 #include <span>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -67,4 +67,4 @@ XkbModifierMap readXkbModifierMap(_XDisplay* display) {
     return map;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

@@ -4,7 +4,7 @@
 
 struct _XDisplay;
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 /// Which of the eight modifiers of an X keyboard its Option and Command keys set. Shift, Lock and
 /// Control are always the same ones; the others mean what the keyboard's layout says.
@@ -19,4 +19,4 @@ struct XkbModifierMap {
 /// As the core keyboard is laid out now. One round trip.
 XkbModifierMap readXkbModifierMap(_XDisplay* display);
 
-} // namespace kelo::desktop
+} // namespace kelo::input

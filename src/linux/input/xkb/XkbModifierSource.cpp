@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 namespace {
 
@@ -183,4 +183,4 @@ bool XkbModifierSource::start(Handler handler) {
     return true;
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::input

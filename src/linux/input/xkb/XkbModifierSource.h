@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-namespace kelo::desktop {
+namespace kelo::input {
 
 class XkbWatch;
 
@@ -31,4 +31,4 @@ private:
     std::unique_ptr<XkbWatch> watch;
 };
 
-} // namespace kelo::desktop
+} // namespace kelo::input

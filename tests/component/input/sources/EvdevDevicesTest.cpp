@@ -1,6 +1,6 @@
 #include "InputBed.h"
 
-#include "component/passkey/MainLoopScope.h"
+#include "component/MainLoopScope.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 
 namespace kelo {
 
-using desktop::EvdevModifierSource;
+using input::EvdevModifierSource;
 using platform::ModifierFlags;
 using platform::modifier::control;
 using platform::modifier::option;

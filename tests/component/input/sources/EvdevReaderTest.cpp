@@ -9,8 +9,8 @@
 
 namespace kelo {
 
-using desktop::EvdevReader;
-using desktop::HeldKeys;
+using input::EvdevReader;
+using input::HeldKeys;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,6 +1,6 @@
 #include "FakeKeyboards.h"
 
-#include "component/passkey/MainLoopScope.h"
+#include "component/MainLoopScope.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +11,7 @@
 
 namespace kelo {
 
-using desktop::EvdevModifierSource;
+using input::EvdevModifierSource;
 using platform::ModifierFlags;
 using platform::modifier::control;
 using platform::modifier::option;
@@ -35,7 +35,7 @@ protected:
     bool waitUntilOpen(int count) {
         return MainLoopScope::runUntil([&] { return keyboards.openNow == count; });
     }
-    desktop::Availability availability() {
+    input::Availability availability() {
         return EvdevModifierSource(keyboards.devices()).availability();
     }
 
@@ -114,7 +114,7 @@ TEST_F(EvdevSource, ADeviceThatEndsWhileItsNodeStaysIsLetGo) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(keyboard.type(chordDown));
     ASSERT_TRUE(waitFor(2));
-    keyboard.writing = desktop::FileDescriptor();
+    keyboard.writing = posix::FileDescriptor();
     ASSERT_TRUE(waitFor(3));
     EXPECT_EQ(heard.back(), 0U);
     EXPECT_EQ(keyboards.openNow, 0);
@@ -315,7 +315,7 @@ public:
 TEST_F(EvdevSource, AFolderThatCannotBeReadIsSaidToBe) {
     keyboards.plug("event0");
     std::filesystem::permissions(keyboards.path(), std::filesystem::perms::none);
-    desktop::Availability found;
+    input::Availability found;
     bool started = true;
     {
         const AsNobody nobody;

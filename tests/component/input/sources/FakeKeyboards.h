@@ -3,8 +3,8 @@
 #include "EventBytes.h"
 
 #include "fakes/authenticator/TemporaryFolder.h"
-#include "linux/glib/FileDescriptor.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
+#include "posix/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -18,20 +18,20 @@ namespace kelo {
 
 /// One keyboard: a pipe, and what the kernel would say of it.
 struct FakeKeyboard {
-    desktop::FileDescriptor reading;
-    desktop::FileDescriptor writing;
+    posix::FileDescriptor reading;
+    posix::FileDescriptor writing;
     bool isKeyboard = true;
     bool mayBeOpened = true;
     bool holdsBackOtherKeys = true;
-    desktop::HeldKeys held;
+    input::HeldKeys held;
     /// What was asked of it, in order.
     std::string asked;
 
     FakeKeyboard() {
         int ends[2] = {-1, -1};
         if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
-            reading = desktop::FileDescriptor(ends[0]);
-            writing = desktop::FileDescriptor(ends[1]);
+            reading = posix::FileDescriptor(ends[0]);
+            writing = posix::FileDescriptor(ends[1]);
         }
     }
     bool type(const Bytes& bytes) const {
@@ -51,7 +51,7 @@ public:
     }
     /// The device first, as the kernel does it, then its node.
     void unplug(const std::string& name) {
-        keyboards.at(name)->writing = desktop::FileDescriptor();
+        keyboards.at(name)->writing = posix::FileDescriptor();
         std::filesystem::remove(path() / name);
     }
     /// As a rule of the system's would, after the node appeared.
@@ -62,7 +62,7 @@ public:
 
     const std::filesystem::path& path() const { return folder.path(); }
     /// No device is described, so that each has to be opened.
-    desktop::EvdevModifierSource::Devices devices() {
+    input::EvdevModifierSource::Devices devices() {
         return {path(), path() / "descriptions",
                 [this](const std::filesystem::path& path) { return open(path.filename()); }};
     }
@@ -78,7 +78,7 @@ public:
     int opened = 0;
 
 private:
-    class Device final : public desktop::EvdevDevice {
+    class Device final : public input::EvdevDevice {
     public:
         Device(std::shared_ptr<FakeKeyboard> keyboard, int& open)
             : keyboard(std::move(keyboard)), open(open) {
@@ -91,7 +91,7 @@ private:
             keyboard->asked += "mask ";
             return keyboard->holdsBackOtherKeys;
         }
-        std::optional<desktop::HeldKeys> heldKeys() const override {
+        std::optional<input::HeldKeys> heldKeys() const override {
             keyboard->asked += "held ";
             return keyboard->held;
         }
@@ -101,7 +101,7 @@ private:
         int& open;
     };
 
-    std::unique_ptr<desktop::EvdevDevice> open(const std::string& name) {
+    std::unique_ptr<input::EvdevDevice> open(const std::string& name) {
         ++opened;
         const auto found = keyboards.find(name);
         if (found == keyboards.end() || !found->second->mayBeOpened)

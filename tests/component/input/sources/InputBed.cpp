@@ -8,9 +8,9 @@
 
 namespace kelo {
 
-using desktop::GErrorPointer;
-using desktop::GObjectPointer;
-using desktop::GText;
+using gobject::GErrorPointer;
+using gobject::GObjectPointer;
+using gobject::GText;
 
 namespace {
 
@@ -58,7 +58,7 @@ std::vector<guint8> contents(UMockdevIoctlData* data) {
     guint8* bytes = nullptr;
     gint length = 0;
     umockdev_ioctl_data_retrieve(data, &bytes, &length);
-    const std::unique_ptr<guint8, desktop::GFreeDeleter> owned(bytes);
+    const std::unique_ptr<guint8, gobject::GFreeDeleter> owned(bytes);
     return {bytes, bytes + length};
 }
 
@@ -109,7 +109,7 @@ void InputBed::plug(const std::string& name, EmulatedDevice device) {
 void InputBed::unplug(const std::string& name) {
     const std::string path = "/dev/input/" + name;
     // The test bed goes on to own the descriptor's number.
-    const desktop::FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    const posix::FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     ::dup2(nothing.get(), umockdev_testbed_get_dev_fd(bed.get(), path.c_str()));
     std::filesystem::remove(node(name));
 }

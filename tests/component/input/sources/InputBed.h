@@ -2,8 +2,8 @@
 
 #include "EventBytes.h"
 
-#include "linux/glib/FileDescriptor.h"
-#include "linux/glib/GObjectPointer.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "posix/FileDescriptor.h"
 
 #include <umockdev.h>
 
@@ -51,8 +51,8 @@ private:
 
     mutable std::mutex mutex;
     std::map<std::string, EmulatedDevice> devices;
-    desktop::GObjectPointer<UMockdevTestbed> bed;
-    desktop::GObjectPointer<UMockdevIoctlBase> kernel;
+    gobject::GObjectPointer<UMockdevTestbed> bed;
+    gobject::GObjectPointer<UMockdevIoctlBase> kernel;
 };
 
 } // namespace kelo

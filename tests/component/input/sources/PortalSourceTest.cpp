@@ -1,4 +1,4 @@
-#include "component/passkey/MainLoopScope.h"
+#include "component/MainLoopScope.h"
 #include "component/passkey/SessionBus.h"
 #include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/input/portal/PortalModifierSource.h"
@@ -13,7 +13,7 @@
 
 namespace kelo {
 
-using desktop::PortalModifierSource;
+using input::PortalModifierSource;
 using platform::ModifierFlags;
 using platform::modifier::control;
 using platform::modifier::option;
@@ -46,7 +46,7 @@ protected:
         GVariantPointer answer(g_dbus_connection_call_sync(
             bus.connection(), portalName, portalPath, "org.freedesktop.DBus.Mock", method,
             parameters, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, &error));
-        if (const desktop::GErrorPointer failure(error); failure)
+        if (const gobject::GErrorPointer failure(error); failure)
             ADD_FAILURE() << method << ": " << failure->message;
         return answer;
     }
@@ -68,9 +68,9 @@ protected:
     }
     bool waitUntilAsked(std::size_t count) const {
         // Its only purpose is to wake the loop up.
-        const desktop::BusSignal more(desktop::BusConnection::share(bus.connection()), portalName,
-                                      "org.freedesktop.DBus.Mock", "WasAsked",
-                                      [](const std::string&, GVariant*) {});
+        const input::BusSignal more(input::BusConnection::share(bus.connection()), portalName,
+                                    "org.freedesktop.DBus.Mock", "WasAsked",
+                                    [](const std::string&, GVariant*) {});
         return MainLoopScope::runUntil([&] { return asked().size() >= count; });
     }
     bool start() {
@@ -368,8 +368,8 @@ TEST_F(PortalSource, SaysThatThePortalIsNotRunningYetAndStartsItOnlyToUseIt) {
     EXPECT_FALSE(std::filesystem::exists(started));
 
     const auto watched =
-        desktop::GObjectPointer<GFile>::adopt(g_file_new_for_path(started.c_str()));
-    const auto monitor = desktop::GObjectPointer<GFileMonitor>::adopt(
+        gobject::GObjectPointer<GFile>::adopt(g_file_new_for_path(started.c_str()));
+    const auto monitor = gobject::GObjectPointer<GFileMonitor>::adopt(
         g_file_monitor_file(watched.get(), G_FILE_MONITOR_NONE, nullptr, nullptr));
     ASSERT_TRUE(idle.start([](ModifierFlags) {}));
     EXPECT_TRUE(MainLoopScope::runUntil([&] { return std::filesystem::exists(started); }));

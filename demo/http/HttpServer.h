@@ -1,0 +1,46 @@
+#pragma once
+
+#include "demo/http/Http.h"
+#include "demo/tls/Authority.h"
+#include "linux/gobject/GObjectPointer.h"
+
+#include <libsoup/soup.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace kelo::demo {
+
+/// An HTTPS server on the loopback addresses. It answers on the thread's main context.
+class HttpServer {
+public:
+    using Handler = std::function<Reply(const Request&)>;
+
+    /// Larger bodies are refused with 413 and not kept in memory.
+    static constexpr std::size_t largestBody = 64 * 1024;
+
+    /// Listens at once. Port 0 takes a free one. Throws ServiceError.
+    HttpServer(const AuthorityFiles& files, std::uint16_t port);
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+    ~HttpServer();
+
+    std::uint16_t port() const { return listeningPort; }
+
+    /// Who answers. Without one every reply is 503.
+    void setHandler(Handler newHandler) { handler = std::move(newHandler); }
+
+private:
+    static void onHeaders(SoupServer* server, SoupServerMessage* message, const char* path,
+                          GHashTable* query, gpointer self);
+    static void onRequest(SoupServer* server, SoupServerMessage* message, const char* path,
+                          GHashTable* query, gpointer self);
+    void answer(SoupServerMessage* message, const char* path) const;
+
+    gobject::GObjectPointer<SoupServer> server;
+    Handler handler;
+    std::uint16_t listeningPort = 0;
+};
+
+} // namespace kelo::demo

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "demo/http/Http.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+#include <string_view>
+
+namespace kelo::demo {
+
+Reply jsonReply(unsigned status, const nlohmann::json& value);
+
+/// A JSON reply that says in English why the request is turned down: {"reason": ...}.
+Reply refusal(unsigned status, std::string_view reason);
+
+Reply htmlReply(unsigned status, std::string html);
+
+/// Sends a browser on with a GET, whatever the method was.
+Reply redirectTo(std::string location);
+
+} // namespace kelo::demo

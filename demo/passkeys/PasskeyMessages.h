@@ -1,0 +1,32 @@
+#pragma once
+
+#include "base/Bytes.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <optional>
+
+namespace kelo::demo {
+
+/// A credential as clients send it after signing in.
+struct AssertionMessage {
+    Bytes credentialId;
+    Bytes clientData;
+    Bytes authenticatorData;
+    Bytes signature;
+    Bytes userHandle;
+};
+
+/// A credential as clients send it after making one.
+struct AttestationMessage {
+    Bytes credentialId;
+    Bytes clientData;
+    Bytes attestationObject;
+};
+
+/// Nothing when a member is missing, of another type or not base64url, when "id" and "rawId"
+/// differ, or when it is not a public-key credential. Other members are left alone.
+std::optional<AssertionMessage> parseAssertion(const nlohmann::json& credential);
+std::optional<AttestationMessage> parseAttestation(const nlohmann::json& credential);
+
+} // namespace kelo::demo

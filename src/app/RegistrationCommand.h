@@ -1,0 +1,42 @@
+#pragma once
+
+#include "base/SecretText.h"
+#include "base/async/Task.h"
+#include "passkey/PasskeyRegistrar.h"
+#include "platform/HttpCookie.h"
+#include "platform/SceneGraph.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kelo::app {
+
+/// The user's way into passkey registration: the "Account" menu, the prompt for a password or code,
+/// and the alert with the outcome.
+class RegistrationCommand {
+public:
+    /// Reads every cookie of the web view's store.
+    using CookieReader = std::function<Task<std::vector<platform::HttpCookie>>()>;
+
+    RegistrationCommand(std::shared_ptr<passkey::PasskeyRegistrar> registrar,
+                        CookieReader currentCookies);
+
+    /// One item, disabled while a registration runs; choosing it starts a run.
+    platform::Menu menu() const;
+
+    /// The cookies, the prompt, the registration, the alert. Never fails.
+    static Task<void> run(std::shared_ptr<passkey::PasskeyRegistrar> registrar,
+                          CookieReader currentCookies);
+
+    /// What the user typed, without the blanks and tabs around it; nothing when they cancelled or
+    /// typed nothing else.
+    static Task<std::optional<SecretText>> promptForPasswordOrCode();
+
+private:
+    std::shared_ptr<passkey::PasskeyRegistrar> registrar;
+    CookieReader currentCookies;
+};
+
+} // namespace kelo::app

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace kelo {
+
+/// The right to be told; letting it go ends the observation. May outlive what it observes.
+class Observation {
+public:
+    Observation() = default;
+    explicit Observation(std::function<void()> end) : end(std::move(end)) {}
+    Observation(Observation&& other) noexcept : end(std::exchange(other.end, nullptr)) {}
+    Observation& operator=(Observation&& other) noexcept {
+        std::swap(end, other.end);
+        return *this;
+    }
+    ~Observation() {
+        if (end)
+            end();
+    }
+
+private:
+    std::function<void()> end;
+};
+
+/// An object whose published fields views read. Observers are told before each change, also when
+/// the new value equals the old one; whoever needs the new value looks in a later turn of the main
+/// loop. Main thread only.
+class ObservableObject {
+public:
+    ObservableObject() = default;
+    virtual ~ObservableObject() = default;
+    ObservableObject(const ObservableObject&) = delete;
+    ObservableObject& operator=(const ObservableObject&) = delete;
+
+    [[nodiscard]] Observation observe(std::function<void()> willChange) {
+        const std::uint64_t number = observers->next++;
+        observers->actions.emplace(number,
+                                   std::make_shared<std::function<void()>>(std::move(willChange)));
+        return Observation([weak = std::weak_ptr(observers), number] {
+            if (const auto list = weak.lock())
+                list->actions.erase(number);
+        });
+    }
+
+    void objectWillChange() {
+        // A told observer may begin or end observations, so walk by number, not by iterator.
+        const auto list = observers;
+        for (auto next = list->actions.begin(); next != list->actions.end();) {
+            const std::uint64_t number = next->first;
+            const auto action = next->second;
+            (*action)();
+            next = list->actions.upper_bound(number);
+        }
+    }
+
+private:
+    struct Observers {
+        std::map<std::uint64_t, std::shared_ptr<std::function<void()>>> actions;
+        std::uint64_t next = 0;
+    };
+    std::shared_ptr<Observers> observers = std::make_shared<Observers>();
+};
+
+} // namespace kelo

@@ -1,0 +1,48 @@
+#include "base/Utf8.h"
+
+namespace kelo {
+
+namespace {
+
+struct Sequence {
+    std::size_t
+        length; ///< bytes taken; of an ill-formed one, its longest valid beginning, at least 1
+    bool wellFormed;
+};
+
+bool within(std::string_view text, std::size_t at, unsigned char low, unsigned char high) {
+    return at < text.size() && static_cast<unsigned char>(text[at]) >= low &&
+           static_cast<unsigned char>(text[at]) <= high;
+}
+
+Sequence sequenceAt(std::string_view text, std::size_t at) {
+    const auto lead = static_cast<unsigned char>(text[at]);
+    if (lead < 0x80)
+        return {1, true};
+    if (lead < 0xC2 || lead > 0xF4)
+        return {1, false};
+    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    // The second byte's range is what keeps out overlong forms, surrogates and what lies too high.
+    const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    if (!within(text, at + 1, low, high))
+        return {1, false};
+    for (std::size_t i = 2; i < length; ++i)
+        if (!within(text, at + i, 0x80, 0xBF))
+            return {i, false};
+    return {length, true};
+}
+
+} // namespace
+
+bool isWellFormedUtf8(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const Sequence sequence = sequenceAt(text, at);
+        if (!sequence.wellFormed)
+            return false;
+        at += sequence.length;
+    }
+    return true;
+}
+
+} // namespace kelo

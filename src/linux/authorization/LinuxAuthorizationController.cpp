@@ -1,0 +1,98 @@
+#include "linux/authorization/LinuxAuthorizationController.h"
+
+#include "authenticator/Consent.h"
+#include "authenticator/GetAssertion.h"
+#include "authenticator/MakeCredential.h"
+#include "base/Failure.h"
+#include "base/async/Spawn.h"
+#include "linux/authorization/PasskeyServices.h"
+
+#include <glib.h>
+
+#include <exception>
+#include <utility>
+
+namespace kelo::authorization {
+
+using platform::Authorization;
+using platform::AuthorizationRequest;
+
+LinuxAuthorizationController::LinuxAuthorizationController(
+    PasskeyServices& services, std::vector<AuthorizationRequest> requests)
+    : services(services), requests(std::move(requests)) {}
+
+void LinuxAuthorizationController::setDelegate(
+    std::weak_ptr<platform::AuthorizationControllerDelegate> newDelegate) {
+    delegate = std::move(newDelegate);
+}
+
+void LinuxAuthorizationController::setPresentationContextProvider(
+    std::weak_ptr<platform::AuthorizationPresentationContextProvider> newProvider) {
+    provider = std::move(newProvider);
+}
+
+void LinuxAuthorizationController::performRequests() {
+    services.begin(cancellation);
+    spawn(perform(shared_from_this()));
+}
+
+Task<void>
+LinuxAuthorizationController::perform(std::shared_ptr<LinuxAuthorizationController> self) {
+    std::optional<Authorization> authorization;
+    std::exception_ptr error;
+    try {
+        authorization = co_await untilCancelled(self->cancellation, self->ceremony());
+        if (!authorization)
+            authenticator::Consent::throwCancelled();
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (error)
+        self->report(error);
+    const auto listener = self->delegate.lock();
+    if (!listener)
+        co_return;
+    if (error)
+        listener->didCompleteWithError(*self, error);
+    else
+        listener->didCompleteWithAuthorization(*self, std::move(*authorization));
+}
+
+Task<Authorization> LinuxAuthorizationController::ceremony() {
+    if (requests.size() != 1)
+        throw Failure(FailureKind::notAllowed, "Only one passkey can be asked for at a time.",
+                      "a controller runs one request");
+    std::shared_ptr<platform::Window> anchor;
+    if (const auto context = provider.lock())
+        anchor = context->presentationAnchor(*this);
+
+    Authorization authorization;
+    if (auto* registration =
+            std::get_if<platform::PlatformRegistrationRequest>(&requests.front())) {
+        authenticator::MakeCredential operation(services.authenticator(), std::move(*registration),
+                                                std::move(anchor));
+        authorization.credential = co_await operation.run();
+    } else {
+        auto& assertion = std::get<platform::PlatformAssertionRequest>(requests.front());
+        authenticator::GetAssertion operation(services.authenticator(), std::move(assertion),
+                                              std::move(anchor));
+        authorization.credential = co_await operation.run();
+    }
+    co_return authorization;
+}
+
+/// The user reads the sentence; the journal gets what lay behind it.
+void LinuxAuthorizationController::report(const std::exception_ptr& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const Failure& known) {
+        if (known.kind() == FailureKind::cancelled)
+            g_debug("passkey: %s", known.what());
+        else
+            g_message("passkey: %s", known.what());
+    } catch (const std::exception& unknown) {
+        g_warning("passkey: %s", unknown.what());
+    }
+}
+
+} // namespace kelo::authorization

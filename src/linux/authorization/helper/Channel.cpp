@@ -1,0 +1,77 @@
+#include "linux/authorization/helper/Channel.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <thread>
+#include <vector>
+
+namespace kelo::authorization {
+
+namespace {
+
+int takeOver(int standard, int replacement) {
+    const int kept = ::fcntl(standard, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (replacement >= 0)
+        ::dup2(replacement, standard);
+    return kept;
+}
+
+void waitForHangUp(int input) {
+    // No event is asked for; a hang-up is reported anyway.
+    pollfd watched{input, 0, 0};
+    while (::poll(&watched, 1, -1) < 0 && errno == EINTR) {
+    }
+    ::_exit(EXIT_FAILURE);
+}
+
+} // namespace
+
+Channel::Channel() {
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    input = takeOver(STDIN_FILENO, nothing);
+    if (nothing >= 0)
+        ::close(nothing);
+    output = takeOver(STDOUT_FILENO, STDERR_FILENO);
+}
+
+Channel::~Channel() {
+    ::close(output);
+}
+
+std::optional<Message> Channel::receive() {
+    std::array<char, 512> buffer;
+    while (true) {
+        if (auto message = reader.next())
+            return message;
+        const ssize_t count = reader.broken() ? 0 : ::read(input, buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return std::nullopt;
+        reader.feed(std::span(buffer.data(), static_cast<std::size_t>(count)));
+        wipe(buffer.data(), buffer.size());
+    }
+}
+
+bool Channel::send(MessageType type, std::string_view payload) {
+    const std::vector<char> bytes = encode(type, payload);
+    for (std::size_t sent = 0; sent < bytes.size();) {
+        const ssize_t count = ::write(output, bytes.data() + sent, bytes.size() - sent);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        sent += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+void Channel::endProcessWhenClosed() const {
+    std::thread(waitForHangUp, input).detach();
+}
+
+} // namespace kelo::authorization

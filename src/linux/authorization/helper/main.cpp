@@ -1,0 +1,83 @@
+#include "linux/authorization/helper/Channel.h"
+#include "linux/authorization/helper/PamSession.h"
+
+#include <pwd.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+
+// kelo-verify-user: checks that the person at the machine is the user this process runs as. PAM
+// lives in a process of its own because its modules block, load foreign code, and can only be
+// stopped by ending them.
+
+namespace kelo::authorization {
+
+namespace {
+
+constexpr int tries = 3;
+
+/// Passwords pass through here: no core file, no debugger of another process, no life after Kelo.
+void sealProcess() {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::prctl(PR_SET_DUMPABLE, 0);
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_CORE, &none);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+std::string currentUser() {
+    std::array<char, 16384> memory;
+    passwd entry{};
+    passwd* found = nullptr;
+    ::getpwuid_r(::getuid(), &entry, memory.data(), memory.size(), &found);
+    return found ? found->pw_name : "";
+}
+
+HelperResult verify(Channel& channel) {
+    const std::string user = currentUser();
+    if (user.empty())
+        return HelperResult::unavailable;
+    for (int left = tries; left > 0; --left) {
+        switch (PamSession(channel, user).run()) {
+        case TryOutcome::verified:
+            return HelperResult::verified;
+        case TryOutcome::refused:
+            return HelperResult::failed;
+        case TryOutcome::unavailable:
+            return HelperResult::unavailable;
+        case TryOutcome::wrong:
+            break;
+        }
+        if (left > 1)
+            channel.send(MessageType::tryAgain, "");
+    }
+    return HelperResult::failed;
+}
+
+int run() {
+    sealProcess();
+    Channel channel;
+    const std::optional<Message> begin = channel.receive();
+    if (!begin || begin->type != MessageType::begin)
+        return EXIT_FAILURE;
+    RunMark mark;
+    std::ranges::copy(begin->payload, mark.begin());
+    channel.endProcessWhenClosed();
+    const HelperResult result = verify(channel);
+    return channel.send(MessageType::result, encodeResult(result, mark)) ? EXIT_SUCCESS
+                                                                         : EXIT_FAILURE;
+}
+
+} // namespace
+
+} // namespace kelo::authorization
+
+int main() {
+    return kelo::authorization::run();
+}

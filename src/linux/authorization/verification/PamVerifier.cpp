@@ -1,0 +1,150 @@
+#include "linux/authorization/verification/PamVerifier.h"
+
+#include "authenticator/keys/Cryptography.h"
+#include "base/async/Cancellation.h"
+#include "linux/authorization/verification/HelperProcess.h"
+
+#include <utility>
+
+namespace kelo::authorization {
+
+namespace {
+
+using authenticator::VerificationConversation;
+using authenticator::VerificationOutcome;
+using Answer = std::optional<SecretText>;
+
+RunMark randomMark() {
+    RunMark mark;
+    authenticator::fillRandom(reinterpret_cast<std::uint8_t*>(mark.data()), mark.size());
+    return mark;
+}
+
+VerificationOutcome outcomeOf(HelperResult result) {
+    switch (result) {
+    case HelperResult::verified:
+        return VerificationOutcome::verified;
+    case HelperResult::unavailable:
+        return VerificationOutcome::unavailable;
+    case HelperResult::failed:
+        break;
+    }
+    return VerificationOutcome::failed;
+}
+
+/// One verification: the talk between a helper and the user.
+class Talk {
+public:
+    Talk(std::unique_ptr<HelperProcess> helper, VerificationConversation& conversation)
+        : helper(std::move(helper)), conversation(conversation) {}
+
+    Task<VerificationOutcome> run() {
+        const RunMark mark = randomMark();
+        helper->send(MessageType::begin, std::string_view(mark.data(), mark.size()));
+        while (const std::optional<Message> message = co_await helper->receive()) {
+            if (message->type == MessageType::result)
+                co_return co_await finish(decodeResult(message->payload, mark));
+            const std::optional<VerificationOutcome> end = co_await handle(*message);
+            if (end)
+                co_return *end;
+        }
+        co_return VerificationOutcome::failed;
+    }
+
+private:
+    Task<std::optional<VerificationOutcome>> handle(Message message) {
+        switch (message.type) {
+        case MessageType::information:
+            conversation.showInformation(std::move(message.payload));
+            break;
+        case MessageType::error:
+            conversation.showError(std::move(message.payload));
+            break;
+        case MessageType::tryAgain:
+            conversation.showError(askedPassword ? "Wrong password. Try again."
+                                                 : "Not recognized. Try again.");
+            askedPassword = false;
+            break;
+        case MessageType::hiddenPrompt:
+        case MessageType::visiblePrompt:
+            co_return co_await ask(std::move(message));
+        case MessageType::begin:
+        case MessageType::answer:
+        case MessageType::result:
+            co_return VerificationOutcome::failed;
+        }
+        co_return std::nullopt;
+    }
+
+    Task<std::optional<VerificationOutcome>> ask(Message message) {
+        askedPassword |= message.type == MessageType::hiddenPrompt;
+        authenticator::VerificationPrompt prompt;
+        prompt.text = std::move(message.payload);
+        prompt.echo = message.type == MessageType::visiblePrompt;
+        // A helper that gives up while the user types must not leave them typing to nobody.
+        std::optional<Answer> given =
+            co_await untilCancelled(helper->closed(), conversation.ask(std::move(prompt)));
+        if (!given || helper->spokeOutOfTurn())
+            co_return VerificationOutcome::failed;
+        if (!*given)
+            co_return VerificationOutcome::cancelled;
+        const std::string_view answer = (*given)->view();
+        if (answer.size() > longestPayload || answer.find('\0') != std::string_view::npos ||
+            !helper->send(MessageType::answer, answer))
+            co_return VerificationOutcome::failed;
+        co_return std::nullopt;
+    }
+
+    Task<VerificationOutcome> finish(std::optional<HelperResult> result) {
+        const std::optional<Message> more = co_await helper->receive();
+        if (!result || more)
+            co_return VerificationOutcome::failed;
+        const bool endedWell = co_await helper->endedWell();
+        co_return endedWell ? outcomeOf(*result) : VerificationOutcome::failed;
+    }
+
+    std::unique_ptr<HelperProcess> helper;
+    VerificationConversation& conversation;
+    /// Whether this try asked for something secret; a fingerprint reader does not.
+    bool askedPassword = false;
+};
+
+Task<VerificationOutcome> runTalk(std::unique_ptr<HelperProcess> helper,
+                                  VerificationConversation& conversation) {
+    Talk talk(std::move(helper), conversation);
+    co_return co_await talk.run();
+}
+
+} // namespace
+
+PamVerifier::PamVerifier(std::filesystem::path helper, std::vector<std::string> extraEnvironment)
+    : helper(std::move(helper)), extraEnvironment(std::move(extraEnvironment)) {}
+
+Task<VerificationOutcome> PamVerifier::verify(VerificationConversation& conversation) {
+    std::unique_ptr<HelperProcess> process = HelperProcess::start(helper, extraEnvironment);
+    if (!process)
+        co_return VerificationOutcome::unavailable;
+    const Cancellation cancellation;
+    conversation.onCancel([cancellation] { cancellation.cancel(); });
+    const std::optional<VerificationOutcome> outcome =
+        co_await untilCancelled(cancellation, runTalk(std::move(process), conversation));
+    conversation.onCancel(nullptr);
+    co_return outcome.value_or(VerificationOutcome::cancelled);
+}
+
+std::filesystem::path verificationHelperPath() {
+    constexpr const char* name = "kelo-verify-user";
+    std::error_code failure;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (!failure) {
+        const auto folder = program.parent_path();
+        // Beside it in a build tree; otherwise where a tree that was moved has it.
+        for (const auto& path : {folder / name, folder.parent_path() / "libexec" / "kelo" / name}) {
+            if (std::filesystem::is_regular_file(path, failure))
+                return path;
+        }
+    }
+    return std::filesystem::path(KELO_LIBEXEC_DIRECTORY) / name;
+}
+
+} // namespace kelo::authorization

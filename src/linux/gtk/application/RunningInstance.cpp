@@ -1,0 +1,55 @@
+#include "linux/gtk/application/RunningInstance.h"
+
+#include "deployment/Deployment.h"
+
+#include <giomm/dbusconnection.h>
+#include <glibmm/error.h>
+#include <glibmm/miscutils.h>
+
+#include <algorithm>
+#include <map>
+
+namespace kelo::gtk {
+
+namespace {
+
+using Data = std::map<Glib::ustring, Glib::VariantBase>;
+
+std::string objectPath() {
+    std::string path = "/" + std::string(deployment::applicationIdentifier);
+    std::replace(path.begin(), path.end(), '.', '/');
+    return path;
+}
+
+// What lets the program bring a window of its own to the front, if the action opens one.
+Data startUpData() {
+    Data data;
+    const auto add = [&data](const char* variable, const char* name) {
+        if (const auto value = Glib::getenv(variable); !value.empty())
+            data[name] = Glib::Variant<Glib::ustring>::create(value);
+    };
+    add("XDG_ACTIVATION_TOKEN", "activation-token");
+    add("DESKTOP_STARTUP_ID", "desktop-startup-id");
+    return data;
+}
+
+} // namespace
+
+bool askRunningInstance(const std::vector<std::string>& actions) {
+    constexpr int milliseconds = 5000;
+    const std::string name(deployment::applicationIdentifier);
+    try {
+        Gio::init();
+        const auto bus = Gio::DBus::Connection::get_sync(Gio::DBus::BusType::SESSION);
+        for (const auto& action : actions)
+            bus->call_sync(objectPath(), "org.freedesktop.Application", "ActivateAction",
+                           Glib::Variant<std::tuple<Glib::ustring, std::vector<Glib::VariantBase>,
+                                                    Data>>::create({action, {}, startUpData()}),
+                           name, milliseconds, Gio::DBus::CallFlags::NO_AUTO_START);
+        return true;
+    } catch (const Glib::Error&) {
+        return false; // nobody there
+    }
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,105 @@
+#include "linux/gtk/dialogs/AlertDialog.h"
+
+#include "linux/gtk/kit/Accessibility.h"
+
+#include <gtkmm/button.h>
+#include <gtkmm/label.h>
+
+#include <utility>
+
+namespace kelo::gtk {
+
+namespace {
+
+constexpr const char* acknowledgement = "OK";
+constexpr int textWidthInCharacters = 44;
+
+Gtk::Label* makeText(const std::string& text, const char* cssClass) {
+    auto* label = Gtk::make_managed<Gtk::Label>(text);
+    label->set_wrap();
+    label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    label->set_max_width_chars(textWidthInCharacters);
+    label->set_justify(Gtk::Justification::CENTER);
+    label->add_css_class(cssClass);
+    return label;
+}
+
+} // namespace
+
+AlertDialog::AlertDialog(const platform::Alert& alert, Gtk::Window* parent,
+                         std::function<void(platform::AlertOutcome)> answered)
+    : ModalWindow(parent), answered(std::move(answered)) {
+    if (!alert.messageText.empty())
+        set_title(alert.messageText);
+    setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG);
+    addTexts(alert);
+    addField(alert);
+    addButtons(alert);
+}
+
+void AlertDialog::addTexts(const platform::Alert& alert) {
+    if (!alert.messageText.empty())
+        column.append(*makeText(alert.messageText, "kelo-title"));
+    if (alert.informativeText.empty())
+        return;
+    column.append(*makeText(alert.informativeText, "kelo-body"));
+    gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
+                                   alert.informativeText.c_str(), -1);
+}
+
+void AlertDialog::addField(const platform::Alert& alert) {
+    if (!alert.accessoryView)
+        return;
+    field = std::make_unique<SecretEntry>(SecretEntry::Display::masked);
+    field->setPlaceholder(alert.accessoryView->placeholder);
+    field->setName(alert.accessoryView->placeholder);
+    field->set_size_request(static_cast<int>(alert.accessoryView->width),
+                            static_cast<int>(alert.accessoryView->height));
+    field->add_css_class("kelo-field");
+    field->set_halign(Gtk::Align::CENTER);
+    column.append(*field);
+}
+
+void AlertDialog::addButtons(const platform::Alert& alert) {
+    const std::vector<std::string> labels =
+        alert.buttons.empty() ? std::vector<std::string>{acknowledgement} : alert.buttons;
+    buttonCount = static_cast<int>(labels.size());
+    auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+    row->set_homogeneous();
+    row->add_css_class("kelo-buttons");
+    Gtk::Button* first = nullptr;
+    for (int index = 0; index < buttonCount; ++index) {
+        auto* button = Gtk::make_managed<Gtk::Button>(labels[static_cast<std::size_t>(index)]);
+        button->set_hexpand();
+        button->signal_clicked().connect([this, index] { answer(index); });
+        row->prepend(*button); // the one that goes ahead stands at the end of the line
+        if (index == 0)
+            first = button;
+    }
+    column.append(*row);
+    first->add_css_class("suggested-action");
+    first->set_receives_default();
+    set_default_widget(*first);
+    if (field && alert.accessoryIsInitialFirstResponder)
+        field->focus();
+    else
+        first->grab_focus();
+}
+
+void AlertDialog::dismissed() {
+    answer(buttonCount - 1);
+}
+
+void AlertDialog::answer(int index) {
+    const auto tell = std::exchange(answered, nullptr);
+    if (!tell)
+        return;
+    platform::AlertOutcome outcome;
+    outcome.returnCode = platform::alertFirstButtonReturn + index;
+    if (field)
+        outcome.fieldText = field->take();
+    set_visible(false);
+    tell(std::move(outcome));
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "linux/gtk/kit/ModalWindow.h"
+#include "linux/gtk/kit/SecretEntry.h"
+#include "platform/Alert.h"
+
+#include <functional>
+#include <memory>
+
+namespace kelo::gtk {
+
+/// The dialog of one alert. Goes off the screen by itself when it is answered; its owner destroys
+/// it later.
+class AlertDialog final : public ModalWindow {
+public:
+    /// answered is run at most once.
+    AlertDialog(const platform::Alert& alert, Gtk::Window* parent,
+                std::function<void(platform::AlertOutcome)> answered);
+
+protected:
+    void dismissed() override;
+
+private:
+    void addTexts(const platform::Alert& alert);
+    void addField(const platform::Alert& alert);
+    void addButtons(const platform::Alert& alert);
+    void answer(int index);
+
+    std::unique_ptr<SecretEntry> field;
+    int buttonCount = 0;
+    std::function<void(platform::AlertOutcome)> answered;
+};
+
+} // namespace kelo::gtk

@@ -1,0 +1,39 @@
+#include "linux/gtk/dialogs/GtkAlertPresenter.h"
+
+#include "base/async/Continuation.h"
+#include "linux/gtk/dialogs/AlertDialog.h"
+#include "linux/gtk/kit/WindowHandle.h"
+
+#include <optional>
+
+namespace kelo::gtk {
+
+namespace {
+
+Gtk::Window* windowInUse(platform::Application& application) {
+    if (auto* key = WindowHandle::resolve(application.keyWindow()))
+        return key;
+    for (const auto& window : application.windows())
+        if (auto* recent = WindowHandle::resolve(window))
+            return recent;
+    return nullptr;
+}
+
+} // namespace
+
+GtkAlertPresenter::GtkAlertPresenter(platform::Application& application)
+    : application(application) {}
+
+Task<platform::AlertOutcome> GtkAlertPresenter::runModal(platform::Alert alert) {
+    std::optional<AlertDialog> dialog;
+    auto* parent = windowInUse(application);
+    co_return co_await withCheckedContinuation<platform::AlertOutcome>(
+        [&dialog, &alert, parent](CheckedContinuation<platform::AlertOutcome> answered) {
+            dialog.emplace(alert, parent, [answered](platform::AlertOutcome outcome) {
+                answered.resume(std::move(outcome));
+            });
+            dialog->present();
+        });
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,264 @@
+#include "linux/gtk/dialogs/PasskeySheetWindow.h"
+
+#include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/SystemImage.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <glibmm/markup.h>
+#include <gtkmm/eventcontrollerkey.h>
+
+#include <utility>
+
+namespace kelo::gtk {
+
+namespace {
+
+constexpr int sheetWidth = 380;
+constexpr int tallestAccountList = 200;
+constexpr int iconSize = 48;
+constexpr int textWidthInCharacters = 44;
+
+void wrapCentred(Gtk::Label& label) {
+    label.set_wrap();
+    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    label.set_max_width_chars(textWidthInCharacters);
+    label.set_justify(Gtk::Justification::CENTER);
+}
+
+std::string titleOf(authenticator::Ceremony ceremony) {
+    return ceremony == authenticator::Ceremony::registration ? "Create a passkey?"
+                                                             : "Sign in with a passkey?";
+}
+
+std::string explanationOf(const authenticator::ConsentRequest& request) {
+    const std::string who =
+        "<b>" + Glib::Markup::escape_text(request.relyingPartyIdentifier).raw() + "</b>";
+    if (request.ceremony == authenticator::Ceremony::registration)
+        return who + " asks to keep a passkey for you on this computer.";
+    return who + " asks you to sign in with a passkey that is kept on this computer.";
+}
+
+Gtk::Label* makeAccount(const std::string& name) {
+    auto* label = Gtk::make_managed<Gtk::Label>(name);
+    label->set_ellipsize(Pango::EllipsizeMode::END);
+    label->set_tooltip_text(name);
+    label->set_xalign(0);
+    label->set_hexpand();
+    return label;
+}
+
+} // namespace
+
+PasskeySheetWindow::PasskeySheetWindow(Gtk::Window* parent, Actions actions)
+    : ModalWindow(parent), actions(std::move(actions)) {
+    column.set_size_request(sheetWidth, -1);
+    setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_DIALOG);
+    buildHeading();
+    buildAccounts();
+    buildVerification();
+    buildButtons();
+}
+
+// The window would go on pointing at its default button, which goes before it.
+PasskeySheetWindow::~PasskeySheetWindow() {
+    unset_default_widget();
+}
+
+void PasskeySheetWindow::buildHeading() {
+    icon.set_from_icon_name(iconName("person.badge.key"));
+    icon.set_pixel_size(iconSize);
+    icon.add_css_class("kelo-sheet-icon");
+    setAccessibleRole(icon, GTK_ACCESSIBLE_ROLE_PRESENTATION);
+    title.add_css_class("kelo-title");
+    wrapCentred(title);
+    wrapCentred(explanation);
+    explanation.add_css_class("kelo-body");
+    column.append(icon);
+    column.append(title);
+    column.append(explanation);
+}
+
+void PasskeySheetWindow::buildAccounts() {
+    accountsCaption.add_css_class("kelo-caption");
+    accountsCaption.add_css_class("kelo-dim");
+    accountsCaption.set_halign(Gtk::Align::START);
+    accountsScroll.add_css_class("kelo-group");
+    accounts.add_css_class("kelo-accounts");
+    accountsScroll.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    accountsScroll.set_propagate_natural_height();
+    accountsScroll.set_max_content_height(tallestAccountList);
+    accountsScroll.set_child(accounts);
+    // Enter agrees, as it does anywhere else in the sheet; the space bar and the arrows choose.
+    auto keys = Gtk::EventControllerKey::create();
+    keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    keys->signal_key_pressed().connect(
+        [this](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Return && key != GDK_KEY_KP_Enter && key != GDK_KEY_ISO_Enter)
+                return false;
+            goOn();
+            return true;
+        },
+        false);
+    accounts.add_controller(keys);
+    column.append(accountsCaption);
+    column.append(accountsScroll);
+}
+
+void PasskeySheetWindow::buildVerification() {
+    statusLine.set_halign(Gtk::Align::CENTER);
+    statusLine.append(spinner);
+    statusLine.append(status);
+    wrapCentred(status);
+    setAccessibleRole(status, GTK_ACCESSIBLE_ROLE_ALERT);
+    statusLine.set_visible(false);
+    question.set_halign(Gtk::Align::START);
+    question.set_wrap();
+    question.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    question.set_max_width_chars(textWidthInCharacters);
+    question.set_visible(false);
+    answerPlace.set_visible(false);
+    column.append(statusLine);
+    column.append(question);
+    column.append(answerPlace);
+}
+
+void PasskeySheetWindow::buildButtons() {
+    auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+    row->set_homogeneous();
+    row->add_css_class("kelo-buttons");
+    cancelButton.set_hexpand();
+    continueButton.set_hexpand();
+    cancelButton.signal_clicked().connect([this] { dismissed(); });
+    continueButton.signal_clicked().connect([this] { goOn(); });
+    continueButton.add_css_class("suggested-action");
+    continueButton.set_receives_default();
+    row->append(cancelButton);
+    row->append(continueButton);
+    column.append(*row);
+    set_default_widget(continueButton);
+}
+
+void PasskeySheetWindow::showConsent(const authenticator::ConsentRequest& request) {
+    open = Open::consent;
+    title.set_text(titleOf(request.ceremony));
+    set_title(title.get_text());
+    explanation.set_markup(explanationOf(request));
+    fillAccounts(request.accountNames);
+    continueButton.set_sensitive();
+    present();
+    if (choices.empty())
+        continueButton.grab_focus();
+    else
+        choices.front()->grab_focus();
+}
+
+void PasskeySheetWindow::fillAccounts(const std::vector<std::string>& names) {
+    choices.clear();
+    while (auto* row = accounts.get_first_child())
+        accounts.remove(*row);
+    accountsCaption.set_visible(!names.empty());
+    accountsScroll.set_visible(!names.empty());
+    accountsCaption.set_text(names.size() > 1 ? "Choose an account" : "Account");
+    for (const auto& name : names) {
+        if (names.size() == 1) {
+            accounts.append(*makeAccount(name));
+            return;
+        }
+        auto* choice = Gtk::make_managed<Gtk::CheckButton>();
+        choice->set_child(*makeAccount(name));
+        setAccessibleName(*choice, name);
+        if (choices.empty())
+            choice->set_active();
+        else
+            choice->set_group(*choices.front());
+        accounts.append(*choice);
+        choices.push_back(choice);
+    }
+}
+
+std::size_t PasskeySheetWindow::chosenAccount() const {
+    for (std::size_t index = 0; index < choices.size(); ++index)
+        if (choices[index]->get_active())
+            return index;
+    return 0;
+}
+
+void PasskeySheetWindow::showQuestion(const authenticator::VerificationPrompt& prompt) {
+    open = Open::question;
+    answer.reset(); // first, so that two are never there at once
+    answer = std::make_unique<SecretEntry>(prompt.echo ? SecretEntry::Display::visible
+                                                       : SecretEntry::Display::masked);
+    answer->set_hexpand();
+    answer->setName(prompt.text);
+    answerPlace.append(*answer);
+    answerPlace.set_visible();
+    question.set_text(prompt.text);
+    question.set_visible();
+    // What was said before stays above the question; only the sign of waiting goes.
+    spinner.stop();
+    spinner.set_visible(false);
+    if (!status.has_css_class("kelo-red") && status.has_css_class("kelo-waiting"))
+        statusLine.set_visible(false);
+    continueButton.set_sensitive();
+    present();
+    answer->focus();
+}
+
+void PasskeySheetWindow::showInformation(const std::string& text) {
+    showStatus(text, false);
+}
+
+void PasskeySheetWindow::showError(const std::string& text) {
+    showStatus(text, true);
+}
+
+void PasskeySheetWindow::showStatus(const std::string& text, bool isError) {
+    status.remove_css_class("kelo-waiting");
+    if (isError)
+        status.add_css_class("kelo-red");
+    else
+        status.remove_css_class("kelo-red");
+    status.set_text(text);
+    const bool waiting = !isError && open == Open::nothing;
+    spinner.set_visible(waiting);
+    if (waiting)
+        spinner.start();
+    else
+        spinner.stop();
+    statusLine.set_visible(true);
+}
+
+void PasskeySheetWindow::goOn() {
+    const Open answered = std::exchange(open, Open::nothing);
+    if (answered == Open::consent) {
+        const std::size_t account = chosenAccount();
+        becomeBusy();
+        actions.agreed(account);
+    } else if (answered == Open::question) {
+        auto text = answer->take();
+        becomeBusy();
+        actions.answered(std::move(text));
+    }
+}
+
+void PasskeySheetWindow::becomeBusy() {
+    for (auto* choice : choices)
+        choice->set_sensitive(false);
+    // The line itself is inside its own event handling, perhaps: the next question replaces it.
+    answerPlace.set_visible(false);
+    question.set_visible(false);
+    continueButton.set_sensitive(false);
+    cancelButton.grab_focus();
+    showStatus("One moment…", false);
+    status.add_css_class("kelo-waiting");
+}
+
+void PasskeySheetWindow::dismissed() {
+    open = Open::nothing;
+    if (answer)
+        answer->take();
+    set_visible(false);
+    actions.cancelled();
+}
+
+} // namespace kelo::gtk

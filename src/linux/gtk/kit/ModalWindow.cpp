@@ -1,0 +1,74 @@
+#include "linux/gtk/kit/ModalWindow.h"
+
+#include "linux/gtk/kit/Program.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/windowhandle.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace kelo::gtk {
+
+namespace {
+
+std::vector<ModalWindow*>& stack() {
+    static std::vector<ModalWindow*> open;
+    return open;
+}
+
+} // namespace
+
+ModalWindow* ModalWindow::topmost() {
+    for (auto each = stack().rbegin(); each != stack().rend(); ++each)
+        if ((*each)->get_visible())
+            return *each;
+    return nullptr;
+}
+
+ModalWindow::ModalWindow(Gtk::Window* parent) {
+    if (auto* modal = topmost())
+        set_transient_for(*modal);
+    else if (parent && parent->get_mapped())
+        set_transient_for(*parent);
+    stack().push_back(this);
+    set_title(programName);
+    set_modal();
+    set_resizable(false);
+    add_css_class("kelo-dialog");
+
+    // A dialog without a title bar of its own kind looks the same under every window manager, and
+    // can be dragged anywhere.
+    auto* nothing = Gtk::make_managed<Gtk::Box>();
+    nothing->set_visible(false);
+    set_titlebar(*nothing);
+    auto* handle = Gtk::make_managed<Gtk::WindowHandle>();
+    handle->set_child(column);
+    set_child(*handle);
+
+    signal_close_request().connect(
+        [this] {
+            dismissed();
+            return true;
+        },
+        false);
+    auto keys = Gtk::EventControllerKey::create();
+    keys->signal_key_pressed().connect(
+        [this](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Escape)
+                return false;
+            dismissed();
+            return true;
+        },
+        false);
+    add_controller(keys);
+}
+
+ModalWindow::~ModalWindow() {
+    std::erase(stack(), this);
+    unset_default_widget();
+    unset_child();
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,65 @@
+#include "linux/gtk/main/MainWindow.h"
+
+#include "base/async/MainLoop.h"
+#include "linux/gtk/kit/Program.h"
+
+#include <utility>
+
+namespace kelo::gtk {
+
+MainWindow::MainWindow(const platform::WindowGroup& group,
+                       const platform::WebContentDescription& description,
+                       const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed)
+    : ProgramWindow(std::move(closed)), group(group), content(group.defaultSize), menuBar(menu) {
+    set_title(programName);
+    add_css_class("kelo-main");
+    if (!get_display()->is_composited())
+        add_css_class("kelo-opaque");
+    header.pack_start(menuBar);
+    menuBar.set_valign(Gtk::Align::CENTER);
+    set_titlebar(header);
+    content.draw(description);
+    set_child(content);
+    if (group.content.observed)
+        redrawing.emplace(group.content.observed(),
+                          [this] { content.draw(this->group.content.body()); });
+    signal_map().connect([this] { appear(); });
+    property_focus_widget().signal_changed().connect([this] { followFocus(); });
+}
+
+void MainWindow::releaseWebView() {
+    redrawing.reset();
+    content.releaseWebView();
+}
+
+void MainWindow::appear() {
+    // Typing goes to the page from the start, not to the menu before it.
+    content.takeFocus();
+    if (group.onAppear)
+        MainLoop::main().post(group.onAppear);
+}
+
+void MainWindow::followFocus() {
+    auto* focus = get_focus();
+    if (focus && focus->is_ancestor(content))
+        content.rememberFocus(*focus);
+    const bool isOnBar = focus && focus->get_parent() == &menuBar;
+    const bool leftMenu = isOnBar && focusIsInMenu;
+    focusIsInMenu = focus && focus->is_ancestor(menuBar) && !isOnBar;
+    if (!leftMenu)
+        return;
+    // The toolkit leaves the keyboard on the bar when a menu closes. People expect it back where it
+    // was; whether another menu opens instead, the next turn shows.
+    MainLoop::main().post([this, handle = handle()] {
+        if (WindowHandle::resolve(handle))
+            leaveMenus();
+    });
+}
+
+void MainWindow::leaveMenus() {
+    auto* focus = get_focus();
+    if (focus && focus->get_parent() == &menuBar)
+        content.takeFocus();
+}
+
+} // namespace kelo::gtk

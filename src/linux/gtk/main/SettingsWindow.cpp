@@ -1,0 +1,76 @@
+#include "linux/gtk/main/SettingsWindow.h"
+
+#include "linux/gtk/kit/Accessibility.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtkmm/box.h>
+#include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/label.h>
+
+#include <utility>
+
+namespace kelo::gtk {
+
+namespace {
+
+Gtk::Widget* makeRow(const platform::LabeledRow& row) {
+    auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+    auto* label = Gtk::make_managed<Gtk::Label>(row.label);
+    label->set_halign(Gtk::Align::START);
+    auto* value = Gtk::make_managed<Gtk::Label>(row.value);
+    value->set_hexpand();
+    value->set_halign(Gtk::Align::END);
+    value->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
+    value->set_selectable();
+    value->set_focusable(false); // the row is; a text that gets the focus is selected at once
+    value->add_css_class("kelo-dim");
+    line->append(*label);
+    line->append(*value);
+    return line;
+}
+
+} // namespace
+
+SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void()> closed)
+    : ProgramWindow(std::move(closed)), scene(std::move(scene)) {
+    set_title("Settings");
+    add_css_class("kelo-main");
+    set_titlebar(header);
+    set_resizable(false);
+    rows.set_selection_mode(Gtk::SelectionMode::NONE);
+    rows.set_valign(Gtk::Align::CENTER);
+    rows.set_margin(16);
+    rows.set_hexpand();
+    rows.add_css_class("kelo-group");
+    setAccessibleName(rows, "Settings");
+    draw();
+    space.append(rows);
+    set_child(space);
+    auto keys = Gtk::EventControllerKey::create();
+    keys->signal_key_pressed().connect(
+        [this](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Escape)
+                return false;
+            close();
+            return true;
+        },
+        false);
+    add_controller(keys);
+    if (this->scene.content.observed)
+        redrawing.emplace(this->scene.content.observed(), [this] { draw(); });
+}
+
+void SettingsWindow::draw() {
+    const auto description = scene.content.body();
+    space.set_size_request(static_cast<int>(description.size.width),
+                           static_cast<int>(description.size.height));
+    while (auto* row = rows.get_row_at_index(0))
+        rows.remove(*row);
+    for (const auto& row : description.rows) {
+        rows.append(*makeRow(row));
+        auto* last = rows.get_row_at_index(static_cast<int>(&row - description.rows.data()));
+        last->set_activatable(false);
+    }
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,207 @@
+#include "linux/gtk/update/GtkUserDriver.h"
+
+#include "linux/gtk/kit/ActivationToken.h"
+#include "linux/gtk/kit/QuietWindow.h"
+
+#include <giomm/application.h>
+#include <glibmm/miscutils.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::gtk {
+
+using updater::CheckKind;
+using updater::RelaunchChoice;
+using updater::UpdateChoice;
+using updater::UpdateOffer;
+
+namespace {
+
+std::string sizeText(std::uint64_t bytes) {
+    return Glib::format_size(bytes);
+}
+
+UpdateWindow::Progress asProgress(const updater::DownloadProgress& progress) {
+    if (!progress.expected || *progress.expected == 0)
+        return {std::nullopt, sizeText(progress.received)};
+    const double fraction =
+        static_cast<double>(progress.received) / static_cast<double>(*progress.expected);
+    return {std::min(fraction, 1.0),
+            sizeText(progress.received) + " of " + sizeText(*progress.expected)};
+}
+
+std::string offerSentence(const UpdateOffer& offer) {
+    std::string sentence = "Version " + offer.offeredVersion + " is available. You have version " +
+                           offer.installedVersion + ".";
+    if (offer.informationalOnly)
+        sentence += " It cannot be installed from here.";
+    else if (offer.critical)
+        sentence += " It is important to install it.";
+    return sentence;
+}
+
+} // namespace
+
+GtkUserDriver::GtkUserDriver() = default;
+
+GtkUserDriver::~GtkUserDriver() = default;
+
+void GtkUserDriver::show(UpdateWindow::Content content, Attention attention) {
+    answerMildly();
+    isDownloading = false;
+    if (!window) {
+        window = std::make_unique<UpdateWindow>();
+        if (const auto application =
+                std::dynamic_pointer_cast<Gtk::Application>(Gio::Application::get_default()))
+            application->add_window(*window);
+    }
+    window->setContent(std::move(content));
+    if (attention == Attention::take)
+        presentWithActivationToken(*window);
+    else
+        showWithoutFocus(*window);
+}
+
+void GtkUserDriver::answerMildly() {
+    if (const auto answer = std::exchange(mildAnswer, nullptr))
+        answer();
+}
+
+void GtkUserDriver::finish(bool moreFollows) {
+    if (moreFollows)
+        window->closeToAnswers();
+    else
+        hide();
+}
+
+// The window stays for the next time: it is inside its own event handling still.
+void GtkUserDriver::hide() {
+    isDownloading = false;
+    if (window)
+        window->set_visible(false);
+}
+
+template <typename Answer>
+Task<Answer> GtkUserDriver::ask(UpdateWindow::Content content, std::vector<Button<Answer>> answers,
+                                Answer mildest, Attention attention) {
+    co_return co_await withCheckedContinuation<Answer>(
+        [&](CheckedContinuation<Answer> continuation) {
+            // Shared by all buttons, so that the question is answered once.
+            const auto answer = [this, continuation](Answer given, bool leadsOn) {
+                mildAnswer = nullptr;
+                finish(leadsOn);
+                continuation.resume(given);
+            };
+            for (const auto& button : answers)
+                content.choices.push_back({button.label,
+                                           [answer, given = button.answer,
+                                            leadsOn = button.leadsOn] { answer(given, leadsOn); },
+                                           &button == &answers.back(), button.apart});
+            content.dismissed = [answer, mildest] { answer(mildest, false); };
+            show(std::move(content), attention);
+            mildAnswer = [continuation, mildest] { continuation.resume(mildest); };
+        });
+}
+
+void GtkUserDriver::showChecking(std::function<void()> cancel) {
+    UpdateWindow::Content content;
+    content.heading = "Checking for updates…";
+    content.progress = UpdateWindow::Progress{std::nullopt, ""};
+    content.choices = {{"Cancel", cancel, false, false}};
+    content.dismissed = cancel;
+    show(std::move(content), Attention::take);
+}
+
+Task<UpdateChoice> GtkUserDriver::showOffer(UpdateOffer offer, CheckKind kind) {
+    UpdateWindow::Content content;
+    content.heading = "A new version of " + offer.programName + " is available";
+    content.sentence = offerSentence(offer);
+    content.notes = offer.releaseNotes;
+    const std::string install = offer.informationalOnly ? "Learn More…" : "Install Update";
+    std::vector<Button<UpdateChoice>> answers;
+    if (!offer.critical) {
+        answers.push_back({"Skip This Version", UpdateChoice::skipThisVersion, true});
+        answers.push_back({"Remind Me Later", UpdateChoice::remindLater});
+    }
+    answers.push_back({install, UpdateChoice::install, false, !offer.informationalOnly});
+    return ask(std::move(content), std::move(answers), UpdateChoice::remindLater,
+               kind == CheckKind::userInitiated ? Attention::take : Attention::leave);
+}
+
+void GtkUserDriver::showDownload(updater::DownloadProgress progress, std::function<void()> cancel) {
+    if (isDownloading && window) {
+        window->setProgress(asProgress(progress));
+        return;
+    }
+    UpdateWindow::Content content;
+    content.heading = "Downloading the update…";
+    content.progress = asProgress(progress);
+    content.choices = {{"Cancel", cancel, false, false}};
+    content.dismissed = cancel;
+    show(std::move(content), Attention::leave);
+    isDownloading = true;
+}
+
+void GtkUserDriver::showPreparing() {
+    UpdateWindow::Content content;
+    content.heading = "Preparing the update…";
+    content.sentence = "Its signature is checked before anything is installed.";
+    content.progress = UpdateWindow::Progress{std::nullopt, ""};
+    show(std::move(content), Attention::leave);
+}
+
+Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
+    UpdateWindow::Content content;
+    content.heading = "The update is ready";
+    content.sentence =
+        offer.programName + " will close, and open again as version " + offer.offeredVersion + ".";
+    std::vector<Button<RelaunchChoice>> answers;
+    answers.push_back({"Later", RelaunchChoice::later});
+    answers.push_back({"Install and Relaunch", RelaunchChoice::installAndRelaunch, false, true});
+    return ask(std::move(content), std::move(answers), RelaunchChoice::later, Attention::leave);
+}
+
+Task<void> GtkUserDriver::tell(std::string heading, std::string sentence) {
+    UpdateWindow::Content content;
+    content.heading = std::move(heading);
+    content.sentence = std::move(sentence);
+    std::vector<Button<bool>> answers;
+    answers.push_back({"OK", true});
+    co_await ask(std::move(content), std::move(answers), true, Attention::take);
+}
+
+Task<void> GtkUserDriver::showMessage(std::string heading, std::string sentence) {
+    return tell(std::move(heading), std::move(sentence));
+}
+
+Task<void> GtkUserDriver::showFailure(std::string sentence) {
+    return tell("The update did not work", std::move(sentence));
+}
+
+Task<bool> GtkUserDriver::askForAutomaticChecks(std::string programName) {
+    UpdateWindow::Content content;
+    content.heading = "Check for updates automatically?";
+    content.sentence = programName +
+                       " can look for new versions by itself. You can always look yourself from "
+                       "its menu.";
+    std::vector<Button<bool>> answers;
+    answers.push_back({"Don’t Check", false});
+    answers.push_back({"Check Automatically", true});
+    // Nothing is scheduled before this is answered, so it follows what the user has asked for.
+    return ask(std::move(content), std::move(answers), false, Attention::take);
+}
+
+bool GtkUserDriver::bringToFront() {
+    if (!window || !window->get_visible())
+        return false;
+    window->present();
+    return true;
+}
+
+void GtkUserDriver::dismiss() {
+    answerMildly();
+    hide();
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "updater/driver/ReleaseNotes.h"
+
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/textview.h>
+
+namespace kelo::gtk {
+
+/// Release notes to read: text that can be scrolled, selected and copied, and nothing to click.
+class ReleaseNotesView final : public Gtk::ScrolledWindow {
+public:
+    ReleaseNotesView();
+
+    void show(const updater::ReleaseNotes& notes);
+
+private:
+    Gtk::TextView text;
+};
+
+} // namespace kelo::gtk

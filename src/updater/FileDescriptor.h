@@ -1,9 +1,0 @@
-#pragma once
-
-#include "posix/FileDescriptor.h"
-
-namespace kelo::updater {
-
-using posix::FileDescriptor;
-
-} // namespace kelo::updater

@@ -1,0 +1,83 @@
+#include "updater/notes/HtmlNotes.h"
+
+#include "updater/notes/NotesBuilder.h"
+
+#include <libxml/HTMLparser.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace kelo::updater {
+
+namespace {
+
+/// Deeper than any notes are written, and shallow enough for the stack.
+constexpr int deepest = 100;
+
+struct HtmlDeleter {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+
+template <std::size_t Size>
+bool isOneOf(std::string_view name, const std::array<std::string_view, Size>& names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+constexpr std::array<std::string_view, 14> wordless = {
+    "script", "style", "head",   "title",  "noscript", "template", "iframe",
+    "object", "svg",   "canvas", "select", "textarea", "audio",    "video"};
+constexpr std::array<std::string_view, 6> headings = {"h1", "h2", "h3", "h4", "h5", "h6"};
+constexpr std::array<std::string_view, 22> blocks = {
+    "p",  "div",        "section", "article", "header", "footer", "main", "ul",
+    "ol", "blockquote", "pre",     "table",   "tr",     "br",     "hr",   "dl",
+    "dt", "dd",         "figure",  "body",    "aside",  "nav"};
+constexpr std::array<std::string_view, 2> strong = {"b", "strong"};
+constexpr std::array<std::string_view, 4> emphasized = {"i", "em", "cite", "dfn"};
+constexpr std::array<std::string_view, 4> code = {"code", "kbd", "samp", "tt"};
+
+void walk(const xmlNode* node, RunStyle style, int depth, NotesBuilder& builder);
+
+void walkElement(const xmlNode* node, RunStyle style, int depth, NotesBuilder& builder) {
+    const std::string_view name = reinterpret_cast<const char*>(node->name);
+    if (isOneOf(name, wordless))
+        return;
+    style.strong = style.strong || isOneOf(name, strong);
+    style.emphasized = style.emphasized || isOneOf(name, emphasized);
+    style.code = style.code || isOneOf(name, code);
+    const bool heading = isOneOf(name, headings);
+    const bool block = heading || name == "li" || isOneOf(name, blocks);
+    if (heading)
+        builder.begin(ParagraphKind::heading);
+    else if (name == "li")
+        builder.begin(ParagraphKind::listItem);
+    else if (block)
+        builder.begin(ParagraphKind::body);
+    walk(node->children, style, depth + 1, builder);
+    if (block)
+        builder.begin(ParagraphKind::body);
+}
+
+void walk(const xmlNode* node, RunStyle style, int depth, NotesBuilder& builder) {
+    for (; node && depth < deepest; node = node->next) {
+        if (node->type == XML_TEXT_NODE && node->content)
+            builder.add(reinterpret_cast<const char*>(node->content), style);
+        else if (node->type == XML_ELEMENT_NODE)
+            walkElement(node, style, depth, builder);
+    }
+}
+
+} // namespace
+
+ReleaseNotes readHtmlNotes(std::string_view html) {
+    const int options = HTML_PARSE_NONET | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
+                        HTML_PARSE_RECOVER | HTML_PARSE_NODEFDTD;
+    const std::unique_ptr<xmlDoc, HtmlDeleter> document(
+        htmlReadMemory(html.data(), static_cast<int>(html.size()), nullptr, "UTF-8", options));
+    NotesBuilder builder;
+    if (document)
+        walk(xmlDocGetRootElement(document.get()), {}, 0, builder);
+    return builder.finish();
+}
+
+} // namespace kelo::updater

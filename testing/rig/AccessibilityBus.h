@@ -1,0 +1,65 @@
+#pragma once
+
+#include "linux/gobject/GObjectPointer.h"
+
+#include <gio/gio.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::rig {
+
+struct VariantDeleter {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+};
+using VariantPointer = std::unique_ptr<GVariant, VariantDeleter>;
+
+/// Where an accessible object lives: the bus name of its process and its object path there.
+struct ObjectAddress {
+    std::string busName;
+    std::string path;
+    /// It belongs to a web page rather than to a toolkit's window.
+    bool inPage = false;
+    bool operator==(const ObjectAddress&) const = default;
+};
+
+/// The accessibility bus of this desktop session. Opening it tells the toolkits that somebody is
+/// listening, as a screen reader would. Main thread only.
+class AccessibilityBus {
+public:
+    /// Throws std::runtime_error when there is no session bus or no accessibility bus on it.
+    AccessibilityBus();
+    ~AccessibilityBus();
+    AccessibilityBus(const AccessibilityBus&) = delete;
+    AccessibilityBus& operator=(const AccessibilityBus&) = delete;
+
+    /// One call, answered within a few seconds; nothing when the object is gone or refuses.
+    VariantPointer call(const ObjectAddress& object, const char* interface, const char* method,
+                        GVariant* arguments = nullptr) const;
+    /// A property's value; nothing when the object is gone or has none of that name.
+    VariantPointer property(const ObjectAddress& object, const char* interface,
+                            const char* name) const;
+
+    /// The roots of the programs that registered themselves: their native windows.
+    std::vector<ObjectAddress> applications() const;
+    /// The roots of the web pages. They are not linked below the window that shows them: a
+    /// sandboxed web process puts its tree on the bus by itself.
+    std::vector<ObjectAddress> pages() const;
+
+    /// Evaluates the condition now and after every event on the bus until it holds; false when the
+    /// deadline passed first. What announces itself by no event is looked at every `interval`.
+    bool await(const std::function<bool()>& condition, std::chrono::seconds deadline,
+               std::chrono::milliseconds interval = std::chrono::milliseconds(100)) const;
+
+private:
+    std::vector<std::string> names() const;
+
+    gobject::GObjectPointer<GDBusConnection> connection;
+    guint subscription = 0;
+};
+
+} // namespace kelo::rig

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "testing/rig/ChildProcess.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kelo::rig {
+
+/// Kelo as built, with its data in a folder of ours.
+class KeloProcess {
+public:
+    /// Starts it. What it keeps (cookies, passkeys) lies below `data`, so that a second process
+    /// with the same folder is the same user's next start.
+    KeloProcess(const std::filesystem::path& build, const std::filesystem::path& data,
+                const std::filesystem::path& output,
+                const std::vector<std::string>& arguments = {});
+
+    bool isRunning() { return process.isRunning(); }
+    pid_t identifier() const { return process.identifier(); }
+    std::optional<int> awaitExit(std::chrono::seconds deadline) {
+        return process.awaitExit(deadline);
+    }
+    void end() { process.end(); }
+    std::string printed() const { return process.printed(); }
+
+private:
+    ChildProcess process;
+};
+
+} // namespace kelo::rig

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "testing/rig/AccessibleTree.h"
+#include "testing/rig/Screen.h"
+
+#include <string>
+
+namespace kelo::rig {
+
+/// The desktop that scripts/private-desktop has set up around this process: an X server, a window
+/// manager, a session bus with an unlocked keyring, and a login password known to PAM, all of them
+/// for this process alone.
+class PrivateDesktop {
+public:
+    /// Throws std::runtime_error anywhere else, so that nothing is ever typed into the windows of
+    /// the person at the screen. Waits until the desktop is ready.
+    PrivateDesktop();
+
+    /// The password that PAM accepts for us on this desktop.
+    const std::string loginPassword;
+    const AccessibilityBus bus;
+    const AccessibleTree tree;
+    const Screen screen;
+};
+
+} // namespace kelo::rig

@@ -1,0 +1,91 @@
+#include "testing/rig/StandInService.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace kelo::rig {
+
+namespace {
+
+constexpr guint servicePort = 8443;
+
+void require(bool success, GError* error) {
+    const gobject::GErrorPointer owned(error);
+    if (!success)
+        throw std::runtime_error("The stand-in for the service cannot be started: " +
+                                 std::string(error ? error->message : "unknown error"));
+}
+
+gobject::GObjectPointer<SoupServer> makeServer(GTlsCertificate* certificate) {
+    return gobject::GObjectPointer<SoupServer>::adopt(
+        soup_server_new("tls-certificate", certificate, nullptr));
+}
+
+gobject::GObjectPointer<GTlsCertificate> certificateIn(const std::filesystem::path& authority) {
+    GError* error = nullptr;
+    auto certificate =
+        gobject::GObjectPointer<GTlsCertificate>::adopt(g_tls_certificate_new_from_files(
+            (authority / "server.pem").c_str(), (authority / "server-key.pem").c_str(), &error));
+    require(certificate.get() != nullptr, error);
+    return certificate;
+}
+
+} // namespace
+
+StandInService::StandInService(const std::filesystem::path& authority,
+                               std::map<std::string, std::string> pages)
+    : pages(std::move(pages)), server(makeServer(certificateIn(authority).get())) {
+    serve();
+    GError* error = nullptr;
+    const bool listens =
+        soup_server_listen_local(server.get(), servicePort, SOUP_SERVER_LISTEN_HTTPS, &error);
+    require(listens, error);
+}
+
+StandInService::StandInService(std::map<std::string, std::string> pages)
+    : pages(std::move(pages)), server(makeServer(nullptr)) {
+    serve();
+    GError* error = nullptr;
+    const bool listens =
+        soup_server_listen_local(server.get(), 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &error);
+    require(listens, error);
+}
+
+StandInService::~StandInService() {
+    soup_server_disconnect(server.get());
+}
+
+void StandInService::serve() {
+    soup_server_add_handler(
+        server.get(), nullptr,
+        +[](SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {
+            static_cast<StandInService*>(self)->answer(*message);
+        },
+        this, nullptr);
+}
+
+void StandInService::answer(SoupServerMessage& message) {
+    GUri* const address = soup_server_message_get_uri(&message);
+    const std::string path = g_uri_get_path(address);
+    const char* query = g_uri_get_query(address);
+    received.push_back(query ? path + "?" + query : path);
+    const auto page = pages.find(path);
+    const std::string text = page == pages.end() ? std::string() : page->second;
+    soup_server_message_set_status(&message, SOUP_STATUS_OK, nullptr);
+    soup_server_message_set_response(&message, "text/html; charset=utf-8", SOUP_MEMORY_COPY,
+                                     text.data(), text.size());
+}
+
+std::string StandInService::origin() const {
+    GSList* const addresses = soup_server_get_uris(server.get());
+    const int port = addresses ? g_uri_get_port(static_cast<GUri*>(addresses->data)) : 0;
+    g_slist_free_full(addresses, reinterpret_cast<GDestroyNotify>(g_uri_unref));
+    return "http://127.0.0.1:" + std::to_string(port);
+}
+
+bool StandInService::wasAsked(const std::string& target) const {
+    return std::ranges::find(received, target) != received.end();
+}
+
+} // namespace kelo::rig

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "testing/rig/PrivateDesktop.h"
+
+#include <optional>
+#include <string>
+
+namespace kelo::rig {
+
+/// What a person does with Kelo: real clicks and keys, each aimed at what the accessibility tree
+/// says is there. Every function waits for what it acts on and throws std::runtime_error when it
+/// does not come.
+class User {
+public:
+    explicit User(const PrivateDesktop& desktop);
+
+    /// Waits until it can be seen on the screen, at rest, and says where: the tree is ahead of what
+    /// is drawn. A page is looked for in the main window, or in the window that is named.
+    Area awaitDrawn(const Wanted& wanted, WindowId pageHolder = 0) const;
+    /// Waits until it can be clicked, and clicks its middle.
+    void click(const Wanted& wanted, WindowId pageHolder = 0) const;
+    /// Clicks into the field, waits until it has the keyboard, and types.
+    void typeInto(const Wanted& field, const std::string& text) const;
+    void press(const std::string& key) const;
+
+    /// Opens the menu of the main window's bar with the mouse, and chooses with the keyboard.
+    void chooseFromMenu(const std::string& menuName, const std::string& itemName) const;
+
+    // The page.
+    void awaitLoginPage() const;
+    void signInWithPassword(const std::string& email, const std::string& password) const;
+    void awaitSignedIn(const std::string& firstName) const;
+    void signOut() const;
+
+    // Kelo's own windows.
+    void chooseRegister() const;
+    void awaitPrompt() const;
+    void answerPrompt(const std::string& passwordOrCode) const;
+    void pressSignInWithPasskey() const;
+    void awaitSheet() const;
+    /// "Continue"; waits for the password question.
+    void agreeOnSheet() const;
+    void answerSheet(const std::string& loginPassword) const;
+    /// Both.
+    void confirmSheet(const std::string& loginPassword) const;
+    void cancelSheet() const;
+    void awaitAlert(const std::string& text) const;
+    void closeAlert() const;
+    /// Waits for the red text below the sign-in button.
+    void awaitError(const std::string& text) const;
+
+private:
+    std::optional<Area> placeOnScreen(const Accessible& object, WindowId pageHolder) const;
+    std::optional<ScreenWindow> windowOnScreen(const Accessible& window) const;
+    void awaitKeyboardInPasswordField() const;
+
+    const PrivateDesktop& desktop;
+};
+
+} // namespace kelo::rig

@@ -1,0 +1,200 @@
+#include "linux/gtk/main/MenuBar.h"
+
+#include "base/Published.h"
+#include "linux/gobject/GLibMainLoop.h"
+
+#include <giomm/init.h>
+#include <giomm/simpleactiongroup.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelo::tests {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+std::string attribute(const Glib::RefPtr<Gio::MenuModel>& model, int item,
+                      Gio::MenuModel::Attribute name) {
+    const auto value = model->get_item_attribute(item, name, Glib::VARIANT_TYPE_STRING);
+    if (!value)
+        return {};
+    return Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(value).get();
+}
+
+/// One line for each entry: its text and its action. Sections are set apart by "---".
+void describe(const Glib::RefPtr<Gio::MenuModel>& model, Lines& lines) {
+    for (int item = 0; item < model->get_n_items(); ++item) {
+        if (const auto section = model->get_item_link(item, Gio::MenuModel::Link::SECTION)) {
+            if (item > 0)
+                lines.push_back("---");
+            describe(section, lines);
+            continue;
+        }
+        lines.push_back(attribute(model, item, Gio::MenuModel::Attribute::LABEL) + " = " +
+                        attribute(model, item, Gio::MenuModel::Attribute::ACTION));
+    }
+}
+
+Lines described(const Glib::RefPtr<Gio::MenuModel>& model) {
+    Lines lines;
+    describe(model, lines);
+    return lines;
+}
+
+struct MenuModel : testing::Test {
+    MenuModel() {
+        Gio::init();
+        actions = Gio::SimpleActionGroup::create();
+    }
+
+    platform::MenuItem item(const std::string& label, bool enabled = true) {
+        return {label, enabled, [this, label] { chosen.push_back(label); }};
+    }
+    platform::CommandMenu menu(const std::string& title = "Account") {
+        return {title,
+                {[this] { return content; },
+                 [this] { return std::vector<std::shared_ptr<ObservableObject>>{state}; }}};
+    }
+    void change(platform::Menu next) {
+        state->objectWillChange();
+        content = std::move(next);
+        while (g_main_context_iteration(nullptr, FALSE)) {
+        }
+    }
+    void choose(const std::string& action) { actions->activate_action(action); }
+
+    gobject::GLibMainLoop loop;
+    MainLoop::Installation installation{loop};
+    Glib::RefPtr<Gio::SimpleActionGroup> actions;
+    std::shared_ptr<ObservableObject> state = std::make_shared<ObservableObject>();
+    platform::Menu content;
+    Lines chosen;
+};
+
+TEST_F(MenuModel, HasEachEntryInItsOrderAndSeparatorsBetweenSections) {
+    content = {item("One"),
+               item("Two"),
+               platform::MenuSeparator{},
+               item("Three"),
+               platform::MenuSeparator{},
+               platform::SettingsLink{"Settings…"}};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    EXPECT_EQ(model.title(), "Account");
+    EXPECT_EQ(described(model.model()),
+              (Lines{"One = app.command-0", "Two = app.command-1", "---", "Three = app.command-3",
+                     "---", "Settings… = app.preferences"}));
+}
+
+TEST_F(MenuModel, SeparatorsWithNothingBetweenThemMakeNoEmptySection) {
+    content = {platform::MenuSeparator{}, item("One"), platform::MenuSeparator{},
+               platform::MenuSeparator{}};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    EXPECT_EQ(model.model()->get_n_items(), 1);
+    EXPECT_EQ(described(model.model()), Lines{"One = app.command-1"});
+}
+
+TEST_F(MenuModel, UnderscoresAreShownAsTheyStand) {
+    content = {item("snake_case"), platform::SettingsLink{"_Settings"}};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    // A menu model shows a double underscore as one.
+    EXPECT_EQ(described(model.model()),
+              (Lines{"snake__case = app.command-0", "__Settings = app.preferences"}));
+}
+
+TEST_F(MenuModel, ChoosingAnEntryRunsItsActionAndNoOther) {
+    content = {item("One"), item("Two")};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    choose("command-1");
+    EXPECT_EQ(chosen, Lines{"Two"});
+}
+
+TEST_F(MenuModel, DisabledEntryCannotBeChosen) {
+    content = {item("One", false), item("Two")};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    EXPECT_FALSE(actions->get_action_enabled("command-0"));
+    EXPECT_TRUE(actions->get_action_enabled("command-1"));
+    choose("command-0");
+    EXPECT_EQ(chosen, Lines{});
+}
+
+TEST_F(MenuModel, EntryWithoutAnActionDoesNothing) {
+    content = {platform::MenuItem{"Nothing", true, nullptr}};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    choose("command-0");
+    EXPECT_EQ(chosen, Lines{});
+}
+
+TEST_F(MenuModel, FollowsItsContent) {
+    content = {item("One"), item("Two")};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    change({item("Uno", false)});
+    EXPECT_EQ(described(model.model()), Lines{"Uno = app.command-0"});
+    EXPECT_FALSE(actions->get_action_enabled("command-0"));
+    choose("command-1");
+    EXPECT_EQ(chosen, Lines{}) << "the second entry is gone";
+    change({item("Uno"), item("Due"), item("Tre")});
+    choose("command-2");
+    EXPECT_EQ(chosen, Lines{"Tre"});
+}
+
+TEST_F(MenuModel, KindOfAnEntryCountsAsMuchAsItsText) {
+    content = {item("Settings")};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    change({platform::SettingsLink{"Settings"}});
+    EXPECT_EQ(described(model.model()), Lines{"Settings = app.preferences"});
+    choose("command-0");
+    EXPECT_EQ(chosen, Lines{});
+}
+
+TEST_F(MenuModel, IsNotRebuiltWhereOnlyActionsHaveChanged) {
+    content = {item("One")};
+    const gtk::CommandMenuModel model(*actions, "command-", menu());
+    int rebuilds = 0;
+    model.model()->signal_items_changed().connect([&](int, int, int) { ++rebuilds; });
+    change({item("One", false)});
+    EXPECT_EQ(rebuilds, 0) << "an open menu would close";
+    EXPECT_FALSE(actions->get_action_enabled("command-0"));
+    change({platform::MenuItem{"One", true, [this] { chosen.push_back("another"); }}});
+    choose("command-0");
+    EXPECT_EQ(chosen, Lines{"another"});
+    EXPECT_EQ(rebuilds, 0);
+}
+
+TEST_F(MenuModel, GoneItIsNotDrawnAnyMore) {
+    content = {item("One")};
+    { const gtk::CommandMenuModel model(*actions, "command-", menu()); }
+    change({item("Two", false)});
+    EXPECT_TRUE(actions->get_action_enabled("command-0"));
+}
+
+TEST_F(MenuModel, BarHasTheProgramsMenuFirstAndThenEachCommandMenu) {
+    content = {item("One")};
+    const gtk::MenuBar bar(*actions, {menu("Account"), menu("snake_case")}, true);
+    const auto& model = bar.model();
+    ASSERT_EQ(model->get_n_items(), 3);
+    const auto submenu = [&](int index) {
+        return model->get_item_link(index, Gio::MenuModel::Link::SUBMENU);
+    };
+    const auto title = [&](int index) {
+        return attribute(model, index, Gio::MenuModel::Attribute::LABEL);
+    };
+    EXPECT_EQ(title(0), "Kelo");
+    EXPECT_EQ(described(submenu(0)), (Lines{"Settings… = app.preferences", "---",
+                                            "Close Window = win.close", "Quit = app.quit"}));
+    EXPECT_EQ(title(1), "Account");
+    EXPECT_EQ(described(submenu(1)), Lines{"One = app.command-0-0"});
+    EXPECT_EQ(title(2), "snake__case");
+    EXPECT_EQ(described(submenu(2)), Lines{"One = app.command-1-0"});
+}
+
+TEST_F(MenuModel, BarOfAProgramWithoutSettingsHasNoEntryForThem) {
+    const gtk::MenuBar bar(*actions, {}, false);
+    EXPECT_EQ(described(bar.model()->get_item_link(0, Gio::MenuModel::Link::SUBMENU)),
+              (Lines{"Close Window = win.close", "Quit = app.quit"}));
+}
+
+} // namespace
+} // namespace kelo::tests

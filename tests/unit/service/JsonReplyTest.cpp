@@ -1,0 +1,53 @@
+#include "service/JsonReply.h"
+#include "base/Failure.h"
+
+#include <gtest/gtest.h>
+
+namespace kelo {
+namespace {
+
+TEST(JsonReply, ObjectsAndArraysAreRead) {
+    EXPECT_EQ(service::parseJson(bytesOf(R"({"a":1})")), (nlohmann::json{{"a", 1}}));
+    EXPECT_TRUE(service::parseJson(bytesOf("[]")).is_array());
+}
+
+TEST(JsonReply, WhatIsNotJsonAndBareScalarsFailWithASentence) {
+    for (const char* text : {"", "<html>", "{", "3", "\"text\"", "null", "true", "{} {}",
+                             "{\"a\":\xFF}", "[1e99999]"}) {
+        EXPECT_FALSE(service::parsedJson(bytesOf(text))) << text;
+        try {
+            service::parseJson(bytesOf(text));
+            ADD_FAILURE() << text;
+        } catch (const Failure& error) {
+            EXPECT_EQ(error.kind(), FailureKind::invalidJson);
+            EXPECT_EQ(error.localizedDescription(),
+                      "The service sent a reply that is not valid JSON. Please try again later.");
+        }
+    }
+}
+
+TEST(JsonReply, MembersAreFoundByTheirExactNameAndTypeAlone) {
+    const auto value = service::parseJson(bytesOf(R"({"token":"x","number":1,"none":null})"));
+    EXPECT_EQ(service::stringMember(value, "token"), "x");
+    EXPECT_EQ(service::stringMember(value, "Token"), std::nullopt);
+    EXPECT_EQ(service::stringMember(value, "number"), std::nullopt);
+    EXPECT_EQ(service::stringMember(value, "none"), std::nullopt);
+    EXPECT_EQ(service::stringMember(service::parseJson(bytesOf("[\"token\"]")), "token"),
+              std::nullopt);
+}
+
+TEST(JsonReply, DeeplyNestedReplyDoesNotOverflowTheStack) {
+    EXPECT_TRUE(service::parsedJson(bytesOf(std::string(200000, '[') + std::string(200000, ']'))));
+}
+
+TEST(JsonReply, TextIsWrittenCompactly) {
+    EXPECT_EQ(service::serializeJson({{"a", nlohmann::json::array({1, "é"})}}),
+              "{\"a\":[1,\"é\"]}");
+}
+
+TEST(JsonReply, TextThatIsNotUtf8CannotBeWritten) {
+    EXPECT_THROW(service::serializeJson({{"a", "\xFF"}}), Failure);
+}
+
+} // namespace
+} // namespace kelo
