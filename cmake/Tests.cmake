@@ -2,6 +2,8 @@
 #   One GoogleTest program and one ctest entry; each TEST inside is named after the rule it holds.
 #   LABEL is unit, component or e2e. LAUNCHER, if any, is a program with arguments that runs the test,
 #   for instance ${KELO_WITH_DISPLAY}: a display, a session bus and a home of its own.
+#
+# A test that has to know a path gets it by kelo_test_paths(SOURCES a.cpp DEFINITIONS NAME="...").
 set(KELO_WITH_DISPLAY ${PROJECT_SOURCE_DIR}/tests/component/with-display)
 function(kelo_test)
   cmake_parse_arguments(TEST "" "NAME;LABEL" "SOURCES;LINKS;LAUNCHER;PROPERTIES" ${ARGN})
@@ -12,4 +14,11 @@ function(kelo_test)
   # One ctest entry a program, not a test: a process start each would triple the time of a run.
   add_test(NAME ${TEST_NAME} COMMAND ${TEST_LAUNCHER} $<TARGET_FILE:${TEST_NAME}>)
   set_tests_properties(${TEST_NAME} PROPERTIES LABELS ${TEST_LABEL} TIMEOUT 300 ${TEST_PROPERTIES})
+endfunction()
+
+# Defines paths for the files that use them, and for no other of the program: they differ from clone to
+# clone, and what is compiled with one clone's paths is of no use to another through ccache.
+function(kelo_test_paths)
+  cmake_parse_arguments(PATHS "" "" "SOURCES;DEFINITIONS" ${ARGN})
+  set_property(SOURCE ${PATHS_SOURCES} APPEND PROPERTY COMPILE_DEFINITIONS ${PATHS_DEFINITIONS})
 endfunction()
