@@ -140,7 +140,17 @@ RunningProgram::Box RunningProgram::boxOf(Gtk::Widget& widget) {
 
 void RunningProgram::click(Gtk::Widget& widget) {
     until("the widget has its place", [&] { return boxOf(widget).width > 0; });
-    const Box box = boxOf(widget);
+    auto* window = dynamic_cast<Gtk::Window*>(widget.get_root());
+    if (!window)
+        throw std::runtime_error("the widget is in no window");
+    // The window manager may still move the window, and the layout its parts.
+    Box box;
+    until("the widget has come to rest", [&] {
+        const Box before = boxOf(widget);
+        untilDrawn(*window);
+        box = boxOf(widget);
+        return box == before;
+    });
     screen.click(box.x + box.width / 2, box.y + box.height / 2);
 }
 

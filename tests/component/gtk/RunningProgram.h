@@ -49,9 +49,10 @@ public:
         int y = 0;
         int width = 0;
         int height = 0;
+        friend bool operator==(const Box&, const Box&) = default;
     };
     Box boxOf(Gtk::Widget& widget);
-    void click(Gtk::Widget& widget); ///< in its middle, once it has been laid out
+    void click(Gtk::Widget& widget); ///< in its middle, once it rests
 
     bool inBody(const std::function<void()>& body);
 

@@ -44,7 +44,7 @@ std::string PanelFixture::manager() {
 }
 
 void PanelFixture::until(const std::string& what, const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     bool holds = false;
     const bool ended = loop.runUntil([&] {
         holds = condition();

@@ -106,6 +106,9 @@ private:
 
 class MainScreenTest : public PanelFixture {
 protected:
+    void awaitFrame(const platform::Rectangle& expected) {
+        until("the main screen is where it should be", [&] { return visibleFrame() == expected; });
+    }
     platform::Rectangle visibleFrame() { return panels.mainScreen().value().visibleFrame; }
     double scale() const { return gtk_widget_get_scale_factor(content->widget()); }
     platform::Rectangle points(PixelRectangle pixels) const {
@@ -115,7 +118,7 @@ protected:
 };
 
 TEST_F(MainScreenTest, IsTheWholeDisplayWhenNothingKeepsAPartOfIt) {
-    EXPECT_EQ(visibleFrame(), points({0, 0, connection.width(), connection.height()}));
+    awaitFrame(points({0, 0, connection.width(), connection.height()}));
 }
 
 TEST_F(MainScreenTest, ASingleMonitorIsCountedWithoutItsPanels) {
@@ -138,13 +141,13 @@ TEST_F(MainScreenTest, OfTwoMonitorsItIsTheOneWithTheKeyboard) {
     OtherProgram onFirst({60, 150, 200, 150});
     settle(onFirst);
     pointer.moveTo({half + 50, 400});
-    EXPECT_EQ(visibleFrame(), points(first));
+    awaitFrame(points(first));
     OtherProgram onSecond({half + 100, 200, 200, 150});
     settle(onSecond);
     onSecond.takeKeyboard();
     until("the second has the keyboard", [&] { return windows.focused() == onSecond.window(); });
     pointer.moveTo({50, 400});
-    EXPECT_EQ(visibleFrame(), points(second));
+    awaitFrame(points(second));
 }
 
 TEST_F(MainScreenTest, WithoutAKeyboardOwnerItIsTheMonitorWithThePointer) {
@@ -155,10 +158,10 @@ TEST_F(MainScreenTest, WithoutAKeyboardOwnerItIsTheMonitorWithThePointer) {
                                {half, 0, half, connection.height()});
     pointer.moveTo({half + 50, 300});
     connection.sync();
-    EXPECT_EQ(visibleFrame(), points({half, 0, half, connection.height()}));
+    awaitFrame(points({half, 0, half, connection.height()}));
     pointer.moveTo({50, 300});
     connection.sync();
-    EXPECT_EQ(visibleFrame(), points({0, 0, half, connection.height()}));
+    awaitFrame(points({0, 0, half, connection.height()}));
 }
 
 TEST_F(MainScreenTest, APanelOnTheSecondMonitorTakesFromThatOneAlone) {

@@ -11,6 +11,7 @@ namespace kelo::tests {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+constexpr int twoFrames = 40;
 
 /// What happens in other programs is no event here, so look again now and then.
 void pause(int milliseconds) {
@@ -75,9 +76,14 @@ bool HostScreen::hasMenu() const {
 
 Area HostScreen::menu() const {
     std::optional<Area> found;
-    until("a menu with four lines", [&] {
+    until("a menu with four lines that stays where it is", [&] {
+        const auto before = found;
         found = menuWindow();
-        return found && lines(*found).size() == 4;
+        if (!found || lines(*found).size() != 4)
+            found.reset();
+        else
+            pause(twoFrames);
+        return found && found == before;
     });
     return *found;
 }

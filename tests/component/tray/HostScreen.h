@@ -19,6 +19,7 @@ struct Area {
     int width = 0;
     int height = 0;
     screen::Point middle() const { return {x + width / 2, y + height / 2}; }
+    friend bool operator==(const Area&, const Area&) = default;
 };
 
 /// A screen with a tray on it, looked at and clicked as a person does.
