@@ -13,7 +13,7 @@ namespace kelo::panel {
 /// any moment.
 class X11ErrorTrap {
 public:
-    explicit X11ErrorTrap(GdkDisplay* display) : display(display) {
+    explicit X11ErrorTrap(input::GdkDisplay* display) : display(display) {
         gdk_x11_display_error_trap_push(display);
     }
     ~X11ErrorTrap() { gdk_x11_display_error_trap_pop_ignored(display); }
@@ -21,7 +21,7 @@ public:
     X11ErrorTrap& operator=(const X11ErrorTrap&) = delete;
 
 private:
-    GdkDisplay* display;
+    input::GdkDisplay* display;
 };
 
 /// A rectangle in the pixels of the root window, from its upper left corner.
@@ -37,15 +37,21 @@ struct PixelRectangle {
 /// the server, never for another program. A window that is gone has no properties and no place.
 class X11Connection {
 public:
-    explicit X11Connection(GdkDisplay* display)
+    explicit X11Connection(input::GdkDisplay* display)
         : gdk(display), x(gdk_x11_display_get_xdisplay(display)) {}
 
-    GdkDisplay* display() const { return gdk; }
+    input::GdkDisplay* display() const { return gdk; }
     Display* xlib() const { return x; }
     Window root() const { return DefaultRootWindow(x); }
     // Of the whole desktop, in pixels.
     int width() const { return DisplayWidth(x, DefaultScreen(x)); }
     int height() const { return DisplayHeight(x, DefaultScreen(x)); }
+
+    /// Whether a compositor blends the windows of the display at this moment. The toolkit tells
+    /// only whether one did when the program started.
+    bool isComposited() const;
+    /// The type of the events that tell of a change of it, among changes of other selections.
+    int selectionEvent() const;
 
     Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }
     /// The items of a 32-bit property; none when the window has no such property of that type.
@@ -63,7 +69,7 @@ public:
     PixelRectangle placeOf(Window window) const;
 
 private:
-    GdkDisplay* gdk;
+    input::GdkDisplay* gdk;
     Display* x;
 };
 

@@ -17,16 +17,17 @@ constexpr int shadowMargin = 32;
 
 } // namespace
 
-std::shared_ptr<X11Panel> X11Panel::make(GdkDisplay* display,
+std::shared_ptr<X11Panel> X11Panel::make(input::GdkDisplay* display,
                                          const platform::PanelDescription& description) {
     auto panel = std::make_shared<X11Panel>(display, description);
     window::setWindowIdentity(panel->window.gtkWindow(), panel);
     return panel;
 }
 
-X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& description)
+X11Panel::X11Panel(input::GdkDisplay* display, const platform::PanelDescription& description)
     : connection(display),
       window(description, description.hasShadow ? shadowMargin : 0),
+      selectionEvent(connection.selectionEvent()),
       mayHaveKeyboard(description.canBecomeKeyWindow),
       origin{description.contentRectangle.x, description.contentRectangle.y} {
     listen();
@@ -60,13 +61,11 @@ void X11Panel::realize() {
 void X11Panel::listen() {
     g_signal_connect(connection.display(), "xevent",
                      reinterpret_cast<GCallback>(
-                         +[](GdkDisplay*, const XEvent* event, X11Panel* self) -> gboolean {
+                         +[](input::GdkDisplay*, const XEvent* event, X11Panel* self) -> gboolean {
                              return self->handle(*event);
                          }),
                      this);
     const auto reshape = +[](X11Panel* self) { self->reshape(); };
-    g_signal_connect_swapped(connection.display(), "notify::composited",
-                             reinterpret_cast<GCallback>(reshape), this);
     g_signal_connect_swapped(window.widget(), "notify::scale-factor",
                              reinterpret_cast<GCallback>(reshape), this);
     GtkGesture* const click = gtk_gesture_click_new();
@@ -135,6 +134,8 @@ void X11Panel::noteFocus(bool focused) {
 }
 
 gboolean X11Panel::handle(const XEvent& event) {
+    if (event.type == selectionEvent && isTranslucent != connection.isComposited())
+        reshape();
     if (event.type != GenericEvent || !event.xcookie.data || !window.surface())
         return FALSE;
     if (event.xcookie.evtype != XI_FocusIn && event.xcookie.evtype != XI_FocusOut)
@@ -152,7 +153,8 @@ void X11Panel::reshape() {
         return;
     const RoundedShape rounded(wholePoints(window.size().width), wholePoints(window.size().height),
                                wholePoints(window.cornerRadius()), window.margin());
-    rounded.apply(connection, xid(), scale(), gdk_display_is_composited(connection.display()));
+    isTranslucent = connection.isComposited();
+    rounded.apply(connection, xid(), scale(), isTranslucent);
     move();
 }
 

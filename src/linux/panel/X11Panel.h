@@ -19,9 +19,9 @@ namespace kelo::panel {
 /// style mask, level, floatingPanel and collection behaviour all come with the kind of window.
 class X11Panel final : public platform::Panel {
 public:
-    static std::shared_ptr<X11Panel> make(GdkDisplay* display,
+    static std::shared_ptr<X11Panel> make(input::GdkDisplay* display,
                                           const platform::PanelDescription& description);
-    X11Panel(GdkDisplay* display, const platform::PanelDescription& description);
+    X11Panel(input::GdkDisplay* display, const platform::PanelDescription& description);
     ~X11Panel() override;
     X11Panel(const X11Panel&) = delete;
     X11Panel& operator=(const X11Panel&) = delete;
@@ -48,7 +48,10 @@ private:
 
     X11Connection connection;
     PanelWindow window;
+    int selectionEvent;
     bool mayHaveKeyboard;
+    /// The compositor blends the shadow with what lies behind; without one, the window is cut.
+    bool isTranslucent = false;
     std::optional<X11Keyboard> keyboard;
     platform::Point origin;
 };
