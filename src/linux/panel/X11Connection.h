@@ -13,7 +13,7 @@ namespace kelo::panel {
 /// any moment.
 class X11ErrorTrap {
 public:
-    explicit X11ErrorTrap(input::GdkDisplay* display) : display(display) {
+    explicit X11ErrorTrap(GdkDisplay* display) : display(display) {
         gdk_x11_display_error_trap_push(display);
     }
     ~X11ErrorTrap() { gdk_x11_display_error_trap_pop_ignored(display); }
@@ -21,7 +21,7 @@ public:
     X11ErrorTrap& operator=(const X11ErrorTrap&) = delete;
 
 private:
-    input::GdkDisplay* display;
+    GdkDisplay* display;
 };
 
 /// A rectangle in the pixels of the root window, from its upper left corner.
@@ -37,10 +37,10 @@ struct PixelRectangle {
 /// the server, never for another program. A window that is gone has no properties and no place.
 class X11Connection {
 public:
-    explicit X11Connection(input::GdkDisplay* display)
+    explicit X11Connection(GdkDisplay* display)
         : gdk(display), x(gdk_x11_display_get_xdisplay(display)) {}
 
-    input::GdkDisplay* display() const { return gdk; }
+    GdkDisplay* display() const { return gdk; }
     Display* xlib() const { return x; }
     Window root() const { return DefaultRootWindow(x); }
     // Of the whole desktop, in pixels.
@@ -69,7 +69,7 @@ public:
     PixelRectangle placeOf(Window window) const;
 
 private:
-    input::GdkDisplay* gdk;
+    GdkDisplay* gdk;
     Display* x;
 };
 

@@ -17,14 +17,14 @@ constexpr int shadowMargin = 32;
 
 } // namespace
 
-std::shared_ptr<X11Panel> X11Panel::make(input::GdkDisplay* display,
+std::shared_ptr<X11Panel> X11Panel::make(GdkDisplay* display,
                                          const platform::PanelDescription& description) {
     auto panel = std::make_shared<X11Panel>(display, description);
     window::setWindowIdentity(panel->window.gtkWindow(), panel);
     return panel;
 }
 
-X11Panel::X11Panel(input::GdkDisplay* display, const platform::PanelDescription& description)
+X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& description)
     : connection(display),
       window(description, description.hasShadow ? shadowMargin : 0),
       selectionEvent(connection.selectionEvent()),
@@ -61,7 +61,7 @@ void X11Panel::realize() {
 void X11Panel::listen() {
     g_signal_connect(connection.display(), "xevent",
                      reinterpret_cast<GCallback>(
-                         +[](input::GdkDisplay*, const XEvent* event, X11Panel* self) -> gboolean {
+                         +[](GdkDisplay*, const XEvent* event, X11Panel* self) -> gboolean {
                              return self->handle(*event);
                          }),
                      this);

@@ -19,9 +19,9 @@ namespace kelo::panel {
 /// style mask, level, floatingPanel and collection behaviour all come with the kind of window.
 class X11Panel final : public platform::Panel {
 public:
-    static std::shared_ptr<X11Panel> make(input::GdkDisplay* display,
+    static std::shared_ptr<X11Panel> make(GdkDisplay* display,
                                           const platform::PanelDescription& description);
-    X11Panel(input::GdkDisplay* display, const platform::PanelDescription& description);
+    X11Panel(GdkDisplay* display, const platform::PanelDescription& description);
     ~X11Panel() override;
     X11Panel(const X11Panel&) = delete;
     X11Panel& operator=(const X11Panel&) = delete;
