@@ -14,20 +14,35 @@ struct FakeFocus final : desktop::KeyboardFocus {
         ++asked;
         return ours;
     }
+    void onChange(std::function<void()> wanted) override { changed = std::move(wanted); }
+    void moveTo(bool toUs) {
+        ours = toUs;
+        changed();
+    }
+    std::function<void()> changed;
     bool ours = false;
     mutable int asked = 0;
 };
 
 struct FakeSource final : desktop::ModifierSource {
-    FakeSource(bool works, bool covers, Handler* tell) : works(works), covers(covers), tell(tell) {}
+    FakeSource(bool works, bool starts, bool covers, Handler* tell)
+        : works(works), starts(starts), covers(covers), tell(tell) {
+        ++alive;
+    }
+    ~FakeSource() override { --alive; }
+    FakeSource(const FakeSource&) = delete;
+    FakeSource& operator=(const FakeSource&) = delete;
+    static inline int alive = 0;
     std::string name() const override { return "fake"; }
     desktop::Availability availability() const override { return {works, "", ""}; }
     bool coversOwnWindows() const override { return covers; }
     bool start(Handler handler) override {
         *tell = std::move(handler);
-        return works;
+        return starts;
     }
+    /// Says that it can be used; can be used.
     bool works;
+    bool starts;
     bool covers;
     Handler* tell;
 };
@@ -71,6 +86,29 @@ TEST_F(Dispatch, WhatTwoSourcesSeeIsToldOnce) {
     EXPECT_EQ(told, (Changes{{false, control}, {false, 0}}));
 }
 
+TEST_F(Dispatch, InOurWindowsOnlyTheSourceOfOurWindowsCounts) {
+    focus.ours = true;
+    two.sawEverywhere(control);
+    EXPECT_EQ(told, Changes{});
+    two.sawInOwnWindows(option);
+    EXPECT_EQ(told, (Changes{{false, option}}));
+}
+
+TEST_F(Dispatch, ElsewhereTheSourceOfOurWindowsDoesNotCount) {
+    two.sawInOwnWindows(option);
+    EXPECT_EQ(told, Changes{});
+    two.sawEverywhere(control);
+    EXPECT_EQ(told, (Changes{{true, control}}));
+}
+
+TEST_F(Dispatch, AKeyLetGoOfWhileTheKeyboardComesToUsIsToldWhenItHasCome) {
+    two.sawEverywhere(chord);
+    two.sawInOwnWindows(control);
+    focus.ours = true;
+    two.focusMoved();
+    EXPECT_EQ(told, (Changes{{true, chord}, {false, control}}));
+}
+
 TEST_F(Dispatch, ARepeatedAccountOfOurWindowsIsToldOnce) {
     focus.ours = true;
     two.sawInOwnWindows(control);
@@ -84,6 +122,7 @@ TEST_F(Dispatch, AChordHeldWhileTheKeyboardComesToUsEndsOnce) {
     two.sawInOwnWindows(chord);
     focus.ours = true;
     two.focusMoved();
+    EXPECT_EQ(told, (Changes{{true, chord}}));
     two.sawInOwnWindows(0);
     two.sawEverywhere(0);
     EXPECT_EQ(told, (Changes{{true, chord}, {false, 0}}));
@@ -98,6 +137,18 @@ TEST_F(Dispatch, KeysThatNobodyToldOfBeforeTheKeyboardCameToUsAreNoNewPress) {
     EXPECT_EQ(told, Changes{});
     two.sawInOwnWindows(chord);
     EXPECT_EQ(told, (Changes{{false, chord}}));
+}
+
+TEST_F(Dispatch, KeysThatNobodyToldOfAreNoNewPressEachTimeThatTheKeyboardComesToUs) {
+    for (int time = 0; time < 2; ++time) {
+        two.sawInOwnWindows(chord);
+        focus.ours = true;
+        two.focusMoved();
+        two.sawInOwnWindows(0);
+        focus.ours = false;
+        two.focusMoved();
+    }
+    EXPECT_EQ(told, Changes{});
 }
 
 TEST_F(Dispatch, AShortcutThatBroughtOurWindowUpIsNoPressInIt) {
@@ -145,18 +196,23 @@ protected:
     struct Source {
         bool works;
         bool covers;
+        bool starts = true;
     };
     void make(std::vector<Source> everyProgram, std::optional<bool> ownWindows) {
         tell.resize(everyProgram.size());
         monitors = std::make_unique<desktop::KeyboardMonitors>([=, this] {
-            ++made;
+            ++watches;
             desktop::KeyboardWatch watch;
-            watch.focus = std::make_unique<FakeFocus>();
+            auto made = std::make_unique<FakeFocus>();
+            focus = made.get();
+            watch.focus = std::move(made);
             for (std::size_t at = 0; at < everyProgram.size(); ++at)
-                watch.everyProgram.push_back(std::make_unique<FakeSource>(
-                    everyProgram[at].works, everyProgram[at].covers, &tell[at]));
+                watch.everyProgram.push_back(
+                    std::make_unique<FakeSource>(everyProgram[at].works, everyProgram[at].starts,
+                                                 everyProgram[at].covers, &tell[at]));
             if (ownWindows)
-                watch.ownWindows = std::make_unique<FakeSource>(*ownWindows, true, &tellOwn);
+                watch.ownWindows =
+                    std::make_unique<FakeSource>(*ownWindows, *ownWindows, true, &tellOwn);
             return watch;
         });
     }
@@ -178,7 +234,9 @@ protected:
     std::vector<desktop::ModifierSource::Handler> tell;
     desktop::ModifierSource::Handler tellOwn;
     Changes told;
-    int made = 0;
+    int watches = 0;
+    /// Of the watch made last; the monitors have it.
+    FakeFocus* focus = nullptr;
 };
 
 TEST_F(Choice, TheFirstSourceThatWorksIsTheOnlyOne) {
@@ -190,7 +248,26 @@ TEST_F(Choice, TheFirstSourceThatWorksIsTheOnlyOne) {
     EXPECT_FALSE(tellOwn);
     tell[1](control);
     EXPECT_EQ(told, (Changes{{true, control}}));
-    EXPECT_EQ(made, 1);
+    EXPECT_EQ(watches, 1);
+    EXPECT_EQ(FakeSource::alive, 2) << "the source in use, and the one of our windows";
+}
+
+TEST_F(Choice, ASourceThatIsNotAvailableIsNotEvenStarted) {
+    make({{false, true}, {true, true}}, true);
+    EXPECT_TRUE(addGlobal());
+    EXPECT_FALSE(tell[0]);
+    EXPECT_TRUE(tell[1]);
+}
+
+TEST_F(Choice, ASourceThatFailsToStartIsFollowedByTheNext) {
+    make({{true, true, false}, {true, true}, {true, true}}, true);
+    EXPECT_TRUE(addGlobal());
+    ASSERT_TRUE(tell[1]);
+    EXPECT_FALSE(tell[2]);
+    tell[1](control);
+    EXPECT_EQ(told, (Changes{{true, control}}));
+    make({{true, true, false}}, std::nullopt);
+    EXPECT_FALSE(addGlobal());
 }
 
 TEST_F(Choice, WithoutASourceForOtherProgramsThereIsOnlyTheLocalMonitor) {
@@ -214,11 +291,77 @@ TEST_F(Choice, ASourceBlindToOurWindowsIsJoinedByOneThatSeesThem) {
     EXPECT_TRUE(tellOwn);
 }
 
+TEST_F(Choice, OfTwoSourcesTheOneCountsThatTheFocusIsWith) {
+    make({{true, false}}, true);
+    ASSERT_TRUE(addGlobal());
+    ASSERT_TRUE(addLocal());
+    tell[0](chord);
+    tellOwn(chord);
+    EXPECT_EQ(told, (Changes{{true, chord}}));
+    focus->moveTo(true);
+    tell[0](0);
+    EXPECT_EQ(told, (Changes{{true, chord}})) << "our own source has not told of it";
+    tellOwn(0);
+    tellOwn(control);
+    EXPECT_EQ(told, (Changes{{true, chord}, {false, 0}, {false, control}}));
+    focus->moveTo(false);
+    EXPECT_EQ(told, (Changes{{true, chord}, {false, 0}, {false, control}, {true, 0}}));
+}
+
+TEST_F(Choice, WhereOnlyOurWindowsAreSeenTheEndOfAPressIsTheirsToo) {
+    make({}, true);
+    EXPECT_FALSE(addGlobal());
+    ASSERT_TRUE(addLocal());
+    focus->moveTo(true);
+    tellOwn(chord);
+    focus->moveTo(false);
+    EXPECT_EQ(told, (Changes{{false, chord}, {false, 0}}));
+}
+
+TEST_F(Choice, AChangeComesAsAnEventOfItsKind) {
+    make({{true, true}}, std::nullopt);
+    platform::Event seen;
+    monitors->addGlobalMonitor(platform::event_mask::flagsChanged,
+                               [&seen](const platform::Event& event) { seen = event; });
+    tell[0](control);
+    EXPECT_EQ(seen.kind, platform::event_mask::flagsChanged);
+    EXPECT_EQ(seen.modifierFlags, control);
+    EXPECT_EQ(seen.window, nullptr);
+}
+
+TEST_F(Choice, MonitorsAreCalledInTheOrderAdded) {
+    make({{true, true}}, std::nullopt);
+    std::vector<int> order;
+    for (const int number : {1, 2, 3})
+        monitors->addLocalMonitor(platform::event_mask::flagsChanged,
+                                  [&order, number](const platform::EventPointer& event) {
+                                      order.push_back(number);
+                                      return event;
+                                  });
+    focus->ours = true;
+    tell[0](control);
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+}
+
 TEST_F(Choice, KeysOfOtherProgramsAreNotOffered) {
     make({{true, true}}, true);
     EXPECT_EQ(monitors->addGlobalMonitor(platform::event_mask::keyDown, [](const auto&) {}),
               nullptr);
-    EXPECT_EQ(made, 0);
+    EXPECT_EQ(watches, 0);
+}
+
+TEST_F(Choice, AMonitorOfBothKindsHearsOfModifiersToo) {
+    make({{true, true}}, std::nullopt);
+    int heard = 0;
+    EXPECT_TRUE(monitors->addLocalMonitor(platform::event_mask::flagsChanged |
+                                              platform::event_mask::keyDown,
+                                          [&heard](const platform::EventPointer& event) {
+                                              ++heard;
+                                              return event;
+                                          }));
+    focus->ours = true;
+    tell[0](control);
+    EXPECT_EQ(heard, 1);
 }
 
 TEST_F(Choice, AMonitorAddedByAMonitorHearsTheNextChange) {

@@ -124,6 +124,36 @@ TEST_F(Escape, TakenOnceIsNotTakenElsewhereAfterItsReleaseWentToAnotherProgram) 
     EXPECT_EQ(keysOf(mainContent), (Keys{"+Escape", "-Escape", "+F9", "-F9"}));
 }
 
+TEST_F(Escape, ReleasedInAWindowOfOursAfterAPressElsewhereIsNotTaken) {
+    focusPanel();
+    keyboard.tap(XK_Escape); // taken as a whole
+    until("it is heard", [this] { return heard.size() == 1; });
+    keyboard.tap(XK_F9);
+    keysOf(panelContent);
+    focusOther();
+    keyboard.down(XK_Escape);
+    until("the other program gets it", [this] { return keyboard.pressesInOther() > 0; });
+    focusOurs(main);
+    keyboard.up(XK_Escape);
+    keyboard.tap(XK_F9);
+    EXPECT_EQ(keysOf(mainContent), (Keys{"-Escape", "+F9", "-F9"}));
+}
+
+TEST_F(Escape, EventsThatAreNoKeysAreLeftAlone) {
+    std::vector<std::string> complaints;
+    const GLogFunc note = [](const char*, GLogLevelFlags, const char* text, gpointer list) {
+        static_cast<std::vector<std::string>*>(list)->emplace_back(text);
+    };
+    const GLogFunc previous = g_log_set_default_handler(note, &complaints);
+    focusPanel();
+    keyboard.moveTo(20, 20);
+    keyboard.moveTo(40, 40);
+    keyboard.tap(XK_F9);
+    keysOf(panelContent);
+    g_log_set_default_handler(previous, nullptr);
+    EXPECT_EQ(complaints, Keys{});
+}
+
 TEST_F(Escape, ComesWithTheModifiersThatAreDown) {
     focusPanel();
     keyboard.down(XK_Shift_L);
@@ -156,6 +186,20 @@ TEST_F(Escape, TakenByOneMonitorIsNotHeardByTheNext) {
     keyboard.tap(XK_F9);
     keysOf(panelContent);
     EXPECT_EQ(next, 1);
+}
+
+TEST_F(Escape, IsHeardByAMonitorOfModifiersAndKeys) {
+    std::vector<platform::EventMask> kinds;
+    monitors.addLocalMonitor(platform::event_mask::flagsChanged | platform::event_mask::keyDown,
+                             [&kinds](const EventPointer& event) {
+                                 kinds.push_back(event->kind);
+                                 return event;
+                             });
+    focusOurs(main);
+    keyboard.tap(XK_Escape);
+    keyboard.tap(XK_F9);
+    keysOf(mainContent);
+    EXPECT_EQ(kinds, (std::vector<platform::EventMask>(2, platform::event_mask::keyDown)));
 }
 
 TEST_F(Escape, MonitorsMayAddMonitors) {
