@@ -182,7 +182,7 @@ PixelRectangle X11Screens::workArea(PixelRectangle monitor, bool isOnlyOne) cons
     for (const PixelRectangle& area : announced(monitor, isOnlyOne))
         if (const PixelRectangle part = intersection(area, monitor); surface(part) > 0)
             return part;
-    return isOnlyOne ? monitor : freeArea(monitor, desktop(), struts());
+    return freeArea(monitor, desktop(), struts());
 }
 
 // With several monitors, _NET_WORKAREA is one rectangle for all of them together, and says nothing
