@@ -15,6 +15,8 @@ public:
     Backdrop(const Backdrop&) = delete;
     Backdrop& operator=(const Backdrop&) = delete;
 
+    screen::WindowId window() const { return identifier; }
+
 private:
     screen::XConnection own;
     screen::WindowId identifier = 0;

@@ -11,10 +11,23 @@ void addStyle(GtkWidget* widget, GtkCssProvider* style) {
                                    GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 }
 
+// A web view that gets the focus passes it on to the field of its page. A box would refuse it.
+GtkWidget* makeArea() {
+    const GClassInitFunc passFocusOn = [](gpointer type, gpointer) {
+        GTK_WIDGET_CLASS(type)->grab_focus = [](GtkWidget* area) -> gboolean {
+            return gtk_widget_grab_focus(gtk_widget_get_first_child(area));
+        };
+    };
+    static const GType type =
+        g_type_register_static_simple(GTK_TYPE_BOX, "KeloFakeContent", sizeof(GtkBoxClass),
+                                      passFocusOn, sizeof(GtkBox), nullptr, GTypeFlags());
+    return GTK_WIDGET(g_object_new(type, "orientation", GTK_ORIENTATION_VERTICAL, nullptr));
+}
+
 } // namespace
 
 FakeContent::FakeContent()
-    : area(Widget::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
+    : area(Widget::share(makeArea())),
       entry(Widget::share(gtk_entry_new())),
       style(desktop::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
     gtk_css_provider_load_from_data(style.get(), "box { background: #3366cc; }", -1);

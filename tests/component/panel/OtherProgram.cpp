@@ -5,6 +5,7 @@
 #include <X11/Xutil.h>
 
 #include <array>
+#include <stdexcept>
 
 namespace kelo::test {
 
@@ -76,6 +77,23 @@ void OtherProgram::reserve(const std::vector<unsigned long>& strut) {
 
 void OtherProgram::takeKeyboard() {
     XSetInputFocus(own.display(), identifier, RevertToPointerRoot, CurrentTime);
+    own.sync();
+}
+
+void OtherProgram::grabKeyboard() {
+    if (XGrabKeyboard(own.display(), identifier, False, GrabModeAsync, GrabModeAsync,
+                      CurrentTime) != GrabSuccess)
+        throw std::runtime_error("the keyboard cannot be grabbed");
+    own.sync();
+}
+
+void OtherProgram::releaseKeyboard() {
+    XUngrabKeyboard(own.display(), CurrentTime);
+    own.sync();
+}
+
+void OtherProgram::withdraw() {
+    XUnmapWindow(own.display(), identifier);
     own.sync();
 }
 

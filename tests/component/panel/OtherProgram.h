@@ -33,6 +33,11 @@ public:
     void fillScreen(bool hasManager);
     /// Takes the keyboard itself, as programs do where no window manager gives it to them.
     void takeKeyboard();
+    /// Keeps every key for itself without having the keyboard, as an open menu does.
+    void grabKeyboard();
+    void releaseKeyboard();
+    /// Takes the window off the screen; it still exists.
+    void withdraw();
     /// Asks the window manager for another workspace.
     void changeWorkspace(int number);
     /// Announces that it keeps a part of the desktop's edges for itself (_NET_WM_STRUT_PARTIAL).

@@ -1,10 +1,14 @@
+#include "component/panel/AnnouncedDesktop.h"
+#include "component/panel/Backdrop.h"
 #include "component/panel/PanelFixture.h"
+#include "linux/glib/WindowIdentity.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <utility>
 
 namespace kelo::test {
 
@@ -13,7 +17,37 @@ namespace {
 using testing::Contains;
 using testing::Not;
 
-using X11PanelTest = PanelFixture;
+class X11PanelTest : public PanelFixture {
+protected:
+    static GtkWindow* windowOf(FakeContent& content) {
+        return GTK_WINDOW(gtk_widget_get_root(content.widget()));
+    }
+    /// Whether toolkit and page are told that the panel has the keyboard.
+    bool countsAsActive() const {
+        const auto state = windows.numbers(panelWindow(), "_NET_WM_STATE");
+        return std::find(state.begin(), state.end(), connection.atom("_NET_WM_STATE_FOCUSED")) !=
+               state.end();
+    }
+    bool isAbove(screen::WindowId other) const {
+        const auto all = windows.all();
+        const auto place = [&](screen::WindowId window) {
+            return std::find_if(all.begin(), all.end(),
+                                [&](const auto& one) { return one.identifier == window; });
+        };
+        return place(panelWindow()) > place(other);
+    }
+    /// Has the toolkit deal with all that the server has sent so far.
+    static void digest() {
+        gdk_display_sync(gdk_display_get_default());
+        while (g_main_context_iteration(nullptr, FALSE)) {
+        }
+        gdk_display_sync(gdk_display_get_default());
+    }
+};
+
+TEST_F(X11PanelTest, IsTheWindowThatItsKeysAreAddressedTo) {
+    EXPECT_EQ(desktop::windowIdentity(windowOf(*content)), panel);
+}
 
 TEST_F(X11PanelTest, TakesTheKeyboardAndGivesItBackEachTime) {
     OtherProgram other;
@@ -39,6 +73,35 @@ TEST_F(X11PanelTest, CountsAsActiveOnlyWhileItHasTheKeyboard) {
         until("the caret is gone", [&] { return !content->hasCaret(); });
         hide();
     }
+}
+
+TEST_F(X11PanelTest, AMenuOfAnotherProgramLeavesItActive) {
+    if (manager() == "mutter")
+        GTEST_SKIP() << "this one takes what we say of our window off it again";
+    OtherProgram other;
+    settle(other);
+    show();
+    until("the panel is active", [this] { return countsAsActive(); });
+    other.grabKeyboard();
+    digest();
+    EXPECT_TRUE(countsAsActive());
+    other.releaseKeyboard();
+    digest();
+    EXPECT_TRUE(countsAsActive());
+    EXPECT_EQ(windows.focused(), panelWindow());
+}
+
+TEST_F(X11PanelTest, OnceHiddenItIsActiveNoMoreAlsoUnderThePointer) {
+    if (hasManager())
+        GTEST_SKIP() << "with a window manager, the keyboard does not follow the pointer";
+    pointer.moveTo({box().x + 100, box().y + 100});
+    AnnouncedDesktop desktop;
+    desktop.focus(AnnouncedDesktop::followsPointer);
+    show();
+    until("the panel is active", [this] { return countsAsActive(); });
+    hide();
+    digest();
+    EXPECT_FALSE(countsAsActive());
 }
 
 TEST_F(X11PanelTest, IsAboveAWindowThatFillsTheScreen) {
@@ -120,6 +183,24 @@ TEST_F(X11PanelTest, AClickBringsTheKeyboardBack) {
           [&] { return windows.focused() == other.window(); });
 }
 
+TEST_F(X11PanelTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
+    OtherProgram other;
+    settle(other);
+    show();
+    const Box at = box();
+    const screen::Point entry{at.x + at.width / 2, at.y + at.height / 2};
+    const screen::Point page{at.x + 100, at.y + 100};
+    for (const auto& [place, button] :
+         {std::pair(entry, 1U), std::pair(page, 2U), std::pair(page, 3U)}) {
+        other.takeKeyboard();
+        until("the other program has the keyboard",
+              [&] { return windows.focused() == other.window(); });
+        pointer.click(place, button);
+        until("button " + std::to_string(button) + " brings the keyboard back",
+              [this] { return windows.focused() == panelWindow(); });
+    }
+}
+
 TEST_F(X11PanelTest, AClickOnTheShadowReachesWhatLiesBelow) {
     OtherProgram other({box().x - 200, box().y + 100, 300, 200});
     settle(other);
@@ -143,6 +224,19 @@ TEST_F(X11PanelTest, LeavesTheKeyboardToWhoeverTookItLater) {
     hide();
     EXPECT_EQ(windows.focused(), second.window());
     typeInto(second, "mine");
+}
+
+TEST_F(X11PanelTest, GivesTheKeyboardBackToWhoeverTookItInBetween) {
+    OtherProgram first;
+    settle(first);
+    show();
+    OtherProgram second({600, 60, 200, 40});
+    settle(second);
+    show();
+    typeIntoPanel("mine again");
+    hide();
+    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
+    typeInto(second, "back");
 }
 
 TEST_F(X11PanelTest, GivesTheKeyboardToSomebodyWhenItsEarlierOwnerIsGone) {
@@ -226,13 +320,28 @@ TEST_F(X11PanelTest, ShownAndHiddenAgainAndAgainKeepsWhatItHolds) {
 }
 
 TEST_F(X11PanelTest, ShowingItAgainRaisesItAndChangesNothingElse) {
-    show();
-    const Box before = box();
-    OtherProgram other({before.x - 100, before.y + 50, 200, 200});
+    OtherProgram other;
     settle(other);
     show();
-    typeIntoPanel("once more");
+    const Box before = box();
+    const auto window = panelWindow();
+    // Above the panel, as only another window past the window manager can be.
+    const Backdrop cover;
+    until("the panel is covered",
+          [&] { return colorAt(before.x + 20, before.y + 300) == Backdrop::color; });
+    EXPECT_FALSE(isAbove(cover.window()));
+    panel->makeKeyAndOrderFront();
+    until("the panel is in front", [&] { return isAbove(cover.window()); });
+    // This one draws what lies past it in the order in which it first appeared.
+    if (manager() != "mutter")
+        until("the panel is drawn in front",
+              [&] { return contentAt(before.x + 20, before.y + 300); });
     EXPECT_EQ(box(), before);
+    EXPECT_EQ(panelWindow(), window);
+    typeIntoPanel("once more");
+    hide();
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
 }
 
 TEST_F(X11PanelTest, GoesWithItsOwnerWhileShownAndLeavesTheKeyboardBehind) {
@@ -266,11 +375,41 @@ TEST_F(X11PanelTest, KeepsContentsAliveThatNobodyElseHolds) {
     EXPECT_TRUE(watched.expired());
 }
 
+TEST_F(X11PanelTest, TheFirstResponderGetsTheKeys) {
+    panel->makeKeyAndOrderFront();
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+    gtk_window_set_focus(windowOf(*content), nullptr);
+    EXPECT_FALSE(content->hasCaret());
+    panel->makeFirstResponder(content);
+    until("the caret blinks", [this] { return content->hasCaret(); });
+    typeIntoPanel("here");
+}
+
 TEST_F(X11PanelTest, IgnoresAFirstResponderThatIsNotInside) {
+    const auto elsewhere = std::make_shared<FakeContent>();
+    const auto another = panels.makePanel(voicePanel());
+    another->setContentView({elsewhere, 18, 18, true});
+    gtk_window_set_focus(windowOf(*elsewhere), nullptr);
     show();
+    panel->makeFirstResponder(elsewhere);
+    EXPECT_EQ(gtk_window_get_focus(windowOf(*elsewhere)), nullptr);
     panel->makeFirstResponder(std::make_shared<FakeContent>());
     panel->makeFirstResponder(nullptr);
     typeIntoPanel("still here");
+}
+
+TEST_F(X11PanelTest, ShowsOneViewAtATimeAndNothingInPlaceOfOneItCannotDraw) {
+    show();
+    GtkWidget* const frame = gtk_widget_get_parent(content->widget());
+    const auto next = std::make_shared<FakeContent>();
+    panel->setContentView({next, 18, 18, true});
+    EXPECT_EQ(gtk_widget_get_first_child(frame), next->widget());
+    EXPECT_EQ(gtk_widget_get_last_child(frame), next->widget());
+    const auto withoutWidget = std::make_shared<fakes::FakeWebView>(
+        platform::Rectangle(), platform::WebViewConfiguration());
+    panel->setContentView({withoutWidget, 18, 18, true});
+    EXPECT_EQ(gtk_widget_get_first_child(frame), nullptr);
+    EXPECT_GT(withoutWidget.use_count(), 1) << "it is kept";
 }
 
 } // namespace
