@@ -17,6 +17,19 @@ using XMemory = std::unique_ptr<T, XFreeDeleter>;
 
 } // namespace
 
+bool X11Connection::isComposited() const {
+    const std::string compositor = "_NET_WM_CM_S" + std::to_string(DefaultScreen(x));
+    return XGetSelectionOwner(x, atom(compositor.c_str())) != None;
+}
+
+int X11Connection::selectionEvent() const {
+    int opcode = 0;
+    int firstEvent = 0;
+    int firstError = 0;
+    // The first event of this extension is the one about selections.
+    return XQueryExtension(x, "XFIXES", &opcode, &firstEvent, &firstError) ? firstEvent : 0;
+}
+
 std::vector<unsigned long> X11Connection::property(Window window, const char* name,
                                                    Atom type) const {
     constexpr long most = 4096;

@@ -47,6 +47,12 @@ public:
     int width() const { return DisplayWidth(x, DefaultScreen(x)); }
     int height() const { return DisplayHeight(x, DefaultScreen(x)); }
 
+    /// Whether a compositor blends the windows of the display at this moment. The toolkit tells
+    /// only whether one did when the program started.
+    bool isComposited() const;
+    /// The type of the events that tell of a change of it, among changes of other selections.
+    int selectionEvent() const;
+
     Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }
     /// The items of a 32-bit property; none when the window has no such property of that type.
     std::vector<unsigned long> property(Window window, const char* name, Atom type) const;

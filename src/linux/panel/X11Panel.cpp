@@ -27,6 +27,7 @@ std::shared_ptr<X11Panel> X11Panel::make(GdkDisplay* display,
 X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& description)
     : connection(display),
       window(description, description.hasShadow ? shadowMargin : 0),
+      selectionEvent(connection.selectionEvent()),
       mayHaveKeyboard(description.canBecomeKeyWindow),
       origin{description.contentRectangle.x, description.contentRectangle.y} {
     listen();
@@ -65,8 +66,6 @@ void X11Panel::listen() {
                          }),
                      this);
     const auto reshape = +[](X11Panel* self) { self->reshape(); };
-    g_signal_connect_swapped(connection.display(), "notify::composited",
-                             reinterpret_cast<GCallback>(reshape), this);
     g_signal_connect_swapped(window.widget(), "notify::scale-factor",
                              reinterpret_cast<GCallback>(reshape), this);
     GtkGesture* const click = gtk_gesture_click_new();
@@ -135,6 +134,8 @@ void X11Panel::noteFocus(bool focused) {
 }
 
 gboolean X11Panel::handle(const XEvent& event) {
+    if (event.type == selectionEvent && isTranslucent != connection.isComposited())
+        reshape();
     if (event.type != GenericEvent || !event.xcookie.data || !window.surface())
         return FALSE;
     if (event.xcookie.evtype != XI_FocusIn && event.xcookie.evtype != XI_FocusOut)
@@ -152,7 +153,8 @@ void X11Panel::reshape() {
         return;
     const RoundedShape rounded(wholePoints(window.size().width), wholePoints(window.size().height),
                                wholePoints(window.cornerRadius()), window.margin());
-    rounded.apply(connection, xid(), scale(), gdk_display_is_composited(connection.display()));
+    isTranslucent = connection.isComposited();
+    rounded.apply(connection, xid(), scale(), isTranslucent);
     move();
 }
 

@@ -48,7 +48,10 @@ private:
 
     X11Connection connection;
     PanelWindow window;
+    int selectionEvent;
     bool mayHaveKeyboard;
+    /// The compositor blends the shadow with what lies behind; without one, the window is cut.
+    bool isTranslucent = false;
     std::optional<X11Keyboard> keyboard;
     platform::Point origin;
 };
