@@ -350,6 +350,20 @@ TEST_F(Choice, KeysOfOtherProgramsAreNotOffered) {
     EXPECT_EQ(watches, 0);
 }
 
+TEST_F(Choice, AMonitorOfBothKindsHearsOfModifiersToo) {
+    make({{true, true}}, std::nullopt);
+    int heard = 0;
+    EXPECT_TRUE(monitors->addLocalMonitor(platform::event_mask::flagsChanged |
+                                              platform::event_mask::keyDown,
+                                          [&heard](const platform::EventPointer& event) {
+                                              ++heard;
+                                              return event;
+                                          }));
+    focus->ours = true;
+    tell[0](control);
+    EXPECT_EQ(heard, 1);
+}
+
 TEST_F(Choice, AMonitorAddedByAMonitorHearsTheNextChange) {
     make({{true, true}}, true);
     int later = 0;

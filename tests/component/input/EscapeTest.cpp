@@ -188,6 +188,20 @@ TEST_F(Escape, TakenByOneMonitorIsNotHeardByTheNext) {
     EXPECT_EQ(next, 1);
 }
 
+TEST_F(Escape, IsHeardByAMonitorOfModifiersAndKeys) {
+    std::vector<platform::EventMask> kinds;
+    monitors.addLocalMonitor(platform::event_mask::flagsChanged | platform::event_mask::keyDown,
+                             [&kinds](const EventPointer& event) {
+                                 kinds.push_back(event->kind);
+                                 return event;
+                             });
+    focusOurs(main);
+    keyboard.tap(XK_Escape);
+    keyboard.tap(XK_F9);
+    keysOf(mainContent);
+    EXPECT_EQ(kinds, (std::vector<platform::EventMask>(2, platform::event_mask::keyDown)));
+}
+
 TEST_F(Escape, MonitorsMayAddMonitors) {
     int added = 0;
     monitors.addLocalMonitor(platform::event_mask::keyDown, [&](const EventPointer& event) {
