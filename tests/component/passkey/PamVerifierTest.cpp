@@ -344,7 +344,9 @@ TEST_F(VerifyUserProgram, TakesNoAnswerThatIsNone) {
     start();
     begin();
     EXPECT_EQ(receive().type, authorization::MessageType::hiddenPrompt);
-    begin();
+    const auto bytes =
+        authorization::encode(authorization::MessageType::information, "open sesame");
+    send(std::string_view(bytes.data(), bytes.size()));
     const auto message = receive();
     EXPECT_NE(message.payload.substr(0, 1), "+");
 }
