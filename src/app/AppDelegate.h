@@ -4,7 +4,7 @@
 
 namespace kelo::app {
 
-/// Keeps the program running without a window: it lives in the tray until the user quits it.
+/// Keeps the program running in the tray without a window until the user quits it.
 class AppDelegate final : public platform::ApplicationDelegate {
 public:
     bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }

@@ -33,15 +33,15 @@ platform::WindowGroup KeloApp::mainWindowGroup() const {
     platform::WindowGroup group;
     group.identifier = "main";
     group.content.body = [web = web, passkey = passkey] {
-        // The page's first load begins in the web model's making, so that comes first.
+        // Creating the web model starts the first page load, so do that first.
         const auto model = web.get();
         return web::ContentView{model, passkey.get()}.body();
     };
     group.content.observed = [web = web, passkey = passkey] {
         return Observed{web.get(), passkey.get()};
     };
-    // Each appearance, not each start: the controller is ready for that, and the hotkey must not
-    // work before there has been a window.
+    // At every appearance, which the controller allows. Not earlier: the hotkey must not work
+    // before the first window.
     group.onAppear = [voice = voice, web = web] { voice.get()->start(web.get()); };
     group.defaultSize = {1100, 760};
     group.commands = {accountMenu()};

@@ -10,11 +10,11 @@
 
 namespace kelo::app {
 
-/// The program: its long-lived objects, each made when first read, and the scenes that show them.
-/// Every behaviour it wires together has its own home.
+/// The program: its long-lived objects, each created on first use, and the scenes that show them.
+/// It only wires things together; the behaviour is elsewhere.
 class KeloApp final : public platform::App {
 public:
-    /// Only notes how the objects are made; none is made yet.
+    /// Stores the factories; creates no object yet.
     KeloApp();
 
     platform::ApplicationDelegate& applicationDelegate() override { return appDelegate; }

@@ -10,8 +10,8 @@ namespace kelo::app {
 
 namespace {
 
-/// The length of the blank at the text's beginning or end: a tab or one of Unicode's space
-/// separators (category Zs). Line breaks are none.
+/// Length of the blank at the beginning or end of the text: a tab or a Unicode space separator
+/// (category Zs). Line breaks do not count.
 constexpr std::string_view blanks[] = {"\t",     " ",      "\u00A0", "\u1680", "\u2000", "\u2001",
                                        "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007",
                                        "\u2008", "\u2009", "\u200A", "\u202F", "\u205F", "\u3000"};

@@ -13,8 +13,8 @@
 
 namespace kelo::app {
 
-/// The user's way into passkey registration: the "Account" menu, the prompt for a password or code,
-/// and the alert with the outcome.
+/// The command that registers a passkey: the "Account" menu, the prompt for a password or code, and
+/// the alert with the outcome.
 class RegistrationCommand {
 public:
     /// Reads every cookie of the web view's store.
@@ -26,12 +26,12 @@ public:
     /// One item, disabled while a registration runs; choosing it starts a run.
     platform::Menu menu() const;
 
-    /// The cookies, the prompt, the registration, the alert. Never fails.
+    /// Reads the cookies, prompts, registers and shows the outcome. Never throws.
     static Task<void> run(std::shared_ptr<passkey::PasskeyRegistrar> registrar,
                           CookieReader currentCookies);
 
-    /// What the user typed, without the blanks and tabs around it; nothing when they cancelled or
-    /// typed nothing else.
+    /// What the user typed, without surrounding blanks and tabs; empty if they cancelled or typed
+    /// nothing else.
     static Task<std::optional<SecretText>> promptForPasswordOrCode();
 
 private:

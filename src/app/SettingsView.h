@@ -6,12 +6,12 @@
 
 namespace kelo::app {
 
-/// The settings pane: which build runs, and which service it talks to. There is nothing to set.
+/// The read-only settings pane: the version and the service's host.
 struct SettingsView {
     platform::SettingsDescription body() const;
 
 private:
-    /// "1.4.2 (57)"; "?" stands for what the bundle does not say.
+    /// "1.4.2 (57)", with "?" for each value that the bundle does not contain.
     static std::string versionString();
 };
 

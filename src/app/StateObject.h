@@ -6,8 +6,8 @@
 
 namespace kelo::app {
 
-/// An object that is made when it is first read, once, and then lives as long as the process.
-/// Copies stand for the same object. Main thread only.
+/// An object that is created once, on first use, and lives as long as the process. Copies refer to
+/// the same object. Main thread only.
 template <typename T>
 class StateObject {
 public:

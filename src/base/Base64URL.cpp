@@ -37,7 +37,7 @@ std::string base64URLEncode(ByteView bytes) {
 }
 
 std::optional<Bytes> base64URLDecode(std::string_view text) {
-    // Missing padding is filled up to a whole group of four; what is there must fit into it.
+    // Missing padding is added up to a full group of four; padding that is present must fit.
     const std::string_view digits = text.substr(0, text.find('='));
     const std::string_view padding = text.substr(digits.size());
     constexpr std::size_t roomForPadding[] = {0, 0, 2, 1};

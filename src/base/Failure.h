@@ -6,33 +6,32 @@
 
 namespace kelo {
 
-/// An error with a text for the person in front of the screen.
+/// An error with a text for the user.
 class LocalizedError : public std::exception {
 public:
     virtual std::string localizedDescription() const = 0;
     const char* what() const noexcept override { return "an error with a localized description"; }
 };
 
-/// What to show for an error of any kind: its localized description, or a general sentence for an
-/// error that has none. The error must not be null.
+/// The text to show for any error: its localized description, or a general sentence if it has none.
+/// The error must not be null.
 std::string localizedDescription(const std::exception_ptr& error);
 
 enum class FailureKind {
-    cannotConnect, ///< nobody answers, or the connection broke
+    cannotConnect, ///< no answer, or a broken connection
     timedOut,      ///< no complete reply in time
-    insecure,      ///< the certificate, or TLS itself, did not hold
-    badReply,      ///< a reply that breaks the protocol: too long, too short
+    insecure,      ///< the certificate or TLS itself failed
+    badReply,      ///< a response that breaks the protocol, for instance too long or cut short
     invalidJson,   ///< text that is not JSON, or a value that cannot be written as JSON
-    cancelled,     ///< the user said no
-    noCredential,  ///< no passkey that could answer
-    notAllowed,    ///< user verification failed, or the request is not for us
-    storage,       ///< the keyring or the disk did not keep or give what was asked
+    cancelled,     ///< the user cancelled
+    noCredential,  ///< no passkey for this request
+    notAllowed,    ///< user verification failed, or the relying party is not ours
+    storage,       ///< the keyring or the disk failed to store or load
     cryptography,  ///< the cryptographic library failed
 };
 
-/// What went wrong, for whoever handles it and for the user. The description is one sentence (or
-/// two) that says what happened and what to do, fit for the screen; the cause is for the log and
-/// may be empty.
+/// A failure with a kind for the caller, a description for the user (one or two sentences: what
+/// happened and what to do) and a cause for the log, which may be empty.
 class Failure : public LocalizedError {
 public:
     Failure(FailureKind kind, std::string description, std::string cause = {})

@@ -5,8 +5,8 @@
 
 namespace kelo {
 
-/// Stops the process: something that the code takes for granted does not hold. Writes the rule and
-/// the place to standard error. For defects of the program only, never for bad input.
+/// Aborts the process because an invariant of the code is broken. Writes the rule and the source
+/// location to standard error. For bugs in the program only, never for bad input.
 [[noreturn]] void invariantBroken(std::string_view rule,
                                   std::source_location where = std::source_location::current());
 

@@ -8,7 +8,7 @@
 
 namespace kelo {
 
-/// The right to be told; letting it go ends the observation. May outlive what it observes.
+/// A subscription; destroying it unsubscribes. May outlive the observed object.
 class Observation {
 public:
     Observation() = default;
@@ -27,9 +27,9 @@ private:
     std::function<void()> end;
 };
 
-/// An object whose published fields views read. Observers are told before each change, also when
-/// the new value equals the old one; whoever needs the new value looks in a later turn of the main
-/// loop. Main thread only.
+/// An object whose published fields are read by views. Observers are notified before each change,
+/// even if the new value equals the old one. To see the new value, read the field in a later turn
+/// of the main loop. Main thread only.
 class ObservableObject {
 public:
     ObservableObject() = default;
@@ -48,7 +48,7 @@ public:
     }
 
     void objectWillChange() {
-        // A told observer may begin or end observations, so walk by number, not by iterator.
+        // A callback may subscribe or unsubscribe, so iterate by number, not by iterator.
         const auto list = observers;
         for (auto next = list->actions.begin(); next != list->actions.end();) {
             const std::uint64_t number = next->first;

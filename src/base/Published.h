@@ -6,7 +6,7 @@
 
 namespace kelo {
 
-/// A field of an ObservableObject whose every assignment is told to the object's observers first.
+/// A field of an ObservableObject. Each assignment notifies the object's observers first.
 template <typename T>
 class Published {
 public:

@@ -11,7 +11,7 @@ void wipe(void* memory, std::size_t size) {
 }
 
 void wipe(std::string& text) {
-    // The capacity too: a text that once was longer leaves its tail behind its end.
+    // The whole capacity: a text that was longer before has left its tail behind the end.
     text.resize(text.capacity());
     wipe(text.data(), text.size());
     text.clear();
@@ -19,7 +19,7 @@ void wipe(std::string& text) {
 
 SecretText::SecretText(std::string_view text) : text(text) {}
 
-// Copied, not moved: a short text lies inside the object, and moving would leave it there.
+// Copied, not moved: a short string lives inside the object, and a move would leave it there.
 // NOLINTNEXTLINE(performance-move-constructor-init)
 SecretText::SecretText(SecretText&& other) noexcept : text(other.text) {
     wipe(other.text);

@@ -6,13 +6,13 @@
 
 namespace kelo {
 
-/// Overwrites memory in a way the compiler does not leave out.
+/// Overwrites memory in a way that the compiler does not optimise away.
 void wipe(void* memory, std::size_t size);
 
 /// Overwrites a text in place, then empties it.
 void wipe(std::string& text);
 
-/// A password or code. Moves only, and overwrites its memory when it goes.
+/// A password or code. It can only be moved, and its destructor overwrites its memory.
 class SecretText {
 public:
     SecretText() = default;

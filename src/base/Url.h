@@ -11,7 +11,7 @@ namespace kelo {
 /// normalised.
 class Url {
 public:
-    /// Nothing when the text is not scheme://host[:port][/path][?query][#fragment], or holds blanks
+    /// Empty if the text is not scheme://host[:port][/path][?query][#fragment], or contains blanks
     /// or control characters.
     static std::optional<Url> parse(std::string_view text);
 
@@ -19,10 +19,10 @@ public:
     const std::string& scheme() const { return scheme_; }
     /// As written, without port; an IPv6 address keeps its brackets.
     const std::string& host() const { return host_; }
-    /// As written, or the scheme's default (443, 80); nothing for a scheme without one.
+    /// As written, or the scheme's default (443, 80); empty for a scheme without one.
     std::optional<std::uint16_t> port() const { return port_; }
-    /// Percent-decoded, without query and fragment; empty when there is none. A text that does not
-    /// decode to well-formed UTF-8 is given as written.
+    /// Percent-decoded, without query and fragment; empty if there is none. A path that does not
+    /// decode to well-formed UTF-8 is returned as written.
     std::string path() const;
     /// The path as written, percent signs and all.
     const std::string& encodedPath() const { return path_; }

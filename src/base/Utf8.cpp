@@ -22,7 +22,7 @@ Sequence sequenceAt(std::string_view text, std::size_t at) {
     if (lead < 0xC2 || lead > 0xF4)
         return {1, false};
     const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    // The second byte's range is what keeps out overlong forms, surrogates and what lies too high.
+    // The range of the second byte excludes overlong forms, surrogates and values above the limit.
     const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     if (!within(text, at + 1, low, high))

@@ -4,7 +4,7 @@
 
 namespace kelo::passkey {
 
-/// Sets a flow's busy flag back when the flow ends, in whatever way.
+/// Resets the busy flag when the flow ends, whether it returns, throws or is destroyed.
 class BusyScope {
 public:
     explicit BusyScope(Published<bool>& busy) : busy(busy) {}

@@ -5,8 +5,8 @@
 
 namespace kelo::passkey {
 
-/// A platform credential as the service takes it: what all have in common, around the part that its
-/// ceremony gives it.
+/// A platform credential in the service's JSON format: the members that both ceremonies share, with
+/// the response of the one at hand.
 nlohmann::json credentialJson(ByteView credentialId, nlohmann::json response);
 
 } // namespace kelo::passkey

@@ -18,8 +18,8 @@ namespace {
 using platform::HttpCookie;
 using platform::HttpReply;
 
-/// The credentials the service allows, or nothing when it names none or not as a list of objects.
-/// An element whose id cannot be read is left out; the list may end up empty.
+/// The credentials that the service allows; empty if it names none or does not send a list of
+/// objects. An element with an unreadable id is skipped, so the list may be empty.
 std::optional<std::vector<platform::PlatformPublicKeyCredentialDescriptor>>
 allowedCredentials(const nlohmann::json& options) {
     const auto member = options.find("allowCredentials");
@@ -76,8 +76,8 @@ PasskeyAuthenticator::performAssertion(nlohmann::json options) {
     if (!challenge)
         throw PasskeyError::optionsFailed();
 
-    // The relying party is ours, whatever the service may name: a passkey made for this service
-    // must not be used to sign for another.
+    // Always our own relying party, whatever the service names: a passkey for this service must
+    // never sign for another one.
     const platform::PlatformPublicKeyCredentialProvider provider{
         std::string(service::relyingPartyIdentifier())};
     auto request = provider.createCredentialAssertionRequest(*challenge);
@@ -127,7 +127,7 @@ Task<void> PasskeyAuthenticator::completeSignIn(nlohmann::json assertion) {
         throw PasskeyError::badResponse("No response");
     if (*reply.status >= 400)
         throw PasskeyError::signInRejected();
-    // The service may refuse with a success status and say so in the address it wants shown next.
+    // The service may refuse with a success status and put the error into the URL to show next.
     const auto body = service::parsedJson(reply.body);
     const auto next = body ? service::stringMember(*body, "url") : std::nullopt;
     if (next && next->find("error") != std::string::npos)

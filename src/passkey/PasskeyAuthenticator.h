@@ -24,17 +24,17 @@ public:
 
     /// True from the start of signIn() until it ends.
     Published<bool> busy{*this, false};
-    /// The last failure's text: set by the caller of signIn(), cleared by the next one.
+    /// Text of the last failure: set by the caller of signIn(), cleared by the next sign-in.
     Published<std::optional<std::string>> errorMessage{*this, std::nullopt};
 
-    /// The cookies that the service's base URL gets, all of them. Fails with a PasskeyError, or
-    /// with the platform's own error unchanged. Nothing is retried.
+    /// Returns all cookies that apply to the service's base URL. Throws a PasskeyError, or passes
+    /// on the platform's error unchanged. Nothing is retried.
     Task<std::vector<platform::HttpCookie>> signIn();
 
     Task<nlohmann::json> fetchAssertionOptions();
     Task<platform::PlatformAssertionCredential> performAssertion(nlohmann::json options);
-    /// A credential without authenticator data, signature or user ID is a defect of the platform
-    /// and stops the process.
+    /// A credential without authenticator data, signature or user ID is a bug of the platform and
+    /// aborts the process.
     static nlohmann::json assertionJSON(const platform::PlatformAssertionCredential& credential);
     Task<void> completeSignIn(nlohmann::json assertion);
     std::vector<platform::HttpCookie> sessionCookies() const;
@@ -42,7 +42,7 @@ public:
 private:
     Task<std::string> fetchCsrfToken();
 
-    /// Its cookies live as long as the driver, so a later sign-in starts with the former one's.
+    /// Its cookies live as long as this object, so a later sign-in starts with the earlier cookies.
     std::unique_ptr<platform::HttpSession> session;
 };
 

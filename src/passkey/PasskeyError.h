@@ -6,8 +6,8 @@
 
 namespace kelo::passkey {
 
-/// How a passkey flow fails by its own rules. Failures of the platform are not wrapped into it:
-/// they reach the user with the platform's own text.
+/// A failure of a passkey flow by its own rules. Other failures are not wrapped: they reach the
+/// user with their own text.
 class PasskeyError final : public LocalizedError {
 public:
     enum class Case { badResponse, optionsFailed, noSessionCookie, signInRejected };

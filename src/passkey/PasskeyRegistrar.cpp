@@ -39,8 +39,8 @@ nlohmann::json attestationJSON(const platform::PlatformRegistrationCredential& c
     return credentialJson(credential.credentialId, std::move(response));
 }
 
-/// The verify request's body. The service tells password and code apart, so it gets the same text
-/// under both names.
+/// Body of the verify request. The service decides whether the text is a password or a code, so it
+/// is sent under both names.
 platform::RequestBody verifyBody(nlohmann::json attestation, const SecretText& passwordOrCode) {
     nlohmann::json body = {
         {"response", std::move(attestation)},

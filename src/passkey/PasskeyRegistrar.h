@@ -15,8 +15,8 @@
 
 namespace kelo::passkey {
 
-/// Registers a new platform passkey for the user who is signed in to the web application, whose
-/// session it borrows.
+/// Registers a new platform passkey for the user who is signed in to the web application, with the
+/// cookies of that session.
 ///
 /// One for the life of the process, owned by a shared pointer. Main thread only. It does not guard
 /// against a second registration while one runs: the disabled command does.
@@ -28,12 +28,12 @@ public:
 
     /// True from the start of a registration until it ends.
     Published<bool> busy{*this, false};
-    /// The text of the last registration if it succeeded.
+    /// Set after a successful registration.
     Published<std::optional<std::string>> message{*this, std::nullopt};
 
-    /// The registration: cookies are the web view's, every one of them; passwordOrCode is what the
-    /// user typed, which the service takes as either. Fails with a PasskeyError, or with the
-    /// platform's own error unchanged. ("register" alone is a reserved word of the language.)
+    /// Runs a registration. cookies: all cookies of the web view. passwordOrCode: what the user
+    /// typed; the service accepts it as either. Throws a PasskeyError, or passes on the platform's
+    /// error unchanged. (Not named "register", which is a keyword of the language.)
     Task<void> registerPasskey(std::vector<platform::HttpCookie> cookies,
                                SecretText passwordOrCode);
 

@@ -9,9 +9,9 @@
 
 namespace kelo::passkey {
 
-/// What sign-in and registration share of a platform passkey ceremony: the one pending
-/// continuation, the window to present over, and the failure that passes through unchanged. Derived
-/// from by the driver that takes the Credential; the driver must be owned by a shared pointer.
+/// What sign-in and registration share of a platform passkey ceremony: the pending continuation,
+/// the presentation anchor, and failures passed on unchanged. Base class of the drivers, which must
+/// be owned by a shared pointer.
 template <typename Credential>
 class PlatformCeremony : public platform::AuthorizationControllerDelegate,
                          public platform::AuthorizationPresentationContextProvider {
@@ -24,8 +24,8 @@ public:
     presentationAnchor(platform::AuthorizationController& controller) final;
 
 protected:
-    /// Runs one request and waits for the delegate call it ends with. A former ceremony that is
-    /// still pending is forgotten without being resumed.
+    /// Performs one request and waits for its delegate callback. A previous ceremony that is still
+    /// pending is forgotten and never resumed.
     Task<Credential> perform(platform::AuthorizationRequest request,
                              std::weak_ptr<PlatformCeremony> self);
 

@@ -19,8 +19,8 @@
 
 namespace kelo::platform {
 
-/// Everything the system asks of the desktop it runs on. There is one in a process; the state
-/// objects take no arguments and find it here, and a test swaps in its own.
+/// Everything that the system asks of the desktop. There is one in a process. State objects take no
+/// constructor arguments and find it through current(); tests install their own.
 class Desktop {
 public:
     virtual ~Desktop() = default;
@@ -30,8 +30,8 @@ public:
     virtual Clock& clock() = 0;
     virtual FileSystem& fileSystem() = 0;
 
-    /// A session with an own, private cookie store in memory that accepts every cookie and sends
-    /// them back by itself; nothing reaches the disk.
+    /// A session with a private cookie store in memory. It accepts every cookie and sends cookies
+    /// automatically; nothing is written to disk.
     virtual std::unique_ptr<HttpSession> makeEphemeralHttpSession() = 0;
     /// The process-wide session; it keeps no cookies.
     virtual HttpSession& sharedHttpSession() = 0;
@@ -44,16 +44,16 @@ public:
 
     virtual EventMonitors& eventMonitors() = 0;
     virtual std::shared_ptr<Panel> makePanel(PanelDescription description) = 0;
-    /// The monitor that has the keyboard focus; nothing while no monitor is connected.
+    /// The monitor that has the keyboard focus; empty while no monitor is connected.
     virtual std::optional<Screen> mainScreen() = 0;
 
     virtual Bundle& mainBundle() = 0;
-    /// Makes and starts the updater.
+    /// Creates and starts the updater.
     virtual std::unique_ptr<StandardUpdaterController> makeStandardUpdaterController() = 0;
 
     static Desktop& current();
 
-    /// Makes a desktop the current one for the lifetime of the object; the desktop must outlive it.
+    /// Installs a desktop as the current one for the lifetime of this object; it must outlive it.
     class Installation {
     public:
         explicit Installation(Desktop& desktop);

@@ -9,10 +9,10 @@ namespace kelo::service {
 
 using FormFields = std::vector<std::pair<std::string, std::string>>;
 
-/// The fields as the query of a URL writes them: name=value, joined with "&", in their order; every
-/// byte outside RFC 3986's query characters as "%" and two upper-case digits. "&", "=" and "+"
-/// inside a name or value are encoded too, because a form's reader takes them for its own. Nothing
-/// when there is no field.
+/// Encodes the fields like the query of a URL: name=value, joined with "&", in order. Each byte
+/// outside the query characters of RFC 3986 becomes "%" and two upper-case hex digits. "&", "=" and
+/// "+" inside a name or value are encoded too, because they have a meaning in form data. Empty if
+/// there are no fields.
 std::optional<std::string> formEncode(const FormFields& fields);
 
 } // namespace kelo::service

@@ -5,17 +5,17 @@
 
 #include <string_view>
 
-/// Where the service is and what can be asked of it. The one place that knows.
+/// The address of the service and its endpoints; defined here only.
 namespace kelo::service {
 
-/// HTTPS origin of the service: no path, no trailing slash. Compiled in; made on first use, and a
-/// constant that does not parse stops the process.
+/// HTTPS origin of the service, without path or trailing slash. Compiled in and parsed on first
+/// use; a constant that does not parse aborts the process.
 const Url& serviceBaseURL();
 
-/// The bare host of the service, as the authenticator and the settings pane name it.
+/// The host of the service, as used by the authenticator and the settings pane.
 std::string_view relyingPartyIdentifier();
 
-/// The page of the voice widget. A constant of its own.
+/// URL of the voice widget's page; a constant of its own.
 const Url& widgetURL();
 
 namespace endpoint {
@@ -27,10 +27,11 @@ inline constexpr std::string_view registrationOptions = "api/account/passkey/reg
 inline constexpr std::string_view registrationVerify = "api/account/passkey/register/verify";
 } // namespace endpoint
 
-/// URL of an endpoint: the base URL, one slash, the path.
+/// URL of an endpoint: base URL, one slash, path.
 Url endpointURL(std::string_view path);
 
-/// A request to an endpoint: 60 seconds, the protocol's cache policy, no header and no body yet.
+/// A request to an endpoint with a timeout of 60 seconds, the protocol's cache policy, and no
+/// headers or body yet.
 platform::UrlRequest endpointRequest(std::string_view path, std::string_view method);
 
 /// The text in a cookie list that marks a signed-in session.

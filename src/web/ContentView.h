@@ -8,8 +8,8 @@
 
 namespace kelo::web {
 
-/// What the main window shows: the web application and, over its login page alone, the native
-/// sign-in button. Holds no state: the picture follows from path, busy and errorMessage.
+/// Content of the main window: the web application and, over its login page only, the native
+/// sign-in button. Stateless: everything follows from path, busy and errorMessage.
 struct ContentView {
     std::shared_ptr<WebModel> web;
     std::shared_ptr<passkey::PasskeyAuthenticator> passkey;

@@ -6,8 +6,8 @@
 
 namespace kelo::web {
 
-/// Places a model's web view in a window. It may be made and dropped any number of times: the view,
-/// and with it the state of the page, is the model's.
+/// Places a model's web view in a window. Can be created and destroyed any number of times: the
+/// model owns the view and so the state of the page.
 struct WebView {
     std::shared_ptr<WebModel> model;
 

@@ -11,7 +11,7 @@
 
 namespace kelo {
 
-/// The wish to give up what is going on. Copies stand for the same wish. Main thread only.
+/// A cancellation token. Copies share one state. Main thread only.
 class Cancellation {
 public:
     /// May be called at any time and any number of times; only the first call counts.
@@ -22,8 +22,8 @@ public:
             action();
     }
     bool cancelled() const { return state->cancelled; }
-    /// Run by cancel(), once. Replaces the former action; null for none. Must not be set when it
-    /// was cancelled already.
+    /// Sets the callback that cancel() runs once; it replaces the previous one, null for none.
+    /// Must not be set after cancellation.
     void whenCancelled(std::function<void()> action) const { state->action = std::move(action); }
 
 private:
@@ -36,7 +36,7 @@ private:
 
 namespace detail {
 
-/// The two ends of a race of which only the first to arrive resumes the waiting flow.
+/// Shared by the two ways to finish: only the first one resumes the waiting flow.
 template <typename T>
 struct Race {
     std::optional<CheckedContinuation<std::optional<T>>> waiting;
@@ -66,7 +66,7 @@ Task<void> runInto(std::shared_ptr<Race<T>> race, Task<T> task) {
 
 } // namespace detail
 
-/// The result of the task, or nothing if it was cancelled first. A cancelled task is dropped, with
+/// The result of the task, or empty if it was cancelled first. A cancelled task is destroyed, with
 /// everything it has suspended, in a later turn of the main loop.
 template <typename T>
 Task<std::optional<T>> untilCancelled(Cancellation cancellation, Task<T> task) {

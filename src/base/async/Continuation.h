@@ -18,7 +18,7 @@ namespace detail {
 template <typename T>
 struct ContinuationState {
     using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
-    std::coroutine_handle<> waiter; ///< main thread only; null once it was resumed or dropped
+    std::coroutine_handle<> waiter; ///< main thread only; null once resumed or destroyed
     std::optional<Value> value;
     std::exception_ptr failure;
     std::atomic<bool> resumed = false;
@@ -26,10 +26,10 @@ struct ContinuationState {
 
 } // namespace detail
 
-/// The one-shot right to go on with a flow that is suspended in withCheckedContinuation(). Copies
-/// stand for the same flow. Resuming is possible from any thread; the flow goes on in a later turn
-/// of the main loop, never inside the call. Resuming twice is a defect and stops the process; a
-/// flow whose continuation is dropped unresumed stays suspended.
+/// Resumes, once, a flow that is suspended in withCheckedContinuation(). Copies refer to the same
+/// flow. May be resumed from any thread; the flow continues in a later turn of the main loop, never
+/// inside the call. Resuming twice is a bug and aborts the process. A flow whose continuation is
+/// destroyed without resuming stays suspended.
 template <typename T>
 class CheckedContinuation {
 public:
@@ -91,9 +91,9 @@ private:
     Body body;
 };
 
-/// Awaiting it suspends the flow, then runs body(continuation) at once; whoever gets the
-/// continuation resumes the flow with a value or a failure. An exception thrown by body reaches the
-/// flow. Main thread only.
+/// Awaiting this suspends the flow and runs body(continuation) immediately. The continuation later
+/// resumes the flow with a value or a failure. An exception thrown by body propagates to the flow.
+/// Main thread only.
 template <typename T, typename Body>
 ContinuationAwaiter<T, Body> withCheckedContinuation(Body body) {
     return ContinuationAwaiter<T, Body>(std::move(body));

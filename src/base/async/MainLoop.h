@@ -6,7 +6,7 @@
 
 namespace kelo {
 
-/// A pending one-shot timer. Dropping it does not cancel it: call invalidate().
+/// A pending one-shot timer. Destroying the handle does not cancel it: call invalidate().
 class Timer {
 public:
     virtual ~Timer() = default;
@@ -30,7 +30,7 @@ public:
     /// The loop of this process. There must be one installed.
     static MainLoop& main();
 
-    /// Makes a loop the process's own for the lifetime of the object; the loop must outlive it.
+    /// Installs a main loop for the lifetime of this object; the loop must outlive it.
     class Installation {
     public:
         explicit Installation(MainLoop& loop);

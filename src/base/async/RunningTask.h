@@ -8,9 +8,9 @@
 
 namespace kelo {
 
-/// A task that runs from the moment this is made and is dropped, wherever it is suspended, when
-/// this goes. It must not go while the task is executing, and the task must not end with an
-/// exception.
+/// A task that starts when this object is constructed and is destroyed with it, wherever it is
+/// suspended. The object must not be destroyed while the task is executing, and the task must not
+/// throw.
 class RunningTask {
 public:
     explicit RunningTask(Task<void> task) : RunningTask(run(std::move(task))) {}

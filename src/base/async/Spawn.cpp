@@ -10,7 +10,7 @@ namespace kelo {
 namespace {
 
 /// The outermost frame of a spawned task. It stays registered until it ends, so that a flow that is
-/// never resumed can still be found and dropped.
+/// never resumed can still be found and destroyed.
 class Root {
 public:
     struct promise_type {
@@ -55,7 +55,7 @@ std::size_t spawnedTaskCount() {
 }
 
 void dropSpawnedTasks() {
-    // A frame that is destroyed may spawn or end others, so take them one at a time.
+    // Destroying a frame may start or end other tasks, so destroy one at a time.
     while (!running().empty()) {
         const auto first = running().extract(running().begin());
         first.mapped().destroy();

@@ -6,15 +6,15 @@
 
 namespace kelo {
 
-/// Starts a task of its own on the main thread, in a later turn of the loop; the caller goes on at
-/// once. The task must deal with its own failures: an exception that leaves it ends the process.
+/// Starts a detached task on the main thread in a later turn of the loop and returns immediately.
+/// The task must handle its own failures: an uncaught exception ends the process.
 void spawn(Task<void> task);
 
-/// How many spawned tasks have not ended yet.
+/// The number of spawned tasks that are still running.
 std::size_t spawnedTaskCount();
 
-/// Drops every spawned task that has not ended, wherever it is suspended. For the end of the
-/// process and of a test, before the objects go that the tasks refer to.
+/// Destroys every spawned task that is still running, wherever it is suspended. Called at the end
+/// of the process and of each test, before the objects that the tasks refer to are destroyed.
 void dropSpawnedTasks();
 
 } // namespace kelo

@@ -12,7 +12,7 @@ class Task;
 
 namespace detail {
 
-/// What the promises of all tasks share: who waits for the task, and the failure it ended with.
+/// What the promises of all tasks share: the awaiting coroutine and the failure.
 class TaskPromiseBase {
 public:
     std::suspend_always initial_suspend() const noexcept { return {}; }
@@ -65,10 +65,10 @@ public:
 } // namespace detail
 
 /// A lazy asynchronous operation: it does nothing until it is awaited, runs on the main thread, and
-/// hands its result or its exception to the one who awaits it. Awaited at most once.
+/// passes its result or exception to the awaiting coroutine. It is awaited at most once.
 ///
-/// Dropping a task drops everything it has suspended. Write coroutines as functions that take their
-/// parameters by value; a lambda coroutine must not capture, because its captures die before it.
+/// Destroying a task destroys everything it has suspended. Write coroutines as functions that take
+/// their parameters by value. A lambda coroutine must not capture: captures die before it ends.
 template <typename T = void>
 class [[nodiscard]] Task {
 public:

@@ -8,16 +8,16 @@
 
 namespace kelo {
 
-/// A place to run what blocks (keyring, disk), off the main thread. Jobs run one after another in
-/// the order given.
+/// Runs blocking jobs (keyring, disk) off the main thread, one after another in the order they
+/// were submitted.
 class Worker {
 public:
     virtual ~Worker() = default;
     virtual void perform(std::function<void()> job) = 0;
 };
 
-/// Runs the function on the worker and comes back to the main thread with its result or exception.
-/// The function must own what it uses: the awaiting flow may be dropped before it runs.
+/// Runs the function on the worker and returns to the main thread with its result or exception.
+/// The function must own what it uses: the awaiting flow may be destroyed before it runs.
 template <typename Function>
 Task<std::invoke_result_t<Function&>> onWorker(Worker& worker, Function function) {
     using Result = std::invoke_result_t<Function&>;
