@@ -1,6 +1,6 @@
 #include "bundle/InstalledBundle.h"
 #include "fakes/FakeMainLoop.h"
-#include "linux/startup/ProgramTree.h"
+#include "linux/startup/Startup.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -9,10 +9,10 @@
 /// prints the version that its information dictionary names.
 int main(int count, char** words) {
     using namespace kelo;
-    startup::repairProgramTree();
+    startup::prepareProcess();
     fakes::FakeMainLoop loop;
     const MainLoop::Installation installation(loop);
-    startup::confirmProgramTreeLater();
+    startup::removeFormerVersionLater();
     loop.advance(std::chrono::seconds(count > 1 ? std::atoi(words[1]) : 0));
     loop.runUntilIdle();
     const auto information = bundle::InstalledBundle().infoDictionary();
