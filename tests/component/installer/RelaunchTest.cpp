@@ -1,5 +1,5 @@
-#include "updater/install/Relaunch.h"
 #include "component/installer/Trees.h"
+#include "updater/install/ProgramStart.h"
 
 #include <gmock/gmock.h>
 

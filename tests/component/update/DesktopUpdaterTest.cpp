@@ -91,9 +91,9 @@ struct DesktopUpdater : testing::Test {
     }
     void make() {
         made = update::makeStandardUpdaterController(
-            {bundle, [this] { return std::make_unique<FakeUserDriver>(user); },
-             [this](const std::string& address) { opened.push_back(address); },
-             [this] { ++terminations; }});
+            bundle, [this] { return std::make_unique<FakeUserDriver>(user); },
+            [this](const std::string& address) { opened.push_back(address); },
+            [this] { ++terminations; });
     }
     std::string lastShown() const { return user.shown.empty() ? "" : user.shown.back(); }
     /// The user asks, and waits for a window with these words.

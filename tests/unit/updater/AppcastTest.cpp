@@ -1,5 +1,5 @@
 #include "unit/updater/Feed.h"
-#include "updater/appcast/PublicationDate.h"
+#include "updater/appcast/AppcastReader.h"
 #include "updater/error/UpdateError.h"
 
 #include <gtest/gtest.h>

@@ -59,7 +59,7 @@ protected:
     /// As when the program starts and the updater is made.
     updater::Updater& start() {
         made.reset();
-        made = std::make_unique<updater::Updater>(updater::UpdaterParts{
+        made = std::make_unique<updater::Updater>(updater::UpdaterContext{
             updater::UpdaterSettings(dictionary),
             {"linux", "x86_64", "2.36"},
             folder.path / "updates",
@@ -71,7 +71,7 @@ protected:
             [this] { return std::make_unique<FakeUserDriver>(user); },
             [this](const Url& url) { opened.push_back(url.absoluteString()); },
             [] { return 3u; },
-            [this](const std::string& line) { journal.push_back(line); }});
+            [this](const std::string& line) { log.push_back(line); }});
         made->start();
         return *made;
     }
@@ -142,7 +142,7 @@ protected:
     std::shared_ptr<MemoryStateStore> store = std::make_shared<MemoryStateStore>();
     platform::InformationDictionary dictionary;
     std::vector<std::string> opened;
-    std::vector<std::string> journal;
+    std::vector<std::string> log;
     std::unique_ptr<updater::Updater> made;
 };
 
