@@ -159,7 +159,7 @@ TEST_F(Release, ThatWasChangedAfterwardsDoesNotVerify) {
     writeFile(archive, bytes);
     auto outcome = verify("kelo-1.1.tar.zst");
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.output, HasSubstr("does not hold"));
+    EXPECT_THAT(outcome.output, HasSubstr("is not valid"));
     writeFile(archive, bytes + "x");
     outcome = verify("kelo-1.1.tar.zst");
     EXPECT_EQ(outcome.status, 1);
@@ -171,7 +171,7 @@ TEST_F(Release, BuiltForAnotherKeyIsNotPublished) {
     pack("1.1", "11");
     const auto outcome = generate();
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.output, HasSubstr("built for another key"));
+    EXPECT_THAT(outcome.output, HasSubstr("built with another public key"));
     EXPECT_FALSE(fs::exists(feed));
 }
 
