@@ -22,7 +22,7 @@ using updater::TreeInstaller;
 using updater::UpdateError;
 using updater::UpdateErrorKind;
 
-/// An installed 1.0, and archives of later versions.
+/// An installed version 1.0, and archives of later versions.
 class TreeInstallerTest : public testing::Test {
 protected:
     TreeInstallerTest() {

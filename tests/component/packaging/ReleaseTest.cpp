@@ -20,8 +20,8 @@ std::string quoted(const fs::path& path) {
     return "'" + path.string() + "'";
 }
 
-/// The recipe of docs/RELEASING.md, followed with the packages of this build. A release of another
-/// version is the same tree under another number.
+/// Follows docs/RELEASING.md with the packages of this build. A release of another version is the
+/// same tree with another number.
 class Release : public testing::Test {
 protected:
     Release() {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <iostream>
 
-/// Stands in for the installed program: starts as it does, runs its loop for the seconds given, and
-/// prints the version that its information dictionary names.
+/// Replaces the installed program: starts like it, runs its loop for the given number of seconds,
+/// and prints the version from its information dictionary.
 int main(int count, char** words) {
     using namespace kelo;
     startup::prepareProcess();

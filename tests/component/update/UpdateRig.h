@@ -25,8 +25,8 @@
 
 namespace kelo::test {
 
-/// An updater of version 1.0 with real connections, a real worker and real files, a server that
-/// does as it is told, and a user who sees and answers.
+/// An updater of version 1.0 with real connections, a real worker and real files, and a scripted
+/// server and user.
 class UpdateRig : public testing::Test {
 protected:
     UpdateRig()
@@ -40,7 +40,7 @@ protected:
         server.reset();
     }
 
-    /// The whole reply, from the status line on.
+    /// Sets the reply, including its status line.
     void reply(const std::string& path, std::string bytes) {
         behave(path, [bytes = std::move(bytes)](ServerConnection& connection) {
             connection.write(bytes);
@@ -63,7 +63,7 @@ protected:
                "\" sparkle:edSignature=\"" + signature + "\"/></item>";
     }
 
-    /// The user asks for a check, and sees everything up to a window with these words.
+    /// The user asks for a check; waits for the window whose record starts with this text.
     void checkUntil(const std::string& window) {
         if (!made)
             make();
@@ -82,7 +82,7 @@ protected:
     }
     std::string lastShown() const { return user.shown.empty() ? "" : user.shown.back(); }
 
-    /// The worker may have the file in its hands for a moment more.
+    /// Waits, because the worker may still be using the file.
     void expectNothingLeft() {
         EXPECT_TRUE(rig.runUntil([this] {
             std::error_code missing;

@@ -18,12 +18,12 @@ std::string redirectTo(const std::string& address) {
     return httpReply("", "Location: " + address + "\r\n", "302 Found");
 }
 
-/// No file of this process may grow beyond this.
+/// Limits the size of every file that this process writes.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) {
         getrlimit(RLIMIT_FSIZE, &before);
-        // Otherwise the kernel ends the process instead of refusing the write.
+        // Without this the kernel ends the process instead of failing the write.
         formerHandler = std::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{bytes, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);

@@ -9,7 +9,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using updater::UpdateChoice;
 
-/// What the user is told when a check they asked for comes to nothing, and what is left of it.
+/// What the user sees when a check fails, and what is left on the disk.
 class UpdaterFailure : public UpdaterFixture {
 protected:
     void expectFailure(const std::string& sentence) {

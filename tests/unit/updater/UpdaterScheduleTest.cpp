@@ -14,7 +14,7 @@ using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
 
-/// Checks that nobody asked for.
+/// Scheduled checks.
 class UpdaterSchedule : public UpdaterFixture {
 protected:
     void startAutomatic() {

@@ -12,7 +12,7 @@ using updater::InstallKind;
 using updater::RelaunchChoice;
 using updater::UpdateChoice;
 
-/// What the user sees of a check they asked for.
+/// What the user sees of a check that they asked for.
 using UpdaterWindows = UpdaterFixture;
 
 TEST_F(UpdaterWindows, SayThatNothingIsNewer) {
