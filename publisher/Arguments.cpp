@@ -37,8 +37,8 @@ const CommandForm& formOf(std::string_view word) {
 std::string secureUrl(std::string_view option, std::string text) {
     const auto url = Url::parse(text);
     if (!url || url->scheme() != "https")
-        throw UsageError(std::string(option) +
-                         " takes an address that begins with https://, not \"" + text + "\".");
+        throw UsageError(std::string(option) + " needs a URL that begins with https://, not \"" +
+                         text + "\".");
     return text;
 }
 
@@ -93,12 +93,12 @@ Arguments parseArguments(std::span<const char* const> words,
             plain.push_back(word);
     }
     if (plain.empty())
-        throw UsageError("Say what to do: keygen, sign, generate or verify.");
+        throw UsageError("Name a command: keygen, sign, generate or verify.");
     const CommandForm& form = formOf(plain.front());
     arguments.command = form.command;
     arguments.files.assign(plain.begin() + 1, plain.end());
     if (arguments.files.size() != form.files)
-        throw UsageError("Use it as: kelo-appcast " + std::string(form.use));
+        throw UsageError("Usage: kelo-appcast " + std::string(form.use));
     return arguments;
 }
 
@@ -109,22 +109,22 @@ std::string helpText() {
         text += "  kelo-appcast " + std::string(form.use) + "\n";
     return text + R"(
 Commands:
-  keygen    make a signing key in FILE and print its public half, which the
-            builds to be updated are given as KELO_UPDATE_PUBLIC_KEY
-  sign      print the signature and the length of an archive
+  keygen    write a new private key to FILE and print the public key, which
+            is the value of KELO_UPDATE_PUBLIC_KEY when you build Kelo
+  sign      print an archive's signature and length
   generate  write FOLDER/appcast.xml for the packages in the folder
-            (kelo-VERSION.tar.zst, kelo-VERSION.deb) and their release notes
+            (kelo-VERSION.tar.zst, kelo-VERSION.deb) with their release notes
             (kelo-VERSION.md or kelo-VERSION.txt)
-  verify    hold an archive against the feed, as a copy of Kelo would
+  verify    check an archive's signature and length in the feed, as Kelo does
 
 Options:
-  --key FILE        the private key; without it, the file that the variable
-                    KELO_APPCAST_KEY names
-  --public-key KEY  the public key, as keygen printed it
-  --url URL         where the packages will be downloaded from (https); without
-                    it, beside the feed that the packages name
-  --link URL        page for people whose copy cannot be replaced by itself
-  -h, --help        show this help
+  --key FILE        private key (default: the file that the environment
+                    variable KELO_APPCAST_KEY names)
+  --public-key KEY  public key, as printed by keygen
+  --url URL         folder that the packages are downloaded from, https
+                    (default: the folder of the feed that the packages name)
+  --link URL        page for users whose copy cannot update itself, https
+  -h, --help        show this help, then exit
 )";
 }
 

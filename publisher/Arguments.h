@@ -10,22 +10,23 @@ namespace kelo::publisher {
 
 enum class Command { help, keygen, sign, generate, verify };
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Arguments {
     Command command = Command::help;
     std::vector<std::filesystem::path> files;
-    /// The private key's file: --key, or else what KELO_APPCAST_KEY names; empty when neither does.
+    /// The private key's file: from --key, else from KELO_APPCAST_KEY, else empty.
     std::filesystem::path key;
     std::string publicKey;   ///< Base64, or empty
-    std::string downloadUrl; ///< ends in "/", or is empty
-    std::string pageUrl;     ///< or empty
+    std::string downloadUrl; ///< ends with "/", or empty
+    std::string pageUrl;     ///< may be empty
 };
 
-/// The words after the program's name. keyVariable is the value of KELO_APPCAST_KEY, if it is set.
-/// Throws UsageError.
+/// Parses the arguments after the program's name. keyVariable is the value of KELO_APPCAST_KEY, if
+/// it is set. Throws UsageError.
 Arguments parseArguments(std::span<const char* const> words,
                          const std::optional<std::string>& keyVariable);
 
+/// The output of --help.
 std::string helpText();
 
 } // namespace kelo::publisher

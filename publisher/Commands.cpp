@@ -24,21 +24,21 @@ constexpr const char* feedName = "appcast.xml";
 
 SigningKey loadKey(const Arguments& arguments) {
     if (arguments.key.empty())
-        throw UsageError("Name the private key with --key FILE, or in the variable "
+        throw UsageError("Name the private key with --key FILE, or in the environment variable "
                          "KELO_APPCAST_KEY.");
     return SigningKey::load(arguments.key);
 }
 
 void makeKey(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
     if (arguments.key.empty())
-        throw UsageError("Say where the new key goes: kelo-appcast keygen --key FILE");
+        throw UsageError("Name a file for the new key: kelo-appcast keygen --key FILE");
     const SigningKey key = SigningKey::generate();
     key.save(arguments.key);
     output << base64(key.publicKey()) << "\n";
     remarks
         << "The private key is in " << arguments.key
-        << ". Keep a copy of it in a safe place: without it, no copy of Kelo that was built for "
-           "it can ever be updated again.\n";
+        << ". Keep a copy of it in a safe place: without it, you cannot update any copy of Kelo "
+           "that was built with its public key.\n";
 }
 
 void signFile(const Arguments& arguments, std::ostream& output) {
@@ -61,8 +61,8 @@ std::string downloadUrl(const Arguments& arguments, const Package& package, cons
         return arguments.downloadUrl;
     if (!package.feedUrl.starts_with("https://"))
         throw Failure("\"" + path.string() +
-                      "\" was built without an update feed (KELO_UPDATE_FEED), so say with --url "
-                      "where the packages will be.");
+                      "\" was built without an update feed (KELO_UPDATE_FEED). Name the folder of "
+                      "the packages with --url.");
     return package.feedUrl.substr(0, package.feedUrl.rfind('/') + 1);
 }
 
@@ -71,8 +71,8 @@ FeedItem itemFor(const fs::path& path, const Arguments& arguments, const Signing
     const std::string publicKey = base64(key.publicKey());
     if (!package.publicKey.empty() && package.publicKey != publicKey)
         throw Failure("\"" + path.string() +
-                      "\" was built for another key (KELO_UPDATE_PUBLIC_KEY). Once installed, it "
-                      "would refuse every update that is signed with this one.");
+                      "\" was built with another public key (KELO_UPDATE_PUBLIC_KEY). Once "
+                      "installed, it would refuse updates that are signed with this key.");
     const MappedFile file(path);
     FeedItem item;
     item.version = package.version;
@@ -87,7 +87,8 @@ FeedItem itemFor(const fs::path& path, const Arguments& arguments, const Signing
     return item;
 }
 
-/// Newest first; of one version, trees before packages: readers take the first of equals.
+/// Newest first. Of one version, trees come before packages, because readers take the first item of
+/// equal versions.
 bool comesFirst(const FeedItem& left, const FeedItem& right) {
     const auto order = updater::compareVersions(left.version, right.version);
     if (order != 0)
@@ -133,8 +134,8 @@ std::string publicKeyFor(const Arguments& arguments, const fs::path& archive,
     const Package package = readPackage(archive);
     if (package.publicKey.empty())
         throw UsageError("\"" + archive.string() +
-                         "\" names no key. Say with --public-key which one counts.");
-    remarks << "Held against the key that the package itself was built with.\n";
+                         "\" names no public key. Name one with --public-key.");
+    remarks << "Verified with the public key that the package itself was built with.\n";
     return package.publicKey;
 }
 
@@ -157,7 +158,7 @@ updater::Appcast readFeed(const fs::path& path, std::ostream& remarks) {
         return appcast;
     } catch (const updater::UpdateError& error) {
         throw Failure("\"" + path.string() +
-                      "\" is no feed that Kelo can read: " + error.localizedDescription());
+                      "\" is not a feed that Kelo can read: " + error.localizedDescription());
     }
 }
 
@@ -167,7 +168,7 @@ void verify(const Arguments& arguments, std::ostream& output, std::ostream& rema
     const updater::AppcastItem& item = itemOf(appcast, archive.filename());
     const auto key = updater::parsePublicKey(publicKeyFor(arguments, archive, remarks));
     if (!key)
-        throw Failure("The public key is none: it is 44 letters that keygen printed.");
+        throw Failure("The public key is not valid. Use the 44 characters that keygen printed.");
     const auto signature = updater::parseSignature(item.enclosure->signature.value_or(""));
     if (!signature)
         throw Failure("The feed has no signature for \"" + archive.string() +
@@ -178,11 +179,12 @@ void verify(const Arguments& arguments, std::ostream& output, std::ostream& rema
                       " bytes, and the feed says " + std::to_string(*item.enclosure->length) +
                       ". Run kelo-appcast generate again.");
     if (!updater::verifies(*key, *signature, file.bytes()))
-        throw Failure("The signature of \"" + archive.string() +
-                      "\" does not hold: copies of Kelo would refuse it. Run kelo-appcast generate "
-                      "again, with the right key.");
+        throw Failure(
+            "The signature of \"" + archive.string() +
+            "\" is not valid: Kelo would refuse it. Run kelo-appcast generate again, with "
+            "the right key.");
     output << archive.filename().string() << ": version " << item.displayVersion() << " ("
-           << item.version << "), the signature holds.\n";
+           << item.version << "), the signature is valid.\n";
 }
 
 } // namespace

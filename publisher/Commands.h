@@ -6,7 +6,7 @@
 
 namespace kelo::publisher {
 
-/// Does what the arguments ask for. Results go to output, remarks that leave the result good to
+/// Runs the command. Writes results to output, and warnings that do not spoil the result to
 /// remarks. Throws Failure.
 void run(const Arguments& arguments, std::ostream& output, std::ostream& remarks);
 

@@ -58,8 +58,8 @@ Document parse(const std::string& feed) {
                                     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
     const xmlNode* const root = document ? xmlDocGetRootElement(document.get()) : nullptr;
     if (!root || !hasName(root, "rss"))
-        throw Failure("The feed that is there cannot be read. Repair appcast.xml, or move it away "
-                      "to begin a new one.");
+        throw Failure("The existing feed cannot be read. Repair appcast.xml, or move it away to "
+                      "start a new one.");
     return document;
 }
 
@@ -107,7 +107,7 @@ std::string typeOf(const std::string& fileName) {
     return fileName.ends_with(".xz") ? "application/x-xz" : "application/gzip";
 }
 
-/// Elements of an item that this program writes anew each time.
+/// Elements of an item that this program always writes itself.
 bool isOurs(const xmlNode* node) {
     constexpr std::array<std::string_view, 7> names{
         "title", "version", "shortVersionString", "pubDate", "link", "description", "enclosure"};

@@ -16,27 +16,27 @@ struct Notes {
     NotesForm form = NotesForm::plainText;
 };
 
-/// One package, as the feed tells of it.
+/// One package in the feed.
 struct FeedItem {
     std::string version;
     std::string shortVersion;
     std::string system;
     std::string fileName;
     std::string url;
-    std::string pageUrl; ///< or empty
+    std::string pageUrl; ///< may be empty
     std::string signature;
     std::uint64_t length = 0;
     std::optional<Notes> notes;
 };
 
-/// The feed for these items, in this order. Of the feed that was there (empty: none), an item of
-/// the same version and file name keeps its date and everything that this program does not write
-/// itself, such as a channel or a mark of importance. The others get the date given. Throws Failure
-/// when the old feed cannot be read.
+/// Writes a feed of these items, in this order. An item with the same version and file name in the
+/// old feed (empty: none) keeps its date and every element that this program does not write, such
+/// as a channel or criticalUpdate. The date of new items is now. Throws Failure if the old feed
+/// cannot be read.
 std::string writeFeed(const std::vector<FeedItem>& items, const std::string& oldFeed,
                       std::chrono::sys_seconds now);
 
-/// File names that the old feed has an item for and the new one has not.
+/// File names that have an item in the old feed, but not among these items.
 std::vector<std::string> droppedFiles(const std::vector<FeedItem>& items,
                                       const std::string& oldFeed);
 

@@ -2,7 +2,6 @@
 
 #include "posix/FileDescriptor.h"
 #include "publisher/Failure.h"
-#include "updater/archive/PrivateFiles.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -18,15 +17,13 @@ namespace kelo::publisher {
 
 namespace {
 
-using posix::FileDescriptor;
-
 [[noreturn]] void fail(const std::string& what, const std::filesystem::path& path) {
     const std::string reason = std::generic_category().message(errno);
     throw Failure(what + " \"" + path.string() + "\": " + reason + ".");
 }
 
 void writeAndSync(int file, std::string_view content, const std::filesystem::path& path) {
-    if (!updater::writeAll(file, {content.data(), content.size()}) || ::fsync(file) != 0)
+    if (!posix::writeAll(file, content) || ::fsync(file) != 0)
         fail("Could not write", path);
 }
 
@@ -45,7 +42,7 @@ MappedFile::MappedFile(const std::filesystem::path& path) {
     if (!file || ::fstat(file.get(), &status) != 0)
         fail("Could not read", path);
     if (!S_ISREG(status.st_mode))
-        throw Failure("\"" + path.string() + "\" is no file.");
+        throw Failure("\"" + path.string() + "\" is not a file.");
     size = static_cast<std::size_t>(status.st_size);
     if (size == 0)
         return;

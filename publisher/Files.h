@@ -9,8 +9,8 @@
 
 namespace kelo::publisher {
 
-/// The bytes of a file, mapped: a release need not fit into memory twice. Throws Failure when it
-/// is no regular file or cannot be read.
+/// A file that is mapped to memory, because a release can be large. Throws Failure if it is not a
+/// regular file or cannot be read.
 class MappedFile {
 public:
     explicit MappedFile(const std::filesystem::path& path);
@@ -25,13 +25,13 @@ private:
     std::size_t size = 0;
 };
 
-/// The text of a file; nothing when there is none. Throws Failure when it cannot be read.
+/// The content of a file; nothing if there is no such file. Throws Failure if it cannot be read.
 std::optional<std::string> readText(const std::filesystem::path& path);
 
-/// Writes a new file that only the user can read. Throws Failure, also when there is one already.
+/// Writes a new file (0600). Throws Failure, also if the file exists already.
 void writeNewSecretFile(const std::filesystem::path& path, std::string_view content);
 
-/// Replaces a file in one step. Throws Failure; the old one is then untouched.
+/// Replaces a file atomically. Throws Failure; the old file is unchanged then.
 void replaceFile(const std::filesystem::path& path, std::string_view content);
 
 } // namespace kelo::publisher

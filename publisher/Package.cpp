@@ -35,7 +35,7 @@ ArchivePointer tarReader() {
     return reader;
 }
 
-/// The next entry; nothing at the end. Throws Failure when the archive is damaged.
+/// The next entry; null at the end. Throws Failure if the archive is damaged.
 archive_entry* nextEntry(archive* reader, const std::filesystem::path& path) {
     archive_entry* entry = nullptr;
     const int status = archive_read_next_header(reader, &entry);
@@ -100,7 +100,7 @@ Findings lookInto(archive* tree, const std::filesystem::path& path) {
     return found;
 }
 
-/// A .deb is an archive that holds another one.
+/// Reads the archive inside a .deb.
 struct InnerArchive {
     archive* outer;
     std::vector<char> buffer = std::vector<char>(65536);
@@ -157,7 +157,7 @@ Package readPackage(const std::filesystem::path& path) {
     const Findings found = lookInto(path);
     if (!found.information || !found.program)
         throw Failure("\"" + path.string() +
-                      "\" is no package of Kelo: it lacks bin/kelo or share/kelo/Info.plist.");
+                      "\" is not a package of Kelo: it lacks bin/kelo or share/kelo/Info.plist.");
     const auto information = bundle::parseInformation(*found.information);
     if (!information)
         throw Failure("The Info.plist in \"" + path.string() +

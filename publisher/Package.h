@@ -7,24 +7,24 @@
 
 namespace kelo::publisher {
 
-/// What a package says of the release inside.
+/// What a package says about its release.
 struct Package {
-    std::string version;      ///< counts for updates (CFBundleVersion)
-    std::string shortVersion; ///< what people are shown
-    std::string feedUrl;      ///< or empty
-    std::string publicKey;    ///< Base64, or empty
-    /// What the program was built for, as feeds call it: "linux-x86_64", or "linux" when the
-    /// program is no machine code.
+    std::string version;      ///< decides about updates (CFBundleVersion)
+    std::string shortVersion; ///< the version that users see
+    std::string feedUrl;      ///< may be empty
+    std::string publicKey;    ///< Base64; may be empty
+    /// System of the program as feeds name it: "linux-x86_64", or "linux" if the program is not an
+    /// ELF file of a known processor.
     std::string system;
 };
 
-/// Whether the name is that of a package: .tar.zst, .tar.xz, .tar.gz or .deb.
+/// Whether the extension is that of a package: .tar.zst, .tar.xz, .tar.gz or .deb.
 bool isPackageName(const std::filesystem::path& name);
 
-/// The name without those endings: notes bear it too.
+/// The name without that extension. Files with release notes have the same stem.
 std::string packageStem(const std::filesystem::path& name);
 
-/// Looks into a tree's archive or a .deb. Throws Failure.
+/// Reads the archive of a tree, or a .deb. Throws Failure.
 Package readPackage(const std::filesystem::path& path);
 
 } // namespace kelo::publisher

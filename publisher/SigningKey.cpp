@@ -35,10 +35,10 @@ void checkPermissions(const std::filesystem::path& path) {
                       "\". Make one with kelo-appcast keygen, or name the one you have.");
     if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
         throw Failure("Others can read the key \"" + path.string() +
-                      "\". Shut them out (chmod 600), and make a new key if somebody may have.");
+                      "\". Run chmod 600 on it, and make a new key if somebody may have read it.");
 }
 
-// A file with a password must not stop a script with a question.
+// Without this, a key with a password would make OpenSSL ask for it and stop a script.
 int noPassword(char*, int, int, void*) {
     return 0;
 }
@@ -58,14 +58,14 @@ SigningKey SigningKey::generate() {
 SigningKey SigningKey::load(const std::filesystem::path& path) {
     checkPermissions(path);
     const MappedFile file(path);
-    // None for an empty file.
+    // BIO_new_mem_buf() returns null for an empty file.
     const BioPointer memory(
         BIO_new_mem_buf(file.bytes().data(), static_cast<int>(file.bytes().size())));
     SigningKey loaded(memory ? PEM_read_bio_PrivateKey(memory.get(), nullptr, noPassword, nullptr)
                              : nullptr);
     if (!loaded.key || EVP_PKEY_get_id(loaded.key.get()) != EVP_PKEY_ED25519)
         throw Failure("\"" + path.string() +
-                      "\" is no signing key. Name the file that kelo-appcast keygen made.");
+                      "\" is not a signing key. Name the file that kelo-appcast keygen made.");
     return loaded;
 }
 

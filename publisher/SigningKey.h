@@ -11,15 +11,15 @@
 
 namespace kelo::publisher {
 
-/// The private key (Ed25519) that releases are signed with. Kept in a file in the form that every
-/// tool for keys reads (PKCS #8, PEM), without a password: only its owner may read it.
+/// The private key (Ed25519) that signs releases. Its file is PEM (PKCS #8) without a password, so
+/// only its owner may read it.
 class SigningKey {
 public:
-    /// A new one.
+    /// Makes a new key.
     static SigningKey generate();
-    /// Throws Failure, also when others could read the file.
+    /// Throws Failure, also if others can read the file.
     static SigningKey load(const std::filesystem::path& path);
-    /// Throws Failure when the file is there already.
+    /// Throws Failure, also if the file exists already.
     void save(const std::filesystem::path& path) const;
 
     updater::PublicKey publicKey() const;
@@ -34,7 +34,7 @@ private:
     std::unique_ptr<EVP_PKEY, Deleter> key;
 };
 
-/// In Base64, as feeds and bundles have it.
+/// Base64 with padding, as feeds and bundles contain it.
 std::string base64(ByteView bytes);
 
 } // namespace kelo::publisher

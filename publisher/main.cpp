@@ -6,7 +6,7 @@
 #include <iostream>
 #include <span>
 
-/// 0: done. 1: could not be done. 2: the command line makes no sense.
+/// Exit status: 0 for success, 1 for a failure, 2 for an invalid command line.
 int main(int count, char** words) {
     using namespace kelo::publisher;
     try {
@@ -17,8 +17,7 @@ int main(int count, char** words) {
             std::cout, std::cerr);
         return std::cout.flush() ? 0 : 1;
     } catch (const UsageError& error) {
-        std::cerr << "kelo-appcast: " << error.what()
-                  << "\nkelo-appcast --help lists everything.\n";
+        std::cerr << "kelo-appcast: " << error.what() << "\nTry kelo-appcast --help.\n";
         return 2;
     } catch (const std::exception& error) {
         std::cerr << "kelo-appcast: " << error.what() << "\n";

@@ -21,18 +21,6 @@ constexpr std::size_t largestFile = 16 * 1024 * 1024;
     throw ServiceError(std::string(what) + " " + path.string() + ": " + cause + ".");
 }
 
-bool writeAll(int descriptor, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t written = ::write(descriptor, content.data(), content.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            return false;
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 /// Removes the file beside the real one unless it has taken its place.
 class FileBeside {
 public:
@@ -65,7 +53,7 @@ private:
 
 void writeFileAtomically(const std::filesystem::path& path, std::string_view content, mode_t mode) {
     FileBeside file(path);
-    if (::fchmod(file.get(), mode) != 0 || !writeAll(file.get(), content) ||
+    if (::fchmod(file.get(), mode) != 0 || !posix::writeAll(file.get(), content) ||
         ::fsync(file.get()) != 0 || !file.moveTo(path))
         fail("Could not write", path);
 

@@ -8,10 +8,14 @@ UpdaterController::UpdaterController()
     : controller(platform::Desktop::current().makeStandardUpdaterController()) {}
 
 UpdaterController& UpdaterController::shared() {
-    // Never released: at the process's end the desktop is gone before the statics are.
-    static UpdaterController& instance =
-        *std::unique_ptr<UpdaterController>(new UpdaterController).release();
-    return instance;
+    // A union does not destroy its member. That is wanted here: static objects are destroyed after
+    // the desktop, which the updater refers to.
+    static union Holder {
+        Holder() : instance() {}
+        ~Holder() {}
+        UpdaterController instance;
+    } holder;
+    return holder.instance;
 }
 
 } // namespace kelo::app

@@ -6,11 +6,11 @@
 
 namespace kelo::app {
 
-/// The process's one updater. It is made, and thereby started, at the first update check and not
-/// before: who never checks has no automatic checks either.
+/// The process's one updater. It is made, and thereby started, at the first update check. A user
+/// who never checks has no automatic checks either.
 class UpdaterController {
 public:
-    /// Lives until the process ends. Two threads that race for it get the same.
+    /// Made at the first call, which is safe for threads that race for it; never destroyed.
     static UpdaterController& shared();
 
     UpdaterController(const UpdaterController&) = delete;

@@ -1,11 +1,11 @@
 #include "bundle/InformationFile.h"
 
+#include "posix/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <plist/plist.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <type_traits>
@@ -52,30 +52,14 @@ platform::InformationValue valueOf(plist_t node) {
     }
 }
 
-/// The content of a regular file of at most the length; nothing otherwise.
-std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t longest) {
-    // O_NONBLOCK keeps a FIFO that someone put there from holding us up.
-    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return std::nullopt;
-    std::optional<std::string> content;
+/// The content of a regular file; nothing if it is longer than the limit, in bytes.
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t limit) {
+    // O_NONBLOCK, because opening a pipe that somebody put there would wait for a writer.
+    const posix::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
-    if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
-        // One byte more than allowed shows that there is more.
-        std::string bytes(longest + 1, '\0');
-        std::size_t length = 0;
-        ssize_t count = 0;
-        do {
-            count = ::read(file, bytes.data() + length, bytes.size() - length);
-            if (count > 0)
-                length += static_cast<std::size_t>(count);
-        } while ((count > 0 && length < bytes.size()) || (count < 0 && errno == EINTR));
-        bytes.resize(length);
-        if (count >= 0 && length <= longest)
-            content = std::move(bytes);
-    }
-    ::close(file);
-    return content;
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return posix::readAll(file.get(), limit);
 }
 
 } // namespace

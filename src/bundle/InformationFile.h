@@ -8,18 +8,18 @@
 
 namespace kelo::bundle {
 
-/// A larger Info.plist is not read.
+/// Longest Info.plist that is read, in bytes.
 inline constexpr std::size_t longestInformationFile = 1024 * 1024;
 
-/// An information dictionary in its XML or its binary form; nothing when the bytes are neither, or
-/// when what they hold is no dictionary.
+/// Parses an information dictionary in XML or binary form. Nothing if the bytes are neither, or not
+/// a dictionary.
 std::optional<platform::InformationDictionary> parseInformation(std::string_view bytes);
 
-/// The same from a file; nothing when it cannot be read, is no regular file or is too long.
+/// The same from a file. Nothing also if it cannot be read, is not a regular file or is too long.
 std::optional<platform::InformationDictionary>
 readInformationFile(const std::filesystem::path& path);
 
-/// The text under a key; nothing when it is absent or no text.
+/// The value of a key; nothing if it is absent or not a string.
 std::optional<std::string> informationText(const platform::InformationDictionary& information,
                                            std::string_view key);
 

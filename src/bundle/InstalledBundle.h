@@ -5,7 +5,7 @@
 namespace kelo::bundle {
 
 /// The Info.plist that was installed with the program: share/kelo/Info.plist beside the program's
-/// bin folder, wherever the two were put; in a build tree, where the build left it.
+/// bin folder, wherever both were moved to; in a build tree, the one that the build made.
 class InstalledBundle final : public platform::Bundle {
 public:
     std::optional<platform::InformationDictionary> infoDictionary() override;

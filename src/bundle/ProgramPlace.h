@@ -4,15 +4,15 @@
 
 namespace kelo::bundle {
 
-/// The file of the running program, as the kernel knows it: it stays right when the folders above
-/// it are moved. Empty when the kernel does not say.
+/// Path of the running program from the kernel, which follows when the folders above it are moved.
+/// Empty if it is unknown.
 std::filesystem::path programPath();
 
-/// The folder that the other installed files are found under: the one above the program's "bin". A
-/// program that stands in no "bin" is one in a build tree, and its own folder is the one.
+/// The folder with the program's other installed files: the parent of the program's "bin" folder. A
+/// program in any other folder is in a build tree, and its own folder is returned.
 std::filesystem::path installationPrefix(const std::filesystem::path& program);
 
-/// Where a program's information dictionary is.
+/// Path of the information dictionary below that folder.
 std::filesystem::path informationPath(const std::filesystem::path& prefix);
 
 } // namespace kelo::bundle

@@ -2,13 +2,13 @@
 
 namespace kelo::platform {
 
-/// The updater with its own windows, as one object that is started when it is made. From then on it
-/// makes the automatic checks that the bundle's settings ask for. Main thread only.
+/// The updater with windows of its own. It is started when it is made, and from then on runs the
+/// automatic checks that the bundle's settings ask for. Main thread only.
 class StandardUpdaterController {
 public:
     virtual ~StandardUpdaterController() = default;
-    /// The user asks: shows what comes of it in windows of its own, failures included. While a
-    /// check is under way, its window comes to the front instead.
+    /// Checks for updates and shows the outcome, failures included. If a check is running already,
+    /// its window comes to the front instead.
     virtual void checkForUpdates() = 0;
 };
 

@@ -1,7 +1,13 @@
 #pragma once
 
+#include "base/Bytes.h"
+
 #include <unistd.h>
 
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace kelo::posix {
@@ -30,5 +36,14 @@ public:
 private:
     int descriptor = -1;
 };
+
+/// Writes all bytes at the descriptor's offset, in several calls if need be. False on failure, with
+/// errno set; part of the bytes may have been written then. Blocks.
+bool writeAll(int descriptor, ByteView bytes);
+bool writeAll(int descriptor, std::string_view text);
+
+/// Reads from the descriptor's offset to the end of the file. Nothing on failure, or when there are
+/// more bytes than the limit. Blocks.
+std::optional<std::string> readAll(int descriptor, std::size_t limit);
 
 } // namespace kelo::posix

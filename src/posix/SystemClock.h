@@ -4,6 +4,7 @@
 
 namespace kelo::posix {
 
+/// The computer's clock.
 class SystemClock final : public Clock {
 public:
     std::chrono::system_clock::time_point now() const override {

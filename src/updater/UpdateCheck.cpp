@@ -12,8 +12,8 @@ namespace kelo::updater {
 
 namespace {
 
-/// A release can come as several archives, and the first of equals is chosen: let that be one that
-/// this copy can be replaced with.
+/// A release can have several archives, one item each, and the selection takes the first of equal
+/// versions. So items that can be installed here go first.
 void putInstallableFirst(Appcast& appcast, const UpdateInstaller& installer) {
     std::stable_partition(appcast.items.begin(), appcast.items.end(), [&](const AppcastItem& item) {
         return item.enclosure && installer.kind(item) != InstallKind::informationalOnly;
@@ -22,19 +22,19 @@ void putInstallableFirst(Appcast& appcast, const UpdateInstaller& installer) {
 
 } // namespace
 
-UpdateCheck::UpdateCheck(UpdaterMemory& memory, CheckKind kind)
-    : memory(memory), kind(kind), visible(kind == CheckKind::userInitiated) {}
+UpdateCheck::UpdateCheck(UpdaterContext& context, CheckKind kind)
+    : context(context), kind(kind), visible(kind == CheckKind::userInitiated) {}
 
 Task<void> UpdateCheck::run() {
     std::exception_ptr failure;
     try {
-        co_await goThrough();
+        co_await checkAndInstall();
     } catch (...) {
         failure = std::current_exception();
     }
     if (failure)
         co_await report(failure);
-    if (memory.hasUserDriver())
+    if (context.driver)
         driver().dismiss();
 }
 
@@ -72,69 +72,67 @@ Task<T> UpdateCheck::unlessCancelled(Task<T> task) {
     co_return std::move(*result);
 }
 
-Task<void> UpdateCheck::goThrough() {
+Task<void> UpdateCheck::checkAndInstall() {
     enter(Stage::checking);
-    co_await memory.save();
+    co_await context.saveState();
     const Appcast appcast = co_await readFeed();
     Selection selection = selectUpdate(appcast, rules());
     if (selection.update)
         co_await offer(std::move(*selection.update));
     else
-        co_await sayNothingNew(std::move(selection));
+        co_await showNothingNew(std::move(selection));
 }
 
 Task<Appcast> UpdateCheck::readFeed() {
-    const UpdaterParts& parts = memory.parts;
     const Bytes bytes =
-        co_await unlessCancelled(parts.transport.fetch(*parts.settings.feed, appcastLimit));
+        co_await unlessCancelled(context.transport.fetch(*context.settings.feed, appcastLimit));
     Appcast appcast = parseAppcast(bytes);
     for (const std::string& problem : appcast.problems)
-        parts.journal("In the list of updates, " + problem);
-    putInstallableFirst(appcast, parts.installer);
+        context.log("In the list of updates, " + problem);
+    putInstallableFirst(appcast, context.installer);
     co_return appcast;
 }
 
 SelectionRules UpdateCheck::rules() const {
     SelectionRules rules;
-    rules.installedVersion = memory.parts.settings.installedVersion;
-    rules.system = memory.parts.system;
-    rules.now = memory.now();
+    rules.installedVersion = context.settings.installedVersion;
+    rules.system = context.system;
+    rules.now = context.now();
     rules.kind = kind;
-    rules.state = memory.state;
+    rules.state = context.state;
     return rules;
 }
 
-Task<void> UpdateCheck::sayNothingNew(Selection selection) {
+Task<void> UpdateCheck::showNothingNew(Selection selection) {
     if (!visible)
         co_return;
-    const UpdaterParts& parts = memory.parts;
     UpdateMessage message =
         selection.unsupported
-            ? unsupportedMessage(parts.settings, *selection.unsupported, parts.system)
-            : upToDateMessage(parts.settings);
+            ? unsupportedMessage(context.settings, *selection.unsupported, context.system)
+            : upToDateMessage(context.settings);
     stage = Stage::asking;
     co_await driver().showMessage(message.heading, message.sentence);
 }
 
 InstallKind UpdateCheck::installKind(const SelectedUpdate& update) const {
     return update.informational ? InstallKind::informationalOnly
-                                : memory.parts.installer.kind(update.item);
+                                : context.installer.kind(update.item);
 }
 
-bool UpdateCheck::goesAheadUnasked(const SelectedUpdate& update, InstallKind how) const {
-    return kind == CheckKind::scheduled && memory.parts.settings.downloadsUnasked &&
-           !update.major && how == InstallKind::replaceInPlace;
+bool UpdateCheck::installsWithoutAsking(const SelectedUpdate& update, InstallKind how) const {
+    return kind == CheckKind::scheduled && context.settings.downloadsUnasked && !update.major &&
+           how == InstallKind::replaceInPlace;
 }
 
 Task<void> UpdateCheck::offer(SelectedUpdate update) {
     const InstallKind how = installKind(update);
-    UpdateOffer offer = offerOf(memory.parts.settings, update);
+    UpdateOffer offer = offerOf(context.settings, update);
     offer.informationalOnly = how == InstallKind::informationalOnly;
-    if (!memory.preparedVersion.empty() && memory.preparedVersion == update.item.version) {
+    if (!context.preparedVersion.empty() && context.preparedVersion == update.item.version) {
         co_await putInPlace(update.item, offer, how);
         co_return;
     }
-    if (goesAheadUnasked(update, how)) {
+    if (installsWithoutAsking(update, how)) {
         co_await install(update.item, offer, how);
         co_return;
     }
@@ -142,10 +140,10 @@ Task<void> UpdateCheck::offer(SelectedUpdate update) {
     stage = Stage::asking;
     const UpdateChoice choice = co_await driver().showOffer(offer, kind);
     if (choice == UpdateChoice::skipThisVersion)
-        skip(update, memory.state);
+        skip(update, context.state);
     else
-        forgetSkip(update, memory.state);
-    co_await memory.save();
+        forgetSkip(update, context.state);
+    co_await context.saveState();
     if (choice != UpdateChoice::install)
         co_return;
     visible = true;
@@ -161,32 +159,31 @@ Task<ReleaseNotes> UpdateCheck::notesOf(AppcastItem item) {
         co_return notes;
     const Url link = *item.releaseNotesLink;
     try {
-        const Bytes page = co_await unlessCancelled(memory.parts.transport.fetch(link, notesLimit));
+        const Bytes page = co_await unlessCancelled(context.transport.fetch(link, notesLimit));
         notes = readReleaseNotes(kelo::textOf(page), notesFormatOf(link));
     } catch (...) {
-        // An update without its notes is still one.
+        // The update can be offered without its notes.
         const UpdateError error = UpdateError::from(std::current_exception());
         if (error.kind() == UpdateErrorKind::cancelled)
             throw;
-        memory.parts.journal(std::string("The release notes could not be fetched: ") +
-                             error.what());
+        context.log(std::string("The release notes could not be fetched: ") + error.what());
     }
     co_return notes;
 }
 
 Task<void> UpdateCheck::openInformation(AppcastItem item) {
     if (item.link) {
-        memory.parts.openLink(*item.link);
+        context.openLink(*item.link);
         co_return;
     }
-    const UpdateMessage message = noLinkMessage(memory.parts.settings, item);
+    const UpdateMessage message = noLinkMessage(context.settings, item);
     co_await driver().showMessage(message.heading, message.sentence);
 }
 
 Task<void> UpdateCheck::install(AppcastItem item, UpdateOffer offer, InstallKind how) {
-    const UpdaterParts& parts = memory.parts;
-    const ArchivePromise promise = promiseOf(*item.enclosure, parts.settings.publicKey);
-    progress = DownloadProgress{0, promise.length};
+    const AnnouncedArchive announced =
+        announcedArchive(*item.enclosure, context.settings.publicKey);
+    progress = DownloadProgress{0, announced.length};
     enter(Stage::downloading);
     const auto moved = [this](DownloadProgress now) {
         progress = now;
@@ -194,12 +191,12 @@ Task<void> UpdateCheck::install(AppcastItem item, UpdateOffer offer, InstallKind
             showStage();
     };
     DownloadedArchive archive = co_await unlessCancelled(
-        download(item, promise, parts.downloads, parts.transport, parts.worker, moved));
+        download(item, announced, context.downloads, context.transport, context.worker, moved));
     enter(Stage::preparing);
-    VerifiedArchive verified = co_await verify(std::move(archive), promise, parts.worker);
-    memory.preparedVersion.clear();
-    co_await parts.installer.prepare(std::move(verified));
-    memory.preparedVersion = item.version;
+    VerifiedArchive verified = co_await verify(std::move(archive), announced, context.worker);
+    context.preparedVersion.clear();
+    co_await context.installer.prepare(std::move(verified));
+    context.preparedVersion = item.version;
     co_await putInPlace(item, offer, how);
 }
 
@@ -212,10 +209,10 @@ Task<void> UpdateCheck::putInPlace(AppcastItem item, UpdateOffer offer, InstallK
         visible = true;
         enter(Stage::preparing);
     }
-    memory.preparedVersion.clear();
-    co_await memory.parts.installer.installAndRelaunch();
+    context.preparedVersion.clear();
+    co_await context.installer.installAndRelaunch();
     if (how == InstallKind::handToPackageManager) {
-        const UpdateMessage message = handedOverMessage(memory.parts.settings, item);
+        const UpdateMessage message = handedOverMessage(context.settings, item);
         stage = Stage::asking;
         co_await driver().showMessage(message.heading, message.sentence);
     }
@@ -225,7 +222,7 @@ Task<void> UpdateCheck::report(std::exception_ptr error) {
     const UpdateError failure = UpdateError::from(error);
     if (failure.kind() == UpdateErrorKind::cancelled)
         co_return;
-    memory.parts.journal(std::string("Looking for an update failed: ") + failure.what());
+    context.log(std::string("Looking for an update failed: ") + failure.what());
     if (!visible)
         co_return;
     stage = Stage::asking;

@@ -3,7 +3,7 @@
 #include "base/async/Cancellation.h"
 #include "base/async/Task.h"
 #include "updater/UpdateSelection.h"
-#include "updater/UpdaterMemory.h"
+#include "updater/UpdaterContext.h"
 #include "updater/appcast/Appcast.h"
 #include "updater/driver/UserDriver.h"
 
@@ -15,14 +15,14 @@ namespace kelo::updater {
 /// One check, from the feed to the relaunch. Must outlive its run. Main thread only.
 class UpdateCheck {
 public:
-    /// A feed must be set up. The memory must outlive the check.
-    UpdateCheck(UpdaterMemory& memory, CheckKind kind);
+    /// The settings must name a feed. The context must outlive the check.
+    UpdateCheck(UpdaterContext& context, CheckKind kind);
 
-    /// Runs once. Tells the user what is to be told, failures included; never fails.
+    /// Runs once. Reports failures to the user or to the log; never throws.
     Task<void> run();
 
-    /// The user asks while the check is under way: what has happened in silence so far goes on
-    /// before their eyes, and in front.
+    /// Shows the check's window in front, and from then on treats the check as one that the user
+    /// asked for.
     void bringToUser();
 
 private:
@@ -30,32 +30,32 @@ private:
         checking,
         downloading,
         preparing,
-        asking, ///< the window that is open has its own words
+        asking, ///< a question or a message is open
     };
 
-    UserDriver& driver() { return memory.userDriver(); }
+    UserDriver& driver() { return context.userDriver(); }
     void enter(Stage next);
     void showStage();
     std::function<void()> canceller() const;
     template <typename T>
     Task<T> unlessCancelled(Task<T> task);
 
-    Task<void> goThrough();
+    Task<void> checkAndInstall();
     Task<Appcast> readFeed();
     SelectionRules rules() const;
-    Task<void> sayNothingNew(Selection selection);
+    Task<void> showNothingNew(Selection selection);
     Task<void> offer(SelectedUpdate update);
     InstallKind installKind(const SelectedUpdate& update) const;
-    bool goesAheadUnasked(const SelectedUpdate& update, InstallKind how) const;
+    bool installsWithoutAsking(const SelectedUpdate& update, InstallKind how) const;
     Task<ReleaseNotes> notesOf(AppcastItem item);
     Task<void> openInformation(AppcastItem item);
     Task<void> install(AppcastItem item, UpdateOffer offer, InstallKind how);
     Task<void> putInPlace(AppcastItem item, UpdateOffer offer, InstallKind how);
     Task<void> report(std::exception_ptr error);
 
-    UpdaterMemory& memory;
+    UpdaterContext& context;
     CheckKind kind;
-    /// The user has asked, or has answered: what happens is shown.
+    /// Whether progress and failures are shown: the user asked for the check or answered it.
     bool visible;
     Stage stage = Stage::checking;
     DownloadProgress progress;

@@ -19,7 +19,7 @@ bool isForSystem(const AppcastItem& item, const SystemDescription& system) {
 
 bool isForHardware(const AppcastItem& item, const SystemDescription& system) {
     const auto& wanted = item.hardwareRequirements;
-    // The same processors under the name that other systems give them.
+    // Other systems have another name for the same processors.
     const std::string otherName = system.architecture == "aarch64" ? "arm64" : system.architecture;
     return wanted.empty() ||
            std::any_of(wanted.begin(), wanted.end(), [&](const std::string& name) {
@@ -32,7 +32,8 @@ bool isInChannel(const AppcastItem& item, const std::vector<std::string>& channe
            std::find(channels.begin(), channels.end(), item.channel) != channels.end();
 }
 
-// The numbers of other systems' versions mean nothing here.
+// Items without a system may come from publishers for other systems, whose version numbers cannot
+// be compared with ours.
 bool systemFits(const AppcastItem& item, const SystemDescription& system) {
     const bool meansUs = item.enclosure && item.enclosure->system;
     if (!meansUs || system.version.empty())
@@ -82,7 +83,7 @@ bool isSkipped(const AppcastItem& item, const SelectionRules& rules) {
            !isOlder(state.skippedMajorRelease, item.ignoreSkippedUpgradesBelowVersion);
 }
 
-bool itsTurnHasCome(const AppcastItem& item, const SelectionRules& rules) {
+bool isRolledOut(const AppcastItem& item, const SelectionRules& rules) {
     if (rules.kind == CheckKind::userInitiated || !item.phasedRolloutInterval || !item.published ||
         isCritical(item, rules.installedVersion))
         return true;
@@ -95,8 +96,7 @@ bool isCandidate(const AppcastItem& item, const SelectionRules& rules) {
                             !isOlder(rules.installedVersion, item.minimumUpdateVersion);
     return isOlder(rules.installedVersion, item.version) && canBeTaken &&
            isForSystem(item, rules.system) && isForHardware(item, rules.system) &&
-           isInChannel(item, rules.channels) && itsTurnHasCome(item, rules) &&
-           !isSkipped(item, rules);
+           isInChannel(item, rules.channels) && isRolledOut(item, rules) && !isSkipped(item, rules);
 }
 
 /// The newest so far, the first of equals.

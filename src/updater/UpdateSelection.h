@@ -16,41 +16,43 @@ struct SystemDescription {
     std::string name = "linux";
     /// "x86_64", "aarch64"...
     std::string architecture;
-    /// What minimum and maximum system versions are held against: the version of the C library,
-    /// which is what a program needs of a Linux system. Empty: they are not looked at.
+    /// Version of the C library, because that is what a program needs of a Linux system. Compared
+    /// with an item's minimum and maximum system versions; empty: those are ignored.
     std::string version;
 };
 
+/// What decides which release is selected.
 struct SelectionRules {
     std::string installedVersion;
     SystemDescription system;
-    /// Besides the default one.
+    /// Channels besides the default one.
     std::vector<std::string> channels;
     std::chrono::sys_seconds now;
-    /// What the user asks for ignores skipped versions and comes before one's turn.
+    /// A check that the user asked for ignores skipped versions and phased rollouts.
     CheckKind kind = CheckKind::scheduled;
     UpdaterState state;
 };
 
 struct SelectedUpdate {
     AppcastItem item;
-    bool major = false; ///< never installed unasked
+    bool major = false; ///< never installed without asking
     bool critical = false;
     bool informational = false; ///< nothing to install
 };
 
 struct Selection {
-    /// Newer than what is installed.
+    /// A release newer than the installed one.
     std::optional<SelectedUpdate> update;
-    /// When there is no update: a newer one that this system cannot run.
+    /// If there is no update: a newer release that this system cannot run.
     std::optional<AppcastItem> unsupported;
 };
 
+/// Chooses the newest release that fits. Minor updates come before major ones.
 Selection selectUpdate(const Appcast& appcast, const SelectionRules& rules);
 
-/// Notes in the state that the user does not want this one.
+/// Records in the state that the user skipped this update.
 void skip(const SelectedUpdate& update, UpdaterState& state);
-/// Notes in the state that the user wants to hear of it again.
+/// Removes that record.
 void forgetSkip(const SelectedUpdate& update, UpdaterState& state);
 
 } // namespace kelo::updater

@@ -16,26 +16,26 @@ UpdateMessage unsupportedMessage(const UpdaterSettings& settings, const AppcastI
         !item.minimumSystemVersion.empty() && isOlder(system.version, item.minimumSystemVersion);
     const std::string version = settings.programName + " " + item.displayVersion();
     return {"This computer cannot run the newest version",
-            tooOld ? version + " is there, but needs a newer system than this one. Update the "
-                               "system first, then check again."
-                   : version + " is there, but was made for an older system than this one. Please "
-                               "check again later."};
+            tooOld ? version + " is available, but needs a newer system than this one. Update "
+                               "the system first, then check again."
+                   : version + " is available, but was made for an older system than this one. "
+                               "Please check again later."};
 }
 
 UpdateMessage notSetUpMessage(const UpdaterSettings& settings) {
     if (settings.feedRefused)
         return {"Updates are not set up safely",
                 "This copy of " + settings.programName +
-                    " has an address for updates that is not a secure one (https), so it is not "
-                    "used. Please ask those who publish it."};
+                    " has an update address that is not secure (https), so it is not used. Please "
+                    "ask its publisher."};
     return {"Updates are not set up",
             "This copy of " + settings.programName +
-                " was built without an address to look for updates. Get newer versions from where "
-                "you got this one."};
+                " was built without an update address. Get newer versions from where you got this "
+                "one."};
 }
 
 UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item) {
-    return {"A newer version is there",
+    return {"A newer version is available",
             settings.programName + " " + item.displayVersion() +
                 " cannot be installed from here. Get it from where you got this copy."};
 }
@@ -43,7 +43,7 @@ UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& 
 UpdateMessage handedOverMessage(const UpdaterSettings& settings, const AppcastItem& item) {
     return {"The update is ready to install",
             settings.programName + " " + item.displayVersion() +
-                " was checked and opened in the system's installer. Follow the steps there, then "
+                " was verified and opened in the system's installer. Follow the steps there, then "
                 "start " +
                 settings.programName + " again."};
 }
@@ -53,7 +53,7 @@ UpdateOffer offerOf(const UpdaterSettings& settings, const SelectedUpdate& updat
     offer.programName = settings.programName;
     offer.installedVersion = settings.installedDisplayVersion;
     offer.offeredVersion = update.item.displayVersion();
-    // Two builds of one version: the builds tell them apart.
+    // If the versions that users see are equal, add the build numbers that differ.
     if (offer.installedVersion == offer.offeredVersion) {
         offer.installedVersion += " (" + settings.installedVersion + ")";
         offer.offeredVersion += " (" + update.item.version + ")";

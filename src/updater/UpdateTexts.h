@@ -9,7 +9,7 @@
 
 namespace kelo::updater {
 
-/// A heading and a sentence for a window.
+/// Heading and sentence of a message window.
 struct UpdateMessage {
     std::string heading;
     std::string sentence;
@@ -22,7 +22,7 @@ UpdateMessage notSetUpMessage(const UpdaterSettings& settings);
 UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item);
 UpdateMessage handedOverMessage(const UpdaterSettings& settings, const AppcastItem& item);
 
-/// Everything about an offer but its notes.
+/// The offer for the user, without release notes.
 UpdateOffer offerOf(const UpdaterSettings& settings, const SelectedUpdate& update);
 
 } // namespace kelo::updater

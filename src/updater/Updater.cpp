@@ -1,6 +1,8 @@
 #include "updater/Updater.h"
 
+#include "updater/UpdateCheck.h"
 #include "updater/UpdateTexts.h"
+#include "updater/archive/PrivateFolder.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,17 +11,18 @@ namespace kelo::updater {
 
 namespace {
 
-/// From which check on the user is asked whether to check automatically.
+/// After this many checks the user is asked whether to check automatically.
 constexpr std::uint32_t checksBeforeAsking = 2;
 
-/// A timer does not count the time that the computer sleeps, so look at the clock now and then.
+/// A timer stands still while the computer sleeps, so the clock is read at least this often.
 constexpr std::chrono::seconds longestWait = std::chrono::hours(1);
 
 } // namespace
 
-Updater::Updater(UpdaterParts parts) : memory(std::move(parts)) {
-    memory.parts.worker.perform(
-        [folder = memory.parts.downloads] { PrivateFolder::removeLeftovers(folder); });
+Updater::Updater(UpdaterContext given) : context(std::move(given)) {
+    context.loadState();
+    context.worker.perform(
+        [folder = context.downloads] { PrivateFolder::removeLeftovers(folder); });
 }
 
 Updater::~Updater() {
@@ -38,8 +41,8 @@ void Updater::checkForUpdates() {
         begin(CheckKind::userInitiated);
     else if (current)
         current->bringToUser();
-    else if (memory.hasUserDriver())
-        memory.userDriver().bringToFront();
+    else if (context.driver)
+        context.userDriver().bringToFront();
 }
 
 void Updater::begin(CheckKind kind) {
@@ -49,55 +52,55 @@ void Updater::begin(CheckKind kind) {
 }
 
 Task<void> Updater::run(CheckKind kind) {
-    if (memory.parts.settings.isSetUp())
+    if (context.settings.isSetUp())
         co_await check(kind);
     else
-        co_await sayNotSetUp();
+        co_await showNotSetUp();
     active = false;
     schedule();
 }
 
-Task<void> Updater::sayNotSetUp() {
-    const UpdateMessage message = notSetUpMessage(memory.parts.settings);
-    co_await memory.userDriver().showMessage(message.heading, message.sentence);
-    memory.userDriver().dismiss();
+Task<void> Updater::showNotSetUp() {
+    const UpdateMessage message = notSetUpMessage(context.settings);
+    co_await context.userDriver().showMessage(message.heading, message.sentence);
+    context.userDriver().dismiss();
 }
 
 Task<void> Updater::check(CheckKind kind) {
-    memory.state.lastCheck = memory.now();
-    memory.state.checkCount = std::max(memory.state.checkCount, memory.state.checkCount + 1);
-    current = std::make_unique<UpdateCheck>(memory, kind);
+    context.state.lastCheck = context.now();
+    context.state.checkCount = std::max(context.state.checkCount, context.state.checkCount + 1);
+    current = std::make_unique<UpdateCheck>(context, kind);
     co_await current->run();
     current.reset();
     co_await askForAutomaticChecks();
 }
 
 Task<void> Updater::askForAutomaticChecks() {
-    const UpdaterSettings& settings = memory.parts.settings;
-    const bool decided = settings.automaticChecks || memory.state.automaticChecks ||
+    const UpdaterSettings& settings = context.settings;
+    const bool decided = settings.automaticChecks || context.state.automaticChecks ||
                          settings.checkInterval == std::chrono::seconds(0);
-    if (decided || memory.state.checkCount < checksBeforeAsking)
+    if (decided || context.state.checkCount < checksBeforeAsking)
         co_return;
-    const bool answer = co_await memory.userDriver().askForAutomaticChecks(settings.programName);
-    memory.state.automaticChecks = answer;
-    memory.userDriver().dismiss();
-    co_await memory.save();
+    const bool answer = co_await context.userDriver().askForAutomaticChecks(settings.programName);
+    context.state.automaticChecks = answer;
+    context.userDriver().dismiss();
+    co_await context.saveState();
 }
 
 bool Updater::checksAutomatically() const {
-    const UpdaterSettings& settings = memory.parts.settings;
+    const UpdaterSettings& settings = context.settings;
     const bool wanted =
-        settings.automaticChecks.value_or(memory.state.automaticChecks.value_or(false));
+        settings.automaticChecks.value_or(context.state.automaticChecks.value_or(false));
     return wanted && settings.isSetUp() && settings.checkInterval > std::chrono::seconds(0);
 }
 
 std::chrono::seconds Updater::untilDue() {
-    const auto now = memory.now();
-    auto& last = memory.state.lastCheck;
-    // The clock was set back: the next check must not be years away.
+    const auto now = context.now();
+    auto& last = context.state.lastCheck;
+    // The clock was set back. Without this the next check could be years away.
     if (last && *last > now)
         last = now;
-    return last ? *last + memory.parts.settings.checkInterval - now : std::chrono::seconds(0);
+    return last ? *last + context.settings.checkInterval - now : std::chrono::seconds(0);
 }
 
 void Updater::schedule() {
@@ -109,7 +112,7 @@ void Updater::schedule() {
     const auto wait = std::clamp(untilDue(), std::chrono::seconds(0), longestWait);
     timer = MainLoop::main().scheduleTimer(wait, [this] {
         if (active)
-            return; // scheduled anew at its end
+            return; // the running check calls schedule() at its end
         if (untilDue() > std::chrono::seconds(0))
             schedule();
         else

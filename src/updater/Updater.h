@@ -2,9 +2,9 @@
 
 #include "base/async/MainLoop.h"
 #include "base/async/RunningTask.h"
-#include "updater/UpdateCheck.h"
-#include "updater/UpdaterMemory.h"
-#include "updater/UpdaterParts.h"
+#include "base/async/Task.h"
+#include "platform/StandardUpdaterController.h"
+#include "updater/UpdaterContext.h"
 
 #include <chrono>
 #include <memory>
@@ -12,29 +12,31 @@
 
 namespace kelo::updater {
 
-/// Finds, fetches, verifies and installs releases, one check at a time: those the user asks for,
-/// and, where they are wanted, one each interval. Main thread only. A check that is under way when
-/// the updater goes is dropped; the updater must not go inside a call to one of its parts.
-class Updater {
+class UpdateCheck;
+
+/// Finds, downloads, verifies and installs releases. Runs one check at a time: when the user asks
+/// for one, and, if automatic checks are enabled, once per interval. Main thread only. Destroying
+/// the updater drops a running check; do not destroy it inside a call that it makes.
+class Updater : public platform::StandardUpdaterController {
 public:
-    /// Removes what a former run has left half done. Makes no check by itself before start().
-    explicit Updater(UpdaterParts parts);
-    ~Updater();
+    /// Removes unfinished downloads of earlier runs. Schedules no check before start().
+    explicit Updater(UpdaterContext context);
+    ~Updater() override;
     Updater(const Updater&) = delete;
     Updater& operator=(const Updater&) = delete;
 
-    /// Begins with automatic checks, if they are wanted; an overdue one is made in the next turn of
-    /// the main loop.
+    /// Starts automatic checks if they are enabled. An overdue check runs in the next turn of the
+    /// main loop.
     void start();
 
-    /// The user asks. What comes of it is shown, failures included. While a check is under way its
-    /// window comes to the front; one that was made in silence goes on before the user's eyes.
-    void checkForUpdates();
+    /// Starts a check and shows its outcome, failures included. If a check is running already, its
+    /// window comes to the front instead; a check without windows shows them from then on.
+    void checkForUpdates() override;
 
 private:
     void begin(CheckKind kind);
     Task<void> run(CheckKind kind);
-    Task<void> sayNotSetUp();
+    Task<void> showNotSetUp();
     Task<void> check(CheckKind kind);
     Task<void> askForAutomaticChecks();
 
@@ -42,7 +44,7 @@ private:
     std::chrono::seconds untilDue();
     void schedule();
 
-    UpdaterMemory memory;
+    UpdaterContext context;
     std::unique_ptr<UpdateCheck> current;
     bool started = false;
     bool active = false;

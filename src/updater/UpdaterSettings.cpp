@@ -26,7 +26,7 @@ std::string text(const InformationDictionary& dictionary, std::string_view key) 
 std::chrono::seconds intervalIn(const InformationDictionary& dictionary) {
     constexpr std::chrono::seconds shortest = std::chrono::hours(1);
     constexpr std::chrono::seconds usual = std::chrono::hours(24);
-    // No clock runs for longer than that, and sums of dates stay within their range.
+    // Small enough for sums of dates not to overflow.
     constexpr std::chrono::seconds longest = std::chrono::hours(24 * 365 * 100);
     const auto seconds = value<std::int64_t>(dictionary, "SUScheduledCheckInterval");
     if (!seconds)

@@ -10,28 +10,28 @@
 
 namespace kelo::updater {
 
-/// What the bundle says about updates. A value of a wrong type counts as absent.
+/// The bundle's settings for updates. A value of the wrong type counts as absent.
 struct UpdaterSettings {
     explicit UpdaterSettings(const platform::InformationDictionary& dictionary);
 
-    /// The feed; nothing when there is none, or none that is fetched over https.
+    /// URL of the feed; nothing if it is absent or not https.
     std::optional<Url> feed;
-    /// There is an address, but not one that may be used.
+    /// There is a URL, but it is not https.
     bool feedRefused = false;
-    /// Nothing when there is none, or none that is a key.
+    /// Nothing if it is absent or not a key.
     std::optional<PublicKey> publicKey;
 
-    /// Whether to check automatically; nothing: the user is asked.
+    /// Whether to check automatically; nothing: ask the user.
     std::optional<bool> automaticChecks;
-    /// Between two automatic checks, an hour at least; zero: never.
+    /// Time between two automatic checks, at least an hour; zero: no automatic checks.
     std::chrono::seconds checkInterval{};
-    /// Whether what was found is downloaded without a question first.
+    /// Whether scheduled checks download and stage an update before they ask.
     bool downloadsUnasked = false;
 
     std::string programName;
-    /// Compared with what is offered; empty when the bundle does not say.
+    /// Compared with the versions in the feed; empty if the bundle does not name one.
     std::string installedVersion;
-    /// Shown to people.
+    /// The version that users see.
     std::string installedDisplayVersion;
 
     bool isSetUp() const { return feed && !installedVersion.empty(); }

@@ -1,12 +1,24 @@
 #include "updater/UpdaterState.h"
 
+#include "posix/FileDescriptor.h"
+#include "updater/archive/PrivateFolder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
 
 namespace kelo::updater {
 
 namespace {
 
 constexpr std::string_view heading = "kelo-updater-state 1\n";
+constexpr std::size_t longestFile = std::size_t(64) * 1024;
 
 template <typename Number>
 bool readNumber(std::string_view text, std::optional<Number>& number) {
@@ -21,7 +33,7 @@ bool readNumber(std::string_view text, std::optional<Number>& number) {
 bool readLine(std::string_view name, std::string_view value, UpdaterState& state) {
     if (name == "last-check") {
         std::optional<std::int64_t> seconds;
-        // Far more than any clock shows, and still within the range of the arithmetic on dates.
+        // Later than any real date, and small enough for sums of dates not to overflow.
         constexpr std::int64_t latest = std::int64_t(1) << 40;
         if (!readNumber(value, seconds) || *seconds < 0 || *seconds > latest)
             return false;
@@ -44,6 +56,11 @@ bool readLine(std::string_view name, std::string_view value, UpdaterState& state
         return readNumber(value, state.rolloutNumber);
     }
     return true;
+}
+
+bool isOurs(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
 }
 
 } // namespace
@@ -84,6 +101,40 @@ std::optional<UpdaterState> parseUpdaterState(std::string_view text) {
         text.remove_prefix(end + 1);
     }
     return state;
+}
+
+FileStateStore::FileStateStore(std::filesystem::path file, LogSink log)
+    : file(std::move(file)), log(std::move(log)) {}
+
+UpdaterState FileStateStore::load() {
+    // O_NONBLOCK, because opening a pipe that somebody put there would wait for a writer.
+    const posix::FileDescriptor descriptor(
+        open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!descriptor && (errno == ENOENT || errno == ENOTDIR))
+        return {};
+    const auto text = descriptor && isOurs(descriptor.get())
+                          ? posix::readAll(descriptor.get(), longestFile)
+                          : std::nullopt;
+    auto state = text ? parseUpdaterState(*text) : std::nullopt;
+    if (!state)
+        log("The updater's state could not be read from " + file.string() +
+            "; starting with a new one.");
+    return state.value_or(UpdaterState());
+}
+
+void FileStateStore::save(const UpdaterState& state) {
+    const std::string text = textOf(state);
+    std::string name = file.string() + ".XXXXXX";
+    if (!makePrivateFolders(file.parent_path()))
+        return log(failureLine("Could not make", file.parent_path()));
+    const posix::FileDescriptor descriptor(mkostemp(name.data(), O_CLOEXEC));
+    if (!descriptor)
+        return log(failureLine("Could not write", file));
+    if (!posix::writeAll(descriptor.get(), text) || fsync(descriptor.get()) != 0 ||
+        rename(name.c_str(), file.c_str()) != 0) {
+        log(failureLine("Could not write", file));
+        unlink(name.c_str());
+    }
 }
 
 } // namespace kelo::updater

@@ -2,47 +2,68 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace kelo::updater {
 
-/// What the updater remembers from one start of the program to the next.
+/// What the updater keeps between two runs of the program.
 struct UpdaterState {
     std::optional<std::chrono::sys_seconds> lastCheck;
-    /// How many checks this copy's updater has made.
+    /// Number of checks so far.
     std::uint32_t checkCount = 0;
-    /// The user's answer; nothing until asked.
+    /// Whether the user wants automatic checks; nothing: not asked yet.
     std::optional<bool> automaticChecks;
 
-    /// This version and older ones are not offered again unasked.
+    /// Scheduled checks do not offer this version or an older one.
     std::string skippedVersion;
-    /// The same for a major upgrade: where the major version begins, and which release of it.
+    /// The same for a major upgrade: the first version of the major release, and the skipped one.
     std::string skippedMajorVersion;
     std::string skippedMajorRelease;
 
-    /// A random number that says when this copy's turn is while a release reaches some copies
-    /// before others; nothing until drawn.
+    /// Random number that decides when this copy is offered a release that is rolled out in phases;
+    /// nothing until drawn.
     std::optional<std::uint32_t> rolloutNumber;
 
     friend bool operator==(const UpdaterState&, const UpdaterState&) = default;
 };
 
-/// As lines of text.
+/// The state as lines of text.
 std::string textOf(const UpdaterState& state);
-/// Nothing for a text that textOf() would not have written, by and large: unknown lines are passed
-/// over, so that an older program reads what a newer one wrote.
+/// Reads what textOf() wrote; nothing for a damaged text. Unknown names are ignored, so that an
+/// older program can read the state of a newer one.
 std::optional<UpdaterState> parseUpdaterState(std::string_view text);
 
-/// Where it is kept. Calls block; from one thread at a time.
+/// Takes one line for the log. May be called from any thread.
+using LogSink = std::function<void(const std::string& line)>;
+
+/// Keeps the state. Calls block and must not overlap.
 class UpdaterStateStore {
 public:
     virtual ~UpdaterStateStore() = default;
-    /// A fresh state when there is none that can be read. Never fails.
+    /// A new state if none can be read. Never fails.
     virtual UpdaterState load() = 0;
-    /// What cannot be kept is lost, with a note in the journal. Never fails.
+    /// Logs a failure and never throws.
     virtual void save(const UpdaterState& state) = 0;
+};
+
+/// Keeps the state in a file (0600, in a folder 0700), which is replaced in one step. A file that
+/// is damaged, too long, not a regular file or owned by another user is ignored and logged; the
+/// next save replaces it.
+class FileStateStore final : public UpdaterStateStore {
+public:
+    /// Missing folders are made by the first save.
+    FileStateStore(std::filesystem::path file, LogSink log);
+
+    UpdaterState load() override;
+    void save(const UpdaterState& state) override;
+
+private:
+    std::filesystem::path file;
+    LogSink log;
 };
 
 } // namespace kelo::updater

@@ -87,8 +87,8 @@ TEST_F(UpdateJourney, RefusesWhatAnotherKeySigned) {
     awaitText(offered);
     choose("Install Update");
     awaitText("The update did not work");
-    awaitText("Nothing shows that this update comes from those who publish Kelo, so it was not "
-              "installed. Please ask them, and keep using the version you have.");
+    awaitText("Nothing shows that this update comes from Kelo's publisher, so it was not "
+              "installed. Please ask the publisher, and keep using the version you have.");
     picture("refused");
     choose("OK");
     awaitNoText("The update did not work");

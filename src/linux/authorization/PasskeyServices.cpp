@@ -6,6 +6,7 @@
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/authorization/verification/PamVerifier.h"
 #include "linux/gobject/WorkerThread.h"
+#include "posix/SystemClock.h"
 
 #include <glib.h>
 
@@ -15,17 +16,6 @@
 
 namespace kelo::authorization {
 
-namespace {
-
-class SystemClock final : public Clock {
-public:
-    std::chrono::system_clock::time_point now() const override {
-        return std::chrono::system_clock::now();
-    }
-};
-
-} // namespace
-
 /// Making these touches nothing yet; each does when it is first used.
 struct PasskeyServices::Parts {
     explicit Parts(authenticator::PasskeySheetFactory& sheets)
@@ -33,7 +23,7 @@ struct PasskeyServices::Parts {
 
     const std::array<authenticator::Association, 1> associations{authenticator::Association{
         std::string(deployment::relyingPartyIdentifier), std::string(deployment::serviceOrigin)}};
-    SystemClock clock;
+    posix::SystemClock clock;
     authenticator::CredentialStore credentials{passkeyFile()};
     PamVerifier verifier{verificationHelperPath()};
     // Reading a record must not wait until the user has answered a keyring's prompt.

@@ -46,8 +46,8 @@ std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescript
 
 std::unique_ptr<platform::StandardUpdaterController> LinuxDesktop::makeStandardUpdaterController() {
     return update::makeStandardUpdaterController(
-        {bundle, [] { return std::make_unique<gtk::GtkUserDriver>(); },
-         webkit::openWithDefaultProgram, [this] { application_.terminate(); }});
+        bundle, [] { return std::make_unique<gtk::GtkUserDriver>(); },
+        webkit::openWithDefaultProgram, [this] { application_.terminate(); });
 }
 
 } // namespace kelo::desktop

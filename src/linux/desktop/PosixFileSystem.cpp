@@ -2,7 +2,6 @@
 
 #include "posix/FileDescriptor.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,23 +23,11 @@ posix::FileDescriptor openRegular(const std::string& path, int flags) {
     return file;
 }
 
-bool writeAll(int file, ByteView bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 class PosixFile final : public platform::OpenFile {
 public:
     explicit PosixFile(posix::FileDescriptor file) : file(std::move(file)) {}
     void seekToEnd() override { ::lseek(file.get(), 0, SEEK_END); }
-    void write(ByteView bytes) override { writeAll(file.get(), bytes); }
+    void write(ByteView bytes) override { posix::writeAll(file.get(), bytes); }
 
 private:
     posix::FileDescriptor file;
@@ -58,7 +45,7 @@ std::unique_ptr<platform::OpenFile> PosixFileSystem::openForWriting(const std::s
 bool PosixFileSystem::writeWholeFile(const std::string& path, ByteView bytes) {
     const auto file = openRegular(path, O_CREAT);
     // Truncated only once it is known to be a regular file.
-    return file && ::ftruncate(file.get(), 0) == 0 && writeAll(file.get(), bytes);
+    return file && ::ftruncate(file.get(), 0) == 0 && posix::writeAll(file.get(), bytes);
 }
 
 } // namespace kelo::desktop

@@ -7,7 +7,6 @@
 #include <openssl/x509v3.h>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <string>
 
@@ -19,16 +18,6 @@ namespace {
 std::string bareHost(const Url& url) {
     const std::string& host = url.host();
     return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
-}
-
-bool writeAll(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(file, text.data(), text.size());
-        if (written <= 0)
-            return false;
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 struct OpenSslDeleter {
@@ -57,7 +46,7 @@ TrustedAuthority::TrustedAuthority(std::string_view pem) {
     if (pem.empty())
         return;
     file = posix::FileDescriptor(memfd_create("kelo-authority", MFD_CLOEXEC));
-    if (!file || !writeAll(file.get(), pem)) {
+    if (!file || !posix::writeAll(file.get(), pem)) {
         g_warning("The compiled-in certificate authority could not be laid out in memory; "
                   "only the system's are trusted.");
         return;

@@ -19,8 +19,8 @@ std::vector<std::string>& ownVariables() {
 
 } // namespace
 
-// Every driver of Mesa works through a render node, and what finds none draws in software. Asking
-// OpenGL itself would start the very stack that is to be avoided.
+// Every driver of Mesa needs a render node; without one Mesa draws in software. Asking OpenGL
+// itself would load the libraries that are to be avoided.
 bool hasRenderNode(const std::string& folder) {
     std::error_code missing;
     for (const auto& entry : std::filesystem::directory_iterator(folder, missing)) {
@@ -35,7 +35,7 @@ bool hasRenderNode(const std::string& folder) {
 void chooseRenderer() {
     const char* const forced = std::getenv("LIBGL_ALWAYS_SOFTWARE");
     const bool software = forced && std::string(forced) != "0" && std::string(forced) != "false";
-    // NVIDIA's own driver does without render nodes.
+    // NVIDIA's own driver needs no render node.
     const bool hardware = hasRenderNode("/dev/dri") || access("/dev/nvidiactl", R_OK | W_OK) == 0;
     if ((hardware && !software) || std::getenv("GSK_RENDERER") || std::getenv("GDK_DEBUG"))
         return;

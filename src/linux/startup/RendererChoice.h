@@ -5,20 +5,18 @@
 
 namespace kelo::startup {
 
-/// Has GTK draw with cairo, and GTK and the web engine do without OpenGL, where OpenGL would run on
-/// the processor: there the GL renderer costs about 95 MiB and up to 1.5 s to the first frame, and
-/// merely having it at hand another 100 MiB in all processes and 0.3 s to the first page. The price
-/// is that pages have no WebGL on such machines. Nothing is changed when the user chose a renderer
-/// (GSK_RENDERER) or set GDK_DEBUG. To be called first in main, before any thread and before GTK
-/// starts: it sets the environment.
+/// Where OpenGL would run on the processor, makes GTK draw with cairo, and GTK and the web engine
+/// do without OpenGL. There the GL renderer costs about 95 MiB and up to 1.5 s to the first frame;
+/// even unused, OpenGL costs another 100 MiB in all processes and 0.3 s to the first page. In
+/// return, pages have no WebGL on such machines. Changes nothing if GSK_RENDERER or GDK_DEBUG is
+/// set, because the user has chosen then. prepareProcess() calls it.
 void chooseRenderer();
 
-/// The variables that chooseRenderer() set in this process. They are our choice alone: a program
-/// that we start for the user must not inherit it.
+/// Names of the environment variables that chooseRenderer() has set. They are meant for this
+/// process alone: remove them from the environment of programs that are started for the user.
 const std::vector<std::string>& rendererVariables();
 
-/// Whether a graphics card is usable: some render node in the folder can be opened. Split off so
-/// that a test can ask about a folder of its own.
+/// Whether a graphics card can be used: a render node in the folder can be opened.
 bool hasRenderNode(const std::string& folder);
 
 } // namespace kelo::startup

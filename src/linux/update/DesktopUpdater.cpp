@@ -5,7 +5,7 @@
 #include "linux/gobject/WorkerThread.h"
 #include "linux/startup/RendererChoice.h"
 #include "linux/update/SoupTransport.h"
-#include "updater/FileStateStore.h"
+#include "posix/SystemClock.h"
 #include "updater/Updater.h"
 #include "updater/install/SystemInstaller.h"
 
@@ -23,14 +23,7 @@ namespace kelo::update {
 
 namespace {
 
-class SystemClock final : public Clock {
-public:
-    std::chrono::system_clock::time_point now() const override {
-        return std::chrono::system_clock::now();
-    }
-};
-
-void writeToJournal(const std::string& line) {
+void writeToLog(const std::string& line) {
     g_message("%s", line.c_str());
 }
 
@@ -43,12 +36,14 @@ updater::SystemDescription thisSystem() {
     return system;
 }
 
+/// Whether it is one of the variables that this program set for itself.
 bool isOurs(const std::string& setting) {
     const auto& variables = startup::rendererVariables();
     return std::any_of(variables.begin(), variables.end(),
                        [&](const std::string& name) { return setting.starts_with(name + "="); });
 }
 
+/// This process's environment without those variables.
 std::vector<std::string> environmentAsFound() {
     struct ListDeleter {
         void operator()(char** list) const { g_strfreev(list); }
@@ -61,60 +56,55 @@ std::vector<std::string> environmentAsFound() {
     return kept;
 }
 
-updater::InstallerHost installerHost(std::function<void()> terminate) {
-    updater::InstallerHost host;
-    host.terminate = std::move(terminate);
-    host.environment = environmentAsFound;
-    return host;
-}
-
-class DesktopUpdater final : public platform::StandardUpdaterController {
-public:
-    explicit DesktopUpdater(UpdaterSurroundings surroundings)
+/// The services that the updater works with.
+struct Services {
+    explicit Services(std::function<void()> terminate)
         : transport(http::TrustedAuthority::compiledIn()),
           installer(updater::findInstalledCopy(bundle::programPath(), g_get_home_dir()), worker,
-                    installerHost(std::move(surroundings.terminate))),
-          updater(parts(surroundings)) {
-        updater.start();
-    }
+                    {std::move(terminate), environmentAsFound}) {}
 
-    void checkForUpdates() override { updater.checkForUpdates(); }
-
-private:
-    updater::UpdaterParts parts(UpdaterSurroundings& surroundings) {
-        const auto open = [openLink = std::move(surroundings.openLink)](const Url& url) {
-            openLink(url.absoluteString());
-        };
-        const std::filesystem::path states = g_get_user_state_dir();
-        const std::filesystem::path caches = g_get_user_cache_dir();
-        return {
-            updater::UpdaterSettings(
-                surroundings.bundle.infoDictionary().value_or(platform::InformationDictionary())),
-            thisSystem(),
-            caches / "kelo" / "updates",
-            transport,
-            installer,
-            worker,
-            clock,
-            std::make_shared<updater::FileStateStore>(states / "kelo" / "updater", writeToJournal),
-            std::move(surroundings.makeUserDriver),
-            open,
-            [] { return std::random_device()(); },
-            writeToJournal};
-    }
-
-    SystemClock clock;
+    posix::SystemClock clock;
     SoupTransport transport;
     gobject::WorkerThread worker;
     updater::SystemInstaller installer;
-    updater::Updater updater;
+};
+
+/// Services is the first base class, so that it is constructed before the updater that refers to it
+/// and destroyed after it.
+class DesktopUpdater final : Services, public updater::Updater {
+public:
+    template <typename MakeContext>
+    DesktopUpdater(std::function<void()> terminate, const MakeContext& makeContext)
+        : Services(std::move(terminate)),
+          updater::Updater(makeContext(static_cast<Services&>(*this))) {}
 };
 
 } // namespace
 
-std::unique_ptr<platform::StandardUpdaterController>
-makeStandardUpdaterController(UpdaterSurroundings surroundings) {
-    return std::make_unique<DesktopUpdater>(std::move(surroundings));
+std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController(
+    platform::Bundle& bundle, std::function<std::unique_ptr<updater::UserDriver>()> makeUserDriver,
+    std::function<void(const std::string& address)> openLink, std::function<void()> terminate) {
+    const std::filesystem::path states = g_get_user_state_dir();
+    const std::filesystem::path caches = g_get_user_cache_dir();
+    const auto makeContext = [&](Services& services) {
+        return updater::UpdaterContext{
+            updater::UpdaterSettings(
+                bundle.infoDictionary().value_or(platform::InformationDictionary())),
+            thisSystem(),
+            caches / "kelo" / "updates",
+            services.transport,
+            services.installer,
+            services.worker,
+            services.clock,
+            std::make_shared<updater::FileStateStore>(states / "kelo" / "updater", writeToLog),
+            std::move(makeUserDriver),
+            [openLink = std::move(openLink)](const Url& url) { openLink(url.absoluteString()); },
+            [] { return std::random_device()(); },
+            writeToLog};
+    };
+    auto made = std::make_unique<DesktopUpdater>(std::move(terminate), makeContext);
+    made->start();
+    return made;
 }
 
 } // namespace kelo::update

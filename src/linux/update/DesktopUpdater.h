@@ -10,20 +10,13 @@
 
 namespace kelo::update {
 
-/// What the updater needs of the program around it.
-struct UpdaterSurroundings {
-    /// Read once. Must outlive the updater.
-    platform::Bundle& bundle;
-    /// Called when the first window is needed, once.
-    std::function<std::unique_ptr<updater::UserDriver>()> makeUserDriver;
-    /// Opens a web page in the user's browser.
-    std::function<void(const std::string& address)> openLink;
-    /// Ends the program in good order.
-    std::function<void()> terminate;
-};
-
-/// Makes and starts the updater of this program on this desktop.
-std::unique_ptr<platform::StandardUpdaterController>
-makeStandardUpdaterController(UpdaterSurroundings surroundings);
+/// Makes and starts the updater of this program on this desktop. Main thread only.
+///   bundle          read once, here
+///   makeUserDriver  called once, when the first window is needed
+///   openLink        opens a web page in the user's browser
+///   terminate       ends the program in an orderly way
+std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController(
+    platform::Bundle& bundle, std::function<std::unique_ptr<updater::UserDriver>()> makeUserDriver,
+    std::function<void(const std::string& address)> openLink, std::function<void()> terminate);
 
 } // namespace kelo::update

@@ -17,28 +17,27 @@ namespace {
 
 constexpr int mostRedirects = 5;
 
-/// A server that sends a byte now and then would hold a small transfer for ever.
+/// Bounds a small transfer from a server that sends a byte now and then.
 constexpr std::chrono::minutes longestFetch{10};
 
 Failure statusError(const Url& url, int status) {
     const std::string cause = url.absoluteString() + " answered with " + std::to_string(status);
     if (status >= 500)
         return {FailureKind::badReply,
-                url.host() + " cannot hand out updates at the moment. Try again later.", cause};
+                url.host() + " cannot provide updates at the moment. Try again later.", cause};
     return {FailureKind::badReply,
-            url.host() + " does not have the update that was asked for. Try again later, or ask "
-                         "those who publish Kelo.",
+            url.host() + " does not have this update. Try again later, or ask Kelo's publisher.",
             cause};
 }
 
 Failure tooLongError(const Url& url, std::size_t limit) {
     return {FailureKind::badReply,
-            url.host() + " sent far more than was asked for, so it was dropped. Try again later, "
-                         "or ask those who publish Kelo.",
+            url.host() + " sent more than the updater accepts, so the download was stopped. Try "
+                         "again later, or ask Kelo's publisher.",
             url.absoluteString() + " is longer than " + std::to_string(limit) + " bytes"};
 }
 
-/// The reply with status 200 at the end of the redirects.
+/// Follows redirects to the reply with status 200.
 Task<std::unique_ptr<http::OpenReply>>
 followToReply(gobject::GObjectPointer<SoupSession> session,
               std::shared_ptr<const http::TrustedAuthority> authority, UrlRequest request,
@@ -56,8 +55,7 @@ followToReply(gobject::GObjectPointer<SoupSession> session,
         request = std::move(*next);
     }
     throw Failure(FailureKind::badReply,
-                  first.host() + " sent Kelo from one address to the next without end. Try "
-                                 "again later.");
+                  first.host() + " redirected Kelo too often. Try again later.");
 }
 
 UrlRequest requestFor(Url url, std::chrono::seconds patience) {
@@ -73,8 +71,8 @@ SoupTransport::SoupTransport(std::shared_ptr<const http::TrustedAuthority> autho
     : session(gobject::GObjectPointer<SoupSession>::adopt(soup_session_new())),
       authority(std::move(authority)),
       patience(patience) {
-    // Lengths and signatures are those of the bytes on the wire, and nobody is to be asked for a
-    // password.
+    // Lengths and signatures refer to the bytes on the wire, so nothing is decoded. Nobody is asked
+    // for a password.
     soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
     soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
 }

@@ -11,10 +11,11 @@ namespace kelo::updater {
 namespace {
 
 [[noreturn]] void refuse(const std::string& cause) {
-    throw UpdateError(UpdateErrorKind::feed,
-                      "The list of updates could not be read. Please try again later, or ask those "
-                      "who publish Kelo.",
-                      cause);
+    throw UpdateError(
+        UpdateErrorKind::feed,
+        "The list of updates could not be read. Please try again later, or ask Kelo's "
+        "publisher.",
+        cause);
 }
 
 XmlDocument documentOf(ByteView bytes) {
@@ -23,7 +24,7 @@ XmlDocument documentOf(ByteView bytes) {
     try {
         return XmlDocument(bytes);
     } catch (const std::runtime_error& problem) {
-        refuse(std::string("the feed is no readable XML: ") + problem.what());
+        refuse(std::string("the feed is not well-formed XML: ") + problem.what());
     }
 }
 
@@ -34,7 +35,7 @@ Appcast parseAppcast(ByteView bytes) {
     const XmlElement root = document.root();
     const auto channel = root.is("rss") ? root.child("channel") : std::nullopt;
     if (!channel)
-        refuse("the feed is no RSS: there is no channel");
+        refuse("the feed is not RSS: it has no channel");
 
     Appcast appcast;
     for (const XmlElement& element : channel->children()) {

@@ -9,21 +9,21 @@
 
 namespace kelo::updater {
 
-/// Longest feed that is read.
+/// Longest feed that is read, in bytes.
 inline constexpr std::size_t appcastLimit = std::size_t(4) * 1024 * 1024;
 
 /// A feed of releases.
 struct Appcast {
     /// In the order of the feed.
     std::vector<AppcastItem> items;
-    /// Why other items were left out, a line each, for the journal.
+    /// Why other items were left out: one line each, for the log.
     std::vector<std::string> problems;
 };
 
-/// Reads a feed (RSS 2.0 with the elements of an appcast). Fetches nothing, expands no entities of
-/// its own making and takes no document type declaration. An item that makes no sense is left out;
-/// addresses count only if they are https. Fails with an UpdateError of kind feed for what is no
-/// feed at all.
+/// Parses a feed (RSS 2.0 with the elements of an appcast). Fetches nothing and refuses a document
+/// type declaration, and so expands no entities that the feed defines. Invalid items are left out;
+/// URLs that are not https are ignored. Throws an UpdateError of kind feed if the bytes are not a
+/// feed.
 Appcast parseAppcast(ByteView bytes);
 
 } // namespace kelo::updater

@@ -1,9 +1,9 @@
 #include "updater/appcast/AppcastReader.h"
 
-#include "updater/appcast/PublicationDate.h"
-#include "updater/appcast/Text.h"
+#include "base/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <stdexcept>
 
@@ -11,7 +11,7 @@ namespace kelo::updater {
 
 namespace {
 
-/// What sets the elements of an appcast apart from those of RSS.
+/// Namespace of the elements that an appcast adds to RSS.
 constexpr std::string_view appcastNamespace = "http://www.andymatuschak.org/xml-namespaces/sparkle";
 constexpr std::string_view xmlNamespace = "http://www.w3.org/XML/1998/namespace";
 constexpr std::size_t longestVersion = 256;
@@ -52,7 +52,7 @@ std::optional<Enclosure> enclosureOf(const XmlElement& item) {
     if (!element)
         return std::nullopt;
     if (element->hasAttribute("deltaFrom", appcastNamespace))
-        throw std::invalid_argument("its archive is a difference to one old version");
+        throw std::invalid_argument("its archive is a delta to one old version");
     const std::string address = element->attribute("url");
     const auto url = secureUrl(address);
     if (!url)
@@ -65,7 +65,7 @@ std::optional<Enclosure> enclosureOf(const XmlElement& item) {
     return enclosure;
 }
 
-// The last part of a file name like "kelo_1.1.tar.zst"; empty when it names no version.
+// The version in a file name like "kelo_1.1.tar.zst"; empty if there is none.
 std::string versionInFileName(const Url& url) {
     const std::string path = url.path();
     std::string_view name = path;
@@ -81,7 +81,7 @@ std::string versionInFileName(const Url& url) {
     return std::string(name);
 }
 
-// Feeds of old have versions at the archive; they go first.
+// Old feeds name the versions in attributes of the enclosure, which take precedence.
 std::string versionOf(const XmlElement& item, std::string_view name) {
     const auto enclosure = item.child("enclosure");
     const std::string attribute =
@@ -95,10 +95,10 @@ void checkVersion(const std::string& version) {
     if (version.empty())
         throw std::invalid_argument("it has no version");
     if (!printable || version.size() > longestVersion)
-        throw std::invalid_argument("its version is no version");
+        throw std::invalid_argument("its version is not valid");
 }
 
-// Languages are not chosen yet: the notes for everybody, else the first ones.
+// The notes without a language or in English, else the first ones.
 std::optional<Url> notesLinkOf(const XmlElement& item) {
     std::optional<Url> first;
     for (const XmlElement& element : item.children()) {
@@ -155,7 +155,7 @@ std::vector<std::string> listIn(std::string_view text) {
     return parts;
 }
 
-// Days are enough for a release to reach everybody; the bound keeps the arithmetic on dates whole.
+// The upper bound keeps sums of dates from overflowing.
 std::optional<std::chrono::seconds> rolloutIntervalOf(const XmlElement& item) {
     constexpr std::chrono::seconds longest = std::chrono::hours(24 * 365);
     const auto value = numberIn<std::uint32_t>(textOf(item, "phasedRolloutInterval"));
@@ -175,7 +175,7 @@ void readRules(const XmlElement& element, AppcastItem& item) {
     item.informational = informationalOf(element);
     item.channel = textOf(element, "channel");
     if (!isChannelName(item.channel))
-        throw std::invalid_argument("its channel is no channel's name");
+        throw std::invalid_argument("its channel name is not valid");
     item.phasedRolloutInterval = rolloutIntervalOf(element);
 }
 
@@ -205,6 +205,93 @@ AppcastItem readAppcastItem(const XmlElement& element) {
     if (!item.enclosure && !item.link)
         throw std::invalid_argument("it has neither an archive nor a link");
     return item;
+}
+
+namespace {
+
+using namespace std::chrono;
+
+std::optional<int> number(std::string_view digits, std::size_t fewest, std::size_t most) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    const bool whole = error == std::errc() && end == digits.data() + digits.size();
+    if (!whole || digits.size() < fewest || digits.size() > most || digits.front() == '-')
+        return std::nullopt;
+    return value;
+}
+
+std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
+    std::vector<std::string_view> parts;
+    while (true) {
+        const auto end = text.find_first_of(separators);
+        parts.push_back(text.substr(0, end));
+        if (end == std::string_view::npos)
+            return parts;
+        text.remove_prefix(end + 1);
+    }
+}
+
+std::vector<std::string_view> words(std::string_view text) {
+    std::vector<std::string_view> found = split(text, blanks);
+    std::erase(found, std::string_view());
+    return found;
+}
+
+std::optional<year_month_day> date(std::string_view dayText, std::string_view monthText,
+                                   std::string_view yearText) {
+    static constexpr std::array<std::string_view, 12> months = {
+        "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const auto dayNumber = number(dayText, 1, 2);
+    const auto yearNumber = number(yearText, 4, 4);
+    const auto found = std::find(months.begin(), months.end(), monthText);
+    if (!dayNumber || !yearNumber || found == months.end())
+        return std::nullopt;
+    const year_month_day result(year(*yearNumber),
+                                month(static_cast<unsigned>(found - months.begin()) + 1),
+                                day(static_cast<unsigned>(*dayNumber)));
+    return result.ok() ? std::optional(result) : std::nullopt;
+}
+
+std::optional<seconds> timeOfDay(std::string_view text) {
+    const auto parts = split(text, ":");
+    if (parts.size() < 2 || parts.size() > 3)
+        return std::nullopt;
+    const auto hour = number(parts[0], 1, 2);
+    const auto minute = number(parts[1], 2, 2);
+    const auto second = parts.size() == 3 ? number(parts[2], 2, 2) : 0;
+    // 60 is a leap second.
+    if (!hour || !minute || !second || *hour > 23 || *minute > 59 || *second > 60)
+        return std::nullopt;
+    return hours(*hour) + minutes(*minute) + seconds(*second);
+}
+
+std::optional<seconds> zoneOffset(std::string_view text) {
+    if (text == "GMT" || text == "UT" || text == "UTC" || text == "Z")
+        return seconds(0);
+    if (text.size() != 5 || (text.front() != '+' && text.front() != '-'))
+        return std::nullopt;
+    const auto hour = number(text.substr(1, 2), 2, 2);
+    const auto minute = number(text.substr(3, 2), 2, 2);
+    if (!hour || !minute || *hour > 23 || *minute > 59)
+        return std::nullopt;
+    const seconds offset = hours(*hour) + minutes(*minute);
+    return text.front() == '-' ? -offset : offset;
+}
+
+} // namespace
+
+std::optional<sys_seconds> parsePublicationDate(std::string_view text) {
+    std::vector<std::string_view> parts = words(text);
+    if (!parts.empty() && parts.front().ends_with(','))
+        parts.erase(parts.begin());
+    if (parts.size() != 5)
+        return std::nullopt;
+    const auto calendarDate = date(parts[0], parts[1], parts[2]);
+    const auto time = timeOfDay(parts[3]);
+    const auto offset = zoneOffset(parts[4]);
+    if (!calendarDate || !time || !offset)
+        return std::nullopt;
+    return sys_days(*calendarDate) + *time - *offset;
 }
 
 } // namespace kelo::updater

@@ -3,11 +3,20 @@
 #include "updater/appcast/AppcastItem.h"
 #include "updater/appcast/XmlDocument.h"
 
+#include <chrono>
+#include <optional>
+#include <string_view>
+
 namespace kelo::updater {
 
-/// What the "item" element says. Throws std::invalid_argument, with the reason for the journal, for
-/// an item that cannot be an update: no version, neither archive nor link, an archive that is not
-/// fetched over https, a difference to one old version.
+/// Reads an "item" element. Throws std::invalid_argument, with the reason for the log, for an item
+/// that cannot be an update: it has no version, has neither archive nor link, has an archive URL
+/// that is not https, or is a delta to one old version.
 AppcastItem readAppcastItem(const XmlElement& element);
+
+/// Parses an RFC 822 date as feeds write it: "Sat, 21 Nov 2026 08:30:00 +0100". The weekday and the
+/// seconds may be missing; the zone is an offset, "GMT", "UT", "UTC" or "Z". Nothing for any other
+/// text.
+std::optional<std::chrono::sys_seconds> parsePublicationDate(std::string_view text);
 
 } // namespace kelo::updater

@@ -8,8 +8,7 @@ namespace kelo::updater {
 
 namespace {
 
-// In the order of their worth at one place of a version, with the end of the version among them:
-// a word there marks something that comes before the release.
+// In ascending order. A word is less than the end of the version, because it marks a pre-release.
 enum class PartKind { word, end, separator, number };
 
 struct Part {
@@ -19,7 +18,7 @@ struct Part {
 
 using Parts = std::vector<Part>;
 
-// Of ASCII alone, whatever the locale; every other character belongs to a word.
+// ASCII only, whatever the locale; every other character belongs to a word.
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -51,7 +50,7 @@ Parts partsOf(std::string_view version) {
     return parts;
 }
 
-// How many parts at the beginning are numbers and periods.
+// Number of leading parts that are numbers and periods.
 std::size_t numericLength(const Parts& parts) {
     const auto end = std::find_if(parts.begin(), parts.end(), [](const Part& part) {
         return part.kind != PartKind::number && part.text != ".";

@@ -1,6 +1,6 @@
 #include "updater/appcast/XmlDocument.h"
 
-#include "updater/appcast/Text.h"
+#include "base/Text.h"
 
 #include <libxml/parser.h>
 
@@ -30,7 +30,7 @@ std::string ownedText(const xmlNode* node) {
     return std::string(trimmed(view(content.get())));
 }
 
-// Reached before the first declaration inside is read.
+// The parser calls this before it reads the first declaration, so no entity is ever defined.
 void refuseTypeDeclaration(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
     auto* const parser = static_cast<xmlParserCtxt*>(context);
     *static_cast<bool*>(parser->_private) = true;

@@ -12,21 +12,21 @@
 
 namespace kelo::updater {
 
-/// An element of a document, which must outlive it.
+/// An element of a document. The document must outlive it.
 class XmlElement {
 public:
     explicit XmlElement(const xmlNode* node) : node(node) {}
 
-    /// Whether it bears this name in this namespace; "" is for none.
+    /// Whether the element has this name and namespace; "": no namespace.
     bool is(std::string_view name, std::string_view nameSpace = {}) const;
-    /// The elements directly inside, in order.
+    /// The child elements, in order.
     std::vector<XmlElement> children() const;
     /// The first child of that name.
     std::optional<XmlElement> child(std::string_view name, std::string_view nameSpace = {}) const;
     bool hasAttribute(std::string_view name, std::string_view nameSpace = {}) const;
-    /// Empty when there is no such attribute.
+    /// Empty if there is no such attribute.
     std::string attribute(std::string_view name, std::string_view nameSpace = {}) const;
-    /// All text inside, without the blanks around it.
+    /// All text inside, trimmed.
     std::string text() const;
 
 private:
@@ -35,12 +35,11 @@ private:
     const xmlNode* node;
 };
 
-/// An XML document from a source that is not trusted: nothing is fetched, a document type
-/// declaration (and with it every entity of the document's own) is an error, and so is nesting
-/// deeper than 256 elements.
+/// An XML document from an untrusted source. Nothing is fetched. A document type declaration, which
+/// could define entities, is an error; so is nesting deeper than 256 elements.
 class XmlDocument {
 public:
-    /// Throws std::runtime_error, with what is wrong for the journal.
+    /// Throws std::runtime_error with the cause, for the log.
     explicit XmlDocument(ByteView bytes);
 
     XmlElement root() const { return XmlElement(xmlDocGetRootElement(document.get())); }

@@ -1,6 +1,6 @@
 #include "updater/archive/Base64.h"
 
-#include "updater/appcast/Text.h"
+#include "base/Text.h"
 
 namespace kelo::updater {
 
@@ -33,7 +33,7 @@ std::optional<Bytes> decodeBase64(std::string_view text) {
             bits &= (1u << count) - 1;
         }
     }
-    // Left-over bits that are set stand for bytes that an encoder never had.
+    // Encoders set the unused bits to zero.
     return bits == 0 ? std::optional(std::move(bytes)) : std::nullopt;
 }
 

@@ -7,8 +7,8 @@
 
 namespace kelo::updater {
 
-/// The bytes of a Base64 text (RFC 4648, section 4), blanks around it aside. Strict: padding must
-/// be there, and nothing that an encoder would not have written.
+/// Decodes Base64 (RFC 4648, section 4). Blanks around the text are ignored. Strict otherwise:
+/// nothing for a text without padding, or one that no encoder would have written.
 std::optional<Bytes> decodeBase64(std::string_view text);
 
 } // namespace kelo::updater

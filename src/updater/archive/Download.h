@@ -16,20 +16,21 @@
 
 namespace kelo::updater {
 
-/// Longest archive that is taken.
+/// Longest archive that is downloaded, in bytes.
 inline constexpr std::uint64_t archiveLimit = std::uint64_t(1024) * 1024 * 1024;
 
-/// What a feed says about an archive, in a form that its bytes can be held against.
-struct ArchivePromise {
+/// What the feed announces of an archive, and the key to verify it with.
+struct AnnouncedArchive {
     std::uint64_t length = 0;
     Signature signature{};
     PublicKey key{};
 };
 
-/// Fails with an UpdateError when the archive could not be verified whatever its bytes are: no
-/// length, a length beyond the limit, no signature, one that is none, no key.
-ArchivePromise promiseOf(const Enclosure& enclosure, const std::optional<PublicKey>& key);
+/// Throws an UpdateError if no archive could be verified with this: the key, the length or the
+/// signature is missing or invalid, or the length exceeds the limit.
+AnnouncedArchive announcedArchive(const Enclosure& enclosure, const std::optional<PublicKey>& key);
 
+/// A complete archive that is not verified yet.
 struct DownloadedArchive {
     AppcastItem item;
     PrivateFolder folder;
@@ -38,18 +39,18 @@ struct DownloadedArchive {
     std::uint64_t size = 0;
 };
 
-/// Downloads the archive of an item (it must have one) into a private folder below the given one.
-/// The file is removed again unless exactly as many bytes came as were promised. The worker and the
+/// Downloads the item's archive (it must have one) to a new private folder below the given one.
+/// Fails and removes the file unless exactly as many bytes arrive as announced. The worker and the
 /// transport must outlive the task; progress is called on the main thread.
-Task<DownloadedArchive> download(AppcastItem item, ArchivePromise promise,
+Task<DownloadedArchive> download(AppcastItem item, AnnouncedArchive announced,
                                  std::filesystem::path below, Transport& transport, Worker& worker,
                                  std::function<void(DownloadProgress)> progress);
 
-/// Holds the archive against the promise. On failure it is removed.
-Task<VerifiedArchive> verify(DownloadedArchive archive, ArchivePromise promise, Worker& worker);
+/// Verifies the archive's signature. On failure the archive is removed.
+Task<VerifiedArchive> verify(DownloadedArchive archive, AnnouncedArchive announced, Worker& worker);
 
-/// The last component of the address as a file name: letters, digits and "._+~-" alone, not
-/// beginning with a period, never empty.
+/// The last component of the URL's path as a safe file name: only letters, digits and "._+~-", no
+/// period in front, never empty.
 std::string fileNameOf(const Url& url);
 
 } // namespace kelo::updater

@@ -1,6 +1,5 @@
 #include "updater/archive/PrivateFolder.h"
 
-#include "updater/archive/PrivateFiles.h"
 #include "updater/error/UpdateError.h"
 
 #include <fcntl.h>
@@ -42,11 +41,25 @@ posix::FileDescriptor openFolder(const std::filesystem::path& path) {
 
 } // namespace
 
+bool makePrivateFolders(const std::filesystem::path& folder) {
+    if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST)
+        return true;
+    const auto parent = folder.parent_path();
+    if (errno != ENOENT || parent.empty() || parent == folder || !makePrivateFolders(parent))
+        return false;
+    return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST;
+}
+
+std::string failureLine(std::string_view what, const std::filesystem::path& file) {
+    const std::error_code reason(errno, std::generic_category());
+    return std::string(what) + " " + file.string() + ": " + reason.message();
+}
+
 PrivateFolder::PrivateFolder(const std::filesystem::path& parent) {
     if (!makePrivateFolders(parent))
         fail(failureLine("Could not make", parent));
     if (!openFolder(parent))
-        fail(parent.string() + " is no folder of this user");
+        fail(parent.string() + " is not a folder of this user");
     std::string name = (parent / namePrefix).string() + "XXXXXX";
     if (!mkdtemp(name.data()))
         fail(failureLine("Could not make a folder in", parent));
@@ -93,7 +106,7 @@ void PrivateFolder::removeLeftovers(const std::filesystem::path& parent) noexcep
                 std::filesystem::remove_all(candidate, ignored);
         }
     } catch (const std::exception&) {
-        // What cannot be listed stays until the next start.
+        // A parent that cannot be listed is left for the next start.
     }
 }
 

@@ -29,7 +29,7 @@ std::optional<std::array<std::uint8_t, Size>> exactly(std::string_view base64) {
     return result;
 }
 
-// Whether exactly these many bytes are there, no more and no less.
+// Fills the bytes from the file; false unless the file has exactly that size.
 bool readWhole(int descriptor, Bytes& bytes) {
     std::size_t done = 0;
     while (true) {
@@ -68,8 +68,8 @@ bool verifies(const PublicKey& key, const Signature& signature, ByteView bytes) 
 
 bool verifiesFile(const PublicKey& key, const Signature& signature, int descriptor,
                   std::uint64_t size) {
-    // The algorithm passes over the bytes twice and takes them in one piece. They are read rather
-    // than mapped: a mapped file that somebody shortens ends the process.
+    // The algorithm needs all bytes at once. They are read rather than mapped, because reading a
+    // mapped file that somebody shortens would end the process.
     Bytes bytes(size);
     return readWhole(descriptor, bytes) && verifies(key, signature, bytes);
 }

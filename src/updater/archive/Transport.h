@@ -10,24 +10,24 @@
 
 namespace kelo::updater {
 
-/// Takes the bytes of a download, in order.
+/// Receives the bytes of a download, in order.
 class ByteSink {
 public:
     virtual ~ByteSink() = default;
-    /// The length that the server announces for the whole, if it does; before the first portion.
+    /// Called before the first portion if the server announces the total length.
     virtual void announce(std::uint64_t length) = 0;
-    /// The next portion comes when this has ended. A failure ends the download.
+    /// The next portion follows when the task has ended. An exception ends the download.
     virtual Task<void> take(Bytes portion) = 0;
 };
 
-/// Fetches over https, redirects (at most five) included. A failure is a Failure or an
-/// UpdateError with a sentence for the screen: no connection, a certificate that does not hold,
-/// nothing received for a minute, a reply that is cut short, any status but 200. Dropping a task
-/// ends its transfer. Main thread only.
+/// Fetches over https and follows at most five redirects. Throws a Failure or an UpdateError with a
+/// description for the screen: no connection, an invalid certificate, nothing received for a
+/// minute, a truncated response, any status but 200. Dropping a task ends its transfer. Main thread
+/// only.
 class Transport {
 public:
     virtual ~Transport() = default;
-    /// The whole body; fails for one that is longer than the limit.
+    /// Gives the whole body; fails if it is longer than the limit, in bytes.
     virtual Task<Bytes> fetch(Url url, std::size_t limit) = 0;
     virtual Task<void> download(Url url, std::shared_ptr<ByteSink> sink) = 0;
 };

@@ -5,33 +5,35 @@
 
 namespace kelo::updater {
 
-/// What "install" means for a release on this computer.
+/// How a release is installed on this computer.
 enum class InstallKind {
-    /// The user owns the installed copy: it is exchanged for the new one.
+    /// The user owns the installed copy: it is replaced by the new one.
     replaceInPlace,
-    /// A package manager owns it, and the archive is a package: the system's own installer opens
-    /// the verified package.
+    /// A package manager owns the installed copy and the archive is a package: the system's
+    /// installer
+    /// opens the verified package.
     handToPackageManager,
-    /// Neither: the item's link is opened, and nothing is downloaded.
+    /// Neither: nothing is downloaded, and the item's link is opened.
     informationalOnly,
 };
 
-/// Puts verified archives in place. Failures are UpdateErrors of kind installing (or storage, for a
-/// full disk) and leave a program that starts. Main thread only; what blocks runs elsewhere.
+/// Installs verified archives. Throws UpdateErrors of kind installing (or storage, for a full
+/// disk); the installed program still starts then. Main thread only; blocking work runs on a
+/// worker.
 class UpdateInstaller {
 public:
     virtual ~UpdateInstaller() = default;
 
-    /// Quick, and without a side effect. The item has an enclosure.
+    /// Does not block and has no side effects. The item must have an enclosure.
     virtual InstallKind kind(const AppcastItem& item) const = 0;
 
-    /// replaceInPlace: unpacks and stages the new copy beside the installed one, which is not
-    /// touched yet. handToPackageManager: keeps the package until it is handed over. Takes the
-    /// place of what was prepared before. The archive's descriptor is what was verified.
+    /// replaceInPlace: unpacks and stages the new copy beside the installed one, which stays
+    /// untouched. handToPackageManager: keeps the package until it is handed over. Replaces what
+    /// was prepared before. Reads only the archive's descriptor, because that is what was verified.
     virtual Task<void> prepare(VerifiedArchive archive) = 0;
 
-    /// After prepare(). replaceInPlace: exchanges the two copies, starts the new one and has this
-    /// process end. handToPackageManager: opens the system's installer with the package and ends;
+    /// To be called after prepare(). replaceInPlace: exchanges the two copies, starts the new one
+    /// and ends this process. handToPackageManager: opens the package with the system's installer;
     /// this process goes on.
     virtual Task<void> installAndRelaunch() = 0;
 };

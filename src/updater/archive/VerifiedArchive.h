@@ -11,9 +11,9 @@
 
 namespace kelo::updater {
 
-/// An archive whose bytes have been held against the publisher's key. Install from descriptor()
-/// and from nothing else: these are the very bytes that were verified, while a name in a folder can
-/// come to mean another file. Moves only; its folder goes with it.
+/// An archive whose signature was verified. Install only from descriptor(), which reads the
+/// verified bytes; the file's name could mean another file by now. Owns its folder, which is
+/// removed with it. Move-only.
 class VerifiedArchive {
 public:
     VerifiedArchive(AppcastItem item, PrivateFolder folder, std::string fileName,
@@ -28,11 +28,10 @@ public:
     /// Open for reading and writing, at any offset: read with pread(2), or seek first.
     int descriptor() const { return file.get(); }
     std::uint64_t size() const { return size_; }
-    /// The last component of the archive's address, harmless as a file name ("kelo-1.1.tar.zst").
-    /// Tells what kind of archive it is; the file lies under this name in the folder.
+    /// The file's name in the folder: the last component of the archive's URL, made safe
+    /// ("kelo-1.1.tar.zst"). Its extension tells the kind of archive.
     const std::string& fileName() const { return fileName_; }
-    /// 0700 and ours alone, with room for unpacking; not necessarily on the file system of the
-    /// installed copy.
+    /// A private folder (0700), possibly on another file system than the installed copy.
     const std::filesystem::path& folder() const { return folder_.path(); }
 
 private:

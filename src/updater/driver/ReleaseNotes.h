@@ -5,7 +5,7 @@
 
 namespace kelo::updater {
 
-/// A piece of text in one style.
+/// Text in one style.
 struct TextRun {
     std::string text;
     bool strong = false;
@@ -22,7 +22,7 @@ struct Paragraph {
     friend bool operator==(const Paragraph&, const Paragraph&) = default;
 };
 
-/// Text with simple formatting: no script, no picture, no link, nothing that is fetched.
+/// Text with simple formatting. It has no scripts, images or links, and nothing is fetched.
 using ReleaseNotes = std::vector<Paragraph>;
 
 } // namespace kelo::updater

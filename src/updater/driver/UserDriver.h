@@ -10,21 +10,22 @@
 
 namespace kelo::updater {
 
-/// Who asked for a check: that decides whether windows may take the focus.
+/// Who asked for a check. This decides whether windows may take the focus.
 enum class CheckKind {
     userInitiated, ///< windows come to the front
-    scheduled,     ///< windows never take the focus from what the user is at
+    scheduled,     ///< windows never take the focus
 };
 
-/// A newer version, as the user is asked about it.
+/// What the user is told about a newer version.
 struct UpdateOffer {
     std::string programName;
     std::string installedVersion;
     std::string offeredVersion;
-    ReleaseNotes releaseNotes; ///< empty when there are none
-    /// Nothing can be installed here; "Install Update" becomes "Learn More…" and opens a link.
+    ReleaseNotes releaseNotes; ///< may be empty
+    /// Nothing can be installed on this computer; "Install Update" becomes "Learn More…" and opens
+    /// a link.
     bool informationalOnly = false;
-    /// Must not be skipped or put off by the window's own buttons.
+    /// The window has no buttons to skip or postpone it.
     bool critical = false;
 };
 
@@ -34,35 +35,36 @@ enum class RelaunchChoice { installAndRelaunch, later };
 
 struct DownloadProgress {
     std::uint64_t received = 0;
-    std::optional<std::uint64_t> expected; ///< nothing when the server does not say
+    std::optional<std::uint64_t> expected; ///< nothing: unknown
 };
 
-/// The updater's windows: only user interface, no decision. One window at a time: each show… takes
-/// the place of what was shown before. Closing a window is its mildest answer: cancel, later,
-/// acknowledged, don't check. Main thread only.
+/// The updater's user interface; it decides nothing. There is one window at a time: each call that
+/// shows something replaces what was shown before. Closing a window gives its default answer:
+/// cancel, remind later, acknowledged, don't check. Main thread only.
 class UserDriver {
 public:
     virtual ~UserDriver() = default;
 
-    /// Checking, with "Cancel". cancel is run at most once.
+    /// Shows that a check is running, with "Cancel". Calls cancel at most once.
     virtual void showChecking(std::function<void()> cancel) = 0;
-    /// Ends when the user has answered. A scheduled offer appears without taking the focus.
+    /// Asks the user about an update. A scheduled offer does not take the focus.
     virtual Task<UpdateChoice> showOffer(UpdateOffer offer, CheckKind kind) = 0;
-    /// Downloading, with sizes and "Cancel". May be called often; later calls only move the bar.
+    /// Shows the download's progress, with sizes and "Cancel". Repeated calls update the window.
     virtual void showDownload(DownloadProgress progress, std::function<void()> cancel) = 0;
-    /// Checking the signature, unpacking, putting in place: short, and not to be cancelled.
+    /// Shows that the update is being verified, unpacked or installed. It cannot be cancelled.
     virtual void showPreparing() = 0;
+    /// Asks whether to install the staged update now.
     virtual Task<RelaunchChoice> showReadyToRelaunch(UpdateOffer offer) = 0;
-    /// "You're up to date!" and the like: a heading and a sentence, with one button.
+    /// Shows a message ("You're up to date!") with one button; ends when the user closes it.
     virtual Task<void> showMessage(std::string heading, std::string sentence) = 0;
-    /// What went wrong, in one sentence with what to do.
+    /// Shows one sentence that says what failed and what to do; ends when the user closes it.
     virtual Task<void> showFailure(std::string sentence) = 0;
-    /// Whether to check automatically from now on.
+    /// Asks whether to check automatically from now on.
     virtual Task<bool> askForAutomaticChecks(std::string programName) = 0;
 
-    /// Brings what is shown to the front; false when nothing is.
+    /// Brings the window to the front; false if there is none.
     virtual bool bringToFront() = 0;
-    /// Takes away what is shown. A question that is open gets its mildest answer.
+    /// Closes the window. An open question gets its default answer.
     virtual void dismiss() = 0;
 };
 

@@ -9,24 +9,23 @@
 namespace kelo::updater {
 
 enum class UpdateErrorKind {
-    cancelled,  ///< the user gave up; nothing is shown
-    transport,  ///< no connection, no complete reply in time, a certificate that does not hold
-    feed,       ///< the feed is not one, or not one that may be read
+    cancelled,  ///< by the user; nothing is shown
+    transport,  ///< no connection, no complete response in time, an invalid certificate
+    feed,       ///< not a feed, or a forbidden one
     archive,    ///< not the bytes that were announced
-    signature,  ///< nothing shows that the update comes from the publisher
-    storage,    ///< the disk did not keep what was downloaded
-    installing, ///< could not be put in place
+    signature,  ///< no proof that the update comes from the publisher
+    storage,    ///< the download could not be written to the disk
+    installing, ///< the update could not be installed
 };
 
-/// Why an update did not happen. The description is one sentence (or two) for the screen that says
-/// what happened and what to do; the cause is for the journal and may be empty.
+/// Why an update failed. The description is one sentence (or two) for the screen that says what
+/// happened and what to do; the cause is for the log and may be empty.
 class UpdateError : public LocalizedError {
 public:
     UpdateError(UpdateErrorKind kind, std::string description, std::string cause = {})
         : kind_(kind), description_(std::move(description)), cause_(std::move(cause)) {}
 
-    /// The same failure as an UpdateError, whatever it was: a failure of the platform keeps its
-    /// sentence. The error must not be null.
+    /// Converts any error; a LocalizedError keeps its description. The error must not be null.
     static UpdateError from(const std::exception_ptr& error);
 
     UpdateErrorKind kind() const { return kind_; }

@@ -38,7 +38,7 @@ std::optional<std::vector<std::string>> archivePath(std::string_view path) {
 bool staysInTree(const std::vector<std::string>& link, std::string_view target) {
     if (link.size() < 2 || target.empty() || target.front() == '/')
         return false;
-    // Ups that still end in the top folder: the link's own folder is link.size() - 1 deep.
+    // The link's folder is link.size() - 1 deep, so this many ".." still end in the top folder.
     const std::size_t mostUps = link.size() - 2;
     const auto components = split(target);
     const auto isUp = [](const std::string& component) { return component == ".."; };

@@ -25,7 +25,7 @@ struct ArchiveDeleter {
 };
 using ArchivePointer = std::unique_ptr<archive, ArchiveDeleter>;
 
-/// Reads by offset, so that others who hold the descriptor are not disturbed.
+/// Reads with pread(2), so that the descriptor's own offset stays unchanged.
 struct Source {
     int file;
     off_t offset = 0;
@@ -69,11 +69,11 @@ public:
                 throw unfitArchive("more than " + std::to_string(limits.entries) + " entries");
             unpack(entry);
         }
-        // Only now, so that nothing that was unpacked can have gone through one.
+        // Links come last, so that no entry can be written through one.
         for (const auto& link : links)
             make(link);
         if (top.empty())
-            throw unfitArchive("nothing in it");
+            throw unfitArchive("it is empty");
         if (!syncFolders(folder))
             fail("fsync");
         return top;
@@ -104,7 +104,7 @@ private:
         const auto type = archive_entry_filetype(entry);
         if (path->empty()) {
             if (type != AE_IFDIR)
-                throw unfitArchive("its root is no folder");
+                throw unfitArchive("its root is not a folder");
             return;
         }
         if (top.empty())
@@ -125,7 +125,7 @@ private:
             throw unfitArchive(std::string("neither file, folder nor link: ") + text);
     }
 
-    /// The folder of that path, made where it is missing.
+    /// Opens the folder of that path and makes missing ones.
     posix::FileDescriptor openInside(std::span<const std::string> path) const {
         posix::FileDescriptor current(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
         for (const auto& name : path) {
@@ -140,7 +140,7 @@ private:
         return openInside(std::span(path).first(path.size() - 1));
     }
 
-    /// A name that is there already as something else is the archive's fault, not the disk's.
+    /// A name that exists already is an error of the archive; anything else is one of the disk.
     [[noreturn]] static void failOf(const std::string& name) {
         if (errno == EEXIST || errno == ENOTDIR || errno == ELOOP || errno == ENAMETOOLONG)
             throw unfitArchive("the same name twice: " + name);
@@ -155,7 +155,7 @@ private:
         if (!file)
             failOf(path.back());
         const std::uint64_t length = writeContent(file.get());
-        // A hole at the end is no block of data.
+        // A sparse file can end in a hole, for which there is no data block.
         if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0 ||
             ::fchmod(file.get(), permissions & S_IXUSR ? 0755 : 0644) != 0 ||
             ::fsync(file.get()) != 0)
@@ -203,7 +203,7 @@ private:
             throw unfitArchive(std::string("hard link to ") + other);
         const posix::FileDescriptor source = openParent(*from);
         const posix::FileDescriptor parent = openParent(path);
-        // Without AT_SYMLINK_FOLLOW it never goes through a link.
+        // Without AT_SYMLINK_FOLLOW linkat() follows no link.
         if (::linkat(source.get(), from->back().c_str(), parent.get(), path.back().c_str(), 0) != 0)
             throw unfitArchive(std::string("hard link to ") + other);
     }

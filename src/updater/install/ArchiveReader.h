@@ -6,21 +6,20 @@
 
 namespace kelo::updater {
 
-/// What an archive may become on the disk; ours is a hundredth of it.
+/// How much an archive may unpack to; our packages are a hundredth of it.
 struct ArchiveLimits {
     std::size_t entries = 20000;
     std::uint64_t bytes = 1024ULL * 1024 * 1024;
 };
 
-/// Unpacks a tar archive (zstd, xz or gzip) into an empty folder and brings it to the disk, all by
+/// Unpacks a tar archive (zstd, xz or gzip) to an empty folder and syncs it to the disk. Both are
 /// descriptors: the archive is read from its beginning, whatever its offset, and nothing is written
-/// outside the folder. Gives the name of the one folder that holds everything.
+/// outside the folder. Returns the name of the archive's one top folder.
 ///
-/// Owners and times are not taken over, and permissions only as far as a file is executable. An
-/// archive is refused that has more than one top folder, an absolute path, a "..", a link that
-/// leaves the tree, anything but files, folders and links, a set-uid, set-gid or sticky bit, the
-/// same name twice, or more than the limits allow. What was unpacked until then stays in the folder
-/// for the caller to remove. Fails with an UpdateError. Blocks.
+/// Ignores owners, times and all permissions but "executable". Throws an UpdateError for an archive
+/// with more than one top folder, an absolute path, a "..", a link that leaves the tree, an entry
+/// that is not a file, folder or link, a set-uid, set-gid or sticky bit, a name that occurs twice,
+/// or more content than the limits allow. On failure the caller removes what was unpacked. Blocks.
 std::string unpackArchive(int archive, int folder, const ArchiveLimits& limits = {});
 
 } // namespace kelo::updater

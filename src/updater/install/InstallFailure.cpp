@@ -28,11 +28,10 @@ void addReason(std::string& cause, int error) {
 } // namespace
 
 UpdateError unfitArchive(std::string cause) {
-    return {
-        UpdateErrorKind::installing,
-        "The update is not packed as it should be, so it was not installed. Tell its publisher; "
-        "your version goes on working.",
-        std::move(cause)};
+    return {UpdateErrorKind::installing,
+            "The update is not packed correctly, so it was not installed. Tell its publisher; your "
+            "version keeps working.",
+            std::move(cause)};
 }
 
 UpdateError unpackFailure(int error, std::string cause) {
@@ -40,7 +39,7 @@ UpdateError unpackFailure(int error, std::string cause) {
     if (isFull(error))
         return noRoom(std::move(cause));
     return {UpdateErrorKind::installing,
-            "The update could not be unpacked. Your version goes on working; try again, or unpack "
+            "The update could not be unpacked. Your version keeps working; try again, or unpack "
             "the new one by hand.",
             std::move(cause)};
 }
@@ -55,12 +54,12 @@ UpdateError installFailure(int error, const std::filesystem::path& folder, std::
     case EROFS:
         return {UpdateErrorKind::installing,
                 "The update cannot be written beside the folder " + named(folder) +
-                    ". Move that folder to a place that you may change, then try again.",
+                    ". Move that folder to a place where you may write, then try again.",
                 std::move(cause)};
     default:
         return {UpdateErrorKind::installing,
                 "The update could not be put in place of the folder " + named(folder) +
-                    ". Your version goes on working; try again, or unpack the new one by hand.",
+                    ". Your version keeps working; try again, or unpack the new one by hand.",
                 std::move(cause)};
     }
 }
@@ -68,14 +67,14 @@ UpdateError installFailure(int error, const std::filesystem::path& folder, std::
 UpdateError folderChanged(const std::filesystem::path& folder) {
     return {UpdateErrorKind::installing,
             "The folder " + named(folder) +
-                " was moved or exchanged while the update was being prepared. Start Kelo from "
-                "where it is now, then check for updates again."};
+                " was moved or replaced while the update was being prepared. Start Kelo from "
+                "its new place, then check for updates again."};
 }
 
 UpdateError folderHoldsOtherFiles(const std::filesystem::path& folder, const std::string& file) {
     return {UpdateErrorKind::installing,
-            "The folder " + named(folder) + " holds files that are not Kelo's, such as “" + file +
-                "”. Move them elsewhere, then check for updates again."};
+            "The folder " + named(folder) + " contains files that are not Kelo's, such as “" +
+                file + "”. Move them elsewhere, then check for updates again."};
 }
 
 } // namespace kelo::updater

@@ -7,19 +7,19 @@
 
 namespace kelo::updater {
 
-/// The update's archive holds what it must not, or lacks what it must have.
+/// The archive contains something forbidden, or lacks something required.
 UpdateError unfitArchive(std::string cause);
 
-/// The update could not be unpacked: a call of the system failed with that error number.
+/// Unpacking failed with this errno.
 UpdateError unpackFailure(int error, std::string cause);
 
-/// A call of the system failed with that error number, of something in or beside the folder.
+/// A system call on something in or beside the installed folder failed with this errno.
 UpdateError installFailure(int error, const std::filesystem::path& folder, std::string cause);
 
-/// The installed folder is no longer the one that the update was prepared for.
+/// The installed folder is not the one any more that the update was prepared for.
 UpdateError folderChanged(const std::filesystem::path& folder);
 
-/// The installed folder holds what did not come with the program.
+/// The installed folder contains a file that is not part of the program.
 UpdateError folderHoldsOtherFiles(const std::filesystem::path& folder, const std::string& file);
 
 } // namespace kelo::updater

@@ -36,19 +36,6 @@ void collect(int folder, const std::string& prefix, std::size_t most,
     }
 }
 
-bool writeAll(int file, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = ::write(file, bytes, count);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 } // namespace
 
 posix::FileDescriptor openFolder(int parent, const std::string& name) {
@@ -64,11 +51,11 @@ posix::FileDescriptor makeFolder(int parent, const std::string& name) {
 
 std::vector<std::string> namesIn(int folder) {
     std::vector<std::string> names;
-    // A descriptor of its own, because closedir() closes it and reading moves its offset.
+    // A second descriptor, because reading moves the offset and closedir() closes it.
     posix::FileDescriptor own(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!own)
-        return names;
-    const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(::dup(own.get())));
+    const std::unique_ptr<DIR, DirectoryCloser> directory(own ? ::fdopendir(own.get()) : nullptr);
+    if (directory)
+        own.release();
     while (directory) {
         const dirent* const entry = ::readdir(directory.get());
         if (!entry)
@@ -134,7 +121,8 @@ bool copyFile(int from, const std::string& name, int to) {
     while ((count = ::read(source.get(), buffer.data(), buffer.size())) != 0) {
         if (count < 0 && errno == EINTR)
             continue;
-        if (count < 0 || !writeAll(copy.get(), buffer.data(), static_cast<std::size_t>(count)))
+        if (count < 0 ||
+            !posix::writeAll(copy.get(), {buffer.data(), static_cast<std::size_t>(count)}))
             return false;
     }
     return ::fchmod(copy.get(), status.st_mode & 0777) == 0 && ::fsync(copy.get()) == 0;

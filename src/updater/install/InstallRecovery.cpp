@@ -25,7 +25,7 @@ bool isHeld(int folder) {
     return ::flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
-/// The tree's work folder, if there is one that belongs to this user and that nobody works in.
+/// The tree's work folder, if it belongs to this user and no process has locked it.
 WorkFolder takeWorkFolder(const std::filesystem::path& root) {
     posix::FileDescriptor parent(
         ::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -38,7 +38,7 @@ WorkFolder takeWorkFolder(const std::filesystem::path& root) {
     return {std::move(parent), std::move(folder)};
 }
 
-/// False when pieces are still missing.
+/// False if pieces are still missing.
 bool repair(const std::filesystem::path& root, const WorkFolder& work, const ExchangeCalls& calls) {
     return !exchangeWasInterrupted(work.folder.get()) ||
            takeBack(root, work.parent.get(), work.folder.get(), calls);
@@ -55,8 +55,8 @@ void confirmInstalledTree(const std::filesystem::path& root, const ExchangeCalls
     const WorkFolder work = takeWorkFolder(root);
     if (!work || !repair(root, work, calls))
         return;
-    // The staged program goes last of an interrupted exchange's marks: what is left at any instant
-    // reads as an exchange whose pieces are all back, or as none.
+    // "new" goes last. If this process is killed in between, what is left looks like an exchange
+    // that was undone completely, or like none.
     for (const auto* name :
          {"previous", "added", "discarded", "copying", "unpacking", "old", "new"}) {
         removeTree(work.folder.get(), name);

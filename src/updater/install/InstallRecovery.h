@@ -4,18 +4,19 @@
 
 #include <filesystem>
 
-/// What a program does at its start about updates of its own tree that were under way when another
-/// process ended. The root is that of the tree it runs from. Both look for one name beside the tree
-/// and do nothing when it is not there, or when a living process holds it. They never fail.
+/// Called by a starting program to finish or undo an update of its own tree that another process
+/// left incomplete. The root is the tree that the program runs from. Both functions look for the
+/// work folder beside the tree; they do nothing if it is missing or locked by a running process.
+/// They never fail.
 namespace kelo::updater {
 
-/// If pieces were changing hands, gives the old program, which is this one, its pieces back. For
-/// the very start, before the program reads anything of its tree.
+/// If an exchange was interrupted, moves the old tree's pieces back; this program belongs to the
+/// old tree then. Call it before the program reads anything in its tree.
 void repairInstalledTree(const std::filesystem::path& root,
                          const ExchangeCalls& calls = {}) noexcept;
 
-/// This program has started: removes the old tree, or what was staged and never installed. Blocks
-/// for as long as it takes to remove them.
+/// Removes the old tree, or a staged one that was never installed. Call it once this program has
+/// started. Blocks while files are removed.
 void confirmInstalledTree(const std::filesystem::path& root,
                           const ExchangeCalls& calls = {}) noexcept;
 

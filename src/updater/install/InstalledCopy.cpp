@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// More names than any list of ours has are not read.
+/// Far more names than our lists have.
 constexpr std::size_t mostFiles = 20000;
 
 bool isBelow(const fs::path& path, const fs::path& folder) {
@@ -56,7 +56,7 @@ std::optional<std::string> foreignFile(const fs::path& root) {
     const posix::FileDescriptor folder(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder)
         return treeListPath;
-    // One more file than the list has is a foreign one: no need to look through a whole home.
+    // One file more than listed suffices, which avoids reading a whole home folder.
     for (auto& file : filesBelow(folder.get(), own.size() + 1)) {
         if (!own.contains(file))
             return std::move(file);

@@ -1,8 +1,8 @@
 #include "updater/install/SystemInstaller.h"
 
 #include "updater/install/InstallFailure.h"
-#include "updater/install/ProgramProbe.h"
-#include "updater/install/Relaunch.h"
+#include "updater/install/ProgramStart.h"
+#include "updater/install/TreeInstaller.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -29,7 +29,7 @@ bool isPackage(std::string_view fileName) {
     return fileName.ends_with(".deb");
 }
 
-/// Systems of other kinds of packages have no use for one of Debian's.
+/// Other distributions cannot install Debian's packages.
 bool systemTakesPackages() {
     std::error_code failure;
     return std::filesystem::exists("/usr/bin/dpkg", failure);
@@ -39,7 +39,7 @@ std::filesystem::path packagePath(const VerifiedArchive& archive) {
     return archive.folder() / archive.fileName();
 }
 
-/// Whether the name still means the file that was verified.
+/// Whether the file name still refers to the verified file.
 bool isVerifiedFile(const VerifiedArchive& archive) {
     struct stat verified {};
     struct stat named {};
@@ -70,7 +70,7 @@ Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
         package = shared;
         co_return;
     case InstallKind::informationalOnly:
-        throw unfitArchive("nothing that this copy can be replaced with");
+        throw unfitArchive("this copy cannot be replaced with it");
     case InstallKind::replaceInPlace:
         break;
     }

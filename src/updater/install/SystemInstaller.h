@@ -3,7 +3,6 @@
 #include "base/async/Worker.h"
 #include "updater/archive/UpdateInstaller.h"
 #include "updater/install/InstalledCopy.h"
-#include "updater/install/TreeInstaller.h"
 
 #include <functional>
 #include <memory>
@@ -13,23 +12,25 @@
 
 namespace kelo::updater {
 
-/// What the installer needs of the program around it.
+class TreeInstaller;
+
+/// What the program supplies to the installer.
 struct InstallerHost {
-    /// Ends this process in good order. Called on the main thread, after the new program was told
-    /// to start as soon as this one has ended.
+    /// Ends this process in an orderly way; the new program starts once it has ended. Called on the
+    /// main thread.
     std::function<void()> terminate;
-    /// For the new program, NAME=value: this process's environment without what it set for itself.
+    /// The environment of the new program (NAME=value): this process's own, without the variables
+    /// that it set for itself.
     std::function<std::vector<std::string>()> environment;
-    /// Opens a file with the program that the user has for its kind.
+    /// Program that opens a file with the user's program for its type.
     std::string opener = "xdg-open";
 };
 
-/// Installs updates of the copy that is running: exchanges a tree that the user owns, hands a
-/// package to the system's own installer, and leaves everything else alone. Never writes below
-/// /usr.
+/// Installs updates of the running copy. Exchanges a tree that the user owns, hands a package to
+/// the system's installer, and changes nothing else. Never writes below /usr.
 class SystemInstaller final : public UpdateInstaller {
 public:
-    /// The worker and what the host refers to must outlive it.
+    /// The worker, and everything that the host's functions refer to, must outlive it.
     SystemInstaller(InstalledCopy copy, Worker& worker, InstallerHost host);
 
     InstallKind kind(const AppcastItem& item) const override;
@@ -43,9 +44,9 @@ private:
     InstalledCopy copy;
     Worker& worker;
     InstallerHost host;
-    /// Shared with the work that is under way on the worker.
+    /// Shared with jobs on the worker.
     std::shared_ptr<TreeInstaller> tree;
-    /// Until the next update, or the process's end: the system's installer reads it.
+    /// Kept until the next update or the process's end, because the system's installer reads it.
     std::shared_ptr<const VerifiedArchive> package;
 };
 

@@ -41,7 +41,7 @@ std::vector<std::string> namesInEither(int one, int other, const char* except) {
     return {names.begin(), names.end()};
 }
 
-/// The exchange for file systems that cannot let two folders change places.
+/// The exchange for file systems that cannot exchange two folders atomically.
 class PieceByPiece {
 public:
     PieceByPiece(int parent, const std::string& rootName, int work, const ExchangeCalls& calls)
@@ -49,11 +49,11 @@ public:
           calls(calls),
           root(openFolder(parent, rootName)),
           fresh(openFolder(work, "new")),
-          // From here on the exchange counts as begun.
+          // Once this folder exists, an interrupted exchange is undone by the next start.
           previous(makeFolder(work, "previous")),
           added(makeFolder(work, "added")) {}
 
-    /// False on failure, with errno.
+    /// False on failure, with errno set.
     bool run() {
         if (!root || !fresh || !previous || !added)
             return false;
@@ -101,7 +101,7 @@ private:
         return ::fsync(bin.get()) == 0;
     }
 
-    /// Keeps the file under another name while it stays at its place. Whole or not at all.
+    /// Adds a second name for the file, or a copy, and leaves the file in place. Atomic.
     bool keep(int bin, const std::string& name, int previousBin) {
         if (::linkat(bin, name.c_str(), previousBin, name.c_str(), 0) == 0)
             return true;
@@ -153,7 +153,7 @@ bool takeBackPrograms(int root, int work, int previous, const ExchangeCalls& cal
     if (const posix::FileDescriptor previousBin = openFolder(previous, programFolder)) {
         for (const auto& name : namesIn(previousBin.get())) {
             all = move(previousBin.get(), name, bin.get()) && all;
-            // Renaming does nothing where both names are of one file.
+            // rename(2) does nothing if both names refer to the same file.
             removeTree(previousBin.get(), name);
             calls.step();
         }
@@ -191,7 +191,7 @@ void exchangeTrees(const std::filesystem::path& root, int parent, int work,
     const int error = calls.exchange(parent, name.c_str(), work, "new");
     calls.step();
     if (error == 0) {
-        // So that whoever looks sees which is which. The program runs either way.
+        // Only gives the old tree a clearer name. Recovery works with either.
         move(work, "new", work, "old");
         calls.step();
         ::fsync(parent);

@@ -8,41 +8,40 @@
 
 namespace kelo::updater {
 
-/// What an exchange asks of the system; tests put something else in its place.
+/// The system calls of an exchange; tests replace them.
 struct ExchangeCalls {
-    /// Lets the two names change places in one step: 0, or an error number.
+    /// Exchanges the two names atomically. Returns 0 or an errno.
     std::function<int(int parent, const char* name, int otherParent, const char* otherName)>
         exchange;
-    /// Called between any two changes on the disk.
+    /// Called between any two changes to the disk.
     std::function<void()> step = [] {};
 
     ExchangeCalls();
 };
 
-/// The work folder of an installed tree: beside it, so that renaming suffices, and named after it,
-/// so that the next start finds it.
+/// Name of an installed tree's work folder. It is beside the tree, so that files can be moved by
+/// renaming, and named after it, so that the next start finds it. It contains:
 ///
-///   unpacking/   an archive, as far as it has been unpacked
-///   new/         the staged tree; once the trees have changed places, for a moment, the old one
+///   unpacking/   an archive that is being unpacked
+///   new/         the staged tree; for a moment after the exchange, the old one
 ///   old/         the old tree, until the new program has started
-///   previous/    the old tree's pieces, where trees cannot change places in one step
-///   added/       the names of pieces that the old tree did not have
-///   discarded/   pieces of the new tree that were taken back
+///   previous/    pieces of the old tree, if the trees cannot be exchanged atomically
+///   added/       folders named after the pieces that the old tree did not have
+///   discarded/   pieces of the new tree that were removed again
 std::string workFolderName(const std::filesystem::path& root);
 
-/// Puts the tree "new" of the work folder in the place of the installed one. Where the file system
-/// can, the two change places in one step. Where it cannot, piece after piece changes hands, each
-/// file of bin in one step and the program as the last: whatever ends this process, and wherever,
-/// the program at its place is the whole old or the whole new one. Fails with an UpdateError, with
-/// everything as it was. Blocks.
+/// Replaces the installed tree by the work folder's "new". The two are exchanged atomically if the
+/// file system supports it, else piece by piece: each file of bin atomically, the program last. So
+/// even if this process is killed, the installed program is completely the old or the new one. On
+/// failure restores the old tree and throws an UpdateError. Blocks.
 void exchangeTrees(const std::filesystem::path& root, int parent, int work,
                    const ExchangeCalls& calls);
 
-/// Whether a process ended while pieces were changing hands.
+/// Whether a process ended during an exchange piece by piece.
 bool exchangeWasInterrupted(int work);
 
-/// Gives the old tree its pieces back. Can be interrupted, and called again. False when something
-/// could not be put back.
+/// Moves the old tree's pieces back. May be interrupted and called again. False if something could
+/// not be moved back.
 bool takeBack(const std::filesystem::path& root, int parent, int work, const ExchangeCalls& calls);
 
 } // namespace kelo::updater

@@ -7,7 +7,7 @@
 #include "updater/install/InstallFiles.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/InstalledCopy.h"
-#include "updater/install/ProgramProbe.h"
+#include "updater/install/ProgramStart.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -21,7 +21,7 @@ namespace kelo::updater {
 
 namespace {
 
-/// Keeps the permissions that the user gave the folder.
+/// Copies the folder's permissions, which the user may have changed.
 void takeOverPermissions(int from, int to) {
     struct stat status {};
     if (::fstat(from, &status) == 0)
@@ -71,7 +71,7 @@ void TreeInstaller::install() {
         throw unfitArchive("nothing is staged");
     checkUnchanged();
     exchangeTrees(root, parent.get(), work.get(), calls);
-    // What lies in the work folder now is the old tree, kept for the next start to remove.
+    // The work folder now contains the old tree, which the next start removes.
     staged = false;
     installed = true;
 }
@@ -99,7 +99,7 @@ void TreeInstaller::makeWorkFolder() {
     work = openFolder(parent.get(), name);
     if (!work)
         throw installFailure(errno, root, "open " + name);
-    // Where locks do not work the folder's being there has to do.
+    // If the file system has no locks, the folder's existence is the lock.
     ::flock(work.get(), LOCK_EX | LOCK_NB);
 }
 
@@ -109,7 +109,7 @@ void TreeInstaller::checkStaged(const std::string& version) const {
     const auto found =
         information ? bundle::informationText(*information, "CFBundleVersion") : std::nullopt;
     if (!found || compareVersions(*found, version) != 0)
-        throw unfitArchive("says that it is version " + found.value_or("nothing") + ", not " +
+        throw unfitArchive("it says that it is version " + found.value_or("nothing") + ", not " +
                            version);
     if (!printsHelp(place / "bin" / "kelo", probeDeadline))
         throw UpdateError(UpdateErrorKind::installing,

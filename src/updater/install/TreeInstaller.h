@@ -10,31 +10,30 @@
 
 namespace kelo::updater {
 
-/// Replaces an installed tree that the user owns. Calls block and fail with an UpdateError, which
-/// leaves the installed tree as it was; any thread, one at a time.
+/// Replaces an installed tree that the user owns. Calls block, and throw an UpdateError that leaves
+/// the installed tree unchanged. Any thread, but one call at a time.
 ///
-/// At whatever instant a process that does this is killed, a program that starts is at its place:
-/// see exchangeTrees(). What it leaves beside the tree is cleared up by the next start of that
-/// program (InstallRecovery.h).
+/// If this process is killed at any moment, the installed program still starts: see
+/// exchangeTrees(). Its next start removes what is left beside the tree (InstallRecovery.h).
 class TreeInstaller {
 public:
-    /// The tree's root: the folder above the running program's bin.
+    /// The root is the folder above the running program's bin.
     explicit TreeInstaller(std::filesystem::path root, ExchangeCalls calls = {},
                            ArchiveLimits limits = {});
-    /// A staged tree that was not installed is removed.
+    /// Removes a staged tree that was not installed.
     ~TreeInstaller();
     TreeInstaller(const TreeInstaller&) = delete;
     TreeInstaller& operator=(const TreeInstaller&) = delete;
 
-    /// Unpacks the archive beside the installed tree, and makes sure that it is a tree of that
-    /// version whose program starts here. Takes the place of what was staged before; refused once
-    /// one has been installed.
+    /// Unpacks the archive beside the installed tree. Checks that it has that version and that its
+    /// program starts on this computer. Replaces a tree that was staged before; fails once one has
+    /// been installed.
     void stage(int archive, const std::string& version);
 
-    /// Puts the staged tree in place. The old one is kept until the new program has started.
+    /// Installs the staged tree. The old one is kept until the new program has started.
     void install();
 
-    /// Where the program of the installed tree is.
+    /// The program of the installed tree.
     std::filesystem::path program() const { return root / "bin" / "kelo"; }
 
     /// How long the staged program may take to print its help.
@@ -51,8 +50,8 @@ private:
     ExchangeCalls calls;
     ArchiveLimits limits;
     posix::FileDescriptor parent;
-    posix::FileDescriptor tree; ///< the installed one, as it was when the new one was staged
-    posix::FileDescriptor work; ///< locked, so that another process leaves it alone
+    posix::FileDescriptor tree; ///< the installed tree at the time of staging
+    posix::FileDescriptor work; ///< locked, so that other processes do not use it
     bool staged = false;
     bool installed = false;
 };

@@ -1,5 +1,3 @@
-#include "updater/notes/HtmlNotes.h"
-
 #include "updater/notes/NotesBuilder.h"
 
 #include <libxml/HTMLparser.h>
@@ -12,7 +10,7 @@ namespace kelo::updater {
 
 namespace {
 
-/// Deeper than any notes are written, and shallow enough for the stack.
+/// Bounds the recursion; real notes are far less deep.
 constexpr int deepest = 100;
 
 struct HtmlDeleter {

@@ -1,6 +1,4 @@
-#include "updater/notes/MarkdownNotes.h"
-
-#include "updater/appcast/Text.h"
+#include "base/Text.h"
 #include "updater/notes/NotesBuilder.h"
 
 #include <algorithm>
@@ -9,7 +7,7 @@ namespace kelo::updater {
 
 namespace {
 
-// Adds what stands before the mark, and moves behind it; false when there is no such mark.
+// Adds the text before the mark and removes both from the text; false if the mark is missing.
 bool takeUntil(std::string_view mark, std::string_view& text, RunStyle style,
                NotesBuilder& builder) {
     const auto end = text.find(mark);
@@ -20,7 +18,7 @@ bool takeUntil(std::string_view mark, std::string_view& text, RunStyle style,
     return true;
 }
 
-// The words of "[words](address)", of which the first bracket is taken already.
+// Takes the rest of "[words](address)" after the first bracket and adds the words.
 bool takeLink(std::string_view& text, NotesBuilder& builder) {
     const auto middle = text.find("](");
     const auto end = middle == std::string_view::npos ? middle : text.find(')', middle);
@@ -67,7 +65,7 @@ void addInline(std::string_view text, NotesBuilder& builder) {
     }
 }
 
-// Takes "- ", "* ", "+ " or "12. " away.
+// Removes "- ", "* ", "+ " or "12. ".
 bool takeBullet(std::string_view& line) {
     const auto digits = std::min(line.find_first_not_of("0123456789"), line.size());
     const bool numbered = digits > 0 && digits < 4 && line.substr(digits, 2) == ". ";
@@ -102,7 +100,7 @@ ReleaseNotes readMarkdownNotes(std::string_view text) {
             builder.begin(ParagraphKind::listItem);
         else if (line.empty())
             builder.begin(ParagraphKind::body);
-        // A line break inside a paragraph is a blank.
+        // A line break inside a paragraph counts as a blank.
         builder.add(" ", {});
         addInline(line, builder);
         if (heading)

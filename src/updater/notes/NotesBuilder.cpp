@@ -1,6 +1,6 @@
 #include "updater/notes/NotesBuilder.h"
 
-#include "updater/appcast/Text.h"
+#include "base/Text.h"
 
 #include <utility>
 
@@ -33,7 +33,7 @@ void NotesBuilder::begin(ParagraphKind kind) {
 
 void NotesBuilder::add(std::string_view text, RunStyle style) {
     for (const char c : text) {
-        // Not in the middle of a character.
+        // Never cut in the middle of a UTF-8 character.
         if (length >= longestNotes && !continuesCharacter(c))
             return;
         if (blanks.find(c) != std::string_view::npos)

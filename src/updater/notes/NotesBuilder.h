@@ -7,18 +7,18 @@
 
 namespace kelo::updater {
 
-/// How text is set off from its paragraph.
+/// Style of a text run.
 struct RunStyle {
     bool strong = false;
     bool emphasized = false;
     bool code = false;
 };
 
-/// Puts notes together piece by piece. Blanks between words become one, those around a paragraph
-/// none; empty paragraphs are left out, and so is what goes beyond a sensible length.
+/// Assembles release notes. Collapses blanks between words to one space, trims paragraphs, leaves
+/// out empty ones, and cuts notes that are longer than 64 KiB.
 class NotesBuilder {
 public:
-    /// Ends the paragraph so far; what follows is of this kind.
+    /// Ends the current paragraph and begins one of this kind.
     void begin(ParagraphKind kind);
     void add(std::string_view text, RunStyle style);
     ReleaseNotes finish();
@@ -32,5 +32,12 @@ private:
     bool blankPending = false;
     std::size_t length = 0;
 };
+
+/// The text of an HTML page or fragment. Runs and fetches nothing.
+ReleaseNotes readHtmlNotes(std::string_view html);
+
+/// The common part of Markdown: paragraphs, "#" headings, list items, **strong**, *emphasized* and
+/// `code` text. Of a link the text is kept. Everything else is shown as written.
+ReleaseNotes readMarkdownNotes(std::string_view text);
 
 } // namespace kelo::updater

@@ -1,9 +1,7 @@
 #include "updater/notes/NotesReader.h"
 
+#include "base/Text.h"
 #include "base/Utf8.h"
-#include "updater/appcast/Text.h"
-#include "updater/notes/HtmlNotes.h"
-#include "updater/notes/MarkdownNotes.h"
 #include "updater/notes/NotesBuilder.h"
 
 #include <algorithm>
@@ -12,7 +10,7 @@ namespace kelo::updater {
 
 namespace {
 
-// Whether a line goes on with the one before, nobody can tell, so each stands for itself.
+// Plain text does not say whether a line continues the one before, so each is a paragraph.
 ReleaseNotes readPlainText(std::string_view text) {
     NotesBuilder builder;
     while (!text.empty()) {

@@ -9,15 +9,15 @@
 
 namespace kelo::updater {
 
-/// Longest page of notes that is fetched.
+/// Longest page of notes that is fetched, in bytes.
 inline constexpr std::size_t notesLimit = std::size_t(1) * 1024 * 1024;
 
-/// What of the text can be shown as paragraphs, headings and list items with strong, emphasized and
-/// code runs; everything else (scripts, styles, pictures, where links lead to) is left out. Very
-/// long notes are cut. Never fails: a text without sense gives no notes.
+/// Converts text to paragraphs, headings and list items with strong, emphasized and code runs.
+/// Scripts, styles, images and link targets are left out. Very long notes are cut. Never fails: for
+/// a text that cannot be read the notes are empty.
 ReleaseNotes readReleaseNotes(std::string_view text, NotesFormat format);
 
-/// By the ending of the file name; HTML unless it says otherwise.
+/// The format that the file name's extension stands for; HTML by default.
 NotesFormat notesFormatOf(const Url& url);
 
 } // namespace kelo::updater

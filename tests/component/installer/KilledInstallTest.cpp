@@ -20,7 +20,7 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using updater::ExchangeCalls;
 
-/// Ends this very process by kill -9 at the step with that number, counted from 0.
+/// Kills this process with SIGKILL at the step with this number, counted from 0.
 std::function<void()> killedAt(int number) {
     return [number, step = 0]() mutable {
         if (step++ == number)
@@ -28,7 +28,7 @@ std::function<void()> killedAt(int number) {
     };
 }
 
-/// Runs it in a process of its own. True when that came to its end, false when it was killed.
+/// Runs the action in a child process. True if it ended, false if it was killed.
 bool runsToTheEnd(const std::function<void()>& action) {
     const pid_t process = ::fork();
     if (process == 0) {
@@ -52,7 +52,7 @@ ExchangeCalls callsFor(FileSystem fileSystem, std::function<void()> step) {
     return calls;
 }
 
-/// An installed 1.0 and an archive of 1.1.
+/// An installed version 1.0 and an archive of 1.1.
 class KilledInstall : public testing::TestWithParam<FileSystem> {
 protected:
     KilledInstall() {
@@ -75,7 +75,7 @@ protected:
         installer.install();
     }
 
-    /// What a start of the program does.
+    /// Does what a start of the program does.
     void start(const std::function<void()>& step) const {
         updater::repairInstalledTree(root, callsFor(GetParam(), step));
         updater::confirmInstalledTree(root, callsFor(GetParam(), step));

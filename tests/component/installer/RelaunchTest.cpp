@@ -1,5 +1,5 @@
-#include "updater/install/Relaunch.h"
 #include "component/installer/Trees.h"
+#include "updater/install/ProgramStart.h"
 
 #include <gmock/gmock.h>
 
@@ -18,8 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Everything that is written to the pipe until its last writer is gone; what came until then when
-/// that takes too long.
+/// Reads the pipe until its last writer is closed, or until the deadline.
 std::string readToTheEnd(int pipe) {
     constexpr int deadline = 30000;
     std::string text;
@@ -37,7 +36,7 @@ std::string readToTheEnd(int pipe) {
 class Relaunch : public testing::Test {
 protected:
     Relaunch() {
-        // The program tells its environment, its session, and whether it has our marker open.
+        // The program prints its environment, its session and whether it has our marker open.
         writeFile(program,
                   "#!/bin/sh\n"
                   "case $(ls -l /proc/$$/fd) in *marker*) open=open;; *) open=closed;; esac\n"
@@ -48,7 +47,7 @@ protected:
         writeFile(marker, "");
     }
 
-    /// What the old program, which ends with what is given, and the new one write, in their order.
+    /// The output of the old program, which ends as given, and of the new one, in order.
     std::string wordsOf(const std::function<void()>& ending) const {
         int ends[2];
         EXPECT_EQ(::pipe(ends), 0);
@@ -58,7 +57,7 @@ protected:
             ::close(ends[0]);
             ::close(ends[1]);
             ::setenv("UNSET", "still there", 1);
-            // Inherited by whoever does not close it: not marked for closing at exec.
+            // Without O_CLOEXEC, so that it is inherited unless it is closed.
             [[maybe_unused]] const int open = ::open(marker.c_str(), O_RDONLY);
             const std::string session = "OLD_SESSION=" + std::to_string(::getsid(0));
             if (!updater::relaunchAfterThisProcess(program,

@@ -74,7 +74,7 @@ protected:
         return {itemFor(fileName), std::move(place), fileName, std::move(file), size};
     }
 
-    /// The failure's sentence, or nothing.
+    /// The failure's description; empty: none.
     std::string outcomeOf(Task<void> task) {
         std::string failure;
         bool ended = false;
@@ -137,7 +137,7 @@ TEST_F(SystemInstallerTest, ExchangesStartsTheNewProgramAndEndsTheOldOne) {
         std::_Exit(prepared && installed && terminations == 1 ? 0 : 1);
     }
     ::close(ends[1]);
-    // Ends when the new program, which holds the other end, has ended.
+    // Returns when the new program, which has the other end open, has ended.
     char end = 0;
     while (::read(ends[0], &end, 1) > 0) {
     }

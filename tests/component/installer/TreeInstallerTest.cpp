@@ -22,7 +22,7 @@ using updater::TreeInstaller;
 using updater::UpdateError;
 using updater::UpdateErrorKind;
 
-/// An installed 1.0, and archives of later versions.
+/// An installed version 1.0, and archives of later versions.
 class TreeInstallerTest : public testing::Test {
 protected:
     TreeInstallerTest() {
@@ -97,7 +97,7 @@ TEST_F(TreeInstallerTest, StagingAgainTakesThePlaceOfWhatWasStaged) {
 
 TEST_F(TreeInstallerTest, AnotherVersionThanTheFeedAnnouncedIsRefused) {
     TreeInstaller installer(root);
-    EXPECT_THAT(failureOf([&] { stage(installer, "1.2"); }), HasSubstr("not packed as"));
+    EXPECT_THAT(failureOf([&] { stage(installer, "1.2"); }), HasSubstr("not packed correctly"));
     expectNothingHappened();
 }
 
@@ -105,7 +105,7 @@ TEST_F(TreeInstallerTest, ATreeWithoutInformationIsRefused) {
     writeArchive(archive,
                  {{.path = "kelo/bin/kelo", .permissions = 0755, .content = "#!/bin/sh\n"}});
     TreeInstaller installer(root);
-    EXPECT_THAT(failureOf([&] { stage(installer); }), HasSubstr("not packed as"));
+    EXPECT_THAT(failureOf([&] { stage(installer); }), HasSubstr("not packed correctly"));
     expectNothingHappened();
 }
 
@@ -137,7 +137,7 @@ TEST_F(TreeInstallerTest, ATreeThatWasMovedMeanwhileIsLeftWhereItIs) {
     TreeInstaller installer(root);
     stage(installer);
     fs::rename(root, home / "Elsewhere");
-    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("was moved or exchanged"));
+    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("was moved or replaced"));
     EXPECT_EQ(contentsOf(home / "Elsewhere"), first);
     EXPECT_FALSE(fs::exists(root));
 }
@@ -147,7 +147,7 @@ TEST_F(TreeInstallerTest, ATreeThatSomebodyElseExchangedMeanwhileIsLeftAlone) {
     stage(installer);
     fs::rename(root, folder / "away");
     writeTree(root, "9.9");
-    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("was moved or exchanged"));
+    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("was moved or replaced"));
     EXPECT_EQ(outputOf(root / "bin/kelo"), "9.9\n");
 }
 
@@ -155,7 +155,7 @@ TEST_F(TreeInstallerTest, ALinkInTheTreesPlaceIsNotFollowed) {
     fs::rename(root, folder / "away");
     fs::create_directory_symlink(folder / "away", root);
     TreeInstaller installer(root);
-    EXPECT_THAT(failureOf([&] { stage(installer); }), HasSubstr("was moved or exchanged"));
+    EXPECT_THAT(failureOf([&] { stage(installer); }), HasSubstr("was moved or replaced"));
     EXPECT_EQ(contentsOf(folder / "away"), first);
 }
 
@@ -204,7 +204,7 @@ TEST_F(TreeInstallerTest, PiecesAreTakenBackWhenTheLastOneCannotBePlaced) {
     };
     TreeInstaller installer(root, calls);
     stage(installer);
-    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("Your version goes on working"));
+    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("Your version keeps working"));
     EXPECT_FALSE(fs::exists(staged));
     EXPECT_EQ(outputOf(root / "bin/kelo"), "1.0\n");
     EXPECT_EQ(contentsOf(root), first);

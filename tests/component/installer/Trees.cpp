@@ -31,8 +31,7 @@ struct PipeCloser {
     void operator()(FILE* pipe) const { ::pclose(pipe); }
 };
 
-/// In memory where programs may be run from there: these tests bring thousands of files to the
-/// disk.
+/// In memory, if programs can be run from there, because these tests sync thousands of files.
 fs::path fastPlace() {
     const fs::path memory = "/dev/shm";
     struct statvfs status {};

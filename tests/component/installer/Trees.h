@@ -10,7 +10,7 @@
 
 namespace kelo::tests {
 
-/// Removed with everything in it when the object goes.
+/// A new folder; the destructor removes it with its content.
 class TemporaryFolder {
 public:
     TemporaryFolder();
@@ -32,8 +32,8 @@ std::string readFile(const std::filesystem::path& path);
 using Contents = std::map<std::string, std::string>;
 Contents contentsOf(const std::filesystem::path& folder);
 
-/// A tree whose every file names its version. The program prints it. Versions differ in which other
-/// files they have: those of 1.0 are not those of others.
+/// Writes a tree in which every file contains the version; its program prints it. 1.0 has other
+/// files than the other versions.
 void writeTree(const std::filesystem::path& root, const std::string& version);
 
 /// The Info.plist of a version.
@@ -57,7 +57,7 @@ void packTree(const std::filesystem::path& root, const std::string& top,
 
 posix::FileDescriptor openForReading(const std::filesystem::path& path);
 
-/// What the program prints, run without arguments; empty when it does not end well.
+/// The output of the program without arguments; empty unless it exits with status 0.
 std::string outputOf(const std::filesystem::path& program);
 
 } // namespace kelo::tests

@@ -10,7 +10,7 @@ using testing::HasSubstr;
 
 const std::string goodKey = "rhHib+w769W2/6/t+oM1ZxgjBB93BfBKMLO0Qo1etQs=";
 
-/// What configuring says to these settings, on top of those that are well.
+/// The output of configuring with these settings in addition to valid ones.
 Outcome check(const std::string& settings) {
     return runCommand("'" KELO_CMAKE "' -DKELO_VERSION=1.4.2 -DKELO_BUILD_NUMBER=57 "
                       "-DKELO_UPDATE_CHECK_INTERVAL=86400 -DKELO_UPDATE_ALLOWS_AUTOMATIC=ON "

@@ -9,10 +9,10 @@ namespace kelo::tests {
 
 struct Outcome {
     int status = -1;
-    std::string output; ///< errors included
+    std::string output; ///< including errors
 };
 
-/// Runs a shell command without a display, a session bus or an update key in its environment.
+/// Runs a shell command with no display, session bus or update key in its environment.
 Outcome runCommand(const std::string& command);
 
 /// Both packages of this build tree, made once for all tests of the process.
@@ -22,7 +22,7 @@ public:
 
     std::filesystem::path package() const;
     std::filesystem::path archive() const;
-    /// The archive's content, unpacked below a home of its own.
+    /// The archive's content, unpacked below a home folder of its own.
     std::filesystem::path tree() const { return folder / ("home/" + name); }
     const std::string& log() const { return log_; }
 

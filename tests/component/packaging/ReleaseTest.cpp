@@ -20,8 +20,8 @@ std::string quoted(const fs::path& path) {
     return "'" + path.string() + "'";
 }
 
-/// The recipe of docs/RELEASING.md, followed with the packages of this build. A release of another
-/// version is the same tree under another number.
+/// Follows docs/RELEASING.md with the packages of this build. A release of another version is the
+/// same tree with another number.
 class Release : public testing::Test {
 protected:
     Release() {
@@ -159,7 +159,7 @@ TEST_F(Release, ThatWasChangedAfterwardsDoesNotVerify) {
     writeFile(archive, bytes);
     auto outcome = verify("kelo-1.1.tar.zst");
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.output, HasSubstr("does not hold"));
+    EXPECT_THAT(outcome.output, HasSubstr("is not valid"));
     writeFile(archive, bytes + "x");
     outcome = verify("kelo-1.1.tar.zst");
     EXPECT_EQ(outcome.status, 1);
@@ -171,7 +171,7 @@ TEST_F(Release, BuiltForAnotherKeyIsNotPublished) {
     pack("1.1", "11");
     const auto outcome = generate();
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.output, HasSubstr("built for another key"));
+    EXPECT_THAT(outcome.output, HasSubstr("built with another public key"));
     EXPECT_FALSE(fs::exists(feed));
 }
 

@@ -1,4 +1,5 @@
 #include "linux/authorization/protocol/VerificationProtocol.h"
+#include "posix/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -20,12 +21,8 @@ using namespace kelo::authorization;
 namespace {
 
 void write(const std::vector<char>& bytes) {
-    for (std::size_t sent = 0; sent < bytes.size();) {
-        const ssize_t count = ::write(STDOUT_FILENO, bytes.data() + sent, bytes.size() - sent);
-        if (count <= 0)
-            ::_exit(EXIT_FAILURE);
-        sent += static_cast<std::size_t>(count);
-    }
+    if (!posix::writeAll(STDOUT_FILENO, {bytes.data(), bytes.size()}))
+        ::_exit(EXIT_FAILURE);
 }
 
 /// Two messages at once, so that the second is there when the first is read.

@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 using updater::ExchangeCalls;
 
-/// A tree with a program that starts as ours does.
+/// A tree whose program starts like ours.
 class ProgramTree : public testing::Test {
 protected:
     ProgramTree() {

@@ -13,7 +13,7 @@ namespace kelo::test {
 
 namespace {
 
-/// A variable of the environment for the length of a test; nothing: unset.
+/// Sets an environment variable for the length of a test; nothing: unset.
 class Variable {
 public:
     Variable(const char* name, std::optional<std::string> value) : name(name) {

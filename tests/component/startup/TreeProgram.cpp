@@ -1,18 +1,18 @@
 #include "bundle/InstalledBundle.h"
 #include "fakes/FakeMainLoop.h"
-#include "linux/startup/ProgramTree.h"
+#include "linux/startup/Startup.h"
 
 #include <cstdlib>
 #include <iostream>
 
-/// Stands in for the installed program: starts as it does, runs its loop for the seconds given, and
-/// prints the version that its information dictionary names.
+/// Replaces the installed program: starts like it, runs its loop for the given number of seconds,
+/// and prints the version from its information dictionary.
 int main(int count, char** words) {
     using namespace kelo;
-    startup::repairProgramTree();
+    startup::prepareProcess();
     fakes::FakeMainLoop loop;
     const MainLoop::Installation installation(loop);
-    startup::confirmProgramTreeLater();
+    startup::removeFormerVersionLater();
     loop.advance(std::chrono::seconds(count > 1 ? std::atoi(words[1]) : 0));
     loop.runUntilIdle();
     const auto information = bundle::InstalledBundle().infoDictionary();

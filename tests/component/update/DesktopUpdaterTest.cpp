@@ -37,7 +37,7 @@ const std::string& authorityText() {
 
 } // namespace
 
-// In place of the authority that the build names, so that this program trusts the test's server.
+// Replaces the authority that the build names, so that this program trusts the test's server.
 const std::string_view deployment::trustedAuthorityPem = authorityText();
 
 namespace test {
@@ -46,7 +46,7 @@ namespace {
 using testing::HasSubstr;
 using Texts = std::vector<std::string>;
 
-/// GLib reads the environment once, so the folders are the whole program's.
+/// GLib reads the environment once, so all tests share these folders.
 const std::filesystem::path& home() {
     static const TemporaryFolder folder;
     return folder.path;
@@ -73,8 +73,8 @@ std::string architecture() {
     return names.machine;
 }
 
-/// The updater as the program makes it, on this computer and with this user's folders. The copy
-/// that runs is a test, which nobody may exchange, so an update is a page to open.
+/// The updater as the program makes it, on this computer and with this user's folders. The running
+/// copy is a test program that cannot be updated, so an update only opens a page.
 struct DesktopUpdater : testing::Test {
     DesktopUpdater() { bundle.dictionary = settings(); }
     ~DesktopUpdater() override {
@@ -91,12 +91,12 @@ struct DesktopUpdater : testing::Test {
     }
     void make() {
         made = update::makeStandardUpdaterController(
-            {bundle, [this] { return std::make_unique<FakeUserDriver>(user); },
-             [this](const std::string& address) { opened.push_back(address); },
-             [this] { ++terminations; }});
+            bundle, [this] { return std::make_unique<FakeUserDriver>(user); },
+            [this](const std::string& address) { opened.push_back(address); },
+            [this] { ++terminations; });
     }
     std::string lastShown() const { return user.shown.empty() ? "" : user.shown.back(); }
-    /// The user asks, and waits for a window with these words.
+    /// The user asks for a check; waits for the window whose record starts with this text.
     void checkUntil(const std::string& window) {
         if (!made)
             make();
@@ -182,7 +182,7 @@ TEST_F(DesktopUpdater, RemembersWhatItDidInTheUsersStateFolder) {
     const auto rights = std::filesystem::status(stateFile()).permissions();
     EXPECT_EQ(rights & std::filesystem::perms::all,
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    // A skipped version is not offered again by itself.
+    // A scheduled check does not offer a skipped version again.
     feed = feedOf(release("1.1", "<link>https://downloads.example.com/kelo</link>"));
     checkUntil("offer 1.0 -> 1.1");
     user.choice->resume(updater::UpdateChoice::skipThisVersion);

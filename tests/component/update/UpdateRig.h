@@ -5,13 +5,14 @@
 #include "component/http/TestAuthority.h"
 #include "linux/gobject/WorkerThread.h"
 #include "linux/update/SoupTransport.h"
+#include "posix/SystemClock.h"
 #include "unit/updater/FakeInstaller.h"
 #include "unit/updater/FakeUserDriver.h"
 #include "unit/updater/Feed.h"
 #include "unit/updater/Publisher.h"
 #include "unit/updater/TemporaryFolder.h"
-#include "updater/FileStateStore.h"
 #include "updater/Updater.h"
+#include "updater/UpdaterState.h"
 
 #include <gtest/gtest.h>
 
@@ -24,14 +25,8 @@
 
 namespace kelo::test {
 
-struct WallClock final : Clock {
-    std::chrono::system_clock::time_point now() const override {
-        return std::chrono::system_clock::now();
-    }
-};
-
-/// An updater of version 1.0 with real connections, a real worker and real files, a server that
-/// does as it is told, and a user who sees and answers.
+/// An updater of version 1.0 with real connections, a real worker and real files, and a scripted
+/// server and user.
 class UpdateRig : public testing::Test {
 protected:
     UpdateRig()
@@ -45,7 +40,7 @@ protected:
         server.reset();
     }
 
-    /// The whole reply, from the status line on.
+    /// Sets the reply, including its status line.
     void reply(const std::string& path, std::string bytes) {
         behave(path, [bytes = std::move(bytes)](ServerConnection& connection) {
             connection.write(bytes);
@@ -68,7 +63,7 @@ protected:
                "\" sparkle:edSignature=\"" + signature + "\"/></item>";
     }
 
-    /// The user asks for a check, and sees everything up to a window with these words.
+    /// The user asks for a check; waits for the window whose record starts with this text.
     void checkUntil(const std::string& window) {
         if (!made)
             make();
@@ -87,7 +82,7 @@ protected:
     }
     std::string lastShown() const { return user.shown.empty() ? "" : user.shown.back(); }
 
-    /// The worker may have the file in its hands for a moment more.
+    /// Waits, because the worker may still be using the file.
     void expectNothingLeft() {
         EXPECT_TRUE(rig.runUntil([this] {
             std::error_code missing;
@@ -105,7 +100,7 @@ protected:
     }
 
     void make() {
-        made = std::make_unique<updater::Updater>(updater::UpdaterParts{
+        made = std::make_unique<updater::Updater>(updater::UpdaterContext{
             updater::UpdaterSettings({{"SUFeedURL", server->origin() + "/appcast.xml"},
                                       {"SUPublicEDKey", publisher.publicKey()},
                                       {"CFBundleVersion", std::string("1.0")}}),
@@ -120,7 +115,7 @@ protected:
             [this] { return std::make_unique<FakeUserDriver>(user); },
             [](const Url&) {},
             [] { return 0u; },
-            [this](const std::string& line) { journal.push_back(line); }});
+            [this](const std::string& line) { log.push_back(line); }});
         made->start();
     }
 
@@ -129,10 +124,10 @@ protected:
     Publisher publisher;
     const std::string archive = std::string(300000, 'k') + "elo";
     TemporaryFolder folder;
-    WallClock clock;
+    posix::SystemClock clock;
     UserBefore user;
     FakeInstaller installer;
-    std::vector<std::string> journal;
+    std::vector<std::string> log;
     update::SoupTransport transport{std::make_shared<const http::TrustedAuthority>(authority.pem()),
                                     std::chrono::seconds(1)};
     gobject::WorkerThread worker;

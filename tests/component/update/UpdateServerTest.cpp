@@ -18,12 +18,12 @@ std::string redirectTo(const std::string& address) {
     return httpReply("", "Location: " + address + "\r\n", "302 Found");
 }
 
-/// No file of this process may grow beyond this.
+/// Limits the size of every file that this process writes.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) {
         getrlimit(RLIMIT_FSIZE, &before);
-        // Otherwise the kernel ends the process instead of refusing the write.
+        // Without this the kernel ends the process instead of failing the write.
         formerHandler = std::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{bytes, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
@@ -133,7 +133,7 @@ TEST_F(UpdateServer, MaySendTheArchiveOnToAnotherServer) {
 TEST_F(UpdateServer, ThatSendsOnWithoutEndIsGivenUp) {
     reply("/appcast.xml", redirectTo("/appcast.xml"));
     checkUntil("failure");
-    EXPECT_THAT(user.sentence, HasSubstr("without end"));
+    EXPECT_THAT(user.sentence, HasSubstr("redirected Kelo too often"));
     EXPECT_EQ(requestsFor("/appcast.xml"), 6);
 }
 
@@ -145,13 +145,13 @@ TEST_F(UpdateServer, WithABillionLaughsIsRefused) {
                     "<rss><channel><item><title>&c;</title></item></channel></rss>"));
     checkUntil("failure");
     EXPECT_THAT(user.sentence, HasSubstr("The list of updates could not be read"));
-    EXPECT_THAT(journal.back(), HasSubstr("document type declaration"));
+    EXPECT_THAT(log.back(), HasSubstr("document type declaration"));
 }
 
 TEST_F(UpdateServer, WithAFeedAboveFourMebibytesIsRefused) {
     reply("/appcast.xml", httpReply(feedOf(std::string(4 * 1024 * 1024, ' '))));
     checkUntil("failure");
-    EXPECT_THAT(user.sentence, HasSubstr("sent far more than was asked for"));
+    EXPECT_THAT(user.sentence, HasSubstr("sent more than the updater accepts"));
 }
 
 TEST_F(UpdateServer, WithAnEndlessFeedIsRefused) {
@@ -162,7 +162,7 @@ TEST_F(UpdateServer, WithAnEndlessFeedIsRefused) {
         }
     });
     checkUntil("failure");
-    EXPECT_THAT(user.sentence, HasSubstr("sent far more than was asked for"));
+    EXPECT_THAT(user.sentence, HasSubstr("sent more than the updater accepts"));
 }
 
 TEST_F(UpdateServer, InTroubleIsSaidToBe) {
@@ -179,7 +179,7 @@ TEST_F(UpdateServer, InTroubleIsSaidToBe) {
 TEST_F(UpdateServer, WithoutTheFeedIsSaidToBe) {
     reply("/appcast.xml", httpReply("gone", "", "404 Not Found"));
     checkUntil("failure");
-    EXPECT_THAT(user.sentence, HasSubstr("does not have the update that was asked for"));
+    EXPECT_THAT(user.sentence, HasSubstr("does not have this update"));
 }
 
 TEST_F(UpdateServer, ThatHangsBeforeItsReplyIsGivenUp) {

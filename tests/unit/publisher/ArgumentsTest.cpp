@@ -49,7 +49,7 @@ TEST(Arguments, AskForHelpWhereverTheWordStands) {
 }
 
 TEST(Arguments, ThatMakeNoSenseAreRefusedWithAHint) {
-    expectRefused({}, "Say what to do");
+    expectRefused({}, "Name a command");
     expectRefused({"publish"}, "no command \"publish\"");
     expectRefused({"sign"}, "sign [--key FILE] ARCHIVE");
     expectRefused({"sign", "a", "b"}, "sign [--key FILE] ARCHIVE");

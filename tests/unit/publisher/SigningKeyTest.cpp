@@ -67,9 +67,9 @@ TEST(SigningKey, ThatIsMissingOrNoneIsSaidPlainly) {
     const TemporaryFolder folder;
     expectRefused(folder / "key", "There is no key");
     tests::writeFile(folder / "key", "no key", 0600);
-    expectRefused(folder / "key", "is no signing key");
+    expectRefused(folder / "key", "is not a signing key");
     tests::writeFile(folder / "key", "", 0600);
-    expectRefused(folder / "key", "is no signing key");
+    expectRefused(folder / "key", "is not a signing key");
 }
 
 TEST(SigningKey, IsAskedForWhereNoneIsNamed) {

@@ -1,5 +1,5 @@
 #include "unit/updater/Feed.h"
-#include "updater/appcast/PublicationDate.h"
+#include "updater/appcast/AppcastReader.h"
 #include "updater/error/UpdateError.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ AppcastItem only(std::string_view item) {
     return only(appcastOf(item));
 }
 
-/// The one item is left out, for a reason that holds these words.
+/// Expects that the only item is left out and that the reason contains this text.
 void expectLeftOut(std::string_view item, std::string_view reason) {
     const Appcast appcast = appcastOf(std::string(item) + release("7"));
     ASSERT_EQ(appcast.items.size(), 1u) << item;

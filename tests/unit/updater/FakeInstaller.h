@@ -37,9 +37,9 @@ public:
     }
 
     updater::InstallKind kind_ = updater::InstallKind::replaceInPlace;
-    /// Archives of another ending are nothing for this copy.
+    /// Archives with another extension cannot be installed.
     std::string takes;
-    /// The bytes of each archive that was handed over.
+    /// The bytes of each prepared archive.
     std::vector<std::string> prepared;
     std::string preparedName;
     int installations = 0;

@@ -12,8 +12,7 @@
 
 namespace kelo::test {
 
-/// Answers from a table. An address in "hanging" is never answered; one that is in no table fails
-/// with the error.
+/// Replies from a table. A URL in "hanging" gets no reply; a URL in no table fails with the error.
 class FakeTransport final : public updater::Transport {
 public:
     Task<Bytes> fetch(Url url, std::size_t limit) override {
@@ -39,7 +38,7 @@ public:
             std::rethrow_exception(failAtEnd);
     }
 
-    /// Goes on with what hangs.
+    /// Sends the replies that are hanging.
     void answer() {
         hanging.clear();
         for (const auto& flow : std::exchange(waiting, {}))

@@ -11,7 +11,7 @@
 
 namespace kelo::test {
 
-/// What the windows showed, and the hand that presses their buttons. Outlives the driver.
+/// Records what the windows show and answers them. Must outlive the driver.
 struct UserBefore {
     /// One line for each window, in order: "checking", "offer 1.0 -> 1.1"...
     std::vector<std::string> shown;

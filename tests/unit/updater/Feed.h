@@ -7,7 +7,7 @@
 
 namespace kelo::test {
 
-/// A feed around these items.
+/// A feed with these items.
 inline std::string feedOf(std::string_view items) {
     return R"(<?xml version="1.0" encoding="utf-8"?>
 <rss version="2.0" xmlns:sparkle="http://www.andymatuschak.org/xml-namespaces/sparkle">
@@ -15,7 +15,7 @@ inline std::string feedOf(std::string_view items) {
            std::string(items) + "</channel></rss>";
 }
 
-/// A release with an archive; more is elements inside the item, archive further attributes.
+/// An item with an enclosure. more: elements inside the item; archive: attributes of the enclosure.
 inline std::string release(std::string_view version, std::string_view more = "",
                            std::string_view archive = "") {
     return "<item><title>Kelo</title><sparkle:version>" + std::string(version) +

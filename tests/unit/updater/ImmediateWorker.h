@@ -4,7 +4,7 @@
 
 namespace kelo::test {
 
-/// Runs each job inside the call.
+/// Runs each job inside perform().
 struct ImmediateWorker final : Worker {
     void perform(std::function<void()> job) override { job(); }
 };

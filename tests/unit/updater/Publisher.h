@@ -19,7 +19,7 @@ inline std::string encodeBase64(const unsigned char* data, std::size_t size) {
     return text;
 }
 
-/// Someone with a key of their own, who signs archives.
+/// Signs archives with a key of its own.
 class Publisher {
 public:
     Publisher() : key(EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519")) {

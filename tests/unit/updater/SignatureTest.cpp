@@ -23,7 +23,7 @@ using updater::verifiesFile;
 
 namespace {
 
-// Made by somebody else's tools.
+// Made with other tools.
 const std::string publishedText = "Hello World!\n";
 const std::string publishedKey = "rhHib+w769W2/6/t+oM1ZxgjBB93BfBKMLO0Qo1etQs=";
 const std::string publishedSignature = "EIawm2YkDZ2gBfkEMF2+1VuuTeXnCGZOdnMdVgPPvDZioq7bvDayXqKkII"

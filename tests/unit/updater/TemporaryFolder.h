@@ -7,7 +7,7 @@
 
 namespace kelo::test {
 
-/// A folder of the test's own, removed with everything in it.
+/// A new folder; the destructor removes it with its content.
 class TemporaryFolder {
 public:
     TemporaryFolder() {

@@ -24,7 +24,7 @@ protected:
         return selectUpdate(appcastOf(items), rules);
     }
 
-    /// The version that is offered; empty for none.
+    /// The version that is offered; empty: none.
     std::string offered(const std::string& items) const {
         const Selection selection = select(items);
         return selection.update ? selection.update->item.version : "";

@@ -9,7 +9,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using updater::UpdateChoice;
 
-/// What the user is told when a check they asked for comes to nothing, and what is left of it.
+/// What the user sees when a check fails, and what is left on the disk.
 class UpdaterFailure : public UpdaterFixture {
 protected:
     void expectFailure(const std::string& sentence) {
@@ -17,7 +17,7 @@ protected:
         EXPECT_THAT(user.sentence, HasSubstr(sentence));
         EXPECT_TRUE(installer.prepared.empty());
         EXPECT_THAT(leftovers(), IsEmpty());
-        EXPECT_FALSE(journal.empty()) << "the journal has the cause";
+        EXPECT_FALSE(log.empty()) << "the log has the cause";
         acknowledge();
         EXPECT_FALSE(user.open);
     }
@@ -63,7 +63,7 @@ TEST_F(UpdaterFailure, WrongKeyIsRefused) {
     dictionary["SUPublicEDKey"] = Publisher().publicKey();
     check();
     choose(UpdateChoice::install);
-    expectFailure("Nothing shows that this update comes from those who publish Kelo");
+    expectFailure("Nothing shows that this update comes from Kelo's publisher");
 }
 
 TEST_F(UpdaterFailure, SwappedArchiveIsRefused) {
@@ -72,7 +72,7 @@ TEST_F(UpdaterFailure, SwappedArchiveIsRefused) {
     transport.replies[archiveAddress] = bytesOf(swapped);
     check();
     choose(UpdateChoice::install);
-    expectFailure("Nothing shows that this update comes from those who publish Kelo");
+    expectFailure("Nothing shows that this update comes from Kelo's publisher");
 }
 
 TEST_F(UpdaterFailure, MissingKeyIsRefusedBeforeAnythingIsFetched) {

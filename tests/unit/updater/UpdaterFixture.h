@@ -25,14 +25,14 @@ struct TestClock final : Clock {
     std::chrono::sys_seconds time = std::chrono::sys_days(std::chrono::year(2026) / 11 / 21);
 };
 
-/// The state that outlives an updater, without a disk.
+/// Keeps the state in memory, across updaters.
 struct MemoryStateStore final : updater::UpdaterStateStore {
     updater::UpdaterState load() override { return state; }
     void save(const updater::UpdaterState& changed) override { state = changed; }
     updater::UpdaterState state;
 };
 
-/// Version 1.0 installed, an updater made of fakes, and a publisher who has 1.1.
+/// Version 1.0 is installed, the publisher has 1.1, and the updater works with fakes.
 class UpdaterFixture : public testing::Test {
 protected:
     UpdaterFixture() : installation(loop) {
@@ -56,10 +56,10 @@ protected:
                            publisher.sign(archive) + "\"");
     }
 
-    /// As when the program starts and the updater is made.
+    /// Makes and starts a new updater, as a start of the program does.
     updater::Updater& start() {
         made.reset();
-        made = std::make_unique<updater::Updater>(updater::UpdaterParts{
+        made = std::make_unique<updater::Updater>(updater::UpdaterContext{
             updater::UpdaterSettings(dictionary),
             {"linux", "x86_64", "2.36"},
             folder.path / "updates",
@@ -71,12 +71,12 @@ protected:
             [this] { return std::make_unique<FakeUserDriver>(user); },
             [this](const Url& url) { opened.push_back(url.absoluteString()); },
             [] { return 3u; },
-            [this](const std::string& line) { journal.push_back(line); }});
+            [this](const std::string& line) { log.push_back(line); }});
         made->start();
         return *made;
     }
 
-    /// The user asks for a check, with a fresh updater if there is none.
+    /// The user asks for a check; makes an updater if there is none.
     void check() {
         if (!made)
             start();
@@ -104,7 +104,7 @@ protected:
         return std::find(user.shown.begin(), user.shown.end(), what) != user.shown.end();
     }
 
-    /// What lies in the folder for downloads.
+    /// The content of the folder for downloads.
     std::vector<std::filesystem::path> leftovers() const {
         std::vector<std::filesystem::path> found;
         std::error_code missing;
@@ -114,7 +114,7 @@ protected:
         return found;
     }
 
-    /// Time passes on the clock and on the timers alike.
+    /// Advances the clock and the timers.
     void pass(std::chrono::seconds span) {
         constexpr std::chrono::seconds step = std::chrono::minutes(30);
         while (span > std::chrono::seconds(0)) {
@@ -142,7 +142,7 @@ protected:
     std::shared_ptr<MemoryStateStore> store = std::make_shared<MemoryStateStore>();
     platform::InformationDictionary dictionary;
     std::vector<std::string> opened;
-    std::vector<std::string> journal;
+    std::vector<std::string> log;
     std::unique_ptr<updater::Updater> made;
 };
 

@@ -14,7 +14,7 @@ using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
 
-/// Checks that nobody asked for.
+/// Scheduled checks.
 class UpdaterSchedule : public UpdaterFixture {
 protected:
     void startAutomatic() {
@@ -114,7 +114,7 @@ TEST_F(UpdaterSchedule, ShowsNothingWhenItFails) {
     startAutomatic();
     EXPECT_EQ(feedRequests(), 1u);
     EXPECT_EQ(user.driversMade, 0);
-    EXPECT_EQ(journal.size(), 1u);
+    EXPECT_EQ(log.size(), 1u);
     pass(hours(1));
     EXPECT_EQ(feedRequests(), 1u) << "a failure is not tried again and again";
     pass(hours(24));
@@ -240,7 +240,7 @@ TEST_F(UpdaterSchedule, SilentDownloadThatFailsShowsNothing) {
     EXPECT_EQ(transport.requests.size(), 2u);
     EXPECT_EQ(user.driversMade, 0);
     EXPECT_THAT(leftovers(), IsEmpty());
-    EXPECT_EQ(journal.size(), 1u);
+    EXPECT_EQ(log.size(), 1u);
 }
 
 TEST_F(UpdaterSchedule, SilentDownloadGoesOnBeforeTheUserWhoAsks) {

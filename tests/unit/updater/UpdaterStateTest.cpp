@@ -1,5 +1,5 @@
+#include "updater/UpdaterState.h"
 #include "unit/updater/TemporaryFolder.h"
-#include "updater/FileStateStore.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ UpdaterState fullState() {
 class StateFile : public testing::Test {
 protected:
     FileStateStore store() {
-        return FileStateStore(file, [this](const std::string& line) { journal.push_back(line); });
+        return FileStateStore(file, [this](const std::string& line) { log.push_back(line); });
     }
     void write(std::string_view text) {
         std::filesystem::create_directories(file.parent_path());
@@ -47,15 +47,15 @@ protected:
     }
     void expectFreshStart() {
         EXPECT_EQ(store().load(), UpdaterState());
-        EXPECT_EQ(journal.size(), 1u);
+        EXPECT_EQ(log.size(), 1u);
         store().save(fullState());
         EXPECT_EQ(store().load(), fullState());
-        EXPECT_EQ(journal.size(), 1u);
+        EXPECT_EQ(log.size(), 1u);
     }
 
     TemporaryFolder folder;
     std::filesystem::path file = folder.path / "state" / "kelo" / "updater";
-    std::vector<std::string> journal;
+    std::vector<std::string> log;
 };
 
 } // namespace
@@ -81,7 +81,7 @@ TEST(UpdaterState, DamagedTextIsNone) {
 
 TEST_F(StateFile, MissingIsAFreshStartWithoutAWord) {
     EXPECT_EQ(store().load(), UpdaterState());
-    EXPECT_TRUE(journal.empty());
+    EXPECT_TRUE(log.empty());
     EXPECT_FALSE(std::filesystem::exists(file.parent_path())) << "reading makes nothing";
 }
 
@@ -118,7 +118,7 @@ TEST_F(StateFile, LinkIsNotFollowed) {
     std::filesystem::create_directories(file.parent_path());
     std::filesystem::create_symlink(other, file);
     EXPECT_EQ(store().load(), UpdaterState());
-    EXPECT_EQ(journal.size(), 1u);
+    EXPECT_EQ(log.size(), 1u);
     store().save({});
     EXPECT_FALSE(std::filesystem::is_symlink(file));
     std::ifstream stream(other);
@@ -134,7 +134,7 @@ TEST_F(StateFile, PipeIsNotWaitedFor) {
 TEST_F(StateFile, ThatCannotBeWrittenIsANote) {
     std::ofstream(folder.path / "state") << "a file where a folder should be";
     store().save(fullState());
-    EXPECT_EQ(journal.size(), 1u);
+    EXPECT_EQ(log.size(), 1u);
     EXPECT_EQ(store().load(), UpdaterState());
 }
 

@@ -12,7 +12,7 @@ using updater::InstallKind;
 using updater::RelaunchChoice;
 using updater::UpdateChoice;
 
-/// What the user sees of a check they asked for.
+/// What the user sees of a check that they asked for.
 using UpdaterWindows = UpdaterFixture;
 
 TEST_F(UpdaterWindows, SayThatNothingIsNewer) {
@@ -96,7 +96,7 @@ TEST_F(UpdaterWindows, DoWithoutNotesThatCannotBeFetched) {
     check();
     EXPECT_EQ(lastShown(), "offer 1.0 -> 1.1");
     EXPECT_THAT(user.offer->releaseNotes, IsEmpty());
-    EXPECT_EQ(journal.size(), 1u);
+    EXPECT_EQ(log.size(), 1u);
 }
 
 TEST_F(UpdaterWindows, SayWhenAnUpdateIsCritical) {
@@ -167,7 +167,7 @@ TEST_F(UpdaterWindows, WithoutALinkTheUserIsToldWhereToLook) {
     installer.kind_ = InstallKind::informationalOnly;
     check();
     choose(UpdateChoice::install);
-    EXPECT_EQ(lastShown(), "message A newer version is there");
+    EXPECT_EQ(lastShown(), "message A newer version is available");
     EXPECT_THAT(opened, IsEmpty());
 }
 
@@ -256,8 +256,8 @@ TEST_F(UpdaterWindows, ProblemsOfTheFeedGoToTheJournal) {
     publish("<item><title>odd</title></item>" + signedRelease("1.1"));
     check();
     EXPECT_EQ(lastShown(), "offer 1.0 -> 1.1");
-    ASSERT_EQ(journal.size(), 1u);
-    EXPECT_THAT(journal.front(), HasSubstr("odd"));
+    ASSERT_EQ(log.size(), 1u);
+    EXPECT_THAT(log.front(), HasSubstr("odd"));
 }
 
 } // namespace kelo::test

@@ -17,7 +17,7 @@ struct Row {
 };
 
 std::string nameOf(const testing::TestParamInfo<Row>& row) {
-    // The number tells those apart that differ in signs alone.
+    // The number keeps names unique that differ in punctuation only.
     std::string name =
         row.param.older + "_and_" + row.param.newer + "_" + std::to_string(row.index);
     for (char& c : name)
@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"1.0b1 (1234)", "1.0 (1234)"}, Row{"3.3 (5847)", "3.3.1b1 (5902)"},
                     Row{"2.0.0.2429", "2.0.0.2430"}, Row{"201210251627", "201211051041"},
                     Row{"9", "10"}, Row{"1.09", "1.10"},
-                    // Beyond every number type.
+                    // Larger than any integer type.
                     Row{"99999999999999999999999", "100000000000000000000000"},
                     Row{"18446744073709551615", "18446744073709551616"}, Row{"abc", "1.0"},
                     Row{"abc", ""}, Row{"", "1"}, Row{"1.0.a", "1.0.1"}),

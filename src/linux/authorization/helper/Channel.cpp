@@ -1,5 +1,7 @@
 #include "linux/authorization/helper/Channel.h"
 
+#include "posix/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -59,15 +61,7 @@ std::optional<Message> Channel::receive() {
 
 bool Channel::send(MessageType type, std::string_view payload) {
     const std::vector<char> bytes = encode(type, payload);
-    for (std::size_t sent = 0; sent < bytes.size();) {
-        const ssize_t count = ::write(output, bytes.data() + sent, bytes.size() - sent);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        sent += static_cast<std::size_t>(count);
-    }
-    return true;
+    return posix::writeAll(output, {bytes.data(), bytes.size()});
 }
 
 void Channel::endProcessWhenClosed() const {
