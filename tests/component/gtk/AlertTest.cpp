@@ -1,6 +1,8 @@
 #include "component/gtk/RunningProgram.h"
+#include "linux/gtk/dialogs/AlertDialog.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
 #include "linux/gtk/kit/ModalWindow.h"
+#include "testing/screen/OtherProgram.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
@@ -139,6 +141,46 @@ TEST_F(AlertDialog, FirstButtonAloneIsProminent) {
         EXPECT_LE(std::abs(program.boxOf(*buttonNamed(window, "Registreer")).width -
                            program.boxOf(*buttonNamed(window, "Annuleer")).width),
                   1);
+    });
+}
+
+TEST_F(AlertDialog, ButtonsShareTheWholeLine) {
+    program.run([&] {
+        start(registrationPrompt());
+        auto& window = dialog("Bevestig registratie");
+        auto* one = buttonNamed(window, "Registreer");
+        const auto line = program.boxOf(*one->get_parent());
+        EXPECT_EQ(program.boxOf(*one).width +
+                      program.boxOf(*buttonNamed(window, "Annuleer")).width + 12,
+                  line.width);
+    });
+}
+
+TEST_F(AlertDialog, AnsweredItGoesOffTheScreenAndIsNotAnsweredAgain) {
+    program.run([&] {
+        int answers = 0;
+        gtk::AlertDialog held(result("Passkey"), nullptr,
+                              [&](const platform::AlertOutcome&) { ++answers; });
+        held.present();
+        dialog("Passkey");
+        program.screen.press(GDK_KEY_Return);
+        RunningProgram::until("it is answered", [&] { return answers == 1; });
+        EXPECT_FALSE(held.get_visible());
+        held.close();
+        RunningProgram::settle();
+        EXPECT_EQ(answers, 1);
+    });
+}
+
+TEST_F(AlertDialog, KeepsTheKeyboardWhenAnotherWindowIsAskedFor) {
+    program.run([&] {
+        start(result("Passkey"));
+        auto& window = dialog("Passkey");
+        const screen::OtherProgram other({{40, 40}, 300, 200});
+        RunningProgram::until("the other program has the keyboard",
+                              [&] { return other.hasKeyboard() && !window.is_active(); });
+        program.host.openWindow("main");
+        program.untilActive(window);
     });
 }
 

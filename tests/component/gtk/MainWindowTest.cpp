@@ -5,6 +5,9 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <memory>
+
 namespace kelo::tests {
 namespace {
 
@@ -33,6 +36,14 @@ TEST(MainWindow, CarriesItsIconForWindowManagers) {
     program.run([&] {
         GdkSurface* const surface = program.window("Kelo").get_surface()->gobj();
         EXPECT_EQ(program.screen.iconSizes(surface), (std::vector{48, 128}));
+    });
+}
+
+TEST(MainWindow, BelongsToTheProgramsDesktopEntry) {
+    RunningProgram program;
+    program.run([&] {
+        GdkSurface* const surface = program.window("Kelo").get_surface()->gobj();
+        EXPECT_EQ(program.screen.programName(surface), "app.kelo.Kelo");
     });
 }
 
@@ -183,6 +194,33 @@ TEST(MainWindow, ClosedItIsNotDrawnAnyMore) {
         RunningProgram::settle();
         EXPECT_EQ(program.app.count("content"), before);
     });
+}
+
+TEST(MainWindow, ClosedItIsNotDrawnForAnEarlierChangeEither) {
+    RunningProgram program;
+    program.run([&] {
+        const int before = program.app.count("content");
+        program.app.state->onLogin = true;
+        program.window("Kelo").close();
+        RunningProgram::settle();
+        EXPECT_EQ(program.app.count("content"), before);
+    });
+}
+
+TEST(MainWindow, ProgramRunsOnWithoutAWindow) {
+    RunningProgram program;
+    bool ranOn = false;
+    std::shared_ptr<Timer> timer;
+    // The body returns at once: the toolkit looks for a reason to go on when it has nothing to do.
+    program.runToItsOwnEnd([&] {
+        program.window("Kelo").close();
+        timer = program.mainLoop.scheduleTimer(std::chrono::milliseconds(200), [&] {
+            ranOn = true;
+            program.host.terminate();
+        });
+    });
+    timer->invalidate();
+    EXPECT_TRUE(ranOn);
 }
 
 TEST(MainWindow, ActivatedTheProgramComesInFrontOfOthers) {

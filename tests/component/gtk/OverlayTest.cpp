@@ -134,6 +134,18 @@ TEST_F(Overlay, PressedWithTheKeyboardItGetsTheFocusBackAfterwards) {
     });
 }
 
+TEST_F(Overlay, PressedWithTheKeyboardItLeavesTheFocusWhereTheUserWentMeanwhile) {
+    whileOnLogin([&] {
+        signIn()->grab_focus();
+        program.app.state->busy = true;
+        draw();
+        program.app.page->area.grab_focus();
+        program.app.state->busy = false;
+        draw();
+        EXPECT_TRUE(program.app.page->area.has_focus());
+    });
+}
+
 TEST_F(Overlay, GoneWithTheFocusItLeavesItToThePage) {
     whileOnLogin([&] {
         signIn()->grab_focus();
@@ -184,6 +196,32 @@ TEST_F(Overlay, LongErrorWrapsAndKeepsItsDistanceFromTheEdge) {
         const auto box = program.boxOf(*panel());
         EXPECT_LT(box.width, 600);
         EXPECT_EQ(page.y + page.height - (box.y + box.height), 28);
+        auto* label = dynamic_cast<Gtk::Label*>(withClass(main(), "kelo-red"));
+        ASSERT_NE(label, nullptr);
+        EXPECT_GT(label->get_layout()->get_line_count(), 5);
+        EXPECT_EQ(label->get_justify(), Gtk::Justification::CENTER);
+    });
+}
+
+TEST_F(Overlay, WordTooLongForALineIsBroken) {
+    whileOnLogin([&] {
+        program.app.state->error = std::string(200, 'x');
+        draw();
+        EXPECT_LT(program.boxOf(*panel()).width, 600);
+    });
+}
+
+TEST_F(Overlay, ButtonDoesNotGrowWithALongErrorAndStaysInTheMiddle) {
+    whileOnLogin([&] {
+        drawAs([](auto& overlay) { overlay.button.labelMaximumWidth = 190; });
+        const int width = program.boxOf(*signIn()).width;
+        program.app.state->error = "Could not connect to assistant.example.com. Try again later.";
+        draw();
+        const auto box = program.boxOf(*panel());
+        const auto button = program.boxOf(*signIn());
+        EXPECT_GT(box.width, width + 32);
+        EXPECT_EQ(button.width, width);
+        EXPECT_LE(std::abs(2 * (button.x - box.x) + button.width - box.width), 1);
     });
 }
 

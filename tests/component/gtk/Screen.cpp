@@ -79,6 +79,11 @@ Screen::SizeLimits Screen::sizeLimits(GdkSurface* surface) {
     return {limit(PMinSize, 5), limit(PMinSize, 6), limit(PMaxSize, 7), limit(PMaxSize, 8)};
 }
 
+std::string Screen::programName(GdkSurface* surface) {
+    // Two names, each with its end; the first is the program's.
+    return windows.text(gdk_x11_surface_get_xid(surface), "WM_CLASS").c_str();
+}
+
 std::vector<int> Screen::iconSizes(GdkSurface* surface) {
     // Each picture: width, height, then its points.
     const auto values = windows.numbers(gdk_x11_surface_get_xid(surface), "_NET_WM_ICON");

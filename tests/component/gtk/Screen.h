@@ -54,6 +54,9 @@ public:
     };
     SizeLimits sizeLimits(GdkSurface* surface);
 
+    /// What desktops match the surface to its program's desktop entry by.
+    std::string programName(GdkSurface* surface);
+
     /// Widths of the pictures that window managers find on the surface as its icon.
     std::vector<int> iconSizes(GdkSurface* surface);
 

@@ -4,10 +4,13 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/label.h>
+#include <gtkmm/listbox.h>
 #include <gtkmm/listboxrow.h>
 #include <gtkmm/text.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -69,6 +72,8 @@ TEST_F(SettingsWindow, ShowsEachValueAtTheEndOfItsLabelsLineAndTheRowsInTheirOrd
             EXPECT_GT(left.y, below) << name;
             below = left.y + left.height;
         }
+        // A short value stands at the line's end, not anywhere in the room it has.
+        EXPECT_GT(program.boxOf(label(settings, "1.4.2 (57)")).x, middle);
     });
 }
 
@@ -93,6 +98,59 @@ TEST_F(SettingsWindow, RowsStandInTheMiddleWithEqualRoomAroundThem) {
         const int above = group.y - content.y;
         const int below = content.y + content.height - group.y - group.height;
         EXPECT_LE(std::abs(above - below), 1);
+        int rows = 0;
+        for (auto* row : visibleIn<Gtk::ListBoxRow>(settings))
+            rows += program.boxOf(*row).height;
+        EXPECT_LE(group.height - rows, 2) << "as tall as its rows and its border";
+    });
+}
+
+TEST_F(SettingsWindow, LongValueIsShortenedInItsMiddleAndTheWindowKeepsItsSize) {
+    program.app.state->version = "1.4.2-" + std::string(100, '4') + " (57)";
+    whileOpen([&](Gtk::Window& settings) {
+        EXPECT_EQ(settings.get_child()->get_width(), 360);
+        auto& value = label(settings, program.app.state->version);
+        EXPECT_TRUE(value.get_layout()->is_ellipsized());
+        EXPECT_EQ(value.get_ellipsize(), Pango::EllipsizeMode::MIDDLE);
+    });
+}
+
+TEST_F(SettingsWindow, ValuesAreFainterThanTheirLabels) {
+    whileOpen([&](Gtk::Window& settings) {
+        const auto darkest = [&](const std::string& text) {
+            const auto box = program.boxOf(label(settings, text));
+            int least = 3 * 255;
+            for (const Color color : program.screen.colorsIn(box.x, box.y, box.width, box.height))
+                least = std::min(least, color.red + color.green + color.blue);
+            return least;
+        };
+        EXPECT_GT(darkest("1.4.2 (57)"), darkest("Version") + 60);
+    });
+}
+
+TEST_F(SettingsWindow, KeyboardGoesFromRowToRowAndSelectsNoText) {
+    whileOpen([&](Gtk::Window& settings) {
+        for (int step = 0; step < 4; ++step) {
+            EXPECT_EQ(dynamic_cast<Gtk::Label*>(settings.get_focus()), nullptr) << step;
+            for (auto* text : visibleIn<Gtk::Label>(settings)) {
+                int start = 0;
+                int end = 0;
+                EXPECT_FALSE(text->get_selection_bounds(start, end)) << text->get_text();
+            }
+            program.screen.press(GDK_KEY_Tab);
+            program.untilDrawn(settings);
+        }
+    });
+}
+
+TEST_F(SettingsWindow, RowsAreNamedAsAGroupAndCannotBeChosen) {
+    whileOpen([&](Gtk::Window& settings) {
+        auto* group = dynamic_cast<Gtk::ListBox*>(withClass(settings, "kelo-group"));
+        ASSERT_NE(group, nullptr);
+        EXPECT_TRUE(isNamed(*group, "Settings"));
+        program.click(label(settings, "Version"));
+        program.untilDrawn(settings);
+        EXPECT_EQ(group->get_selected_row(), nullptr);
     });
 }
 

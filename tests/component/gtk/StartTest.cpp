@@ -113,6 +113,18 @@ TEST(FirstStart, WithAnActionRunsItAndOpensNoWindow) {
     EXPECT_EQ(ended.output, "body\nwave\n"); // the tray and its menu are there all the same
 }
 
+TEST(FirstStart, LeavesTheStreamsAsTheyAreUnderTheUsersLocale) {
+    const auto ended =
+        startAndWait(environmentWith({{"GTK_A11Y", "none"}, {"LC_ALL", "C.UTF-8"}}), {"--wave"});
+    EXPECT_EQ(ended.status, 0);
+}
+
+TEST(FirstStart, ToQuitARunningProgramEndsWhereThereIsNone) {
+    const auto ended = startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {"--quit"});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "");
+}
+
 TEST(FirstStart, WithAReportPrintsItAndStartsNothing) {
     const auto ended = startAndWait(environmentWith({{"DISPLAY", ""}}), {"--weather"});
     EXPECT_EQ(ended.status, 0);

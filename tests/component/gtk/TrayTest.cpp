@@ -168,6 +168,8 @@ TEST_F(TrayItem, EachExtraHasAnItemOfItsOwnUntilTheyGo) {
             EXPECT_EQ(titleAt("/StatusNotifierItem/1"), "(<'Two'>,)");
         }
         EXPECT_EQ(titleAt("/StatusNotifierItem"), "");
+        // They hear nothing any more.
+        Gtk::Settings::get_default()->property_gtk_application_prefer_dark_theme() = true;
         connection->close_sync();
     });
 }

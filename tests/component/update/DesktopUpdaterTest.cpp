@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <glib.h>
 #include <gnu/libc-version.h>
 #include <sys/utsname.h>
 
@@ -197,6 +198,31 @@ TEST_F(DesktopUpdater, RemovesWhatAFormerRunHasLeftInTheCacheFolder) {
     std::filesystem::create_directories(left);
     make();
     EXPECT_TRUE(rig.runUntil([&] { return !std::filesystem::exists(left); }));
+}
+
+/// What the program writes to its log meanwhile.
+class LogReader {
+public:
+    LogReader() : former(g_log_set_default_handler(&LogReader::note, this)) {}
+    LogReader(const LogReader&) = delete;
+    LogReader& operator=(const LogReader&) = delete;
+    ~LogReader() { g_log_set_default_handler(former, nullptr); }
+    Texts lines;
+
+private:
+    static void note(const char*, GLogLevelFlags, const char* line, gpointer self) {
+        static_cast<LogReader*>(self)->lines.emplace_back(line);
+    }
+    GLogFunc former;
+};
+
+TEST_F(DesktopUpdater, CauseOfAFailureGoesToTheLog) {
+    const LogReader log;
+    feed = "no feed";
+    checkUntil("failure");
+    EXPECT_THAT(log.lines, testing::Contains(HasSubstr("no readable XML")))
+        << testing::PrintToString(log.lines);
+    EXPECT_THAT(user.sentence, testing::Not(HasSubstr("no readable XML")));
 }
 
 } // namespace

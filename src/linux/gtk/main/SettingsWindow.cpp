@@ -45,7 +45,7 @@ SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void
     setAccessibleName(rows, "Settings");
     draw();
     space.append(rows);
-    set_child(space);
+    set_child(limit);
     auto keys = Gtk::EventControllerKey::create();
     keys->signal_key_pressed().connect(
         [this](guint key, guint, Gdk::ModifierType) {
@@ -64,6 +64,7 @@ void SettingsWindow::draw() {
     const auto description = scene.content.body();
     space.set_size_request(static_cast<int>(description.size.width),
                            static_cast<int>(description.size.height));
+    limit.setMaximum(static_cast<int>(description.size.width));
     while (auto* row = rows.get_row_at_index(0))
         rows.remove(*row);
     for (const auto& row : description.rows) {

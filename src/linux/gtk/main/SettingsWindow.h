@@ -2,6 +2,7 @@
 
 #include "linux/gtk/kit/ProgramWindow.h"
 #include "linux/gtk/kit/Redrawing.h"
+#include "linux/gtk/kit/WidthLimit.h"
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/box.h>
@@ -24,6 +25,7 @@ private:
     platform::SettingsScene scene;
     Gtk::HeaderBar header;
     Gtk::Box space;
+    WidthLimit limit{space}; ///< a window that cannot be resized grows with a long value otherwise
     Gtk::ListBox rows;
     std::optional<Redrawing> redrawing;
 };
