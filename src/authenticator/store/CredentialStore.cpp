@@ -36,6 +36,10 @@ std::string systemReason(const char* operation) {
     return std::string(operation) + ": " + std::strerror(errno);
 }
 
+[[noreturn]] void creationFailed(const char* operation) {
+    storageFailed(errno == ENOSPC ? SQLITE_FULL : SQLITE_CANTOPEN, systemReason(operation));
+}
+
 /// Makes the folder if need be, and keeps everyone else out of it.
 void requirePrivateFolder(const std::filesystem::path& folder) {
     std::error_code failure;
@@ -43,7 +47,7 @@ void requirePrivateFolder(const std::filesystem::path& folder) {
     if (::mkdir(folder.c_str(), 0700) == 0)
         return;
     if (errno != EEXIST)
-        storageFailed(SQLITE_CANTOPEN, systemReason("mkdir"));
+        creationFailed("mkdir");
     struct stat status {};
     if (::stat(folder.c_str(), &status) != 0)
         storageFailed(SQLITE_CANTOPEN, systemReason("stat"));
@@ -59,7 +63,7 @@ void createPrivateFile(const std::filesystem::path& file) {
     if (descriptor >= 0)
         ::close(descriptor);
     else if (errno != EEXIST)
-        storageFailed(errno == ENOSPC ? SQLITE_FULL : SQLITE_CANTOPEN, systemReason("open"));
+        creationFailed("open");
 }
 
 /// Whether there is a file to open. Anything but a regular file is refused, a symbolic link too.
@@ -173,7 +177,7 @@ std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPart
         database, "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
                   " wrapped_private_key FROM credential WHERE relying_party = ?1"
                   " ORDER BY created DESC, rowid DESC");
-    statement.bind(1, relyingPartyIdentifier);
+    statement.bind(1, service::relyingPartyIdentifier);
     std::vector<CredentialRecord> records;
     while (statement.step()) {
         CredentialRecord record;
