@@ -177,7 +177,7 @@ std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPart
         database, "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
                   " wrapped_private_key FROM credential WHERE relying_party = ?1"
                   " ORDER BY created DESC, rowid DESC");
-    statement.bind(1, service::relyingPartyIdentifier);
+    statement.bind(1, relyingPartyIdentifier);
     std::vector<CredentialRecord> records;
     while (statement.step()) {
         CredentialRecord record;
