@@ -122,7 +122,7 @@ TEST(InstallationPrefix, IsAboveBinAndInABuildTreeBesideTheProgram) {
 }
 
 TEST(ProgramPath, IsThatOfTheRunningProgram) {
-    EXPECT_EQ(bundle::programPath().filename(), "unit_installer");
+    EXPECT_EQ(bundle::programPath().filename(), "unit_bundle");
 }
 
 } // namespace kelo::tests
