@@ -39,7 +39,7 @@ protected:
             FAIL() << "it was taken";
         } catch (const UpdateError& error) {
             EXPECT_EQ(error.kind(), UpdateErrorKind::installing) << error.cause();
-            EXPECT_THAT(error.localizedDescription(), testing::HasSubstr("not packed as"));
+            EXPECT_THAT(error.localizedDescription(), testing::HasSubstr("not packed correctly"));
         }
         for (const auto& entry : fs::directory_iterator(folder.path()))
             EXPECT_TRUE(entry.path() == target || entry.path() == archive) << entry.path();
