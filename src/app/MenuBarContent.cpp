@@ -14,7 +14,7 @@ namespace {
 
 void openMainWindow() {
     auto& application = Desktop::current().application();
-    // First: the user may have chosen the item while another program was in front.
+    // Activated first, because another program may be in front.
     application.activate();
     application.openWindow("main");
 }

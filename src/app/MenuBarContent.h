@@ -4,13 +4,13 @@
 
 namespace kelo::app {
 
-/// The menu of the menu bar extra: the way back to the main window, and to quit. The same at every
-/// opening.
+/// The menu of the menu bar extra. It never changes.
 struct MenuBarContent {
     platform::Menu body() const;
 };
 
-/// What the menu's item for it does: has the process's one updater look for a newer version.
+/// Starts a check for a newer version, as the menu's item does. Creates the process's updater on
+/// the first call.
 void checkForUpdates();
 
 } // namespace kelo::app

@@ -17,24 +17,24 @@ public:
     virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
 };
 
-/// Something that the user can ask of the program from outside its windows: on the command line, in
-/// a desktop's list of programs, by a key that the desktop gives it.
+/// An action that the user can start from outside the program's windows: from the command line,
+/// from the desktop's list of programs, or with a key that the desktop assigns to it.
 struct ProgramAction {
-    /// Lower-case letters and dashes. "--NAME" on the command line asks for it.
+    /// Lower-case letters and dashes. "--NAME" on the command line starts the action.
     std::string name;
-    /// A short line for people, without a full stop.
+    /// One short line for the user, without a full stop.
     std::string description;
     std::function<void()> action;
 };
 
-/// The program as the desktop runs it.
+/// The program, as the desktop sees it.
 class App {
 public:
     virtual ~App() = default;
     virtual ApplicationDelegate& applicationDelegate() = 0;
-    /// Read once, when the desktop is ready to show windows.
+    /// Called once, when the desktop is ready to show windows.
     virtual SceneGraph body() = 0;
-    /// Read once, before body(). An action may be asked for while no window is open.
+    /// Called once, before body(). An action may run while no window is open.
     virtual std::vector<ProgramAction> actions() = 0;
 };
 
@@ -43,17 +43,17 @@ class Application {
 public:
     virtual ~Application() = default;
 
-    /// Runs the app until it is terminated and returns the exit status. When the program runs
-    /// already for this user, asks that one to open or raise its main window and returns.
+    /// Runs the app until it is terminated, and returns the exit status. If the program is already
+    /// running for this user, asks that process to open or raise its main window, and returns.
     virtual int run(App& app) = 0;
 
-    /// Brings the program in front of others.
+    /// Brings the program to the front.
     virtual void activate() = 0;
     virtual void terminate() = 0;
-    /// Opens a window of the group, or raises the open one.
+    /// Opens a window of the group, or raises the one that is open.
     virtual void openWindow(std::string_view identifier) = 0;
 
-    /// The window with the keyboard focus, null when none of ours has it.
+    /// The program's window with the keyboard focus; null if there is none.
     virtual std::shared_ptr<Window> keyWindow() = 0;
     /// Most recently used first.
     virtual std::vector<std::shared_ptr<Window>> windows() = 0;

@@ -11,16 +11,18 @@
 #include <variant>
 #include <vector>
 
-/// What the user sees, as values: computed by the system from its published state, drawn by the
-/// desktop. Lengths are points (one CSS pixel each). Texts are shown as they stand.
+/// What the user sees, as values. The system computes them from its published state, and the
+/// desktop draws them. Lengths are points (one CSS pixel each). Texts are shown literally, without
+/// markup or mnemonics.
 namespace kelo::platform {
 
-/// A value that is computed anew at every drawing, and the objects whose changes ask for one.
+/// A value that is computed for each drawing, and the objects to observe. A change of any of them
+/// causes another drawing.
 template <typename T>
 struct Drawn {
     std::function<T()> body;
-    /// Asked once for each place the value is drawn in, after the first body(); null when nothing
-    /// can change. Asking earlier would create objects before their turn.
+    /// Called once for each place where the value is drawn, after the first body(), because calling
+    /// it earlier would create objects too early. Null if the value never changes.
     std::function<std::vector<std::shared_ptr<ObservableObject>>()> observed = nullptr;
 };
 
@@ -29,7 +31,7 @@ enum class ButtonStyle { regular, borderedProminent };
 
 struct ButtonDescription {
     std::string label;
-    /// Name of a symbolic icon; empty for none.
+    /// Name of a symbolic icon; empty for no icon.
     std::string systemImage;
     double labelMaximumWidth = 0;
     ControlSize controlSize = ControlSize::regular;
@@ -47,8 +49,8 @@ struct TextDescription {
     TextColor color = TextColor::primary;
 };
 
-/// A rounded, translucent panel that floats over the bottom centre of the web view: a button and,
-/// below it, perhaps a text, centred on one another.
+/// A rounded, translucent panel at the bottom centre of the web view: a button and an optional text
+/// below it, both centred.
 struct OverlayDescription {
     ButtonDescription button;
     std::optional<TextDescription> text;
@@ -58,16 +60,23 @@ struct OverlayDescription {
     double bottomPadding = 0; ///< between the panel and the window's lower edge
 };
 
-/// A web view to every edge of a window's content area.
+/// A web view that fills the content area of a window.
 struct WebContentDescription {
     std::shared_ptr<EmbeddedWebView> webView;
     std::optional<OverlayDescription> overlay;
     Size minimumSize;
 };
 
-enum class KeyModifier { none, command };
+/// The key that is held for a shortcut.
+enum class KeyModifier {
+    none,
+    /// The modifier of the desktop's own menu shortcuts: the Control key on Linux desktops.
+    command,
+};
 
 struct KeyboardShortcut {
+    /// The character on the key, letters in lower case: "q", ",". If the current keyboard layout
+    /// does not have it, the key that has it in another of the user's layouts counts.
     std::string key;
     KeyModifier modifier = KeyModifier::none;
 };
@@ -76,17 +85,21 @@ struct MenuItem {
     std::string label;
     bool enabled = true;
     std::function<void()> action;
+    /// Shown beside the label. Works while the item is enabled: for the main menu in every window
+    /// of the program, for a menu bar extra while its menu is open, if the desktop's tray supports
+    /// it.
     std::optional<KeyboardShortcut> shortcut = std::nullopt;
 };
 
 struct MenuSeparator {};
 
-/// Opens or raises the settings scene.
+/// A menu entry that opens or raises the settings scene.
 struct SettingsLink {
     std::string label;
 };
 
-using Menu = std::vector<std::variant<MenuItem, MenuSeparator, SettingsLink>>;
+using MenuEntry = std::variant<MenuItem, MenuSeparator, SettingsLink>;
+using Menu = std::vector<MenuEntry>;
 
 struct CommandMenu {
     std::string title;
@@ -95,9 +108,9 @@ struct CommandMenu {
 
 struct WindowGroup {
     std::string identifier;
-    /// The body is read once for each window as it is built, and at every redrawing.
+    /// The body is computed once when a window is built, and again for each redrawing.
     Drawn<WebContentDescription> content;
-    /// Run each time a window of the group has come onto the screen.
+    /// Run each time a window of the group has appeared on the screen.
     std::function<void()> onAppear;
     Size defaultSize;
     std::vector<CommandMenu> commands;
@@ -125,7 +138,7 @@ struct SettingsScene {
 
 using Scene = std::variant<WindowGroup, MenuBarExtra, SettingsScene>;
 
-/// In the order declared; a window of the first window group is opened at launch.
+/// In the order of declaration. A window of the first window group opens at launch.
 using SceneGraph = std::vector<Scene>;
 
 } // namespace kelo::platform

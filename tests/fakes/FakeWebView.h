@@ -11,7 +11,7 @@
 namespace kelo::fakes {
 
 /// A web view without an engine: it notes what it is asked and "finishes" when a test says so.
-class FakeWebView final : public platform::EmbeddedWebView, public platform::CookieStore {
+class FakeWebView : public platform::EmbeddedWebView, public platform::CookieStore {
 public:
     FakeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration)
         : frame(frame), configuration(std::move(configuration)) {}

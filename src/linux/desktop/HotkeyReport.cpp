@@ -28,7 +28,7 @@ std::string hotkeyReport(const std::vector<input::SourceStatus>& sources,
 }
 
 gtk::ReportOption hotkeyStatusOption() {
-    return {"hotkey-status", "Say where the keys of the voice widget can be seen, and end",
+    return {"hotkey-status", "Show which input sources the hotkey can use, then exit",
             [] { return hotkeyReport(input::hotkeyStatus(), panel::panelStatus()); }};
 }
 

@@ -1,5 +1,7 @@
 #include "linux/tray/BusMenu.h"
 
+#include "linux/menu/MenuEntry.h"
+
 #include <giomm/dbuserror.h>
 
 #include <algorithm>
@@ -16,7 +18,7 @@ using Node = std::tuple<gint32, EntryProperties, std::vector<Glib::VariantBase>>
 template <typename... Types>
 using Tuple = Glib::Variant<std::tuple<Types...>>;
 
-/// Of the menu itself; its entries lie below it.
+/// The identifier of the menu itself, the parent of all entries.
 constexpr gint32 root = 0;
 constexpr guint32 protocolVersion = 3;
 
@@ -58,7 +60,7 @@ EntryProperties rootProperties() {
     return {{"children-display", Glib::Variant<Text>::create("submenu")}};
 }
 
-/// Those asked for; all, when nothing was named.
+/// The properties with these names; all properties if the list is empty.
 EntryProperties only(const std::vector<Text>& names, const EntryProperties& properties) {
     if (names.empty())
         return properties;
@@ -69,7 +71,7 @@ EntryProperties only(const std::vector<Text>& names, const EntryProperties& prop
     return chosen;
 }
 
-/// What a property has that is not sent.
+/// The value of each property that is left out of a reply.
 EntryProperties defaults() {
     return {{"type", Glib::Variant<Text>::create("standard")},
             {"label", Glib::Variant<Text>::create("")},
@@ -79,11 +81,6 @@ EntryProperties defaults() {
             {"toggle-type", Glib::Variant<Text>::create("")},
             {"toggle-state", Glib::Variant<gint32>::create(-1)},
             {"children-display", Glib::Variant<Text>::create("")}};
-}
-
-bool canBeChosen(const platform::Menu::value_type& entry) {
-    const auto* item = std::get_if<platform::MenuItem>(&entry);
-    return item ? item->enabled : std::holds_alternative<platform::SettingsLink>(entry);
 }
 
 } // namespace
@@ -99,7 +96,8 @@ ExportedObject::Members BusMenu::members() {
     ExportedObject::Members members;
     members.properties = {
         {"Version", [] { return Glib::Variant<guint32>::create(protocolVersion); }},
-        {"TextDirection", [] { return Glib::Variant<Text>::create("ltr"); }}, // our texts' own
+        {"TextDirection",
+         [] { return Glib::Variant<Text>::create("ltr"); }}, // our texts are English
         {"Status", [] { return Glib::Variant<Text>::create("normal"); }},
         {"IconThemePath", [] { return Glib::Variant<std::vector<Text>>::create({}); }},
     };
@@ -214,7 +212,7 @@ BusMenu::Values BusMenu::aboutToShowGroup(const Values& arguments) {
 
 void BusMenu::happened(std::int32_t identifier, const Text& event) {
     const auto* entry = entries.find(identifier);
-    if (event == "clicked" && entry && canBeChosen(entry->content))
+    if (event == "clicked" && entry && menu::canBeChosen(entry->content))
         chosen(entry->content);
 }
 

@@ -9,24 +9,24 @@
 
 namespace kelo::tray {
 
-/// A menu that another program shows (com.canonical.dbusmenu): the host of the tray asks for its
-/// entries and tells what was chosen. Of our own making, because the one library that serves this
-/// interface ignores which entries and properties a host asks for, and exports the menu at a time
-/// of its own, perhaps after the item that refers to it. Main thread only.
+/// A menu that another program shows (com.canonical.dbusmenu): the tray host reads the entries and
+/// reports which one the user chose. We implement the protocol ourselves, because the existing
+/// library ignores which entries and properties a host asks for, and may export the menu after the
+/// item that refers to it. Main thread only.
 class BusMenu {
 public:
-    /// Computes the menu's content; run when the menu is made, at every redraw(), and before a host
-    /// shows it.
+    /// Computes the menu's content. Called by the constructor, by redraw(), and before a host shows
+    /// the menu.
     using Draw = std::function<platform::Menu()>;
-    /// An entry that can be chosen was: an item that is enabled, or the link to the settings. Run
-    /// inside the host's call, which waits for the answer.
-    using Chosen = std::function<void(const platform::Menu::value_type& entry)>;
+    /// Called when the user chose an enabled item or the link to the settings. The host waits until
+    /// it returns.
+    using Chosen = std::function<void(const platform::MenuEntry& entry)>;
 
-    /// Throws Glib::Error when it cannot be exported.
+    /// Throws Glib::Error if the menu cannot be exported.
     BusMenu(Glib::RefPtr<Gio::DBus::Connection> connection, std::string path, Draw draw,
             Chosen chosen);
 
-    /// Tells hosts what has changed, if anything.
+    /// Computes the content again and tells hosts what changed, if anything.
     void redraw() { update(); }
 
     const std::string& path() const { return object.path(); }
@@ -52,7 +52,7 @@ private:
     Chosen chosen;
     MenuEntries entries;
     std::uint32_t revision = 1;
-    ExportedObject object; ///< last: from then on it is asked for the rest
+    ExportedObject object; ///< last: calls that use the other members may arrive once it exists
 };
 
 } // namespace kelo::tray

@@ -33,8 +33,7 @@ ExportedObject::ExportedObject(Connection connection, std::string path, const ch
           [this](Glib::VariantBase& value, const Connection&, const Text&, const Text&, const Text&,
                  const Text& property) { value = this->members.properties.at(property)(); }) {
     const auto node = Gio::DBus::NodeInfo::create_for_xml(description);
-    const auto interface =
-        Glib::wrap(node->gobj()->interfaces[0], true); // the one that it describes
+    const auto interface = Glib::wrap(node->gobj()->interfaces[0], true);
     interfaceName = node->gobj()->interfaces[0]->name;
     registration = this->connection->register_object(path_, interface, table);
 }
@@ -47,7 +46,7 @@ void ExportedObject::emit(const std::string& signal, const Values& values) const
     try {
         connection->emit_signal(path_, interfaceName, signal, {}, values);
     } catch (const Glib::Error& error) {
-        g_debug("The signal %s found nobody: %s", signal.c_str(), error.what());
+        g_debug("The signal %s was not sent: %s", signal.c_str(), error.what());
     }
 }
 

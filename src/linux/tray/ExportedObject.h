@@ -9,22 +9,21 @@
 
 namespace kelo::tray {
 
-/// An object with one interface that other programs find on the bus until this goes. Calls and
-/// questions for what the interface does not name are refused as the bus prescribes. Main thread
-/// only.
+/// An object with one interface on the bus. Destroying it takes the object off the bus. Calls to
+/// unknown methods and properties are refused with the standard D-Bus errors. Main thread only.
 class ExportedObject {
 public:
     using Values = Glib::VariantContainerBase;
     struct Members {
-        /// Get the arguments and give the results, both as tuples of the types that the interface
-        /// describes. What throws a Glib::Error refuses the call with it.
+        /// Arguments and results are tuples of the types that the interface describes. A method
+        /// that throws a Glib::Error refuses the call with that error.
         std::map<std::string, std::function<Values(const Values&)>> methods;
-        /// Of the type that the interface describes.
+        /// Values have the types that the interface describes.
         std::map<std::string, std::function<Glib::VariantBase()>> properties;
     };
 
-    /// The description is D-Bus introspection data of one interface; every method and property in
-    /// it must be among the members. Throws Glib::Error when the path is taken or the connection
+    /// The description is D-Bus introspection data of one interface. The members must contain every
+    /// method and property in it. Throws Glib::Error if the path is taken or the connection is
     /// closed.
     ExportedObject(Glib::RefPtr<Gio::DBus::Connection> connection, std::string path,
                    const char* description, Members members);
@@ -32,7 +31,7 @@ public:
     ExportedObject(const ExportedObject&) = delete;
     ExportedObject& operator=(const ExportedObject&) = delete;
 
-    /// Sent to everybody who listens; lost without notice when the connection is closed.
+    /// Broadcasts a signal. Does nothing if the connection is closed.
     void emit(const std::string& signal, const Values& values = {}) const;
 
     const std::string& path() const { return path_; }

@@ -6,20 +6,19 @@
 
 namespace kelo::tray {
 
-/// Where another program can find one of our icons.
+/// Where other programs find one of our icons.
 struct IconFiles {
     bool areFound = false;
-    /// The folder with icon themes to look in; empty when the icon is where every program looks.
+    /// An additional folder with icon themes; empty if the icon is in a standard folder.
     std::string themePath;
 };
 
-/// Looks in the folders that every program knows (each may have an "icons" folder), and then beside
-/// the program, which may have been unpacked anywhere: in share/icons next to the folder that it
-/// is in.
+/// Looks in the "icons" subfolder of each data folder, then in "../share/icons" of the program's
+/// folder, because the program may have been unpacked anywhere.
 IconFiles findIconFiles(const std::string& iconName, const std::filesystem::path& programFolder,
                         const std::vector<std::string>& dataFolders);
 
-/// The same for this process.
+/// The same with the folders of this process.
 IconFiles findIconFiles(const std::string& iconName);
 
 } // namespace kelo::tray

@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-// Generated when building. Naming it keeps the linker from leaving the data out.
+// Generated at build time. This reference keeps the linker from dropping the data.
 extern "C" GResource* kelo_tray_get_resource(void);
 
 namespace kelo::tray {
@@ -31,7 +31,7 @@ std::optional<IconMask> maskFrom(const std::string& resource) {
     const int size = gdk_texture_get_width(texture.get());
     const auto side = static_cast<std::size_t>(size);
     std::vector<std::uint32_t> pixels(side * side);
-    // Each pixel is one number of this machine's byte order, with the alpha in its upper byte.
+    // Each pixel is one integer in this machine's byte order. Its highest byte is the alpha.
     gdk_texture_download(texture.get(), reinterpret_cast<guchar*>(pixels.data()),
                          side * sizeof(std::uint32_t));
     IconMask mask{size, {}};

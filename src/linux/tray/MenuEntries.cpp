@@ -1,5 +1,7 @@
 #include "linux/tray/MenuEntries.h"
 
+#include "linux/menu/MenuEntry.h"
+
 #include <algorithm>
 #include <string>
 #include <variant>
@@ -8,35 +10,17 @@ namespace kelo::tray {
 
 namespace {
 
-using Content = platform::Menu::value_type;
+using Content = platform::MenuEntry;
+using menu::labelOf;
 using Text = Glib::ustring;
 
-/// Hosts read a single underscore as the mark of a mnemonic; our texts are shown as they stand.
-std::string withoutMnemonics(const std::string& text) {
-    std::string result;
-    for (const char character : text) {
-        if (character == '_')
-            result += '_';
-        result += character;
-    }
-    return result;
-}
-
-/// One combination of keys, of the one stroke that our shortcuts have.
+/// A shortcut as the protocol has it: a list of key strokes, each a list of keys. Ours have one.
 Glib::VariantBase keysOf(const platform::KeyboardShortcut& shortcut) {
     std::vector<Text> keys;
     if (shortcut.modifier == platform::KeyModifier::command)
         keys.emplace_back("Control");
     keys.emplace_back(shortcut.key);
     return Glib::Variant<std::vector<std::vector<Text>>>::create({keys});
-}
-
-const std::string* labelOf(const Content& content) {
-    if (const auto* item = std::get_if<platform::MenuItem>(&content))
-        return &item->label;
-    if (const auto* link = std::get_if<platform::SettingsLink>(&content))
-        return &link->label;
-    return nullptr;
 }
 
 EntryProperties propertiesOf(const Content& content) {
@@ -46,7 +30,7 @@ EntryProperties propertiesOf(const Content& content) {
         properties["type"] = Glib::Variant<Text>::create("separator");
         return properties;
     }
-    properties["label"] = Glib::Variant<Text>::create(withoutMnemonics(*label));
+    properties["label"] = Glib::Variant<Text>::create(menu::withoutMnemonics(*label));
     if (const auto* item = std::get_if<platform::MenuItem>(&content)) {
         if (!item->enabled)
             properties["enabled"] = Glib::Variant<bool>::create(false);
@@ -56,14 +40,14 @@ EntryProperties propertiesOf(const Content& content) {
     return properties;
 }
 
-bool areOfOneKind(const Content& one, const Content& other) {
+bool areOfSameKind(const Content& one, const Content& other) {
     return one.index() == other.index();
 }
 
 bool areTheSame(const Content& one, const Content& other) {
     const auto* label = labelOf(one);
     const auto* otherLabel = labelOf(other);
-    return areOfOneKind(one, other) && (!label || *label == *otherLabel);
+    return areOfSameKind(one, other) && (!label || *label == *otherLabel);
 }
 
 } // namespace
@@ -96,17 +80,18 @@ MenuEntries::Change MenuEntries::update(const platform::Menu& menu) {
 }
 
 std::vector<MenuEntries::Entry> MenuEntries::withIdentifiers(const platform::Menu& menu) {
-    // A menu of the same build is the same menu, whatever its labels became. In any other, an entry
-    // is known by its label again.
-    const bool isOfOneBuild = std::equal(menu.begin(), menu.end(), entries.begin(), entries.end(),
-                                         [](const Content& content, const Entry& entry) {
-                                             return areOfOneKind(content, entry.content);
-                                         });
+    // If the kinds of the entries are as before, entries keep their identifiers even when their
+    // labels changed. Otherwise an entry keeps its identifier only if its label is the same.
+    const bool hasSameStructure =
+        std::equal(menu.begin(), menu.end(), entries.begin(), entries.end(),
+                   [](const Content& content, const Entry& entry) {
+                       return areOfSameKind(content, entry.content);
+                   });
     std::vector<Entry> result;
     auto rest = entries.cbegin();
     for (const auto& content : menu) {
         const auto known = std::find_if(rest, entries.cend(), [&](const Entry& entry) {
-            return isOfOneBuild || areTheSame(entry.content, content);
+            return hasSameStructure || areTheSame(entry.content, content);
         });
         const bool isKnown = known != entries.cend();
         result.push_back(

@@ -12,23 +12,24 @@
 
 namespace kelo::tray {
 
-/// What a host of trays is told about one entry. Only what differs from the protocol's defaults is
-/// in it.
+/// The properties of one entry that a tray host can read. Properties with the protocol's default
+/// value are left out.
 using EntryProperties = std::map<Glib::ustring, Glib::VariantBase>;
 
-/// A menu as hosts of trays know it: entries that are called by numbers.
+/// A menu as tray hosts see it: entries with numeric identifiers.
 class MenuEntries {
 public:
     struct Entry {
-        /// From 1 upwards; keeps naming this entry, and names no other after it has gone.
+        /// At least 1. Stays with this entry, and is not used again after the entry is gone.
         std::int32_t identifier = 0;
-        platform::Menu::value_type content;
+        platform::MenuEntry content;
         EntryProperties properties;
     };
 
-    /// What hosts have to be told after an update.
+    /// What an update changed, for the signals to the hosts.
     struct Change {
-        bool layout = false; ///< entries came, went or changed places; nothing else then matters
+        /// Entries were added, removed or moved. The other members are then empty.
+        bool layout = false;
         std::vector<std::pair<std::int32_t, EntryProperties>> updated;
         std::vector<std::pair<std::int32_t, std::vector<Glib::ustring>>> removed;
 
@@ -38,7 +39,7 @@ public:
     Change update(const platform::Menu& menu);
 
     const std::vector<Entry>& all() const { return entries; }
-    /// Null when there is none of that number.
+    /// Null if no entry has the identifier.
     const Entry* find(std::int32_t identifier) const;
 
 private:

@@ -9,8 +9,8 @@ namespace {
 using Text = Glib::Variant<Glib::ustring>;
 using Values = ExportedObject::Values;
 
-// ContextMenu and Scroll are missing on purpose: a host that gets the bus's own "unknown method"
-// shows the menu itself, or does nothing.
+// ContextMenu and Scroll are missing on purpose: on the error "unknown method" a host shows the
+// menu by itself, or does nothing.
 constexpr const char* description = R"xml(<node><interface name="org.kde.StatusNotifierItem">
 <property name="Category" type="s" access="read"/>
 <property name="Id" type="s" access="read"/>
@@ -66,7 +66,7 @@ ExportedObject::Members StatusNotifierItem::members(std::function<void()> activa
                  pixmaps = iconPixmaps(icon.masks, icon.color);
              return pixmaps;
          }},
-        // Hosts read these too, and take an item for broken that lacks one.
+        // Some hosts consider an item broken if one of these is missing.
         {"OverlayIconName", nothing},
         {"OverlayIconPixmap", noPixmaps},
         {"AttentionIconName", nothing},
@@ -78,7 +78,7 @@ ExportedObject::Members StatusNotifierItem::members(std::function<void()> activa
                  "(s@a(iiay)ss)", "", g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0),
                  identity.title.c_str(), ""));
          }},
-        // A click opens the menu where the host can do that; where it cannot, it activates.
+        // A click should open the menu. Hosts that cannot do that call Activate instead.
         {"ItemIsMenu", [] { return Glib::Variant<bool>::create(true); }},
         {"Menu",
          [this] { return Glib::Variant<Glib::DBusObjectPathString>::create(identity.menuPath); }},

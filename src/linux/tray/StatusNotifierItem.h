@@ -9,38 +9,38 @@
 
 namespace kelo::tray {
 
-/// How the item looks.
+/// The icon of an item.
 struct TrayIcon {
-    /// In the icon theme; empty when the icon's file is not where a theme could find it.
+    /// Name in the icon theme; empty if no icon theme contains the file.
     std::string name;
-    /// A folder with icon themes where hosts look first; empty for none.
+    /// A folder with icon themes where hosts look first; empty if there is none.
     std::string themePath;
-    /// Drawn by hosts that do not find the name.
+    /// For hosts that do not find the name.
     std::vector<IconMask> masks;
     std::uint32_t color = 0; ///< of the masks, 0xRRGGBB
 };
 
-/// The item in the tray (org.kde.StatusNotifierItem): always shown, always the same but for the
-/// color of its icon. Main thread only.
+/// The item in the tray (org.kde.StatusNotifierItem). It is always shown, and only the color of its
+/// icon ever changes. Main thread only.
 class StatusNotifierItem {
 public:
     struct Identity {
         std::string path;
-        std::string identifier; ///< stays the same from start to start
+        std::string identifier; ///< the same in every process of the program
         std::string title;
         std::string menuPath;
     };
 
-    /// activate is run when the user asks for the program itself, not for its menu; inside the
-    /// host's call, which waits for the answer. Throws Glib::Error when it cannot be exported.
+    /// activate is called when the user chooses the item itself instead of its menu. The host waits
+    /// until it returns. Throws Glib::Error if the item cannot be exported.
     StatusNotifierItem(Glib::RefPtr<Gio::DBus::Connection> connection, Identity identity,
                        TrayIcon icon, std::function<void()> activate);
 
-    /// Does nothing when the color stays.
+    /// Does nothing if the color is the same.
     void setColor(std::uint32_t color);
 
-    /// What the host gave along for the window that the user's click is going to raise; empty when
-    /// it gave nothing. To be had once.
+    /// The activation token that the host sent with the user's click, for the window that the click
+    /// raises. Empty if there is none. Each token is returned once.
     std::string takeActivationToken();
 
     const std::string& path() const { return object.path(); }
@@ -50,9 +50,9 @@ private:
 
     Identity identity;
     TrayIcon icon;
-    Glib::VariantBase pixmaps; ///< empty until asked for
+    Glib::VariantBase pixmaps; ///< empty until first requested
     std::string activationToken;
-    ExportedObject object; ///< last: from then on it is asked for the rest
+    ExportedObject object; ///< last: calls that use the other members may arrive once it exists
 };
 
 } // namespace kelo::tray

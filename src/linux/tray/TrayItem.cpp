@@ -12,12 +12,12 @@ TrayItem::TrayItem(const Glib::RefPtr<Gio::DBus::Connection>& connection, const 
                    Handlers handlers)
     : handlers(std::make_shared<Handlers>(std::move(handlers))),
       menu(connection, path + "/Menu", extra.content.body,
-           [this](const platform::Menu::value_type& entry) { choose(entry); }),
+           [this](const platform::MenuEntry& entry) { choose(entry); }),
       item(connection, {path, identifier, extra.title, path + "/Menu"}, std::move(icon),
            [this] { later(this->handlers->activate); }),
       registration(connection, path) {}
 
-void TrayItem::choose(const platform::Menu::value_type& entry) {
+void TrayItem::choose(const platform::MenuEntry& entry) {
     if (const auto* chosen = std::get_if<platform::MenuItem>(&entry))
         later(chosen->action);
     else
@@ -25,7 +25,7 @@ void TrayItem::choose(const platform::Menu::value_type& entry) {
 }
 
 void TrayItem::later(std::function<void()> action) {
-    // The token is taken now: the next one belongs to the next click.
+    // The token is taken now, because the next token belongs to the next click.
     MainLoop::main().post([weak = std::weak_ptr(handlers), action = std::move(action),
                            token = item.takeActivationToken()] {
         const auto handlers = weak.lock();

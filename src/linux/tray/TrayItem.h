@@ -1,8 +1,8 @@
 #pragma once
 
 #include "linux/tray/BusMenu.h"
-#include "linux/tray/HostRegistration.h"
 #include "linux/tray/StatusNotifierItem.h"
+#include "linux/tray/WatcherRegistration.h"
 #include "platform/SceneGraph.h"
 
 #include <functional>
@@ -11,39 +11,40 @@
 
 namespace kelo::tray {
 
-/// A menu bar extra of the scene graph in the desktop's tray, from its making until it goes. Where
-/// there is no tray it waits for one. What the user chooses is run in a later turn of the main
-/// loop, when the tray has its answer: it may be the program's end. Main thread only.
+/// A menu bar extra of the scene graph in the desktop's tray. If there is no tray, the item waits
+/// for one. The user's choice runs in a later turn of the main loop, after the reply to the tray,
+/// because the choice may end the program. Main thread only.
 class TrayItem {
 public:
     struct Handlers {
-        /// The user asks for the program itself, not for its menu.
+        /// The user chose the item itself instead of its menu.
         std::function<void()> activate;
         std::function<void()> openSettings;
-        /// Run before what the user chose, when the desktop gave along a token for the window that
-        /// this is going to raise.
+        /// Called before the user's choice runs, if the desktop sent an activation token for the
+        /// window that the choice raises.
         std::function<void(std::string token)> useActivationToken;
     };
 
-    /// The path is that of the item on the bus, the identifier is the program's and stays the same
-    /// from start to start. Throws Glib::Error when the item cannot be exported.
+    /// path: of the item on the bus. identifier: of the program, the same in every process of it.
+    /// Throws Glib::Error if the item cannot be exported.
     TrayItem(const Glib::RefPtr<Gio::DBus::Connection>& connection, const std::string& path,
              const std::string& identifier, platform::MenuBarExtra extra, TrayIcon icon,
              Handlers handlers);
 
-    /// Tells hosts what has changed in the menu, if anything.
+    /// Computes the menu again and tells hosts what changed, if anything.
     void redraw() { menu.redraw(); }
-    /// Of the icon where hosts do not color it themselves, 0xRRGGBB.
+    /// Color of the icon (0xRRGGBB) in hosts that do not color it themselves.
     void setColor(std::uint32_t color) { item.setColor(color); }
 
 private:
-    void choose(const platform::Menu::value_type& entry);
+    void choose(const platform::MenuEntry& entry);
     void later(std::function<void()> action);
 
     std::shared_ptr<Handlers> handlers;
     BusMenu menu;
     StatusNotifierItem item;
-    HostRegistration registration; ///< last: both must be there before a host hears of them
+    WatcherRegistration
+        registration; ///< last: menu and item must exist before the watcher hears of them
 };
 
 } // namespace kelo::tray

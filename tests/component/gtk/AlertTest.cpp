@@ -75,7 +75,7 @@ TEST_F(AlertDialog, SaysWhatTheAlertSays) {
         EXPECT_EQ(fields.front()->property_placeholder_text().get_value(),
                   "Wachtwoord of MFA-code");
         EXPECT_TRUE(isNamed(*fields.front(), "Wachtwoord of MFA-code"));
-        // The one that goes ahead at the end of the line, as this desktop has it.
+        // The affirmative button is at the end of the row, as usual on this desktop.
         EXPECT_LT(program.boxOf(*buttonNamed(window, "Annuleer")).x,
                   program.boxOf(*buttonNamed(window, "Registreer")).x);
         EXPECT_EQ(window.get_default_widget(), buttonNamed(window, "Registreer"));

@@ -13,7 +13,7 @@ namespace {
 constexpr const char* path = "/org/freedesktop/portal/desktop";
 constexpr const char* interface = "org.freedesktop.portal.Settings";
 
-/// The part of a desktop's portal that tells the colour scheme.
+/// The part of a desktop's portal that reports the color scheme.
 class FakePortal {
 public:
     explicit FakePortal(guint32 scheme)
@@ -55,7 +55,7 @@ private:
                                             const Glib::ustring&, const Glib::ustring&,
                                             const Glib::VariantContainerBase&,
                                             const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
-        // Portals wrap the answer once more than a reader would think.
+        // Portals wrap the reply in one more variant than the interface suggests.
         call->return_value(Glib::VariantContainerBase::create_tuple(
             Glib::Variant<Glib::VariantBase>::create(value())));
     }};

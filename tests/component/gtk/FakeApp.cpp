@@ -31,7 +31,7 @@ int FakeApp::count(const std::string& event) const {
 
 platform::WebContentDescription FakeApp::content() {
     if (!page) {
-        // Which windows there are by now, for the rule that the page comes before the window.
+        // Records whether windows exist already, for the rule that the page is made first.
         events.push_back(Gtk::Window::list_toplevels().empty() ? "page before windows"
                                                                : "page after windows");
         page = std::make_shared<FakePage>();
@@ -69,7 +69,12 @@ platform::Menu FakeApp::accountMenu() {
     item.label = "Register a Passkey on This Mac…";
     item.enabled = !state->registering.get();
     item.action = [this] { events.push_back("register"); };
-    return {item};
+    platform::MenuItem copy;
+    copy.label = "Copy Address";
+    copy.enabled = !state->registering.get();
+    copy.action = [this] { events.push_back("copy"); };
+    copy.shortcut = platform::KeyboardShortcut{"l", platform::KeyModifier::command};
+    return {item, copy};
 }
 
 platform::Menu FakeApp::trayMenu() {

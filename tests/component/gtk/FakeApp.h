@@ -11,7 +11,7 @@
 
 namespace kelo::tests {
 
-/// A system that has a main window, an "Account" menu and settings, and notes what is asked of it.
+/// An app with a main window, an "Account" menu and settings. It records what was asked of it.
 class FakeApp final : public platform::App, private platform::ApplicationDelegate {
 public:
     struct State : ObservableObject {
@@ -27,11 +27,13 @@ public:
     std::vector<platform::ProgramAction> actions() override;
 
     std::shared_ptr<State> state = std::make_shared<State>();
-    std::shared_ptr<FakePage> page; ///< made by the first drawing, when the toolkit is up
+    std::shared_ptr<FakePage>
+        page; ///< made by the first drawing, after the toolkit was initialized
     bool terminatesAfterLastWindow = false;
-    /// Has the last word on the overlay.
+    /// Called last on each overlay, to change it.
     std::function<void(platform::OverlayDescription&)> adjustOverlay;
-    std::vector<std::string> events; ///< "body", "content", "appear", "sign in", "register"
+    /// "body", "content", "appear", "sign in", "register", "copy"
+    std::vector<std::string> events;
 
     int count(const std::string& event) const;
 

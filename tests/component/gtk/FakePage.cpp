@@ -4,7 +4,7 @@
 
 namespace kelo::tests {
 
-FakePage::FakePage() {
+FakePage::FakePage() : FakeWebView({}, {}) {
     area.set_focusable();
     area.set_draw_func([](const Cairo::RefPtr<Cairo::Context>& context, int, int) {
         context->set_source_rgb(1, 0, 1);

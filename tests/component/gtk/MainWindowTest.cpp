@@ -1,5 +1,5 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/kit/WindowHandle.h"
+#include "linux/gtk/kit/ProgramWindow.h"
 #include "testing/screen/OtherProgram.h"
 
 #include <gdk/gdkkeysyms.h>
@@ -54,8 +54,8 @@ TEST(MainWindow, ShrinksToItsMinimumAndNoFurther) {
         const auto page = program.boxOf(area);
         const int x = page.x + page.width - 100;
         const int y = page.y + page.height - 100;
-        // The window manager's own way to resize a window from anywhere inside it. It needs a
-        // moment to take the mouse, so the hand goes on moving.
+        // The window manager resizes a window from any point inside it. It needs a moment to grab
+        // the mouse, so the pointer keeps moving.
         program.screen.hold(x, y, 3, GDK_KEY_Alt_L);
         int moved = 0;
         RunningProgram::until("the window is small", [&] {

@@ -1,13 +1,47 @@
 #include "component/gtk/RunningProgram.h"
 
 #include <gdk/gdkkeysyms.h>
+#include <glibmm/spawn.h>
 #include <gtest/gtest.h>
 #include <gtkmm/label.h>
+
+// After the others, because X11 defines macros with names that they use.
+#include <gdk/x11/gdkx.h>
+
+#include <X11/XKBlib.h>
 
 namespace kelo::tests {
 namespace {
 
 constexpr const char* command = "Register a Passkey on This Mac…";
+
+/// While it exists, the keyboard has a second, Cyrillic layout, which is the active one.
+class CyrillicLayout {
+public:
+    CyrillicLayout() {
+        Glib::spawn_command_line_sync("setxkbmap us,ru");
+        activate(1);
+    }
+    ~CyrillicLayout() {
+        activate(0);
+        Glib::spawn_command_line_sync("setxkbmap us");
+    }
+    CyrillicLayout(const CyrillicLayout&) = delete;
+    CyrillicLayout& operator=(const CyrillicLayout&) = delete;
+
+    static unsigned active() {
+        XkbStateRec state{};
+        XkbGetState(display(), XkbUseCoreKbd, &state);
+        return state.group;
+    }
+
+private:
+    static Display* display() { return gdk_x11_display_get_xdisplay(gdk_display_get_default()); }
+    static void activate(unsigned layout) {
+        XkbLockGroup(display(), XkbUseCoreKbd, layout);
+        XSync(display(), False);
+    }
+};
 
 class MainMenu : public testing::Test {
 protected:
@@ -23,6 +57,17 @@ protected:
         RunningProgram::until("the first menu is open", [&] { return entry("Settings…"); });
         program.screen.press(GDK_KEY_Right);
         RunningProgram::until("the next menu is open", [&] { return entry(command); });
+    }
+
+    /// Whether assistive technology finds the shortcut on the entry with the text.
+    bool hasAccessibleShortcut(const std::string& text, const std::string& shortcut) {
+        auto* button = entry(text)->get_ancestor(g_type_from_name("GtkModelButton"));
+        char* different = gtk_test_accessible_check_property(GTK_ACCESSIBLE(button->gobj()),
+                                                             GTK_ACCESSIBLE_PROPERTY_KEY_SHORTCUTS,
+                                                             shortcut.c_str());
+        const bool same = different == nullptr;
+        g_free(different);
+        return same;
     }
 
     RunningProgram program;
@@ -81,9 +126,114 @@ TEST_F(MainMenu, CommandFollowsThePublishedValueAlsoWhileTheMenuIsOpen) {
         program.app.state->registering = false;
         RunningProgram::until("it is back", [&] { return entry(command)->is_sensitive(); });
         EXPECT_EQ(program.app.count("register"), 0);
-        // An open menu holds the keyboard of the display, also of the next test's program.
+        // An open menu grabs the keyboard, even from the program of the next test.
         program.screen.press(GDK_KEY_Escape);
         RunningProgram::until("the menu is closed", [&] { return !entry(command); });
+    });
+}
+
+TEST_F(MainMenu, ShortcutRunsItsEntryFromTheKeyboard) {
+    program.run([&] {
+        program.untilActive(program.window("Kelo"));
+        program.screen.press(GDK_KEY_l, {GDK_KEY_Control_L});
+        RunningProgram::until("the command ran", [&] { return program.app.count("copy") == 1; });
+        EXPECT_EQ(program.app.count("register"), 0);
+    });
+}
+
+TEST_F(MainMenu, ShortcutNeedsItsModifier) {
+    program.run([&] {
+        program.untilActive(program.window("Kelo"));
+        program.screen.press(GDK_KEY_l);
+        program.screen.press(GDK_KEY_l, {GDK_KEY_Alt_L});
+        program.screen.press(GDK_KEY_l, {GDK_KEY_Control_L});
+        RunningProgram::until("the command ran", [&] { return program.app.count("copy") > 0; });
+        RunningProgram::settle();
+        EXPECT_EQ(program.app.count("copy"), 1);
+    });
+}
+
+TEST_F(MainMenu, ShortcutWorksOnACyrillicLayout) {
+    program.run([&] {
+        const CyrillicLayout layout;
+        ASSERT_EQ(CyrillicLayout::active(), 1u);
+        program.untilActive(program.window("Kelo"));
+        program.screen.press(GDK_KEY_l, {GDK_KEY_Control_L});
+        RunningProgram::until("the command ran", [&] { return program.app.count("copy") == 1; });
+    });
+}
+
+TEST_F(MainMenu, ShortcutOfADisabledEntryDoesNothing) {
+    program.run([&] {
+        program.untilActive(program.window("Kelo"));
+        program.app.state->registering = true;
+        RunningProgram::settle();
+        program.screen.press(GDK_KEY_l, {GDK_KEY_Control_L});
+        RunningProgram::settle();
+        EXPECT_EQ(program.app.count("copy"), 0);
+        program.app.state->registering = false;
+        RunningProgram::settle();
+        program.screen.press(GDK_KEY_l, {GDK_KEY_Control_L});
+        RunningProgram::until("the command ran", [&] { return program.app.count("copy") > 0; });
+        EXPECT_EQ(program.app.count("copy"), 1);
+    });
+}
+
+TEST_F(MainMenu, ShortcutsAreShownBesideTheirEntries) {
+    program.run([&] {
+        openAccountMenu();
+        EXPECT_TRUE(entry("Ctrl+L"));
+        program.screen.press(GDK_KEY_Left);
+        RunningProgram::until("the program's menu is open", [&] { return entry("Quit"); });
+        EXPECT_TRUE(entry("Ctrl+,"));
+        EXPECT_TRUE(entry("Ctrl+W"));
+        EXPECT_TRUE(entry("Ctrl+Q"));
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the menu is closed", [&] { return !entry("Quit"); });
+    });
+}
+
+TEST_F(MainMenu, AssistiveTechnologyFindsTheShortcuts) {
+    program.run([&] {
+        openAccountMenu();
+        EXPECT_TRUE(hasAccessibleShortcut("Copy Address", "Control+L"));
+        EXPECT_FALSE(hasAccessibleShortcut(command, "Control+L"));
+        program.screen.press(GDK_KEY_Left);
+        RunningProgram::until("the program's menu is open", [&] { return entry("Quit"); });
+        EXPECT_TRUE(hasAccessibleShortcut("Settings…", "Control+,"));
+        EXPECT_TRUE(hasAccessibleShortcut("Close Window", "Control+W"));
+        EXPECT_TRUE(hasAccessibleShortcut("Quit", "Control+Q"));
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the menu is closed", [&] { return !entry("Quit"); });
+    });
+}
+
+TEST_F(MainMenu, BeginsWithTheProgramsOwnMenu) {
+    program.run([&] {
+        program.screen.press(GDK_KEY_F10);
+        RunningProgram::until("the first menu is open", [&] { return entry("Settings…"); });
+        const auto texts = textsIn(program.window("Kelo"));
+        const std::vector<std::string> expected{"Kelo",   "Settings…", "Ctrl+,", "Close Window",
+                                                "Ctrl+W", "Quit",      "Ctrl+Q", "Account"};
+        EXPECT_EQ(texts, expected);
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the menu is closed", [&] { return !entry("Quit"); });
+    });
+}
+
+TEST_F(MainMenu, CloseWindowClosesTheWindowThatIsUsed) {
+    program.run([&] {
+        program.host.openSettings();
+        program.untilActive(program.window("Settings"));
+        program.screen.press(GDK_KEY_w, {GDK_KEY_Control_L});
+        RunningProgram::until("only the main window is left",
+                              [&] { return program.windowsOnScreen().size() == 1; });
+        program.untilActive(program.window("Kelo"));
+        program.screen.press(GDK_KEY_F10);
+        RunningProgram::until("the menu is open", [&] { return entry("Close Window"); });
+        program.click(*entry("Close Window"));
+        RunningProgram::until("no window is left",
+                              [&] { return program.windowsOnScreen().empty(); });
     });
 }
 

@@ -25,7 +25,7 @@ protected:
         RunningProgram::settle();
         program.untilDrawn(main());
     }
-    /// Draws with a description of the test's own.
+    /// Draws the description of the test.
     void drawAs(std::function<void(platform::OverlayDescription&)> adjust) {
         program.app.adjustOverlay = std::move(adjust);
         program.app.state->objectWillChange();

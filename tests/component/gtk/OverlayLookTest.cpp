@@ -51,7 +51,7 @@ int redness(Color color) {
 class OverlayLook : public OverlayFixture {
 protected:
     ~OverlayLook() override {
-        // The settings are the display's; the tests that follow start from the usual ones.
+        // The settings belong to the display, so they are reset for the following tests.
         Gtk::Settings::get_default()->reset_property("gtk-application-prefer-dark-theme");
     }
     void inBothSchemes(const std::function<void(const char* scheme)>& look) {
@@ -75,12 +75,12 @@ protected:
         const auto box = program.boxOf(*panel());
         return channelsOf(program.screen.colorAt(box.x + 8, box.y + box.height / 2));
     }
-    /// The part that the panel has of what is shown, the page below having the rest.
+    /// The opacity of the panel, from 0 to 1.
     double shownOpacity() {
         const Channels ground = themeColor("theme_bg_color");
         const Channels page = channelsOf(pageColor);
         const Channels shown = shownGround();
-        // The color in which the two differ most tells it best.
+        // The channel with the greatest difference gives the most exact result.
         std::size_t best = 0;
         for (std::size_t at = 1; at < page.size(); ++at)
             if (std::abs(page[at] - ground[at]) > std::abs(page[best] - ground[best]))

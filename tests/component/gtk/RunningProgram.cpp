@@ -53,7 +53,8 @@ bool RunningProgram::inBody(const std::function<void()>& body) {
 
 void RunningProgram::until(const std::string& what, const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + deadline;
-    // What happens on the display is not always an event of ours, so look again now and then.
+    // Not every change on the display is an event of this program, so the condition is also checked
+    // periodically.
     const guint tick = g_timeout_add(
         5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
     bool holds = condition();
@@ -67,7 +68,7 @@ void RunningProgram::until(const std::string& what, const std::function<bool()>&
 }
 
 void RunningProgram::settle() {
-    // Everything posted so far comes before this; a drawing that it asked for comes with a frame.
+    // All jobs posted so far run before this one. Drawings that they requested need a frame.
     bool turned = false;
     g_idle_add_full(
         G_PRIORITY_LOW,

@@ -17,7 +17,7 @@
 
 namespace kelo::tests {
 
-/// The desktop side of the program with a fake system in it, on a real display.
+/// The desktop side of the program with a fake app, on a real display.
 class RunningProgram {
 public:
     RunningProgram();
@@ -29,10 +29,9 @@ public:
     /// The same, but the body must make the program end.
     void runToItsOwnEnd(std::function<void()> body);
 
-    /// Lets the main loop run until the condition holds; a failure, and an exception, after a
-    /// generous deadline.
+    /// Runs the main loop until the condition holds. Fails and throws after a generous deadline.
     static void until(const std::string& what, const std::function<bool()>& condition);
-    /// Lets everything happen that is under way: what is posted, drawn, and sent to the display.
+    /// Runs the main loop until all posted jobs, drawings and requests to the display are done.
     static void settle();
 
     std::vector<Gtk::Window*> windowsOnScreen();
@@ -64,7 +63,7 @@ public:
     int status = -1;
 };
 
-/// All widgets below (and with) the root, in drawing order, also those not visible.
+/// The root and all its descendants, visible or not, in drawing order.
 std::vector<Gtk::Widget*> widgetsIn(Gtk::Widget& root);
 
 template <typename Kind>
@@ -79,13 +78,13 @@ std::vector<Kind*> visibleIn(Gtk::Widget& root) {
 /// The texts of all visible labels, in drawing order.
 std::vector<std::string> textsIn(Gtk::Widget& root);
 
-/// The visible button that assistive technology knows by the name; null when there is none.
+/// The visible button with the accessible name; null if there is none.
 Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name);
 
-/// Whether a screen reader would call the widget so.
+/// Whether the widget has this accessible name.
 bool isNamed(Gtk::Widget& widget, const std::string& name);
 
-/// A visible widget with the style class; null when there is none.
+/// A visible widget with the style class; null if there is none.
 Gtk::Widget* withClass(Gtk::Widget& root, const std::string& cssClass);
 
 } // namespace kelo::tests

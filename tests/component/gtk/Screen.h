@@ -21,8 +21,8 @@ struct Color {
     friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// The display as its user has it: what is on the screen, and the keyboard and mouse before it. It
-/// returns when the server has done what was asked for.
+/// The display as the user has it: the picture on the screen, the keyboard and the mouse. Every
+/// function returns after the server has processed the request.
 class Screen {
 public:
     /// Presses and releases a key (GDK_KEY_...) while the modifiers are held.
@@ -45,11 +45,11 @@ public:
     /// Where the surface's upper left corner is on the screen.
     std::pair<int, int> origin(GdkSurface* surface);
 
-    /// What window managers know about how far the surface may be resized.
+    /// The size limits of the surface that window managers read.
     struct SizeLimits {
         int minimumWidth = 0;
         int minimumHeight = 0;
-        int maximumWidth = 0; ///< 0: as far as anybody likes, as the height
+        int maximumWidth = 0; ///< 0: no limit
         int maximumHeight = 0;
     };
     SizeLimits sizeLimits(GdkSurface* surface);

@@ -1,5 +1,5 @@
 #include "component/gtk/RunningProgram.h"
-#include "linux/gtk/kit/WindowHandle.h"
+#include "linux/gtk/kit/ProgramWindow.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>

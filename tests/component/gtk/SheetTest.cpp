@@ -16,7 +16,7 @@ namespace {
 constexpr const char* signInTitle = "Sign in with a passkey?";
 constexpr const char* registrationTitle = "Create a passkey?";
 
-/// What came of a task: nothing yet, or its result, which may be "cancelled".
+/// The result of a task: empty while it runs; the result itself may be "cancelled".
 template <typename T>
 using Result = std::shared_ptr<std::optional<std::optional<T>>>;
 
@@ -240,7 +240,7 @@ TEST_F(PasskeySheet, CancelWhileNothingIsAskedRunsTheAction) {
         RunningProgram::until("the action ran", [&] { return current == 1; });
         EXPECT_EQ(former, 0);
         RunningProgram::until("the sheet is gone", [&] { return isGone(); });
-        // Whatever the verification still says has nobody to say it to.
+        // Messages of the verification after the cancellation are ignored.
         sheet->showError("Too late.");
         const auto answer = startQuestion("Password: ");
         untilEnded(answer);

@@ -1,6 +1,6 @@
 // Starts the desktop side as the program does, for the tests of a second start, of the command line
-// and of a start without a session bus. Prints what the system was asked for; ends when its window
-// has appeared or it has waved.
+// and of a start without a session bus. Prints what the app was asked for. Exits after its window
+// appeared or its "wave" action ran.
 #include "component/gtk/FakeApp.h"
 #include "linux/gobject/GLibMainLoop.h"
 #include "linux/gtk/application/GtkApplicationHost.h"

@@ -44,7 +44,7 @@ Ended startAndWait(const std::vector<std::string>& environment,
     return ended;
 }
 
-/// Runs a program beside this one, whose main loop goes on meanwhile.
+/// Runs a program while the main loop of this one continues.
 Ended runBeside(const std::vector<std::string>& command) {
     Ended ended;
     bool isOver = false;
@@ -148,7 +148,7 @@ TEST(StartWithoutSessionBus, RunsForItselfAndDoesNotWait) {
                              {"GTK_A11Y", "none"}}));
         EXPECT_EQ(ended.status, 0) << address;
         EXPECT_EQ(ended.output, "body\nappear\n") << address;
-        // A call on a bus that is not there would take 25 s to give up.
+        // A call on a missing bus would fail only after 25 s.
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(25)) << address;
     }
 }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* program = "app.kelo.Kelo";
 
-/// What a tray sees of the program, on a connection of its own.
+/// The program as a tray sees it, on a separate connection.
 class Tray {
 public:
     Tray()
@@ -25,7 +25,7 @@ public:
                   Gio::DBus::ConnectionFlags::MESSAGE_BUS_CONNECTION)) {}
     ~Tray() { connection->close_sync(); }
 
-    /// The answer as GVariant text; empty for a failure.
+    /// The reply as GVariant text; empty for an error.
     std::string call(const std::string& path, const std::string& interface,
                      const std::string& method, const std::string& arguments) {
         std::string answer;

@@ -191,7 +191,7 @@ TEST_F(UpdateWindows, ScheduledOfferDoesNotTakeTheKeyboard) {
         EXPECT_TRUE(main.is_active());
         EXPECT_TRUE(driver->bringToFront());
         program.untilActive(shown);
-        // Once it has been shown so, it is not for ever.
+        // The progress disappears again with the next content.
         driver->dismiss();
         start(driver->showOffer(offer, CheckKind::userInitiated));
         window();

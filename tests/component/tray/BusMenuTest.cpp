@@ -71,7 +71,7 @@ TEST_F(BusMenu, RefusesWhatItDoesNotHave) {
 
 TEST_F(BusMenu, AnswersBeforeItRunsWhatWasClicked) {
     bool isAnswered = false;
-    // An action that takes long, and one that ends the program, must find the host served.
+    // An action may take long or end the program, so the host must have its reply first.
     bed.content[0] =
         platform::MenuItem{"Open Kelo", true, [&] {
                                bed.until("the answer has come", [&] { return isAnswered; });

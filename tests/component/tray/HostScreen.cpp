@@ -13,7 +13,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr int twoFrames = 40;
 
-/// What happens in other programs is no event here, so look again now and then.
+/// Changes in other programs cause no event here, so the screen is checked periodically.
 void pause(int milliseconds) {
     poll(nullptr, 0, milliseconds);
 }
@@ -93,7 +93,7 @@ std::vector<Area> HostScreen::lines(const Area& menu) const {
     std::vector<Area> found;
     int begin = -1; // of the line that y is in
     for (int y = menu.y; y <= menu.y + menu.height; ++y) {
-        // A line of text has more than one color; a separator, and what is between, has one.
+        // A row of pixels with text has several colors; a separator or a gap has only one.
         bool hasText = false;
         for (int x = menu.x + 12; x < menu.x + menu.width - 12; ++x)
             hasText = hasText || (y < menu.y + menu.height &&

@@ -22,14 +22,14 @@ struct Area {
     friend bool operator==(const Area&, const Area&) = default;
 };
 
-/// A screen with a tray on it, looked at and clicked as a person does.
+/// A screen with a tray on it. Tests look at its pixels and click with its mouse.
 class HostScreen {
 public:
     /// Throws after a generous deadline.
     void until(const std::string& what, const std::function<bool()>& condition) const;
-    /// Returns when the screen has stood still for a moment.
+    /// Returns when the screen has not changed for a moment.
     screen::Picture still() const;
-    /// Where the screen differs from an earlier picture of it; nothing when it does not.
+    /// The area in which the screen differs from an earlier picture; empty if there is none.
     std::optional<Area> changed(const screen::Picture& before) const;
 
     /// The menu that has come up; waits for it, and until it is drawn.

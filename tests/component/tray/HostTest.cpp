@@ -10,7 +10,7 @@
 #include <fstream>
 #include <unistd.h>
 
-/// The program's item in trays that people use, clicked with the mouse.
+/// The program's item in real trays, clicked with the mouse.
 namespace kelo::tests {
 namespace {
 
@@ -30,7 +30,7 @@ struct Host {
     std::string name;
     std::vector<std::string> command;
     void (*configure)(bool dark);
-    /// What a click on the icon is: not every host opens the menu of an item by the left button.
+    /// The button that opens the menu. Not every host opens it with the left button.
     unsigned menuButton;
 };
 
@@ -141,7 +141,8 @@ protected:
     bool isDrawn(const Area& area) const {
         return screen::Picture(screen.connection).isDrawn(area.x, area.y, area.width, area.height);
     }
-    /// Between the icon's strongest color and its ground, as accessibility guidelines count it.
+    /// The contrast between the icon's strongest color and its background, as accessibility
+    /// guidelines define it.
     double contrast(const Area& icon) const {
         const screen::Picture picture(screen.connection);
         const double ground = luminance(picture.color(icon.x, icon.y));

@@ -1,5 +1,5 @@
 // The desktop side of the program with the menu of its item in the tray, for the tests with real
-// trays. Prints what it was asked for.
+// trays. Prints what the user chose.
 #include "component/gtk/FakePage.h"
 #include "linux/gobject/GLibMainLoop.h"
 #include "linux/gtk/application/GtkApplicationHost.h"

@@ -30,7 +30,7 @@ Glib::RefPtr<Gio::DBus::Connection> connect() {
             Gio::DBus::ConnectionFlags::MESSAGE_BUS_CONNECTION);
 }
 
-/// Without the types of what is empty.
+/// Removes the type annotations of empty containers.
 std::string plain(std::string text) {
     for (const std::string type : {"@av ", "@a{sv} "})
         for (auto at = text.find(type); at != std::string::npos; at = text.find(type))
@@ -124,7 +124,7 @@ void TrayBed::until(const std::string& what, const std::function<bool()>& condit
 }
 
 void TrayBed::settle() {
-    // Signals and replies of one program arrive in their order, and posted jobs run in theirs.
+    // Signals and replies of one client arrive in order, and posted jobs run in order.
     bool isPosted = false;
     mainLoop.post([&] { isPosted = true; });
     until("the jobs have run", [&] { return isPosted; });

@@ -14,8 +14,8 @@
 
 namespace kelo::tests {
 
-/// A session bus with two programs on it: ours, and one that looks at ours as a tray does. Both
-/// run in this process's main loop.
+/// A session bus with two clients: our program, and another one that reads our item as a tray does.
+/// Both run in this process's main loop.
 class TrayBed {
 public:
     TrayBed();
@@ -26,18 +26,18 @@ public:
         std::string error; ///< the bus's name of it; empty for success
         Glib::VariantContainerBase values;
     };
-    /// Calls our program from the other one and waits for the answer. The arguments are GVariant
-    /// text, a tuple.
+    /// Calls our program from the other client and waits for the reply. The arguments are a tuple
+    /// in GVariant text.
     Answer call(const std::string& path, const std::string& interface, const std::string& method,
                 const std::string& arguments);
     Answer menu(const std::string& method, const std::string& arguments);
     Answer item(const std::string& method, const std::string& arguments);
 
-    /// Lets the main loop run until the condition holds; throws after a generous deadline.
+    /// Runs the main loop until the condition holds. Throws after a generous deadline.
     static void until(const std::string& what, const std::function<bool()>& condition);
-    /// Returns when the other program has got everything that ours has sent so far.
+    /// Returns when the other client has received everything that our program sent so far.
     void settle();
-    /// The signals so far that the other program got, each as its name and GVariant text.
+    /// The signals that the other client received so far, each as its name and GVariant text.
     std::vector<std::string> signals;
 
     gobject::GLibMainLoop mainLoop;
@@ -57,7 +57,7 @@ private:
     guint subscription = 0;
 };
 
-/// What trays announce themselves by. It looks at each item at once when the item registers.
+/// A StatusNotifierWatcher. It reads each item as soon as the item registers.
 class FakeWatcher {
 public:
     explicit FakeWatcher(TrayBed& bed);

@@ -1,7 +1,7 @@
 // A mouse for scripts on a Wayland desktop, plugged in until its input ends.
 //   kelo-wayland-mouse width height
-// Reads lines "move x y", "left" and "right", and answers each with "done" when the compositor has
-// taken it.
+// Reads the lines "move x y", "left" and "right". Answers each with "done" after the compositor has
+// processed it.
 #include "component/tray/WaylandPointer.h"
 
 #include <exception>

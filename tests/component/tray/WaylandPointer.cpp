@@ -11,8 +11,8 @@ namespace kelo::tests {
 
 namespace {
 
-// The protocol is of the compositor's family and no library declares it, so its tables are here.
-// The places of the requests are their numbers on the wire.
+// No library declares this protocol of a family of compositors, so its tables are here. The order
+// of the requests defines their numbers on the wire.
 enum ManagerRequest : std::uint32_t { createPointer };
 enum PointerRequest : std::uint32_t {
     moveAbsolute = 1,
@@ -95,7 +95,7 @@ WaylandPointer::WaylandPointer(std::uint32_t width, std::uint32_t height)
         throw std::runtime_error(std::string("the compositor has no ") + managerInterface.name);
     const std::unique_ptr<wl_proxy, DestroyLocally> manager(
         static_cast<wl_proxy*>(wl_registry_bind(registry.get(), name, &managerInterface, 1)));
-    // On the seat that the compositor thinks best, which takes a null for the seat.
+    // A null seat lets the compositor choose one.
     pointer.reset(wl_proxy_marshal_flags(manager.get(), createPointer, &pointerInterface, 1, 0,
                                          static_cast<wl_proxy*>(nullptr), nullptr));
     settle();

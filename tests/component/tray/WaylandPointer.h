@@ -8,10 +8,10 @@ struct wl_proxy;
 
 namespace kelo::tests {
 
-/// A mouse on a Wayland desktop that has none: a compositor on a headless screen gives its clients
-/// a pointer only while one is plugged in, so this stays plugged in for as long as it lives. Needs
-/// a compositor with zwlr_virtual_pointer_manager_v1. Every function returns when the compositor
-/// has taken what was done, and throws std::runtime_error when it refused or went away.
+/// A virtual mouse for a Wayland compositor without a real one, plugged in until it is destroyed.
+/// Needs a compositor with zwlr_virtual_pointer_manager_v1. Every function returns after the
+/// compositor has processed the request, and throws std::runtime_error if the compositor refused it
+/// or exited.
 class WaylandPointer {
 public:
     /// `width` and `height` are those of the only screen, in the pixels that moveTo() counts.

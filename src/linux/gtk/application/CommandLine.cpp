@@ -13,9 +13,9 @@ namespace kelo::gtk {
 
 namespace {
 
-constexpr int wrongUse = 2;
+constexpr int wrongUsageStatus = 2;
 
-/// Options without a value, and whether they were given.
+/// Options without a value.
 class Switches {
 public:
     bool& add(const std::string& name, const std::string& description) {
@@ -27,7 +27,7 @@ public:
         return given;
     }
 
-    /// Throws Glib::Error. Prints the help and ends the process when asked for it.
+    /// Throws Glib::Error. Prints the help and ends the process if it was requested.
     void read(std::vector<std::string> words) {
         Glib::OptionContext context;
         context.set_main_group(group);
@@ -40,12 +40,12 @@ public:
         context.parse(count, start);
         if (count > 1)
             throw Glib::OptionError(Glib::OptionError::UNKNOWN_OPTION,
-                                    std::string("There is nothing to open by name: ") + start[1]);
+                                    std::string("Unexpected argument: ") + start[1]);
     }
 
 private:
     Glib::OptionGroup group{"kelo", ""};
-    std::deque<bool> values; ///< stay where they are
+    std::deque<bool> values; ///< a deque, because the group keeps pointers to the elements
 };
 
 } // namespace
@@ -66,7 +66,7 @@ CommandLine readCommandLine(const std::vector<std::string>& words,
         switches.read(words);
     } catch (const Glib::Error& error) {
         std::cerr << "kelo: " << error.what() << "\nTry \"kelo --help\".\n";
-        result.exitStatus = wrongUse;
+        result.exitStatus = wrongUsageStatus;
         return result;
     }
     for (const auto& [given, report] : reportSwitches)

@@ -9,24 +9,25 @@
 
 namespace kelo::gtk {
 
-/// Something that the command line can ask about the program and this desktop. It is printed, and
-/// the program ends; no display is needed for it.
+/// A command line option that prints a report about the program or this desktop. The program then
+/// exits. Needs no display.
 struct ReportOption {
-    std::string name; ///< of the option, without dashes
+    std::string name; ///< without dashes
     std::string description;
     std::function<std::string()> text;
 };
 
-/// What a start of the program was asked for.
+/// The parsed command line.
 struct CommandLine {
-    /// To end with at once: a report or the help was printed, or there is nothing of that name.
+    /// Set if the program must exit at once: a report was printed, or the options are wrong.
     std::optional<int> exitStatus;
-    /// Names of the program's actions; empty to open its window.
+    /// Names of the requested actions. Empty means to open the main window.
     std::vector<std::string> actions;
 };
 
-/// Reads the words that main() got, the program's own name first, and prints what they ask to be
-/// told.
+/// Parses the arguments of main(), the program's name included, and prints the requested reports.
+/// For
+/// "--help" it prints the help and ends the process.
 CommandLine readCommandLine(const std::vector<std::string>& words,
                             const std::vector<ReportOption>& reports,
                             const std::vector<platform::ProgramAction>& actions);

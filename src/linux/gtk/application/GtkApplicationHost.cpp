@@ -4,11 +4,10 @@
 #include "deployment/Deployment.h"
 #include "linux/gtk/application/MenuBarExtras.h"
 #include "linux/gtk/application/RunningInstance.h"
-#include "linux/gtk/kit/ActivationToken.h"
 #include "linux/gtk/kit/ColorScheme.h"
 #include "linux/gtk/kit/ModalWindow.h"
-#include "linux/gtk/kit/Program.h"
 #include "linux/gtk/kit/Style.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/gtk/main/MainWindow.h"
 #include "linux/gtk/main/MenuBar.h"
 #include "linux/gtk/main/SettingsWindow.h"
@@ -26,14 +25,14 @@ namespace {
 
 constexpr const char* quitAction = "quit";
 
-/// Texts follow the user's language, but the C++ streams of other rooms must not begin to group the
-/// digits of a port number, as they would under the user's locale.
+// Texts follow the user's language. But with the user's locale as the global C++ locale, streams in
+// other rooms would group the digits of a port number.
 void keepStreamsPlain() {
     Glib::set_init_to_users_preferred_locale(false);
 }
 
-// Whoever asked for the action may show a waiting pointer until a window of ours appears, and an
-// action may open none.
+// The desktop may show a busy pointer until a window of the program appears, but an action may open
+// no window.
 void endStartUpNotice() {
     GdkDisplay* const display = gdk_display_get_default();
     const char* const identifier =
@@ -53,7 +52,7 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
 GtkApplicationHost::~GtkApplicationHost() = default;
 
 int GtkApplicationHost::run(platform::App& toRun) {
-    auto actions = ownActions();
+    actions = standardActions();
     for (auto& action : toRun.actions())
         actions.push_back(std::move(action));
     auto asked = readCommandLine(arguments, reports, actions);
@@ -61,7 +60,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
         return *asked.exitStatus;
     if (!asked.actions.empty() && askRunningInstance(asked.actions))
         return 0;
-    // There is nothing to quit, and no sense in starting for it.
+    // No process is running, so there is nothing to quit.
     if (std::find(asked.actions.begin(), asked.actions.end(), quitAction) != asked.actions.end())
         return 0;
     app = &toRun;
@@ -71,7 +70,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     mainWindows.clear();
     settings.reset();
     menuBarExtras.reset();
-    menuBar_.reset();
+    menuBar.reset();
     colorScheme.reset();
     scenes.clear();
     app = nullptr;
@@ -80,9 +79,9 @@ int GtkApplicationHost::run(platform::App& toRun) {
 
 void GtkApplicationHost::makeApplication() {
     const std::string identifier(deployment::applicationIdentifier);
-    // Desktops match windows to the desktop entry by this name.
+    // Desktops use this name to find the desktop entry of a window.
     Glib::set_prgname(identifier);
-    if (Glib::get_application_name() != programName) // the toolkit takes a name only once
+    if (Glib::get_application_name() != programName) // the toolkit accepts a name only once
         Glib::set_application_name(programName);
     application = Gtk::Application::create(identifier);
     application->signal_startup().connect([this] { startUp(); });
@@ -94,12 +93,20 @@ void GtkApplicationHost::startUp() {
     colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
     addActions();
     readScenes();
-    // After the window, which somebody waits for. The color scheme goes when the run ends.
+    menuBar = std::make_unique<MenuBar>(MenuActions{
+        *application, [this](const std::string& action, const std::string& accelerator) {
+            application->set_accels_for_action(
+                action, accelerator.empty() ? std::vector<Glib::ustring>{}
+                                            : std::vector<Glib::ustring>{accelerator});
+        }});
+    menuBar->append(programMenu());
+    // After the window, because the user is waiting for it. The color scheme is destroyed when the
+    // run ends.
     MainLoop::main().post([this, running = std::weak_ptr(colorScheme)] {
         if (!running.expired())
             showMenuBarExtras();
     });
-    // Whether the program outlives its last window is the delegate's to say, not the toolkit's.
+    // The delegate decides whether the program exits after its last window, not the toolkit.
     application->hold();
 }
 
@@ -110,25 +117,45 @@ void GtkApplicationHost::showMenuBarExtras() {
 }
 
 void GtkApplicationHost::addActions() {
-    application->add_action("preferences", [this] { openSettings(); });
-    auto actions = ownActions();
-    for (auto& action : app->actions())
-        actions.push_back(std::move(action));
     for (const auto& action : actions)
         application->add_action(action.name, [run = action.action] {
             run();
             endStartUpNotice();
         });
-    application->set_accel_for_action("app.quit", "<Control>q");
-    application->set_accel_for_action("app.preferences", "<Control>comma");
-    application->set_accel_for_action("win.close", "<Control>w");
 }
 
-std::vector<platform::ProgramAction> GtkApplicationHost::ownActions() {
+std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
     return {
         {"open", "Open the main window, or raise it when it is open", [this] { openMainWindow(); }},
         {"settings", "Open the settings", [this] { openSettings(); }},
         {quitAction, "End the running program, if there is one", [this] { terminate(); }}};
+}
+
+platform::CommandMenu GtkApplicationHost::programMenu() {
+    using platform::KeyModifier;
+    using platform::MenuItem;
+    platform::Menu menu;
+    if (settingsScene()) {
+        menu.push_back(MenuItem{"Settings…", true, [this] { openSettings(); },
+                                platform::KeyboardShortcut{",", KeyModifier::command}});
+        menu.push_back(platform::MenuSeparator{});
+    }
+    menu.push_back(MenuItem{"Close Window", true, [this] { closeActiveWindow(); },
+                            platform::KeyboardShortcut{"w", KeyModifier::command}});
+    menu.push_back(MenuItem{"Quit", true, [this] { terminate(); },
+                            platform::KeyboardShortcut{"q", KeyModifier::command}});
+    return {programName, {[menu] { return menu; }}};
+}
+
+// Not before the first main window: computing the menus makes the objects that they show, and those
+// of the window's content come first.
+void GtkApplicationHost::addCommandMenus() {
+    if (std::exchange(hasCommandMenus, true))
+        return;
+    for (const auto& scene : scenes)
+        if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
+            for (const auto& menu : group->commands)
+                menuBar->append(menu);
 }
 
 void GtkApplicationHost::readScenes() {
@@ -153,7 +180,7 @@ void GtkApplicationHost::openMainWindow() {
 
 void GtkApplicationHost::activate() {
     const auto open = programWindows();
-    // A token that came with the click is left to the window that is opened next.
+    // A kept activation token stays for the window that opens next.
     if (!open.empty())
         open.front()->present();
 }
@@ -171,11 +198,12 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
     const auto* group = windowGroup(identifier);
     if (!group)
         return;
-    // Before the window is built: reading the content sets its page loading, and the page takes
-    // longer than the window.
+    // Before the window is built, because computing the content starts to load its page, which
+    // takes longer than building the window.
     const auto description = group->content.body();
+    addCommandMenus();
     const auto window =
-        std::make_shared<MainWindow>(*group, description, menuBar().model(),
+        std::make_shared<MainWindow>(*group, description, menuBar->model(),
                                      [this, name = group->identifier] { mainWindowClosed(name); });
     mainWindows.emplace(group->identifier, window);
     application->add_window(*window);
@@ -199,9 +227,17 @@ void GtkApplicationHost::openSettings() {
 
 void GtkApplicationHost::present(Gtk::Window& window) {
     presentWithActivationToken(window);
-    // While a dialog is up, it is the one that can be answered.
+    // An open dialog blocks the window, so it has to be in front of it.
     if (auto* modal = ModalWindow::topmost())
         modal->present();
+}
+
+void GtkApplicationHost::closeActiveWindow() {
+    // A dialog has to be answered first.
+    if (ModalWindow::topmost())
+        return;
+    if (auto* window = dynamic_cast<ProgramWindow*>(application->get_active_window()))
+        window->close();
 }
 
 void GtkApplicationHost::mainWindowClosed(const std::string& identifier) {
@@ -214,7 +250,7 @@ void GtkApplicationHost::mainWindowClosed(const std::string& identifier) {
 
 void GtkApplicationHost::windowClosed(std::shared_ptr<ProgramWindow> window) {
     application->remove_window(*window);
-    // The window is inside its own event handling still.
+    // Destroyed later, because the window is still inside its own event handling.
     MainLoop::main().post([window = std::move(window)]() mutable { window.reset(); });
     if (programWindows().empty() &&
         app->applicationDelegate().applicationShouldTerminateAfterLastWindowClosed())
@@ -245,17 +281,6 @@ std::vector<ProgramWindow*> GtkApplicationHost::programWindows() {
         if (auto* ours = dynamic_cast<ProgramWindow*>(window))
             found.push_back(ours);
     return found;
-}
-
-MenuBar& GtkApplicationHost::menuBar() {
-    if (!menuBar_) {
-        std::vector<platform::CommandMenu> menus;
-        for (const auto& scene : scenes)
-            if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
-                menus.insert(menus.end(), group->commands.begin(), group->commands.end());
-        menuBar_ = std::make_unique<MenuBar>(*application, menus, settingsScene() != nullptr);
-    }
-    return *menuBar_;
 }
 
 const platform::WindowGroup* GtkApplicationHost::firstWindowGroup() const {

@@ -19,16 +19,16 @@ class MenuBarExtras;
 class ProgramWindow;
 class SettingsWindow;
 
-/// The program as a desktop application that runs once for each user: a second start wakes the
-/// first one over the session bus and ends. Without a session bus every start runs for itself.
+/// The program as a desktop application with one process for each user: a second process activates
+/// the first one over the session bus and exits. Without a session bus every process runs for
+/// itself.
 ///
-/// The toolkit is up from run() on, unless the command line asked for something that does not need
-/// it. There is one host at a time. The main loop of the
-/// process (MainLoop) must be installed while it runs.
+/// run() initializes the toolkit, unless the command line asked for something that does not need
+/// it. There is one host at a time. The process's main loop (MainLoop) must be installed while it
+/// runs. Main thread only.
 class GtkApplicationHost final : public platform::Application {
 public:
-    /// With the command line as main() has it, the program's own name first, and what it can be
-    /// asked about this desktop.
+    /// arguments: of main(), the program's name included. reports: options for the command line.
     explicit GtkApplicationHost(std::vector<std::string> arguments = {"kelo"},
                                 std::vector<ReportOption> reports = {});
     ~GtkApplicationHost() override;
@@ -36,13 +36,13 @@ public:
     int run(platform::App& app) override;
     void activate() override;
     void terminate() override;
-    /// A name that no window group has is ignored.
+    /// Does nothing if no window group has the identifier.
     void openWindow(std::string_view identifier) override;
     std::shared_ptr<platform::Window> keyWindow() override;
     std::vector<std::shared_ptr<platform::Window>> windows() override;
     std::shared_ptr<platform::Window> makePlainWindow() override;
 
-    /// Opens or raises the settings; does nothing when the program has none.
+    /// Opens or raises the settings window. Does nothing if the program has no settings.
     void openSettings();
 
 private:
@@ -50,8 +50,12 @@ private:
     void startUp();
     void addActions();
     void showMenuBarExtras();
-    /// What the command line can ask for besides the program's own actions.
-    std::vector<platform::ProgramAction> ownActions();
+    /// The program's actions that every desktop application has; the app adds its own.
+    std::vector<platform::ProgramAction> standardActions();
+    /// The menu with the program's name, first in the main menu.
+    platform::CommandMenu programMenu();
+    void addCommandMenus();
+    void closeActiveWindow();
     void readScenes();
     void activated();
     void openMainWindow();
@@ -59,21 +63,22 @@ private:
     const platform::WindowGroup* firstWindowGroup() const;
     const platform::WindowGroup* windowGroup(std::string_view identifier) const;
     const platform::SettingsScene* settingsScene() const;
-    MenuBar& menuBar();
     void mainWindowClosed(const std::string& identifier);
     void windowClosed(std::shared_ptr<ProgramWindow> window);
     std::vector<ProgramWindow*> programWindows();
 
     const std::vector<std::string> arguments;
     const std::vector<ReportOption> reports;
-    std::vector<std::string> requestedActions; ///< by this start, in place of a window
+    std::vector<std::string> requestedActions; ///< on the command line, instead of a window
     Glib::RefPtr<Gtk::Application> application;
-    platform::App* app = nullptr; ///< while it runs
+    platform::App* app = nullptr; ///< during run()
+    std::vector<platform::ProgramAction> actions;
     platform::SceneGraph scenes;
     bool scenesRead = false;
     std::shared_ptr<ColorScheme> colorScheme;
     std::unique_ptr<MenuBarExtras> menuBarExtras;
-    std::unique_ptr<MenuBar> menuBar_;
+    std::unique_ptr<MenuBar> menuBar;
+    bool hasCommandMenus = false;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
     std::shared_ptr<SettingsWindow> settings;
 };

@@ -1,9 +1,9 @@
 #include "linux/gtk/application/MenuBarExtras.h"
 
 #include "deployment/Deployment.h"
-#include "linux/gtk/kit/ActivationToken.h"
 #include "linux/gtk/kit/ColorScheme.h"
-#include "linux/gtk/kit/SystemImage.h"
+#include "linux/gtk/kit/Style.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/tray/IconFiles.h"
 #include "linux/tray/TrayItem.h"
 
@@ -13,10 +13,11 @@ namespace kelo::gtk {
 
 namespace {
 
-// A dark desktop has a dark panel. One that is light, or does not say, may have either: the gray
-// stands out from the usual light and dark grays of panels by 3 to 1, from white and black by more.
+// A dark desktop has a dark panel. A light desktop, or one that does not report its scheme, may
+// have a light or a dark panel. The gray has a contrast of at least 3 to 1 against the usual grays
+// of panels.
 constexpr std::uint32_t onDark = 0xf2f2f2;
-constexpr std::uint32_t onAnything = 0x7f7f7f;
+constexpr std::uint32_t onEitherScheme = 0x7f7f7f;
 
 } // namespace
 
@@ -29,14 +30,14 @@ MenuBarExtras::MenuBarExtras(const Glib::RefPtr<Gio::DBus::Connection>& connecti
     for (const auto& scene : scenes)
         if (const auto* extra = std::get_if<platform::MenuBarExtra>(&scene))
             add(connection, *extra, handlers);
-    following = colorScheme.signalChanged().connect([this] {
-        for (const auto& item : items)
-            item->setColor(iconColor());
-    });
+    colorScheme.signalChanged().connect(sigc::mem_fun(*this, &MenuBarExtras::updateColor));
 }
 
-MenuBarExtras::~MenuBarExtras() {
-    following.disconnect();
+MenuBarExtras::~MenuBarExtras() = default;
+
+void MenuBarExtras::updateColor() {
+    for (const auto& item : items)
+        item->setColor(iconColor());
 }
 
 void MenuBarExtras::add(const Glib::RefPtr<Gio::DBus::Connection>& connection,
@@ -54,7 +55,7 @@ void MenuBarExtras::add(const Glib::RefPtr<Gio::DBus::Connection>& connection,
             tray::TrayItem::Handlers{handlers.openMainWindow, handlers.openSettings,
                                      &keepActivationToken}));
     } catch (const Glib::Error& error) {
-        g_warning("The program has no place in the tray: %s", error.what());
+        g_warning("The item for the tray cannot be exported: %s", error.what());
         return;
     }
     if (extra.content.observed)
@@ -63,7 +64,7 @@ void MenuBarExtras::add(const Glib::RefPtr<Gio::DBus::Connection>& connection,
 }
 
 std::uint32_t MenuBarExtras::iconColor() const {
-    return colorScheme.isDark() ? onDark : onAnything;
+    return colorScheme.isDark() ? onDark : onEitherScheme;
 }
 
 } // namespace kelo::gtk

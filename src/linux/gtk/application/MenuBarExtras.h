@@ -4,8 +4,9 @@
 #include "platform/SceneGraph.h"
 
 #include <giomm/dbusconnection.h>
-#include <sigc++/connection.h>
+#include <sigc++/trackable.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,15 +20,15 @@ namespace kelo::gtk {
 
 class ColorScheme;
 
-/// The menu bar extras of a scene graph in the desktop's tray, until this goes.
-class MenuBarExtras {
+/// Shows the menu bar extras of a scene graph in the desktop's tray. Main thread only.
+class MenuBarExtras : public sigc::trackable {
 public:
     struct Handlers {
         std::function<void()> openMainWindow;
         std::function<void()> openSettings;
     };
 
-    /// The connection may be null: then there is no tray. The color scheme must outlive this.
+    /// A null connection means that there is no tray. The color scheme must outlive this object.
     MenuBarExtras(const Glib::RefPtr<Gio::DBus::Connection>& connection,
                   const platform::SceneGraph& scenes, ColorScheme& colorScheme,
                   const Handlers& handlers);
@@ -38,12 +39,12 @@ public:
 private:
     void add(const Glib::RefPtr<Gio::DBus::Connection>& connection,
              const platform::MenuBarExtra& extra, const Handlers& handlers);
+    void updateColor();
     std::uint32_t iconColor() const;
 
     ColorScheme& colorScheme;
     std::vector<std::unique_ptr<tray::TrayItem>> items;
     std::vector<Redrawing> redrawings;
-    sigc::connection following;
 };
 
 } // namespace kelo::gtk

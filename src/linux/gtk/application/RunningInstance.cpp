@@ -21,7 +21,7 @@ std::string objectPath() {
     return path;
 }
 
-// What lets the program bring a window of its own to the front, if the action opens one.
+// With this data the running process may bring a window to the front, if the action opens one.
 Data startUpData() {
     Data data;
     const auto add = [&data](const char* variable, const char* name) {
@@ -48,7 +48,7 @@ bool askRunningInstance(const std::vector<std::string>& actions) {
                            name, milliseconds, Gio::DBus::CallFlags::NO_AUTO_START);
         return true;
     } catch (const Glib::Error&) {
-        return false; // nobody there
+        return false;
     }
 }
 

@@ -5,9 +5,9 @@
 
 namespace kelo::gtk {
 
-/// Asks the program that runs already for this user for its actions, by name. False when none runs,
-/// or there is no session bus. Needs no display, so that a key that a desktop gives to an action is
-/// answered without the toolkit's start.
+/// Runs actions, by name, in the process of the program that is already running for this user.
+/// False if there is none, or no session bus. Needs no display, so that an action on a desktop's
+/// shortcut key does not wait for the toolkit to start.
 bool askRunningInstance(const std::vector<std::string>& actions);
 
 } // namespace kelo::gtk

@@ -72,7 +72,7 @@ void AlertDialog::addButtons(const platform::Alert& alert) {
         auto* button = Gtk::make_managed<Gtk::Button>(labels[static_cast<std::size_t>(index)]);
         button->set_hexpand();
         button->signal_clicked().connect([this, index] { answer(index); });
-        row->prepend(*button); // the one that goes ahead stands at the end of the line
+        row->prepend(*button); // the first, affirmative button is at the end of the row
         if (index == 0)
             first = button;
     }

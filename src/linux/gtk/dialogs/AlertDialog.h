@@ -1,7 +1,7 @@
 #pragma once
 
+#include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
-#include "linux/gtk/kit/SecretEntry.h"
 #include "platform/Alert.h"
 
 #include <functional>
@@ -9,11 +9,11 @@
 
 namespace kelo::gtk {
 
-/// The dialog of one alert. Goes off the screen by itself when it is answered; its owner destroys
+/// The dialog of one alert. It disappears from the screen when it is answered; its owner destroys
 /// it later.
 class AlertDialog final : public ModalWindow {
 public:
-    /// answered is run at most once.
+    /// answered is called at most once.
     AlertDialog(const platform::Alert& alert, Gtk::Window* parent,
                 std::function<void(platform::AlertOutcome)> answered);
 

@@ -2,7 +2,7 @@
 
 #include "base/async/Continuation.h"
 #include "linux/gtk/dialogs/AlertDialog.h"
-#include "linux/gtk/kit/WindowHandle.h"
+#include "linux/gtk/kit/ProgramWindow.h"
 
 #include <optional>
 
@@ -10,7 +10,7 @@ namespace kelo::gtk {
 
 namespace {
 
-Gtk::Window* windowInUse(platform::Application& application) {
+Gtk::Window* activeOrRecentWindow(platform::Application& application) {
     if (auto* key = WindowHandle::resolve(application.keyWindow()))
         return key;
     for (const auto& window : application.windows())
@@ -26,7 +26,7 @@ GtkAlertPresenter::GtkAlertPresenter(platform::Application& application)
 
 Task<platform::AlertOutcome> GtkAlertPresenter::runModal(platform::Alert alert) {
     std::optional<AlertDialog> dialog;
-    auto* parent = windowInUse(application);
+    auto* parent = activeOrRecentWindow(application);
     co_return co_await withCheckedContinuation<platform::AlertOutcome>(
         [&dialog, &alert, parent](CheckedContinuation<platform::AlertOutcome> answered) {
             dialog.emplace(alert, parent, [answered](platform::AlertOutcome outcome) {

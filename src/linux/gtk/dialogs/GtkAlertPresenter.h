@@ -5,11 +5,11 @@
 
 namespace kelo::gtk {
 
-/// Shows alerts as dialogs over the window in use. An alert that comes while another is up stands
-/// over it and is answered first. Dropping the task takes the dialog away.
+/// Shows alerts as dialogs above the active window. A second alert opens above the first one and is
+/// answered first. Destroying the task closes the dialog. Main thread only.
 class GtkAlertPresenter final : public platform::AlertPresenter {
 public:
-    /// The application must outlive the presenter, and the presenter its alerts.
+    /// The application must outlive the presenter. The presenter must outlive its tasks.
     explicit GtkAlertPresenter(platform::Application& application);
 
     Task<platform::AlertOutcome> runModal(platform::Alert alert) override;

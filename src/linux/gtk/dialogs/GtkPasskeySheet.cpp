@@ -1,18 +1,50 @@
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 
+#include "base/async/Continuation.h"
 #include "base/async/MainLoop.h"
-#include "linux/gtk/kit/WindowHandle.h"
+#include "linux/gtk/dialogs/PasskeySheetWindow.h"
+#include "linux/gtk/kit/ProgramWindow.h"
 
+#include <optional>
 #include <utility>
 
 namespace kelo::gtk {
+
+namespace {
+
+class GtkPasskeySheet final : public authenticator::PasskeySheet {
+public:
+    explicit GtkPasskeySheet(Gtk::Window* parent);
+
+    Task<std::optional<std::size_t>> confirm(authenticator::ConsentRequest request) override;
+    Task<std::optional<SecretText>> ask(authenticator::VerificationPrompt prompt) override;
+    void showInformation(std::string text) override;
+    void showError(std::string text) override;
+    void onCancel(std::function<void()> action) override;
+
+private:
+    using Consent = std::optional<std::size_t>;
+    using Answer = std::optional<SecretText>;
+
+    void agreed(std::size_t account);
+    void answered(SecretText text);
+    void cancelled();
+
+    bool isCancelled = false; ///< the window has disappeared and does not open again
+    std::optional<CheckedContinuation<Consent>> consent;
+    std::optional<CheckedContinuation<Answer>> answer;
+    /// Shared, so that a pending cancellation can detect that the sheet was destroyed.
+    std::shared_ptr<std::function<void()>> cancelAction = std::make_shared<std::function<void()>>();
+    PasskeySheetWindow window;
+};
 
 GtkPasskeySheet::GtkPasskeySheet(Gtk::Window* parent)
     : window(parent,
              {[this](std::size_t account) { agreed(account); },
               [this](SecretText text) { answered(std::move(text)); }, [this] { cancelled(); }}) {}
 
-// The coroutines touch the sheet only before they wait: when they go on, it may be gone.
+// The coroutines use the sheet only before they suspend, because it may be destroyed when they
+// resume.
 
 Task<std::optional<std::size_t>> GtkPasskeySheet::confirm(authenticator::ConsentRequest request) {
     if (isCancelled)
@@ -61,7 +93,7 @@ void GtkPasskeySheet::cancelled() {
         asked->resume(std::nullopt);
     if (const auto asked = std::exchange(answer, std::nullopt))
         asked->resume(std::nullopt);
-    // In a later turn: the action may destroy the sheet, whose button is being pressed now.
+    // In a later turn, because the action may destroy the sheet while its button is being pressed.
     MainLoop::main().post([weak = std::weak_ptr(cancelAction)] {
         const auto current = weak.lock();
         if (!current)
@@ -70,6 +102,8 @@ void GtkPasskeySheet::cancelled() {
             action();
     });
 }
+
+} // namespace
 
 std::unique_ptr<authenticator::PasskeySheet>
 GtkPasskeySheetFactory::makeSheet(std::shared_ptr<platform::Window> anchor) {

@@ -1,7 +1,7 @@
 #include "linux/gtk/dialogs/PasskeySheetWindow.h"
 
 #include "linux/gtk/kit/Accessibility.h"
-#include "linux/gtk/kit/SystemImage.h"
+#include "linux/gtk/kit/Style.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <glibmm/markup.h>
@@ -59,7 +59,7 @@ PasskeySheetWindow::PasskeySheetWindow(Gtk::Window* parent, Actions actions)
     buildButtons();
 }
 
-// The window would go on pointing at its default button, which goes before it.
+// Otherwise the window would keep a pointer to its default button, which is destroyed first.
 PasskeySheetWindow::~PasskeySheetWindow() {
     unset_default_widget();
 }
@@ -88,14 +88,14 @@ void PasskeySheetWindow::buildAccounts() {
     accountsScroll.set_propagate_natural_height();
     accountsScroll.set_max_content_height(tallestAccountList);
     accountsScroll.set_child(accounts);
-    // Enter agrees, as it does anywhere else in the sheet; the space bar and the arrows choose.
+    // Enter agrees, as everywhere else in the sheet. The space bar and the arrow keys choose.
     auto keys = Gtk::EventControllerKey::create();
     keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     keys->signal_key_pressed().connect(
         [this](guint key, guint, Gdk::ModifierType) {
             if (key != GDK_KEY_Return && key != GDK_KEY_KP_Enter && key != GDK_KEY_ISO_Enter)
                 return false;
-            goOn();
+            proceed();
             return true;
         },
         false);
@@ -107,9 +107,9 @@ void PasskeySheetWindow::buildAccounts() {
 void PasskeySheetWindow::buildVerification() {
     statusLine.set_halign(Gtk::Align::CENTER);
     statusLine.append(spinner);
-    statusLine.append(status);
-    wrapCentred(status);
-    setAccessibleRole(status, GTK_ACCESSIBLE_ROLE_ALERT);
+    statusLine.append(statusText);
+    wrapCentred(statusText);
+    setAccessibleRole(statusText, GTK_ACCESSIBLE_ROLE_ALERT);
     statusLine.set_visible(false);
     question.set_halign(Gtk::Align::START);
     question.set_wrap();
@@ -129,7 +129,7 @@ void PasskeySheetWindow::buildButtons() {
     cancelButton.set_hexpand();
     continueButton.set_hexpand();
     cancelButton.signal_clicked().connect([this] { dismissed(); });
-    continueButton.signal_clicked().connect([this] { goOn(); });
+    continueButton.signal_clicked().connect([this] { proceed(); });
     continueButton.add_css_class("suggested-action");
     continueButton.set_receives_default();
     row->append(cancelButton);
@@ -139,12 +139,12 @@ void PasskeySheetWindow::buildButtons() {
 }
 
 void PasskeySheetWindow::showConsent(const authenticator::ConsentRequest& request) {
-    open = Open::consent;
+    phase = Phase::consent;
     title.set_text(titleOf(request.ceremony));
     set_title(title.get_text());
     explanation.set_markup(explanationOf(request));
     fillAccounts(request.accountNames);
-    continueButton.set_sensitive();
+    updateLook();
     present();
     if (choices.empty())
         continueButton.grab_focus();
@@ -184,77 +184,78 @@ std::size_t PasskeySheetWindow::chosenAccount() const {
 }
 
 void PasskeySheetWindow::showQuestion(const authenticator::VerificationPrompt& prompt) {
-    open = Open::question;
-    answer.reset(); // first, so that two are never there at once
+    phase = Phase::question;
+    // What the verification said before stays above the question.
+    if (status.kind == Status::Kind::placeholder)
+        status = {};
+    answer.reset(); // first, so that there are never two entries
     answer = std::make_unique<SecretEntry>(prompt.echo ? SecretEntry::Display::visible
                                                        : SecretEntry::Display::masked);
     answer->set_hexpand();
     answer->setName(prompt.text);
     answerPlace.append(*answer);
-    answerPlace.set_visible();
     question.set_text(prompt.text);
-    question.set_visible();
-    // What was said before stays above the question; only the sign of waiting goes.
-    spinner.stop();
-    spinner.set_visible(false);
-    if (!status.has_css_class("kelo-red") && status.has_css_class("kelo-waiting"))
-        statusLine.set_visible(false);
-    continueButton.set_sensitive();
+    updateLook();
     present();
     answer->focus();
 }
 
 void PasskeySheetWindow::showInformation(const std::string& text) {
-    showStatus(text, false);
+    status = {Status::Kind::information, text};
+    updateLook();
 }
 
 void PasskeySheetWindow::showError(const std::string& text) {
-    showStatus(text, true);
+    status = {Status::Kind::error, text};
+    updateLook();
 }
 
-void PasskeySheetWindow::showStatus(const std::string& text, bool isError) {
-    status.remove_css_class("kelo-waiting");
-    if (isError)
-        status.add_css_class("kelo-red");
-    else
-        status.remove_css_class("kelo-red");
-    status.set_text(text);
-    const bool waiting = !isError && open == Open::nothing;
-    spinner.set_visible(waiting);
-    if (waiting)
-        spinner.start();
-    else
-        spinner.stop();
-    statusLine.set_visible(true);
-}
-
-void PasskeySheetWindow::goOn() {
-    const Open answered = std::exchange(open, Open::nothing);
-    if (answered == Open::consent) {
-        const std::size_t account = chosenAccount();
-        becomeBusy();
-        actions.agreed(account);
-    } else if (answered == Open::question) {
+void PasskeySheetWindow::proceed() {
+    switch (phase) {
+    case Phase::consent:
+        startWaiting();
+        actions.agreed(chosenAccount());
+        break;
+    case Phase::question: {
         auto text = answer->take();
-        becomeBusy();
+        startWaiting();
         actions.answered(std::move(text));
+        break;
+    }
+    case Phase::waiting:
+        break;
     }
 }
 
-void PasskeySheetWindow::becomeBusy() {
-    for (auto* choice : choices)
-        choice->set_sensitive(false);
-    // The line itself is inside its own event handling, perhaps: the next question replaces it.
-    answerPlace.set_visible(false);
-    question.set_visible(false);
-    continueButton.set_sensitive(false);
+void PasskeySheetWindow::startWaiting() {
+    phase = Phase::waiting;
+    status = {Status::Kind::placeholder, "One moment…"};
+    updateLook();
     cancelButton.grab_focus();
-    showStatus("One moment…", false);
-    status.add_css_class("kelo-waiting");
+}
+
+void PasskeySheetWindow::updateLook() {
+    for (auto* choice : choices)
+        choice->set_sensitive(phase == Phase::consent);
+    // Only hidden, because the entry may still be inside its own event handling. The next question
+    // replaces it.
+    question.set_visible(phase == Phase::question);
+    answerPlace.set_visible(phase == Phase::question);
+    continueButton.set_sensitive(phase != Phase::waiting);
+
+    const bool isError = status.kind == Status::Kind::error;
+    if (isError)
+        statusText.add_css_class("kelo-red");
+    else
+        statusText.remove_css_class("kelo-red");
+    statusText.set_text(status.text);
+    spinner.set_visible(phase == Phase::waiting && !isError);
+    spinner.set_spinning(spinner.get_visible());
+    statusLine.set_visible(status.kind != Status::Kind::none);
 }
 
 void PasskeySheetWindow::dismissed() {
-    open = Open::nothing;
+    phase = Phase::waiting;
     if (answer)
         answer->take();
     set_visible(false);

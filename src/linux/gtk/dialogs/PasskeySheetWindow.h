@@ -1,8 +1,8 @@
 #pragma once
 
 #include "authenticator/consent/PasskeySheet.h"
+#include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
-#include "linux/gtk/kit/SecretEntry.h"
 
 #include <gtkmm/button.h>
 #include <gtkmm/checkbutton.h>
@@ -18,8 +18,8 @@
 
 namespace kelo::gtk {
 
-/// What the passkey sheet looks like and reports. It opens with showConsent() and then shows the
-/// words of the verification in the same place.
+/// The window of the passkey sheet. It opens with showConsent() and then shows the questions and
+/// messages of the user verification.
 class PasskeySheetWindow final : public ModalWindow {
 public:
     struct Actions {
@@ -44,13 +44,22 @@ private:
     void buildVerification();
     void buildButtons();
     void fillAccounts(const std::vector<std::string>& names);
-    void showStatus(const std::string& text, bool isError);
-    void goOn();
-    void becomeBusy();
+    void proceed();
+    void startWaiting();
+    void updateLook();
     std::size_t chosenAccount() const;
 
+    /// Who has to act next: the user, by agreeing or by answering, or the program.
+    enum class Phase { consent, question, waiting };
+    /// The line in the middle. The placeholder is shown while there is nothing else to say.
+    struct Status {
+        enum class Kind { none, placeholder, information, error } kind = Kind::none;
+        std::string text;
+    };
+
     Actions actions;
-    enum class Open { nothing, consent, question } open = Open::nothing;
+    Phase phase = Phase::waiting;
+    Status status;
 
     Gtk::Image icon;
     Gtk::Label title;
@@ -61,7 +70,7 @@ private:
     std::vector<Gtk::CheckButton*> choices;
     Gtk::Box statusLine{Gtk::Orientation::HORIZONTAL, 8};
     Gtk::Spinner spinner;
-    Gtk::Label status;
+    Gtk::Label statusText;
     Gtk::Label question;
     Gtk::Box answerPlace;
     std::unique_ptr<SecretEntry> answer;

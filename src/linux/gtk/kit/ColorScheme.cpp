@@ -5,7 +5,9 @@
 #include <gtkmm/stylecontext.h>
 
 #include <cctype>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace kelo::gtk {
 
@@ -21,8 +23,8 @@ constexpr const char* colorScheme = "color-scheme";
 constexpr guint32 preferDark = 1;
 constexpr guint32 preferLight = 2;
 
-// Each has a contrast of at least 4.5 to 1 against the panel of its scheme, whatever page shows
-// through it.
+// Both have a contrast of at least 4.5 to 1 against the translucent panel of their scheme, whatever
+// page is below it.
 constexpr const char* redOnLight = "@define-color kelo_red #a51321;";
 constexpr const char* redOnDark = "@define-color kelo_red #ff938c;";
 
@@ -32,7 +34,7 @@ bool namesDarkTheme(std::string theme) {
     return theme.find("dark") != std::string::npos;
 }
 
-/// The value inside however many variants an implementation wraps it in.
+/// The innermost value, because implementations of the portal wrap it in one or more variants.
 Glib::VariantBase unwrapped(Glib::VariantBase value) {
     while (value.gobj() && value.is_of_type(Glib::VARIANT_TYPE_VARIANT))
         value = Glib::VariantBase(g_variant_get_variant(value.gobj()));
@@ -41,35 +43,48 @@ Glib::VariantBase unwrapped(Glib::VariantBase value) {
 
 } // namespace
 
+/// The portal's signal for changed settings of the appearance; destroying it unsubscribes.
+class ColorScheme::SettingsSubscription {
+public:
+    SettingsSubscription(Glib::RefPtr<Gio::DBus::Connection> bus,
+                         std::function<void(const Glib::VariantContainerBase&)> handler)
+        : bus(std::move(bus)),
+          identifier(this->bus->signal_subscribe(
+              [handler = std::move(handler)](
+                  const Glib::RefPtr<Gio::DBus::Connection>&, const Glib::ustring&,
+                  const Glib::ustring&, const Glib::ustring&, const Glib::ustring&,
+                  const Glib::VariantContainerBase& changed) { handler(changed); },
+              portalName, portalInterface, "SettingChanged", portalPath, appearance)) {}
+    ~SettingsSubscription() { bus->signal_unsubscribe(identifier); }
+    SettingsSubscription(const SettingsSubscription&) = delete;
+    SettingsSubscription& operator=(const SettingsSubscription&) = delete;
+
+private:
+    Glib::RefPtr<Gio::DBus::Connection> bus;
+    guint identifier;
+};
+
 ColorScheme::ColorScheme(Glib::RefPtr<Gio::DBus::Connection> connection)
     : connection(std::move(connection)),
       settings(Gtk::Settings::get_default()),
-      red(Gtk::CssProvider::create()) {
-    Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), red,
+      errorRed(Gtk::CssProvider::create()) {
+    Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), errorRed,
                                                 GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-    drawRed();
-    watched.push_back(
-        settings->property_gtk_application_prefer_dark_theme().signal_changed().connect(
-            [this] { drawRed(); }));
-    watched.push_back(
-        settings->property_gtk_theme_name().signal_changed().connect([this] { drawRed(); }));
+    update();
+    const auto updated = sigc::mem_fun(*this, &ColorScheme::update);
+    settings->property_gtk_application_prefer_dark_theme().signal_changed().connect(updated);
+    settings->property_gtk_theme_name().signal_changed().connect(updated);
     if (this->connection)
         askPortal();
 }
 
 ColorScheme::~ColorScheme() {
-    for (auto& connected : watched)
-        connected.disconnect();
-    if (subscription)
-        connection->signal_unsubscribe(subscription);
-    Gtk::StyleContext::remove_provider_for_display(Gdk::Display::get_default(), red);
+    Gtk::StyleContext::remove_provider_for_display(Gdk::Display::get_default(), errorRed);
 }
 
 void ColorScheme::askPortal() {
-    subscription = connection->signal_subscribe(
-        [this](const Glib::RefPtr<Gio::DBus::Connection>&, const Glib::ustring&,
-               const Glib::ustring&, const Glib::ustring&, const Glib::ustring&,
-               const Glib::VariantContainerBase& changed) {
+    subscription = std::make_unique<SettingsSubscription>(
+        connection, [this](const Glib::VariantContainerBase& changed) {
             if (changed.get_n_children() != 3)
                 return;
             Glib::VariantBase key;
@@ -79,10 +94,9 @@ void ColorScheme::askPortal() {
                     colorScheme) {
                 Glib::VariantBase value;
                 changed.get_child(value, 2);
-                follow(value);
+                applyPreference(value);
             }
-        },
-        portalName, portalInterface, "SettingChanged", portalPath, appearance);
+        });
 
     connection->call(
         portalPath, portalInterface, "Read",
@@ -98,15 +112,15 @@ void ColorScheme::askPortal() {
                     return;
                 Glib::VariantBase value;
                 reply.get_child(value, 0);
-                follow(value);
+                applyPreference(value);
             } catch (const Glib::Error& error) {
-                g_debug("The desktop's portal names no colour scheme: %s", error.what());
+                g_debug("The desktop's portal reports no color scheme: %s", error.what());
             }
         },
         portalName, -1, Gio::DBus::CallFlags::NO_AUTO_START);
 }
 
-void ColorScheme::follow(const Glib::VariantBase& preference) {
+void ColorScheme::applyPreference(const Glib::VariantBase& preference) {
     const auto value = unwrapped(preference);
     if (!value.gobj() || !value.is_of_type(Glib::VARIANT_TYPE_UINT32))
         return;
@@ -117,15 +131,15 @@ void ColorScheme::follow(const Glib::VariantBase& preference) {
         settings->reset_property("gtk-application-prefer-dark-theme");
 }
 
-void ColorScheme::drawRed() {
+void ColorScheme::update() {
     const char* forced = g_getenv("GTK_THEME"); // overrides the settings, as "Name:dark"
     const bool dark = forced ? namesDarkTheme(forced)
                              : settings->property_gtk_application_prefer_dark_theme().get_value() ||
                                    namesDarkTheme(settings->property_gtk_theme_name().get_value());
-    if (drawnDark == dark)
+    if (knownDark == dark)
         return;
-    drawnDark = dark;
-    red->load_from_data(dark ? redOnDark : redOnLight);
+    knownDark = dark;
+    errorRed->load_from_data(dark ? redOnDark : redOnLight);
     changed.emit();
 }
 

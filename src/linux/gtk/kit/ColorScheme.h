@@ -3,41 +3,42 @@
 #include <giomm/dbusconnection.h>
 #include <gtkmm/cssprovider.h>
 #include <gtkmm/settings.h>
-#include <sigc++/connection.h>
 #include <sigc++/signal.h>
+#include <sigc++/trackable.h>
 
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace kelo::gtk {
 
-/// Light or dark, as the desktop wants it. The desktop's portal is asked without waiting, and only
-/// if it runs already; where it says nothing, the toolkit's own settings stand.
-class ColorScheme {
+/// Keeps the toolkit's color scheme (light or dark) the same as the desktop's. The desktop's portal
+/// is asked asynchronously, and only if it is already running. Without an answer, the toolkit's own
+/// settings apply. Main thread only.
+class ColorScheme : public sigc::trackable {
 public:
-    /// The connection may be null: then there is no portal.
+    /// A null connection means that there is no portal.
     explicit ColorScheme(Glib::RefPtr<Gio::DBus::Connection> connection);
     ~ColorScheme();
     ColorScheme(const ColorScheme&) = delete;
     ColorScheme& operator=(const ColorScheme&) = delete;
 
-    bool isDark() const { return drawnDark == true; }
-    /// After isDark() has another answer.
+    bool isDark() const { return knownDark == true; }
+    /// Emitted after isDark() changed.
     sigc::signal<void()>& signalChanged() { return changed; }
 
 private:
     void askPortal();
-    void follow(const Glib::VariantBase& preference);
-    void drawRed();
+    void applyPreference(const Glib::VariantBase& preference);
+    void update();
+
+    class SettingsSubscription;
 
     Glib::RefPtr<Gio::DBus::Connection> connection;
     Glib::RefPtr<Gtk::Settings> settings;
-    Glib::RefPtr<Gtk::CssProvider> red;
-    std::optional<bool> drawnDark;
+    Glib::RefPtr<Gtk::CssProvider> errorRed;
+    std::optional<bool> knownDark;
     sigc::signal<void()> changed;
-    guint subscription = 0;
-    std::vector<sigc::connection> watched;
+    std::unique_ptr<SettingsSubscription> subscription;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 };
 

@@ -1,4 +1,4 @@
 #pragma once
 
-// What nearly every file of this room includes, compiled once.
+// Included by nearly every file of these rooms, so it is precompiled.
 #include <gtkmm.h>

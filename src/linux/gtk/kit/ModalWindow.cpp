@@ -1,6 +1,6 @@
 #include "linux/gtk/kit/ModalWindow.h"
 
-#include "linux/gtk/kit/Program.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/eventcontrollerkey.h>
@@ -38,8 +38,8 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
     set_resizable(false);
     add_css_class("kelo-dialog");
 
-    // A dialog without a title bar of its own kind looks the same under every window manager, and
-    // can be dragged anywhere.
+    // With an invisible title bar the dialog looks the same under every window manager. It can be
+    // dragged at any point.
     auto* nothing = Gtk::make_managed<Gtk::Box>();
     nothing->set_visible(false);
     set_titlebar(*nothing);

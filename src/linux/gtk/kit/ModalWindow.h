@@ -5,24 +5,24 @@
 
 namespace kelo::gtk {
 
-/// A dialog that the other windows of the program wait for. Dialogs stack: a new one stands over
-/// the one that is up.
+/// A modal dialog: the other windows of the program take no input while it is open. Dialogs stack:
+/// a new one opens above the one that is open.
 class ModalWindow : public Gtk::Window {
 public:
-    /// Over the topmost dialog if one is up, else over the parent; free-standing when the parent is
-    /// null or not on the screen.
+    /// Opens above the topmost dialog, or above the parent if no dialog is open. Has no parent if
+    /// that one is null or not on the screen.
     explicit ModalWindow(Gtk::Window* parent);
     ~ModalWindow() override;
 
-    /// The dialog that can be answered now; null when none is up.
+    /// The dialog that takes input now; null if none is open.
     static ModalWindow* topmost();
 
 protected:
-    /// What derived dialogs fill, from top to bottom.
+    /// Derived dialogs append their widgets here, from top to bottom.
     Gtk::Box column{Gtk::Orientation::VERTICAL, 12};
 
-    /// The user wants the dialog gone: Escape, or the window manager's close. It does not go by
-    /// itself.
+    /// Called when the user pressed Escape or closed the dialog through the window manager. The
+    /// derived dialog must close itself.
     virtual void dismissed() = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "linux/gtk/kit/ProgramWindow.h"
 
-#include "linux/gtk/kit/WindowIcon.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/window/WindowIdentity.h"
 
 #include <utility>
@@ -9,7 +9,6 @@ namespace kelo::gtk {
 
 ProgramWindow::ProgramWindow(std::function<void()> closed) : closed(std::move(closed)) {
     window::setWindowIdentity(static_cast<Gtk::Window*>(this)->gobj(), handle_);
-    add_action("close", [this] { close(); });
     showProgramIcon(*this);
     signal_close_request().connect(
         [this] {

@@ -10,10 +10,10 @@ Redrawing::Redrawing(const std::vector<std::shared_ptr<ObservableObject>>& obser
                      std::function<void()> draw)
     : state(std::make_shared<State>(State{std::move(draw)})) {
     for (const auto& object : observed)
-        observations.push_back(object->observe([weak = std::weak_ptr(state)] { order(weak); }));
+        observations.push_back(object->observe([weak = std::weak_ptr(state)] { schedule(weak); }));
 }
 
-void Redrawing::order(const std::weak_ptr<State>& weak) {
+void Redrawing::schedule(const std::weak_ptr<State>& weak) {
     const auto state = weak.lock();
     if (!state || std::exchange(state->due, true))
         return;

@@ -8,9 +8,9 @@
 
 namespace kelo::gtk {
 
-/// Draws something again after any of the objects it shows has changed. Objects tell before they
-/// change, and often several times in a row, so the drawing comes once, in a later turn of the main
-/// loop. Nothing is drawn any more when this is gone.
+/// Calls draw after any of the observed objects changed. Objects notify before they change, and
+/// often several times in a row, so draw runs once, in a later turn of the main loop. After
+/// destruction draw is not called any more. Main thread only.
 class Redrawing {
 public:
     Redrawing(const std::vector<std::shared_ptr<ObservableObject>>& observed,
@@ -21,7 +21,7 @@ private:
         std::function<void()> draw;
         bool due = false;
     };
-    static void order(const std::weak_ptr<State>& weak);
+    static void schedule(const std::weak_ptr<State>& weak);
 
     std::shared_ptr<State> state;
     std::vector<Observation> observations;

@@ -1,9 +1,16 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+
 namespace kelo::gtk {
 
-/// Puts the program's style sheet and icons before the toolkit. Once a process, after the display
-/// was opened.
+/// Adds the program's style sheet and icons to those of the toolkit. Call it after the display was
+/// opened; further calls do nothing.
 void loadStyle();
+
+/// The icon theme's name for a systemImage of the scene graph. For an image without an icon it
+/// returns the name of the theme's "missing image" icon, so that the gap is visible.
+std::string iconName(std::string_view systemImage);
 
 } // namespace kelo::gtk

@@ -48,7 +48,7 @@ void ContentArea::takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& 
     webView = next;
     hosted = part;
     GtkWidget* widget = hosted->widget();
-    // Another window may show it still.
+    // Another window may still show it.
     if (gtk_widget_get_parent(widget))
         gtk_widget_unparent(widget);
     gtk_widget_insert_after(widget, Gtk::Widget::gobj(), nullptr); // below the panel
@@ -65,11 +65,12 @@ void ContentArea::releaseWebView() {
 }
 
 void ContentArea::rememberFocus(const Gtk::Widget& focus) {
-    panelWasLast = focus.is_ancestor(panel);
+    panelHadFocusLast = focus.is_ancestor(panel);
 }
 
 void ContentArea::takeFocus() {
-    if (panelWasLast && panel.get_visible() && panel.child_focus(Gtk::DirectionType::TAB_FORWARD))
+    if (panelHadFocusLast && panel.get_visible() &&
+        panel.child_focus(Gtk::DirectionType::TAB_FORWARD))
         return;
     focusWebView();
 }
@@ -110,7 +111,7 @@ void ContentArea::size_allocate_vfunc(int width, int height, int) {
     int minimum = 0;
     int natural = 0;
     int unused = 0;
-    // A window on its way out may still hold a web view that another window has taken.
+    // A window that is being closed may still refer to a web view that another window has taken.
     if (hosted && gtk_widget_get_parent(hosted->widget()) == Gtk::Widget::gobj()) {
         gtk_widget_measure(hosted->widget(), GTK_ORIENTATION_HORIZONTAL, -1, &minimum, &natural,
                            nullptr, nullptr);

@@ -13,20 +13,19 @@ class HostedWidget;
 
 namespace kelo::gtk {
 
-/// The content of a main window: a web view from edge to edge and, while the description has one,
-/// the panel over its bottom centre. Only the panel itself covers the page: beside it, the page
-/// takes all input.
+/// The content of a main window: a web view from edge to edge and, if the description has an
+/// overlay, a panel above its bottom centre. Outside of the panel, the page receives all input.
 class ContentArea final : public Gtk::Widget {
 public:
     explicit ContentArea(platform::Size defaultSize);
     ~ContentArea() override;
 
     void draw(const platform::WebContentDescription& description);
-    /// Lets the web view go, so that another window may take it. The next draw() takes it again.
+    /// Gives up the web view, so that another window can show it. The next draw() takes it back.
     void releaseWebView();
-    /// The widget, somewhere inside, has the keyboard now.
+    /// Call it when the widget, a descendant of this one, received the keyboard focus.
     void rememberFocus(const Gtk::Widget& focus);
-    /// Gives the keyboard to what had it last here, to begin with the page.
+    /// Focuses the descendant that had the focus last, the page at first.
     void takeFocus();
 
 protected:
@@ -46,7 +45,7 @@ private:
     platform::Size defaultSize;
     platform::Size minimumSize;
     double bottomPadding = 0;
-    bool panelWasLast = false; ///< to have the keyboard
+    bool panelHadFocusLast = false;
 };
 
 } // namespace kelo::gtk

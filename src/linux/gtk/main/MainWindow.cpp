@@ -1,7 +1,9 @@
 #include "linux/gtk/main/MainWindow.h"
 
 #include "base/async/MainLoop.h"
-#include "linux/gtk/kit/Program.h"
+#include "linux/gtk/kit/WindowPresentation.h"
+#include "linux/gtk/main/ContentArea.h"
+#include "linux/gtk/main/MenuBar.h"
 
 #include <utility>
 
@@ -10,46 +12,52 @@ namespace kelo::gtk {
 MainWindow::MainWindow(const platform::WindowGroup& group,
                        const platform::WebContentDescription& description,
                        const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed)
-    : ProgramWindow(std::move(closed)), group(group), content(group.defaultSize), menuBar(menu) {
+    : ProgramWindow(std::move(closed)),
+      group(group),
+      content(std::make_unique<ContentArea>(group.defaultSize)),
+      menuBar(menu) {
     set_title(programName);
     add_css_class("kelo-main");
     if (!get_display()->is_composited())
         add_css_class("kelo-opaque");
     header.pack_start(menuBar);
     menuBar.set_valign(Gtk::Align::CENTER);
+    exposeShortcuts(menuBar);
     set_titlebar(header);
-    content.draw(description);
-    set_child(content);
+    content->draw(description);
+    set_child(*content);
     if (group.content.observed)
         redrawing.emplace(group.content.observed(),
-                          [this] { content.draw(this->group.content.body()); });
+                          [this] { content->draw(this->group.content.body()); });
     signal_map().connect([this] { appear(); });
     property_focus_widget().signal_changed().connect([this] { followFocus(); });
 }
 
+MainWindow::~MainWindow() = default;
+
 void MainWindow::releaseWebView() {
     redrawing.reset();
-    content.releaseWebView();
+    content->releaseWebView();
 }
 
 void MainWindow::appear() {
-    // Typing goes to the page from the start, not to the menu before it.
-    content.takeFocus();
+    // The page has the keyboard focus from the start. The toolkit would focus the menu.
+    content->takeFocus();
     if (group.onAppear)
         MainLoop::main().post(group.onAppear);
 }
 
 void MainWindow::followFocus() {
     auto* focus = get_focus();
-    if (focus && focus->is_ancestor(content))
-        content.rememberFocus(*focus);
+    if (focus && focus->is_ancestor(*content))
+        content->rememberFocus(*focus);
     const bool isOnBar = focus && focus->get_parent() == &menuBar;
     const bool leftMenu = isOnBar && focusIsInMenu;
     focusIsInMenu = focus && focus->is_ancestor(menuBar) && !isOnBar;
     if (!leftMenu)
         return;
-    // The toolkit leaves the keyboard on the bar when a menu closes. People expect it back where it
-    // was; whether another menu opens instead, the next turn shows.
+    // When a menu closes, the toolkit leaves the focus on the bar, but people expect it back in the
+    // content. Another menu may be opening instead, which the next turn of the main loop shows.
     MainLoop::main().post([this, handle = handle()] {
         if (WindowHandle::resolve(handle))
             leaveMenus();
@@ -59,7 +67,7 @@ void MainWindow::followFocus() {
 void MainWindow::leaveMenus() {
     auto* focus = get_focus();
     if (focus && focus->get_parent() == &menuBar)
-        content.takeFocus();
+        content->takeFocus();
 }
 
 } // namespace kelo::gtk

@@ -2,7 +2,6 @@
 
 #include "linux/gtk/kit/ProgramWindow.h"
 #include "linux/gtk/kit/Redrawing.h"
-#include "linux/gtk/main/ContentArea.h"
 #include "platform/SceneGraph.h"
 
 #include <giomm/menumodel.h>
@@ -10,20 +9,24 @@
 #include <gtkmm/popovermenubar.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace kelo::gtk {
 
-/// A window of a window group: the main menu in its header bar, the group's content below.
+class ContentArea;
+
+/// A window of a window group, with the main menu in its header bar and the group's content below.
 class MainWindow final : public ProgramWindow {
 public:
-    /// The description is the group's content, read before so that its web view is loading already.
-    /// The group must outlive the window.
+    /// description: the group's content, computed before the window so that its web view is already
+    /// loading. The group must outlive the window.
     MainWindow(const platform::WindowGroup& group,
                const platform::WebContentDescription& description,
                const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed);
+    ~MainWindow() override;
 
-    /// Gives the web view free, so that the group's next window can show it.
+    /// Gives up the web view, so that the group's next window can show it.
     void releaseWebView();
 
 private:
@@ -32,7 +35,7 @@ private:
     void leaveMenus();
 
     const platform::WindowGroup& group;
-    ContentArea content;
+    std::unique_ptr<ContentArea> content;
     Gtk::HeaderBar header;
     Gtk::PopoverMenuBar menuBar;
     bool focusIsInMenu = false;

@@ -7,7 +7,10 @@
 #include <giomm/menu.h>
 #include <giomm/simpleaction.h>
 #include <glibmm/refptr.h>
+#include <gtkmm/widget.h>
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,13 +18,22 @@
 
 namespace kelo::gtk {
 
-/// One command menu of the scene graph as a menu model and the actions behind it, kept up to date
-/// as published values change.
+/// The application's actions, as menus need them.
+struct MenuActions {
+    /// The map with the prefix "app". Must outlive the menus.
+    Gio::ActionMap& map;
+    /// Sets the accelerator ("<Control>q") of the action with the full name ("app.quit"). An empty
+    /// accelerator removes it.
+    std::function<void(const std::string& action, const std::string& accelerator)> setAccelerator;
+};
+
+/// A menu of the scene graph as a menu model and its actions. It follows the published values.
+/// Destroying it removes the actions. Main thread only.
 class CommandMenuModel {
 public:
-    /// The actions are added to the map, which belongs to the application (prefix "app"), under
-    /// names that begin with the prefix given.
-    CommandMenuModel(Gio::ActionMap& actions, std::string actionPrefix, platform::CommandMenu menu);
+    /// The names of the actions begin with the prefix, which must be unique among the menus.
+    CommandMenuModel(MenuActions actions, std::string actionPrefix, platform::CommandMenu menu);
+    ~CommandMenuModel();
     CommandMenuModel(const CommandMenuModel&) = delete;
     CommandMenuModel& operator=(const CommandMenuModel&) = delete;
 
@@ -29,31 +41,45 @@ public:
     const Glib::RefPtr<Gio::Menu>& model() const { return model_; }
 
 private:
+    struct EntryAction {
+        Glib::RefPtr<Gio::SimpleAction> action;
+        std::string accelerator;
+    };
+
     void draw();
     void rebuild();
-    Glib::RefPtr<Gio::SimpleAction> actionFor(std::size_t index);
+    void drawAction(std::size_t index);
+    EntryAction& actionFor(std::size_t index);
+    const platform::MenuItem* itemAt(std::size_t index) const;
+    std::string actionName(std::size_t index) const;
 
-    Gio::ActionMap& actionMap;
+    MenuActions actions;
     std::string actionPrefix;
     platform::CommandMenu menu;
     Glib::RefPtr<Gio::Menu> model_ = Gio::Menu::create();
     platform::Menu items;
     std::vector<std::string> drawnLabels;
-    std::vector<Glib::RefPtr<Gio::SimpleAction>> actions;
+    std::vector<EntryAction> entryActions;
     std::optional<Redrawing> redrawing;
 };
 
-/// The main menu of the program: its own menu, then the command menus in their order.
+/// The main menu: menus side by side, in the order of append(). Main thread only.
 class MenuBar {
 public:
-    MenuBar(Gio::ActionMap& actions, const std::vector<platform::CommandMenu>& menus,
-            bool hasSettings);
+    explicit MenuBar(MenuActions actions) : actions(std::move(actions)) {}
+
+    void append(platform::CommandMenu menu);
 
     const Glib::RefPtr<Gio::Menu>& model() const { return model_; }
 
 private:
+    MenuActions actions;
     Glib::RefPtr<Gio::Menu> model_ = Gio::Menu::create();
     std::vector<std::unique_ptr<CommandMenuModel>> menus;
 };
+
+/// Makes the widget that shows a menu bar expose the shortcuts of its entries to assistive
+/// technology.
+void exposeShortcuts(Gtk::Widget& menuBar);
 
 } // namespace kelo::gtk

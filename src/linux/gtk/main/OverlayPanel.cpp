@@ -1,7 +1,7 @@
 #include "linux/gtk/main/OverlayPanel.h"
 
 #include "linux/gtk/kit/Accessibility.h"
-#include "linux/gtk/kit/SystemImage.h"
+#include "linux/gtk/kit/Style.h"
 
 #include <gtkmm/stylecontext.h>
 #include <gtkmm/window.h>
@@ -12,7 +12,7 @@ namespace kelo::gtk {
 
 namespace {
 
-// Wide enough for a sentence, narrow enough to be read at a glance.
+// Wide enough for a sentence, narrow enough to read quickly.
 constexpr int textWidthInCharacters = 52;
 
 int points(double length) {
@@ -38,7 +38,7 @@ OverlayPanel::OverlayPanel() : Gtk::Box(Gtk::Orientation::VERTICAL) {
     button.set_child(labelArea);
     button.set_halign(Gtk::Align::CENTER);
     button.signal_clicked().connect([this] {
-        // The action may lead to a drawing that replaces it.
+        // A copy, because the action may lead to a drawing that replaces it.
         if (const auto current = action)
             current();
     });
@@ -83,11 +83,11 @@ void OverlayPanel::drawButton(const platform::ButtonDescription& description) {
              description.style == platform::ButtonStyle::borderedProminent);
     action = description.action;
 
-    // A disabled button loses the focus; whoever pressed it with the keyboard finds it again.
+    // A disabled button loses the focus. A user who pressed it with the keyboard gets it back.
     if (!description.enabled && button.has_focus())
-        focusIsOwed = true;
+        restoresFocus = true;
     button.set_sensitive(description.enabled);
-    if (description.enabled && std::exchange(focusIsOwed, false)) {
+    if (description.enabled && std::exchange(restoresFocus, false)) {
         const auto* window = dynamic_cast<Gtk::Window*>(get_root());
         if (window && !window->get_focus())
             button.grab_focus();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/gtk/kit/WidthLimit.h"
+#include "linux/gtk/main/WidthLimit.h"
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/box.h>
@@ -13,8 +13,8 @@
 
 namespace kelo::gtk {
 
-/// The panel that floats over the page: a button, and perhaps a text below it. Drawing it anew
-/// keeps its widgets, so that the keyboard focus stays where it is.
+/// The panel above the page: a button and an optional text below it. Each drawing reuses the
+/// widgets, so that the keyboard focus stays where it is.
 class OverlayPanel final : public Gtk::Box {
 public:
     OverlayPanel();
@@ -36,7 +36,7 @@ private:
     Glib::RefPtr<Gtk::CssProvider> outline = Gtk::CssProvider::create();
     std::string outlineStyle;
     std::function<void()> action;
-    bool focusIsOwed = false; ///< the button had the focus when it was disabled
+    bool restoresFocus = false; ///< the button had the focus when it was disabled
 };
 
 } // namespace kelo::gtk

@@ -22,7 +22,7 @@ Gtk::Widget* makeRow(const platform::LabeledRow& row) {
     value->set_halign(Gtk::Align::END);
     value->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
     value->set_selectable();
-    value->set_focusable(false); // the row is; a text that gets the focus is selected at once
+    value->set_focusable(false); // only the row, because a focused label selects its text
     value->add_css_class("kelo-dim");
     line->append(*label);
     line->append(*value);

@@ -14,7 +14,7 @@
 
 namespace kelo::gtk {
 
-/// The settings scene: a group of labelled, read-only rows.
+/// The window of the settings scene: a group of labelled, read-only rows.
 class SettingsWindow final : public ProgramWindow {
 public:
     SettingsWindow(platform::SettingsScene scene, std::function<void()> closed);

@@ -1,10 +1,10 @@
 #include "linux/gtk/update/GtkUserDriver.h"
 
-#include "linux/gtk/kit/ActivationToken.h"
-#include "linux/gtk/kit/QuietWindow.h"
+#include "linux/gtk/kit/WindowPresentation.h"
+#include "linux/gtk/update/UpdateWindow.h"
 
-#include <giomm/application.h>
 #include <glibmm/miscutils.h>
+#include <gtkmm/application.h>
 
 #include <algorithm>
 #include <utility>
@@ -22,7 +22,7 @@ std::string sizeText(std::uint64_t bytes) {
     return Glib::format_size(bytes);
 }
 
-UpdateWindow::Progress asProgress(const updater::DownloadProgress& progress) {
+UpdateContent::Progress asProgress(const updater::DownloadProgress& progress) {
     if (!progress.expected || *progress.expected == 0)
         return {std::nullopt, sizeText(progress.received)};
     const double fraction =
@@ -47,8 +47,8 @@ GtkUserDriver::GtkUserDriver() = default;
 
 GtkUserDriver::~GtkUserDriver() = default;
 
-void GtkUserDriver::show(UpdateWindow::Content content, Attention attention) {
-    answerMildly();
+void GtkUserDriver::show(UpdateContent content, Attention attention) {
+    answerWithFallback();
     isDownloading = false;
     if (!window) {
         window = std::make_unique<UpdateWindow>();
@@ -63,19 +63,19 @@ void GtkUserDriver::show(UpdateWindow::Content content, Attention attention) {
         showWithoutFocus(*window);
 }
 
-void GtkUserDriver::answerMildly() {
-    if (const auto answer = std::exchange(mildAnswer, nullptr))
+void GtkUserDriver::answerWithFallback() {
+    if (const auto answer = std::exchange(fallbackAnswer, nullptr))
         answer();
 }
 
 void GtkUserDriver::finish(bool moreFollows) {
     if (moreFollows)
-        window->closeToAnswers();
+        window->disableChoices();
     else
         hide();
 }
 
-// The window stays for the next time: it is inside its own event handling still.
+// Not destroyed, because the window may still be inside its own event handling.
 void GtkUserDriver::hide() {
     isDownloading = false;
     if (window)
@@ -83,38 +83,39 @@ void GtkUserDriver::hide() {
 }
 
 template <typename Answer>
-Task<Answer> GtkUserDriver::ask(UpdateWindow::Content content, std::vector<Button<Answer>> answers,
-                                Answer mildest, Attention attention) {
+Task<Answer> GtkUserDriver::ask(UpdateContent content, std::vector<Button<Answer>> answers,
+                                Answer fallback, Attention attention) {
     co_return co_await withCheckedContinuation<Answer>(
         [&](CheckedContinuation<Answer> continuation) {
-            // Shared by all buttons, so that the question is answered once.
-            const auto answer = [this, continuation](Answer given, bool leadsOn) {
-                mildAnswer = nullptr;
-                finish(leadsOn);
+            const auto answer = [this, continuation](Answer given, bool moreFollows) {
+                fallbackAnswer = nullptr;
+                finish(moreFollows);
                 continuation.resume(given);
             };
             for (const auto& button : answers)
-                content.choices.push_back({button.label,
-                                           [answer, given = button.answer,
-                                            leadsOn = button.leadsOn] { answer(given, leadsOn); },
-                                           &button == &answers.back(), button.apart});
-            content.dismissed = [answer, mildest] { answer(mildest, false); };
+                content.choices.push_back(
+                    {button.label,
+                     [answer, given = button.answer, moreFollows = button.moreFollows] {
+                         answer(given, moreFollows);
+                     },
+                     &button == &answers.back(), button.apart});
+            content.dismissed = [answer, fallback] { answer(fallback, false); };
             show(std::move(content), attention);
-            mildAnswer = [continuation, mildest] { continuation.resume(mildest); };
+            fallbackAnswer = [continuation, fallback] { continuation.resume(fallback); };
         });
 }
 
 void GtkUserDriver::showChecking(std::function<void()> cancel) {
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = "Checking for updates…";
-    content.progress = UpdateWindow::Progress{std::nullopt, ""};
+    content.progress = UpdateContent::Progress{std::nullopt, ""};
     content.choices = {{"Cancel", cancel, false, false}};
     content.dismissed = cancel;
     show(std::move(content), Attention::take);
 }
 
 Task<UpdateChoice> GtkUserDriver::showOffer(UpdateOffer offer, CheckKind kind) {
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = "A new version of " + offer.programName + " is available";
     content.sentence = offerSentence(offer);
     content.notes = offer.releaseNotes;
@@ -134,7 +135,7 @@ void GtkUserDriver::showDownload(updater::DownloadProgress progress, std::functi
         window->setProgress(asProgress(progress));
         return;
     }
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = "Downloading the update…";
     content.progress = asProgress(progress);
     content.choices = {{"Cancel", cancel, false, false}};
@@ -144,15 +145,15 @@ void GtkUserDriver::showDownload(updater::DownloadProgress progress, std::functi
 }
 
 void GtkUserDriver::showPreparing() {
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = "Preparing the update…";
     content.sentence = "Its signature is checked before anything is installed.";
-    content.progress = UpdateWindow::Progress{std::nullopt, ""};
+    content.progress = UpdateContent::Progress{std::nullopt, ""};
     show(std::move(content), Attention::leave);
 }
 
 Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = "The update is ready";
     content.sentence =
         offer.programName + " will close, and open again as version " + offer.offeredVersion + ".";
@@ -163,7 +164,7 @@ Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
 }
 
 Task<void> GtkUserDriver::tell(std::string heading, std::string sentence) {
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = std::move(heading);
     content.sentence = std::move(sentence);
     std::vector<Button<bool>> answers;
@@ -180,7 +181,7 @@ Task<void> GtkUserDriver::showFailure(std::string sentence) {
 }
 
 Task<bool> GtkUserDriver::askForAutomaticChecks(std::string programName) {
-    UpdateWindow::Content content;
+    UpdateContent content;
     content.heading = "Check for updates automatically?";
     content.sentence = programName +
                        " can look for new versions by itself. You can always look yourself from "
@@ -188,7 +189,7 @@ Task<bool> GtkUserDriver::askForAutomaticChecks(std::string programName) {
     std::vector<Button<bool>> answers;
     answers.push_back({"Don’t Check", false});
     answers.push_back({"Check Automatically", true});
-    // Nothing is scheduled before this is answered, so it follows what the user has asked for.
+    // This question follows a check that the user started, so the window may take the focus.
     return ask(std::move(content), std::move(answers), false, Attention::take);
 }
 
@@ -200,7 +201,7 @@ bool GtkUserDriver::bringToFront() {
 }
 
 void GtkUserDriver::dismiss() {
-    answerMildly();
+    answerWithFallback();
     hide();
 }
 

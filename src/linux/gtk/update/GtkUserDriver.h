@@ -1,17 +1,19 @@
 #pragma once
 
 #include "base/async/Continuation.h"
-#include "linux/gtk/update/UpdateWindow.h"
 #include "updater/driver/UserDriver.h"
-
-#include <gtkmm/application.h>
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace kelo::gtk {
 
-/// The updater's windows on this desktop. The toolkit must be up.
+struct UpdateContent;
+class UpdateWindow;
+
+/// The updater's windows on this desktop. The toolkit must be initialized. Main thread only.
 class GtkUserDriver final : public updater::UserDriver {
 public:
     GtkUserDriver();
@@ -36,26 +38,26 @@ private:
     struct Button {
         std::string label;
         Answer answer;
-        bool apart = false;   ///< at the start of the line
-        bool leadsOn = false; ///< another content follows at once
+        bool apart = false;       ///< at the start of the row
+        bool moreFollows = false; ///< another content follows at once
     };
 
-    /// Shows a content whose buttons give a value; the task ends with it. A question that was open
-    /// gets its mildest answer first. The last button is the default one.
+    /// Shows the content with one button for each answer. The task ends with the answer. An open
+    /// question gets its fallback answer first. The last button is the default one.
     template <typename Answer>
-    Task<Answer> ask(UpdateWindow::Content content, std::vector<Button<Answer>> answers,
-                     Answer mildest, Attention attention);
+    Task<Answer> ask(UpdateContent content, std::vector<Button<Answer>> answers, Answer fallback,
+                     Attention attention);
     Task<void> tell(std::string heading, std::string sentence);
-    void show(UpdateWindow::Content content, Attention attention);
-    void answerMildly();
-    /// After an answer. Where more follows, the window stays: one that goes and comes again would
-    /// lose its place and the keyboard.
+    void show(UpdateContent content, Attention attention);
+    void answerWithFallback();
+    /// Called after an answer. If more follows, the window stays, because otherwise it would lose
+    /// its position and the keyboard focus.
     void finish(bool moreFollows);
     void hide();
 
     std::unique_ptr<UpdateWindow> window;
-    /// Gives the open question its mildest answer; null when none is open.
-    std::function<void()> mildAnswer;
+    /// Answers the open question with its fallback; null if no question is open.
+    std::function<void()> fallbackAnswer;
     bool isDownloading = false;
 };
 

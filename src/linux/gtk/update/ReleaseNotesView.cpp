@@ -46,7 +46,7 @@ void append(Gtk::TextBuffer& buffer, const std::string& text,
     buffer.insert_with_tags_by_name(buffer.end(), text, tags);
 }
 
-/// next is the paragraph that follows; null for the last one.
+/// next: the following paragraph; null for the last one.
 void append(Gtk::TextBuffer& buffer, const Paragraph& paragraph, const Paragraph* next) {
     const bool isListItem = paragraph.kind == ParagraphKind::listItem;
     std::vector<Glib::ustring> common;
@@ -54,7 +54,7 @@ void append(Gtk::TextBuffer& buffer, const Paragraph& paragraph, const Paragraph
         common.emplace_back("heading");
     if (isListItem)
         common.emplace_back("listItem");
-    if (next) // closer together inside of a list
+    if (next) // smaller spacing inside of a list
         common.emplace_back(isListItem && next->kind == ParagraphKind::listItem ? "listSpace"
                                                                                 : "space");
     if (isListItem)

@@ -7,7 +7,7 @@
 
 namespace kelo::gtk {
 
-/// Release notes to read: text that can be scrolled, selected and copied, and nothing to click.
+/// Shows release notes: text that can be scrolled, selected and copied, without links.
 class ReleaseNotesView final : public Gtk::ScrolledWindow {
 public:
     ReleaseNotesView();

@@ -2,7 +2,7 @@
 
 #include "deployment/Deployment.h"
 #include "linux/gtk/kit/Accessibility.h"
-#include "linux/gtk/kit/WindowIcon.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/eventcontrollerkey.h>
@@ -92,7 +92,7 @@ UpdateWindow::~UpdateWindow() {
     unset_child();
 }
 
-void UpdateWindow::setContent(Content content) {
+void UpdateWindow::setContent(UpdateContent content) {
     shown = std::move(content);
     setText(heading, shown.heading);
     setText(sentence, shown.sentence);
@@ -104,19 +104,19 @@ void UpdateWindow::setContent(Content content) {
     addButtons(shown.choices);
 }
 
-void UpdateWindow::setProgress(const Progress& progress) {
+void UpdateWindow::setProgress(const UpdateContent::Progress& progress) {
     bar.set_visible(progress.fraction.has_value());
     spinner.set_visible(!progress.fraction);
     bar.set_fraction(progress.fraction.value_or(0));
     setText(progressText, progress.text);
 }
 
-void UpdateWindow::closeToAnswers() {
+void UpdateWindow::disableChoices() {
     shown.dismissed = nullptr;
     buttons.set_sensitive(false);
 }
 
-void UpdateWindow::addButtons(const std::vector<Choice>& choices) {
+void UpdateWindow::addButtons(const std::vector<UpdateContent::Choice>& choices) {
     buttons.set_sensitive();
     unset_default_widget();
     while (auto* old = buttons.get_first_child())
@@ -142,9 +142,9 @@ void UpdateWindow::addButtons(const std::vector<Choice>& choices) {
 }
 
 void UpdateWindow::choose(std::size_t index) {
-    // A copy, because what is chosen may change the content.
     if (index >= shown.choices.size())
         return;
+    // A copy, because the callback may replace the content.
     const auto tell = shown.choices[index].chosen;
     tell();
 }

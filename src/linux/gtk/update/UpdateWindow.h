@@ -18,48 +18,52 @@
 
 namespace kelo::gtk {
 
-/// The updater's one window: a heading, a sentence, and below them what the moment needs.
-class UpdateWindow final : public Gtk::Window {
-public:
+/// What the updater's window shows: a heading, a sentence, and optionally release notes, progress
+/// and buttons.
+struct UpdateContent {
     struct Choice {
         std::string label;
         std::function<void()> chosen;
-        /// Return chooses it.
+        /// The Return key chooses it.
         bool isDefault = false;
-        /// Stands apart from the others, at the start of the line.
+        /// Apart from the others, at the start of the row.
         bool apart = false;
     };
     struct Progress {
-        /// 0 to 1; nothing when nobody knows how long it takes.
+        /// 0 to 1; empty if the duration is unknown.
         std::optional<double> fraction;
         std::string text;
     };
-    struct Content {
-        std::string heading;
-        std::string sentence;
-        updater::ReleaseNotes notes = {};
-        std::optional<Progress> progress = std::nullopt;
-        std::vector<Choice> choices = {};
-        /// Escape, or the window manager's close. The window does not go by itself.
-        std::function<void()> dismissed = nullptr;
-    };
 
+    std::string heading;
+    std::string sentence;
+    updater::ReleaseNotes notes = {};
+    std::optional<Progress> progress = std::nullopt;
+    std::vector<Choice> choices = {};
+    /// Called when the user pressed Escape or closed the window through the window manager. The
+    /// window does not disappear by itself.
+    std::function<void()> dismissed = nullptr;
+};
+
+/// The updater's only window.
+class UpdateWindow final : public Gtk::Window {
+public:
     UpdateWindow();
     ~UpdateWindow() override;
 
-    /// Takes the place of what was shown; does not put the window on the screen.
-    void setContent(Content content);
-    /// Of the content that is shown; ignored when it has none.
-    void setProgress(const Progress& progress);
+    /// Replaces the content. Does not show the window.
+    void setContent(UpdateContent content);
+    /// Updates the progress of the current content. Ignored if the content has none.
+    void setProgress(const UpdateContent::Progress& progress);
 
-    /// Takes no more answers until there is other content.
-    void closeToAnswers();
+    /// Disables the buttons until the next setContent().
+    void disableChoices();
 
 private:
-    void addButtons(const std::vector<Choice>& choices);
+    void addButtons(const std::vector<UpdateContent::Choice>& choices);
     void choose(std::size_t index);
 
-    Content shown;
+    UpdateContent shown;
     Gtk::Box column{Gtk::Orientation::VERTICAL, 16};
     Gtk::Image icon;
     Gtk::Label heading;
@@ -67,7 +71,7 @@ private:
     ReleaseNotesView notes;
     Gtk::Box progressLine{Gtk::Orientation::VERTICAL, 6};
     Gtk::ProgressBar bar;
-    Gtk::Spinner spinner; ///< in the bar's place while nobody knows how long it takes
+    Gtk::Spinner spinner; ///< shown instead of the bar if the duration is unknown
     Gtk::Label progressText;
     Gtk::Box buttons{Gtk::Orientation::HORIZONTAL, 12};
 };

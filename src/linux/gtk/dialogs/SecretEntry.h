@@ -8,8 +8,8 @@
 
 namespace kelo::gtk {
 
-/// One line of text that may be a secret. What was typed leaves only through take(), and no copy of
-/// it stays behind. Enter presses the default button of the window.
+/// An entry for one line of text that may be a secret. Only take() returns the text, and no copy of
+/// it remains in the entry. Enter presses the default button of the window.
 class SecretEntry final : public Gtk::Box {
 public:
     enum class Display { masked, visible };
@@ -20,7 +20,7 @@ public:
     void setPlaceholder(const std::string& text);
     void setName(const std::string& name); ///< for assistive technology
     void focus();
-    /// What stands in the line; empties it.
+    /// Returns the text and clears the entry.
     SecretText take();
 
 private:

@@ -4,14 +4,14 @@
 
 namespace kelo::gtk {
 
-/// Takes the width it is offered, up to a maximum, and centres its one child in it.
+/// A container that uses the offered width up to a maximum, and centres its one child.
 class WidthLimit final : public Gtk::Widget {
 public:
     /// The child is owned by the caller and must outlive this.
     explicit WidthLimit(Gtk::Widget& child);
     ~WidthLimit() override;
 
-    /// In points; 0 for no limit but the child's own width.
+    /// In points; 0 for no limit.
     void setMaximum(int width);
 
 protected:

@@ -1,4 +1,4 @@
-#include "linux/tray/HostRegistration.h"
+#include "linux/tray/WatcherRegistration.h"
 
 #include <giomm/dbuswatchname.h>
 #include <glibmm/error.h>
@@ -15,10 +15,10 @@ constexpr const char* watcherPath = "/StatusNotifierWatcher";
 
 } // namespace
 
-// The path alone: the tray then reaches us by the name that the bus gave this connection. A name of
-// the item's own, which some programs take, would have to be allowed to a program in a sandbox.
-HostRegistration::HostRegistration(const Glib::RefPtr<Gio::DBus::Connection>& connection,
-                                   std::string itemPath)
+// The path is enough: the watcher then uses this connection's unique name. Some programs own a
+// separate bus name for the item instead, but a sandbox would have to allow that name.
+WatcherRegistration::WatcherRegistration(const Glib::RefPtr<Gio::DBus::Connection>& connection,
+                                         std::string itemPath)
     : watch(Gio::DBus::watch_name(
           connection, watcherName,
           [path = std::move(itemPath)](const Glib::RefPtr<Gio::DBus::Connection>& bus,
@@ -30,13 +30,13 @@ HostRegistration::HostRegistration(const Glib::RefPtr<Gio::DBus::Connection>& co
                       try {
                           bus->call_finish(result);
                       } catch (const Glib::Error& error) {
-                          g_debug("The tray does not take the item: %s", error.what());
+                          g_debug("The tray does not accept the item: %s", error.what());
                       }
                   },
                   owner);
           })) {}
 
-HostRegistration::~HostRegistration() {
+WatcherRegistration::~WatcherRegistration() {
     Gio::DBus::unwatch_name(watch);
 }
 

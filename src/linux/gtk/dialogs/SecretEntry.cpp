@@ -1,4 +1,4 @@
-#include "linux/gtk/kit/SecretEntry.h"
+#include "linux/gtk/dialogs/SecretEntry.h"
 
 #include "linux/gtk/kit/Accessibility.h"
 
@@ -20,14 +20,15 @@ Gtk::Widget* makeLine(SecretEntry::Display display) {
 
 SecretEntry::SecretEntry(Display display) : display(display), line(makeLine(display)) {
     line->set_hexpand();
-    // The undo history would keep what was typed.
+    // The undo history would keep a copy of the text.
     g_object_set(line->gobj(), "activates-default", TRUE, "enable-undo", FALSE, nullptr);
     append(*line);
 }
 
 SecretEntry::~SecretEntry() {
     take();
-    // The toolkit's masked entry would hear of the loss of the focus after its end.
+    // Otherwise the toolkit's masked entry would be told about the lost focus after its
+    // destruction.
     auto* window = dynamic_cast<Gtk::Window*>(get_root());
     auto* focus = window ? window->get_focus() : nullptr;
     if (focus && focus->is_ancestor(*this))
@@ -50,7 +51,8 @@ void SecretEntry::focus() {
 
 SecretText SecretEntry::take() {
     auto* editable = GTK_EDITABLE(line->gobj());
-    // Straight out of the toolkit's own buffer, which it overwrites when the text is replaced.
+    // Read directly from the toolkit's buffer, which is overwritten when the text is replaced. A
+    // ustring would be another copy.
     SecretText text{std::string_view(gtk_editable_get_text(editable))};
     gtk_editable_set_text(editable, "");
     return text;

@@ -1,0 +1,56 @@
+#include "linux/gtk/kit/WindowPresentation.h"
+
+#include <gdk/x11/gdkx.h>
+#include <gdkmm/texture.h>
+#include <gdkmm/toplevel.h>
+
+#include <utility>
+
+namespace kelo::gtk {
+
+namespace {
+
+// X11 window managers show this icon if no desktop entry names one. The pictures are drawn at build
+// time, because drawing from the SVG at run time would load a library of 6 MB at every start.
+void setIcon(Gtk::Window& window) {
+    const auto toplevel = std::dynamic_pointer_cast<Gdk::Toplevel>(window.get_surface());
+    if (!toplevel)
+        return;
+    toplevel->set_icon_list({Gdk::Texture::create_from_resource("/app/kelo/Kelo/window-48.png"),
+                             Gdk::Texture::create_from_resource("/app/kelo/Kelo/window-128.png")});
+}
+
+std::string& keptToken() {
+    static std::string token;
+    return token;
+}
+
+} // namespace
+
+void showProgramIcon(Gtk::Window& window) {
+    window.signal_realize().connect([&window] { setIcon(window); });
+}
+
+void showWithoutFocus(Gtk::Window& window) {
+    if (window.get_mapped())
+        return;
+    gtk_widget_realize(GTK_WIDGET(window.gobj()));
+    GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(window.gobj()));
+    // A user time of 0 tells window managers not to give a new window the keyboard focus (Extended
+    // Window Manager Hints, _NET_WM_USER_TIME).
+    if (GDK_IS_X11_SURFACE(surface))
+        gdk_x11_surface_set_user_time(surface, 0);
+    window.set_visible(true);
+}
+
+void keepActivationToken(std::string token) {
+    keptToken() = std::move(token);
+}
+
+void presentWithActivationToken(Gtk::Window& window) {
+    if (const auto token = std::exchange(keptToken(), {}); !token.empty())
+        window.set_startup_id(token);
+    window.present();
+}
+
+} // namespace kelo::gtk

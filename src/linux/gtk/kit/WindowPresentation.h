@@ -1,0 +1,30 @@
+#pragma once
+
+#include <gtkmm/window.h>
+
+#include <string>
+
+/// How every window of the program comes onto the screen. Main thread only.
+namespace kelo::gtk {
+
+/// The program's name for people: in window titles, in the main menu, in the desktop's lists.
+inline constexpr const char* programName = "Kelo";
+
+/// Gives the window the program's icon, for X11 window managers that show icons. Call it before the
+/// window is realized.
+void showProgramIcon(Gtk::Window& window);
+
+/// Shows a window without taking the keyboard focus from the window in use. X11 window managers
+/// respect this. Under Wayland the compositor decides; most give a new window the focus only if the
+/// program already has it.
+void showWithoutFocus(Gtk::Window& window);
+
+/// Keeps an activation token for the next call of presentWithActivationToken(); replaces an unused
+/// one. Desktops let a program raise its window only after a click of the user. For a click outside
+/// of the program's windows, in the tray, the desktop sends this token as proof.
+void keepActivationToken(std::string token);
+
+/// Presents the window and uses up the kept activation token, if there is one.
+void presentWithActivationToken(Gtk::Window& window);
+
+} // namespace kelo::gtk
