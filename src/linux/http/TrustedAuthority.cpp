@@ -2,12 +2,12 @@
 
 #include "deployment/TrustedAuthority.h"
 
+#include <gio/gunixoutputstream.h>
 #include <openssl/bio.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <string>
 
@@ -15,20 +15,17 @@ namespace kelo::http {
 
 namespace {
 
-// An identity is compared with the bare address, without the brackets a URL puts around it.
+// Certificates name an IPv6 address without the brackets that a URL puts around it.
 std::string bareHost(const Url& url) {
     const std::string& host = url.host();
     return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
 }
 
 bool writeAll(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(file, text.data(), text.size());
-        if (written <= 0)
-            return false;
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
+    const auto stream =
+        gobject::GObjectPointer<GOutputStream>::adopt(g_unix_output_stream_new(file, FALSE));
+    return g_output_stream_write_all(stream.get(), text.data(), text.size(), nullptr, nullptr,
+                                     nullptr) == TRUE;
 }
 
 struct OpenSslDeleter {
@@ -36,7 +33,7 @@ struct OpenSslDeleter {
     void operator()(X509* certificate) const { X509_free(certificate); }
 };
 
-// GIO takes the purpose to check for and, with its usual backend, does not look at it.
+// GIO accepts a purpose for the check, but its usual backend ignores it.
 bool isForServers(GTlsCertificate* certificate) {
     char* text = nullptr;
     g_object_get(certificate, "certificate-pem", &text, nullptr);
@@ -51,8 +48,8 @@ bool isForServers(GTlsCertificate* certificate) {
 
 } // namespace
 
-// GIO reads authorities from files alone, and reads them anew at each verification. A file in
-// memory that this process alone holds cannot be exchanged by anyone in between.
+// GIO reads authorities only from files, and reads the file again for every verification. Nobody
+// else can replace a file in memory that only this process holds.
 TrustedAuthority::TrustedAuthority(std::string_view pem) {
     if (pem.empty())
         return;
