@@ -6,19 +6,19 @@
 
 namespace kelo::webkit {
 
-/// Takes microphone, camera and screen from frames of other origins than the service's, also where
-/// the page that holds one says allow="microphone". The engine asks the same question for a frame
-/// as for the page around it, so a frame must not come to ask.
+/// Denies microphone, camera and screen to frames that are cross-origin to the service, even if the
+/// page around them says allow="microphone". The engine's permission request does not tell a frame
+/// from its page, so a cross-origin frame must not get as far as a request.
 ///
-/// 1. In documents of the service, "allow" loses what it says of these devices. Without it the
-///    engine refuses a foreign frame by itself, whatever windows that frame makes: empty ones,
-///    those of srcdoc, blob:, data: and javascript:, and the one that is there while a page is on
-///    its way, in which no script of ours can run.
-/// 2. In foreign frames the methods themselves always refuse.
+/// 1. In documents of the service, these devices are removed from every "allow" attribute. Without
+///    it, the engine refuses a cross-origin frame itself. That includes all windows the frame
+///    creates: empty ones, srcdoc, blob:, data: and javascript:, and the initial document of a
+///    frame that is still loading, where user scripts do not run.
+/// 2. In cross-origin frames, the methods themselves always refuse.
 ///
-/// Not covered by the first: an allow="microphone" within a closed shadow that is declared in
-/// markup, which no script can see. There the second stands alone, and a frame that takes the
-/// method from a window that is still empty gets round it.
-void keepMediaFromForeignFrames(WebKitUserContentManager* manager, const Url& service);
+/// Gap: scripts cannot see a closed shadow root that is declared in markup. For an
+/// allow="microphone" in there, only the second measure applies. A frame can evade that one by
+/// taking the method from a window that is still empty.
+void denyMediaToCrossOriginFrames(WebKitUserContentManager* manager, const Url& service);
 
 } // namespace kelo::webkit

@@ -9,30 +9,31 @@
 
 namespace kelo::webkit {
 
-/// The script world of our own: same documents, but globals that code of pages cannot reach.
+/// The program's own script world: it shares the documents with the pages, but not the globals.
 inline constexpr const char* ownScriptWorld = "kelo";
 
-/// A script that runs before any of a page's own, in the documents it is meant for. The engine runs
-/// none in the empty document that a new frame begins with.
-struct GuardScript {
+/// A script that runs before the scripts of a document. The engine does not run it in the initial
+/// empty document of a new frame.
+struct DocumentStartScript {
     std::string source;
     WebKitUserContentInjectedFrames frames = WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES;
-    /// Null: the world of the page's own scripts.
+    /// Null for the world of the page's own scripts.
     const char* world = nullptr;
-    /// Patterns of addresses; empty for all.
+    /// Address patterns; empty for all addresses.
     std::vector<std::string> allowed = {};
 };
 
-void addGuardScript(WebKitUserContentManager* manager, const GuardScript& script);
+void addDocumentStartScript(WebKitUserContentManager* manager, const DocumentStartScript& script);
 
-/// The script, made to do nothing outside documents of the origin. It has to run at document start:
-/// later a page may have given self.origin another value.
+/// Wraps the script so that it runs only in documents of the origin. Valid at document start alone:
+/// a page can overwrite self.origin later.
 std::string onlyIn(const Url& origin, const std::string& source);
-/// The opposite. A sandboxed document is of no origin but its own.
+/// Wraps the script so that it runs only in cross-origin documents. A sandboxed document is always
+/// cross-origin.
 std::string exceptIn(const Url& origin, const std::string& source);
 
-/// The pattern that all addresses of the URL's scheme and host match; the engine's patterns know no
-/// ports (one with a port matches nothing). Addresses of about:, data: and blob: never match.
+/// A pattern that matches every address with the URL's scheme and host, on any port: the engine's
+/// patterns support no ports. Never matches about:, data: and blob: addresses.
 std::string pagesOfHost(const Url& url);
 
 } // namespace kelo::webkit

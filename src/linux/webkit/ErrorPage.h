@@ -1,16 +1,15 @@
 #pragma once
 
-#include "base/Url.h"
-
 #include <string>
 
 namespace kelo::webkit {
 
-/// What the "Try again" link of a notice leads to. Nothing is there: the view takes the click.
+/// The address of an error page's "Try again" link. It is never loaded: NavigationPolicy intercepts
+/// it.
 inline constexpr const char* tryAgainAddress = "kelo:try-again";
 
-/// A calm page in place of one that could not be shown: a heading, a sentence, and "Try again".
-/// Takes plain texts. Holds no script and loads nothing.
-std::string noticePage(const std::string& heading, const std::string& sentence);
+/// The HTML of a page that is shown in place of one that did not load: a heading, a sentence, and
+/// "Try again". Both texts are plain text, not HTML. The page has no scripts and loads nothing.
+std::string errorPage(const std::string& heading, const std::string& sentence);
 
 } // namespace kelo::webkit
