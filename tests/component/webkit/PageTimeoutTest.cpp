@@ -106,17 +106,29 @@ TEST_F(PageTimeout, DocumentThatStopsHalfwayIsGivenUp) {
     expectTimedOut("localhost did not answer within 1 second.");
 }
 
-TEST_F(PageTimeout, LinkOfAPageIsGivenUpAfterTheTimeoutOfTheLastLoad) {
+/// The same with time in the test's hands.
+class ManualPageTimeout : public PageTimeout {
+protected:
+    ManualTimers timers;
+    MainLoop::Installation installation{timers};
+};
+
+TEST_F(ManualPageTimeout, LinkOfAPageIsGivenUpAfterTheTimeoutOfTheLastLoad) {
     const MisbehavingServer peer(identity, silentOnRequest);
     makeView(peer.url());
-    load(peer.url("/"), seconds(2));
+    load(peer.url("/"), seconds(7));
     ASSERT_TRUE(waitForFinished(1));
+    EXPECT_FALSE(timers.isPending());
     evaluate("location.href = '/silent'; 1");
+    ASSERT_TRUE(rig.runUntil([&] { return peer.requests().back().target == "/silent"; }));
+    ASSERT_TRUE(timers.isPending());
+    timers.fire();
     ASSERT_TRUE(waitForTitle("This page did not load"));
     EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/"));
+    EXPECT_THAT(timers.delays, testing::Each(seconds(7)));
 }
 
-TEST_F(PageTimeout, TryAgainAfterATimeoutLoadsThePage) {
+TEST_F(ManualPageTimeout, TryAgainLoadsThePage) {
     std::atomic<bool> silent = true;
     const MisbehavingServer peer(identity, [&silent](ServerConnection& connection) {
         while (connection.read()) {
@@ -126,21 +138,16 @@ TEST_F(PageTimeout, TryAgainAfterATimeoutLoadsThePage) {
         }
     });
     makeView(peer.url());
-    load(peer.url("/"), seconds(1));
-    expectTimedOut("localhost did not answer within 1 second.");
+    load(peer.url("/"));
+    ASSERT_TRUE(rig.runUntil([&] { return !peer.requests().empty(); }));
+    timers.fire();
+    expectTimedOut("localhost did not answer within 60 seconds.");
     silent = false;
     evaluate("document.querySelector('a').click()");
     ASSERT_TRUE(waitForFinished(1));
     EXPECT_EQ(pageText(), "back again");
     EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/"));
 }
-
-/// The same with time in the test's hands.
-class ManualPageTimeout : public PageTimeout {
-protected:
-    ManualTimers timers;
-    MainLoop::Installation installation{timers};
-};
 
 TEST_F(ManualPageTimeout, BytesOfATricklingServerStartTheTimeoutAgain) {
     std::atomic<int> sent = 0;
