@@ -8,11 +8,11 @@
 namespace kelo::platform {
 
 /// The cookies of a web view's data store. Neither operation fails: a cookie that the store refuses
-/// is left out, a store that cannot be read is empty.
+/// is dropped, and a store that cannot be read counts as empty.
 class CookieStore {
 public:
     virtual ~CookieStore() = default;
-    /// Ends when the cookie is in the store.
+    /// Completes when the cookie is in the store.
     virtual Task<void> setCookie(HttpCookie cookie) = 0;
     /// All cookies of all domains, in the store's own order.
     virtual Task<std::vector<HttpCookie>> getAllCookies() = 0;

@@ -22,22 +22,25 @@ struct UserScript {
     bool forMainFrameOnly = false;
 };
 
+/// Where a view keeps cookies, web storage and cache.
 enum class WebsiteDataStore {
-    /// The one persistent store that all web views of the program share.
+    /// The persistent store that all web views of the program share.
     persistentDefault,
 };
 
 /// Lets the pages of a view post messages to a handler.
 struct ScriptMessageRegistration {
-    /// Held as long as the view lives: a handler that owns the view must be registered through
-    /// something that does not own the handler.
+    /// The view holds it strongly. To avoid a reference cycle, an object that owns the view must
+    /// register a handler that refers to it weakly.
     std::shared_ptr<ScriptMessageHandler> handler;
-    /// What a page finds the handler by: window.webkit.messageHandlers.NAME.postMessage(...).
+    /// Letters, digits and "_". A page calls
+    /// window.webkit.messageHandlers.NAME.postMessage(...).
     std::string name;
 };
 
 struct WebViewConfiguration {
     WebsiteDataStore websiteDataStore = WebsiteDataStore::persistentDefault;
+    /// Whether pages may run their own scripts. User scripts run in either case.
     bool allowsContentJavaScript = true;
     std::vector<UserScript> userScripts = {};
     std::vector<ScriptMessageRegistration> scriptMessageHandlers = {};
@@ -48,24 +51,29 @@ class EmbeddedWebView;
 class NavigationDelegate {
 public:
     virtual ~NavigationDelegate() = default;
-    /// The main frame reached the end of a load. Not called for a load that failed.
+    /// The main frame has finished a load, whatever its HTTP status. Not called for a load that
+    /// failed, timed out or was replaced by another.
     virtual void didFinishNavigation(EmbeddedWebView& webView) = 0;
 };
 
-/// A web view in a window of ours. Main thread only.
+/// A web view that can be shown in a window of the program. Main thread only.
 class EmbeddedWebView {
 public:
     virtual ~EmbeddedWebView() = default;
 
+    /// Loads a page: GET only, without a body. The request's timeout is the longest time without
+    /// progress until the page's document is complete; for images and the like there is none. When
+    /// it passes, the load is stopped and a page with the reason is shown. The timeout also holds
+    /// for later loads that the user or the page starts, until the next call.
     virtual void load(UrlRequest request) = 0;
-    /// Of what is shown; nothing before the first load.
+    /// URL of the current page; empty before the first load.
     virtual std::optional<Url> url() const = 0;
     /// Held weakly.
     virtual void setNavigationDelegate(std::weak_ptr<NavigationDelegate> delegate) = 0;
-    /// Held weakly. A view without one refuses its pages everything that needs a permission.
+    /// Held weakly. Without a delegate, every permission request is denied.
     virtual void setUserInterfaceDelegate(std::weak_ptr<UserInterfaceDelegate> delegate) = 0;
     virtual void setAllowsBackForwardNavigationGestures(bool allowed) = 0;
-    /// Of the data store in the view's configuration; lives as long as the view.
+    /// The cookies of the view's data store. The reference is valid as long as the view.
     virtual CookieStore& cookieStore() = 0;
 };
 

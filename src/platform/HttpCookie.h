@@ -8,14 +8,14 @@ namespace kelo::platform {
 
 enum class SameSitePolicy { unspecified, none, lax, strict };
 
-/// One HTTP cookie with everything that must survive its way from one store to another.
+/// One HTTP cookie, with every attribute that must survive a copy from one store to another.
 struct HttpCookie {
     std::string name;
     std::string value;
-    /// "host" for a host-only cookie, ".host" for one that its sub-domains get as well.
+    /// "host" for a host-only cookie, ".host" for a cookie that sub-domains receive as well.
     std::string domain;
     std::string path = "/";
-    /// Nothing for a session cookie. Whole seconds.
+    /// Empty for a session cookie. Whole seconds.
     std::optional<std::chrono::sys_seconds> expires = std::nullopt;
     bool secure = false;
     bool httpOnly = false;

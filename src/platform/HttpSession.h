@@ -12,7 +12,7 @@ namespace kelo::platform {
 
 struct HttpReply {
     Bytes body;
-    /// Nothing when the reply did not come over HTTP.
+    /// Empty when the reply did not come over HTTP.
     std::optional<int> status;
 };
 
@@ -20,28 +20,27 @@ struct HttpReply {
 class HttpCookieStorage {
 public:
     virtual ~HttpCookieStorage() = default;
-    /// Those that a request for the URL would carry; nothing when the store gives no answer.
+    /// The cookies that a request for the URL would carry; empty when the store cannot tell.
     virtual std::optional<std::vector<HttpCookie>> cookies(const Url& url) const = 0;
 };
 
-/// Sends requests. Main thread only; a session outlives its requests.
+/// Sends requests. Main thread only. A session must outlive its requests.
 ///
-/// Redirects within the origin of the request are followed. Across origins they are followed
-/// without the headers and body that were set by hand, so that a "Cookie" header or a token never
-/// reaches another origin.
+/// Redirects are followed. A redirect to another origin drops the body and every header that the
+/// caller set, so that a "Cookie" header or a token never reaches another origin.
 class HttpSession {
 public:
     virtual ~HttpSession() = default;
 
-    /// The whole reply, whatever its status. Fails with a Failure when there is none: no
-    /// connection, no complete reply within the request's timeout, a certificate that does not
-    /// hold, a reply that is cut short or longer than 16 MiB.
+    /// The complete reply, whatever its status. Throws a Failure if there is no connection, the
+    /// certificate is refused, the reply is not complete within the request's timeout, or the reply
+    /// is cut short or longer than 16 MiB.
     virtual Task<HttpReply> data(UrlRequest request) = 0;
 
-    /// A plain GET with the session's own time-out and policy.
+    /// A GET with the default timeout and cache policy.
     virtual Task<HttpReply> data(Url url) = 0;
 
-    /// Null for a session without one.
+    /// Null for a session without cookies.
     virtual const HttpCookieStorage* cookieStorage() const = 0;
 };
 

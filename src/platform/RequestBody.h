@@ -8,8 +8,8 @@
 
 namespace kelo::platform {
 
-/// What a request carries. It may hold a password, so every copy overwrites its memory when it
-/// goes.
+/// The body of a request. It may hold a password, so every copy overwrites its memory when it is
+/// destroyed.
 class RequestBody {
 public:
     RequestBody(Bytes bytes) : bytes(std::move(bytes)) {}

@@ -7,17 +7,17 @@ namespace kelo::platform {
 
 class EmbeddedWebView;
 
-/// What a page's script posted. Lists, objects and the like are std::monostate: nobody reads them.
+/// The value that a page's script posted. Arrays, objects and null arrive as std::monostate.
 using ScriptValue = std::variant<std::monostate, bool, double, std::string>;
 
 struct ScriptMessage {
-    /// Of the handler that the page posted to.
+    /// The name of the handler that the page posted to.
     std::string name;
     ScriptValue body;
 };
 
-/// Hears the messages that pages post under a registered name. Only the service's own pages can,
-/// and only from the main frame: see what implements EmbeddedWebView. Main thread only.
+/// Receives the messages that pages post to a registered name. Only the main frame can post, and
+/// only while it shows a page of the service. Main thread only.
 class ScriptMessageHandler {
 public:
     virtual ~ScriptMessageHandler() = default;

@@ -8,11 +8,11 @@ namespace kelo::platform {
 
 class EmbeddedWebView;
 
-/// Where a page comes from.
+/// The origin of a page.
 struct SecurityOrigin {
     std::string scheme; ///< "https"
     std::string host;
-    std::uint16_t port = 0; ///< 0 for the scheme's own
+    std::uint16_t port = 0; ///< 0 for the scheme's default
 };
 
 enum class MediaCaptureType { camera = 0, microphone = 1, cameraAndMicrophone = 2 };
@@ -24,13 +24,13 @@ enum class PermissionDecision {
     deny = 2,
 };
 
-/// Decides what a web view's pages may do. Main thread only.
+/// Decides which permissions the pages of a web view get. Main thread only.
 class UserInterfaceDelegate {
 public:
     using DecisionHandler = std::function<void(PermissionDecision)>;
 
     virtual ~UserInterfaceDelegate() = default;
-    /// A page asks for the microphone or the camera. The handler is to be called once, now or
+    /// A page asks for the microphone or the camera. Call the handler once, during this call or
     /// later.
     virtual void requestMediaCapturePermission(EmbeddedWebView& webView,
                                                const SecurityOrigin& origin, MediaCaptureType type,

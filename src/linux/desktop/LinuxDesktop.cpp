@@ -5,6 +5,7 @@
 #include "linux/http/SoupHttpSession.h"
 #include "linux/update/DesktopUpdater.h"
 #include "linux/webkit/ExternalLinks.h"
+#include "linux/webkit/WebKitEmbeddedView.h"
 #include "linux/webkit/WebKitSession.h"
 
 #include <utility>
@@ -32,7 +33,7 @@ std::shared_ptr<platform::EmbeddedWebView>
 LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) {
     if (!webKitSession)
         webKitSession = std::make_unique<webkit::WebKitSession>();
-    return webKitSession->makeWebView(frame, std::move(configuration));
+    return std::make_shared<webkit::WebKitEmbeddedView>(*webKitSession, frame, configuration);
 }
 
 std::shared_ptr<platform::AuthorizationController>

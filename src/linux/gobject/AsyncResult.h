@@ -11,10 +11,10 @@
 
 namespace kelo::gobject {
 
-/// Awaits one asynchronous operation of a GIO-style library. start(callback, data) must begin it
-/// and hand both through; the flow goes on with the result, to give to the operation's finish
-/// function. Dropping the flow does not stop the operation (cancel its GCancellable for that), it
-/// only makes nobody wait for it any more. Main thread only.
+/// Awaits one asynchronous operation of a GIO-style library. start(callback, data) must start the
+/// operation with both arguments. The result is for the operation's finish function. Destroying the
+/// task does not stop the operation: cancel its GCancellable for that. The callback then does
+/// nothing. Main thread only.
 template <typename Start>
 Task<GObjectPointer<GAsyncResult>> asyncResult(Start start) {
     using Result = GObjectPointer<GAsyncResult>;

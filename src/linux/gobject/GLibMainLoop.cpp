@@ -23,7 +23,7 @@ void dropJob(gpointer data) {
 class GLibTimer final : public Timer, public std::enable_shared_from_this<GLibTimer> {
 public:
     void start(std::chrono::duration<double> delay, Job action) {
-        // The source holds the timer, so that a caller may drop it and still be called.
+        // The source owns the timer, so a timer fires even if its caller has dropped it.
         auto fire = std::make_unique<Job>([self = shared_from_this(), action = std::move(action)] {
             self->source = 0;
             action();

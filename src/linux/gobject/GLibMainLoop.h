@@ -4,7 +4,7 @@
 
 namespace kelo::gobject {
 
-/// The default GLib main context. Posted jobs run before drawing and idle work, in their order.
+/// The default GLib main context. Posted jobs run in their order, before drawing and idle work.
 class GLibMainLoop final : public MainLoop {
 public:
     void post(std::function<void()> job) override;

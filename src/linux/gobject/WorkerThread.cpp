@@ -13,7 +13,7 @@ WorkerThread::~WorkerThread() {
         const std::lock_guard lock(mutex);
         jobs.swap(dropped);
     }
-    // Not under the lock: what a job owns may have a say of its own when it goes.
+    // Outside the lock, because destroying a job may run code that takes it.
     dropped.clear();
     thread.join();
 }

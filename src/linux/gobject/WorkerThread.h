@@ -9,9 +9,9 @@
 
 namespace kelo::gobject {
 
-/// One thread of its own, started by the first job. When it goes, it waits for the job that is
-/// running and drops those that have not begun; who gives it a job that can block for long must
-/// have a way to end that job first.
+/// A thread that runs jobs in their order. The first job starts it. The destructor drops the jobs
+/// that have not begun, and waits for the running one. A job that may block for long needs some
+/// way to be ended before that.
 class WorkerThread final : public Worker {
 public:
     WorkerThread() = default;

@@ -8,14 +8,14 @@
 
 namespace kelo::http {
 
-/// Takes a body in chunks (RFC 9112, section 7.1) apart. Strict: what is not surely well formed is
-/// an error, and only the last chunk with its trailer ends the body. Extensions and trailer fields
-/// are skipped.
+/// Decodes a chunked body (RFC 9112, section 7.1). Strict: anything that is not well formed is an
+/// error, and only the last chunk with its trailer ends the body. Chunk extensions and trailer
+/// fields are skipped.
 class ChunkedBody {
 public:
     enum class State { more, finished, malformed };
 
-    /// Takes the next bytes of the connection and appends what they hold to the body.
+    /// Decodes the next bytes of the connection and appends their content to the body.
     State take(std::string_view bytes, Bytes& body);
 
 private:

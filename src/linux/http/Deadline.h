@@ -10,8 +10,8 @@
 
 namespace kelo::http {
 
-/// The time a whole request may take, and its end by any other way: cancels what runs under it when
-/// the time is over, and when the object goes. Main thread only.
+/// A time limit for a request. Cancels its GCancellable when the time has passed, and when it is
+/// destroyed. Main thread only.
 class Deadline {
 public:
     explicit Deadline(std::chrono::seconds limit);
@@ -19,7 +19,7 @@ public:
     Deadline(const Deadline&) = delete;
     Deadline& operator=(const Deadline&) = delete;
 
-    /// The time begins anew, unless it is over.
+    /// Starts the time again. Has no effect once the time has passed.
     void restart();
 
     GCancellable* cancellable() const { return cancellable_.get(); }

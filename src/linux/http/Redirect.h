@@ -7,14 +7,14 @@
 
 namespace kelo::http {
 
-/// How many redirects a request follows before it gives up.
+/// The most redirects that one request follows.
 inline constexpr int redirectLimit = 20;
 
-/// The request that a reply with this status and Location asks for; nothing when it is no redirect.
+/// The request that follows a response with this status and Location; empty if it is no redirect.
 ///
-/// Within the origin the method changes as HTTP says and headers go along. Another origin gets a
-/// bare GET: none of the headers set by hand and no body, and nothing it redirects to gets them
-/// back. Fails with a Failure for a target that is not https or cannot be read.
+/// Within the origin, the method changes as HTTP prescribes and the headers are kept. A request to
+/// another origin is a GET (or HEAD) without the caller's headers and body; they do not come back
+/// if that origin redirects again. Throws a Failure for a target that is not https or no URL.
 std::optional<platform::UrlRequest> redirected(const platform::UrlRequest& request, int status,
                                                const std::optional<std::string>& location);
 

@@ -1,8 +1,11 @@
 #include "linux/http/SoupHttpSession.h"
 
 #include "base/Failure.h"
-#include "linux/http/HttpExchange.h"
 #include "linux/http/Redirect.h"
+#include "linux/http/Response.h"
+#include "linux/http/TransportErrors.h"
+
+#include <utility>
 
 namespace kelo::http {
 
@@ -11,19 +14,37 @@ using platform::UrlRequest;
 
 namespace {
 
+/// Longest body that is accepted.
+constexpr std::size_t bodyLimit = std::size_t(16) * 1024 * 1024;
+
+Task<Bytes> completeBody(Response& response, const Url& url) {
+    if (response.announcedLength().value_or(0) > bodyLimit)
+        throw replyTooLongError(url);
+    Bytes body;
+    while (true) {
+        const Bytes portion = co_await response.read();
+        if (portion.empty())
+            co_return body;
+        body.insert(body.end(), portion.begin(), portion.end());
+        if (body.size() > bodyLimit)
+            throw replyTooLongError(url);
+    }
+}
+
 Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
                         std::shared_ptr<const TrustedAuthority> authority, UrlRequest request) {
     const Deadline deadline(request.timeout);
     const Url firstUrl = request.url;
     for (int hop = 0; hop <= redirectLimit; ++hop) {
-        ExchangeReply reply = co_await exchange(session, authority, request, firstUrl, deadline);
-        std::optional<UrlRequest> next = redirected(request, reply.status, reply.location);
-        if (!next) {
-            HttpReply result;
-            result.body = std::move(reply.body);
-            result.status = reply.status;
-            co_return result;
-        }
+        const auto response = co_await sendRequest(session, authority, request, firstUrl, deadline);
+        HttpReply reply;
+        reply.status = response->status();
+        // The body of a redirect is read as well, so that its connection can be used again.
+        reply.body = co_await completeBody(*response, request.url);
+        std::optional<UrlRequest> next =
+            redirected(request, response->status(), response->location());
+        if (!next)
+            co_return reply;
         request = std::move(*next);
     }
     throw Failure(FailureKind::badReply, firstUrl.host() +
@@ -36,7 +57,7 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
 SoupHttpSession::SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority)
     : session(gobject::GObjectPointer<SoupSession>::adopt(soup_session_new())),
       authority(std::move(authority)) {
-    // Both would put headers on the wire that nobody asked for.
+    // Both features would add headers to requests.
     soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
     soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
     if (cookies == Cookies::inMemory) {

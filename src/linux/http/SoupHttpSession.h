@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/gobject/GObjectPointer.h"
-#include "linux/http/SoupCookieStorage.h"
+#include "linux/http/SoupCookies.h"
 #include "linux/http/TrustedAuthority.h"
 #include "platform/HttpSession.h"
 
@@ -11,8 +11,8 @@
 
 namespace kelo::http {
 
-/// HttpSession on libsoup. Only https; certificates hold against the system's trust store or the
-/// given authority and nothing else. Requests carry neither a user agent nor accepted encodings.
+/// HttpSession on libsoup. Only https. A certificate must be valid under the system's trust store
+/// or under the given authority. Requests carry neither a User-Agent nor an Accept-Encoding header.
 class SoupHttpSession final : public platform::HttpSession {
 public:
     enum class Cookies { none, inMemory };
@@ -30,10 +30,10 @@ private:
     std::unique_ptr<SoupCookieStorage> storage;
 };
 
-/// A session with a cookie store of its own, in memory, that accepts every cookie.
+/// A session with its own cookie store, in memory, that accepts every cookie.
 std::unique_ptr<platform::HttpSession> makeEphemeralHttpSession();
 
-/// A session that keeps no cookies, for the whole process to share.
+/// A session without cookies, shared by the whole process.
 std::unique_ptr<platform::HttpSession> makeSharedHttpSession();
 
 } // namespace kelo::http

@@ -1,22 +1,20 @@
 #pragma once
 
 #include "base/Url.h"
+#include "linux/gobject/GLibHandles.h"
 
 #include <libsoup/soup.h>
 
-#include <memory>
 #include <string>
 
 namespace kelo::http {
 
-struct SoupUriDeleter {
-    void operator()(GUri* uri) const { g_uri_unref(uri); }
-};
-using SoupUri = std::unique_ptr<GUri, SoupUriDeleter>;
+using SoupUri = gobject::GUriPointer;
 
-/// Paths and queries stay as they are written. Null for a text that is no URI.
+/// Paths and queries keep their spelling.
 inline constexpr GUriFlags soupUriFlags = static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS);
 
+/// Null for a text that is no URI.
 inline SoupUri soupUri(const Url& url) {
     return SoupUri(g_uri_parse(url.absoluteString().c_str(), soupUriFlags, nullptr));
 }

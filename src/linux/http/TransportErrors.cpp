@@ -72,27 +72,26 @@ Failure transportError(const GError& error, TransferPhase phase, const Url& url)
 }
 
 Failure certificateError(GTlsCertificateFlags problems, const Url& url) {
-    const std::string certificate = "The certificate of " + url.host();
     const std::string cause = "certificate flags " + std::to_string(static_cast<int>(problems));
-    // A chain from nowhere proves nothing, so what it says about names and dates is of no interest.
-    std::string sentence = certificate +
-                           " is not trusted on this computer, so nothing was sent. Ask those who "
-                           "run the service.";
+    // Under an unknown authority, names and dates in the certificate prove nothing.
+    std::string problem = "is not trusted on this computer";
+    std::string advice = "Ask those who run the service.";
     if ((problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0) {
-        if (problems & G_TLS_CERTIFICATE_REVOKED)
-            sentence = certificate + " was withdrawn, so nothing was sent. Ask those who run the "
-                                     "service.";
-        else if (problems & G_TLS_CERTIFICATE_BAD_IDENTITY)
-            sentence = certificate + " is made out to another host, so nothing was sent. Ask those "
-                                     "who run the service.";
-        else if (problems & G_TLS_CERTIFICATE_EXPIRED)
-            sentence = certificate + " has expired, so nothing was sent. Check the clock of this "
-                                     "computer, or ask those who run the service.";
-        else if (problems & G_TLS_CERTIFICATE_NOT_ACTIVATED)
-            sentence = certificate + " is not valid yet, so nothing was sent. Check the clock of "
-                                     "this computer.";
+        if (problems & G_TLS_CERTIFICATE_REVOKED) {
+            problem = "was withdrawn";
+        } else if (problems & G_TLS_CERTIFICATE_BAD_IDENTITY) {
+            problem = "is made out to another host";
+        } else if (problems & G_TLS_CERTIFICATE_EXPIRED) {
+            problem = "has expired";
+            advice = "Check the clock of this computer, or ask those who run the service.";
+        } else if (problems & G_TLS_CERTIFICATE_NOT_ACTIVATED) {
+            problem = "is not valid yet";
+            advice = "Check the clock of this computer.";
+        }
     }
-    return {FailureKind::insecure, sentence, cause};
+    return {FailureKind::insecure,
+            "The certificate of " + url.host() + " " + problem + ", so nothing was sent. " + advice,
+            cause};
 }
 
 Failure timeOutError(const Url& url, std::chrono::seconds limit) {

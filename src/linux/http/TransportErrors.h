@@ -11,14 +11,14 @@
 namespace kelo::http {
 
 enum class TransferPhase {
-    beforeReply, ///< looking up, connecting, securing the connection, sending, waiting
-    insideReply, ///< the head of the reply is here
+    beforeReply, ///< until the head of the response has arrived
+    insideReply, ///< afterwards, while the body is read
 };
 
-/// The sentence for a GIO or libsoup error; what the library said goes into the cause.
+/// The Failure for a GIO or libsoup error. The library's own message becomes the cause.
 Failure transportError(const GError& error, TransferPhase phase, const Url& url);
 
-/// The sentence for a certificate that was refused. The problems must not be zero.
+/// The Failure for a refused certificate. The problems must not be zero.
 Failure certificateError(GTlsCertificateFlags problems, const Url& url);
 
 Failure timeOutError(const Url& url, std::chrono::seconds limit);

@@ -2,6 +2,7 @@
 
 #include "deployment/TrustedAuthority.h"
 
+#include <gio/gunixoutputstream.h>
 #include <openssl/bio.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
@@ -14,7 +15,7 @@ namespace kelo::http {
 
 namespace {
 
-// An identity is compared with the bare address, without the brackets a URL puts around it.
+// Certificates name an IPv6 address without the brackets that a URL puts around it.
 std::string bareHost(const Url& url) {
     const std::string& host = url.host();
     return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
@@ -25,7 +26,7 @@ struct OpenSslDeleter {
     void operator()(X509* certificate) const { X509_free(certificate); }
 };
 
-// GIO takes the purpose to check for and, with its usual backend, does not look at it.
+// GIO accepts a purpose for the check, but its usual backend ignores it.
 bool isForServers(GTlsCertificate* certificate) {
     char* text = nullptr;
     g_object_get(certificate, "certificate-pem", &text, nullptr);
@@ -40,8 +41,8 @@ bool isForServers(GTlsCertificate* certificate) {
 
 } // namespace
 
-// GIO reads authorities from files alone, and reads them anew at each verification. A file in
-// memory that this process alone holds cannot be exchanged by anyone in between.
+// GIO reads authorities only from files, and reads the file again for every verification. Nobody
+// else can replace a file in memory that only this process holds.
 TrustedAuthority::TrustedAuthority(std::string_view pem) {
     if (pem.empty())
         return;

@@ -11,24 +11,24 @@
 
 namespace kelo::http {
 
-/// The one certificate authority that counts besides the system's trust store. Asked only about
-/// chains that the system has refused.
+/// The one certificate authority that is trusted besides the system's trust store. Consulted only
+/// for chains that the system has refused.
 class TrustedAuthority {
 public:
-    /// PEM text of the authority. Empty, or no certificate in it: nothing is ever accepted.
+    /// PEM text of the authority. If it is empty or holds no certificate, nothing is accepted.
     explicit TrustedAuthority(std::string_view pem);
     ~TrustedAuthority();
     TrustedAuthority(const TrustedAuthority&) = delete;
     TrustedAuthority& operator=(const TrustedAuthority&) = delete;
 
-    /// The one this build was configured with.
+    /// The authority that the build was configured with; isEmpty() if there is none.
     static std::shared_ptr<const TrustedAuthority> compiledIn();
 
-    /// No chain will ever hold.
+    /// Without an authority, every chain is refused.
     bool isEmpty() const { return !database; }
 
-    /// What is wrong with the chain of a server at this URL if this authority is the only root:
-    /// signatures, dates, purpose and host name. Zero: it holds.
+    /// Verifies the chain of a server at this URL with this authority as the only root: signatures,
+    /// dates, purpose and host name. Zero if it is valid.
     GTlsCertificateFlags problems(GTlsCertificate* certificate, const Url& url) const;
 
     bool accepts(GTlsCertificate* certificate, const Url& url) const {

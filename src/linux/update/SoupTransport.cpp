@@ -2,8 +2,8 @@
 
 #include "base/Failure.h"
 #include "linux/http/Deadline.h"
-#include "linux/http/OpenReply.h"
 #include "linux/http/Redirect.h"
+#include "linux/http/Response.h"
 #include "linux/http/TransportErrors.h"
 
 #include <string>
@@ -37,14 +37,14 @@ Failure tooLongError(const Url& url, std::size_t limit) {
             url.absoluteString() + " is longer than " + std::to_string(limit) + " bytes"};
 }
 
-/// Follows redirects to the reply with status 200.
-Task<std::unique_ptr<http::OpenReply>>
+/// Follows redirects to the response with status 200.
+Task<std::unique_ptr<http::Response>>
 followToReply(gobject::GObjectPointer<SoupSession> session,
               std::shared_ptr<const http::TrustedAuthority> authority, UrlRequest request,
               http::Deadline& deadline) {
     const Url first = request.url;
     for (int hop = 0; hop <= mostRedirects; ++hop) {
-        auto reply = co_await http::openReply(session, authority, request, first, deadline);
+        auto reply = co_await http::sendRequest(session, authority, request, first, deadline);
         deadline.restart();
         std::optional<UrlRequest> next =
             http::redirected(request, reply->status(), reply->location());

@@ -8,65 +8,55 @@ namespace kelo::webkit {
 
 namespace {
 
-struct Look {
+struct Probe {
     gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<const http::TrustedAuthority> authority;
     Url url;
-    gobject::GObjectPointer<GObject> connection = {};
-    gulong handler = 0;
-
-    // GIO may let go of the connection on a thread of its own, so our handler goes before, on this.
-    void end() {
-        if (connection)
-            g_signal_handler_disconnect(connection.get(), handler);
-        connection = {};
-    }
+    gobject::SignalConnection certificateHandler = {};
 };
-using SharedLook = std::shared_ptr<Look>;
+using SharedProbe = std::shared_ptr<Probe>;
 
-/// Ends the look when its flow ends or is dropped.
-struct LookScope {
-    SharedLook look;
-    ~LookScope() { look->end(); }
+// GIO may destroy the connection on one of its own threads. The handler is disconnected on the main
+// thread before, when the probe ends or is dropped.
+struct ProbeScope {
+    SharedProbe probe;
+    ~ProbeScope() { probe->certificateHandler = {}; }
 };
 
-// Asked about every certificate, because the connection has no trust store. The answer is always
-// no: all there is to learn has been learned, and the connection may end here.
+// Called for every certificate, because the connection has no trust store. The probe needs nothing
+// but the certificate, so it always refuses and the connection ends.
 gboolean acceptCertificate(GTlsConnection*, GTlsCertificate* certificate, GTlsCertificateFlags,
-                           SharedLook* shared) {
-    const Look& look = **shared;
-    if (look.authority->accepts(certificate, look.url))
-        webkit_network_session_allow_tls_certificate_for_host(look.session.get(), certificate,
-                                                              look.url.host().c_str());
+                           Probe* probe) {
+    if (probe->authority->accepts(certificate, probe->url))
+        webkit_network_session_allow_tls_certificate_for_host(probe->session.get(), certificate,
+                                                              probe->url.host().c_str());
     return FALSE;
 }
 
 void connectionEvent(GSocketClient*, GSocketClientEvent event, GSocketConnectable*,
-                     GIOStream* connection, SharedLook* look) {
+                     GIOStream* connection, SharedProbe* probe) {
     if (event != G_SOCKET_CLIENT_TLS_HANDSHAKING)
         return;
-    // Without a trust store nothing is vouched for here: what the system trusts, the engine accepts
-    // by itself.
+    // Without a trust store every certificate is reported. The engine itself accepts those that the
+    // system trusts.
     g_tls_connection_set_database(G_TLS_CONNECTION(connection), nullptr);
-    (*look)->end();
-    (*look)->connection = gobject::GObjectPointer<GObject>::share(G_OBJECT(connection));
-    (*look)->handler =
-        gobject::connectWithState(connection, "accept-certificate", acceptCertificate, *look);
+    (*probe)->certificateHandler =
+        gobject::connectSignal(connection, "accept-certificate", acceptCertificate, probe->get());
 }
 
-Task<void> lookAt(SharedLook look) {
-    const LookScope scope{look};
+Task<void> run(SharedProbe probe) {
+    const ProbeScope scope{probe};
     constexpr guint seconds = 10;
     const auto client = gobject::GObjectPointer<GSocketClient>::adopt(g_socket_client_new());
     g_socket_client_set_tls(client.get(), TRUE);
     g_socket_client_set_timeout(client.get(), seconds);
-    gobject::connectWithState(client.get(), "event", connectionEvent, look);
-    const auto start = [&client, &look](GAsyncReadyCallback ready, gpointer data) {
-        g_socket_client_connect_to_uri_async(client.get(), look->url.absoluteString().c_str(), 443,
+    gobject::connectWithState(client.get(), "event", connectionEvent, probe);
+    const auto start = [&client, &probe](GAsyncReadyCallback ready, gpointer data) {
+        g_socket_client_connect_to_uri_async(client.get(), probe->url.absoluteString().c_str(), 443,
                                              nullptr, ready, data);
     };
     const auto result = co_await gobject::asyncResult(start);
-    // Whatever is wrong with the host, the load itself will say.
+    // An error is ignored here: the load itself will meet and report it.
     const auto connection = gobject::GObjectPointer<GSocketConnection>::adopt(
         g_socket_client_connect_to_uri_finish(client.get(), result.get(), nullptr));
 }
@@ -79,10 +69,9 @@ CertificateProbe::CertificateProbe(gobject::GObjectPointer<WebKitNetworkSession>
 
 void CertificateProbe::start(const Url& url) {
     const std::string origin = url.host() + ":" + std::to_string(url.port().value_or(0));
-    if (url.scheme() != "https" || authority->isEmpty() || !looked.insert(origin).second)
+    if (url.scheme() != "https" || authority->isEmpty() || !probedOrigins.insert(origin).second)
         return;
-    const auto look = std::make_shared<Look>(Look{session, authority, url});
-    spawn(lookAt(look));
+    spawn(run(std::make_shared<Probe>(Probe{session, authority, url})));
 }
 
 } // namespace kelo::webkit

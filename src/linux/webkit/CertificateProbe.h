@@ -12,23 +12,22 @@
 
 namespace kelo::webkit {
 
-/// Looks at the certificate of a host while the engine is still starting its processes for the
-/// first load, and lets it through if the compiled-in authority vouches for it. Without that, the
-/// engine would meet an unknown certificate, fail, and have to load again: about 60 ms, and not
-/// free of races of its own. A load that comes first, or meets another certificate, takes that
-/// longer road.
+/// Fetches the certificate of a host while the engine still starts its processes for the first
+/// load, and allows it if the compiled-in authority has issued it. Otherwise the engine would
+/// refuse the certificate first and have to load the page again, which takes about 60 ms. That is
+/// still what happens when the load is faster than the probe, or meets another certificate.
 class CertificateProbe {
 public:
     CertificateProbe(gobject::GObjectPointer<WebKitNetworkSession> session,
                      std::shared_ptr<const http::TrustedAuthority> authority);
 
-    /// Once for each origin, and for https only. Sends nothing but the greeting of TLS.
+    /// Probes each https origin once. Ends the connection during the TLS handshake.
     void start(const Url& url);
 
 private:
     gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<const http::TrustedAuthority> authority;
-    std::set<std::string> looked;
+    std::set<std::string> probedOrigins;
 };
 
 } // namespace kelo::webkit

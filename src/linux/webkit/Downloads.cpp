@@ -44,7 +44,7 @@ void failed(WebKitDownload* download, GError* error, gpointer) {
     notify("download", "Download failed", fileNameOf(download) + " could not be saved. Try again.");
 }
 
-// Comes after a failure as well.
+// The engine emits it after a failure as well.
 void finished(WebKitDownload* download, gpointer) {
     if (!g_object_get_data(G_OBJECT(download), "kelo-failed"))
         notify("download", "Download finished",

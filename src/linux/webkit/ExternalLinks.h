@@ -5,10 +5,10 @@
 
 namespace kelo::webkit {
 
-/// Hands an address to the program the user has for it.
+/// Opens an address in the user's program for it.
 using ExternalOpener = std::function<void(const std::string& address)>;
 
-/// Through the desktop's default applications; a failure goes to the journal.
+/// Opens it with the desktop's default application. Does not wait; a failure is logged.
 void openWithDefaultProgram(const std::string& address);
 
 } // namespace kelo::webkit

@@ -1,6 +1,7 @@
 #include "linux/webkit/MediaPermission.h"
 
-#include "linux/webkit/ForeignFrames.h"
+#include "linux/webkit/CrossOriginFrames.h"
+#include "linux/webkit/EngineHandles.h"
 
 #include <optional>
 #include <string_view>
@@ -14,17 +15,15 @@ using platform::SecurityOrigin;
 
 namespace {
 
-// Only of a page from the web: about:, data: and the like have no host that could be trusted.
+// Only https pages have a host that can be trusted; about:, data: and the like have none.
 std::optional<SecurityOrigin> originOf(const char* address) {
     if (!address || !std::string_view(address).starts_with("https://"))
         return std::nullopt;
-    WebKitSecurityOrigin* const native = webkit_security_origin_new_for_uri(address);
-    const char* const host = webkit_security_origin_get_host(native);
-    std::optional<SecurityOrigin> origin;
-    if (host)
-        origin = SecurityOrigin{"https", host, webkit_security_origin_get_port(native)};
-    webkit_security_origin_unref(native);
-    return origin;
+    const SecurityOriginPointer native(webkit_security_origin_new_for_uri(address));
+    const char* const host = webkit_security_origin_get_host(native.get());
+    if (!host)
+        return std::nullopt;
+    return SecurityOrigin{"https", host, webkit_security_origin_get_port(native.get())};
 }
 
 std::optional<MediaCaptureType> typeOf(WebKitUserMediaPermissionRequest* request) {
@@ -44,8 +43,8 @@ struct MediaPermission::Page {
     bool isBeingLeft = false;
 };
 
-/// A request that waits for its answer. Refused when nobody answers, and when the page has gone or
-/// is about to.
+/// A pending permission request. Denied if it is destroyed without a decision, and if its page has
+/// gone or is being left by the time of the decision.
 class MediaPermission::Decision {
 public:
     Decision(WebKitUserMediaPermissionRequest* request, std::weak_ptr<const Page> page)
@@ -55,7 +54,7 @@ public:
     Decision(const Decision&) = delete;
     Decision& operator=(const Decision&) = delete;
 
-    /// The first one counts.
+    /// Only the first call has an effect.
     void take(PermissionDecision decision) {
         const auto waiting = std::exchange(request, {});
         if (!waiting)
@@ -81,8 +80,8 @@ MediaPermission::MediaPermission(platform::EmbeddedWebView& view, WebKitWebView*
 
 void MediaPermission::setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
     delegate = std::move(newDelegate);
-    if (!std::exchange(framesGuarded, true))
-        keepMediaFromForeignFrames(webkit_web_view_get_user_content_manager(native), service);
+    if (!std::exchange(crossOriginFramesDenied, true))
+        denyMediaToCrossOriginFrames(webkit_web_view_get_user_content_manager(native), service);
     webkit_settings_set_enable_media_stream(webkit_web_view_get_settings(native), TRUE);
 }
 

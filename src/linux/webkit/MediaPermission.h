@@ -9,32 +9,31 @@
 
 namespace kelo::webkit {
 
-/// Whether the page of a view may use the microphone and the camera. The delegate decides, and is
-/// asked in the name of the page that is shown, since the engine does not tell which frame asks;
-/// that no frame of another origin can ask is the care of ForeignFrames. One answer holds for as
-/// long as the page is shown.
+/// Decides whether the page of a view may use the microphone and the camera, by asking the
+/// delegate. The delegate is given the origin of the current page, since the engine does not say
+/// which frame asks; CrossOriginFrames keeps cross-origin frames from asking. A decision holds
+/// until the page changes.
 ///
-/// Refused without a question: everything as long as there is no delegate; capturing the screen;
-/// and whatever is asked while a navigation is under way, when it would not be clear for which
-/// page. A delegate that answers "prompt" refuses, too: there is no window here to ask the user
-/// with.
+/// Denied without asking the delegate: every request while there is no delegate; screen capture;
+/// and requests during a navigation, when it is unclear which page asks. "prompt" denies, too: the
+/// program has no window to ask the user with.
 class MediaPermission {
 public:
-    /// The view outlives this. Its pages do not find navigator.mediaDevices until there is a
-    /// delegate, from the next page on.
+    /// The view must outlive this object. navigator.mediaDevices exists only in pages that are
+    /// loaded after a delegate was set.
     MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native, const Url& service);
 
     void setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate);
 
-    /// A navigation of the main frame to another document.
+    /// The main frame begins to navigate to another document.
     void navigationStarted();
-    /// The navigation is over, whether or not it brought another page.
+    /// The navigation has ended, with or without another page.
     void navigationEnded();
-    /// Another page is there, of this address; null for none that may have permissions.
+    /// A page of this address is shown now; null for a page without permissions.
     void pageChanged(const char* address);
 
     void decide(WebKitUserMediaPermissionRequest* request);
-    /// What a page learns that asks what it may: that it has to try, or that it need not.
+    /// The answer to navigator.permissions.query(): "prompt" or "denied".
     WebKitPermissionState stateFor(WebKitPermissionStateQuery* query) const;
 
 private:
@@ -45,7 +44,7 @@ private:
     WebKitWebView* native;
     Url service;
     std::weak_ptr<platform::UserInterfaceDelegate> delegate;
-    bool framesGuarded = false;
+    bool crossOriginFramesDenied = false;
     std::shared_ptr<Page> page;
 };
 

@@ -1,7 +1,8 @@
 #include "linux/webkit/NavigationPolicy.h"
 
+#include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
-#include "linux/webkit/NoticePage.h"
+#include "linux/webkit/ErrorPage.h"
 
 #include <array>
 #include <string>
@@ -30,8 +31,8 @@ bool isShownByTheEngine(std::string_view scheme) {
     return false;
 }
 
-// Only what a person would expect to open by a click; a page must not be able to start any program
-// that ever registered an address of its own.
+// Only schemes that a user expects to open by a click. A page must not be able to start every
+// program that has registered a scheme.
 bool mayOpenAnotherProgram(std::string_view scheme) {
     return scheme == "mailto" || scheme == "tel";
 }
@@ -45,7 +46,7 @@ bool isAttachment(WebKitURIResponse* response) {
     if (!soup_message_headers_get_content_disposition(headers, &disposition, &parameters))
         return false;
     const gobject::GText owned(disposition);
-    g_hash_table_unref(parameters);
+    const gobject::GHashTablePointer ownedParameters(parameters);
     return owned && g_ascii_strcasecmp(owned.get(), "attachment") == 0;
 }
 

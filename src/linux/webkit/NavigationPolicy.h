@@ -9,14 +9,15 @@
 
 namespace kelo::webkit {
 
-/// Where a link leads: into the view, into a new window (there are none: into the view or to the
-/// browser), to another program, into the downloads folder, or nowhere.
+/// Decides where a navigation leads: into the view, to another program, into the downloads folder,
+/// or nowhere. There are no new windows: a link that asks for one opens in the view if it leads to
+/// the service, otherwise in the browser.
 class NavigationPolicy {
 public:
-    /// tryAgain is called when the user asks a notice for another attempt.
+    /// tryAgain is called when the user clicks "Try again" on an error page.
     NavigationPolicy(Url service, ExternalOpener openExternally, std::function<void()> tryAgain);
 
-    /// Takes the decision; false leaves it to the engine.
+    /// True if the decision was made; false leaves it to the engine.
     bool decide(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
 
 private:

@@ -1,7 +1,9 @@
 #include "linux/webkit/ScriptMessages.h"
 
 #include "base/Invariant.h"
-#include "linux/webkit/GuardScript.h"
+#include "linux/gobject/GLibHandles.h"
+#include "linux/gobject/SignalHandler.h"
+#include "linux/webkit/DocumentStartScript.h"
 
 #include <algorithm>
 #include <string>
@@ -16,8 +18,8 @@ using platform::ScriptValue;
 
 namespace {
 
-// Both take the name of the handler in place of HANDLER. What the page may have replaced later, a
-// CustomEvent of its own for instance, is taken while it is still the engine's.
+// HANDLER stands for the name of the handler in both scripts. They take CustomEvent and
+// dispatchEvent at document start, before a page can replace them.
 constexpr std::string_view definingScript = R"((() => {
   const {CustomEvent, dispatchEvent} = window;
   const primitive = ['string', 'number', 'boolean'];
@@ -46,24 +48,22 @@ std::string forHandler(std::string_view script, const std::string& name) {
     return text;
 }
 
-// It goes into the scripts as it is.
+// The name is inserted into the scripts without quoting.
 bool isHandlerName(const std::string& name) {
     return !name.empty() && std::ranges::all_of(name, [](char character) {
         return g_ascii_isalnum(character) || character == '_';
     });
 }
 
-// By its length: a text may hold a zero.
+// A script's text may contain NUL, so its length counts.
 std::string textOf(JSCValue* value) {
-    GBytes* const bytes = jsc_value_to_string_as_bytes(value);
+    const gobject::GBytesPointer bytes(jsc_value_to_string_as_bytes(value));
     gsize size = 0;
-    const auto* const data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
-    std::string text(data, size);
-    g_bytes_unref(bytes);
-    return text;
+    const auto* const data = static_cast<const char*>(g_bytes_get_data(bytes.get(), &size));
+    return {data, size};
 }
 
-// A String object is an object, like all that is no plain text, number or truth value.
+// A String object is an object, not a text.
 ScriptValue scriptValue(JSCValue* value) {
     if (jsc_value_is_string(value))
         return textOf(value);
@@ -80,8 +80,9 @@ struct ScriptMessages::Channel {
     platform::EmbeddedWebView& view;
     std::shared_ptr<ScriptMessageHandler> handler;
     std::string name;
+    gobject::SignalConnection connection = {};
 
-    // The handler may let go of the view, and so end this: nothing is touched after it.
+    // The handler may destroy the view, and this channel with it, so no member is used afterwards.
     static void received(WebKitUserContentManager*, JSCValue* value, Channel* channel) {
         const auto handler = channel->handler;
         const ScriptMessage message{channel->name, scriptValue(value)};
@@ -97,31 +98,28 @@ ScriptMessages::ScriptMessages(platform::EmbeddedWebView& view, WebKitUserConten
         open(registration, service);
 }
 
-ScriptMessages::~ScriptMessages() {
-    for (const auto& channel : channels)
-        g_signal_handlers_disconnect_by_data(manager.get(), channel.get());
-}
+ScriptMessages::~ScriptMessages() = default;
 
 void ScriptMessages::open(const ScriptMessageRegistration& registration, const Url& service) {
     if (!isHandlerName(registration.name))
         invariantBroken("a script message handler is named with letters and digits");
     channels.push_back(std::make_unique<Channel>(view, registration.handler, registration.name));
-    // The documented order: nothing that is posted from here on is missed.
+    // Connect first, so that no message is lost.
     const std::string signal = "script-message-received::" + registration.name;
-    g_signal_connect(manager.get(), signal.c_str(), G_CALLBACK(Channel::received),
-                     channels.back().get());
+    channels.back()->connection = gobject::connectSignal(manager.get(), signal.c_str(),
+                                                         Channel::received, channels.back().get());
     webkit_user_content_manager_register_script_message_handler(
         manager.get(), registration.name.c_str(), ownScriptWorld);
 
-    GuardScript script;
+    DocumentStartScript script;
     script.frames = WEBKIT_USER_CONTENT_INJECT_TOP_FRAME;
     script.allowed = {pagesOfHost(service)};
     script.source = onlyIn(service, forHandler(postingScript, registration.name));
     script.world = ownScriptWorld;
-    addGuardScript(manager.get(), script);
+    addDocumentStartScript(manager.get(), script);
     script.source = onlyIn(service, forHandler(definingScript, registration.name));
     script.world = nullptr;
-    addGuardScript(manager.get(), script);
+    addDocumentStartScript(manager.get(), script);
 }
 
 } // namespace kelo::webkit

@@ -10,18 +10,21 @@
 
 namespace kelo::webkit {
 
-/// The handlers that pages find below window.webkit.messageHandlers. Only a page of the service, in
-/// the main frame, finds any; messages of one page arrive in the order they were posted.
+/// The handlers below window.webkit.messageHandlers. Only pages of the service have them, and only
+/// in the main frame. The messages of one page arrive in the order in which they were posted.
 ///
-/// The engine would offer its handlers to every frame, and does not say which one posted. So they
-/// are registered in a script world of our own, which code of pages cannot reach, whatever frame or
-/// window it makes. Two scripts lead there, and both run in main frames with an address of the
-/// service only: one in the page's world, which defines the handlers that the page sees, and one in
-/// ours, which posts. They meet in events of the window they share. No other origin can dispatch an
-/// event there; frames of the same origin can, as they can do all else that the page can.
+/// The engine offers a handler to every frame, and does not say which frame posted. So the native
+/// handlers are registered in a script world of the program's own. Scripts of pages cannot reach
+/// that world, whatever frame or window they create. Two document-start scripts connect the worlds.
+/// Both run only in the main frame, and only for the service. The script in the page's world
+/// defines the handlers that the page sees; each dispatches an event on the window. The script in
+/// the program's world receives the event and posts to the native handler. Cross-origin frames
+/// cannot dispatch events on that window. Same-origin frames can, but they have full access to the
+/// page anyway.
 class ScriptMessages {
 public:
-    /// The view outlives this.
+    /// The view must outlive this object. Handler names consist of letters, digits and "_"; any
+    /// other name ends the program.
     ScriptMessages(platform::EmbeddedWebView& view, WebKitUserContentManager* manager,
                    const Url& service,
                    const std::vector<platform::ScriptMessageRegistration>& registrations);

@@ -1,7 +1,8 @@
 #include "linux/webkit/WebKitCookieStore.h"
 
 #include "linux/gobject/AsyncResult.h"
-#include "linux/http/SoupCookieConversion.h"
+#include "linux/gobject/GLibHandles.h"
+#include "linux/http/SoupCookies.h"
 
 namespace kelo::webkit {
 
@@ -20,8 +21,7 @@ Task<void> add(Manager manager, HttpCookie cookie) {
     GError* error = nullptr;
     webkit_cookie_manager_add_cookie_finish(manager.get(), result.get(), &error);
     if (const gobject::GErrorPointer failure(error); failure)
-        g_warning("The web view did not take the cookie %s: %s", cookie.name.c_str(),
-                  failure->message);
+        g_warning("The web view refused the cookie %s: %s", cookie.name.c_str(), failure->message);
 }
 
 Task<std::vector<HttpCookie>> all(Manager manager) {
@@ -30,16 +30,15 @@ Task<std::vector<HttpCookie>> all(Manager manager) {
     };
     const auto result = co_await gobject::asyncResult(start);
     GError* error = nullptr;
-    GList* const list =
-        webkit_cookie_manager_get_all_cookies_finish(manager.get(), result.get(), &error);
+    const gobject::GListPointer list(
+        webkit_cookie_manager_get_all_cookies_finish(manager.get(), result.get(), &error));
     if (const gobject::GErrorPointer failure(error); failure)
         g_warning("The web view's cookies could not be read: %s", failure->message);
     std::vector<HttpCookie> cookies;
-    for (GList* link = list; link; link = link->next) {
+    for (const GList* link = list.get(); link; link = link->next) {
         const http::SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
         cookies.push_back(http::fromSoupCookie(cookie.get()));
     }
-    g_list_free(list);
     co_return cookies;
 }
 

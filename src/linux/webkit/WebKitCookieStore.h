@@ -7,7 +7,7 @@
 
 namespace kelo::webkit {
 
-/// The cookies of a network session, as its web views see them.
+/// The cookies of a network session, shared by all its web views.
 class WebKitCookieStore final : public platform::CookieStore {
 public:
     explicit WebKitCookieStore(WebKitNetworkSession* session);

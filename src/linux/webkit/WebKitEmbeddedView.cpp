@@ -2,7 +2,14 @@
 
 #include "base/Invariant.h"
 #include "linux/http/TransportErrors.h"
-#include "linux/webkit/NoticePage.h"
+#include "linux/webkit/CertificateProbe.h"
+#include "linux/webkit/EngineHandles.h"
+#include "linux/webkit/ErrorPage.h"
+#include "linux/webkit/MediaPermission.h"
+#include "linux/webkit/NavigationPolicy.h"
+#include "linux/webkit/PageLoad.h"
+#include "linux/webkit/ScriptMessages.h"
+#include "linux/webkit/WebKitCookieStore.h"
 
 #include <utility>
 
@@ -16,16 +23,15 @@ using platform::WebViewConfiguration;
 namespace {
 
 void addScript(WebKitUserContentManager* manager, const UserScript& script) {
-    WebKitUserScript* const native =
+    const UserScriptPointer native(
         webkit_user_script_new(script.source.c_str(),
                                script.forMainFrameOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME
                                                        : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
                                script.injectionTime == InjectionTime::atDocumentStart
                                    ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
                                    : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
-                               nullptr, nullptr);
-    webkit_user_content_manager_add_script(manager, native);
-    webkit_user_script_unref(native);
+                               nullptr, nullptr));
+    webkit_user_content_manager_add_script(manager, native.get());
 }
 
 gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
@@ -37,10 +43,10 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
         addScript(content.get(), script);
 
     const auto settings = gobject::GObjectPointer<WebKitSettings>::adopt(webkit_settings_new());
-    // The page's own script, not ours: this leaves user scripts alone.
+    // This setting does not affect user scripts.
     webkit_settings_set_enable_javascript_markup(settings.get(),
                                                  configuration.allowsContentJavaScript);
-    // Until there is somebody to decide: see MediaPermission.
+    // MediaPermission enables it once there is a delegate.
     webkit_settings_set_enable_media_stream(settings.get(), FALSE);
 
     auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(
@@ -54,16 +60,16 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
     return view;
 }
 
-// Another load came in between, or the load became a download.
-bool isNoFailure(const GError& error) {
+// The load was replaced by another, or became a download.
+bool isReplaced(const GError& error) {
     return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
            g_error_matches(&error, WEBKIT_POLICY_ERROR,
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
 }
 
-// The engine's network process has gone (which has no name in the library's interface), or
-// cancelled a load that nobody asked it to cancel: it does so at times where a certificate should
-// be refused.
+// Either the engine's network process has ended, an error that has no name in the library's
+// interface. Or the engine has cancelled the load by itself, which it sometimes does instead of
+// refusing a certificate.
 bool isLostByTheEngine(const GError& error) {
     constexpr int internalError = 300;
     return g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
@@ -71,37 +77,59 @@ bool isLostByTheEngine(const GError& error) {
             error.code == internalError);
 }
 
+gobject::GObjectPointer<WebKitURIRequest> nativeRequest(const UrlRequest& request) {
+    auto native = gobject::GObjectPointer<WebKitURIRequest>::adopt(
+        webkit_uri_request_new(request.url.absoluteString().c_str()));
+    switch (request.cachePolicy) {
+    case platform::CachePolicy::useProtocolCachePolicy:
+        break; // What the engine does by default.
+    }
+    SoupMessageHeaders* const headers = webkit_uri_request_get_http_headers(native.get());
+    for (const auto& [name, value] : request.headers)
+        if (headers)
+            soup_message_headers_append(headers, name.c_str(), value.c_str());
+    return native;
+}
+
 } // namespace
 
-WebKitEmbeddedView::WebKitEmbeddedView(gobject::GObjectPointer<WebKitNetworkSession> session,
-                                       std::shared_ptr<CertificateProbe> probe,
-                                       const WebKitSessionSettings& settings,
-                                       platform::Rectangle frame,
+WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Rectangle frame,
                                        const WebViewConfiguration& configuration)
-    : session(session),
-      probe(std::move(probe)),
-      authority(settings.authority),
+    : session(shared.networkSession(configuration.websiteDataStore)),
+      probe(shared.certificateProbe()),
+      authority(shared.settings().authority),
       view(makeNativeView(session.get(), frame, configuration)),
-      cookies(session.get()),
-      policy(settings.service, settings.openExternally, [this] { tryAgain(); }),
-      messages(*this, webkit_web_view_get_user_content_manager(view.get()), settings.service,
-               configuration.scriptMessageHandlers),
-      mediaPermission(*this, view.get(), settings.service) {
-    connectSignals();
+      pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
+      cookies(std::make_unique<WebKitCookieStore>(session.get())),
+      policy(std::make_unique<NavigationPolicy>(
+          shared.settings().service, shared.settings().openExternally, [this] { tryAgain(); })),
+      messages(std::make_unique<ScriptMessages>(
+          *this, webkit_web_view_get_user_content_manager(view.get()), shared.settings().service,
+          configuration.scriptMessageHandlers)),
+      mediaPermission(
+          std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)) {
+    connectLoadSignals();
+    connectPolicySignals();
 }
 
-WebKitEmbeddedView::~WebKitEmbeddedView() {
-    g_signal_handlers_disconnect_by_data(view.get(), this);
+WebKitEmbeddedView::~WebKitEmbeddedView() = default;
+
+template <typename Function>
+void WebKitEmbeddedView::connect(const char* signal, Function* handler) {
+    connections.push_back(gobject::connectSignal(view.get(), signal, handler, this));
 }
 
-void WebKitEmbeddedView::connectSignals() {
+void WebKitEmbeddedView::connectLoadSignals() {
     using Self = WebKitEmbeddedView*;
-    const auto connect = [this](const char* signal, auto* handler) {
-        g_signal_connect(view.get(), signal, reinterpret_cast<GCallback>(handler), this);
-    };
     connect(
         "load-changed",
         +[](WebKitWebView*, WebKitLoadEvent event, Self self) { self->loadChanged(event); });
+    connect(
+        "notify::estimated-load-progress",
+        +[](WebKitWebView*, GParamSpec*, Self self) { self->pageLoad->progressed(); });
+    connect(
+        "resource-load-started", +[](WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest*,
+                                     Self self) { self->resourceStarted(resource); });
     connect(
         "load-failed",
         +[](WebKitWebView*, WebKitLoadEvent, const char* address, GError* error,
@@ -118,10 +146,14 @@ void WebKitEmbeddedView::connectSignals() {
     connect(
         "notify::is-web-process-responsive",
         +[](WebKitWebView*, GParamSpec*, Self self) { self->responsivenessChanged(); });
+}
+
+void WebKitEmbeddedView::connectPolicySignals() {
+    using Self = WebKitEmbeddedView*;
     connect(
         "decide-policy",
         +[](WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
-            Self self) -> gboolean { return self->policy.decide(view, decision, type); });
+            Self self) -> gboolean { return self->policy->decide(view, decision, type); });
     connect(
         "permission-request",
         +[](WebKitWebView*, WebKitPermissionRequest* request, Self self) -> gboolean {
@@ -131,7 +163,7 @@ void WebKitEmbeddedView::connectSignals() {
     connect(
         "query-permission-state",
         +[](WebKitWebView*, WebKitPermissionStateQuery* query, Self self) -> gboolean {
-            webkit_permission_state_query_finish(query, self->mediaPermission.stateFor(query));
+            webkit_permission_state_query_finish(query, self->mediaPermission->stateFor(query));
             return TRUE;
         });
 }
@@ -139,40 +171,45 @@ void WebKitEmbeddedView::connectSignals() {
 void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
         invariantBroken("a web view is asked for pages with GET and no body");
-    const auto native = gobject::GObjectPointer<WebKitURIRequest>::adopt(
-        webkit_uri_request_new(request.url.absoluteString().c_str()));
-    SoupMessageHeaders* const headers = webkit_uri_request_get_http_headers(native.get());
-    for (const auto& [name, value] : request.headers)
-        if (headers)
-            soup_message_headers_append(headers, name.c_str(), value.c_str());
-    // A page that hangs would never let another one in.
-    if (!webkit_web_view_get_is_web_process_responsive(view.get()))
-        webkit_web_view_terminate_web_process(view.get());
-    startLoad(native);
+    endUnresponsiveProcess();
+    startLoad(request);
     probe->start(request.url);
 }
 
-void WebKitEmbeddedView::startLoad(const gobject::GObjectPointer<WebKitURIRequest>& request) {
-    noticeAnnounced = false;
-    mediaPermission.navigationStarted();
-    unheardRequest = pageShown ? request : gobject::GObjectPointer<WebKitURIRequest>();
-    webkit_web_view_load_request(view.get(), request.get());
+void WebKitEmbeddedView::startLoad(const UrlRequest& request) {
+    mediaPermission->navigationStarted();
+    pageLoad->requestPage(request);
+    webkit_web_view_load_request(view.get(), nativeRequest(request).get());
 }
 
-// The engine waits for some seconds for a process to answer, and a load is such a question. Before
-// the first page the process may just be slow to start.
+void WebKitEmbeddedView::loadAgain(const std::string& address) {
+    webkit_web_view_load_uri(view.get(), address.c_str());
+}
+
+// The engine reports this when a process has not answered for some seconds. A request to load a
+// page is such a question.
 void WebKitEmbeddedView::responsivenessChanged() {
-    if (!unheardRequest || webkit_web_view_get_is_web_process_responsive(view.get()))
+    if (!pageLoad->isUnanswered() || webkit_web_view_get_is_web_process_responsive(view.get()))
         return;
-    g_warning("The page hangs; its process is ended to load another page");
-    const auto request = std::exchange(unheardRequest, {});
-    webkit_web_view_terminate_web_process(view.get());
-    startLoad(request);
+    g_warning("The page hangs. Its process is ended so that another page can be loaded");
+    const auto request = pageLoad->takeUnanswered();
+    endUnresponsiveProcess();
+    startLoad(*request);
+}
+
+// A process that hangs would never load another page.
+void WebKitEmbeddedView::endUnresponsiveProcess() {
+    if (!webkit_web_view_get_is_web_process_responsive(view.get()))
+        webkit_web_view_terminate_web_process(view.get());
 }
 
 std::optional<Url> WebKitEmbeddedView::url() const {
     const char* const address = webkit_web_view_get_uri(view.get());
     return address ? Url::parse(address) : std::nullopt;
+}
+
+platform::CookieStore& WebKitEmbeddedView::cookieStore() {
+    return *cookies;
 }
 
 void WebKitEmbeddedView::setNavigationDelegate(
@@ -182,7 +219,7 @@ void WebKitEmbeddedView::setNavigationDelegate(
 
 void WebKitEmbeddedView::setUserInterfaceDelegate(
     std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
-    mediaPermission.setDelegate(std::move(newDelegate));
+    mediaPermission->setDelegate(std::move(newDelegate));
 }
 
 void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
@@ -190,42 +227,49 @@ void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
         webkit_web_view_get_settings(view.get()), allowed);
 }
 
-// The engine ends every load with "finished": after a failure, and for our own notice, too.
 void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
-    if (event == WEBKIT_LOAD_STARTED) {
-        stage = noticeAnnounced ? Stage::notice : Stage::page;
-        noticeAnnounced = false;
-        unheardRequest = {};
-        mediaPermission.navigationStarted();
+    switch (event) {
+    case WEBKIT_LOAD_STARTED:
+        pageLoad->started();
+        mediaPermission->navigationStarted();
+        break;
+    case WEBKIT_LOAD_REDIRECTED:
+        pageLoad->progressed();
+        break;
+    case WEBKIT_LOAD_COMMITTED:
+        pageLoad->committed();
+        mediaPermission->pageChanged(pageLoad->isPage() ? webkit_web_view_get_uri(view.get())
+                                                        : nullptr);
+        break;
+    case WEBKIT_LOAD_FINISHED: {
+        mediaPermission->navigationEnded();
+        const bool arrived = pageLoad->finished();
+        if (const auto listener = delegate.lock(); listener && arrived)
+            listener->didFinishNavigation(*this);
+        break;
     }
-    if (event == WEBKIT_LOAD_COMMITTED) {
-        pageShown = true;
-        mediaPermission.pageChanged(stage == Stage::page ? webkit_web_view_get_uri(view.get())
-                                                         : nullptr);
-        certificateTried = false;
-        lossesForgiven = 0;
     }
-    if (event == WEBKIT_LOAD_FINISHED)
-        mediaPermission.navigationEnded();
-    if (event != WEBKIT_LOAD_FINISHED || stage != Stage::page)
+}
+
+void WebKitEmbeddedView::resourceStarted(WebKitWebResource* resource) {
+    if (resource != webkit_web_view_get_main_resource(view.get()))
         return;
-    if (const auto listener = delegate.lock())
-        listener->didFinishNavigation(*this);
+    documentConnection = gobject::connectSignal(
+        resource, "finished",
+        +[](WebKitWebResource*, WebKitEmbeddedView* self) { self->pageLoad->documentCompleted(); },
+        this);
 }
 
 bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
-    stage = Stage::failed;
-    if (isNoFailure(error))
+    pageLoad->failed();
+    if (pageLoad->awaitsErrorPage() || isReplaced(error))
         return true;
     g_warning("%s did not load: %s %d: %s", address, g_quark_to_string(error.domain), error.code,
               error.message);
-    // Nobody needs to hear of it unless it goes on: a process that ends takes what it was allowed
-    // along, so that one loss brings about the next.
-    constexpr int mostLosses = 3;
-    if (isLostByTheEngine(error) && lossesForgiven < mostLosses) {
-        ++lossesForgiven;
-        certificateTried = false;
-        webkit_web_view_load_uri(view.get(), address);
+    // A network process that ends forgets the allowed certificates, so one loss can cause the next.
+    // The user is told only if repeating does not help.
+    if (isLostByTheEngine(error) && pageLoad->repeatLost()) {
+        loadAgain(address);
         return true;
     }
     const std::optional<Url> url = Url::parse(address);
@@ -233,74 +277,86 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
         url ? http::transportError(error, http::TransferPhase::beforeReply, *url)
                   .localizedDescription()
             : "The address cannot be shown here.";
-    showNotice("This page did not load", sentence, address);
+    showErrorPage("This page did not load", sentence, address);
     return true;
+}
+
+void WebKitEmbeddedView::loadTimedOut() {
+    const char* const address = webkit_web_view_get_uri(view.get());
+    const std::optional<Url> url = address ? Url::parse(address) : std::nullopt;
+    const std::string sentence =
+        url ? http::timeOutError(*url, pageLoad->timeout()).localizedDescription()
+            : "The service did not answer. Try again later.";
+    g_warning("%s made no progress for %lld seconds and was stopped", address ? address : "A page",
+              static_cast<long long>(pageLoad->timeout().count()));
+    const std::string failedAddress = address ? address : "";
+    endUnresponsiveProcess();
+    webkit_web_view_stop_loading(view.get());
+    showErrorPage("This page did not load", sentence, failedAddress);
 }
 
 bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate* certificate,
                                             GTlsCertificateFlags systemProblems) {
-    stage = Stage::failed;
+    pageLoad->failed();
     const std::optional<Url> url = Url::parse(address);
     if (!url)
         return false;
     const GTlsCertificateFlags problems = authority->problems(certificate, *url);
-    // The engine forgets what it was allowed when its network process ends, so each load may allow
-    // anew; but a certificate that fails straight after is not tried for ever.
-    if (problems == 0 && !std::exchange(certificateTried, true)) {
+    // The engine forgets allowed certificates when its network process ends, so a later load may
+    // allow one again. But a load that fails straight after is not repeated for ever.
+    if (problems == 0 && pageLoad->allowCertificate()) {
         webkit_network_session_allow_tls_certificate_for_host(session.get(), certificate,
                                                               url->host().c_str());
-        webkit_web_view_load_uri(view.get(), address);
+        loadAgain(address);
         return true;
     }
     const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
     g_warning("The certificate of %s was refused (%#x)", url->host().c_str(),
               static_cast<unsigned>(systemProblems));
-    showNotice("This page is not secure",
-               http::certificateError(ourAuthority ? problems : systemProblems, *url)
-                   .localizedDescription(),
-               address);
+    showErrorPage("This page is not secure",
+                  http::certificateError(ourAuthority ? problems : systemProblems, *url)
+                      .localizedDescription(),
+                  address);
     return true;
 }
 
 void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) {
-    stage = Stage::failed;
-    pageShown = false;
-    mediaPermission.pageChanged(nullptr);
+    pageLoad->processEnded();
+    mediaPermission->pageChanged(nullptr);
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
         return;
-    // Another page was asked for before the engine noticed: that one died with the process, too,
-    // and nobody wants to hear of the former one.
-    if (const auto request = std::exchange(unheardRequest, {})) {
-        startLoad(request);
+    // The process died before it began to load the requested page. So that page is loaded, and
+    // nothing is said about the former one.
+    if (const auto request = pageLoad->takeUnanswered()) {
+        startLoad(*request);
         return;
     }
     const char* const address = webkit_web_view_get_uri(view.get());
-    showNotice("This page stopped working",
-               reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
-                   ? "It needed more memory than this computer can give it."
-                   : "Something went wrong while it was shown.",
-               address ? address : "");
+    showErrorPage("This page stopped working",
+                  reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
+                      ? "It needed more memory than this computer can give it."
+                      : "Something went wrong while it was shown.",
+                  address ? address : "");
 }
 
 void WebKitEmbeddedView::permissionRequested(WebKitPermissionRequest* request) {
     if (WEBKIT_IS_USER_MEDIA_PERMISSION_REQUEST(request))
-        mediaPermission.decide(WEBKIT_USER_MEDIA_PERMISSION_REQUEST(request));
+        mediaPermission->decide(WEBKIT_USER_MEDIA_PERMISSION_REQUEST(request));
     else
         webkit_permission_request_deny(request);
 }
 
-void WebKitEmbeddedView::showNotice(const std::string& heading, const std::string& sentence,
-                                    const std::string& address) {
-    failedAddress = address;
-    noticeAnnounced = true;
-    webkit_web_view_load_alternate_html(view.get(), noticePage(heading, sentence).c_str(),
+void WebKitEmbeddedView::showErrorPage(const std::string& heading, const std::string& sentence,
+                                       const std::string& address) {
+    pageLoad->requestErrorPage(address);
+    webkit_web_view_load_alternate_html(view.get(), errorPage(heading, sentence).c_str(),
                                         address.c_str(), nullptr);
 }
 
 void WebKitEmbeddedView::tryAgain() {
-    // A page of the web may have such a link as well.
-    if (stage == Stage::notice && !failedAddress.empty())
-        webkit_web_view_load_uri(view.get(), failedAddress.c_str());
+    // Empty if the link is not on an error page: any page can have such a link.
+    if (const std::string address = pageLoad->addressToTryAgain(); !address.empty())
+        loadAgain(address);
 }
 
 } // namespace kelo::webkit

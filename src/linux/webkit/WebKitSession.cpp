@@ -2,8 +2,8 @@
 
 #include "base/Invariant.h"
 #include "deployment/Deployment.h"
+#include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/Downloads.h"
-#include "linux/webkit/WebKitEmbeddedView.h"
 
 #include <glib/gstdio.h>
 
@@ -16,7 +16,7 @@ std::string inFolder(const char* base, const char* name) {
     return path.get();
 }
 
-// The engine writes its files with the usual rights, so the folder has to keep others out.
+// The engine creates files that others may read, so the folder has to keep them out.
 void makePrivateFolder(const std::string& path) {
     if (g_mkdir_with_parents(path.c_str(), 0700) != 0 || g_chmod(path.c_str(), 0700) != 0)
         g_warning("The folder %s could not be made for this user alone: %s", path.c_str(),
@@ -37,27 +37,30 @@ WebKitSessionSettings WebKitSessionSettings::standard() {
             http::TrustedAuthority::compiledIn(), compiledInService(), openWithDefaultProgram};
 }
 
-WebKitSession::WebKitSession(WebKitSessionSettings given) : settings(std::move(given)) {
-    makePrivateFolder(settings.dataFolder);
-    makePrivateFolder(settings.cacheFolder);
+WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(given)) {
+    makePrivateFolder(settings_.dataFolder);
+    makePrivateFolder(settings_.cacheFolder);
     session = gobject::GObjectPointer<WebKitNetworkSession>::adopt(
-        webkit_network_session_new(settings.dataFolder.c_str(), settings.cacheFolder.c_str()));
-    // Before the first load, or nothing is kept.
+        webkit_network_session_new(settings_.dataFolder.c_str(), settings_.cacheFolder.c_str()));
+    // This has no effect after the first load.
     webkit_cookie_manager_set_persistent_storage(
         webkit_network_session_get_cookie_manager(session.get()),
-        inFolder(settings.dataFolder.c_str(), "cookies.sqlite").c_str(),
+        inFolder(settings_.dataFolder.c_str(), "cookies.sqlite").c_str(),
         WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
-    // Passwords of HTTP authentication would go to the keyring unasked.
+    // Otherwise the engine would store passwords of HTTP authentication in the keyring.
     webkit_network_session_set_persistent_credential_storage_enabled(session.get(), FALSE);
     webkit_network_session_set_tls_errors_policy(session.get(), WEBKIT_TLS_ERRORS_POLICY_FAIL);
     saveDownloadsOf(session.get());
-    probe = std::make_shared<CertificateProbe>(session, settings.authority);
+    probe = std::make_shared<CertificateProbe>(session, settings_.authority);
 }
 
-std::shared_ptr<platform::EmbeddedWebView>
-WebKitSession::makeWebView(platform::Rectangle frame,
-                           platform::WebViewConfiguration configuration) {
-    return std::make_shared<WebKitEmbeddedView>(session, probe, settings, frame, configuration);
+const gobject::GObjectPointer<WebKitNetworkSession>&
+WebKitSession::networkSession(platform::WebsiteDataStore store) const {
+    switch (store) {
+    case platform::WebsiteDataStore::persistentDefault:
+        return session;
+    }
+    invariantBroken("every data store has a session");
 }
 
 } // namespace kelo::webkit

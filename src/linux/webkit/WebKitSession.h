@@ -2,7 +2,6 @@
 
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
-#include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/ExternalLinks.h"
 #include "platform/EmbeddedWebView.h"
 
@@ -13,11 +12,14 @@
 
 namespace kelo::webkit {
 
-/// Where the web views keep what, whom they trust, and whom they show.
+class CertificateProbe;
+
 struct WebKitSessionSettings {
     std::string dataFolder;
     std::string cacheFolder;
+    /// Trusted besides the system's trust store.
     std::shared_ptr<const http::TrustedAuthority> authority;
+    /// The origin whose pages may post script messages and hold the microphone.
     Url service;
     ExternalOpener openExternally;
 
@@ -25,25 +27,25 @@ struct WebKitSessionSettings {
     static WebKitSessionSettings standard();
 };
 
-/// The one data store that all web views of the program share: cookies, web storage, cache. Both
-/// folders are made for their owner alone. GTK must be up; main thread only.
+/// The persistent data store that all web views of the program share: cookies, web storage, cache.
+/// Only the user can read the two folders. GTK must be initialised; main thread only.
 ///
 /// The engine runs its web processes in a sandbox (bwrap). Where the kernel forbids that, as in a
 /// container without privileges and without user namespaces, the engine itself ends the program at
-/// the first load, with "Failed to fully launch dbus-proxy". There is no switch here to do without.
+/// the first load, with "Failed to fully launch dbus-proxy". There is no option to switch it off.
 class WebKitSession {
 public:
     explicit WebKitSession(WebKitSessionSettings settings = WebKitSessionSettings::standard());
 
-    /// The result is a HostedWidget, too. A frame that is not empty is the least size the widget
-    /// asks for. The view may outlive the session object.
-    std::shared_ptr<platform::EmbeddedWebView>
-    makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration);
+    /// The engine's session for a data store. There is one store, so this is always the same.
+    const gobject::GObjectPointer<WebKitNetworkSession>&
+    networkSession(platform::WebsiteDataStore store) const;
 
-    WebKitNetworkSession* networkSession() const { return session.get(); }
+    const WebKitSessionSettings& settings() const { return settings_; }
+    const std::shared_ptr<CertificateProbe>& certificateProbe() const { return probe; }
 
 private:
-    WebKitSessionSettings settings;
+    WebKitSessionSettings settings_;
     gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<CertificateProbe> probe;
 };

@@ -6,11 +6,11 @@ typedef struct _GtkWidget GtkWidget;
 
 namespace kelo::window {
 
-/// A part that another room draws into one of its windows: what lies behind an EmbeddedWebView.
+/// Something with a widget that other rooms put into their windows, such as an EmbeddedWebView.
 class HostedWidget {
 public:
     virtual ~HostedWidget() = default;
-    /// The same widget at every call; it belongs to the part and outlives every window it was in.
+    /// Always the same widget. It is owned by this object and outlives the windows it was in.
     virtual GtkWidget* widget() = 0;
 };
 

@@ -10,11 +10,11 @@ typedef struct _GtkWindow GtkWindow;
 
 namespace kelo::window {
 
-/// Notes which window of the system's a toolkit window is. Held weakly.
+/// Associates a toolkit window with the platform window it implements. Held weakly.
 void setWindowIdentity(GtkWindow* window, std::weak_ptr<platform::Window> identity);
 
-/// Null for a toolkit window that the system does not know (a dialog of the toolkit's own), and
-/// when the system has let go of it.
+/// The associated platform window. Null for a toolkit window without one, such as the toolkit's
+/// own dialogs, and once the platform window has been destroyed.
 std::shared_ptr<platform::Window> windowIdentity(GtkWindow* window);
 
 } // namespace kelo::window

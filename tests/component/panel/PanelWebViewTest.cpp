@@ -1,6 +1,6 @@
 #include "component/panel/Backdrop.h"
 #include "component/panel/PanelFixture.h"
-#include "linux/webkit/WebKitSession.h"
+#include "linux/webkit/WebKitEmbeddedView.h"
 
 #include <webkit/webkit.h>
 
@@ -36,7 +36,8 @@ onfocus = onblur = oninput = note; document.onvisibilitychange = note; note();
 </script>)";
 
     webkit::WebKitSession session;
-    std::shared_ptr<platform::EmbeddedWebView> view = session.makeWebView({0, 0, 640, 620}, {});
+    std::shared_ptr<platform::EmbeddedWebView> view = std::make_shared<webkit::WebKitEmbeddedView>(
+        session, platform::Rectangle{0, 0, 640, 620}, platform::WebViewConfiguration{});
 };
 
 TEST_F(PanelWebViewTest, HasTheKeyboardAndKnowsItAndWhetherItIsShown) {

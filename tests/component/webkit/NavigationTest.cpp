@@ -48,7 +48,7 @@ TEST_F(Navigation, ErrorStatusIsAFinishedPage) {
     EXPECT_EQ(view->url()->path(), "/missing");
 }
 
-TEST_F(Navigation, RefusedConnectionShowsOurNoticeAndDoesNotFinish) {
+TEST_F(Navigation, RefusedConnectionShowsAnErrorPageAndDoesNotFinish) {
     const Url nobody = site({})->url("/login");
     makeView(nobody);
     load(nobody);
@@ -58,7 +58,7 @@ TEST_F(Navigation, RefusedConnectionShowsOurNoticeAndDoesNotFinish) {
     EXPECT_THAT(recorder->finished, IsEmpty());
 }
 
-TEST_F(Navigation, UnknownHostShowsOurNotice) {
+TEST_F(Navigation, UnknownHostShowsAnErrorPage) {
     const auto nowhere = *Url::parse("https://no-such-host.invalid/");
     makeView(nowhere);
     load(nowhere);
@@ -113,7 +113,7 @@ TEST_F(Navigation, LoadThatIsOvertakenDoesNotFinish) {
     EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/quick"));
 }
 
-TEST_F(Navigation, CrashOfTheWebProcessShowsOurNotice) {
+TEST_F(Navigation, CrashOfTheWebProcessShowsAnErrorPage) {
     const auto peer = site({{"/", "hello"}});
     makeView(peer->url());
     open(peer->url("/"));
@@ -147,7 +147,7 @@ TEST_F(Navigation, LoadAfterACrashIsFresh) {
     EXPECT_EQ(evaluate("typeof kept"), "undefined");
 }
 
-TEST_F(Navigation, LoadBeforeACrashIsNoticedShowsItsPageAndNoNotice) {
+TEST_F(Navigation, LoadBeforeACrashIsNoticedShowsItsPageAndNoErrorPage) {
     const auto peer = site({{"/", "hello"}, {"/next", "next"}});
     makeView(peer->url());
     open(peer->url("/"));
@@ -209,11 +209,10 @@ TEST_F(Navigation, ViewSurvivesItsWindows) {
 
 TEST_F(Navigation, FramesOfTheViewAskForTheirSize) {
     const auto anywhere = *Url::parse("https://localhost");
-    const auto sized = sessionFor(anywhere).makeWebView({0, 0, 640, 620}, {});
+    webkit::WebKitEmbeddedView sized(sessionFor(anywhere), {0, 0, 640, 620}, {});
     int width = 0;
     int height = 0;
-    gtk_widget_get_size_request(dynamic_cast<window::HostedWidget&>(*sized).widget(), &width,
-                                &height);
+    gtk_widget_get_size_request(sized.widget(), &width, &height);
     EXPECT_EQ(width, 640);
     EXPECT_EQ(height, 620);
 }

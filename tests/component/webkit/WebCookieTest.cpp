@@ -134,8 +134,8 @@ TEST_F(WebCookie, CookiesThatThePageSetsAreRead) {
 TEST_F(WebCookie, TwoViewsShareTheStore) {
     makeView(anywhere);
     set(cookie("a"));
-    const auto other = session->makeWebView({}, {});
-    EXPECT_THAT(rig.run(other->cookieStore().getAllCookies()), ElementsAre(cookie("a")));
+    webkit::WebKitEmbeddedView other(*session, {}, {});
+    EXPECT_THAT(rig.run(other.cookieStore().getAllCookies()), ElementsAre(cookie("a")));
 }
 
 TEST_F(WebCookie, CookieWithAnExpirySurvivesARestartAndOthersDoNot) {

@@ -73,12 +73,14 @@ void WebKitFixture::endSession() {
 void WebKitFixture::trust(const Identity& given, const char* host) {
     const auto certificate = gobject::GObjectPointer<GTlsCertificate>::adopt(
         g_tls_certificate_new_from_pem(given.certificate.c_str(), -1, nullptr));
-    webkit_network_session_allow_tls_certificate_for_host(session->networkSession(),
-                                                          certificate.get(), host);
+    webkit_network_session_allow_tls_certificate_for_host(
+        session->networkSession(platform::WebsiteDataStore::persistentDefault).get(),
+        certificate.get(), host);
 }
 
 void WebKitFixture::makeView(const Url& service, platform::WebViewConfiguration configuration) {
-    view = sessionFor(service).makeWebView({}, std::move(configuration));
+    view = std::make_shared<webkit::WebKitEmbeddedView>(sessionFor(service), platform::Rectangle{},
+                                                        configuration);
     view->setNavigationDelegate(recorder);
 }
 
@@ -87,7 +89,12 @@ WebKitWebView* WebKitFixture::native() const {
 }
 
 void WebKitFixture::load(const Url& url) {
+    view->load(platform::UrlRequest{url});
+}
+
+void WebKitFixture::load(const Url& url, std::chrono::seconds timeout) {
     platform::UrlRequest request{url};
+    request.timeout = timeout;
     view->load(request);
 }
 

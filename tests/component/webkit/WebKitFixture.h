@@ -3,7 +3,7 @@
 #include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
-#include "linux/webkit/WebKitSession.h"
+#include "linux/webkit/WebKitEmbeddedView.h"
 #include "linux/window/HostedWidget.h"
 
 #include <gtest/gtest.h>
@@ -52,6 +52,8 @@ protected:
     WebKitWebView* native() const;
 
     void load(const Url& url);
+    /// The same with a short timeout.
+    void load(const Url& url, std::chrono::seconds timeout);
     /// Loads and waits until it finished, once more than before.
     void open(const Url& url);
     bool waitForFinished(std::size_t count);

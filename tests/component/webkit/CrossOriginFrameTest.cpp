@@ -50,7 +50,7 @@ std::string nameOf(const testing::TestParamInfo<Case>& info) {
 
 /// A page of the service with a frame of another host in it. The delegate would grant everything to
 /// everybody: what is refused is refused before it.
-class ForeignFrame : public MediaFixture, public testing::WithParamInterface<Case> {
+class CrossOriginFrame : public MediaFixture, public testing::WithParamInterface<Case> {
 protected:
     void SetUp() override {
         IdentityRequest request;
@@ -91,26 +91,26 @@ protected:
     std::unique_ptr<MisbehavingServer> peer;
 };
 
-TEST_F(ForeignFrame, FrameOfTheServiceGetsTheMicrophone) {
+TEST_F(CrossOriginFrame, FrameOfTheServiceGetsTheMicrophone) {
     show("<iframe src='/own'></iframe>", "report(navigator.mediaDevices.getUserMedia(wanted))");
     EXPECT_EQ(firstResult(), "captured");
     EXPECT_THAT(decider->types, SizeIs(1));
 }
 
-TEST_F(ForeignFrame, FrameOfTheServiceMayBeKeptFromTheMicrophone) {
+TEST_F(CrossOriginFrame, FrameOfTheServiceMayBeKeptFromTheMicrophone) {
     show("<iframe src='/own' allow=\"microphone 'none'\"></iframe>",
          "report(navigator.mediaDevices.getUserMedia(wanted))");
     EXPECT_EQ(firstResult(), "NotAllowedError");
 }
 
-TEST_F(ForeignFrame, OtherPermissionsOfAFrameAreLeftAlone) {
+TEST_F(CrossOriginFrame, OtherPermissionsOfAFrameAreLeftAlone) {
     show("<iframe src='FOREIGN' allow='fullscreen; microphone *; autoplay'></iframe>",
          "told('here')");
     EXPECT_EQ(firstResult(), "here");
     EXPECT_EQ(evaluate("document.querySelector('iframe').allow"), "fullscreen; autoplay");
 }
 
-TEST_F(ForeignFrame, PinnedMethodsRefuseWhereTheEngineWouldNot) {
+TEST_F(CrossOriginFrame, PinnedMethodsRefuseWhereTheEngineWouldNot) {
     show("<p><template shadowrootmode=closed><iframe allow=microphone src='FOREIGN'></iframe>"
          "</template></p>",
          "report(MediaDevices.prototype.getUserMedia.call(navigator.mediaDevices, wanted))");
@@ -118,7 +118,7 @@ TEST_F(ForeignFrame, PinnedMethodsRefuseWhereTheEngineWouldNot) {
     EXPECT_THAT(decider->types, IsEmpty());
 }
 
-class CunningFrame : public ForeignFrame {};
+class CunningFrame : public CrossOriginFrame {};
 
 TEST_P(CunningFrame, DoesNotGetTheMicrophone) {
     show("<iframe allow='microphone; camera; display-capture' src='FOREIGN'></iframe>",
@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "document.close()"}),
     nameOf);
 
-class HostingPage : public ForeignFrame {};
+class HostingPage : public CrossOriginFrame {};
 
 TEST_P(HostingPage, DoesNotPassTheMicrophoneOn) {
     show(GetParam().text, cleverest);

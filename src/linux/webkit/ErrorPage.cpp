@@ -1,4 +1,4 @@
-#include "linux/webkit/NoticePage.h"
+#include "linux/webkit/ErrorPage.h"
 
 #include "linux/gobject/GObjectPointer.h"
 
@@ -31,7 +31,7 @@ a:focus-visible { outline: 3px solid var(--text); outline-offset: 3px; }
 
 } // namespace
 
-std::string noticePage(const std::string& heading, const std::string& sentence) {
+std::string errorPage(const std::string& heading, const std::string& sentence) {
     return "<!doctype html><html lang=\"en\"><head><meta charset=\"utf-8\"><title>" +
            escaped(heading) + "</title><style>" + style + "</style></head><body><main><h1>" +
            escaped(heading) + "</h1><p>" + escaped(sentence) + "</p><a role=\"button\" href=\"" +

@@ -1,13 +1,14 @@
-#include "linux/webkit/GuardScript.h"
+#include "linux/webkit/DocumentStartScript.h"
 
 #include "base/Invariant.h"
 #include "linux/gobject/GObjectPointer.h"
+#include "linux/webkit/EngineHandles.h"
 
 namespace kelo::webkit {
 
 namespace {
 
-// For the C library: ended by a null pointer, and null altogether where there is no list.
+// The C library wants lists that end with a null pointer.
 std::vector<const char*> pointers(const std::vector<std::string>& texts) {
     std::vector<const char*> list;
     for (const std::string& text : texts)
@@ -18,24 +19,23 @@ std::vector<const char*> pointers(const std::vector<std::string>& texts) {
 
 } // namespace
 
-void addGuardScript(WebKitUserContentManager* manager, const GuardScript& script) {
+void addDocumentStartScript(WebKitUserContentManager* manager, const DocumentStartScript& script) {
     const auto allowed = pointers(script.allowed);
+    // Null stands for all addresses; an empty list would allow none.
     const auto* const allowList = script.allowed.empty() ? nullptr : allowed.data();
     constexpr auto atStart = WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START;
     const char* const source = script.source.c_str();
-    WebKitUserScript* const native =
+    const UserScriptPointer native(
         script.world ? webkit_user_script_new_for_world(source, script.frames, atStart,
                                                         script.world, allowList, nullptr)
-                     : webkit_user_script_new(source, script.frames, atStart, allowList, nullptr);
-    webkit_user_content_manager_add_script(manager, native);
-    webkit_user_script_unref(native);
+                     : webkit_user_script_new(source, script.frames, atStart, allowList, nullptr));
+    webkit_user_content_manager_add_script(manager, native.get());
 }
 
 std::string originText(const Url& url) {
-    WebKitSecurityOrigin* const native =
-        webkit_security_origin_new_for_uri(url.absoluteString().c_str());
-    const gobject::GText text(webkit_security_origin_to_string(native));
-    webkit_security_origin_unref(native);
+    const SecurityOriginPointer native(
+        webkit_security_origin_new_for_uri(url.absoluteString().c_str()));
+    const gobject::GText text(webkit_security_origin_to_string(native.get()));
     if (!text)
         invariantBroken("the service has an origin");
     return text.get();

@@ -1,7 +1,9 @@
-#include "linux/http/OpenReply.h"
+#include "linux/http/Response.h"
 
 #include "linux/gobject/AsyncResult.h"
+#include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/SignalHandler.h"
+#include "linux/http/ChunkedBody.h"
 #include "linux/http/SoupUri.h"
 #include "linux/http/TransportErrors.h"
 
@@ -12,6 +14,7 @@ namespace kelo::http {
 
 using platform::UrlRequest;
 
+/// What the signals of a message record for the request: why a certificate was refused.
 struct Handshake {
     std::shared_ptr<const TrustedAuthority> authority;
     Url url;
@@ -20,20 +23,17 @@ struct Handshake {
 
 namespace {
 
-struct BytesDeleter {
-    void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
-};
-using BytesPointer = std::unique_ptr<GBytes, BytesDeleter>;
+using gobject::GBytesPointer;
 
-// A copy that lasts as long as the library needs it, and is overwritten then like any other.
-BytesPointer bytesOf(const platform::RequestBody& body) {
+// The library keeps the bytes for as long as it needs them. This copy wipes itself afterwards.
+GBytesPointer bytesOf(const platform::RequestBody& body) {
     auto copy = std::make_unique<platform::RequestBody>(body);
     const auto* data = copy->data();
     const gsize size = copy->size();
     const auto drop = [](gpointer owned) {
         std::unique_ptr<platform::RequestBody>(static_cast<platform::RequestBody*>(owned));
     };
-    return BytesPointer(g_bytes_new_with_free_func(data, size, drop, copy.release()));
+    return GBytesPointer(g_bytes_new_with_free_func(data, size, drop, copy.release()));
 }
 
 using SharedHandshake = std::shared_ptr<Handshake>;
@@ -48,8 +48,8 @@ gboolean acceptCertificate(SoupMessage*, GTlsCertificate* certificate,
     return problems == 0;
 }
 
-// The library lets a peer end the connection without saying so in TLS, which is how somebody in the
-// middle would cut a reply short whose length nobody announced.
+// By default the library accepts a connection that ends without a TLS close notification. An
+// attacker could then cut short a response that has no Content-Length.
 void insistOnProperClose(SoupMessage*, GSocketClientEvent event, GIOStream* connection,
                          SharedHandshake*) {
     if (event == G_SOCKET_CLIENT_TLS_HANDSHAKING && G_IS_TLS_CONNECTION(connection))
@@ -76,12 +76,12 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     soup_message_set_site_for_cookies(message.get(), site.get());
     soup_message_set_first_party(message.get(), site.get());
     if (request.body) {
-        const BytesPointer body = bytesOf(*request.body);
+        const GBytesPointer body = bytesOf(*request.body);
         soup_message_set_request_body_from_bytes(message.get(), nullptr, body.get());
     }
     SoupMessageHeaders* const headers = soup_message_get_request_headers(message.get());
     for (const auto& [name, value] : request.headers) {
-        // Values come from cookies and replies: a line break in one would add a header.
+        // Values come from cookies and replies. A line break in a value would add a header.
         if (!fitsInHeader(name) || !fitsInHeader(value))
             throw Failure(FailureKind::badReply,
                           "The request to " + request.url.host() +
@@ -102,10 +102,9 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     throw transportError(error, phase, request.url);
 }
 
-// The library takes an end of the connection between two chunks for the end of the body, and a
-// chunk size that is no number for the last one, so bodies in chunks are read from the connection
-// below it. The price is that such a connection is not used again. Null when the body is not in
-// chunks.
+// The library accepts a chunked body that breaks off between two chunks, and takes a malformed
+// chunk size for the last chunk. So a chunked body is read from the connection below the library's
+// decoder. The price is that such a connection is not reused. Null for a body without chunks.
 GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
     SoupMessageHeaders* const headers = soup_message_get_response_headers(message);
     const guint status = soup_message_get_status(message);
@@ -124,10 +123,10 @@ GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
 
 } // namespace
 
-OpenReply::OpenReply(gobject::GObjectPointer<SoupMessage> message,
-                     gobject::GObjectPointer<GInputStream> stream,
-                     std::shared_ptr<const Handshake> handshake, UrlRequest request,
-                     const Deadline& deadline)
+Response::Response(gobject::GObjectPointer<SoupMessage> message,
+                   gobject::GObjectPointer<GInputStream> stream,
+                   std::shared_ptr<const Handshake> handshake, UrlRequest request,
+                   const Deadline& deadline)
     : message(std::move(message)),
       stream(std::move(stream)),
       handshake(std::move(handshake)),
@@ -136,30 +135,32 @@ OpenReply::OpenReply(gobject::GObjectPointer<SoupMessage> message,
       source(this->stream.get()) {
     if (GInputStream* const connection = connectionBelow(this->message.get(), this->stream.get())) {
         source = connection;
-        chunks.emplace();
+        chunks = std::make_unique<ChunkedBody>();
     }
 }
 
-int OpenReply::status() const {
+Response::~Response() = default;
+
+int Response::status() const {
     return static_cast<int>(soup_message_get_status(message.get()));
 }
 
-std::optional<std::string> OpenReply::location() const {
+std::optional<std::string> Response::location() const {
     const char* const location =
         soup_message_headers_get_one(soup_message_get_response_headers(message.get()), "Location");
     return location ? std::optional<std::string>(location) : std::nullopt;
 }
 
-std::optional<std::uint64_t> OpenReply::announcedLength() const {
+std::optional<std::uint64_t> Response::announcedLength() const {
     SoupMessageHeaders* const headers = soup_message_get_response_headers(message.get());
     if (soup_message_headers_get_encoding(headers) != SOUP_ENCODING_CONTENT_LENGTH)
         return std::nullopt;
     return static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
 }
 
-Task<Bytes> OpenReply::read() {
+Task<Bytes> Response::read() {
     Bytes portion;
-    // Bytes from below a body in chunks may be all framing.
+    // The bytes of a chunked body may hold framing only.
     while (portion.empty() && !finished) {
         const auto read = [source = source, cancellable = deadline.cancellable()](
                               GAsyncReadyCallback ready, gpointer data) {
@@ -169,15 +170,15 @@ Task<Bytes> OpenReply::read() {
         };
         const auto result = co_await gobject::asyncResult(read);
         GError* error = nullptr;
-        const BytesPointer bytes(g_input_stream_read_bytes_finish(source, result.get(), &error));
+        const GBytesPointer bytes(g_input_stream_read_bytes_finish(source, result.get(), &error));
         if (const gobject::GErrorPointer failure(error); failure)
             fail(*failure, TransferPhase::insideReply, *handshake, request, deadline);
-        portion = taken(bytes.get());
+        portion = decoded(bytes.get());
     }
     co_return portion;
 }
 
-Bytes OpenReply::taken(GBytes* bytes) {
+Bytes Response::decoded(GBytes* bytes) {
     gsize size = 0;
     const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
     if (!chunks) {
@@ -194,10 +195,10 @@ Bytes OpenReply::taken(GBytes* bytes) {
     return body;
 }
 
-Task<std::unique_ptr<OpenReply>> openReply(gobject::GObjectPointer<SoupSession> session,
-                                           std::shared_ptr<const TrustedAuthority> authority,
-                                           UrlRequest request, Url firstUrl,
-                                           const Deadline& deadline) {
+Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession> session,
+                                            std::shared_ptr<const TrustedAuthority> authority,
+                                            UrlRequest request, Url firstUrl,
+                                            const Deadline& deadline) {
     const gobject::GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
     const auto handshake =
         std::make_shared<Handshake>(Handshake{std::move(authority), request.url});
@@ -215,7 +216,7 @@ Task<std::unique_ptr<OpenReply>> openReply(gobject::GObjectPointer<SoupSession> 
         soup_session_send_finish(session.get(), sent.get(), &error));
     if (const gobject::GErrorPointer failure(error); failure)
         fail(*failure, TransferPhase::beforeReply, *handshake, request, deadline);
-    co_return std::make_unique<OpenReply>(message, stream, handshake, std::move(request), deadline);
+    co_return std::make_unique<Response>(message, stream, handshake, std::move(request), deadline);
 }
 
 } // namespace kelo::http

@@ -1,13 +1,11 @@
-#include "linux/http/SoupCookieConversion.h"
+#include "linux/http/SoupCookies.h"
+
+#include "linux/gobject/GLibHandles.h"
+#include "linux/http/SoupUri.h"
 
 namespace kelo::http {
 
 namespace {
-
-struct DateTimeDeleter {
-    void operator()(GDateTime* time) const { g_date_time_unref(time); }
-};
-using DateTimePointer = std::unique_ptr<GDateTime, DateTimeDeleter>;
 
 SoupSameSitePolicy toSoupPolicy(platform::SameSitePolicy policy) {
     switch (policy) {
@@ -47,9 +45,9 @@ SoupCookiePointer toSoupCookie(const platform::HttpCookie& cookie) {
     soup_cookie_set_http_only(result.get(), cookie.httpOnly);
     soup_cookie_set_same_site_policy(result.get(), toSoupPolicy(cookie.sameSite));
     if (cookie.expires) {
-        const DateTimePointer moment(
+        const gobject::GDateTimePointer moment(
             g_date_time_new_from_unix_utc(cookie.expires->time_since_epoch().count()));
-        // Nothing only for a year past 9999: a cookie of that kind ends with the session instead.
+        // Null for a year after 9999. Such a cookie becomes a session cookie.
         if (moment)
             soup_cookie_set_expires(result.get(), moment.get());
     }
@@ -68,6 +66,24 @@ platform::HttpCookie fromSoupCookie(SoupCookie* cookie) {
     if (GDateTime* const expires = soup_cookie_get_expires(cookie))
         result.expires =
             std::chrono::sys_seconds(std::chrono::seconds(g_date_time_to_unix(expires)));
+    return result;
+}
+
+SoupCookieStorage::SoupCookieStorage()
+    : jar_(gobject::GObjectPointer<SoupCookieJar>::adopt(soup_cookie_jar_new())) {
+    soup_cookie_jar_set_accept_policy(jar_.get(), SOUP_COOKIE_JAR_ACCEPT_ALWAYS);
+}
+
+std::optional<std::vector<platform::HttpCookie>> SoupCookieStorage::cookies(const Url& url) const {
+    const SoupUri uri = soupUri(url);
+    if (!uri)
+        return std::nullopt;
+    std::vector<platform::HttpCookie> result;
+    const gobject::GSListPointer list(soup_cookie_jar_get_cookie_list(jar_.get(), uri.get(), TRUE));
+    for (const GSList* link = list.get(); link; link = link->next) {
+        const SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
+        result.push_back(fromSoupCookie(cookie.get()));
+    }
     return result;
 }
 

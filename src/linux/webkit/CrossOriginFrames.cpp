@@ -1,15 +1,15 @@
-#include "linux/webkit/ForeignFrames.h"
+#include "linux/webkit/CrossOriginFrames.h"
 
-#include "linux/webkit/GuardScript.h"
+#include "linux/webkit/DocumentStartScript.h"
 
 namespace kelo::webkit {
 
 namespace {
 
-// For documents of the service. The engine lets a frame of another origin ask only where the
-// frame's "allow" says so; nothing of it is left before the frame's document can be there, since
-// that comes in a later turn of the event loop than the microtask that an observer runs in. 'none'
-// stays: that is less than what a frame of the service has without being told.
+// For documents of the service. The engine refuses a cross-origin frame unless its "allow"
+// attribute names the device. An observer runs in a microtask and a frame's document arrives in a
+// later turn of the event loop, so the attribute is always cleaned in time. 'none' is kept: it
+// restricts frames of the service, too.
 constexpr const char* withholdingScript = R"((() => {
   const withheld = /^\s*(microphone|camera|display-capture)\b(?!\s*'none'\s*$)/i;
   const {getAttribute, setAttribute, attachShadow} = Element.prototype;
@@ -49,9 +49,9 @@ constexpr const char* withholdingScript = R"((() => {
   };
 })())";
 
-// For frames of others, should one be allowed to ask after all. A whole page of another origin is
-// the delegate's to refuse.
-constexpr const char* pinningScript = R"((() => {
+// For cross-origin frames, in case the engine allows a request after all. A page of another origin
+// in the main frame is refused by the delegate.
+constexpr const char* refusingScript = R"((() => {
   if (self === top) return;
   const refuse = () => Promise.reject(new DOMException(
       'Only the service itself may use the microphone and the camera.', 'NotAllowedError'));
@@ -64,9 +64,9 @@ constexpr const char* pinningScript = R"((() => {
 
 } // namespace
 
-void keepMediaFromForeignFrames(WebKitUserContentManager* manager, const Url& service) {
-    addGuardScript(manager, {.source = onlyIn(service, withholdingScript)});
-    addGuardScript(manager, {.source = exceptIn(service, pinningScript)});
+void denyMediaToCrossOriginFrames(WebKitUserContentManager* manager, const Url& service) {
+    addDocumentStartScript(manager, {.source = onlyIn(service, withholdingScript)});
+    addDocumentStartScript(manager, {.source = exceptIn(service, refusingScript)});
 }
 
 } // namespace kelo::webkit

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace kelo::webkit {
+
+/// The address of an error page's "Try again" link. It is never loaded: NavigationPolicy intercepts
+/// it.
+inline constexpr const char* tryAgainAddress = "kelo:try-again";
+
+/// The HTML of a page that is shown in place of one that did not load: a heading, a sentence, and
+/// "Try again". Both texts are plain text, not HTML. The page has no scripts and loads nothing.
+std::string errorPage(const std::string& heading, const std::string& sentence);
+
+} // namespace kelo::webkit

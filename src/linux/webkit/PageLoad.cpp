@@ -1,0 +1,100 @@
+#include "linux/webkit/PageLoad.h"
+
+#include <utility>
+
+namespace kelo::webkit {
+
+PageLoad::PageLoad(std::function<void()> timedOut) : timedOut(std::move(timedOut)) {}
+
+PageLoad::~PageLoad() {
+    stopTimer();
+}
+
+void PageLoad::requestPage(const platform::UrlRequest& request) {
+    errorPageRequested = false;
+    limit = request.timeout;
+    // Before its first document, a process may only be slow to start.
+    unanswered = processHasShownADocument ? std::optional(request) : std::nullopt;
+    startTimer();
+}
+
+void PageLoad::requestErrorPage(std::string address) {
+    stage = Stage::failed;
+    failedAddress = std::move(address);
+    errorPageRequested = true;
+    stopTimer();
+}
+
+void PageLoad::started() {
+    stage = std::exchange(errorPageRequested, false) ? Stage::errorPage : Stage::page;
+    unanswered.reset();
+    if (stage == Stage::page)
+        startTimer();
+}
+
+void PageLoad::progressed() {
+    if (timer)
+        startTimer();
+}
+
+void PageLoad::committed() {
+    processHasShownADocument = true;
+    certificateAllowed = false;
+    repetitions = 0;
+    progressed();
+}
+
+void PageLoad::documentCompleted() {
+    stopTimer();
+}
+
+bool PageLoad::finished() {
+    stopTimer();
+    return stage == Stage::page;
+}
+
+void PageLoad::failed() {
+    stage = Stage::failed;
+    stopTimer();
+}
+
+void PageLoad::processEnded() {
+    failed();
+    processHasShownADocument = false;
+}
+
+std::string PageLoad::addressToTryAgain() const {
+    return stage == Stage::errorPage ? failedAddress : std::string();
+}
+
+std::optional<platform::UrlRequest> PageLoad::takeUnanswered() {
+    return std::exchange(unanswered, std::nullopt);
+}
+
+bool PageLoad::repeatLost() {
+    constexpr int mostRepetitions = 3;
+    if (repetitions == mostRepetitions)
+        return false;
+    ++repetitions;
+    certificateAllowed = false;
+    return true;
+}
+
+bool PageLoad::allowCertificate() {
+    return !std::exchange(certificateAllowed, true);
+}
+
+void PageLoad::startTimer() {
+    stopTimer();
+    timer = MainLoop::main().scheduleTimer(limit, [this] {
+        failed();
+        timedOut();
+    });
+}
+
+void PageLoad::stopTimer() {
+    if (const auto pending = std::exchange(timer, nullptr))
+        pending->invalidate();
+}
+
+} // namespace kelo::webkit

@@ -1,0 +1,220 @@
+#include "component/webkit/WebKitFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <future>
+#include <string>
+
+namespace kelo::test {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+/// The GLib loop, with timers that the test fires.
+class ManualTimers final : public MainLoop {
+public:
+    void post(std::function<void()> job) override { loop.post(std::move(job)); }
+    std::shared_ptr<Timer> scheduleTimer(std::chrono::duration<double> delay,
+                                         std::function<void()> action) override {
+        ++scheduled;
+        delays.push_back(delay);
+        pending = std::make_shared<ManualTimer>(std::move(action));
+        return pending;
+    }
+
+    bool isPending() const { return pending && pending->action; }
+    void fire() { std::exchange(pending->action, nullptr)(); }
+
+    int scheduled = 0;
+    std::vector<std::chrono::duration<double>> delays;
+
+private:
+    struct ManualTimer final : Timer {
+        explicit ManualTimer(std::function<void()> action) : action(std::move(action)) {}
+        void invalidate() override { action = nullptr; }
+        std::function<void()> action;
+    };
+
+    gobject::GLibMainLoop loop;
+    std::shared_ptr<ManualTimer> pending;
+};
+
+const std::string chunkedHead = "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\n"
+                                "Transfer-Encoding: chunked\r\n\r\n";
+const std::string chunkedEnd = "0\r\n\r\n";
+
+// Larger than what the engine holds back to guess the type of a document.
+std::string chunk() {
+    return "400\r\n" + std::string(1024, 'x') + "\r\n";
+}
+
+} // namespace
+
+/// Servers that take their time.
+class PageTimeout : public WebKitFixture {
+protected:
+    /// Answers "/silent" with nothing, everything else with a page.
+    static void silentOnRequest(ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            if (request->target == "/silent")
+                return connection.waitForPeer();
+            connection.write(page("quick"));
+        }
+    }
+    void expectTimedOut(const std::string& sentence) {
+        ASSERT_TRUE(waitForTitle("This page did not load"));
+        EXPECT_THAT(pageText(), HasSubstr(sentence));
+        EXPECT_THAT(pageText(), HasSubstr("Try again"));
+        EXPECT_THAT(recorder->finished, IsEmpty());
+    }
+};
+
+TEST_F(PageTimeout, ServerThatNeverAnswersIsGivenUpAndDoesNotFinish) {
+    const MisbehavingServer peer(identity, silentOnRequest);
+    makeView(peer.url());
+    load(peer.url("/silent"), seconds(1));
+    expectTimedOut("localhost did not answer within 1 second. Try again later.");
+    EXPECT_TRUE(rig.runUntil([&] { return peer.endedCount() == peer.connectionCount(); }))
+        << "the load was not stopped";
+}
+
+TEST_F(PageTimeout, ServerThatAcceptsTlsAndReadsNothingIsGivenUp) {
+    std::promise<void> over;
+    const MisbehavingServer peer(
+        identity, [end = over.get_future().share()](ServerConnection&) { end.wait(); });
+    makeView(peer.url());
+    load(peer.url("/login"), seconds(1));
+    expectTimedOut("localhost did not answer within 1 second.");
+    over.set_value();
+}
+
+TEST_F(PageTimeout, DocumentThatStopsHalfwayIsGivenUp) {
+    const MisbehavingServer peer(identity, [](ServerConnection& connection) {
+        if (!connection.read())
+            return;
+        connection.write(chunkedHead + chunk());
+        connection.waitForPeer();
+    });
+    makeView(peer.url());
+    load(peer.url("/"), seconds(1));
+    expectTimedOut("localhost did not answer within 1 second.");
+}
+
+/// The same with time in the test's hands.
+class ManualPageTimeout : public PageTimeout {
+protected:
+    ManualTimers timers;
+    MainLoop::Installation installation{timers};
+};
+
+TEST_F(ManualPageTimeout, LinkOfAPageIsGivenUpAfterTheTimeoutOfTheLastLoad) {
+    const MisbehavingServer peer(identity, silentOnRequest);
+    makeView(peer.url());
+    load(peer.url("/"), seconds(7));
+    ASSERT_TRUE(waitForFinished(1));
+    EXPECT_FALSE(timers.isPending());
+    evaluate("location.href = '/silent'; 1");
+    ASSERT_TRUE(rig.runUntil([&] { return peer.requests().back().target == "/silent"; }));
+    ASSERT_TRUE(timers.isPending());
+    timers.fire();
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/"));
+    EXPECT_THAT(timers.delays, testing::Each(seconds(7)));
+}
+
+TEST_F(ManualPageTimeout, TryAgainLoadsThePage) {
+    std::atomic<bool> silent = true;
+    const MisbehavingServer peer(identity, [&silent](ServerConnection& connection) {
+        while (connection.read()) {
+            if (silent)
+                return connection.waitForPeer();
+            connection.write(page("back again"));
+        }
+    });
+    makeView(peer.url());
+    load(peer.url("/"));
+    ASSERT_TRUE(rig.runUntil([&] { return !peer.requests().empty(); }));
+    timers.fire();
+    expectTimedOut("localhost did not answer within 60 seconds.");
+    silent = false;
+    evaluate("document.querySelector('a').click()");
+    ASSERT_TRUE(waitForFinished(1));
+    EXPECT_EQ(pageText(), "back again");
+    EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/"));
+}
+
+TEST_F(ManualPageTimeout, BytesOfATricklingServerStartTheTimeoutAgain) {
+    std::atomic<int> sent = 0;
+    std::atomic<int> wanted = 1;
+    const MisbehavingServer peer(identity, [&](ServerConnection& connection) {
+        if (!connection.read())
+            return;
+        connection.write(chunkedHead);
+        while (wanted >= 0) {
+            if (sent < wanted && connection.write(chunk()))
+                ++sent;
+            if (connection.peerStirs(milliseconds(5)))
+                return;
+        }
+        connection.write(chunkedEnd);
+        connection.waitForPeer();
+    });
+    makeView(peer.url());
+    load(peer.url("/"));
+    for (int round = 0; round < 5; ++round) {
+        const int before = timers.scheduled;
+        ++wanted;
+        ASSERT_TRUE(rig.runUntil([&] { return timers.scheduled > before; })) << "round " << round;
+        EXPECT_TRUE(timers.isPending());
+    }
+    EXPECT_THAT(recorder->finished, IsEmpty());
+    wanted = -1;
+    ASSERT_TRUE(waitForFinished(1));
+    EXPECT_FALSE(timers.isPending());
+    EXPECT_THAT(timers.delays, testing::Each(seconds(60)));
+}
+
+TEST_F(ManualPageTimeout, TricklingServerThatFallsSilentIsGivenUp) {
+    std::atomic<bool> silent = false;
+    const MisbehavingServer peer(identity, [&](ServerConnection& connection) {
+        if (!connection.read())
+            return;
+        connection.write(chunkedHead);
+        while (!silent && !connection.peerStirs(milliseconds(5)))
+            if (!connection.write(chunk()))
+                return;
+        connection.waitForPeer();
+    });
+    makeView(peer.url());
+    load(peer.url("/"));
+    const int before = timers.scheduled;
+    ASSERT_TRUE(rig.runUntil([&] { return timers.scheduled > before + 3; }));
+    silent = true;
+    ASSERT_TRUE(timers.isPending());
+    timers.fire();
+    expectTimedOut("localhost did not answer within 60 seconds.");
+    EXPECT_FALSE(timers.isPending()) << "an error page has no timeout";
+}
+
+TEST_F(ManualPageTimeout, ImageThatNeverComesDoesNotEndACompleteDocument) {
+    const MisbehavingServer peer(identity, [](ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            if (request->target != "/")
+                return connection.waitForPeer();
+            connection.write(page("here <img src='/never'>"));
+        }
+    });
+    makeView(peer.url());
+    load(peer.url("/"));
+    ASSERT_TRUE(rig.runUntil([&] { return peer.requests().size() >= 2; }));
+    ASSERT_TRUE(rig.runUntil([&] { return !timers.isPending(); }));
+    EXPECT_THAT(pageText(), HasSubstr("here"));
+}
+
+} // namespace kelo::test
