@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <string>
@@ -61,8 +63,7 @@ TEST(FileDescriptor, ThatIsReleasedStaysOpen) {
     const FileDescriptor closed(number);
 }
 
-TEST(WriteAll, GoesOnWhereOneCallTookPartOfTheBytes) {
-    // Far more than a pipe holds; one that does not block takes what fits and no more.
+TEST(WriteAll, WritesMoreThanAPipeHolds) {
     const std::string text(1 << 20, 'k');
     Pipe pipe;
     ASSERT_TRUE(pipe.writing);
@@ -72,6 +73,23 @@ TEST(WriteAll, GoesOnWhereOneCallTookPartOfTheBytes) {
     pipe.writing = FileDescriptor();
     reader.join();
     EXPECT_EQ(received, text);
+}
+
+TEST(WriteAll, FailsIfTheDiskTakesPartOfTheBytesOnly) {
+    // The kernel writes up to the limit and reports that many bytes; the next call fails.
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1000, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const FileDescriptor file = memoryFile();
+    const bool written = writeAll(file.get(), std::string(1500, 'k'));
+    const int reason = errno;
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    ::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(reason, EFBIG);
+    EXPECT_EQ(::lseek(file.get(), 0, SEEK_END), 1000);
 }
 
 TEST(WriteAll, SaysThatItFailed) {

@@ -43,8 +43,8 @@ void expectRefused(std::string_view feed) {
     } catch (const UpdateError& error) {
         EXPECT_EQ(error.kind(), UpdateErrorKind::feed);
         EXPECT_EQ(error.localizedDescription(),
-                  "The list of updates could not be read. Please try again later, or ask those who "
-                  "publish Kelo.");
+                  "The list of updates could not be read. Please try again later, or ask Kelo's "
+                  "publisher.");
         EXPECT_NE(error.cause(), "");
     }
 }
@@ -145,10 +145,10 @@ TEST(Appcast, ItemWithoutVersionIsLeftOut) {
 
 TEST(Appcast, VersionOfSeveralLinesIsNone) {
     expectLeftOut("<item><sparkle:version>1\n2</sparkle:version><link>https://e.com/</link></item>",
-                  "no version");
+                  "version is not valid");
     expectLeftOut("<item><sparkle:version>" + std::string(257, '1') +
                       "</sparkle:version><link>https://e.com/</link></item>",
-                  "no version");
+                  "version is not valid");
 }
 
 TEST(Appcast, ArchiveMustBeFetchedOverHttps) {
@@ -167,8 +167,7 @@ TEST(Appcast, LinksThatAreNotHttpsAreNotTaken) {
 }
 
 TEST(Appcast, DifferenceToOneVersionIsLeftOut) {
-    expectLeftOut(withEnclosure("url=\"https://example.com/k\" sparkle:deltaFrom=\"1\""),
-                  "difference");
+    expectLeftOut(withEnclosure("url=\"https://example.com/k\" sparkle:deltaFrom=\"1\""), "delta");
 }
 
 TEST(Appcast, DifferencesInsideAnItemAreNoItems) {

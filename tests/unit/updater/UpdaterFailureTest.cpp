@@ -80,7 +80,7 @@ TEST_F(UpdaterFailure, MissingKeyIsRefusedBeforeAnythingIsFetched) {
     check();
     choose(UpdateChoice::install);
     EXPECT_THAT(transport.requests, ElementsAre(feedAddress));
-    expectFailure("does not know how to tell a genuine update");
+    expectFailure("has no key to verify updates with");
 }
 
 TEST_F(UpdaterFailure, MissingSignatureIsRefusedBeforeAnythingIsFetched) {
