@@ -1,4 +1,4 @@
-#include "linux/http/SoupCookieConversion.h"
+#include "linux/http/SoupCookies.h"
 
 #include <gtest/gtest.h>
 
