@@ -1,5 +1,7 @@
 #include "component/http/HttpFixture.h"
 
+#include "linux/http/TransportErrors.h"
+
 namespace kelo::test {
 
 using platform::PlatformErrorKind;
@@ -151,6 +153,18 @@ TEST_F(HttpFailure, ConnectionLostBeforeTheReplyIsNamed) {
     const auto error = failureOf({peer->url()});
     EXPECT_EQ(error.kind(), PlatformErrorKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(), "The connection to localhost was lost. Try again.");
+}
+
+TEST_F(HttpFailure, TlsThatCannotBeSetUpIsNotSecure) {
+    const platform::Url url = *platform::Url::parse("https://localhost");
+    const desktop::GErrorPointer reason(
+        g_error_new_literal(G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, "no common version"));
+    const auto before = desktop::transportError(*reason, desktop::TransferPhase::beforeReply, url);
+    EXPECT_EQ(before.kind(), PlatformErrorKind::insecure);
+    EXPECT_EQ(before.localizedDescription(), "Could not set up a secure connection to localhost, "
+                                             "so nothing was sent. Try again later.");
+    const auto inside = desktop::transportError(*reason, desktop::TransferPhase::insideReply, url);
+    EXPECT_EQ(inside.localizedDescription(), cutShort);
 }
 
 TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {
