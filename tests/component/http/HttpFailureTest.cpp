@@ -1,5 +1,7 @@
 #include "component/http/HttpFixture.h"
 
+#include "linux/http/TransportErrors.h"
+
 namespace kelo::test {
 
 using platform::UrlRequest;
@@ -148,6 +150,18 @@ TEST_F(HttpFailure, ConnectionLostBeforeTheReplyIsNamed) {
     const auto error = failureOf({peer->url()});
     EXPECT_EQ(error.kind(), FailureKind::cannotConnect);
     EXPECT_EQ(error.localizedDescription(), "The connection to localhost was lost. Try again.");
+}
+
+TEST_F(HttpFailure, TlsThatCannotBeSetUpIsNotSecure) {
+    const Url url = *Url::parse("https://localhost");
+    const gobject::GErrorPointer reason(
+        g_error_new_literal(G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, "no common version"));
+    const auto before = http::transportError(*reason, http::TransferPhase::beforeReply, url);
+    EXPECT_EQ(before.kind(), FailureKind::insecure);
+    EXPECT_EQ(before.localizedDescription(), "Could not set up a secure connection to localhost, "
+                                             "so nothing was sent. Try again later.");
+    const auto inside = http::transportError(*reason, http::TransferPhase::insideReply, url);
+    EXPECT_EQ(inside.localizedDescription(), cutShort);
 }
 
 TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {

@@ -184,6 +184,18 @@ const std::map<std::string, std::function<void()>> behaviours = {
          say(authorization::MessageType::hiddenPrompt, "Password: ");
          ::raise(SIGKILL);
      }},
+    {"asks for a name, then for a password, then for a finger",
+     [] {
+         const RunMark once = mark();
+         say(MessageType::visiblePrompt, "Name: ");
+         receive();
+         say(MessageType::tryAgain);
+         say(MessageType::hiddenPrompt, "Password: ");
+         receive();
+         say(MessageType::tryAgain);
+         say(MessageType::tryAgain);
+         say(MessageType::result, encodeResult(HelperResult::failed, once));
+     }},
     {"stops listening before its question",
      [] {
          mark();

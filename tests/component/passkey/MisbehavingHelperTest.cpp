@@ -62,6 +62,15 @@ TEST_F(MisbehavingHelper, OneThatDiesLeavesNobodyTypingToIt) {
     EXPECT_EQ(outcomeOfHelperThat("dies while a question is open"), Outcome::failed);
 }
 
+TEST_F(MisbehavingHelper, EachTryIsCalledWrongByWhatItAskedFor) {
+    person.answers = {"zoe", "secret"};
+    EXPECT_EQ(outcomeOfHelperThat("asks for a name, then for a password, then for a finger"),
+              Outcome::failed);
+    EXPECT_THAT(person.words, ElementsAre("! Name: ", "e Not recognized. Try again.",
+                                          "? Password: ", "e Wrong password. Try again.",
+                                          "e Not recognized. Try again."));
+}
+
 TEST_F(MisbehavingHelper, AResultThatDoesNotWaitForTheAnswerVerifiesNobody) {
     person.answers = {"secret"};
     person.whenAsked = [this] {
