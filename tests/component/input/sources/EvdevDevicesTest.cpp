@@ -30,7 +30,7 @@ EmulatedDevice mouse() {
     return {.keys = {BTN_LEFT, BTN_RIGHT}};
 }
 
-const Bytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
+const EventBytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
 
 class EvdevDevices : public testing::Test {
 protected:

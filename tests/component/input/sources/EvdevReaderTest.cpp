@@ -44,8 +44,8 @@ struct Reading {
           }) {}
 };
 
-const Bytes tap = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report() + up(KEY_LEFTALT) +
-                  report() + up(KEY_LEFTCTRL) + report();
+const EventBytes tap = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report() +
+                       up(KEY_LEFTALT) + report() + up(KEY_LEFTCTRL) + report();
 
 TEST(EvdevReader, TellsEachReportThatChangedSomething) {
     Reading reading;
@@ -152,9 +152,10 @@ TEST(EvdevReader, TakesWhatCameWithTheSameReadForOlderThanTheAnswer) {
 
 TEST(EvdevReader, KeepsTheRhythmOfRecordsOverAnAnswer) {
     Reading reading;
-    const Bytes next = down(KEY_LEFTALT) + report();
-    EXPECT_THAT(reading.reader.take(dropped() + report() + Bytes(next.begin(), next.begin() + 7)),
-                IsEmpty());
+    const EventBytes next = down(KEY_LEFTALT) + report();
+    EXPECT_THAT(
+        reading.reader.take(dropped() + report() + EventBytes(next.begin(), next.begin() + 7)),
+        IsEmpty());
     EXPECT_THAT(reading.reader.take(std::span(next).subspan(7)), ElementsAre(leftAlt));
 }
 
@@ -169,14 +170,14 @@ TEST(EvdevReader, KnowsTheKeysAgainAfterAnyBytes) {
     Reading reading;
     std::size_t total = 0;
     for (int round = 0; round < 2000; ++round) {
-        Bytes bytes(random() % 200);
+        EventBytes bytes(random() % 200);
         total += bytes.size();
         for (std::byte& each : bytes)
             each = static_cast<std::byte>(random());
         reading.reader.take(bytes);
     }
     const std::size_t begun = total % sizeof(input_event);
-    reading.reader.take(Bytes(sizeof(input_event) - begun));
+    reading.reader.take(EventBytes(sizeof(input_event) - begun));
 
     reading.device = chord;
     reading.reader.take(dropped() + report());

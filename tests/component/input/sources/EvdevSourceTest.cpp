@@ -21,7 +21,7 @@ using testing::IsEmpty;
 
 namespace {
 
-const Bytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
+const EventBytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
 
 class EvdevSource : public testing::Test {
 protected:

@@ -9,37 +9,37 @@
 
 namespace kelo {
 
-using Bytes = std::vector<std::byte>;
+using EventBytes = std::vector<std::byte>;
 
 /// A record as the kernel writes it.
-inline Bytes record(int type, int code, int value) {
+inline EventBytes record(int type, int code, int value) {
     input_event event{};
     event.type = static_cast<decltype(event.type)>(type);
     event.code = static_cast<decltype(event.code)>(code);
     event.value = value;
-    Bytes bytes(sizeof(event));
+    EventBytes bytes(sizeof(event));
     std::memcpy(bytes.data(), &event, sizeof(event));
     return bytes;
 }
 
-inline Bytes operator+(Bytes first, const Bytes& second) {
+inline EventBytes operator+(EventBytes first, const EventBytes& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
 }
 
-inline Bytes down(int code) {
+inline EventBytes down(int code) {
     return record(EV_KEY, code, 1);
 }
-inline Bytes up(int code) {
+inline EventBytes up(int code) {
     return record(EV_KEY, code, 0);
 }
-inline Bytes repeated(int code) {
+inline EventBytes repeated(int code) {
     return record(EV_KEY, code, 2);
 }
-inline Bytes report() {
+inline EventBytes report() {
     return record(EV_SYN, SYN_REPORT, 0);
 }
-inline Bytes dropped() {
+inline EventBytes dropped() {
     return record(EV_SYN, SYN_DROPPED, 0);
 }
 

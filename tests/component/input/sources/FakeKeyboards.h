@@ -34,7 +34,7 @@ struct FakeKeyboard {
             writing = posix::FileDescriptor(ends[1]);
         }
     }
-    bool type(const Bytes& bytes) const {
+    bool type(const EventBytes& bytes) const {
         return ::write(writing.get(), bytes.data(), bytes.size()) ==
                static_cast<ssize_t>(bytes.size());
     }

@@ -114,7 +114,7 @@ void InputBed::unplug(const std::string& name) {
     std::filesystem::remove(node(name));
 }
 
-bool InputBed::type(const std::string& name, const Bytes& bytes) const {
+bool InputBed::type(const std::string& name, const EventBytes& bytes) const {
     const int device = umockdev_testbed_get_dev_fd(bed.get(), ("/dev/input/" + name).c_str());
     return ::write(device, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
 }

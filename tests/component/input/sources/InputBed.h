@@ -40,7 +40,7 @@ public:
     /// The kernel's end of the device closes, and its node goes.
     void unplug(const std::string& name);
     /// Sends bytes that a read of the device gives.
-    bool type(const std::string& name, const Bytes& bytes) const;
+    bool type(const std::string& name, const EventBytes& bytes) const;
     void setDown(const std::string& name, std::vector<int> codes);
     EmulatedDevice device(const std::string& name) const;
     std::filesystem::path node(const std::string& name) const;
