@@ -1,4 +1,3 @@
-#include "component/panel/AnnouncedDesktop.h"
 #include "component/panel/Backdrop.h"
 #include "component/panel/PanelFixture.h"
 #include "linux/window/WindowIdentity.h"
@@ -8,7 +7,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
-#include <utility>
 
 namespace kelo::test {
 
@@ -22,12 +20,6 @@ protected:
     static GtkWindow* windowOf(FakeContent& content) {
         return GTK_WINDOW(gtk_widget_get_root(content.widget()));
     }
-    /// Whether toolkit and page are told that the panel has the keyboard.
-    bool countsAsActive() const {
-        const auto state = windows.numbers(panelWindow(), "_NET_WM_STATE");
-        return std::find(state.begin(), state.end(), connection.atom("_NET_WM_STATE_FOCUSED")) !=
-               state.end();
-    }
     bool isAbove(screen::WindowId other) const {
         const auto all = windows.all();
         const auto place = [&](screen::WindowId window) {
@@ -36,72 +28,10 @@ protected:
         };
         return place(panelWindow()) > place(other);
     }
-    /// Has the toolkit deal with all that the server has sent so far.
-    static void digest() {
-        gdk_display_sync(gdk_display_get_default());
-        while (g_main_context_iteration(nullptr, FALSE)) {
-        }
-        gdk_display_sync(gdk_display_get_default());
-    }
 };
 
 TEST_F(X11PanelTest, IsTheWindowThatItsKeysAreAddressedTo) {
     EXPECT_EQ(window::windowIdentity(windowOf(*content)), panel);
-}
-
-TEST_F(X11PanelTest, TakesTheKeyboardAndGivesItBackEachTime) {
-    OtherProgram other;
-    settle(other);
-    typeInto(other, "before");
-    for (const std::string text : {"first", "second"}) {
-        show();
-        typeIntoPanel(text);
-        hide();
-        until("the other program has the keyboard again",
-              [&] { return windows.focused() == other.window(); });
-        typeInto(other, text);
-    }
-}
-
-TEST_F(X11PanelTest, CountsAsActiveOnlyWhileItHasTheKeyboard) {
-    OtherProgram other;
-    settle(other);
-    for (int round = 0; round < 2; ++round) {
-        show();
-        until("the caret blinks", [&] { return content->hasCaret(); });
-        other.takeKeyboard();
-        until("the caret is gone", [&] { return !content->hasCaret(); });
-        hide();
-    }
-}
-
-TEST_F(X11PanelTest, AMenuOfAnotherProgramLeavesItActive) {
-    if (manager() == "mutter")
-        GTEST_SKIP() << "this one takes what we say of our window off it again";
-    OtherProgram other;
-    settle(other);
-    show();
-    until("the panel is active", [this] { return countsAsActive(); });
-    other.grabKeyboard();
-    digest();
-    EXPECT_TRUE(countsAsActive());
-    other.releaseKeyboard();
-    digest();
-    EXPECT_TRUE(countsAsActive());
-    EXPECT_EQ(windows.focused(), panelWindow());
-}
-
-TEST_F(X11PanelTest, OnceHiddenItIsActiveNoMoreAlsoUnderThePointer) {
-    if (hasManager())
-        GTEST_SKIP() << "with a window manager, the keyboard does not follow the pointer";
-    pointer.moveTo({box().x + 100, box().y + 100});
-    AnnouncedDesktop desktop;
-    desktop.focus(AnnouncedDesktop::followsPointer);
-    show();
-    until("the panel is active", [this] { return countsAsActive(); });
-    hide();
-    digest();
-    EXPECT_FALSE(countsAsActive());
 }
 
 TEST_F(X11PanelTest, IsAboveAWindowThatFillsTheScreen) {
@@ -163,44 +93,6 @@ TEST_F(X11PanelTest, IsNoWindowThatTheManagerKnows) {
     EXPECT_TRUE(windows.describe(panelWindow()).overridesRedirect);
 }
 
-TEST_F(X11PanelTest, AClickBringsTheKeyboardBack) {
-    OtherProgram other;
-    settle(other);
-    show();
-    const auto place = windows.describe(other.window()).origin;
-    pointer.click({place.x + 20, place.y + 20});
-    // Not every manager gives the keyboard on a click into a window that it is still placing.
-    other.takeKeyboard();
-    until("the other program has the keyboard",
-          [&] { return windows.focused() == other.window(); });
-    EXPECT_TRUE(panel->isVisible());
-    typeInto(other, "outside");
-    pointer.click({box().x + 100, box().y + 100});
-    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
-    typeIntoPanel("inside");
-    hide();
-    until("the other program has the keyboard again",
-          [&] { return windows.focused() == other.window(); });
-}
-
-TEST_F(X11PanelTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
-    OtherProgram other;
-    settle(other);
-    show();
-    const Box at = box();
-    const screen::Point entry{at.x + at.width / 2, at.y + at.height / 2};
-    const screen::Point page{at.x + 100, at.y + 100};
-    for (const auto& [place, button] :
-         {std::pair(entry, 1U), std::pair(page, 2U), std::pair(page, 3U)}) {
-        other.takeKeyboard();
-        until("the other program has the keyboard",
-              [&] { return windows.focused() == other.window(); });
-        pointer.click(place, button);
-        until("button " + std::to_string(button) + " brings the keyboard back",
-              [this] { return windows.focused() == panelWindow(); });
-    }
-}
-
 TEST_F(X11PanelTest, AClickOnTheShadowReachesWhatLiesBelow) {
     OtherProgram other({box().x - 200, box().y + 100, 300, 200});
     settle(other);
@@ -211,68 +103,6 @@ TEST_F(X11PanelTest, AClickOnTheShadowReachesWhatLiesBelow) {
         other.listen();
         return other.clicks() > before;
     });
-}
-
-TEST_F(X11PanelTest, LeavesTheKeyboardToWhoeverTookItLater) {
-    OtherProgram first;
-    settle(first);
-    show();
-    OtherProgram second({600, 60, 200, 40});
-    settle(second);
-    second.takeKeyboard();
-    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
-    hide();
-    EXPECT_EQ(windows.focused(), second.window());
-    typeInto(second, "mine");
-}
-
-TEST_F(X11PanelTest, GivesTheKeyboardBackToWhoeverTookItInBetween) {
-    OtherProgram first;
-    settle(first);
-    show();
-    OtherProgram second({600, 60, 200, 40});
-    settle(second);
-    show();
-    typeIntoPanel("mine again");
-    hide();
-    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
-    typeInto(second, "back");
-}
-
-TEST_F(X11PanelTest, GivesTheKeyboardToSomebodyWhenItsEarlierOwnerIsGone) {
-    OtherProgram stays;
-    settle(stays);
-    {
-        OtherProgram goes({600, 60, 200, 40});
-        settle(goes);
-        goes.takeKeyboard();
-        until("it has the keyboard", [&] { return windows.focused() == goes.window(); });
-        show();
-    }
-    until("the window is gone", [&] { return windows.managed().size() <= 1; });
-    hide();
-    // Without a manager, whoever the pointer is over gets the keys.
-    if (!hasManager())
-        pointer.moveTo({stays.place().x + 5, stays.place().y + 5});
-    else
-        until("the other program has the keyboard",
-              [&] { return windows.focused() == stays.window(); });
-    typeInto(stays, "heir");
-}
-
-TEST_F(X11PanelTest, WithoutTheRightToTheKeyboardNeverTakesIt) {
-    auto description = voicePanel();
-    description.canBecomeKeyWindow = false;
-    panel = panels.makePanel(description);
-    panel->setContentView({content, 18, 18, true});
-    panel->setFrameOrigin({320, 120});
-    OtherProgram other;
-    settle(other);
-    panel->makeKeyAndOrderFront();
-    until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });
-    pointer.click({box().x + 100, box().y + 100});
-    typeInto(other, "still mine");
-    EXPECT_EQ(windows.focused(), other.window());
 }
 
 TEST_F(X11PanelTest, AMenuOfThePageOpensAboveItAndTakesClicks) {
@@ -374,29 +204,6 @@ TEST_F(X11PanelTest, KeepsContentsAliveThatNobodyElseHolds) {
     EXPECT_TRUE(panel->isVisible());
     panel.reset();
     EXPECT_TRUE(watched.expired());
-}
-
-TEST_F(X11PanelTest, TheFirstResponderGetsTheKeys) {
-    panel->makeKeyAndOrderFront();
-    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
-    gtk_window_set_focus(windowOf(*content), nullptr);
-    EXPECT_FALSE(content->hasCaret());
-    panel->makeFirstResponder(content);
-    until("the caret blinks", [this] { return content->hasCaret(); });
-    typeIntoPanel("here");
-}
-
-TEST_F(X11PanelTest, IgnoresAFirstResponderThatIsNotInside) {
-    const auto elsewhere = std::make_shared<FakeContent>();
-    const auto another = panels.makePanel(voicePanel());
-    another->setContentView({elsewhere, 18, 18, true});
-    gtk_window_set_focus(windowOf(*elsewhere), nullptr);
-    show();
-    panel->makeFirstResponder(elsewhere);
-    EXPECT_EQ(gtk_window_get_focus(windowOf(*elsewhere)), nullptr);
-    panel->makeFirstResponder(std::make_shared<FakeContent>());
-    panel->makeFirstResponder(nullptr);
-    typeIntoPanel("still here");
 }
 
 TEST_F(X11PanelTest, ShowsOneViewAtATimeAndNothingInPlaceOfOneItCannotDraw) {

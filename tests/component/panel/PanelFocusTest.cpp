@@ -1,0 +1,212 @@
+#include "component/panel/AnnouncedDesktop.h"
+#include "component/panel/PanelFixture.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::test {
+
+namespace {
+
+/// Who has the keyboard while the panel comes and goes.
+class PanelFocusTest : public PanelFixture {
+protected:
+    static GtkWindow* windowOf(FakeContent& content) {
+        return GTK_WINDOW(gtk_widget_get_root(content.widget()));
+    }
+    /// Whether toolkit and page are told that the panel has the keyboard.
+    bool countsAsActive() const {
+        const auto state = windows.numbers(panelWindow(), "_NET_WM_STATE");
+        return std::find(state.begin(), state.end(), connection.atom("_NET_WM_STATE_FOCUSED")) !=
+               state.end();
+    }
+    /// Has the toolkit deal with all that the server has sent so far.
+    static void digest() {
+        gdk_display_sync(gdk_display_get_default());
+        while (g_main_context_iteration(nullptr, FALSE)) {
+        }
+        gdk_display_sync(gdk_display_get_default());
+    }
+};
+
+TEST_F(PanelFocusTest, TakesTheKeyboardAndGivesItBackEachTime) {
+    OtherProgram other;
+    settle(other);
+    typeInto(other, "before");
+    for (const std::string text : {"first", "second"}) {
+        show();
+        typeIntoPanel(text);
+        hide();
+        until("the other program has the keyboard again",
+              [&] { return windows.focused() == other.window(); });
+        typeInto(other, text);
+    }
+}
+
+TEST_F(PanelFocusTest, CountsAsActiveOnlyWhileItHasTheKeyboard) {
+    OtherProgram other;
+    settle(other);
+    for (int round = 0; round < 2; ++round) {
+        show();
+        until("the caret blinks", [&] { return content->hasCaret(); });
+        other.takeKeyboard();
+        until("the caret is gone", [&] { return !content->hasCaret(); });
+        hide();
+    }
+}
+
+TEST_F(PanelFocusTest, AMenuOfAnotherProgramLeavesItActive) {
+    if (manager() == "mutter")
+        GTEST_SKIP() << "this one takes what we say of our window off it again";
+    OtherProgram other;
+    settle(other);
+    show();
+    until("the panel is active", [this] { return countsAsActive(); });
+    other.grabKeyboard();
+    digest();
+    EXPECT_TRUE(countsAsActive());
+    other.releaseKeyboard();
+    digest();
+    EXPECT_TRUE(countsAsActive());
+    EXPECT_EQ(windows.focused(), panelWindow());
+}
+
+TEST_F(PanelFocusTest, OnceHiddenItIsActiveNoMoreAlsoUnderThePointer) {
+    if (hasManager())
+        GTEST_SKIP() << "with a window manager, the keyboard does not follow the pointer";
+    pointer.moveTo({box().x + 100, box().y + 100});
+    AnnouncedDesktop desktop;
+    desktop.focus(AnnouncedDesktop::followsPointer);
+    show();
+    until("the panel is active", [this] { return countsAsActive(); });
+    hide();
+    digest();
+    EXPECT_FALSE(countsAsActive());
+}
+
+TEST_F(PanelFocusTest, AClickBringsTheKeyboardBack) {
+    OtherProgram other;
+    settle(other);
+    show();
+    const auto place = windows.describe(other.window()).origin;
+    pointer.click({place.x + 20, place.y + 20});
+    // Not every manager gives the keyboard on a click into a window that it is still placing.
+    other.takeKeyboard();
+    until("the other program has the keyboard",
+          [&] { return windows.focused() == other.window(); });
+    EXPECT_TRUE(panel->isVisible());
+    typeInto(other, "outside");
+    pointer.click({box().x + 100, box().y + 100});
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+    typeIntoPanel("inside");
+    hide();
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
+}
+
+TEST_F(PanelFocusTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
+    OtherProgram other;
+    settle(other);
+    show();
+    const Box at = box();
+    const screen::Point entry{at.x + at.width / 2, at.y + at.height / 2};
+    const screen::Point page{at.x + 100, at.y + 100};
+    for (const auto& [place, button] :
+         {std::pair(entry, 1U), std::pair(page, 2U), std::pair(page, 3U)}) {
+        other.takeKeyboard();
+        until("the other program has the keyboard",
+              [&] { return windows.focused() == other.window(); });
+        pointer.click(place, button);
+        until("button " + std::to_string(button) + " brings the keyboard back",
+              [this] { return windows.focused() == panelWindow(); });
+    }
+}
+
+TEST_F(PanelFocusTest, LeavesTheKeyboardToWhoeverTookItLater) {
+    OtherProgram first;
+    settle(first);
+    show();
+    OtherProgram second({600, 60, 200, 40});
+    settle(second);
+    second.takeKeyboard();
+    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
+    hide();
+    EXPECT_EQ(windows.focused(), second.window());
+    typeInto(second, "mine");
+}
+
+TEST_F(PanelFocusTest, GivesTheKeyboardBackToWhoeverTookItInBetween) {
+    OtherProgram first;
+    settle(first);
+    show();
+    OtherProgram second({600, 60, 200, 40});
+    settle(second);
+    show();
+    typeIntoPanel("mine again");
+    hide();
+    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
+    typeInto(second, "back");
+}
+
+TEST_F(PanelFocusTest, GivesTheKeyboardToSomebodyWhenItsEarlierOwnerIsGone) {
+    OtherProgram stays;
+    settle(stays);
+    {
+        OtherProgram goes({600, 60, 200, 40});
+        settle(goes);
+        goes.takeKeyboard();
+        until("it has the keyboard", [&] { return windows.focused() == goes.window(); });
+        show();
+    }
+    until("the window is gone", [&] { return windows.managed().size() <= 1; });
+    hide();
+    // Without a manager, whoever the pointer is over gets the keys.
+    if (!hasManager())
+        pointer.moveTo({stays.place().x + 5, stays.place().y + 5});
+    else
+        until("the other program has the keyboard",
+              [&] { return windows.focused() == stays.window(); });
+    typeInto(stays, "heir");
+}
+
+TEST_F(PanelFocusTest, WithoutTheRightToTheKeyboardNeverTakesIt) {
+    auto description = voicePanel();
+    description.canBecomeKeyWindow = false;
+    panel = panels.makePanel(description);
+    panel->setContentView({content, 18, 18, true});
+    panel->setFrameOrigin({320, 120});
+    OtherProgram other;
+    settle(other);
+    panel->makeKeyAndOrderFront();
+    until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });
+    pointer.click({box().x + 100, box().y + 100});
+    typeInto(other, "still mine");
+    EXPECT_EQ(windows.focused(), other.window());
+}
+
+TEST_F(PanelFocusTest, TheFirstResponderGetsTheKeys) {
+    panel->makeKeyAndOrderFront();
+    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+    gtk_window_set_focus(windowOf(*content), nullptr);
+    EXPECT_FALSE(content->hasCaret());
+    panel->makeFirstResponder(content);
+    until("the caret blinks", [this] { return content->hasCaret(); });
+    typeIntoPanel("here");
+}
+
+TEST_F(PanelFocusTest, IgnoresAFirstResponderThatIsNotInside) {
+    const auto elsewhere = std::make_shared<FakeContent>();
+    const auto another = panels.makePanel(voicePanel());
+    another->setContentView({elsewhere, 18, 18, true});
+    gtk_window_set_focus(windowOf(*elsewhere), nullptr);
+    show();
+    panel->makeFirstResponder(elsewhere);
+    EXPECT_EQ(gtk_window_get_focus(windowOf(*elsewhere)), nullptr);
+    panel->makeFirstResponder(std::make_shared<FakeContent>());
+    panel->makeFirstResponder(nullptr);
+    typeIntoPanel("still here");
+}
+
+} // namespace
+
+} // namespace kelo::test
