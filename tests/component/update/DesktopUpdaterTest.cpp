@@ -220,9 +220,9 @@ TEST_F(DesktopUpdater, CauseOfAFailureGoesToTheLog) {
     const LogReader log;
     feed = "no feed";
     checkUntil("failure");
-    EXPECT_THAT(log.lines, testing::Contains(HasSubstr("no readable XML")))
+    EXPECT_THAT(log.lines, testing::Contains(HasSubstr("not well-formed XML")))
         << testing::PrintToString(log.lines);
-    EXPECT_THAT(user.sentence, testing::Not(HasSubstr("no readable XML")));
+    EXPECT_THAT(user.sentence, testing::Not(HasSubstr("not well-formed XML")));
 }
 
 } // namespace

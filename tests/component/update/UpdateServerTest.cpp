@@ -172,7 +172,7 @@ TEST_F(UpdateServer, InTroubleIsSaidToBe) {
         made.reset();
         checkUntil("failure");
         EXPECT_EQ(user.sentence,
-                  "localhost cannot hand out updates at the moment. Try again later.");
+                  "localhost cannot provide updates at the moment. Try again later.");
     }
 }
 
