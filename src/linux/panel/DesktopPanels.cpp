@@ -34,12 +34,12 @@ std::shared_ptr<platform::Panel> layerPanel(const platform::PanelDescription&) {
 }
 #endif
 
-/// Null when there is none to be had.
+/// Null when no display can be opened.
 GdkDisplay* openDisplay() {
     return gtk_init_check() ? gdk_display_get_default() : nullptr;
 }
 
-/// Points of the toolkit are pixels over one factor, the same for every monitor.
+/// Pixels per point. The toolkit uses the same factor for every monitor of an X11 display.
 int scaleOf(GdkDisplay* display) {
     const auto monitor = gobject::GObjectPointer<GdkMonitor>::adopt(
         static_cast<GdkMonitor*>(g_list_model_get_item(gdk_display_get_monitors(display), 0)));
@@ -57,12 +57,18 @@ std::optional<platform::Rectangle> x11WorkArea(GdkDisplay* display) {
                                area->width / scale, area->height / scale};
 }
 
+bool floats(const platform::PanelDescription& description) {
+    return description.floatingPanel || description.level == platform::WindowLevel::floating;
+}
+
 } // namespace
 
 std::shared_ptr<platform::Panel> DesktopPanels::makePanel(platform::PanelDescription description) {
     GdkDisplay* const display = openDisplay();
     if (!display)
         return nullptr;
+    if (!floats(description))
+        return PlainPanel::make(description);
     if (GDK_IS_X11_DISPLAY(display))
         return X11Panel::make(display, description);
     if (hasLayerShell())

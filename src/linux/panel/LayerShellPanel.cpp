@@ -12,8 +12,8 @@ namespace kelo::panel {
 
 namespace {
 
-/// No more than the distance the voice panel keeps from the screen's edge, for the compositor is
-/// not asked for a window that reaches beyond it.
+/// At most the voice panel's distance from the screen's edge, so that the window does not reach
+/// beyond that edge.
 constexpr int shadowMargin = 16;
 
 } // namespace
@@ -34,7 +34,11 @@ LayerShellPanel::LayerShellPanel(const platform::PanelDescription& description)
     GtkWindow* const window = panelWindow().gtkWindow();
     gtk_layer_init_for_window(window);
     gtk_layer_set_namespace(window, "kelo-voice");
-    gtk_layer_set_layer(window, GTK_LAYER_SHELL_LAYER_OVERLAY);
+    // Compositors draw full-screen windows between these two layers.
+    const bool overFullScreen =
+        (description.collectionBehavior & platform::collection_behavior::fullScreenAuxiliary) != 0;
+    gtk_layer_set_layer(window,
+                        overFullScreen ? GTK_LAYER_SHELL_LAYER_OVERLAY : GTK_LAYER_SHELL_LAYER_TOP);
     gtk_layer_set_keyboard_mode(window, description.canBecomeKeyWindow
                                             ? GTK_LAYER_SHELL_KEYBOARD_MODE_ON_DEMAND
                                             : GTK_LAYER_SHELL_KEYBOARD_MODE_NONE);

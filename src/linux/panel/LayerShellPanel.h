@@ -6,9 +6,9 @@
 
 namespace kelo::panel {
 
-/// A panel on a Wayland compositor with the layer shell: in the layer above full-screen windows, on
-/// every workspace, with the keyboard when it appears. The compositor shows it on the monitor that
-/// is in use, above what its own panels keep for themselves. Main thread only.
+/// A floating panel on a Wayland compositor with the layer shell: on every workspace, with the
+/// keyboard when it appears. It is over full-screen windows if the description asks for that. The
+/// compositor shows it on the monitor in use, clear of the desktop's own panels. Main thread only.
 class LayerShellPanel final : public PlainPanel {
 public:
     /// Whether the compositor has the layer shell. GTK must be up.
@@ -16,8 +16,8 @@ public:
     static std::shared_ptr<LayerShellPanel> make(const platform::PanelDescription& description);
     explicit LayerShellPanel(const platform::PanelDescription& description);
 
-    /// The distance from the lower edge of the screen's free part is kept, on whatever monitor the
-    /// panel appears; and from its left edge, unless the panel is to be in the middle.
+    /// Keeps the distance from the lower edge of the work area, whichever monitor the panel appears
+    /// on. Also keeps the distance from the left edge, unless the panel is centred.
     void setFrameOrigin(platform::Point origin) override;
 };
 

@@ -10,7 +10,8 @@ namespace kelo::panel {
 
 namespace {
 
-// Rules for one window alone: the provider hangs on its widgets, not on the display.
+// The provider is added to this window's widgets, not to the display, so that its rules apply to no
+// other window.
 void addStyle(GtkWidget* widget, GtkCssProvider* style) {
     gtk_style_context_add_provider(gtk_widget_get_style_context(widget), GTK_STYLE_PROVIDER(style),
                                    GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
@@ -30,6 +31,17 @@ void follow(GtkWidget* widget, platform::AutoresizingMask mask) {
     gtk_widget_set_valign(widget, high ? GTK_ALIGN_FILL : GTK_ALIGN_END);
 }
 
+bool hasActiveWindow() {
+    GListModel* const toplevels = gtk_window_get_toplevels();
+    for (guint index = 0; index < g_list_model_get_n_items(toplevels); ++index) {
+        const auto window = gobject::GObjectPointer<GtkWindow>::adopt(
+            static_cast<GtkWindow*>(g_list_model_get_item(toplevels, index)));
+        if (gtk_window_is_active(window.get()))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int wholePoints(double length) {
@@ -47,7 +59,7 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
       style(gobject::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
     gtk_window_set_decorated(window.get(), FALSE);
     gtk_window_set_resizable(window.get(), FALSE);
-    // What assistive technology calls the window; nothing of it is on the screen.
+    // Shown nowhere. Screen readers read it aloud.
     gtk_window_set_title(window.get(), "Kelo voice assistant");
     gtk_widget_set_size_request(frame.get(), wholePoints(size_.width), wholePoints(size_.height));
     gtk_widget_set_margin_start(frame.get(), margin);
@@ -58,17 +70,23 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
     addStyle(widget(), style.get());
     addStyle(frame.get(), style.get());
     gtk_window_set_child(window.get(), frame.get());
-    // Some desktops close windows by a key or a button of theirs: the panel is needed again.
+    // Some desktops have a key or a button that closes any window. The panel will be shown again,
+    // so it is only hidden.
     g_signal_connect(window.get(), "close-request",
                      reinterpret_cast<GCallback>(+[](GtkWindow* closing, gpointer) -> gboolean {
                          gtk_widget_set_visible(GTK_WIDGET(closing), FALSE);
                          return TRUE;
                      }),
                      nullptr);
+    if (description.hidesOnDeactivate)
+        hideWhenInactive();
     applyStyle();
 }
 
 PanelWindow::~PanelWindow() {
+    g_signal_handlers_disconnect_by_data(window.get(), this);
+    if (deactivation)
+        g_source_remove(deactivation);
     gtk_window_destroy(window.get());
 }
 
@@ -96,6 +114,23 @@ GdkSurface* PanelWindow::surface() const {
     return gtk_native_get_surface(GTK_NATIVE(window.get()));
 }
 
+// The keyboard goes from one of our windows to another in two steps. Only when both are done is it
+// known whether the program has lost it.
+void PanelWindow::hideWhenInactive() {
+    const auto changed = +[](GtkWindow* window, GParamSpec*, PanelWindow* self) {
+        const auto look = +[](gpointer data) -> gboolean {
+            auto& looking = *static_cast<PanelWindow*>(data);
+            looking.deactivation = 0;
+            if (!hasActiveWindow())
+                gtk_widget_set_visible(looking.widget(), FALSE);
+            return G_SOURCE_REMOVE;
+        };
+        if (!gtk_window_is_active(window) && self->deactivation == 0)
+            self->deactivation = g_idle_add(look, self);
+    };
+    g_signal_connect(window.get(), "notify::is-active", reinterpret_cast<GCallback>(changed), this);
+}
+
 void PanelWindow::applyStyle() {
     std::string rules;
     if (isClear)
@@ -103,13 +138,13 @@ void PanelWindow::applyStyle() {
     rules += "#kelo-panel { border-radius: " + std::to_string(wholePoints(content.cornerRadius)) +
              "px; ";
     if (hasShadow) {
-        // Moved down by a quarter of the room there is, and faded out before its end.
+        // The offset and the blur together stay within the margin.
         const auto pixels = [](int length) { return std::to_string(length) + "px "; };
         rules += "box-shadow: 0 " + pixels(margin_ / 4) + pixels(margin_ * 11 / 16) +
                  "rgba(0,0,0,0.30), 0 0 1px rgba(0,0,0,0.45); ";
     }
-    // A hairline, drawn over the page, or the panel would melt into a window of its own colour
-    // where nothing draws shadows.
+    // Without shadows, nothing would separate the panel from a window of the same colour: the
+    // hairline does.
     rules += "outline: 1px solid rgba(127,127,127,0.4); outline-offset: -1px; }\n";
     gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
 }

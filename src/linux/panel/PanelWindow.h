@@ -9,25 +9,25 @@
 
 namespace kelo::panel {
 
-/// The toolkit's window behind a panel: its contents with rounded corners and, where there is room
-/// for it, a shadow around them. It belongs to no application, so that it does not count among the
-/// program's windows. Not on the screen until its owner shows it. Main thread only.
+/// The toolkit's window of a panel. Its contents have rounded corners and, if there is a margin for
+/// it, a shadow. It belongs to no application, so it does not count among the program's windows.
+/// Hidden until its owner shows it. Main thread only.
 class PanelWindow {
 public:
-    /// margin: points around the panel, within the window, that are left to the shadow.
+    /// margin: points between the panel and the window's edges, for the shadow.
     PanelWindow(const platform::PanelDescription& description, int margin);
     ~PanelWindow();
     PanelWindow(const PanelWindow&) = delete;
     PanelWindow& operator=(const PanelWindow&) = delete;
 
-    /// Contents that the toolkit cannot draw are kept, and nothing is shown in their place.
+    /// Contents that are not a widget of the toolkit are kept alive but not shown.
     void setContent(platform::PanelContent content);
-    /// The view gets the keys as soon as the window has the keyboard. Ignored unless it is inside.
+    /// Gives the view the focus within the window. Ignored if the view is not inside.
     void focusView(const std::shared_ptr<platform::EmbeddedWebView>& view);
 
     GtkWindow* gtkWindow() const { return window.get(); }
     GtkWidget* widget() const { return GTK_WIDGET(window.get()); }
-    /// Null until the window was realized.
+    /// Null until the window is realized.
     GdkSurface* surface() const;
 
     platform::Size size() const { return size_; }
@@ -36,6 +36,7 @@ public:
 
 private:
     void applyStyle();
+    void hideWhenInactive();
 
     platform::Size size_;
     int margin_;
@@ -45,6 +46,8 @@ private:
     gobject::GObjectPointer<GtkWindow> window;
     gobject::GObjectPointer<GtkWidget> frame;
     gobject::GObjectPointer<GtkCssProvider> style;
+    /// The idle source that looks whether the program still has the keyboard; 0 for none.
+    guint deactivation = 0;
 };
 
 /// A length in points, to the nearest whole one.

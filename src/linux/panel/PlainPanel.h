@@ -7,12 +7,10 @@
 
 namespace kelo::panel {
 
-/// A panel where programs have no say in what lies on top: an ordinary window without decoration.
-/// The compositor decides on its place, its workspace, and whether it gets the keyboard when it
-/// appears; whoever had the keyboard gets it back from the compositor as well. Main thread only.
-///
-/// Of the description, only size, colour and corners can be followed. A shadow is left to the
-/// compositor: one of ours would count as a part of the window when it is placed.
+/// A panel as an ordinary window without decoration. For panels that do not float, and for Wayland
+/// desktops without the layer shell, where no program can put a window on top. The desktop chooses
+/// place, workspace and keyboard focus, and gives the focus back when the panel is hidden. It also
+/// chooses the shadow: one of our own would count as part of the window. Main thread only.
 class PlainPanel : public platform::Panel {
 public:
     static std::shared_ptr<PlainPanel> make(const platform::PanelDescription& description);
@@ -22,7 +20,7 @@ public:
 
     void setContentView(platform::PanelContent content) override;
     bool isVisible() const override;
-    /// Where the panel was asked to be.
+    /// The place that was asked for. The desktop does not tell where the window really is.
     platform::Rectangle frame() const override;
     void setFrameOrigin(platform::Point newOrigin) override { origin = newOrigin; }
     void makeKeyAndOrderFront() override;

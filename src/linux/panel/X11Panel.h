@@ -10,13 +10,9 @@
 
 namespace kelo::panel {
 
-/// A panel on X11. Its window is hidden from the window manager (override-redirect): that alone
-/// puts it over full-screen windows and on every workspace under every window manager, keeps it out
-/// of task bars and switchers, and leaves place and keyboard to us. Main thread only.
-///
-/// Of the description, this is meant: backing and defer say how a window is built up, which the X
-/// server decides; hidesOnDeactivate is never followed, for there is nobody who would tell; the
-/// style mask, level, floatingPanel and collection behaviour all come with the kind of window.
+/// A floating panel on X11. Window managers do not manage its window (override-redirect). Under all
+/// of them, this puts it over full-screen windows and on every workspace and keeps it out of task
+/// bars and switchers. Place and keyboard focus are then up to this class. Main thread only.
 class X11Panel final : public platform::Panel {
 public:
     static std::shared_ptr<X11Panel> make(GdkDisplay* display,

@@ -63,6 +63,7 @@ namespace kelo::test {
 namespace {
 
 using panel::LayerShellPanel;
+using testing::Contains;
 using testing::ElementsAre;
 
 class LayerShellPanelTest : public testing::Test {
@@ -79,6 +80,13 @@ TEST_F(LayerShellPanelTest, IsSetUpBeforeItsWindowIsRealized) {
     EXPECT_FALSE(record.wasRealized);
     EXPECT_THAT(record.calls, ElementsAre("init", "namespace kelo-voice", "layer 3", "keyboard 2"));
     EXPECT_EQ(window::windowIdentity(record.window), panel);
+}
+
+TEST_F(LayerShellPanelTest, LiesBelowFullScreenWindowsUnlessItMayCoverThem) {
+    auto description = voicePanel();
+    description.collectionBehavior = platform::collection_behavior::canJoinAllSpaces;
+    const auto panel = LayerShellPanel::make(description);
+    EXPECT_THAT(record.calls, Contains("layer 2"));
 }
 
 TEST_F(LayerShellPanelTest, WithoutTheRightToTheKeyboardAsksForNone) {

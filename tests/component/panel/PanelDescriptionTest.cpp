@@ -1,0 +1,78 @@
+#include "component/panel/PanelFixture.h"
+
+namespace kelo::test {
+
+namespace {
+
+/// Panels that are asked for in another way than the voice widget asks.
+class PanelDescriptionTest : public PanelFixture {
+protected:
+    void make(const platform::PanelDescription& description) {
+        panel = panels.makePanel(description);
+        panel->setContentView({content, 18, 18, true});
+        panel->setFrameOrigin({320, 120});
+    }
+    bool isManaged() {
+        for (const auto& window : windows.managed())
+            if (window.identifier == panelWindow())
+                return true;
+        return false;
+    }
+};
+
+TEST_F(PanelDescriptionTest, HidesWhenAnotherProgramTakesTheKeyboardIfItIsToldTo) {
+    auto description = voicePanel();
+    description.hidesOnDeactivate = true;
+    make(description);
+    OtherProgram other;
+    settle(other);
+    for (int round = 0; round < 2; ++round) {
+        show();
+        until("the caret blinks", [this] { return content->hasCaret(); });
+        EXPECT_TRUE(panel->isVisible());
+        other.takeKeyboard();
+        until("the panel hides", [this] { return !panel->isVisible(); });
+        EXPECT_EQ(windows.focused(), other.window());
+    }
+}
+
+TEST_F(PanelDescriptionTest, StaysWhenAnotherProgramTakesTheKeyboardUnlessItIsToldToHide) {
+    OtherProgram other;
+    settle(other);
+    show();
+    until("the caret blinks", [this] { return content->hasCaret(); });
+    other.takeKeyboard();
+    until("the caret is gone", [this] { return !content->hasCaret(); });
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    EXPECT_TRUE(panel->isVisible());
+}
+
+TEST_F(PanelDescriptionTest, IsAnOrdinaryWindowWhenItDoesNotFloat) {
+    auto description = voicePanel();
+    description.level = platform::WindowLevel::normal;
+    description.floatingPanel = false;
+    make(description);
+    panel->makeKeyAndOrderFront();
+    until("the panel is on the screen",
+          [this] { return windows.describe(panelWindow()).isMapped; });
+    EXPECT_FALSE(windows.describe(panelWindow()).overridesRedirect);
+    if (hasManager())
+        until("the window manager manages it", [this] { return isManaged(); });
+}
+
+TEST_F(PanelDescriptionTest, FloatsByItsLevelOrAsAFloatingPanel) {
+    auto byLevel = voicePanel();
+    byLevel.floatingPanel = false;
+    auto asFloatingPanel = voicePanel();
+    asFloatingPanel.level = platform::WindowLevel::normal;
+    for (const auto& description : {byLevel, asFloatingPanel}) {
+        make(description);
+        show();
+        EXPECT_TRUE(windows.describe(panelWindow()).overridesRedirect);
+    }
+}
+
+} // namespace
+
+} // namespace kelo::test
