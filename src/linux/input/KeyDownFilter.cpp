@@ -15,8 +15,8 @@ class KeyDownFilter::Keys {
 public:
     explicit Keys(Handler handler) : handler(std::move(handler)) {}
 
-    static void watch(GtkWindow* window, const std::shared_ptr<std::unique_ptr<Keys>>& keys) {
-        // Not a key controller: that would ask an input method first.
+    static void watch(GtkWindow* window, const std::shared_ptr<Keys>& keys) {
+        // A key controller would ask the input method first.
         GtkEventController* const controller = gtk_event_controller_legacy_new();
         gtk_event_controller_set_name(controller, "kelo keys");
         gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
@@ -24,17 +24,21 @@ public:
         gtk_widget_add_controller(GTK_WIDGET(window), controller);
     }
 
+    /// Lets every event pass from now on.
+    void stop() { handler = nullptr; }
+
 private:
     static gboolean arrived(GtkEventController* controller, GdkEvent* event,
-                            std::shared_ptr<std::unique_ptr<Keys>>* keys) {
-        if (!**keys)
+                            std::shared_ptr<Keys>* keys) {
+        // Kept, because the handler may close the window and with it the last reference.
+        const std::shared_ptr<Keys> self = *keys;
+        if (!self->handler)
             return GDK_EVENT_PROPAGATE;
         const GdkEventType type = gdk_event_get_event_type(event);
         if (type != GDK_KEY_PRESS && type != GDK_KEY_RELEASE)
             return GDK_EVENT_PROPAGATE;
         auto* const window = GTK_WINDOW(gtk_event_controller_get_widget(controller));
-        Keys& self = ***keys;
-        return type == GDK_KEY_PRESS ? self.pressed(window, event) : self.released(event);
+        return type == GDK_KEY_PRESS ? self->pressed(window, event) : self->released(event);
     }
 
     bool pressed(GtkWindow* window, GdkEvent* event) {
@@ -45,27 +49,29 @@ private:
                                                                          : platform::key::other;
         down.window = window::windowIdentity(window);
         const guint key = gdk_key_event_get_keycode(event);
-        const bool goesOn = handler(std::make_shared<const platform::Event>(std::move(down)));
+        // A copy, because the handler may destroy the filter.
+        const bool goesOn =
+            Handler(handler)(std::make_shared<const platform::Event>(std::move(down)));
         if (goesOn)
-            taken.erase(key);
+            consumed.erase(key);
         else
-            taken.insert(key);
+            consumed.insert(key);
         return !goesOn;
     }
 
-    bool released(GdkEvent* event) { return taken.erase(gdk_key_event_get_keycode(event)) > 0; }
+    bool released(GdkEvent* event) { return consumed.erase(gdk_key_event_get_keycode(event)) > 0; }
 
     Handler handler;
-    /// Hardware codes of keys whose press was taken and whose release has not come yet.
-    std::set<guint> taken;
+    /// Hardware codes of the keys whose press was consumed and whose release has not come yet.
+    std::set<guint> consumed;
 };
 
 KeyDownFilter::KeyDownFilter(Handler handler)
-    : keys(std::make_shared<std::unique_ptr<Keys>>(std::make_unique<Keys>(std::move(handler)))),
+    : keys(std::make_shared<Keys>(std::move(handler))),
       toplevels([keys = keys](GtkWindow* window) { Keys::watch(window, keys); }) {}
 
 KeyDownFilter::~KeyDownFilter() {
-    keys->reset();
+    keys->stop();
 }
 
 } // namespace kelo::input

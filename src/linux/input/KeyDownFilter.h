@@ -8,12 +8,12 @@
 
 namespace kelo::input {
 
-/// Sees each key that goes down in a window of ours before any widget of it does, and can take it.
-/// Of a key that was taken, its release is taken, too, in whichever of our windows it comes, so
-/// that no page or input method sees half a key press. GTK must be up. Main thread only.
+/// Sees each key press in a window of ours before the window's widgets do, and can consume it. If a
+/// press is consumed, so is its release, in whichever of our windows it arrives: no page or input
+/// method sees half a key press. GTK must be initialized. Main thread only.
 class KeyDownFilter {
 public:
-    /// Returns whether the event goes on.
+    /// Returns false to consume the event.
     using Handler = std::function<bool(const platform::EventPointer&)>;
 
     explicit KeyDownFilter(Handler handler);
@@ -23,8 +23,8 @@ public:
 
 private:
     class Keys;
-    /// Windows outlive the filter; once it has gone, this is empty and they are left alone.
-    std::shared_ptr<std::unique_ptr<Keys>> keys;
+    /// Shared with the windows, which outlive the filter.
+    std::shared_ptr<Keys> keys;
     ToplevelWatch toplevels;
 };
 

@@ -2,7 +2,6 @@
 
 #include <glib-unix.h>
 
-#include <memory>
 #include <utility>
 
 namespace kelo::input {
@@ -15,18 +14,13 @@ DescriptorWatch::DescriptorWatch(int descriptor, std::function<void()> ready)
         (*static_cast<Ready*>(data))();
         return G_SOURCE_CONTINUE;
     };
-    // GLib keeps the data until a dispatch under way has returned.
+    // GLib keeps the data until a running dispatch has returned.
     const GDestroyNotify drop = [](gpointer data) {
         std::unique_ptr<Ready>(static_cast<Ready*>(data));
     };
-    g_source_set_callback(source, G_SOURCE_FUNC(dispatch),
+    g_source_set_callback(source.get(), G_SOURCE_FUNC(dispatch),
                           std::make_unique<Ready>(std::move(ready)).release(), drop);
-    g_source_attach(source, nullptr);
-}
-
-DescriptorWatch::~DescriptorWatch() {
-    g_source_destroy(source);
-    g_source_unref(source);
+    g_source_attach(source.get(), nullptr);
 }
 
 } // namespace kelo::input

@@ -1,22 +1,20 @@
 #pragma once
 
-#include <functional>
+#include "linux/input/source/MainLoopSource.h"
 
-struct _GSource;
+#include <functional>
 
 namespace kelo::input {
 
-/// Calls a function in the main loop whenever a descriptor can be read, has ended or has failed,
-/// until it goes. The function may let it go. It does not own the descriptor. Main thread only.
+/// Calls a function from the main loop whenever a descriptor is readable, at its end or in error.
+/// The destructor ends the watch, and the function may call it. The descriptor stays the caller's.
+/// Main thread only.
 class DescriptorWatch {
 public:
     DescriptorWatch(int descriptor, std::function<void()> ready);
-    ~DescriptorWatch();
-    DescriptorWatch(const DescriptorWatch&) = delete;
-    DescriptorWatch& operator=(const DescriptorWatch&) = delete;
 
 private:
-    _GSource* source;
+    MainLoopSource source;
 };
 
 } // namespace kelo::input

@@ -1,5 +1,6 @@
 #include "linux/input/xkb/XkbModifierSource.h"
 
+#include "linux/input/source/MainLoopSource.h"
 #include "linux/input/xkb/XkbModifierMap.h"
 
 #include <X11/XKBlib.h>
@@ -33,19 +34,18 @@ std::optional<int> keyboardEvents(Display* display) {
     return firstEvent;
 }
 
-/// Whether events lie in Xlib's own queue: a reply that was read may have brought some along, and
-/// the descriptor says nothing of those.
+/// Whether Xlib's own queue holds events. Reading a reply may have queued some, and the descriptor
+/// does not show those.
 bool hasQueuedEvents(Display* display) {
     return XEventsQueued(display, QueuedAlready) > 0;
 }
 
 } // namespace
 
-/// The connection, and the main loop's eye on it.
+/// The connection, watched from the main loop.
 class XkbWatch {
 public:
     XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler);
-    ~XkbWatch();
     XkbWatch(const XkbWatch&) = delete;
     XkbWatch& operator=(const XkbWatch&) = delete;
 
@@ -71,7 +71,7 @@ private:
     XkbModifierMap map;
     unsigned realModifiers = 0;
     platform::ModifierFlags last = 0;
-    GSource* source;
+    MainLoopSource source;
 };
 
 XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler)
@@ -84,19 +84,14 @@ XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler h
     realModifiers = state.mods;
     last = map.flags(realModifiers);
 
-    source = g_source_new(&functions, sizeof(Source));
-    auto* const own = reinterpret_cast<Source*>(source);
+    source.reset(g_source_new(&functions, sizeof(Source)));
+    auto* const own = reinterpret_cast<Source*>(source.get());
     own->watch = this;
     own->descriptor =
-        g_source_add_unix_fd(source, ConnectionNumber(connection.get()),
+        g_source_add_unix_fd(source.get(), ConnectionNumber(connection.get()),
                              static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR));
-    g_source_set_static_name(source, "kelo keyboard modifiers");
-    g_source_attach(source, nullptr);
-}
-
-XkbWatch::~XkbWatch() {
-    g_source_destroy(source);
-    g_source_unref(source);
+    g_source_set_static_name(source.get(), "kelo keyboard modifiers");
+    g_source_attach(source.get(), nullptr);
 }
 
 void XkbWatch::select() {
@@ -124,7 +119,7 @@ gboolean XkbWatch::dispatch(GSource* source, GSourceFunc, gpointer) {
 }
 
 void XkbWatch::drain() {
-    // XPending reads what has come and does not wait for more.
+    // XPending reads what has arrived and does not wait for more.
     while (XPending(connection.get()) > 0) {
         XkbEvent event{};
         XNextEvent(connection.get(), &event.core);
@@ -141,7 +136,7 @@ void XkbWatch::handle(const XkbEvent& event) {
     case XkbMapNotify:
     case XkbNewKeyboardNotify:
         map = readXkbModifierMap(connection.get());
-        // What is held means something else now.
+        // The keys that are held may stand for other modifiers now.
         stateChanged(realModifiers);
         break;
     default:
