@@ -34,7 +34,4 @@ private:
     std::unique_ptr<EVP_PKEY, Deleter> key;
 };
 
-/// In Base64, as feeds and bundles have it.
-std::string base64(ByteView bytes);
-
 } // namespace kelo::publisher

@@ -1,6 +1,6 @@
 #include "authenticator/webauthn/ClientData.h"
 
-#include "authenticator/webauthn/Base64Url.h"
+#include "base/Base64.h"
 
 #include <string_view>
 
@@ -34,7 +34,7 @@ std::string quoted(std::string_view text) {
 
 std::string clientDataJson(const ClientData& clientData) {
     std::string json = "{\"type\":" + quoted(clientData.type);
-    json += ",\"challenge\":" + quoted(base64Url(clientData.challenge));
+    json += ",\"challenge\":" + quoted(base64URLEncode(clientData.challenge));
     json += ",\"origin\":" + quoted(clientData.origin);
     json += ",\"crossOrigin\":";
     json += clientData.crossOrigin ? "true" : "false";

@@ -1,7 +1,7 @@
 #include "CeremonyTest.h"
 #include "Hex.h"
 
-#include "authenticator/webauthn/Base64Url.h"
+#include "base/Base64.h"
 
 namespace kelo {
 
@@ -47,7 +47,7 @@ TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
     EXPECT_EQ(ended->value->rawAuthenticatorData->at(32), 0x05);
     EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.get\",\"challenge\":\"" +
-                  webauthn::base64Url(bytesOf("assertion challenge")) +
+                  base64URLEncode(bytesOf("assertion challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 

@@ -1,6 +1,6 @@
 #include "CeremonyTest.h"
 
-#include "authenticator/webauthn/Base64Url.h"
+#include "base/Base64.h"
 
 namespace kelo {
 
@@ -40,7 +40,7 @@ TEST_F(MakeCredentialTest, WritesTheClientDataFromTheFixedTemplate) {
     const auto ended = doRegister(registration());
     EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.create\",\"challenge\":\"" +
-                  webauthn::base64Url(bytesOf("creation challenge")) +
+                  base64URLEncode(bytesOf("creation challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
