@@ -8,8 +8,8 @@ namespace kelo::webauthn {
 
 namespace {
 
-/// The standard's CCDToString: quotation mark and backslash are escaped with a backslash, other
-/// characters below U+0020 as \u and four lower-case digits, everything else stays as it is.
+/// CCDToString of the standard. A backslash escapes quotation marks and backslashes. Characters
+/// below U+0020 become \u and four lower-case digits. Everything else is copied.
 std::string quoted(std::string_view text) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string result = "\"";

@@ -166,7 +166,7 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
 TEST_F(GetAssertionTest, PresentsOverTheAnchorItWasGiven) {
     registered("zoe", "user-1");
     const auto anchor = std::make_shared<SomeWindow>();
-    authenticator::GetAssertion operation(scope.authenticator, assertion(), anchor);
+    authenticator::GetAssertion operation(scope.parts, assertion(), anchor);
     EXPECT_TRUE(scope.run(operation.run())->value);
     EXPECT_EQ(scope.person.anchor, anchor);
 }

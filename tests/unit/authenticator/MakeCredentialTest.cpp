@@ -85,7 +85,7 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
 
 TEST_F(MakeCredentialTest, PresentsOverTheAnchorItWasGiven) {
     const auto anchor = std::make_shared<SomeWindow>();
-    authenticator::MakeCredential operation(scope.authenticator, registration(), anchor);
+    authenticator::MakeCredential operation(scope.parts, registration(), anchor);
     EXPECT_TRUE(scope.run(operation.run())->value);
     EXPECT_EQ(scope.person.anchor, anchor);
 }

@@ -1,10 +1,10 @@
 #include "Hex.h"
 
 #include "authenticator/keys/Cryptography.h"
-#include "authenticator/webauthn/AttestationObject.h"
+#include "authenticator/webauthn/AttestedCredentialData.h"
+#include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/CborWriter.h"
 #include "authenticator/webauthn/ClientData.h"
-#include "authenticator/webauthn/CoseKey.h"
 
 #include <cbor.h>
 #include <gtest/gtest.h>
