@@ -1,7 +1,7 @@
 #include "demo/RegistrationApi.h"
 
+#include "base/Base64.h"
 #include "base/SecretText.h"
-#include "demo/base/Base64Url.h"
 #include "demo/base/Digest.h"
 #include "demo/http/Replies.h"
 #include "demo/passkeys/ClientData.h"
@@ -60,9 +60,9 @@ Reply RegistrationApi::options(const Request& request) {
         context.registrationChallenges.issue(session.identifier, std::chrono::steady_clock::now());
     const std::chrono::milliseconds timeout = ChallengeTable::lifetime;
     json reply;
-    reply["challenge"] = base64UrlEncode(challenge);
+    reply["challenge"] = base64URLEncode(challenge);
     reply["rp"] = {{"id", ServiceContext::relyingParty}, {"name", "Kelo"}};
-    reply["user"] = {{"id", base64UrlEncode(account.userHandle)},
+    reply["user"] = {{"id", base64URLEncode(account.userHandle)},
                      {"name", account.email},
                      {"displayName", account.displayName}};
     reply["pubKeyCredParams"] = json::array({{{"type", "public-key"}, {"alg", -7}}});

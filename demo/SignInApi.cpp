@@ -1,6 +1,6 @@
 #include "demo/SignInApi.h"
 
-#include "demo/base/Base64Url.h"
+#include "base/Base64.h"
 #include "demo/http/FormData.h"
 #include "demo/http/Replies.h"
 #include "demo/passkeys/ClientData.h"
@@ -33,7 +33,7 @@ Reply SignInApi::options(const Request&) {
     const std::chrono::milliseconds timeout = ChallengeTable::lifetime;
     // No allowed credentials: the authenticator finds the account, and nobody can ask the service
     // which accounts have passkeys.
-    return jsonReply(200, {{"challenge", base64UrlEncode(challenge)},
+    return jsonReply(200, {{"challenge", base64URLEncode(challenge)},
                            {"rpId", ServiceContext::relyingParty},
                            {"timeout", timeout.count()},
                            {"userVerification", "required"},

@@ -1,7 +1,7 @@
 #include "demo/StateFile.h"
 
+#include "base/Base64.h"
 #include "demo/base/AtomicFile.h"
-#include "demo/base/Base64Url.h"
 #include "demo/base/ServiceError.h"
 
 #include <nlohmann/json.hpp>
@@ -34,15 +34,15 @@ Time timeOf(const json& value) {
 }
 
 Bytes bytesOf(const json& value) {
-    auto bytes = base64UrlDecode(value.get<std::string>());
+    auto bytes = base64URLDecodeStrict(value.get<std::string>());
     if (!bytes)
         throw std::invalid_argument("not base64url");
     return std::move(*bytes);
 }
 
 json write(const Passkey& passkey) {
-    return {{"credentialId", base64UrlEncode(passkey.credentialId)},
-            {"publicKey", base64UrlEncode(passkey.publicKey)},
+    return {{"credentialId", base64URLEncode(passkey.credentialId)},
+            {"publicKey", base64URLEncode(passkey.publicKey)},
             {"email", passkey.email},
             {"label", passkey.label},
             {"registered", secondsOf(passkey.registered)},

@@ -24,12 +24,12 @@ void examine(const authorization::Message& message, std::string_view stream,
     require(stream.substr(consumed, again.size()) == std::string_view(again.data(), again.size()));
     consumed += again.size();
     if (message.type == authorization::MessageType::result) {
-        authorization::RunMark mark{};
-        std::copy_n(message.payload.begin() + 1, mark.size(), mark.begin());
-        const auto result = authorization::decodeResult(message.payload, mark);
-        require(!result || authorization::encodeResult(*result, mark) == message.payload);
-        mark[0] = static_cast<char>(mark[0] ^ 1);
-        require(!authorization::decodeResult(message.payload, mark));
+        authorization::RunNonce nonce{};
+        std::copy_n(message.payload.begin() + 1, nonce.size(), nonce.begin());
+        const auto result = authorization::decodeResult(message.payload, nonce);
+        require(!result || authorization::encodeResult(*result, nonce) == message.payload);
+        nonce[0] = static_cast<char>(nonce[0] ^ 1);
+        require(!authorization::decodeResult(message.payload, nonce));
     }
     if (message.type == authorization::MessageType::information)
         require(authorization::presentable(message.payload) == message.payload);

@@ -1,5 +1,6 @@
 #include "publisher/Commands.h"
 
+#include "base/Base64.h"
 #include "publisher/Failure.h"
 #include "publisher/Feed.h"
 #include "publisher/Files.h"
@@ -34,7 +35,7 @@ void makeKey(const Arguments& arguments, std::ostream& output, std::ostream& rem
         throw UsageError("Name a file for the new key: kelo-appcast keygen --key FILE");
     const SigningKey key = SigningKey::generate();
     key.save(arguments.key);
-    output << base64(key.publicKey()) << "\n";
+    output << base64Encode(key.publicKey()) << "\n";
     remarks
         << "The private key is in " << arguments.key
         << ". Keep a copy of it in a safe place: without it, you cannot update any copy of Kelo "
@@ -44,7 +45,7 @@ void makeKey(const Arguments& arguments, std::ostream& output, std::ostream& rem
 void signFile(const Arguments& arguments, std::ostream& output) {
     const SigningKey key = loadKey(arguments);
     const MappedFile file(arguments.files.front());
-    output << "sparkle:edSignature=\"" << base64(key.sign(file.bytes())) << "\" length=\""
+    output << "sparkle:edSignature=\"" << base64Encode(key.sign(file.bytes())) << "\" length=\""
            << file.bytes().size() << "\"\n";
 }
 
@@ -68,7 +69,7 @@ std::string downloadUrl(const Arguments& arguments, const Package& package, cons
 
 FeedItem itemFor(const fs::path& path, const Arguments& arguments, const SigningKey& key) {
     const Package package = readPackage(path);
-    const std::string publicKey = base64(key.publicKey());
+    const std::string publicKey = base64Encode(key.publicKey());
     if (!package.publicKey.empty() && package.publicKey != publicKey)
         throw Failure("\"" + path.string() +
                       "\" was built with another public key (KELO_UPDATE_PUBLIC_KEY). Once "
@@ -81,7 +82,7 @@ FeedItem itemFor(const fs::path& path, const Arguments& arguments, const Signing
     item.fileName = path.filename();
     item.url = downloadUrl(arguments, package, path) + item.fileName;
     item.pageUrl = arguments.pageUrl;
-    item.signature = base64(key.sign(file.bytes()));
+    item.signature = base64Encode(key.sign(file.bytes()));
     item.length = file.bytes().size();
     item.notes = notesFor(path.parent_path(), packageStem(path));
     return item;
@@ -130,7 +131,7 @@ std::string publicKeyFor(const Arguments& arguments, const fs::path& archive,
     if (!arguments.publicKey.empty())
         return arguments.publicKey;
     if (!arguments.key.empty())
-        return base64(loadKey(arguments).publicKey());
+        return base64Encode(loadKey(arguments).publicKey());
     const Package package = readPackage(archive);
     if (package.publicKey.empty())
         throw UsageError("\"" + archive.string() +

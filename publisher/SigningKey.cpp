@@ -99,12 +99,4 @@ updater::Signature SigningKey::sign(ByteView bytes) const {
     return signature;
 }
 
-std::string base64(ByteView bytes) {
-    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
-    const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), bytes.data(),
-                                       static_cast<int>(bytes.size()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
-
 } // namespace kelo::publisher

@@ -34,7 +34,4 @@ private:
     std::unique_ptr<EVP_PKEY, Deleter> key;
 };
 
-/// Base64 with padding, as feeds and bundles contain it.
-std::string base64(ByteView bytes);
-
 } // namespace kelo::publisher

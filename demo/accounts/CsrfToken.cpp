@@ -1,6 +1,6 @@
 #include "demo/accounts/CsrfToken.h"
 
-#include "demo/base/Base64Url.h"
+#include "base/Base64.h"
 #include "demo/base/Digest.h"
 #include "demo/base/Random.h"
 
@@ -15,7 +15,7 @@ std::string CsrfToken::make() const {
 }
 
 std::string CsrfToken::seal(std::string_view token) const {
-    return std::string(token) + "." + base64UrlEncode(hmacSha256(key, token));
+    return std::string(token) + "." + base64URLEncode(hmacSha256(key, token));
 }
 
 std::optional<std::string> CsrfToken::unseal(const std::vector<std::string>& cookies) const {

@@ -1,6 +1,6 @@
 #include "demo/accounts/SessionTable.h"
 
-#include "demo/base/Base64Url.h"
+#include "base/Base64.h"
 #include "demo/base/Digest.h"
 #include "demo/base/Random.h"
 
@@ -10,7 +10,7 @@ namespace kelo::demo {
 namespace {
 
 std::string identifierOf(std::string_view token) {
-    return base64UrlEncode(sha256(token));
+    return base64URLEncode(sha256(token));
 }
 
 } // namespace

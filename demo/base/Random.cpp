@@ -1,6 +1,6 @@
 #include "demo/base/Random.h"
 
-#include "demo/base/Base64Url.h"
+#include "base/Base64.h"
 #include "demo/base/ServiceError.h"
 
 #include <openssl/rand.h>
@@ -15,7 +15,7 @@ Bytes randomBytes(std::size_t count) {
 }
 
 std::string randomToken() {
-    return base64UrlEncode(randomBytes(32));
+    return base64URLEncode(randomBytes(32));
 }
 
 } // namespace kelo::demo

@@ -1,7 +1,7 @@
 #include "demo/pages/Pages.h"
 
+#include "base/Base64.h"
 #include "base/SecretText.h"
-#include "demo/base/Base64Url.h"
 #include "demo/base/Digest.h"
 #include "demo/http/FormData.h"
 #include "demo/http/Replies.h"
@@ -172,7 +172,7 @@ Reply Pages::notFound() const {
 
 Reply Pages::asset(const Request& request, const std::string& name) const {
     const auto content = embeddedPage(name);
-    const auto tag = "\"" + base64UrlEncode(sha256(content)).substr(0, 22) + "\"";
+    const auto tag = "\"" + base64URLEncode(sha256(content)).substr(0, 22) + "\"";
     Reply reply{200, contentTypeOf(name), std::string(content), {}};
     reply.with("ETag", tag).with("Cache-Control", "no-cache");
     if (request.header("if-none-match") == tag) {

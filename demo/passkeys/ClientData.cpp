@@ -1,6 +1,6 @@
 #include "demo/passkeys/ClientData.h"
 
-#include "demo/base/Base64Url.h"
+#include "base/Base64.h"
 
 #include <nlohmann/json.hpp>
 
@@ -42,7 +42,7 @@ std::optional<ClientData> parseClientData(ByteView bytes) {
     auto type = text(json, "type");
     const auto challenge = text(json, "challenge");
     auto origin = text(json, "origin");
-    auto decoded = base64UrlDecode(challenge.value_or("="));
+    auto decoded = base64URLDecodeStrict(challenge.value_or("="));
     if (!type || !decoded || !origin)
         return std::nullopt;
     const auto crossOrigin = json.find("crossOrigin");
@@ -53,7 +53,7 @@ std::optional<ClientData> parseClientData(ByteView bytes) {
 bool isClientDataFor(ByteView bytes, std::string_view type, ByteView challenge,
                      std::string_view origin) {
     const std::string expected = "{\"type\":" + inQuotes(type) +
-                                 ",\"challenge\":" + inQuotes(base64UrlEncode(challenge)) +
+                                 ",\"challenge\":" + inQuotes(base64URLEncode(challenge)) +
                                  ",\"origin\":" + inQuotes(origin) + ",\"crossOrigin\":false";
     const std::string given = textOf(bytes);
     if (!given.starts_with(expected) || given.size() == expected.size())

@@ -1,6 +1,6 @@
 #include "demo/passkeys/PasskeyMessages.h"
 
-#include "demo/base/Base64Url.h"
+#include "base/Base64.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,7 +16,7 @@ std::optional<Bytes> binary(const nlohmann::json& object, const char* member) {
     const auto found = object.find(member);
     if (found == object.end() || !found->is_string())
         return std::nullopt;
-    return base64UrlDecode(found->get_ref<const std::string&>());
+    return base64URLDecodeStrict(found->get_ref<const std::string&>());
 }
 
 /// The members that both kinds share: the credential id, and the object with what was signed.

@@ -1,6 +1,6 @@
 #include "authenticator/GetAssertion.h"
 
-#include "authenticator/Consent.h"
+#include "authenticator/AuthorizationGesture.h"
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/ClientData.h"
@@ -12,8 +12,8 @@ namespace kelo::authenticator {
 
 namespace {
 
-/// Anything the service might say but this one word, or nothing at all, asks for verification: the
-/// standard lets an authenticator verify more than it was asked to, never less.
+/// Only "discouraged" skips the verification. An unknown or missing preference asks for it, because
+/// the standard lets an authenticator verify more than requested, but never less.
 bool asksForVerification(const platform::PlatformAssertionRequest& request) {
     return request.userVerificationPreference != "discouraged";
 }
@@ -36,39 +36,37 @@ bool allows(const platform::PlatformAssertionRequest& request, const CredentialR
 
 } // namespace
 
-GetAssertion::GetAssertion(const Authenticator& authenticator,
+GetAssertion::GetAssertion(const AuthenticatorParts& parts,
                            platform::PlatformAssertionRequest request,
                            std::shared_ptr<platform::Window> anchor)
-    : authenticator(authenticator), request(std::move(request)), anchor(std::move(anchor)) {}
+    : parts(parts), request(std::move(request)), anchor(std::move(anchor)) {}
 
 Task<std::vector<CredentialRecord>> GetAssertion::candidates() {
-    auto read = [store = authenticator.credentials, party = request.relyingPartyIdentifier] {
+    auto read = [store = parts.credentials, party = request.relyingPartyIdentifier] {
         return store.find(party);
     };
-    std::vector<CredentialRecord> records =
-        co_await onWorker(authenticator.worker, std::move(read));
+    std::vector<CredentialRecord> records = co_await onWorker(parts.worker, std::move(read));
     std::erase_if(records,
                   [&](const CredentialRecord& record) { return !allows(request, record); });
     co_return records;
 }
 
 Task<platform::PlatformAssertionCredential> GetAssertion::run() {
-    const Association& association =
-        requireAssociation(authenticator.associations, request.relyingPartyIdentifier);
+    const Association& association = parts.requireAssociation(request.relyingPartyIdentifier);
     std::vector<CredentialRecord> records = co_await candidates();
     if (records.empty())
         noCredential(request.relyingPartyIdentifier);
 
-    Consent consent(authenticator, anchor);
+    AuthorizationGesture gesture(parts, anchor);
     ConsentRequest question;
     question.ceremony = Ceremony::signIn;
     question.relyingPartyIdentifier = request.relyingPartyIdentifier;
     for (const CredentialRecord& record : records)
         question.accountNames.push_back(record.accountName);
-    const std::size_t chosen = co_await consent.confirm(std::move(question));
+    const std::size_t chosen = co_await gesture.confirm(std::move(question));
     const bool verifies = asksForVerification(request);
     if (verifies)
-        co_await consent.verify();
+        co_await gesture.verify();
     CredentialRecord& record = records[chosen];
 
     webauthn::AuthenticatorData data;
@@ -89,8 +87,8 @@ Task<platform::PlatformAssertionCredential> GetAssertion::run() {
     message.insert(message.end(), clientDataHash.begin(), clientDataHash.end());
     const Sha256Digest digest = sha256(message);
     Bytes digestBytes(digest.begin(), digest.end());
-    credential.signature = co_await consent.unlessCancelled(
-        authenticator.keys.sign(std::move(record.wrappedPrivateKey), std::move(digestBytes)));
+    credential.signature = co_await gesture.unlessCancelled(
+        parts.keys.sign(std::move(record.wrappedPrivateKey), std::move(digestBytes)));
     credential.credentialId = std::move(record.credentialId);
     credential.userId = std::move(record.userId);
     co_return credential;

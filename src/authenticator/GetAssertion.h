@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/Authenticator.h"
+#include "authenticator/AuthenticatorParts.h"
 #include "base/async/Task.h"
 #include "platform/Authorization.h"
 
@@ -11,20 +11,20 @@ namespace kelo::authenticator {
 /// The ceremony that signs in with a passkey (WebAuthn, authenticatorGetAssertion).
 class GetAssertion {
 public:
-    /// The anchor, which may be null, is the window to present the sheet over.
-    GetAssertion(const Authenticator& authenticator, platform::PlatformAssertionRequest request,
+    /// The sheet is presented over the anchor, which may be null.
+    GetAssertion(const AuthenticatorParts& parts, platform::PlatformAssertionRequest request,
                  std::shared_ptr<platform::Window> anchor);
 
-    /// Once. A relying party without association is refused, and a lack of passkeys reported,
-    /// before the user sees anything; then the user chooses and agrees, and is verified unless the
-    /// service discouraged that; then the passkey signs. This must outlive the task. Failures are
-    /// Failure.
+    /// Runs the ceremony. Call it once; this object must outlive the task. Refuses a relying party
+    /// without an association and reports a missing passkey before it shows anything. Then the user
+    /// chooses an account and consents, and is verified unless the service discouraged it. Then the
+    /// passkey signs. Throws a Failure.
     Task<platform::PlatformAssertionCredential> run();
 
 private:
     Task<std::vector<CredentialRecord>> candidates();
 
-    const Authenticator authenticator;
+    const AuthenticatorParts parts;
     platform::PlatformAssertionRequest request;
     std::shared_ptr<platform::Window> anchor;
 };

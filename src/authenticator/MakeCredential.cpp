@@ -1,8 +1,8 @@
 #include "authenticator/MakeCredential.h"
 
-#include "authenticator/Consent.h"
+#include "authenticator/AuthorizationGesture.h"
 #include "authenticator/keys/Cryptography.h"
-#include "authenticator/webauthn/AttestationObject.h"
+#include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/ClientData.h"
 
 #include <utility>
@@ -34,32 +34,31 @@ Bytes attest(const CredentialRecord& record) {
 
 } // namespace
 
-MakeCredential::MakeCredential(const Authenticator& authenticator,
+MakeCredential::MakeCredential(const AuthenticatorParts& parts,
                                platform::PlatformRegistrationRequest request,
                                std::shared_ptr<platform::Window> anchor)
-    : authenticator(authenticator), request(std::move(request)), anchor(std::move(anchor)) {}
+    : parts(parts), request(std::move(request)), anchor(std::move(anchor)) {}
 
 Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
-    const Association& association =
-        requireAssociation(authenticator.associations, request.relyingPartyIdentifier);
+    const Association& association = parts.requireAssociation(request.relyingPartyIdentifier);
     requireUserId(request.userId);
 
-    Consent consent(authenticator, anchor);
+    AuthorizationGesture gesture(parts, anchor);
     ConsentRequest question;
     question.ceremony = Ceremony::registration;
     question.relyingPartyIdentifier = request.relyingPartyIdentifier;
     question.accountNames.push_back(request.name);
-    co_await consent.confirm(std::move(question));
-    co_await consent.verify();
+    co_await gesture.confirm(std::move(question));
+    co_await gesture.verify();
 
-    CreatedKey key = co_await consent.unlessCancelled(authenticator.keys.create());
+    CreatedKey key = co_await gesture.unlessCancelled(parts.keys.create());
 
     CredentialRecord record;
     record.credentialId = randomBytes(credentialIdSize);
     record.relyingPartyIdentifier = request.relyingPartyIdentifier;
     record.userId = request.userId;
     record.accountName = request.name;
-    record.created = std::chrono::floor<std::chrono::seconds>(authenticator.clock.now());
+    record.created = std::chrono::floor<std::chrono::seconds>(parts.clock.now());
     record.publicKey = key.publicKey;
     record.wrappedPrivateKey = std::move(key.wrappedPrivateKey);
 
@@ -73,12 +72,10 @@ Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
     credential.rawClientDataJson = bytesOf(webauthn::clientDataJson(clientData));
     credential.rawAttestationObject = attest(record);
 
-    // Last, when nothing else can fail any more. The store is copied: the worker may come to it
-    // after the ceremony was dropped.
-    auto save = [store = authenticator.credentials, record = std::move(record)] {
-        store.save(record);
-    };
-    co_await onWorker(authenticator.worker, std::move(save));
+    // Last, when nothing else can fail. The store is copied because the worker may run the job
+    // after the ceremony has been destroyed.
+    auto save = [store = parts.credentials, record = std::move(record)] { store.save(record); };
+    co_await onWorker(parts.worker, std::move(save));
     co_return credential;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/Authenticator.h"
+#include "authenticator/AuthenticatorParts.h"
 #include "base/async/Task.h"
 #include "platform/Authorization.h"
 
@@ -11,19 +11,19 @@ namespace kelo::authenticator {
 /// The ceremony that makes a passkey (WebAuthn, authenticatorMakeCredential).
 class MakeCredential {
 public:
-    /// The anchor, which may be null, is the window to present the sheet over.
-    MakeCredential(const Authenticator& authenticator,
-                   platform::PlatformRegistrationRequest request,
+    /// The sheet is presented over the anchor, which may be null.
+    MakeCredential(const AuthenticatorParts& parts, platform::PlatformRegistrationRequest request,
                    std::shared_ptr<platform::Window> anchor);
 
-    /// Once. A relying party without association is refused before the user sees anything; then the
-    /// user agrees and is verified, always; only then a key is made and kept. A ceremony that fails
-    /// leaves nothing behind, and one that is dropped keeps nothing that was not being written
-    /// already. This must outlive the task. Throws a Failure.
+    /// Runs the ceremony. Call it once; this object must outlive the task. Refuses a relying party
+    /// without an association before it shows anything. Then the user consents and is always
+    /// verified. Then the key is created and stored. A ceremony that fails stores nothing. A task
+    /// that is destroyed stores nothing either, unless the write has already started. Throws a
+    /// Failure.
     Task<platform::PlatformRegistrationCredential> run();
 
 private:
-    const Authenticator authenticator;
+    const AuthenticatorParts parts;
     platform::PlatformRegistrationRequest request;
     std::shared_ptr<platform::Window> anchor;
 };

@@ -1,6 +1,6 @@
 #include "passkey/CredentialJson.h"
 
-#include "base/Base64URL.h"
+#include "base/Base64.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "passkey/PasskeyAuthenticator.h"
 
-#include "base/Base64URL.h"
+#include "base/Base64.h"
 #include "base/Invariant.h"
 #include "passkey/BusyScope.h"
 #include "passkey/CredentialJson.h"

@@ -1,6 +1,6 @@
 #include "passkey/PasskeyRegistrar.h"
 
-#include "base/Base64URL.h"
+#include "base/Base64.h"
 #include "passkey/BusyScope.h"
 #include "passkey/CredentialJson.h"
 #include "passkey/PasskeyError.h"

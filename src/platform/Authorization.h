@@ -14,7 +14,7 @@ namespace kelo::platform {
 
 class Window;
 
-/// A credential the service allows to answer.
+/// A credential that the service accepts.
 struct PlatformPublicKeyCredentialDescriptor {
     Bytes credentialId;
 };
@@ -22,10 +22,10 @@ struct PlatformPublicKeyCredentialDescriptor {
 struct PlatformAssertionRequest {
     std::string relyingPartyIdentifier;
     Bytes challenge;
-    /// Nothing: any credential of the relying party. An empty list means the same.
+    /// Nothing, or an empty list, allows every credential of the relying party.
     std::optional<std::vector<PlatformPublicKeyCredentialDescriptor>> allowedCredentials;
-    /// As the service wrote it ("required", "preferred", "discouraged", or anything else);
-    /// nothing: the platform's default, which is "preferred".
+    /// As the service wrote it: "required", "preferred", "discouraged" or anything else. Nothing is
+    /// the platform's default, "preferred".
     std::optional<std::string> userVerificationPreference;
 };
 
@@ -80,13 +80,13 @@ struct Authorization {
 
 class AuthorizationController;
 
-/// Hears of the outcome: exactly one of the two, once, on the main thread.
+/// Receives the result: exactly one of the two calls, once, on the main thread.
 class AuthorizationControllerDelegate {
 public:
     virtual ~AuthorizationControllerDelegate() = default;
     virtual void didCompleteWithAuthorization(AuthorizationController& controller,
                                               Authorization authorization) = 0;
-    /// The error is a Failure: cancelled, noCredential, notAllowed or storage.
+    /// The error is a Failure of kind cancelled, noCredential, notAllowed, storage or cryptography.
     virtual void didCompleteWithError(AuthorizationController& controller,
                                       std::exception_ptr error) = 0;
 };
@@ -94,19 +94,19 @@ public:
 class AuthorizationPresentationContextProvider {
 public:
     virtual ~AuthorizationPresentationContextProvider() = default;
-    /// The window to present the sheet over.
+    /// The window over which to present the sheet.
     virtual std::shared_ptr<Window> presentationAnchor(AuthorizationController& controller) = 0;
 };
 
-/// Runs a passkey ceremony. It keeps itself alive while the ceremony runs, so the one who started
-/// it need not; delegate and provider are held weakly.
+/// Runs a passkey ceremony. A running controller keeps itself alive. It holds its delegate and its
+/// provider weakly.
 class AuthorizationController {
 public:
     virtual ~AuthorizationController() = default;
     virtual void setDelegate(std::weak_ptr<AuthorizationControllerDelegate> delegate) = 0;
     virtual void setPresentationContextProvider(
         std::weak_ptr<AuthorizationPresentationContextProvider> provider) = 0;
-    /// Returns at once; the delegate is called in a later turn of the main loop.
+    /// Returns at once. The delegate is called in a later iteration of the main loop.
     virtual void performRequests() = 0;
 };
 

@@ -18,46 +18,46 @@ namespace kelo::authenticator {
 
 enum class Ceremony { registration, signIn };
 
-/// What the user is asked to agree to.
+/// What the user is asked to consent to.
 struct ConsentRequest {
     Ceremony ceremony = Ceremony::signIn;
-    /// Who asks.
+    /// The service that asks.
     std::string relyingPartyIdentifier;
-    /// At least one; the user chooses when there are several.
+    /// At least one. If there are several, the user chooses one.
     std::vector<std::string> accountNames;
 };
 
-/// A question of the user verification, as its source words it ("Password: ").
+/// A question of the user verification, in the words of the PAM module ("Password: ").
 struct VerificationPrompt {
     std::string text;
-    /// Whether the answer may be seen while it is typed.
+    /// Whether the answer is visible while the user types.
     bool echo = false;
 };
 
-/// The words of a user verification: shown to the user, answered by them.
+/// Shows the messages and questions of a user verification, and returns the answers.
 class VerificationConversation {
 public:
     virtual ~VerificationConversation() = default;
-    /// The answer, or nothing when the user cancelled.
+    /// The answer. Nothing if the user cancels.
     virtual Task<std::optional<SecretText>> ask(VerificationPrompt prompt) = 0;
-    /// Stays until the next text ("Swipe your finger").
+    /// Shown until the next message ("Swipe your finger").
     virtual void showInformation(std::string text) = 0;
-    /// As showInformation(), marked as a failure ("Wrong password. Try again.").
+    /// As showInformation(), but styled as an error ("Wrong password. Try again.").
     virtual void showError(std::string text) = 0;
-    /// Run when the user cancels, also while no question is open. Replaces the former action; null
-    /// for none.
-    virtual void onCancel(std::function<void()> action) = 0;
+    /// Calls the handler when the user cancels, also while no question is open. There is one
+    /// handler; null removes it.
+    virtual void onCancel(std::function<void()> handler) = 0;
 };
 
-/// The passkey sheet of one ceremony: only user interface. It opens with confirm(), shows the
-/// conversation of the verification in the same place, and closes when it is destroyed.
+/// The passkey sheet of one ceremony. confirm() opens it, the user verification uses it too, and
+/// the destructor closes it.
 class PasskeySheet : public VerificationConversation {
 public:
-    /// The index of the account the user agreed to, or nothing when they cancelled.
+    /// The index of the chosen account. Nothing if the user cancels.
     virtual Task<std::optional<std::size_t>> confirm(ConsentRequest request) = 0;
 };
 
-/// Makes the sheet of a ceremony over a window.
+/// Makes the sheet of a ceremony. It is presented over the anchor, which may be null.
 class PasskeySheetFactory {
 public:
     virtual ~PasskeySheetFactory() = default;

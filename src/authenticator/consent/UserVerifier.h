@@ -7,16 +7,16 @@ namespace kelo::authenticator {
 
 enum class VerificationOutcome {
     verified,
-    failed,      ///< wrong answers, or a verifier that died or talked nonsense
-    cancelled,   ///< the user said no
-    unavailable, ///< nothing on this machine can verify the user
+    failed,      ///< wrong answers, or the verifier crashed or broke its protocol
+    cancelled,   ///< the user cancelled
+    unavailable, ///< this computer cannot verify the user
 };
 
-/// Checks that the person at the machine is its user.
+/// Verifies that the person at the computer is the user of this account.
 class UserVerifier {
 public:
     virtual ~UserVerifier() = default;
-    /// The conversation must live until the task ends or is dropped; a dropped task ends the check.
+    /// The conversation must outlive the task. Destroying the task ends the verification.
     virtual Task<VerificationOutcome> verify(VerificationConversation& conversation) = 0;
 };
 

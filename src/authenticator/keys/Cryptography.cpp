@@ -32,10 +32,9 @@ void fillRandom(std::uint8_t* memory, std::size_t count) {
 }
 
 void cryptographyFailed(std::string_view operation) {
-    throw Failure(
-        FailureKind::storage,
-        "This computer could not do the cryptography a passkey needs. Restart Kelo and try again.",
-        "OpenSSL failed at: " + std::string(operation));
+    throw Failure(FailureKind::cryptography,
+                  "The cryptographic library of this computer failed. Restart Kelo and try again.",
+                  "OpenSSL failed at: " + std::string(operation));
 }
 
 } // namespace kelo::authenticator

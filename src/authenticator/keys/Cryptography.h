@@ -10,15 +10,17 @@ namespace kelo::authenticator {
 
 using Sha256Digest = std::array<std::uint8_t, 32>;
 
+// All of these throw a Failure of kind cryptography.
+
 Sha256Digest sha256(ByteView data);
 Sha256Digest sha256(std::string_view text);
 
-/// From the system's cryptographic generator.
+/// From OpenSSL's cryptographic random number generator.
 Bytes randomBytes(std::size_t count);
 void fillRandom(std::uint8_t* memory, std::size_t count);
 
-/// Throws the Failure for a failure inside the cryptographic library, which only a machine
-/// out of memory or a broken installation causes. The operation is named for the journal.
+/// Throws a Failure of kind cryptography. OpenSSL fails only when memory runs out or the
+/// installation is broken. The operation goes to the log.
 [[noreturn]] void cryptographyFailed(std::string_view operation);
 
 } // namespace kelo::authenticator

@@ -1,27 +1,36 @@
 #pragma once
 
-#include "authenticator/webauthn/CoseKey.h"
+#include "authenticator/webauthn/AttestedCredentialData.h"
 #include "base/Bytes.h"
+#include "base/Failure.h"
 #include "base/async/Task.h"
+
+#include <string>
+#include <utility>
 
 namespace kelo::authenticator {
 
 struct CreatedKey {
     webauthn::PublicKey publicKey;
-    /// The private key in a form that only the same key store on the same machine and account can
-    /// use. Opaque to everyone else; kept with the credential.
+    /// The private key, encrypted. Only the key store that made it can use it, on the same machine
+    /// and account. Stored with the credential.
     Bytes wrappedPrivateKey;
 };
 
-/// Makes ES256 keys that never leave it in the clear, and signs with them. Whatever blocks runs off
-/// the main thread inside. Throws a Failure of kind storage whose text tells the user
-/// what to do; after a failed create() nothing is left behind.
+/// Creates ES256 keys and signs with them. A private key never leaves the store unencrypted.
+/// Blocking work runs on a worker. Throws a Failure of kind storage, cryptography or cancelled
+/// whose text tells the user what to do. A failed create() leaves nothing behind.
 class KeyStore {
 public:
     virtual ~KeyStore() = default;
     virtual Task<CreatedKey> create() = 0;
-    /// The digest is 32 bytes (SHA-256); the signature is a DER Ecdsa-Sig-Value.
+    /// The digest has 32 bytes (SHA-256). The signature is a DER Ecdsa-Sig-Value.
     virtual Task<Bytes> sign(Bytes wrappedPrivateKey, Bytes digest) = 0;
 };
+
+/// The failure of a passkey request that the user or the program gave up.
+inline Failure requestCancelled(std::string cause = {}) {
+    return Failure(FailureKind::cancelled, "The passkey request was cancelled.", std::move(cause));
+}
 
 } // namespace kelo::authenticator

@@ -1,43 +1,43 @@
 #include "authenticator/keys/KeyWrapping.h"
 
 #include "authenticator/keys/Cryptography.h"
+#include "authenticator/keys/OpenSslPointer.h"
+#include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Invariant.h"
 
 #include <algorithm>
-#include <memory>
+#include <optional>
+#include <utility>
 
 namespace kelo::authenticator {
 
 namespace {
 
-// version | wrapping key's mark | x | y | nonce | encrypted scalar | tag
+// version | key check value | x | y | nonce | encrypted scalar | tag
 constexpr std::uint8_t version = 1;
-constexpr std::size_t markSize = 8, coordinateSize = 32, nonceSize = 12, scalarSize = 32,
+constexpr std::size_t checkValueSize = 8, coordinateSize = 32, nonceSize = 12, scalarSize = 32,
                       tagSize = 16;
-constexpr std::size_t markAt = 1;
-constexpr std::size_t xAt = markAt + markSize;
+constexpr std::size_t checkValueAt = 1;
+constexpr std::size_t xAt = checkValueAt + checkValueSize;
 constexpr std::size_t yAt = xAt + coordinateSize;
 constexpr std::size_t nonceAt = yAt + coordinateSize;
 constexpr std::size_t scalarAt = nonceAt + nonceSize;
 constexpr std::size_t tagAt = scalarAt + scalarSize;
 constexpr std::size_t wrappedSize = tagAt + tagSize;
 
-struct CipherDeleter {
-    void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
-};
-using Cipher = std::unique_ptr<EVP_CIPHER_CTX, CipherDeleter>;
+using Cipher = OpenSslPointer<EVP_CIPHER_CTX, EVP_CIPHER_CTX_free>;
 
-/// Tells wrapping keys apart without telling anything about them: the label makes the digest
-/// useless for any other purpose.
-std::array<std::uint8_t, markSize> markOf(const SecretBytes& wrappingKey) {
+/// Identifies a wrapping key without revealing it. The label makes the digest useless for any other
+/// purpose; it is part of the stored format and must never change.
+std::array<std::uint8_t, checkValueSize> keyCheckValue(const SecretBytes& wrappingKey) {
     constexpr std::string_view label = "kelo wrapping key mark";
     SecretBytes input(label.size() + wrappingKey.size());
     const auto rest = std::copy(label.begin(), label.end(), input.data());
     std::copy(wrappingKey.view().begin(), wrappingKey.view().end(), rest);
     const Sha256Digest digest = sha256(input.view());
-    std::array<std::uint8_t, markSize> mark;
-    std::copy_n(digest.begin(), markSize, mark.begin());
-    return mark;
+    std::array<std::uint8_t, checkValueSize> checkValue;
+    std::copy_n(digest.begin(), checkValueSize, checkValue.begin());
+    return checkValue;
 }
 
 void requireSize(const SecretBytes& wrappingKey) {
@@ -51,7 +51,7 @@ Bytes wrapPrivateKey(const SecretBytes& wrappingKey, const P256Key& key) {
     requireSize(wrappingKey);
     Bytes wrapped(wrappedSize);
     wrapped[0] = version;
-    std::ranges::copy(markOf(wrappingKey), wrapped.begin() + markAt);
+    std::ranges::copy(keyCheckValue(wrappingKey), wrapped.begin() + checkValueAt);
     const webauthn::PublicKey publicKey = key.publicKey();
     std::ranges::copy(publicKey.x, wrapped.begin() + xAt);
     std::ranges::copy(publicKey.y, wrapped.begin() + yAt);
@@ -78,7 +78,8 @@ std::variant<P256Key, UnwrapFailure> unwrapPrivateKey(const SecretBytes& wrappin
     requireSize(wrappingKey);
     if (wrapped.size() != wrappedSize || wrapped[0] != version)
         return UnwrapFailure::damaged;
-    if (!std::ranges::equal(markOf(wrappingKey), wrapped.subspan(markAt, markSize)))
+    if (!std::ranges::equal(keyCheckValue(wrappingKey),
+                            wrapped.subspan(checkValueAt, checkValueSize)))
         return UnwrapFailure::otherWrappingKey;
 
     std::array<std::uint8_t, tagSize> tag;

@@ -16,19 +16,12 @@ namespace kelo::authenticator {
 
 namespace {
 
-template <auto release>
-struct Release {
-    template <typename T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-using Number = std::unique_ptr<BIGNUM, Release<BN_clear_free>>;
-using Group = std::unique_ptr<EC_GROUP, Release<EC_GROUP_free>>;
-using Point = std::unique_ptr<EC_POINT, Release<EC_POINT_clear_free>>;
-using ParameterBuilder = std::unique_ptr<OSSL_PARAM_BLD, Release<OSSL_PARAM_BLD_free>>;
-using Parameters = std::unique_ptr<OSSL_PARAM, Release<OSSL_PARAM_free>>;
-using Context = std::unique_ptr<EVP_PKEY_CTX, Release<EVP_PKEY_CTX_free>>;
+using Number = OpenSslPointer<BIGNUM, BN_clear_free>;
+using Group = OpenSslPointer<EC_GROUP, EC_GROUP_free>;
+using Point = OpenSslPointer<EC_POINT, EC_POINT_clear_free>;
+using ParameterBuilder = OpenSslPointer<OSSL_PARAM_BLD, OSSL_PARAM_BLD_free>;
+using Parameters = OpenSslPointer<OSSL_PARAM, OSSL_PARAM_free>;
+using Context = OpenSslPointer<EVP_PKEY_CTX, EVP_PKEY_CTX_free>;
 
 constexpr std::size_t coordinateSize = 32;
 constexpr std::size_t uncompressedSize = 1 + 2 * coordinateSize;
@@ -42,7 +35,7 @@ Number secretNumber(const SecretBytes& scalar) {
     return number;
 }
 
-/// The public point that belongs to a private scalar, uncompressed; nothing for a scalar outside
+/// The public point of a private scalar, uncompressed. Nothing for a scalar outside
 /// 1 .. order - 1.
 std::optional<std::array<std::uint8_t, uncompressedSize>> publicPoint(const BIGNUM& scalar) {
     const Group group(EC_GROUP_new_by_curve_name(NID_X9_62_prime256v1));

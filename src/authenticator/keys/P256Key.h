@@ -1,21 +1,24 @@
 #pragma once
 
-#include "authenticator/keys/KeyStore.h"
+#include "authenticator/keys/OpenSslPointer.h"
 #include "authenticator/keys/SecretBytes.h"
+#include "authenticator/webauthn/AttestedCredentialData.h"
 #include "base/Bytes.h"
 
 #include <openssl/evp.h>
 
-#include <memory>
 #include <optional>
+#include <utility>
 
 namespace kelo::authenticator {
 
-/// An ES256 key pair in memory. The library overwrites its memory when it goes.
+/// An ES256 key pair in memory, which OpenSSL overwrites on destruction. Throws a Failure of kind
+/// cryptography.
 class P256Key {
 public:
     static P256Key generate();
-    /// The pair of a 32-byte big-endian private scalar; nothing when it is not one of this curve.
+    /// The key pair of a private scalar (32 bytes, big-endian). Nothing if the scalar is not valid
+    /// for this curve.
     static std::optional<P256Key> fromScalar(const SecretBytes& scalar);
 
     webauthn::PublicKey publicKey() const;
@@ -24,10 +27,7 @@ public:
     Bytes sign(ByteView digest) const;
 
 private:
-    struct Deleter {
-        void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-    };
-    using Handle = std::unique_ptr<EVP_PKEY, Deleter>;
+    using Handle = OpenSslPointer<EVP_PKEY, EVP_PKEY_free>;
 
     explicit P256Key(Handle key) : key(std::move(key)) {}
 

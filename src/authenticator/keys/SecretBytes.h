@@ -8,12 +8,13 @@
 
 namespace kelo::authenticator {
 
-/// A key in memory. Moves only, never grows, and overwrites its memory when it goes.
+/// A key in memory. Can be moved but not copied, never grows, and overwrites its memory on
+/// destruction.
 class SecretBytes {
 public:
     SecretBytes() = default;
     explicit SecretBytes(std::size_t size) : bytes(size) {}
-    /// Takes the memory over; the caller's vector is left empty.
+    /// Takes over the memory and leaves the vector empty.
     explicit SecretBytes(Bytes&& plain) : bytes(std::move(plain)) {}
     SecretBytes(SecretBytes&& other) noexcept : bytes(std::exchange(other.bytes, {})) {}
     SecretBytes& operator=(SecretBytes&& other) noexcept {

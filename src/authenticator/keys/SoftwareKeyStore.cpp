@@ -9,8 +9,8 @@ namespace kelo::authenticator {
 
 namespace {
 
-/// Lives in the flow that waits for the worker, and stops the work when that flow is dropped: an
-/// unlock prompt nobody waits for any more should go, and the worker be free for the next.
+/// Stops the work on the worker when the waiting coroutine is destroyed. The worker is then free
+/// for the next request instead of waiting for the user to unlock the keyring.
 class StopWhenDropped {
 public:
     StopWhenDropped() = default;
@@ -25,12 +25,12 @@ private:
 
 void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested())
-        throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
+        throw requestCancelled();
 }
 
 CreatedKey createNow(WrappingKeySource& source, const std::stop_token& stop) {
     throwIfStopped(stop);
-    // The wrapping key first: without it there must be no key at all.
+    // The wrapping key first: without it no key must be made.
     const SecretBytes wrappingKey = source.findOrCreate(stop);
     const P256Key key = P256Key::generate();
     return {key.publicKey(), wrapPrivateKey(wrappingKey, key)};
@@ -57,7 +57,7 @@ Bytes signNow(WrappingKeySource& source, ByteView wrapped, ByteView digest,
         throw Failure(FailureKind::storage,
                       "This passkey is damaged on disk and cannot be used. Sign in another way, "
                       "then register a new passkey from the Account menu.",
-                      "a wrapped private key does not authenticate");
+                      "a wrapped private key is not authentic");
     }
     return std::get<P256Key>(opened).sign(digest);
 }

@@ -2,10 +2,10 @@
 
 #include "authenticator/store/Database.h"
 #include "base/Failure.h"
+#include "posix/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -17,7 +17,7 @@ namespace kelo::authenticator {
 
 namespace {
 
-// "Kelo" in ASCII: marks the file as ours for file(1) and for ourselves.
+// "Kelo" in ASCII. Identifies the file for file(1) and for this class.
 constexpr std::int64_t applicationId = 0x4B656C6F;
 constexpr std::int64_t schemaVersion = 1;
 
@@ -40,7 +40,7 @@ std::string systemReason(const char* operation) {
     storageFailed(errno == ENOSPC ? SQLITE_FULL : SQLITE_CANTOPEN, systemReason(operation));
 }
 
-/// Makes the folder if need be, and keeps everyone else out of it.
+/// Creates the folder if it is missing, and takes away the permissions of other users.
 void requirePrivateFolder(const std::filesystem::path& folder) {
     std::error_code failure;
     std::filesystem::create_directories(folder.parent_path(), failure);
@@ -55,18 +55,16 @@ void requirePrivateFolder(const std::filesystem::path& folder) {
         storageFailed(SQLITE_PERM, systemReason("chmod"));
 }
 
-/// SQLite would create the file with the mode of the process's mask; its journal follows the
-/// file's.
+/// SQLite would create the file with the permissions that the process's umask allows. SQLite gives
+/// its journal the permissions of the file.
 void createPrivateFile(const std::filesystem::path& file) {
-    const int descriptor =
-        ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (descriptor >= 0)
-        ::close(descriptor);
-    else if (errno != EEXIST)
+    const posix::FileDescriptor created(
+        ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!created && errno != EEXIST)
         creationFailed("open");
 }
 
-/// Whether there is a file to open. Anything but a regular file is refused, a symbolic link too.
+/// Whether the file exists. Throws for anything but a regular file, for instance a symbolic link.
 bool present(const std::filesystem::path& file) {
     struct stat status {};
     if (::lstat(file.c_str(), &status) != 0) {
@@ -84,14 +82,14 @@ bool present(const std::filesystem::path& file) {
     return true;
 }
 
-/// SQLite refuses a link anywhere in the path; a home folder behind one is nothing unusual.
+/// SQLite refuses symbolic links anywhere in the path, but a home folder is often behind one.
 std::filesystem::path withoutLinksAbove(const std::filesystem::path& file) {
     std::error_code failure;
     const auto folder = std::filesystem::canonical(file.parent_path(), failure);
     return failure ? file : folder / file.filename();
 }
 
-/// Whether the file holds our tables; false for one that is still empty.
+/// Whether the file holds our tables. False for an empty file, for instance after a crash.
 bool hasOurSchema(Database& database) {
     const std::int64_t application = database.integer("PRAGMA application_id");
     const std::int64_t version = database.integer("PRAGMA user_version");
@@ -111,7 +109,8 @@ bool hasOurSchema(Database& database) {
             "user_version " + std::to_string(version));
     if (version != schemaVersion)
         storageFailed(SQLITE_CORRUPT, "user_version " + std::to_string(version));
-    // A damaged page may hide where no query looks today; better to hear of it before it spreads.
+    // A query reads only a part of the file, so it may miss a damaged page. Find it before a write
+    // spreads the damage.
     if (const std::string report = database.text("PRAGMA quick_check(1)"); report != "ok")
         storageFailed(SQLITE_CORRUPT, report);
     return true;

@@ -1,26 +1,45 @@
 #pragma once
 
-#include "authenticator/store/CredentialRecord.h"
+#include "authenticator/keys/KeyStore.h"
+#include "base/Bytes.h"
 
+#include <chrono>
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace kelo::authenticator {
 
-/// The passkeys of this user, in one SQLite file that only they can read.
+/// A stored passkey.
+struct CredentialRecord {
+    Bytes credentialId;
+    std::string relyingPartyIdentifier;
+    /// The user handle: 1 to 64 bytes with which the service identifies the account.
+    Bytes userId;
+    /// The account name that the user sees.
+    std::string accountName;
+    std::chrono::sys_seconds created;
+    webauthn::PublicKey publicKey;
+    /// See KeyStore.
+    Bytes wrappedPrivateKey;
+
+    friend bool operator==(const CredentialRecord&, const CredentialRecord&) = default;
+};
+
+/// The passkeys of this user, in one SQLite file that no other user can read.
 ///
-/// The file is opened for each call and touched by none before. A file that is damaged, belongs to
-/// another program, was written by a newer Kelo, or is a symbolic link (which could lead a write to
-/// anywhere) is reported and left as it is. A change is there wholly or not at all, whatever kills
-/// the process or the machine. Calls block and may come from any thread; other processes may use
+/// Each call opens the file; the constructor does not. A file that is damaged, belongs to another
+/// program or was written by a newer Kelo is reported and not changed. So is a symbolic link, which
+/// could redirect a write to any other file. A write is atomic, even if the process is killed or
+/// the computer loses power. Calls block and may come from any thread. Several processes may use
 /// the file at the same time. Throws a Failure of kind storage.
 class CredentialStore {
 public:
-    /// Folders above the file that do not exist are made when the first passkey is kept.
+    /// The first save() creates the file and missing folders above it.
     explicit CredentialStore(std::filesystem::path file);
 
-    /// Keeps a passkey, in place of the one for the same relying party and user if there is one.
+    /// Stores a passkey. Replaces the passkey of the same relying party and user.
     void save(const CredentialRecord& record) const;
 
     /// The passkeys of a relying party, newest first.

@@ -45,8 +45,8 @@ void storageFailed(int sqliteCode, std::string cause) {
 
 Database::Database(const std::filesystem::path& file) {
     sqlite3* opened = nullptr;
-    // SQLite's own look at symbolic links comes with the open itself, so none can slip in before
-    // it.
+    // SQLite checks for symbolic links while it opens the file, so none can be put there in
+    // between.
     const int code = sqlite3_open_v2(file.c_str(), &opened,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW |
                                          SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_EXRESCODE,
@@ -55,17 +55,16 @@ Database::Database(const std::filesystem::path& file) {
     if (code != SQLITE_OK)
         storageFailed(code, opened ? sqlite3_errmsg(opened) : sqlite3_errstr(code));
     sqlite3_busy_timeout(opened, 5000);
-    // The file might be anybody's: nothing in it may run code or reach outside it.
+    // The file may come from anyone: nothing in it may run code or reach other files.
     sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    // A file of another program may have a log of its own, which is not ours to clear away.
+    // The file may belong to another program, whose write-ahead log must stay.
     sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    // EXTRA is FULL and a sync of the folder: a passkey the service knows of must outlive a power
-    // cut.
+    // EXTRA also syncs the folder. A passkey that the service knows must survive a power failure.
     execute("PRAGMA synchronous = EXTRA");
-    // A replaced private key must not linger in a free page.
+    // A replaced private key must not stay in a free page.
     execute("PRAGMA secure_delete = ON");
 }
 
@@ -152,8 +151,7 @@ Transaction::Transaction(Database& database) : database(database) {
 }
 
 Transaction::~Transaction() {
-    // A failed statement may have rolled back by itself already; then this says so, and that is
-    // fine.
+    // Fails if a failed statement has already rolled back, which is harmless.
     if (open)
         sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
 }

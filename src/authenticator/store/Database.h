@@ -17,8 +17,8 @@ struct SqliteDeleter {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
 
-/// A connection to an SQLite file that must exist and must not be a symbolic link. Every failure is
-/// a Failure of kind storage with a sentence for the user.
+/// A connection to an existing SQLite file, which must not be a symbolic link. Throws a Failure of
+/// kind storage.
 class Database {
 public:
     explicit Database(const std::filesystem::path& file);
@@ -28,14 +28,16 @@ public:
     std::int64_t integer(std::string_view sql);
     std::string text(std::string_view sql);
 
+    /// Owned by this object.
     sqlite3* handle() const { return connection.get(); }
+    /// Throws a Failure for the last error of this connection.
     [[noreturn]] void fail() const;
 
 private:
     std::unique_ptr<sqlite3, SqliteDeleter> connection;
 };
 
-/// A prepared statement: parameters are bound from 1, columns read from 0.
+/// A prepared statement. Parameters count from 1, columns from 0.
 class Statement {
 public:
     Statement(const Database& database, std::string_view sql);
@@ -44,7 +46,7 @@ public:
     Statement& bind(int index, std::string_view value);
     Statement& bind(int index, ByteView value);
 
-    /// Whether there is a (next) row.
+    /// Moves to the next row. False if there is none.
     bool step();
 
     std::int64_t integer(int column) const;
@@ -58,7 +60,8 @@ private:
     std::unique_ptr<sqlite3_stmt, SqliteDeleter> statement;
 };
 
-/// Rolls back unless it was committed. Locks out other writers from its beginning.
+/// A transaction. Excludes other writers from the start. The destructor rolls back what was not
+/// committed.
 class Transaction {
 public:
     explicit Transaction(Database& database);
@@ -72,7 +75,7 @@ private:
     bool open = true;
 };
 
-/// The error for passkeys that cannot be read or written, by SQLite's reason for it.
+/// Throws a Failure of kind storage. The SQLite result code selects the sentence for the user.
 [[noreturn]] void storageFailed(int sqliteCode, std::string cause);
 
 } // namespace kelo::authenticator

@@ -1,5 +1,7 @@
 #include "authenticator/webauthn/AuthenticatorData.h"
 
+#include "authenticator/webauthn/CborWriter.h"
+
 namespace kelo::webauthn {
 
 Bytes encode(const AuthenticatorData& data) {
@@ -13,6 +15,15 @@ Bytes encode(const AuthenticatorData& data) {
         bytes.insert(bytes.end(), credential.begin(), credential.end());
     }
     return bytes;
+}
+
+Bytes attestationObject(const AuthenticatorData& data) {
+    CborWriter writer;
+    writer.map(3);
+    writer.text("fmt").text("none");
+    writer.text("attStmt").map(0);
+    writer.text("authData").bytes(encode(data));
+    return writer.result();
 }
 
 } // namespace kelo::webauthn

@@ -18,18 +18,23 @@ inline constexpr std::uint8_t backedUp = 0x10;
 inline constexpr std::uint8_t attestedCredentialData = 0x40;
 } // namespace flag
 
-/// What the authenticator says, and signs, about a ceremony.
+/// What the authenticator reports about a ceremony, and signs in an assertion.
 struct AuthenticatorData {
     /// SHA-256 of the relying-party identifier.
     std::array<std::uint8_t, 32> relyingPartyHash{};
-    /// Without flag::attestedCredentialData, which follows from the member below.
+    /// Without flag::attestedCredentialData: encode() sets it if there is an attestedCredential.
     std::uint8_t flags = 0;
-    /// Constant 0: a counter would only make a restored backup of the records look like a clone.
+    /// Always 0, which means "no counter". With a counter, a passkey restored from a backup would
+    /// look like a clone.
     std::uint32_t signatureCount = 0;
-    /// Present in a registration, and only there.
+    /// Only in a registration.
     std::optional<AttestedCredentialData> attestedCredential;
 };
 
 Bytes encode(const AuthenticatorData& data);
+
+/// The attestation object of a registration, in the format "none": this authenticator attests
+/// nothing about the hardware it runs on.
+Bytes attestationObject(const AuthenticatorData& data);
 
 } // namespace kelo::webauthn

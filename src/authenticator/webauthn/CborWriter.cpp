@@ -21,7 +21,7 @@ void appendHead(Bytes& written, std::uint64_t value, Encode encode) {
 CborWriter& CborWriter::integer(std::int64_t value) {
     if (value >= 0)
         appendHead(written, static_cast<std::uint64_t>(value), cbor_encode_uint);
-    else // CBOR keeps -1 - value.
+    else // CBOR stores -1 - value.
         appendHead(written, ~static_cast<std::uint64_t>(value), cbor_encode_negint);
     return *this;
 }

@@ -1,6 +1,6 @@
 #include "authenticator/webauthn/ClientData.h"
 
-#include "authenticator/webauthn/Base64Url.h"
+#include "base/Base64.h"
 
 #include <string_view>
 
@@ -8,8 +8,8 @@ namespace kelo::webauthn {
 
 namespace {
 
-/// The standard's CCDToString: quotation mark and backslash are escaped with a backslash, other
-/// characters below U+0020 as \u and four lower-case digits, everything else stays as it is.
+/// CCDToString of the standard. A backslash escapes quotation marks and backslashes. Characters
+/// below U+0020 become \u and four lower-case digits. Everything else is copied.
 std::string quoted(std::string_view text) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string result = "\"";
@@ -34,7 +34,7 @@ std::string quoted(std::string_view text) {
 
 std::string clientDataJson(const ClientData& clientData) {
     std::string json = "{\"type\":" + quoted(clientData.type);
-    json += ",\"challenge\":" + quoted(base64Url(clientData.challenge));
+    json += ",\"challenge\":" + quoted(base64URLEncode(clientData.challenge));
     json += ",\"origin\":" + quoted(clientData.origin);
     json += ",\"crossOrigin\":";
     json += clientData.crossOrigin ? "true" : "false";

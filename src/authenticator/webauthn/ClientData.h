@@ -15,15 +15,15 @@ struct ClientData {
     /// scheme://host[:port], without a trailing slash.
     std::string origin;
     bool crossOrigin = false;
-    /// Only for a ceremony in a frame of another origin.
+    /// Only for a ceremony in a cross-origin frame.
     std::optional<std::string> topOrigin;
-    /// Further members as they stand between the braces, without a leading comma; empty for none.
+    /// Additional members as JSON text, without braces or a leading comma. May be empty.
     std::string furtherMembers;
 };
 
-/// The bytes that are hashed and sent: the standard's fixed template, because a verifier may
-/// compare text instead of parsing it. A JSON library is free to order members and to escape "/",
-/// so none is used. All texts must be well-formed UTF-8.
+/// The JSON text that is hashed and sent. It follows the standard's fixed template exactly, because
+/// a verifier may compare text instead of parsing it. A JSON library could order members
+/// differently or escape "/", so none is used. All texts must be well-formed UTF-8.
 std::string clientDataJson(const ClientData& clientData);
 
 } // namespace kelo::webauthn

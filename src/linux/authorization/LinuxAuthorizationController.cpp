@@ -1,11 +1,10 @@
 #include "linux/authorization/LinuxAuthorizationController.h"
 
-#include "authenticator/Consent.h"
 #include "authenticator/GetAssertion.h"
 #include "authenticator/MakeCredential.h"
 #include "base/Failure.h"
 #include "base/async/Spawn.h"
-#include "linux/authorization/PasskeyServices.h"
+#include "linux/authorization/LocalAuthenticator.h"
 
 #include <glib.h>
 
@@ -17,9 +16,27 @@ namespace kelo::authorization {
 using platform::Authorization;
 using platform::AuthorizationRequest;
 
+namespace {
+
+/// Logs the cause of an error. The user sees only its description.
+void report(const std::exception_ptr& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const Failure& known) {
+        if (known.kind() == FailureKind::cancelled)
+            g_debug("passkey: %s", known.what());
+        else
+            g_message("passkey: %s", known.what());
+    } catch (const std::exception& unknown) {
+        g_warning("passkey: %s", unknown.what());
+    }
+}
+
+} // namespace
+
 LinuxAuthorizationController::LinuxAuthorizationController(
-    PasskeyServices& services, std::vector<AuthorizationRequest> requests)
-    : services(services), requests(std::move(requests)) {}
+    LocalAuthenticator& authenticator, std::vector<AuthorizationRequest> requests)
+    : authenticator(authenticator), requests(std::move(requests)) {}
 
 void LinuxAuthorizationController::setDelegate(
     std::weak_ptr<platform::AuthorizationControllerDelegate> newDelegate) {
@@ -32,7 +49,7 @@ void LinuxAuthorizationController::setPresentationContextProvider(
 }
 
 void LinuxAuthorizationController::performRequests() {
-    services.begin(cancellation);
+    authenticator.begin(cancellation);
     spawn(perform(shared_from_this()));
 }
 
@@ -43,12 +60,12 @@ LinuxAuthorizationController::perform(std::shared_ptr<LinuxAuthorizationControll
     try {
         authorization = co_await untilCancelled(self->cancellation, self->ceremony());
         if (!authorization)
-            authenticator::Consent::throwCancelled();
+            throw kelo::authenticator::requestCancelled();
     } catch (...) {
         error = std::current_exception();
     }
     if (error)
-        self->report(error);
+        report(error);
     const auto listener = self->delegate.lock();
     if (!listener)
         co_return;
@@ -69,30 +86,16 @@ Task<Authorization> LinuxAuthorizationController::ceremony() {
     Authorization authorization;
     if (auto* registration =
             std::get_if<platform::PlatformRegistrationRequest>(&requests.front())) {
-        authenticator::MakeCredential operation(services.authenticator(), std::move(*registration),
-                                                std::move(anchor));
+        kelo::authenticator::MakeCredential operation(authenticator.parts(),
+                                                      std::move(*registration), std::move(anchor));
         authorization.credential = co_await operation.run();
     } else {
         auto& assertion = std::get<platform::PlatformAssertionRequest>(requests.front());
-        authenticator::GetAssertion operation(services.authenticator(), std::move(assertion),
-                                              std::move(anchor));
+        kelo::authenticator::GetAssertion operation(authenticator.parts(), std::move(assertion),
+                                                    std::move(anchor));
         authorization.credential = co_await operation.run();
     }
     co_return authorization;
-}
-
-/// The user reads the sentence; the journal gets what lay behind it.
-void LinuxAuthorizationController::report(const std::exception_ptr& error) {
-    try {
-        std::rethrow_exception(error);
-    } catch (const Failure& known) {
-        if (known.kind() == FailureKind::cancelled)
-            g_debug("passkey: %s", known.what());
-        else
-            g_message("passkey: %s", known.what());
-    } catch (const std::exception& unknown) {
-        g_warning("passkey: %s", unknown.what());
-    }
 }
 
 } // namespace kelo::authorization

@@ -9,15 +9,15 @@
 
 namespace kelo::authorization {
 
-class PasskeyServices;
+class LocalAuthenticator;
 
-/// Runs one request with this computer's own authenticator.
+/// Runs one request with the authenticator of this computer.
 class LinuxAuthorizationController final
     : public platform::AuthorizationController,
       public std::enable_shared_from_this<LinuxAuthorizationController> {
 public:
-    /// The services must outlive the controller's ceremony.
-    LinuxAuthorizationController(PasskeyServices& services,
+    /// The authenticator must outlive the ceremony.
+    LinuxAuthorizationController(LocalAuthenticator& authenticator,
                                  std::vector<platform::AuthorizationRequest> requests);
 
     void setDelegate(std::weak_ptr<platform::AuthorizationControllerDelegate> delegate) override;
@@ -28,9 +28,8 @@ public:
 private:
     static Task<void> perform(std::shared_ptr<LinuxAuthorizationController> self);
     Task<platform::Authorization> ceremony();
-    void report(const std::exception_ptr& error);
 
-    PasskeyServices& services;
+    LocalAuthenticator& authenticator;
     std::vector<platform::AuthorizationRequest> requests;
     std::weak_ptr<platform::AuthorizationControllerDelegate> delegate;
     std::weak_ptr<platform::AuthorizationPresentationContextProvider> provider;

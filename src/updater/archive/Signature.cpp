@@ -1,6 +1,7 @@
 #include "updater/archive/Signature.h"
 
-#include "updater/archive/Base64.h"
+#include "base/Base64.h"
+#include "updater/appcast/Text.h"
 
 #include <openssl/evp.h>
 
@@ -21,7 +22,7 @@ struct OpenSslDeleter {
 
 template <std::size_t Size>
 std::optional<std::array<std::uint8_t, Size>> exactly(std::string_view base64) {
-    const auto bytes = decodeBase64(base64);
+    const auto bytes = base64Decode(trimmed(base64));
     if (!bytes || bytes->size() != Size)
         return std::nullopt;
     std::array<std::uint8_t, Size> result{};

@@ -47,15 +47,15 @@ authorization::Message receive() {
     }
 }
 
-authorization::RunMark mark() {
-    authorization::RunMark read{};
+authorization::RunNonce nonce() {
+    authorization::RunNonce read{};
     std::ranges::copy(receive().payload, read.begin());
     return read;
 }
 
 void sayVerified() {
     say(authorization::MessageType::result,
-        authorization::encodeResult(authorization::HelperResult::verified, mark()));
+        authorization::encodeResult(authorization::HelperResult::verified, nonce()));
 }
 
 /// Stays open as long as this process lives.
@@ -71,7 +71,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
     {"unavailable",
      [] {
          say(authorization::MessageType::result,
-             authorization::encodeResult(authorization::HelperResult::unavailable, mark()));
+             authorization::encodeResult(authorization::HelperResult::unavailable, nonce()));
      }},
     {"says nothing", [] {}},
     {"fails", [] { ::_exit(EXIT_FAILURE); }},
@@ -103,7 +103,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"verified twice",
      [] {
-         const authorization::RunMark once = mark();
+         const authorization::RunNonce once = nonce();
          say(authorization::MessageType::result,
              authorization::encodeResult(authorization::HelperResult::verified, once));
          say(authorization::MessageType::result,
@@ -113,11 +113,11 @@ const std::map<std::string, std::function<void()>> behaviours = {
      [] {
          say(authorization::MessageType::result,
              authorization::encodeResult(authorization::HelperResult::verified,
-                                         authorization::RunMark{}));
+                                         authorization::RunNonce{}));
      }},
     {"unknown result",
      [] {
-         const authorization::RunMark once = mark();
+         const authorization::RunNonce once = nonce();
          say(authorization::MessageType::result, "!" + std::string(once.begin(), once.end()));
      }},
     {"garbage", [] { write(std::vector<char>(10000, '\x07')); }},
@@ -155,7 +155,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"speaks while a question is open",
      [] {
-         const authorization::RunMark once = mark();
+         const authorization::RunNonce once = nonce();
          sayTwo(encode(authorization::MessageType::hiddenPrompt, "Password: "),
                 encode(authorization::MessageType::result,
                        authorization::encodeResult(authorization::HelperResult::verified, once)));
@@ -163,7 +163,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"gives the result right after its question",
      [] {
-         const RunMark once = mark();
+         const RunNonce once = nonce();
          say(MessageType::hiddenPrompt, "Password: ");
          say(MessageType::result, encodeResult(HelperResult::verified, once));
          if (::write(lifeline, "!", 1) != 1)
@@ -172,7 +172,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"two questions at once",
      [] {
-         mark();
+         nonce();
          sayTwo(encode(authorization::MessageType::hiddenPrompt, "Password: "),
                 encode(authorization::MessageType::hiddenPrompt, "Password: "));
          receive();
@@ -180,7 +180,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"dies while a question is open",
      [] {
-         mark();
+         nonce();
          say(authorization::MessageType::hiddenPrompt, "Password: ");
          ::raise(SIGKILL);
      }},
@@ -198,14 +198,14 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"stops listening before its question",
      [] {
-         mark();
+         nonce();
          ::shutdown(STDIN_FILENO, SHUT_RD);
          say(MessageType::hiddenPrompt, "Password: ");
          hang();
      }},
     {"hangs",
      [] {
-         mark();
+         nonce();
          say(authorization::MessageType::information, "Swipe your finger");
          hang();
      }},

@@ -330,7 +330,7 @@ TEST_F(VerifyUserProgram, EndsByItselfWhenNobodyListensAnyMore) {
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_FAILURE) << status;
 }
 
-TEST_F(VerifyUserProgram, MarksItsResultWithTheRunItBelongsTo) {
+TEST_F(VerifyUserProgram, ReturnsTheNonceOfTheRunWithItsResult) {
     service("auth required pam_permit.so\naccount required pam_permit.so\n");
     start();
     begin();

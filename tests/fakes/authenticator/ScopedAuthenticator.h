@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/Authenticator.h"
+#include "authenticator/AuthenticatorParts.h"
 #include "base/Failure.h"
 #include "base/async/Spawn.h"
 #include "fakes/FakeMainLoop.h"
@@ -74,8 +74,8 @@ public:
     FixedClock clock;
     std::array<authenticator::Association, 1> associations{
         authenticator::Association{"localhost", "https://localhost:8443"}};
-    authenticator::Authenticator authenticator{associations, sheets, verifier, keys,
-                                               credentials,  worker, clock};
+    authenticator::AuthenticatorParts parts{associations, sheets, verifier, keys,
+                                            credentials,  worker, clock};
 };
 
 } // namespace kelo::fakes

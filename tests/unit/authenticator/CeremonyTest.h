@@ -32,12 +32,12 @@ protected:
 
     std::shared_ptr<Registered> doRegister(platform::PlatformRegistrationRequest request) {
         makers.push_back(std::make_unique<authenticator::MakeCredential>(
-            scope.authenticator, std::move(request), nullptr));
+            scope.parts, std::move(request), nullptr));
         return scope.run(makers.back()->run());
     }
     std::shared_ptr<Asserted> signIn(platform::PlatformAssertionRequest request) {
         getters.push_back(std::make_unique<authenticator::GetAssertion>(
-            scope.authenticator, std::move(request), nullptr));
+            scope.parts, std::move(request), nullptr));
         return scope.run(getters.back()->run());
     }
     /// Registers, and forgets what the person saw.

@@ -1,5 +1,7 @@
 #include "DeterministicSigner.h"
 
+#include "authenticator/keys/OpenSslPointer.h"
+
 #include <openssl/bn.h>
 #include <openssl/ec.h>
 #include <openssl/ecdsa.h>
@@ -7,25 +9,17 @@
 #include <openssl/obj_mac.h>
 
 #include <initializer_list>
-#include <memory>
 #include <stdexcept>
 
 namespace kelo {
 
 namespace {
 
-template <auto release>
-struct Release {
-    template <typename T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-using Number = std::unique_ptr<BIGNUM, Release<BN_free>>;
-using Arithmetic = std::unique_ptr<BN_CTX, Release<BN_CTX_free>>;
-using Group = std::unique_ptr<EC_GROUP, Release<EC_GROUP_free>>;
-using Point = std::unique_ptr<EC_POINT, Release<EC_POINT_free>>;
-using Signature = std::unique_ptr<ECDSA_SIG, Release<ECDSA_SIG_free>>;
+using Number = authenticator::OpenSslPointer<BIGNUM, BN_free>;
+using Arithmetic = authenticator::OpenSslPointer<BN_CTX, BN_CTX_free>;
+using Group = authenticator::OpenSslPointer<EC_GROUP, EC_GROUP_free>;
+using Point = authenticator::OpenSslPointer<EC_POINT, EC_POINT_free>;
+using Signature = authenticator::OpenSslPointer<ECDSA_SIG, ECDSA_SIG_free>;
 
 void require(bool held) {
     if (!held)

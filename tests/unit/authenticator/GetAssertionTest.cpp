@@ -1,7 +1,7 @@
 #include "CeremonyTest.h"
 #include "Hex.h"
 
-#include "authenticator/webauthn/Base64Url.h"
+#include "base/Base64.h"
 
 namespace kelo {
 
@@ -47,7 +47,7 @@ TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
     EXPECT_EQ(ended->value->rawAuthenticatorData->at(32), 0x05);
     EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.get\",\"challenge\":\"" +
-                  webauthn::base64Url(bytesOf("assertion challenge")) +
+                  base64URLEncode(bytesOf("assertion challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
@@ -166,7 +166,7 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
 TEST_F(GetAssertionTest, PresentsOverTheAnchorItWasGiven) {
     registered("zoe", "user-1");
     const auto anchor = std::make_shared<SomeWindow>();
-    authenticator::GetAssertion operation(scope.authenticator, assertion(), anchor);
+    authenticator::GetAssertion operation(scope.parts, assertion(), anchor);
     EXPECT_TRUE(scope.run(operation.run())->value);
     EXPECT_EQ(scope.person.anchor, anchor);
 }

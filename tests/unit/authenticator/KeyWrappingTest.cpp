@@ -2,6 +2,8 @@
 
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/keys/KeyWrapping.h"
+#include "authenticator/keys/SoftwareKeyStore.h"
+#include "base/Failure.h"
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
@@ -31,7 +33,29 @@ authenticator::UnwrapFailure failureOf(const authenticator::SecretBytes& wrappin
         authenticator::unwrapPrivateKey(wrapping, wrapped));
 }
 
+/// Leaves the cryptographic library without algorithms, as a broken installation does.
+class BrokenLibrary {
+public:
+    BrokenLibrary() { EVP_set_default_properties(nullptr, "provider=none"); }
+    ~BrokenLibrary() { EVP_set_default_properties(nullptr, ""); }
+    BrokenLibrary(const BrokenLibrary&) = delete;
+    BrokenLibrary& operator=(const BrokenLibrary&) = delete;
+};
+
 } // namespace
+
+TEST(Cryptography, AFailureOfTheLibraryIsNotAFailureOfTheStorage) {
+    const BrokenLibrary broken;
+    try {
+        authenticator::sha256("text");
+        FAIL() << "the library works";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.kind(), FailureKind::cryptography);
+        EXPECT_EQ(failure.localizedDescription(),
+                  "The cryptographic library of this computer failed. Restart Kelo and try again.");
+        EXPECT_EQ(failure.cause(), "OpenSSL failed at: SHA-256");
+    }
+}
 
 TEST(P256Key, ComesBackFromItsScalar) {
     const authenticator::P256Key key = authenticator::P256Key::generate();

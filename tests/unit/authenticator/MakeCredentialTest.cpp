@@ -1,6 +1,6 @@
 #include "CeremonyTest.h"
 
-#include "authenticator/webauthn/Base64Url.h"
+#include "base/Base64.h"
 
 namespace kelo {
 
@@ -40,7 +40,7 @@ TEST_F(MakeCredentialTest, WritesTheClientDataFromTheFixedTemplate) {
     const auto ended = doRegister(registration());
     EXPECT_EQ(textOf(ended->value->rawClientDataJson),
               "{\"type\":\"webauthn.create\",\"challenge\":\"" +
-                  webauthn::base64Url(bytesOf("creation challenge")) +
+                  base64URLEncode(bytesOf("creation challenge")) +
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
@@ -85,7 +85,7 @@ TEST_F(MakeCredentialTest, AcceptsUserIdsOfOneToSixtyFourBytesOnly) {
 
 TEST_F(MakeCredentialTest, PresentsOverTheAnchorItWasGiven) {
     const auto anchor = std::make_shared<SomeWindow>();
-    authenticator::MakeCredential operation(scope.authenticator, registration(), anchor);
+    authenticator::MakeCredential operation(scope.parts, registration(), anchor);
     EXPECT_TRUE(scope.run(operation.run())->value);
     EXPECT_EQ(scope.person.anchor, anchor);
 }

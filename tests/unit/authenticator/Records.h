@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/store/CredentialRecord.h"
+#include "authenticator/store/CredentialStore.h"
 
 #include <string_view>
 

@@ -2,7 +2,7 @@
 #include "Hex.h"
 
 #include "authenticator/keys/P256Key.h"
-#include "authenticator/webauthn/AttestationObject.h"
+#include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/ClientData.h"
 
 #include <gtest/gtest.h>

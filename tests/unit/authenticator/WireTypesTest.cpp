@@ -1,11 +1,10 @@
 #include "Hex.h"
 
 #include "authenticator/keys/Cryptography.h"
-#include "authenticator/webauthn/AttestationObject.h"
-#include "authenticator/webauthn/Base64Url.h"
+#include "authenticator/webauthn/AttestedCredentialData.h"
+#include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/CborWriter.h"
 #include "authenticator/webauthn/ClientData.h"
-#include "authenticator/webauthn/CoseKey.h"
 
 #include <cbor.h>
 #include <gtest/gtest.h>
@@ -47,15 +46,6 @@ std::string quotedOrigin(std::string origin) {
 }
 
 } // namespace
-
-TEST(Base64Url, HasNoPaddingAndTheSafeAlphabet) {
-    EXPECT_EQ(webauthn::base64Url({}), "");
-    EXPECT_EQ(webauthn::base64Url(fromHex("66")), "Zg");
-    EXPECT_EQ(webauthn::base64Url(fromHex("666f")), "Zm8");
-    EXPECT_EQ(webauthn::base64Url(fromHex("666f6f")), "Zm9v");
-    EXPECT_EQ(webauthn::base64Url(fromHex("fbff")), "-_8");
-    EXPECT_EQ(webauthn::base64Url(fromHex("ffffff")), "____");
-}
 
 TEST(CborWriter, WritesIntegersInTheirShortestForm) {
     EXPECT_EQ(written(0), "00");

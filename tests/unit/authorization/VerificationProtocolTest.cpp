@@ -127,22 +127,22 @@ TEST(VerificationProtocol, MakesAnyTextPresentable) {
               authorization::longestPayload);
 }
 
-TEST(VerificationProtocol, AResultCountsOnlyWithTheMarkOfItsRun) {
-    authorization::RunMark mark{};
-    mark.fill('m');
-    authorization::RunMark other = mark;
+TEST(VerificationProtocol, AResultCountsOnlyWithTheNonceOfItsRun) {
+    authorization::RunNonce nonce{};
+    nonce.fill('m');
+    authorization::RunNonce other = nonce;
     other.back() = 'n';
     for (const auto result :
          {authorization::HelperResult::verified, authorization::HelperResult::failed,
           authorization::HelperResult::unavailable}) {
-        EXPECT_EQ(authorization::decodeResult(authorization::encodeResult(result, mark), mark),
+        EXPECT_EQ(authorization::decodeResult(authorization::encodeResult(result, nonce), nonce),
                   result);
-        EXPECT_EQ(authorization::decodeResult(authorization::encodeResult(result, other), mark),
+        EXPECT_EQ(authorization::decodeResult(authorization::encodeResult(result, other), nonce),
                   std::nullopt);
     }
-    EXPECT_EQ(authorization::decodeResult("!" + std::string(16, 'm'), mark), std::nullopt);
-    EXPECT_EQ(authorization::decodeResult("", mark), std::nullopt);
-    EXPECT_EQ(authorization::decodeResult("+", mark), std::nullopt);
+    EXPECT_EQ(authorization::decodeResult("!" + std::string(16, 'm'), nonce), std::nullopt);
+    EXPECT_EQ(authorization::decodeResult("", nonce), std::nullopt);
+    EXPECT_EQ(authorization::decodeResult("+", nonce), std::nullopt);
 }
 
 } // namespace kelo::desktop

@@ -1,4 +1,5 @@
 #include "publisher/SigningKey.h"
+#include "base/Base64.h"
 #include "component/installer/Trees.h"
 #include "publisher/Commands.h"
 #include "publisher/Failure.h"
@@ -32,8 +33,8 @@ TEST(SigningKey, SignsWhatItsPublicHalfVerifies) {
     SigningKey::generate().save(folder / "key");
     const auto key = SigningKey::load(folder / "key");
     const auto bytes = bytesOf("an archive");
-    const auto publicKey = updater::parsePublicKey(base64(key.publicKey()));
-    const auto signature = updater::parseSignature(base64(key.sign(bytes)));
+    const auto publicKey = updater::parsePublicKey(base64Encode(key.publicKey()));
+    const auto signature = updater::parseSignature(base64Encode(key.sign(bytes)));
     ASSERT_TRUE(publicKey && signature);
     EXPECT_TRUE(updater::verifies(*publicKey, *signature, bytes));
     EXPECT_FALSE(updater::verifies(*publicKey, *signature, bytesOf("an Archive")));
@@ -88,7 +89,7 @@ TEST(SigningKey, TheToolNeverPrintsThePrivateHalf) {
     std::ostringstream output;
     std::ostringstream remarks;
     run(arguments, output, remarks);
-    const std::string publicKey = base64(SigningKey::load(folder / "key").publicKey());
+    const std::string publicKey = base64Encode(SigningKey::load(folder / "key").publicKey());
     EXPECT_EQ(output.str(), publicKey + "\n");
     EXPECT_THAT(remarks.str(), testing::Not(HasSubstr("PRIVATE")));
 }

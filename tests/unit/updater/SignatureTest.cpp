@@ -3,7 +3,6 @@
 #include "posix/FileDescriptor.h"
 #include "unit/updater/Publisher.h"
 #include "unit/updater/TemporaryFolder.h"
-#include "updater/archive/Base64.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +14,6 @@
 namespace kelo::test {
 
 using posix::FileDescriptor;
-using updater::decodeBase64;
 using updater::parsePublicKey;
 using updater::parseSignature;
 using updater::verifies;
@@ -122,21 +120,6 @@ TEST_F(SignatureOfFile, ThatCannotBeReadDoesNotHold) {
                               writeOnly.get(), publishedText.size()));
     EXPECT_FALSE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
                               -1, publishedText.size()));
-}
-
-TEST(Base64, KnownTextsDecode) {
-    EXPECT_EQ(decodeBase64(""), bytesOf(""));
-    EXPECT_EQ(decodeBase64("Zg=="), bytesOf("f"));
-    EXPECT_EQ(decodeBase64("Zm8="), bytesOf("fo"));
-    EXPECT_EQ(decodeBase64("Zm9v"), bytesOf("foo"));
-    EXPECT_EQ(decodeBase64("Zm9vYmFy"), bytesOf("foobar"));
-    EXPECT_EQ(decodeBase64("+/+/"), (Bytes{0xfb, 0xff, 0xbf}));
-}
-
-TEST(Base64, WhatNoEncoderWritesIsRefused) {
-    for (const char* text : {"Zg", "Zg=", "Z===", "====", "=", "Zg==Zg==", "Zh==", "Zm9=", "Zm 9v",
-                             "Zm9v\nZm9v", "Zm-v", "Zm_v", "Zg==="})
-        EXPECT_FALSE(decodeBase64(text)) << text;
 }
 
 } // namespace kelo::test

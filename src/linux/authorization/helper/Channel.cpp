@@ -15,15 +15,20 @@ namespace kelo::authorization {
 
 namespace {
 
-int takeOver(int standard, int replacement) {
-    const int kept = ::fcntl(standard, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+/// A copy of a standard stream, which from then on is the replacement instead.
+posix::FileDescriptor takeOver(int standard, int replacement) {
+    posix::FileDescriptor kept(::fcntl(standard, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     if (replacement >= 0)
         ::dup2(replacement, standard);
     return kept;
 }
 
+posix::FileDescriptor emptyInput() {
+    return posix::FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
 void waitForHangUp(int input) {
-    // No event is asked for; a hang-up is reported anyway.
+    // poll() reports a hang-up even if no event is requested.
     pollfd watched{input, 0, 0};
     while (::poll(&watched, 1, -1) < 0 && errno == EINTR) {
     }
@@ -32,17 +37,9 @@ void waitForHangUp(int input) {
 
 } // namespace
 
-Channel::Channel() {
-    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    input = takeOver(STDIN_FILENO, nothing);
-    if (nothing >= 0)
-        ::close(nothing);
-    output = takeOver(STDOUT_FILENO, STDERR_FILENO);
-}
-
-Channel::~Channel() {
-    ::close(output);
-}
+Channel::Channel()
+    : input(takeOver(STDIN_FILENO, emptyInput().get()).release()),
+      output(takeOver(STDOUT_FILENO, STDERR_FILENO)) {}
 
 std::optional<Message> Channel::receive() {
     std::array<char, 512> buffer;
@@ -61,7 +58,7 @@ std::optional<Message> Channel::receive() {
 
 bool Channel::send(MessageType type, std::string_view payload) {
     const std::vector<char> bytes = encode(type, payload);
-    return posix::writeAll(output, {bytes.data(), bytes.size()});
+    return posix::writeAll(output.get(), {bytes.data(), bytes.size()});
 }
 
 void Channel::endProcessWhenClosed() const {

@@ -2,34 +2,35 @@
 
 #include "base/SecretText.h"
 #include "linux/authorization/protocol/VerificationProtocol.h"
+#include "posix/FileDescriptor.h"
 
 #include <optional>
 #include <string_view>
 
 namespace kelo::authorization {
 
-/// The helper's end of the talk with Kelo. Takes standard input and output for itself: what a
-/// module of PAM prints must not get between the messages, and what it starts must not hold them
-/// open.
+/// The helper's end of the connection to Kelo. Takes over standard input and output, so that output
+/// of a PAM module cannot get between the messages and a child process of a module cannot keep the
+/// connection open. There is one per process.
 class Channel {
 public:
     Channel();
-    ~Channel();
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
-    /// Blocks for the next message. Nothing when Kelo closed its end or broke the rules.
+    /// Waits for the next message. Nothing if Kelo closed its end or violated the protocol.
     std::optional<Message> receive();
-    /// Whether it was sent whole.
+    /// Whether the whole message was sent.
     bool send(MessageType type, std::string_view payload);
 
-    /// Ends the process as soon as Kelo closes its end, also in the middle of a module that waits
-    /// for a finger: from a thread of its own, since PAM cannot be interrupted.
+    /// Ends the process when Kelo closes its end. A separate thread does so, because PAM cannot be
+    /// interrupted, for instance while a module waits for a fingerprint.
     void endProcessWhenClosed() const;
 
 private:
-    int input;
-    int output;
+    /// Stays open until the process ends: the thread of endProcessWhenClosed() watches it.
+    const int input;
+    posix::FileDescriptor output;
     MessageReader reader;
 };
 

@@ -33,8 +33,8 @@ TryOutcome outcomeOf(int result) {
     }
 }
 
-/// Modules do leave it out.
-const char* wordsOf(const pam_message& message) {
+/// Some modules send a null text.
+const char* textOf(const pam_message& message) {
     return message.msg ? message.msg : "";
 }
 
@@ -53,12 +53,12 @@ TryOutcome PamSession::run() {
     lastResult = pam_start(serviceName, user.c_str(), &conversation, &handle);
     if (lastResult != PAM_SUCCESS)
         return TryOutcome::unavailable;
-    // An account without a password proves nothing about who sits there.
+    // Without a password, a successful log-in proves nothing about the person.
     lastResult = pam_authenticate(handle, PAM_DISALLOW_NULL_AUTHTOK);
     if (lastResult != PAM_SUCCESS)
         return outcomeOf(lastResult);
     lastResult = pam_acct_mgmt(handle, PAM_DISALLOW_NULL_AUTHTOK);
-    // The person was right, the account is not: asking again would change nothing.
+    // The answer was right, but the account may not log in. Another try would not help.
     const TryOutcome account = outcomeOf(lastResult);
     return account == TryOutcome::wrong ? TryOutcome::refused : account;
 }
@@ -91,15 +91,15 @@ int PamSession::converse(int count, const pam_message** messages, pam_response**
 int PamSession::say(const pam_message& message, char*& answer) {
     switch (message.msg_style) {
     case PAM_PROMPT_ECHO_OFF:
-        return ask(MessageType::hiddenPrompt, wordsOf(message), answer);
+        return ask(MessageType::hiddenPrompt, textOf(message), answer);
     case PAM_PROMPT_ECHO_ON:
-        return ask(MessageType::visiblePrompt, wordsOf(message), answer);
+        return ask(MessageType::visiblePrompt, textOf(message), answer);
     case PAM_TEXT_INFO:
-        return channel.send(MessageType::information, presentable(wordsOf(message))) ? PAM_SUCCESS
-                                                                                     : PAM_CONV_ERR;
+        return channel.send(MessageType::information, presentable(textOf(message))) ? PAM_SUCCESS
+                                                                                    : PAM_CONV_ERR;
     case PAM_ERROR_MSG:
-        return channel.send(MessageType::error, presentable(wordsOf(message))) ? PAM_SUCCESS
-                                                                               : PAM_CONV_ERR;
+        return channel.send(MessageType::error, presentable(textOf(message))) ? PAM_SUCCESS
+                                                                              : PAM_CONV_ERR;
     default:
         return PAM_CONV_ERR;
     }

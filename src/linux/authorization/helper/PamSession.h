@@ -8,15 +8,16 @@
 
 namespace kelo::authorization {
 
-/// How one try ended.
+/// The result of one try.
 enum class TryOutcome {
     verified,
-    wrong,       ///< another try may be right
-    refused,     ///< no further try would be: an expired account, too many tries
+    wrong,       ///< another try may succeed
+    refused,     ///< no further try can succeed: an expired account, too many tries
     unavailable, ///< the modules could not decide
 };
 
-/// One try of PAM's to authenticate a user, with its words going through the channel.
+/// One try to authenticate a user with PAM. PAM's messages and questions go through the channel,
+/// which must outlive this.
 class PamSession {
 public:
     PamSession(Channel& channel, std::string user);
@@ -29,7 +30,8 @@ public:
 private:
     static int converse(int count, const pam_message** messages, pam_response** responses,
                         void* session);
-    /// A PAM result code. The answer is malloc'ed for the module, which frees it, or null.
+    /// Both return a PAM result code. The module frees the answer, which is allocated with malloc()
+    /// or null.
     int say(const pam_message& message, char*& answer);
     int ask(MessageType type, const char* question, char*& answer);
 

@@ -12,9 +12,9 @@
 #include <cstdlib>
 #include <string>
 
-// kelo-verify-user: checks that the person at the machine is the user this process runs as. PAM
-// lives in a process of its own because its modules block, load foreign code, and can only be
-// stopped by ending them.
+// kelo-verify-user verifies that the person at the computer is the user this process runs as. PAM
+// runs in a separate process because its modules block, load third-party code, and can only be
+// stopped by ending the process.
 
 namespace kelo::authorization {
 
@@ -22,7 +22,7 @@ namespace {
 
 constexpr int tries = 3;
 
-/// Passwords pass through here: no core file, no debugger of another process, no life after Kelo.
+/// Passwords pass through this process: no core file, no debugger, and no running on after Kelo.
 void sealProcess() {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::prctl(PR_SET_DUMPABLE, 0);
@@ -66,12 +66,12 @@ int run() {
     const std::optional<Message> begin = channel.receive();
     if (!begin || begin->type != MessageType::begin)
         return EXIT_FAILURE;
-    RunMark mark;
-    std::ranges::copy(begin->payload, mark.begin());
+    RunNonce nonce;
+    std::ranges::copy(begin->payload, nonce.begin());
     channel.endProcessWhenClosed();
     const HelperResult result = verify(channel);
-    return channel.send(MessageType::result, encodeResult(result, mark)) ? EXIT_SUCCESS
-                                                                         : EXIT_FAILURE;
+    return channel.send(MessageType::result, encodeResult(result, nonce)) ? EXIT_SUCCESS
+                                                                          : EXIT_FAILURE;
 }
 
 } // namespace

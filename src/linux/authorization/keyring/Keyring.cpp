@@ -1,7 +1,8 @@
 #include "linux/authorization/keyring/Keyring.h"
 
+#include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Failure.h"
-#include "linux/authorization/keyring/PatientCall.h"
+#include "linux/authorization/keyring/AbandonableCall.h"
 
 #include <memory>
 #include <string>
@@ -13,11 +14,11 @@ namespace {
 
 using authenticator::SecretBytes;
 
-constexpr std::size_t keySize = 32;
+constexpr std::size_t keySize = authenticator::wrappingKeySize;
 constexpr const char* label = "Key that protects the passkeys of Kelo";
 
 const SecretSchema& schema() {
-    // The library's C struct ends in reserved members that no one names; they start as zero.
+    // The library's struct has reserved members, which must be zero.
     static const SecretSchema wrappingKey = [] {
         SecretSchema made{};
         made.name = "app.kelo.Kelo.WrappingKey";
@@ -47,7 +48,7 @@ struct SecretValueDeleter {
 };
 using Secret = std::unique_ptr<SecretValue, SecretValueDeleter>;
 
-/// An error of the library, taken over at the end of the call that may set it.
+/// Receives the error of a call of the library.
 class CallError {
 public:
     GError** out() { return &raw; }
@@ -62,7 +63,7 @@ private:
     GError* raw = nullptr;
 };
 
-// Some keyrings mangle secrets that are not text, so the key is kept as hexadecimal digits.
+// Some keyrings damage secrets that are not text, so the key is stored as hexadecimal digits.
 Secret encodeKey(const SecretBytes& key) {
     constexpr std::string_view digits = "0123456789abcdef";
     SecretBytes text(2 * keySize);
@@ -108,7 +109,7 @@ gobject::GObjectPointer<SecretItem> Keyring::search() {
                                                       error.out()));
     if (error)
         fail(error.take(), "search");
-    // Should there be several, in two collections perhaps, everyone must settle on the same one.
+    // There may be several, for instance in two collections. Always choose the same one.
     SecretItem* oldest = nullptr;
     for (GList* link = found.get(); link; link = link->next) {
         auto* item = SECRET_ITEM(link->data);
@@ -130,12 +131,12 @@ gobject::GObjectPointer<SecretCollection> Keyring::defaultCollection() {
 
 void Keyring::throwIfStopped() const {
     if (stop.stop_requested())
-        throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
+        throw authenticator::requestCancelled();
 }
 
 void Keyring::unlock(GDBusProxy* locked) {
     GList only{locked, nullptr, nullptr};
-    const PatientCall call;
+    const AbandonableCall call;
     call.start([&](GAsyncReadyCallback callback, gpointer data) {
         secret_service_unlock(service.get(), &only, nullptr, callback, data);
     });
@@ -155,7 +156,7 @@ void Keyring::unlock(GDBusProxy* locked) {
 std::optional<SecretBytes> Keyring::load() {
     auto item = search();
     if (!item) {
-        // Not every keyring can tell what is in a locked collection.
+        // Some keyrings cannot search a locked collection.
         const auto collection = defaultCollection();
         if (!collection || !secret_collection_get_locked(collection.get()))
             return std::nullopt;
@@ -177,13 +178,13 @@ std::optional<SecretBytes> Keyring::load() {
                           std::string(label) +
                           "\" there, sign in another way, then register a new passkey from the "
                           "Account menu.",
-                      "the secret is no key");
+                      "the secret is not a key");
     return key;
 }
 
 void Keyring::store(const SecretBytes& key) {
     const Secret secret = encodeKey(key);
-    const PatientCall call;
+    const AbandonableCall call;
     call.start([&](GAsyncReadyCallback callback, gpointer data) {
         secret_service_store(service.get(), &schema(), attributes().get(),
                              SECRET_COLLECTION_DEFAULT, label, secret.get(), nullptr, callback,
@@ -200,7 +201,7 @@ void Keyring::fail(gobject::GErrorPointer error, const char* operation) const {
     const std::string cause = std::string("Secret Service, ") + operation + ": " +
                               (error ? error->message : "no reason given");
     if (g_cancellable_is_cancelled(cancellable.get()))
-        throw Failure(FailureKind::cancelled, "The passkey request was cancelled.", cause);
+        throw authenticator::requestCancelled(cause);
     if (!service)
         throw Failure(FailureKind::storage,
                       "No keyring is running, and without one a passkey cannot be kept safe. Start "

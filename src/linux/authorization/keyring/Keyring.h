@@ -12,18 +12,17 @@
 
 namespace kelo::authorization {
 
-/// One session with the Secret Service, for the wrapping key in it. Every call blocks, and throws a
-/// Failure with a sentence for the user. One thread; a stop from any thread ends a call
-/// early.
+/// A session with the Secret Service that loads and stores the wrapping key. Every call blocks and
+/// throws a Failure of kind storage or cancelled. Use it on one thread. A stop from any thread ends
+/// a call early.
 class Keyring {
 public:
     explicit Keyring(const std::stop_token& stop);
 
-    /// The wrapping key; nothing when the keyring has none. Asks the user to unlock where it may
-    /// be.
+    /// The wrapping key. Nothing if the keyring has none. May ask the user to unlock the keyring.
     std::optional<authenticator::SecretBytes> load();
-    /// Keeps a wrapping key in the default collection, which the user may be asked to unlock or
-    /// make.
+    /// Stores a wrapping key in the default collection. May ask the user to unlock or create the
+    /// collection.
     void store(const authenticator::SecretBytes& key);
 
 private:

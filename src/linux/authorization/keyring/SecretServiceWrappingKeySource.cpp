@@ -1,7 +1,6 @@
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 
 #include "authenticator/keys/Cryptography.h"
-#include "authenticator/keys/KeyWrapping.h"
 #include "base/Failure.h"
 #include "linux/authorization/keyring/Keyring.h"
 
@@ -20,14 +19,14 @@ SecretBytes SecretServiceWrappingKeySource::findOrCreate(std::stop_token stop) {
     SecretBytes made(authenticator::wrappingKeySize);
     authenticator::fillRandom(made.data(), made.size());
     keyring.store(made);
-    // What the keyring gives back is what counts: a store that was refused at a prompt reports no
-    // error, and a passkey under a key that nobody kept would be lost from the start.
+    // Load the key again, because the library reports no error if the user refuses the prompt. A
+    // passkey whose wrapping key was not stored could never be used.
     auto kept = keyring.load();
     if (!kept)
         throw Failure(FailureKind::storage,
                       "Your keyring did not keep the key that protects passkeys. Try again "
                       "and let the keyring store it when it asks.",
-                      "stored, but not found again");
+                      "the stored key was not found");
     return std::move(*kept);
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "authenticator/keys/WrappingKeySource.h"
+#include "authenticator/keys/SoftwareKeyStore.h"
 
 namespace kelo::authorization {
 
-/// Keeps the wrapping key in the user's keyring, through the Secret Service of the session bus. The
-/// keyring asks the user itself to unlock it. Nothing is remembered between two calls, so that a
-/// keyring that was locked, restarted or replaced is seen as it is.
+/// Stores the wrapping key in the user's keyring, through the Secret Service on the session bus.
+/// The keyring itself asks the user to unlock it. Nothing is cached between calls, because the
+/// keyring may be locked, restarted or replaced at any time.
 class SecretServiceWrappingKeySource final : public authenticator::WrappingKeySource {
 public:
     std::optional<authenticator::SecretBytes> find(std::stop_token stop) override;

@@ -20,13 +20,13 @@ bool isText(std::string_view payload) {
     return isWellFormedUtf8(payload) && std::ranges::none_of(payload, isControl);
 }
 
-/// Whether there is such a type, and a payload of this length may belong to it.
+/// Whether the type exists and allows a payload of this length.
 bool allowsLength(char type, std::size_t length) {
     switch (static_cast<MessageType>(type)) {
     case MessageType::begin:
-        return length == RunMark().size();
+        return length == RunNonce().size();
     case MessageType::result:
-        return length == 1 + RunMark().size();
+        return length == 1 + RunNonce().size();
     case MessageType::tryAgain:
         return length == 0;
     case MessageType::answer:
@@ -68,7 +68,7 @@ std::vector<char> encode(MessageType type, std::string_view payload) {
 
 std::string presentable(std::string_view text) {
     std::string result(text);
-    // A module in another locale than ours: its ASCII is still worth reading.
+    // The module may use another locale. The ASCII part is still readable.
     if (!isWellFormedUtf8(result))
         std::ranges::replace_if(
             result, [](char c) { return static_cast<unsigned char>(c) > 0x7F; }, '?');
@@ -89,7 +89,7 @@ MessageReader::~MessageReader() {
 void MessageReader::feed(std::span<const char> bytes) {
     if (broken_)
         return;
-    // Grown by hand, because a string that grows leaves its old memory as it was.
+    // std::string does not wipe its old memory when it grows.
     if (pending.size() + bytes.size() > pending.capacity()) {
         std::string larger;
         larger.reserve(std::max(2 * pending.capacity(), pending.size() + bytes.size()));
@@ -124,12 +124,12 @@ std::optional<Message> MessageReader::next() {
     return message;
 }
 
-std::string encodeResult(HelperResult result, const RunMark& mark) {
-    return static_cast<char>(result) + std::string(mark.begin(), mark.end());
+std::string encodeResult(HelperResult result, const RunNonce& nonce) {
+    return static_cast<char>(result) + std::string(nonce.begin(), nonce.end());
 }
 
-std::optional<HelperResult> decodeResult(std::string_view payload, const RunMark& mark) {
-    if (payload.size() != 1 + mark.size() || !std::ranges::equal(payload.substr(1), mark))
+std::optional<HelperResult> decodeResult(std::string_view payload, const RunNonce& nonce) {
+    if (payload.size() != 1 + nonce.size() || !std::ranges::equal(payload.substr(1), nonce))
         return std::nullopt;
     const auto result = static_cast<HelperResult>(payload[0]);
     switch (result) {

@@ -11,22 +11,22 @@
 
 namespace kelo::authorization {
 
-// What Kelo and kelo-verify-user say to each other, over the helper's standard input and output.
+// The protocol between Kelo and kelo-verify-user, over the helper's standard input and output.
 //
-// A message is a type byte, a length (two bytes, big-endian, at most longestPayload) and that many
-// bytes. The talk goes strictly by turns:
+// A message is a type byte, a length (two bytes, big-endian, at most longestPayload) and a payload
+// of that length. The two sides take turns:
 //
-//   Kelo    begin      16 random bytes
+//   Kelo    begin      the nonce of this run, 16 random bytes
 //   helper  any number of
-//             information | error     a text to show; the helper goes on at once
+//             information | error     a text to show; the helper continues at once
 //             hiddenPrompt | visiblePrompt    a question; the helper waits for
-//   Kelo      answer                  the reply, as typed
-//   helper      tryAgain              the last try was wrong, another one follows
-//   helper  result     one byte (see HelperResult), then the 16 bytes of begin
+//   Kelo      answer                  the text that the user typed
+//   helper      tryAgain              the answer was wrong, another try follows
+//   helper  result     one byte (see HelperResult), then the nonce
 //
-// and the helper ends with exit status 0. Texts are well-formed UTF-8 without control characters
-// other than line feed and tab. Whoever sees the rules broken gives up: Kelo takes it as a failed
-// verification, the helper ends. Kelo cancels by closing its end.
+// Then the helper exits with status 0. Texts are well-formed UTF-8 without control characters other
+// than line feed and tab. After a protocol violation the helper exits, and Kelo treats the
+// verification as failed. To cancel, Kelo closes its end.
 
 enum class MessageType : std::uint8_t {
     begin = 'B',
@@ -52,32 +52,32 @@ struct Message {
 
 inline constexpr std::size_t longestPayload = 4096;
 
-/// Ties a result to the run it belongs to.
-using RunMark = std::array<char, 16>;
+/// Proves that a result belongs to this run.
+using RunNonce = std::array<char, 16>;
 
-/// One message as bytes, its payload cut to longestPayload. The bytes of an answer are a secret:
-/// wipe them.
+/// Encodes a message. Truncates the payload to longestPayload. The bytes of an answer are secret,
+/// so the caller must wipe them.
 std::vector<char> encode(MessageType type, std::string_view payload);
 
-/// A text as the protocol allows it: with "?" for what is not ASCII if it is not UTF-8, without
-/// control characters, cut to longestPayload.
+/// Turns any text into one that the protocol allows. Removes control characters and truncates to
+/// longestPayload. If the text is not well-formed UTF-8, replaces bytes outside ASCII with "?".
 std::string presentable(std::string_view text);
 
-/// Splits a stream into messages and checks each by itself: type, length, and text.
+/// Splits a stream into messages and checks the type, length and text of each.
 class MessageReader {
 public:
     MessageReader() = default;
     MessageReader(const MessageReader&) = delete;
     MessageReader& operator=(const MessageReader&) = delete;
-    /// What was not taken is wiped: it may be an answer.
+    /// Wipes the remaining bytes, which may be an answer.
     ~MessageReader();
 
     void feed(std::span<const char> bytes);
-    /// The next whole message, if there is one. The caller wipes an answer.
+    /// The next complete message, if there is one. The caller must wipe an answer.
     std::optional<Message> next();
-    /// Whether the stream broke the rules; then nothing more comes out of it.
+    /// Whether the stream violated the protocol. Then next() returns nothing more.
     bool broken() const { return broken_; }
-    /// Whether bytes are left that are no whole message.
+    /// Whether an incomplete message is left.
     bool midMessage() const { return !pending.empty(); }
 
 private:
@@ -85,9 +85,9 @@ private:
     bool broken_ = false;
 };
 
-/// The result message's payload.
-std::string encodeResult(HelperResult result, const RunMark& mark);
-/// The result in a payload, or nothing when it is malformed or carries another mark.
-std::optional<HelperResult> decodeResult(std::string_view payload, const RunMark& mark);
+/// The payload of a result message.
+std::string encodeResult(HelperResult result, const RunNonce& nonce);
+/// The result in a payload. Nothing if the payload is malformed or has another nonce.
+std::optional<HelperResult> decodeResult(std::string_view payload, const RunNonce& nonce);
 
 } // namespace kelo::authorization

@@ -46,10 +46,10 @@ void onEnd(GObject* process, GAsyncResult* result, gpointer data) {
 std::unique_ptr<HelperProcess>
 HelperProcess::start(const std::filesystem::path& program,
                      const std::vector<std::string>& extraEnvironment) {
-    // A pair of sockets rather than pipes: writing to a helper that died must not raise a signal.
+    // Sockets instead of pipes: MSG_NOSIGNAL avoids a signal if the helper has died.
     std::array<int, 2> ends{};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        g_warning("user verification: no socket pair: %s", g_strerror(errno));
+        g_warning("user verification: cannot create a socket pair: %s", g_strerror(errno));
         return nullptr;
     }
     posix::FileDescriptor ours(ends[0]);
@@ -69,7 +69,7 @@ HelperProcess::start(const std::filesystem::path& program,
         g_subprocess_launcher_spawn(launcher.get(), &error, program.c_str(), nullptr));
     const gobject::GErrorPointer failure(error);
     if (!process) {
-        g_warning("user verification: %s cannot be started: %s", program.c_str(), failure->message);
+        g_warning("user verification: cannot start %s: %s", program.c_str(), failure->message);
         return nullptr;
     }
     return std::unique_ptr<HelperProcess>(new HelperProcess(std::move(process), std::move(ours)));
@@ -90,8 +90,8 @@ HelperProcess::~HelperProcess() {
 
 bool HelperProcess::send(MessageType type, std::string_view payload) const {
     std::vector<char> bytes = encode(type, payload);
-    // The helper listens when it is its turn and a message is far smaller than a socket's buffer,
-    // so one that does not fit at once is a helper that does not play along.
+    // A message is much smaller than the socket's buffer. If it does not fit, the helper does not
+    // read and is therefore faulty.
     const ssize_t sent =
         ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     wipe(bytes.data(), bytes.size());
@@ -99,7 +99,7 @@ bool HelperProcess::send(MessageType type, std::string_view payload) const {
 }
 
 bool HelperProcess::spokeOutOfTurn() {
-    // What it said in this very turn of the main loop counts too.
+    // Include what it has sent in this iteration of the main loop.
     return !read() || reader.midMessage();
 }
 
@@ -136,7 +136,7 @@ gboolean HelperProcess::readable(gint, GIOCondition, gpointer data) {
     return open ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 
-/// False when nothing more is to be expected.
+/// False if nothing more can come.
 bool HelperProcess::read() {
     std::array<char, 4096> buffer;
     const ssize_t count = ::read(socket.get(), buffer.data(), buffer.size());

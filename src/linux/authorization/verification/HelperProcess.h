@@ -18,11 +18,11 @@
 
 namespace kelo::authorization {
 
-/// A running kelo-verify-user, or whatever stands in its place. It is killed when this goes; GLib
-/// collects its exit status. Main thread, with the default GLib main context running.
+/// A running helper program. The destructor kills it, and GLib reaps it. Main thread, with the
+/// default GLib main context running.
 class HelperProcess {
 public:
-    /// The extra environment is NAME=value, on top of this process's own. Null when the program
+    /// The extra environment (NAME=value) is added to that of this process. Null if the program
     /// cannot be started.
     static std::unique_ptr<HelperProcess> start(const std::filesystem::path& program,
                                                 const std::vector<std::string>& extraEnvironment);
@@ -30,20 +30,21 @@ public:
     HelperProcess(const HelperProcess&) = delete;
     HelperProcess& operator=(const HelperProcess&) = delete;
 
-    /// Whether the message was handed over whole.
+    /// Whether the whole message was sent.
     bool send(MessageType type, std::string_view payload) const;
 
-    /// The next message; nothing once the helper closed its end or broke the rules. One at a time.
+    /// The next message. Nothing if the helper closed its end or violated the protocol. One call at
+    /// a time.
     Task<std::optional<Message>> receive();
 
-    /// Whether the helper has said something that nobody asked for, or has closed its end.
+    /// Whether the helper has sent something out of turn or has closed its end.
     bool spokeOutOfTurn();
 
-    /// Cancelled when the helper closes its end or breaks the rules.
+    /// Cancelled when the helper closes its end or violates the protocol.
     Cancellation closed() const { return closed_; }
 
-    /// After receive() gave nothing: whether the helper ended in order, with exit status 0 and no
-    /// half message left.
+    /// Whether the helper exited with status 0 and left no incomplete message. Call it after
+    /// receive() returned nothing.
     Task<bool> endedWell();
 
 private:

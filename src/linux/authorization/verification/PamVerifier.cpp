@@ -14,10 +14,10 @@ using authenticator::VerificationConversation;
 using authenticator::VerificationOutcome;
 using Answer = std::optional<SecretText>;
 
-RunMark randomMark() {
-    RunMark mark;
-    authenticator::fillRandom(reinterpret_cast<std::uint8_t*>(mark.data()), mark.size());
-    return mark;
+RunNonce randomNonce() {
+    RunNonce nonce;
+    authenticator::fillRandom(reinterpret_cast<std::uint8_t*>(nonce.data()), nonce.size());
+    return nonce;
 }
 
 VerificationOutcome outcomeOf(HelperResult result) {
@@ -32,18 +32,18 @@ VerificationOutcome outcomeOf(HelperResult result) {
     return VerificationOutcome::failed;
 }
 
-/// One verification: the talk between a helper and the user.
-class Talk {
+/// One verification. Passes messages between the helper and the user.
+class VerificationRun {
 public:
-    Talk(std::unique_ptr<HelperProcess> helper, VerificationConversation& conversation)
+    VerificationRun(std::unique_ptr<HelperProcess> helper, VerificationConversation& conversation)
         : helper(std::move(helper)), conversation(conversation) {}
 
     Task<VerificationOutcome> run() {
-        const RunMark mark = randomMark();
-        helper->send(MessageType::begin, std::string_view(mark.data(), mark.size()));
+        const RunNonce nonce = randomNonce();
+        helper->send(MessageType::begin, std::string_view(nonce.data(), nonce.size()));
         while (const std::optional<Message> message = co_await helper->receive()) {
             if (message->type == MessageType::result)
-                co_return co_await finish(decodeResult(message->payload, mark));
+                co_return co_await finish(decodeResult(message->payload, nonce));
             const std::optional<VerificationOutcome> end = co_await handle(*message);
             if (end)
                 co_return *end;
@@ -81,7 +81,7 @@ private:
         authenticator::VerificationPrompt prompt;
         prompt.text = std::move(message.payload);
         prompt.echo = message.type == MessageType::visiblePrompt;
-        // A helper that gives up while the user types must not leave them typing to nobody.
+        // If the helper gives up while the user types, nobody needs the answer any more.
         std::optional<Answer> given =
             co_await untilCancelled(helper->closed(), conversation.ask(std::move(prompt)));
         if (!given || helper->spokeOutOfTurn())
@@ -105,14 +105,14 @@ private:
 
     std::unique_ptr<HelperProcess> helper;
     VerificationConversation& conversation;
-    /// Whether this try asked for something secret; a fingerprint reader does not.
+    /// Whether this try asked for a password. A fingerprint reader does not.
     bool askedPassword = false;
 };
 
-Task<VerificationOutcome> runTalk(std::unique_ptr<HelperProcess> helper,
-                                  VerificationConversation& conversation) {
-    Talk talk(std::move(helper), conversation);
-    co_return co_await talk.run();
+Task<VerificationOutcome> runVerification(std::unique_ptr<HelperProcess> helper,
+                                          VerificationConversation& conversation) {
+    VerificationRun run(std::move(helper), conversation);
+    co_return co_await run.run();
 }
 
 } // namespace
@@ -127,7 +127,7 @@ Task<VerificationOutcome> PamVerifier::verify(VerificationConversation& conversa
     const Cancellation cancellation;
     conversation.onCancel([cancellation] { cancellation.cancel(); });
     const std::optional<VerificationOutcome> outcome =
-        co_await untilCancelled(cancellation, runTalk(std::move(process), conversation));
+        co_await untilCancelled(cancellation, runVerification(std::move(process), conversation));
     conversation.onCancel(nullptr);
     co_return outcome.value_or(VerificationOutcome::cancelled);
 }
@@ -138,7 +138,7 @@ std::filesystem::path verificationHelperPath() {
     const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
     if (!failure) {
         const auto folder = program.parent_path();
-        // Beside it in a build tree; otherwise where a tree that was moved has it.
+        // The first is for a build tree, the second for an installation that was moved.
         for (const auto& path : {folder / name, folder.parent_path() / "libexec" / "kelo" / name}) {
             if (std::filesystem::is_regular_file(path, failure))
                 return path;

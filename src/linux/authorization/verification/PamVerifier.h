@@ -11,13 +11,13 @@ namespace kelo::authorization {
 
 class HelperProcess;
 
-/// Verifies the user with what the system's own log-in asks for (PAM), in the helper process
-/// kelo-verify-user. The helper lives for one verification and is killed when that ends, is
-/// cancelled or is dropped. One that dies, breaks the rules of the talk, or gives a result that is
-/// not the answer to this run, has verified nobody.
+/// Verifies the user with PAM, as the system's log-in does, in the helper process kelo-verify-user.
+/// Each verification starts a helper and kills it when the verification ends or its task is
+/// destroyed. If the helper crashes, violates the protocol or returns another run's nonce, the
+/// verification fails.
 class PamVerifier final : public authenticator::UserVerifier {
 public:
-    /// The extra environment for the helper is NAME=value.
+    /// The extra environment (NAME=value) is for the helper.
     explicit PamVerifier(std::filesystem::path helper,
                          std::vector<std::string> extraEnvironment = {});
 
@@ -29,9 +29,8 @@ private:
     std::vector<std::string> extraEnvironment;
 };
 
-/// Where kelo-verify-user is: beside this program, or in the libexec folder of the tree that this
-/// program was installed in, or else where the build would install it. Never a path that the
-/// environment names.
+/// The path of kelo-verify-user: beside this program, else in the libexec folder of the same
+/// installation, else where the build would install it. The environment has no influence on it.
 std::filesystem::path verificationHelperPath();
 
 } // namespace kelo::authorization

@@ -1,4 +1,4 @@
-#include "authenticator/Association.h"
+#include "authenticator/AuthenticatorParts.h"
 
 #include "base/Failure.h"
 
@@ -6,8 +6,8 @@
 
 namespace kelo::authenticator {
 
-const Association& requireAssociation(std::span<const Association> associations,
-                                      std::string_view relyingPartyIdentifier) {
+const Association&
+AuthenticatorParts::requireAssociation(std::string_view relyingPartyIdentifier) const {
     const auto found = std::ranges::find(associations, relyingPartyIdentifier,
                                          &Association::relyingPartyIdentifier);
     if (found == associations.end())

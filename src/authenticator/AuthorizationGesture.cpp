@@ -1,30 +1,31 @@
-#include "authenticator/Consent.h"
+#include "authenticator/AuthorizationGesture.h"
 
 #include <utility>
 
 namespace kelo::authenticator {
 
-Consent::Consent(const Authenticator& authenticator, std::shared_ptr<platform::Window> anchor)
-    : authenticator(authenticator), anchor(std::move(anchor)) {}
+AuthorizationGesture::AuthorizationGesture(const AuthenticatorParts& parts,
+                                           std::shared_ptr<platform::Window> anchor)
+    : parts(parts), anchor(std::move(anchor)) {}
 
-Consent::~Consent() = default;
+AuthorizationGesture::~AuthorizationGesture() = default;
 
-Task<std::size_t> Consent::confirm(ConsentRequest request) {
+Task<std::size_t> AuthorizationGesture::confirm(ConsentRequest request) {
     const std::size_t accounts = request.accountNames.size();
-    sheet = authenticator.sheets.makeSheet(anchor);
+    sheet = parts.sheets.makeSheet(anchor);
     const std::optional<std::size_t> chosen = co_await sheet->confirm(std::move(request));
     if (!chosen || *chosen >= accounts)
-        throwCancelled();
+        throw requestCancelled();
     co_return *chosen;
 }
 
-Task<void> Consent::verify() {
-    const VerificationOutcome outcome = co_await authenticator.verifier.verify(*sheet);
+Task<void> AuthorizationGesture::verify() {
+    const VerificationOutcome outcome = co_await parts.verifier.verify(*sheet);
     switch (outcome) {
     case VerificationOutcome::verified:
         co_return;
     case VerificationOutcome::cancelled:
-        throwCancelled();
+        throw requestCancelled();
     case VerificationOutcome::unavailable:
         throw Failure(FailureKind::notAllowed,
                       "This computer has no way to check that it is you, so the passkey was not "
@@ -38,10 +39,6 @@ Task<void> Consent::verify() {
                   "Kelo could not verify that it is you, so the passkey was not used. Please try "
                   "again.",
                   "user verification failed");
-}
-
-void Consent::throwCancelled() {
-    throw Failure(FailureKind::cancelled, "The passkey request was cancelled.");
 }
 
 } // namespace kelo::authenticator

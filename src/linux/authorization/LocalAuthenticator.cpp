@@ -1,0 +1,56 @@
+#include "linux/authorization/LocalAuthenticator.h"
+
+#include "authenticator/keys/SoftwareKeyStore.h"
+#include "deployment/Deployment.h"
+#include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
+#include "linux/authorization/verification/PamVerifier.h"
+#include "linux/gobject/WorkerThread.h"
+#include "posix/SystemClock.h"
+
+#include <glib.h>
+
+#include <array>
+#include <string>
+#include <utility>
+
+namespace kelo::authorization {
+
+struct LocalAuthenticator::Storage {
+    explicit Storage(authenticator::PasskeySheetFactory& sheets)
+        : parts{associations, sheets, verifier, keys, credentials, worker, clock} {}
+
+    const std::array<authenticator::Association, 1> associations{authenticator::Association{
+        std::string(deployment::relyingPartyIdentifier), std::string(deployment::serviceOrigin)}};
+    posix::SystemClock clock;
+    authenticator::CredentialStore credentials{passkeyFile()};
+    PamVerifier verifier{verificationHelperPath()};
+    gobject::WorkerThread worker;
+    // A separate thread, because a keyring may block until the user answers its prompt. Reading the
+    // credential store must not wait for that.
+    gobject::WorkerThread keyringWorker;
+    authenticator::SoftwareKeyStore keys{std::make_shared<SecretServiceWrappingKeySource>(),
+                                         keyringWorker};
+    authenticator::AuthenticatorParts parts;
+};
+
+LocalAuthenticator::LocalAuthenticator(authenticator::PasskeySheetFactory& sheets)
+    : sheets(sheets) {}
+
+LocalAuthenticator::~LocalAuthenticator() = default;
+
+const authenticator::AuthenticatorParts& LocalAuthenticator::parts() {
+    if (!storage)
+        storage = std::make_unique<Storage>(sheets);
+    return storage->parts;
+}
+
+void LocalAuthenticator::begin(Cancellation ceremony) {
+    if (const auto former = std::exchange(current, std::move(ceremony)))
+        former->cancel();
+}
+
+std::filesystem::path passkeyFile() {
+    return std::filesystem::path(g_get_user_data_dir()) / "kelo" / "passkeys.sqlite";
+}
+
+} // namespace kelo::authorization

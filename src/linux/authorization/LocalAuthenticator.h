@@ -1,0 +1,38 @@
+#pragma once
+
+#include "authenticator/AuthenticatorParts.h"
+#include "base/async/Cancellation.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace kelo::authorization {
+
+/// The authenticator of this computer. It runs one ceremony at a time. Main thread.
+class LocalAuthenticator {
+public:
+    /// Touches no file, keyring, helper or thread. The factory must outlive this.
+    explicit LocalAuthenticator(authenticator::PasskeySheetFactory& sheets);
+    /// Destroy all ceremonies first.
+    ~LocalAuthenticator();
+    LocalAuthenticator(const LocalAuthenticator&) = delete;
+    LocalAuthenticator& operator=(const LocalAuthenticator&) = delete;
+
+    /// What a ceremony needs. Created by the first call.
+    const authenticator::AuthenticatorParts& parts();
+    /// Makes this ceremony the current one and cancels the one before it.
+    void begin(Cancellation ceremony);
+
+private:
+    struct Storage;
+
+    authenticator::PasskeySheetFactory& sheets;
+    std::unique_ptr<Storage> storage;
+    std::optional<Cancellation> current;
+};
+
+/// The file with the passkeys, below $XDG_DATA_HOME (by default ~/.local/share).
+std::filesystem::path passkeyFile();
+
+} // namespace kelo::authorization
