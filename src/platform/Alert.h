@@ -16,15 +16,15 @@ struct SecureTextField {
     std::string placeholder;
 };
 
-/// Return code of an alert's first button; the second gives one more, and so on.
+/// Return code of an alert's first button. Each further button's code is one higher.
 inline constexpr int alertFirstButtonReturn = 1000;
 
-/// What a modal alert says and offers.
+/// A modal alert.
 struct Alert {
     std::string messageText;
     std::string informativeText;
-    /// First the default one, which Enter presses. Empty: the platform's own acknowledgement
-    /// button. Escape and closing the dialog press the last of several, or the only one.
+    /// The first is the default button, which Enter presses. Escape and closing the dialog press
+    /// the last. If empty, the platform shows its own acknowledgement button.
     std::vector<std::string> buttons = {};
     std::optional<SecureTextField> accessoryView = std::nullopt;
     /// The field has the keyboard focus when the alert opens.
@@ -33,11 +33,11 @@ struct Alert {
 
 struct AlertOutcome {
     int returnCode = 0;
-    /// What stood in the field when the alert ended; empty without a field.
+    /// The text of the field when the alert was closed; empty without a field.
     SecretText fieldText;
 };
 
-/// Shows alerts. The windows of the program take no input while one is up.
+/// Shows alerts. While one is open, the program's windows take no input.
 class AlertPresenter {
 public:
     virtual ~AlertPresenter() = default;

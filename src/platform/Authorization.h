@@ -38,7 +38,7 @@ struct PlatformRegistrationRequest {
 
 using AuthorizationRequest = std::variant<PlatformAssertionRequest, PlatformRegistrationRequest>;
 
-/// Makes requests for one relying party.
+/// Creates requests for one relying party.
 class PlatformPublicKeyCredentialProvider {
 public:
     explicit PlatformPublicKeyCredentialProvider(std::string relyingPartyIdentifier)

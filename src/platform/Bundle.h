@@ -9,17 +9,17 @@
 
 namespace kelo::platform {
 
-/// A value of an information dictionary, as far as anybody reads it: lists, data and the like are
-/// std::monostate.
+/// A value of an information dictionary. Kinds that the program does not use, such as lists and
+/// data, are std::monostate.
 using InformationValue = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
 
 using InformationDictionary = std::map<std::string, InformationValue, std::less<>>;
 
-/// What was installed with the program. Main thread only.
+/// The files installed with the program. Main thread only.
 class Bundle {
 public:
     virtual ~Bundle() = default;
-    /// Read anew at each call; nothing when there is none that can be read.
+    /// Reads the dictionary from its file at each call. Empty if there is none or it is unreadable.
     virtual std::optional<InformationDictionary> infoDictionary() = 0;
 };
 

@@ -8,7 +8,7 @@
 
 namespace kelo::platform {
 
-/// A set of modifier keys, by the bits below; bits without a name may be set, too.
+/// A set of modifier keys, made of the bits below. Other bits may be set, too.
 using ModifierFlags = std::uint64_t;
 
 namespace modifier {
@@ -17,20 +17,20 @@ inline constexpr ModifierFlags shift = 0x20000;
 inline constexpr ModifierFlags control = 0x40000;
 /// Alt on a PC keyboard, left or right; never AltGr.
 inline constexpr ModifierFlags option = 0x80000;
-/// The key with the desktop's own sign on it.
+/// The Super key, which often carries a logo.
 inline constexpr ModifierFlags command = 0x100000;
 } // namespace modifier
 
-/// Keys by the numbers that the system knows them by, whatever the keyboard calls them.
+/// A number for a key. It does not depend on the keyboard.
 using KeyCode = std::uint16_t;
 
 namespace key {
 inline constexpr KeyCode escape = 53;
-/// Every key that the system has no number for.
+/// Any key without a number of its own.
 inline constexpr KeyCode other = 0xFFFF;
 } // namespace key
 
-/// Kinds of events; a mask may hold several.
+/// A set of event kinds, made of the bits below.
 using EventMask = std::uint64_t;
 
 namespace event_mask {
@@ -39,42 +39,45 @@ inline constexpr EventMask flagsChanged = 0x1000;
 } // namespace event_mask
 
 struct Event {
-    /// One bit of EventMask.
+    /// Exactly one bit of event_mask.
     EventMask kind = 0;
     /// The modifiers that are down after the event.
     ModifierFlags modifierFlags = 0;
-    /// Of a key-down event.
+    /// Set for key-down events only.
     KeyCode keyCode = key::other;
-    /// The window of ours that the event is addressed to; null for none that the system knows.
+    /// The window of this program that receives the event. Null if it is not one that a caller of
+    /// the seam has made.
     std::shared_ptr<const Window> window = nullptr;
 };
 
 using EventPointer = std::shared_ptr<const Event>;
 
-/// Stands for an installed monitor. It cannot do anything, and dropping it removes nothing: a
-/// monitor stays for the life of the process.
+/// A token for an installed monitor. Destroying it does not remove the monitor, which stays for the
+/// life of the process.
 class EventMonitor {
 public:
     virtual ~EventMonitor() = default;
 };
 
-/// Lets the system see input without taking it. Main thread only, handlers included. A desktop that
-/// has no way to see what is asked for gives no monitor: null.
+/// Observes keyboard input. Main thread only; handlers are called there, too. Both functions return
+/// null if the desktop cannot observe such events.
 ///
-/// A change of the modifiers comes to the global monitors or to the local ones, never to both.
+/// A change of the modifiers goes either to the global monitors or to the local ones, never to
+/// both.
 class EventMonitors {
 public:
     using GlobalHandler = std::function<void(const Event&)>;
-    /// Returns the event that goes on to the window: the one received, or null for none, so that
-    /// neither the window nor a later monitor sees it. Changes of the modifiers go on in any case.
+    /// Returns the event to pass it on, or null to consume it: then neither the window nor a later
+    /// monitor sees it. Changes of the modifiers cannot be consumed.
     using LocalHandler = std::function<EventPointer(const EventPointer&)>;
 
     virtual ~EventMonitors() = default;
 
-    /// For events addressed to other programs. Only flagsChanged is offered.
+    /// Observes events that go to other programs. Supports flagsChanged only.
     virtual std::shared_ptr<EventMonitor> addGlobalMonitor(EventMask matching,
                                                            GlobalHandler handler) = 0;
-    /// For events addressed to a window of ours. Handlers are called in the order added.
+    /// Observes events that go to windows of this program. Handlers are called in the order in
+    /// which they were added.
     virtual std::shared_ptr<EventMonitor> addLocalMonitor(EventMask matching,
                                                           LocalHandler handler) = 0;
 };

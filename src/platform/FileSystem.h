@@ -7,7 +7,7 @@
 
 namespace kelo::platform {
 
-/// A file that is open for writing; closed when it goes.
+/// A file that is open for writing. The destructor closes it.
 class OpenFile {
 public:
     virtual ~OpenFile() = default;
@@ -15,14 +15,14 @@ public:
     virtual void write(ByteView bytes) = 0;
 };
 
-/// The few file operations the debug log needs. None follows a symbolic link at the path itself,
-/// and none touches anything but a regular file.
+/// The file operations of the debug log. They fail if the path names a symbolic link or anything
+/// else that is not a regular file.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
-    /// Opens without creating or truncating; null when that cannot be done.
+    /// Opens an existing file and keeps its content. Returns null on failure.
     virtual std::unique_ptr<OpenFile> openForWriting(const std::string& path) = 0;
-    /// Creates the file or replaces its content; false when that cannot be done.
+    /// Creates the file or replaces its content. Returns false on failure.
     virtual bool writeWholeFile(const std::string& path, ByteView bytes) = 0;
 };
 

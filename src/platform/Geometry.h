@@ -1,7 +1,7 @@
 #pragma once
 
-/// Lengths and places on a screen, in points (one CSS pixel each). Where a place is on a screen, y
-/// grows upward; the desktop's adapter flips it.
+/// Lengths and places in points; one point is one CSS pixel. On a screen, y grows upward. The
+/// desktop's adapter converts it.
 namespace kelo::platform {
 
 struct Point {
@@ -16,7 +16,7 @@ struct Size {
     friend bool operator==(const Size&, const Size&) = default;
 };
 
-/// From its lower left corner.
+/// x and y are the lower left corner.
 struct Rectangle {
     double x = 0;
     double y = 0;

@@ -4,9 +4,9 @@
 
 namespace kelo::platform {
 
-/// A monitor, as it was when it was asked for.
+/// A monitor, as it was at the moment of the request.
 struct Screen {
-    /// What the desktop's own panels and docks leave free.
+    /// The work area: the part that the desktop's own panels and docks leave free.
     Rectangle visibleFrame;
 };
 

@@ -2,7 +2,7 @@
 
 namespace kelo::platform {
 
-/// A window of ours: to present something over, or to be told from another one.
+/// A window of this program. Callers only compare windows and present others over them.
 class Window {
 public:
     virtual ~Window() = default;
