@@ -9,27 +9,28 @@
 
 namespace kelo::voice {
 
-/// Turns the chord Control + Option, pressed in any program, into a tap (released before the hold
-/// threshold) or into the start and the end of a hold. It looks at nothing but which modifiers are
-/// down, and takes no key from anybody. Main thread only.
+/// Recognizes the chord Control + Option in any program. Released before the hold threshold, it is
+/// a tap; otherwise, it is a hold with a start and an end. Observes modifiers only and consumes no
+/// event. Main thread only.
 ///
-/// Monitors and timer hold it weakly, so it lives in a shared pointer.
+/// Must be owned by a shared pointer, because monitors and timer hold it weakly.
 class GlobalHotkey final : public std::enable_shared_from_this<GlobalHotkey> {
 public:
     using Action = std::function<void()>;
 
-    /// Each may be replaced at any time. When one runs, the hotkey is ready for the next press.
+    /// An action may be replaced at any time. While onTap or onHoldEnd runs, the hotkey already
+    /// accepts the next press.
     Action onTap = [] {};
     Action onHoldStart = [] {};
     Action onHoldEnd = [] {};
 
-    /// Begins to watch the keyboard. There is no way to stop: a second call watches twice, which
-    /// changes nothing, because the second look at a change finds it dealt with.
+    /// Adds the keyboard monitors, which stay for good. Calling it twice is harmless: the second
+    /// handler sees an already handled transition.
     void start();
 
-    /// For the monitors: the modifiers that are down now.
+    /// Called by the monitors with the modifiers that are down now.
     void handleFlagsChanged(platform::ModifierFlags flags);
-    /// For the timer.
+    /// Called by the timer.
     void holdTimerFired();
 
 private:
@@ -38,9 +39,9 @@ private:
 
     std::shared_ptr<platform::EventMonitor> globalMonitor;
     std::shared_ptr<platform::EventMonitor> localMonitor;
-    /// The chord is down.
+    /// Whether the chord is down.
     bool active = false;
-    /// The current press, or the last one, reached the threshold.
+    /// Whether the current or last press has reached the threshold.
     bool didHold = false;
     std::shared_ptr<Timer> holdTimer;
     const platform::ModifierFlags required =

@@ -7,17 +7,17 @@
 namespace kelo::voice {
 
 /// A panel that may have the keyboard although it has no title bar, and that the program's menus
-/// never refer to. It adds that to a panel's description and is a panel otherwise.
+/// never refer to. Otherwise an ordinary panel.
 class KeyablePanel final {
 public:
     static constexpr bool canBecomeKeyWindow = true;
     static constexpr bool canBecomeMainWindow = false;
 
-    /// Makes the panel; nothing is shown yet.
+    /// Creates the panel without showing it.
     explicit KeyablePanel(platform::PanelDescription description);
 
     platform::Panel* operator->() const { return panel.get(); }
-    /// What an event's window is compared with.
+    /// For comparing with an event's window.
     const std::shared_ptr<platform::Panel>& window() const { return panel; }
 
 private:

@@ -14,7 +14,7 @@ void VoiceController::start(const std::shared_ptr<web::WebModel>&) {
         if (const auto self = weak.lock())
             self->showWidget();
     };
-    // A hold opens and never closes.
+    // A hold only ever opens the widget, so its end does nothing.
     hotkey->onHoldEnd = [] {};
     hotkey->start();
     log::debugLog("VoiceController.start — widget = web /widget host");

@@ -12,16 +12,16 @@ class WebModel;
 
 namespace kelo::voice {
 
-/// Puts the voice widget one keystroke away: a tap of the chord shows or hides it, a hold shows it.
-/// One for the life of the process; start() is called each time a main window's content appears.
+/// Binds the hotkey to the voice widget: a tap shows or hides the widget, a hold shows it. There is
+/// one for the life of the process. start() is called each time a main window's content appears.
 /// Main thread only.
 class VoiceController final : public ObservableObject,
                               public std::enable_shared_from_this<VoiceController> {
 public:
-    /// The web model is accepted and not used: the widget has a web view of its own.
+    /// The web model is not used: the widget has its own web view.
     void start(const std::shared_ptr<web::WebModel>& web);
 
-    /// What a tap does, for those who ask for it by other means than the chord.
+    /// Does what a tap does, for menus and commands.
     void toggleWidget();
 
 private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr platform::Size size{640, 620};
 constexpr double cornerRadius = 18;
-/// Between the panel's lower edge and what the desktop's own panels leave free.
+/// Between the lower edges of the panel and of the work area, in points.
 constexpr double bottomMargin = 16;
 constexpr const char* handlerName = "kelo";
 
@@ -76,7 +76,7 @@ const KeyablePanel& VoiceWidgetWindow::ensurePanel() {
 
 std::shared_ptr<platform::EmbeddedWebView> VoiceWidgetWindow::makeWebView() {
     platform::WebViewConfiguration configuration;
-    // The store of the main window's view, so that who signs in there is signed in here.
+    // Shared with the main window's view, so that signing in there counts here, too.
     configuration.websiteDataStore = platform::WebsiteDataStore::persistentDefault;
     configuration.allowsContentJavaScript = true;
     configuration.scriptMessageHandlers.push_back(

@@ -10,32 +10,32 @@
 
 namespace kelo::voice {
 
-/// The floating voice panel: the service's widget page over whatever the user is at, with the
-/// keyboard but without bringing the program to the front. Panel, web view and the watch for Escape
-/// are made at the first show and kept. Main thread only.
+/// The floating voice panel. It shows the service's widget page over other programs and takes the
+/// keyboard without bringing the program to the front. Panel, web view and Escape monitor are made
+/// at the first show and kept. Main thread only.
 ///
-/// What the platform calls holds it weakly, so it lives in a shared pointer.
+/// Must be owned by a shared pointer, because the platform's callbacks hold it weakly.
 class VoiceWidgetWindow final : public platform::UserInterfaceDelegate,
                                 public platform::ScriptMessageHandler,
                                 public std::enable_shared_from_this<VoiceWidgetWindow> {
 public:
-    /// Run each time the widget is hidden, by whatever means. Empty here: a hook for an owner.
+    /// Called by hide(). Empty unless the owner sets it.
     std::function<void()> onClose;
 
-    /// On the screen, perhaps behind something else.
+    /// Whether the panel is on the screen. Other windows may cover it.
     bool isVisible() const;
-    /// From hidden: loads the page anew and places the panel at the bottom centre of the main
-    /// screen. In any case: to the front, with the keyboard.
+    /// Brings the panel to the front and gives it the keyboard. If it was hidden, first reloads the
+    /// page and places the panel at the bottom centre of the main screen.
     void show();
-    /// The page is left as it is until the next show.
+    /// Hides the panel. The page stays loaded until the next show.
     void hide();
 
-    /// The service's own host gets microphone and camera without a question, no other host ever.
+    /// Grants microphone and camera to the service's own host without asking, and to no other host.
     void requestMediaCapturePermission(platform::EmbeddedWebView& webView,
                                        const platform::SecurityOrigin& origin,
                                        platform::MediaCaptureType type,
                                        DecisionHandler decisionHandler) override;
-    /// "close", posted to the handler "kelo", hides the panel; everything else is ignored.
+    /// The message "close" to the handler "kelo" hides the panel. All others are ignored.
     void didReceiveScriptMessage(platform::EmbeddedWebView& webView,
                                  const platform::ScriptMessage& message) override;
 

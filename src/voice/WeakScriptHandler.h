@@ -6,8 +6,9 @@
 
 namespace kelo::voice {
 
-/// Passes messages on to a handler that it does not keep alive. A web view holds its handlers; one
-/// that holds the web view in turn is registered through this.
+/// Forwards messages to a handler that it holds weakly. A web view owns its handlers. A handler
+/// that owns the web view is registered through this class, so that the two do not keep each other
+/// alive.
 class WeakScriptHandler final : public platform::ScriptMessageHandler {
 public:
     explicit WeakScriptHandler(std::weak_ptr<platform::ScriptMessageHandler> target);

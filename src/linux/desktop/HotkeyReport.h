@@ -8,8 +8,8 @@
 
 namespace kelo::desktop {
 
-/// One line for each source, in the order given: its name, whether it is available, and why not or
-/// what for, with what the user can do. The last line is about the panel.
+/// One line per source, in the given order: name, availability, reason and advice. The last line is
+/// about the panel; an empty text leaves it out.
 std::string hotkeyReport(const std::vector<input::SourceStatus>& sources, const std::string& panel);
 
 /// --hotkey-status

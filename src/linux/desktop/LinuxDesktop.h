@@ -19,11 +19,11 @@ class WebKitSession;
 
 namespace kelo::desktop {
 
-/// The Linux desktop: every adapter behind the seam, put together. What start-up does not need is
-/// made when it is first asked for. Main thread only.
+/// The seam's implementation for Linux: it owns all adapters. Adapters that start-up does not need
+/// are created at their first use. Main thread only.
 class LinuxDesktop final : public platform::Desktop {
 public:
-    /// With the command line as main() has it.
+    /// arguments: the command line of main().
     explicit LinuxDesktop(std::vector<std::string> arguments);
     ~LinuxDesktop() override;
 

@@ -12,8 +12,8 @@ namespace kelo::desktop {
 
 namespace {
 
-/// Nothing when the path cannot be opened or is not a regular file. O_NONBLOCK keeps a FIFO that
-/// someone put there from holding us up.
+/// Empty if the path cannot be opened or is not a regular file. O_NONBLOCK, because opening a FIFO
+/// that somebody put there would block.
 posix::FileDescriptor openRegular(const std::string& path, int flags) {
     posix::FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, 0600));

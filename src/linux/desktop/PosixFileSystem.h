@@ -4,8 +4,8 @@
 
 namespace kelo::desktop {
 
-/// Files by POSIX calls. A symbolic link, a FIFO or a device at the path is refused: the log lies
-/// in a folder that every user may write to. New files are for their owner alone (0600).
+/// Files by POSIX calls. Refuses a symbolic link, a FIFO or a device, because every user may write
+/// to the folder of the log. New files are readable for their owner only (0600).
 class PosixFileSystem final : public platform::FileSystem {
 public:
     std::unique_ptr<platform::OpenFile> openForWriting(const std::string& path) override;

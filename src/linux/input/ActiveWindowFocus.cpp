@@ -14,7 +14,7 @@ struct ActiveWindowFocus::Pending {
 
     static void activeChanged(GtkWindow*, GParamSpec*, std::shared_ptr<Pending>* pending) {
         Pending& self = **pending;
-        // The keyboard goes from one of our windows to another in two steps; look after both.
+        // The keyboard moves from one of our windows to another in two steps. Wait for both.
         if (self.changed && self.job == 0)
             self.job = g_idle_add(look, &self);
     }

@@ -5,8 +5,8 @@
 
 namespace kelo::input {
 
-/// Asks the toolkit which of our windows is active; for displays that do not tell of the keyboard
-/// focus themselves. A change is told once the toolkit has dealt with all that came with it.
+/// The keyboard focus as the toolkit knows it, for displays that cannot be asked for it. A change
+/// is reported once the toolkit has handled all events that belong to it.
 class ActiveWindowFocus final : public KeyboardFocus {
 public:
     ActiveWindowFocus();

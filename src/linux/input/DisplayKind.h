@@ -8,11 +8,11 @@ namespace kelo::input {
 
 enum class DisplayKind { none, x11, wayland };
 
-/// Of the display that the toolkit is connected to.
+/// The kind of the display that the toolkit is connected to; none for null.
 DisplayKind displayKind(GdkDisplay* display);
 
-/// Of the display that the toolkit would connect to, by its rules, without starting it. Connects
-/// to what the environment names, to see whether it is there, and leaves again.
+/// The kind of the display that the toolkit would choose. Does not start the toolkit: it opens the
+/// connections that the environment names and closes them again.
 DisplayKind displayKindOfEnvironment();
 
 } // namespace kelo::input

@@ -15,7 +15,7 @@ platform::ModifierFlags flagsFromGdk(unsigned state) {
         flags |= modifier::control;
     if (state & GDK_ALT_MASK)
         flags |= modifier::option;
-    // Meta is commonly reported along with Alt.
+    // Most layouts report Meta together with Alt.
     if (state & GDK_SUPER_MASK || (state & GDK_META_MASK && !(state & GDK_ALT_MASK)))
         flags |= modifier::command;
     return flags;

@@ -4,7 +4,7 @@
 
 namespace kelo::input {
 
-/// The seam's flags for a set of the toolkit's (GdkModifierType).
+/// Converts the toolkit's modifiers (GdkModifierType) to the seam's flags.
 platform::ModifierFlags flagsFromGdk(unsigned state);
 
 } // namespace kelo::input

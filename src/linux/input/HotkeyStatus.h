@@ -12,8 +12,8 @@ struct SourceStatus {
     Availability availability;
 };
 
-/// Every source of the hotkey that this program knows, in the order in which it would use them on
-/// this desktop. Needs no window and leaves nothing running.
+/// All sources that the hotkey can use on this desktop, best first. Needs no window and leaves
+/// nothing running.
 std::vector<SourceStatus> hotkeyStatus();
 
 } // namespace kelo::input

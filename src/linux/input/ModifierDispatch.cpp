@@ -12,7 +12,7 @@ ModifierDispatch::ModifierDispatch(const KeyboardFocus& focus, bool hasOwnWindow
 
 void ModifierDispatch::sawEverywhere(ModifierFlags flags) {
     everywhere = flags;
-    // The focus costs a question to the display; nothing is asked for what changes nothing.
+    // Finding the focus costs a round trip to the display. Skip it if nothing has changed.
     if (flags == current)
         return;
     const bool ours = focus.isOurs();
@@ -34,14 +34,14 @@ void ModifierDispatch::focusMoved() {
         enterOwnWindows();
         settle(ownWindows & ~disregarded, true);
     } else if (std::exchange(inOwnWindows, false)) {
-        // Our own source tells no more: what it last saw may be long over.
+        // Our own source reports nothing from now on, so its last state may be outdated.
         settle(everywhere, false);
     }
 }
 
-// A chord that brought our window up is still held when the window gets the keyboard. Where nobody
-// told us of its keys (a shortcut of the desktop's was pressed), they must not look like a new
-// press of the chord, whose end would send the window away again.
+// The chord that opened our window is still held when the window gets the keyboard. If it was a
+// shortcut of the desktop, no source has reported its keys. They must not count as a new press of
+// the chord, because releasing them would hide the window again.
 void ModifierDispatch::enterOwnWindows() {
     if (!std::exchange(inOwnWindows, true))
         disregarded = ownWindows & ~current;

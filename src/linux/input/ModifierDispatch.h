@@ -7,20 +7,20 @@
 
 namespace kelo::input {
 
-/// Makes one account of the modifiers out of what two sources tell, and says of each change whose
-/// it is. While a window of ours has the keyboard, the source of our own windows counts, if there
-/// is one; otherwise the other does. What both see is told once. Main thread only.
+/// Combines two sources of modifiers into one stream of changes. While a window of ours has the
+/// keyboard, the source of our own windows counts, if there is one. Otherwise, the other one
+/// counts. A change that both see is reported once. Main thread only.
 class ModifierDispatch {
 public:
-    /// Gets what is down after a change, and whether one of our windows has the keyboard.
+    /// Receives the modifiers after a change, and whether a window of ours has the keyboard.
     using Receiver = std::function<void(platform::ModifierFlags, bool ours)>;
 
-    /// The focus is the caller's and outlives this.
+    /// The focus must outlive the dispatch.
     ModifierDispatch(const KeyboardFocus& focus, bool hasOwnWindowsSource, Receiver receiver);
 
     void sawEverywhere(platform::ModifierFlags flags);
     void sawInOwnWindows(platform::ModifierFlags flags);
-    /// The focus may have changed. Needed only where there is a source of our own windows.
+    /// Call it when the focus may have changed. Needed only with a source of our own windows.
     void focusMoved();
 
 private:
@@ -33,7 +33,7 @@ private:
     platform::ModifierFlags current = 0;
     platform::ModifierFlags everywhere = 0;
     platform::ModifierFlags ownWindows = 0;
-    /// Down since before our window got the keyboard, and not yet let go of.
+    /// Modifiers that were down before our window got the keyboard and are still down.
     platform::ModifierFlags disregarded = 0;
     bool inOwnWindows = false;
 };

@@ -8,8 +8,8 @@ namespace kelo::input {
 
 SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName) {
     SourceList sources;
-    // An X server beside a Wayland desktop knows of the keys only while one of its windows has
-    // the keyboard.
+    // On a Wayland desktop, the X server sees the keys only while one of its own windows has the
+    // keyboard.
     if (kind != DisplayKind::wayland)
         sources.push_back(std::make_unique<XkbModifierSource>(displayName));
     sources.push_back(std::make_unique<EvdevModifierSource>());

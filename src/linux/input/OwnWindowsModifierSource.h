@@ -7,8 +7,8 @@ typedef struct _GdkDevice GdkDevice;
 
 namespace kelo::input {
 
-/// What the toolkit learns of the modifiers, which is what happens while a window of ours has the
-/// keyboard. For displays that keep everything else to themselves. GTK must be up to start it.
+/// The modifiers as the toolkit knows them. It sees them only while a window of ours has the
+/// keyboard. GTK must be initialized before start().
 class OwnWindowsModifierSource final : public ModifierSource {
 public:
     OwnWindowsModifierSource() = default;

@@ -9,8 +9,8 @@ typedef struct _GtkWindow GtkWindow;
 
 namespace kelo::input {
 
-/// Calls a function once for each window of ours: for those there are, and for each that is made,
-/// until it goes. GTK must be up. Main thread only.
+/// Calls a function once for each window of ours: at once for those that exist, later for each new
+/// one. The destructor ends the watch. GTK must be initialized. Main thread only.
 class ToplevelWatch {
 public:
     using Handler = std::function<void(GtkWindow*)>;
@@ -29,7 +29,7 @@ private:
     unsigned long connection;
 };
 
-/// The window of ours that the toolkit takes for the one with the keyboard, or null.
+/// The window of ours that has the keyboard, as far as the toolkit knows; or null.
 GtkWindow* activeToplevel();
 
 } // namespace kelo::input

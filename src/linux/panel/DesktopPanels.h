@@ -9,14 +9,15 @@
 
 namespace kelo::panel {
 
-/// Panels and screens of the display that GTK is connected to. Main thread only.
+/// Creates panels and finds the main screen on the display that GTK is connected to. Both functions
+/// return nothing if no display can be opened. Main thread only.
 class DesktopPanels {
 public:
     std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description);
     std::optional<platform::Screen> mainScreen() const;
 };
 
-/// How the voice panel can be shown on this desktop, in one sentence for its user. Needs no window.
+/// One sentence for the user that says how this desktop shows the voice panel. Needs no window.
 std::string panelStatus();
 
 } // namespace kelo::panel

@@ -8,9 +8,9 @@
 
 namespace kelo::panel {
 
-/// The first monitor that the toolkit knows of, y counted upward from the lower edge of the lowest
-/// one; nothing when there is none. What a program learns on a compositor that tells neither which
-/// monitor is in use nor what its own panels leave free.
+/// The toolkit's first monitor; empty if there is none. y grows upward from the lower edge of the
+/// lowest monitor. Wayland tells a program neither which monitor is in use nor its work area, so
+/// this takes the place of both.
 std::optional<platform::Rectangle> firstMonitor(GdkDisplay* display);
 
 } // namespace kelo::panel

@@ -9,8 +9,8 @@ namespace kelo::panel {
 
 namespace {
 
-// How far the edge of a quarter circle is from the corner's side, in the row `row` from its top,
-// rounded inwards: the row's outer boundary counts, so that each pixel left is covered entirely.
+// How many pixels a quarter circle cuts off this row, counted from its top. The row's outer
+// boundary counts, so that each pixel that is left is covered entirely.
 int inset(int radius, int row) {
     const double fromCentre = radius - row;
     const double reach =

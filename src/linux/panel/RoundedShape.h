@@ -6,20 +6,20 @@
 
 namespace kelo::panel {
 
-/// Which part of a panel's X window takes clicks, and which part exists at all where nothing can be
-/// translucent.
+/// Sets the shapes of a panel's X window: the part that takes clicks and, if the display cannot
+/// blend windows, the part that is drawn.
 class RoundedShape {
 public:
-    /// All in points: a rounded rectangle, with a margin around it that is no part of it.
+    /// The size of the rounded rectangle and the margin around it, in points.
     RoundedShape(int width, int height, int cornerRadius, int margin)
         : width(width), height(height), cornerRadius(cornerRadius), margin(margin) {}
 
-    /// Rows of pixels that lie wholly inside, from the window's upper left corner; as few
-    /// rectangles as rows differ.
+    /// The pixels that lie wholly inside the rounded rectangle, counted from the window's upper
+    /// left corner. Equal rows share one rectangle.
     std::vector<XRectangle> rectangles(int scale) const;
 
-    /// translucent: whether what is drawn around the rounded rectangle is blended with what lies
-    /// behind the window. Else that part is cut off the window.
+    /// translucent: whether a compositor blends the margin with what lies behind the window. If
+    /// not, the margin is cut off.
     void apply(const X11Connection& connection, Window window, int scale, bool translucent) const;
 
 private:

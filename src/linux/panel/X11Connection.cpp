@@ -26,7 +26,7 @@ int X11Connection::selectionEvent() const {
     int opcode = 0;
     int firstEvent = 0;
     int firstError = 0;
-    // The first event of this extension is the one about selections.
+    // The extension's first event is the one for selections.
     return XQueryExtension(x, "XFIXES", &opcode, &firstEvent, &firstError) ? firstEvent : 0;
 }
 

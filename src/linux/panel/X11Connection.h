@@ -9,8 +9,8 @@
 
 namespace kelo::panel {
 
-/// Lets errors of X requests pass that are made while it lives: windows of other programs can go at
-/// any moment.
+/// While it exists, errors of X requests are ignored. Another program may close its window at any
+/// moment, and an unexpected X error would end this program.
 class X11ErrorTrap {
 public:
     explicit X11ErrorTrap(GdkDisplay* display) : display(display) {
@@ -24,7 +24,7 @@ private:
     GdkDisplay* display;
 };
 
-/// A rectangle in the pixels of the root window, from its upper left corner.
+/// A rectangle in pixels, counted from the upper left corner of the root window.
 struct PixelRectangle {
     int x = 0;
     int y = 0;
@@ -33,8 +33,8 @@ struct PixelRectangle {
     friend bool operator==(const PixelRectangle&, const PixelRectangle&) = default;
 };
 
-/// The toolkit's connection to the X server, and what is asked through it. Each question waits for
-/// the server, never for another program. A window that is gone has no properties and no place.
+/// Queries to the X server on the toolkit's connection. Each waits for the server, never for
+/// another program. A window that no longer exists has no properties and an empty place.
 class X11Connection {
 public:
     explicit X11Connection(GdkDisplay* display)
@@ -43,29 +43,31 @@ public:
     GdkDisplay* display() const { return gdk; }
     Display* xlib() const { return x; }
     Window root() const { return DefaultRootWindow(x); }
-    // Of the whole desktop, in pixels.
+    // Size of the whole desktop in pixels.
     int width() const { return DisplayWidth(x, DefaultScreen(x)); }
     int height() const { return DisplayHeight(x, DefaultScreen(x)); }
 
-    /// Whether a compositor blends the windows of the display at this moment. The toolkit tells
-    /// only whether one did when the program started.
+    /// Whether a compositor blends windows at this moment. The toolkit knows only whether one did
+    /// when the program started.
     bool isComposited() const;
-    /// The type of the events that tell of a change of it, among changes of other selections.
+    /// The type of the events that report changes of isComposited(). Changes of other selections
+    /// have the same type. 0 if the server sends no such events.
     int selectionEvent() const;
 
     Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }
-    /// The items of a 32-bit property; none when the window has no such property of that type.
+    /// The items of a 32-bit property; empty if the window has no such property of this type.
     std::vector<unsigned long> property(Window window, const char* name, Atom type) const;
-    /// What the window manager says is in use; None without one.
+    /// The window manager's active window; None without a window manager.
     Window activeWindow() const;
-    /// Those the window manager manages, except docks and the desktop itself, from the uppermost
-    /// down; also windows that are not on the screen.
+    /// The managed windows, except docks and the desktop itself, topmost first. Hidden windows are
+    /// among them.
     std::vector<Window> ordinaryWindows() const;
-    /// Whether the window exists and can be given the keyboard.
+    /// Whether the window exists and can receive the keyboard focus.
     bool isViewable(Window window) const;
-    /// The ancestor (or the window itself) right below the root; None when the window is gone.
+    /// The child of the root window that contains this window, or the window itself; None if the
+    /// window no longer exists.
     Window toplevelOf(Window window) const;
-    /// Of a window below the root.
+    /// The window must be a child of the root window.
     PixelRectangle placeOf(Window window) const;
 
 private:

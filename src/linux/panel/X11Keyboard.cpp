@@ -45,8 +45,8 @@ bool X11Keyboard::isOurs(Window focused) const {
 
 void X11Keyboard::give(Window window) const {
     const X11ErrorTrap trap(connection.display());
-    // CurrentTime is the moment at which the server reads it: no answer of the window manager to
-    // something older can undo it. A window that went just now leaves the keyboard where it is.
+    // With CurrentTime, the request is newer than anything the window manager may still send, so
+    // that cannot undo it. If the window has just been closed, the keyboard stays where it is.
     XSetInputFocus(connection.xlib(), window, RevertToPointerRoot, CurrentTime);
 }
 

@@ -5,19 +5,19 @@
 namespace kelo::panel {
 
 /// Takes the keyboard for a window that the window manager does not manage, and gives it back to
-/// whoever had it. Main thread only.
+/// the window that had it. Main thread only.
 class X11Keyboard {
 public:
     X11Keyboard(X11Connection connection, Window ours) : connection(connection), ours(ours) {}
 
-    /// The window must be viewable. Remembers who has the keyboard, unless that is the window.
+    /// Takes the keyboard and remembers which other window has it. Our window must be viewable.
     void take();
-    /// Nothing when another window has taken it from ours in the meantime: that one was chosen
-    /// later. When the earlier owner is gone, the keyboard goes to the active window, else to the
-    /// uppermost one: window managers do not look after a keyboard that they did not give. To be
-    /// called while the window is still on the screen.
+    /// Gives the keyboard back. Call it while our window is still on the screen. Does nothing if
+    /// another window has taken the keyboard in the meantime: the user chose that one later. If the
+    /// earlier window no longer exists, the active window gets the keyboard, or else the topmost
+    /// one, because a window manager restores only a focus that it has set itself.
     void giveBack();
-    /// The window or one inside it.
+    /// Whether this is our window or one inside it.
     bool isOurs(Window focused) const;
 
 private:

@@ -12,7 +12,7 @@ namespace kelo::panel {
 
 namespace {
 
-/// What the shadow of PanelWindow needs on each side.
+/// The room for the shadow on each side, in points.
 constexpr int shadowMargin = 32;
 
 } // namespace
@@ -38,17 +38,17 @@ X11Panel::~X11Panel() {
     g_signal_handlers_disconnect_by_data(connection.display(), this);
 }
 
-// Not before the first show: a frame that is under way when a window goes that was realized but
-// never shown asks that window for its size all the same, and ends the program.
+// Called at the first show, not earlier: GDK crashes if a window is destroyed that was realized but
+// never shown while one of its frames is still pending.
 void X11Panel::realize() {
     gtk_widget_realize(window.widget());
     XSetWindowAttributes attributes{};
     attributes.override_redirect = True;
     XChangeWindowAttributes(connection.xlib(), xid(), CWOverrideRedirect, &attributes);
-    // A window manager that composites may hold back the answer the toolkit waits for before it
-    // draws the next picture when the window is none of those it manages.
+    // GTK waits for an answer of the compositing window manager before it draws the next frame.
+    // Some window managers do not answer for windows that they do not manage.
     gdk_x11_surface_set_frame_sync_enabled(window.surface(), FALSE);
-    // A compositor that gives windows shadows is not to give one to ours.
+    // Keeps a compositor from adding a shadow of its own.
     const auto margin = static_cast<unsigned long>(window.margin() * scale());
     const std::array extents{margin, margin, margin, margin};
     XChangeProperty(connection.xlib(), xid(), connection.atom("_GTK_FRAME_EXTENTS"), XA_CARDINAL,
@@ -124,8 +124,8 @@ void X11Panel::takeKeyboard() {
         keyboard->take();
 }
 
-// The toolkit takes a window for the active one when the window manager says so, which it never
-// does for this one; without that, no caret blinks and pages believe to be in the background.
+// The toolkit relies on the window manager to mark the active window, but this one is not managed.
+// Without the mark, no caret blinks and pages run as if they were in the background.
 void X11Panel::noteFocus(bool focused) {
     const std::array<Atom, 1> state{connection.atom("_NET_WM_STATE_FOCUSED")};
     XChangeProperty(connection.xlib(), xid(), connection.atom("_NET_WM_STATE"), XA_ATOM, 32,
@@ -141,7 +141,7 @@ gboolean X11Panel::handle(const XEvent& event) {
     if (event.xcookie.evtype != XI_FocusIn && event.xcookie.evtype != XI_FocusOut)
         return FALSE;
     const auto& focus = *static_cast<const XIFocusInEvent*>(event.xcookie.data);
-    // A grab of the keyboard by somebody's menu is no change of who has it.
+    // An open menu grabs the keyboard without taking the focus.
     const bool ofAGrab = focus.mode == XINotifyGrab || focus.mode == XINotifyUngrab;
     if (focus.event == xid() && !ofAGrab && focus.detail != XINotifyPointer)
         noteFocus(event.xcookie.evtype == XI_FocusIn);

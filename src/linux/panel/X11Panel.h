@@ -33,7 +33,7 @@ public:
 private:
     void realize();
     void listen();
-    /// Fits shape and place to what the display can do now.
+    /// Adapts shape and place to the scale, and to whether the display blends windows now.
     void reshape();
     void move() const;
     void takeKeyboard();
@@ -46,7 +46,7 @@ private:
     PanelWindow window;
     int selectionEvent;
     bool mayHaveKeyboard;
-    /// The compositor blends the shadow with what lies behind; without one, the window is cut.
+    /// Whether a compositor blends the shadow. Otherwise, the shadow is cut off.
     bool isTranslucent = false;
     std::optional<X11Keyboard> keyboard;
     platform::Point origin;

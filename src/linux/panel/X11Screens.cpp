@@ -23,7 +23,7 @@ int bottom(const PixelRectangle& area) {
     return area.y + area.height;
 }
 
-/// Empty, with no width or no height, when they do not meet.
+/// Has no width or no height if the rectangles do not meet.
 PixelRectangle intersection(const PixelRectangle& one, const PixelRectangle& other) {
     const int x = std::max(one.x, other.x);
     const int y = std::max(one.y, other.y);
@@ -35,7 +35,7 @@ long long surface(const PixelRectangle& area) {
     return static_cast<long long>(area.width) * area.height;
 }
 
-/// The monitor that shows most of it.
+/// The monitor that shows the largest part of the window.
 std::optional<std::size_t> mostOf(const PixelRectangle& window,
                                   const std::vector<PixelRectangle>& monitors) {
     std::optional<std::size_t> best;
@@ -48,7 +48,7 @@ std::optional<std::size_t> mostOf(const PixelRectangle& window,
     return best;
 }
 
-/// Items of four: x, y, width, height.
+/// Four numbers make one rectangle: x, y, width, height.
 std::vector<PixelRectangle> rectangles(const std::vector<unsigned long>& numbers) {
     std::vector<PixelRectangle> found;
     for (std::size_t at = 0; at + 3 < numbers.size(); at += 4)
@@ -144,8 +144,8 @@ PixelRectangle X11Screens::desktop() const {
     return {0, 0, connection.width(), connection.height()};
 }
 
-// Some programs keep the keyboard in a window of a single pixel, some window managers in one beside
-// the screen while no program has it: neither is where the user looks.
+// Some programs focus a window of a single pixel. Some window managers focus one outside the screen
+// while no program has the keyboard. Neither tells where the user is looking.
 std::optional<std::size_t>
 X11Screens::withKeyboard(const std::vector<PixelRectangle>& monitors) const {
     Window focused = None;
@@ -185,8 +185,8 @@ PixelRectangle X11Screens::workArea(PixelRectangle monitor, bool isOnlyOne) cons
     return freeArea(monitor, desktop(), struts());
 }
 
-// With several monitors, _NET_WORKAREA is one rectangle for all of them together, and says nothing
-// of any single one.
+// With several monitors, _NET_WORKAREA is one rectangle around all of them. It tells nothing about
+// a single monitor.
 std::vector<PixelRectangle> X11Screens::announced(PixelRectangle monitor, bool isOnlyOne) const {
     const auto current =
         connection.property(connection.root(), "_NET_CURRENT_DESKTOP", XA_CARDINAL);

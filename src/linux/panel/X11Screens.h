@@ -7,8 +7,8 @@
 
 namespace kelo::panel {
 
-/// Pixels along the edges of the whole desktop that a panel or dock keeps for itself, each edge
-/// from one place to another, both included.
+/// The pixels that a panel or dock reserves along the edges of the whole desktop. Each edge has a
+/// range, first and last pixel included.
 struct Strut {
     int left = 0, right = 0, top = 0, bottom = 0;
     int leftFrom = 0, leftTo = 0;
@@ -17,23 +17,23 @@ struct Strut {
     int bottomFrom = 0, bottomTo = 0;
 };
 
-/// From _NET_WM_STRUT_PARTIAL (12 numbers) or _NET_WM_STRUT (4: along the whole edge); nothing for
-/// any other count.
+/// Reads _NET_WM_STRUT_PARTIAL (12 numbers) or _NET_WM_STRUT (4 numbers, for whole edges). Empty
+/// for any other count.
 std::optional<Strut> strutOf(const std::vector<unsigned long>& numbers, PixelRectangle desktop);
 
-/// What the struts leave of a monitor. Struts count from the desktop's edges, so that one at an
-/// edge between two monitors runs over the whole of the other one: such a one is not meant for
-/// that.
+/// The part of a monitor that the struts leave free. Struts count from the desktop's edges. One
+/// that is meant for an inner edge, between two monitors, therefore covers the whole monitor beyond
+/// that edge. It is ignored for that monitor.
 PixelRectangle freeArea(PixelRectangle monitor, PixelRectangle desktop,
                         const std::vector<Strut>& struts);
 
-/// The monitors of an X11 desktop, asked anew every time. Main thread only.
+/// The monitors of an X11 desktop. Nothing is cached. Main thread only.
 class X11Screens {
 public:
     explicit X11Screens(X11Connection connection) : connection(connection) {}
 
-    /// What panels and docks leave of the monitor with the window that has the keyboard; of the one
-    /// with the pointer when that says nothing, else of the primary one. Nothing without a monitor.
+    /// The work area of the monitor that shows the window with the keyboard. If no monitor shows
+    /// it, the monitor with the pointer, or else the primary monitor. Empty without any monitor.
     std::optional<PixelRectangle> mainWorkArea() const;
 
 private:
@@ -47,7 +47,7 @@ private:
     std::optional<std::size_t> withKeyboard(const std::vector<PixelRectangle>& monitors) const;
     std::optional<std::size_t> withPointer(const std::vector<PixelRectangle>& monitors) const;
     PixelRectangle workArea(PixelRectangle monitor, bool isOnlyOne) const;
-    /// Rectangles of a property that has one or more for each workspace; of the current one.
+    /// The work areas that the window manager announces for the current workspace.
     std::vector<PixelRectangle> announced(PixelRectangle monitor, bool isOnlyOne) const;
     std::vector<Strut> struts() const;
 

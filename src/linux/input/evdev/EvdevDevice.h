@@ -9,22 +9,22 @@
 
 namespace kelo::input {
 
-/// An open input device, as the kernel serves it. Closes when it goes.
+/// An open input device of the kernel. The destructor closes it.
 class EvdevDevice {
 public:
     virtual ~EvdevDevice() = default;
 
-    /// For reading records of struct input_event; never blocks.
+    /// Delivers records of struct input_event. Reading never blocks.
     virtual int descriptor() const = 0;
-    /// Whether it has one of the keys of HeldKeys.
+    /// Whether the device has one of the keys of HeldKeys.
     virtual bool isKeyboard() const = 0;
-    /// Has the kernel hand out nothing but those keys from now on; false when it cannot.
+    /// Tells the kernel to deliver only those keys from now on. Returns false on failure.
     virtual bool deliverOnlyHeldKeys() = 0;
-    /// Which of them are down, and forgets what was waiting to be read; nothing on failure.
+    /// The keys that are down now; empty on failure. Discards events that were not read yet.
     virtual std::optional<HeldKeys> heldKeys() const = 0;
 };
 
-/// Null when the device cannot be opened.
+/// Opens a device. Returns null on failure.
 using EvdevOpener = std::function<std::unique_ptr<EvdevDevice>(const std::filesystem::path&)>;
 
 } // namespace kelo::input

@@ -18,8 +18,7 @@ EvdevKeyboard::Refusal EvdevKeyboard::admit(EvdevDevice& device) {
 
 std::shared_ptr<EvdevKeyboard> EvdevKeyboard::watch(std::unique_ptr<EvdevDevice> device,
                                                     Handlers handlers) {
-    // Asking also discards the other keys that were pressed before the kernel was told to hold
-    // them back.
+    // This also discards other keys, which were pressed before the kernel began to hold them back.
     const HeldKeys initially = device->heldKeys().value_or(HeldKeys{});
     return std::make_shared<EvdevKeyboard>(std::move(device), std::move(handlers), initially);
 }

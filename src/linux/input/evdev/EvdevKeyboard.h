@@ -11,32 +11,32 @@
 
 namespace kelo::input {
 
-/// A keyboard that is open and watched. Main thread only.
+/// An open keyboard that is watched from the main loop. Main thread only.
 class EvdevKeyboard : public std::enable_shared_from_this<EvdevKeyboard> {
 public:
     enum class Refusal {
         none,
-        /// It has none of the keys that count.
+        /// The device has none of the keys of HeldKeys.
         noKeyboard,
-        /// The kernel would hand out every key that is pressed, and those are none of our business.
+        /// The kernel cannot hold back the other keys, and the program must not read those.
         everyKey
     };
-    /// Readies an open device: after it, the kernel hands out the keys that count and no other.
+    /// Prepares an open device: the kernel then delivers the keys of HeldKeys and no others.
     static Refusal admit(EvdevDevice& device);
 
     struct Handlers {
-        /// Its held keys changed, to these states one after the other.
+        /// The held keys changed, to these states in this order.
         std::function<void(EvdevKeyboard&, const std::vector<HeldKeys>&)> changed;
-        /// It is gone, and its keys with it; nothing comes any more.
+        /// The keyboard was removed. The last call.
         std::function<void(EvdevKeyboard&)> gone;
     };
-    /// Watches an admitted device. The handlers may let the keyboard go.
+    /// Watches an admitted device. The handlers may destroy the keyboard.
     static std::shared_ptr<EvdevKeyboard> watch(std::unique_ptr<EvdevDevice> device,
                                                 Handlers handlers);
 
     EvdevKeyboard(std::unique_ptr<EvdevDevice> device, Handlers handlers, HeldKeys initially);
 
-    /// As last reported; kept by the one who is told.
+    /// The state that was last reported. The owner updates it.
     HeldKeys held;
 
 private:

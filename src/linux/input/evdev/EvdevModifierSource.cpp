@@ -16,7 +16,7 @@ namespace kelo::input {
 
 namespace {
 
-/// The kernel's own names; the folders beside them hold other names for the same devices.
+/// Whether this is one of the kernel's own names. Subfolders hold other names for the same devices.
 bool isDeviceName(std::string_view name) {
     constexpr std::string_view prefix = "event";
     return name.starts_with(prefix) && name.size() > prefix.size() &&
@@ -45,7 +45,7 @@ Listing list(const EvdevModifierSource::Devices& devices) {
 
 } // namespace
 
-/// The keyboards that are watched, and what all of them together hold down.
+/// The watched keyboards and the modifiers that are down on all of them together.
 class EvdevModifierSource::Keyboards : public std::enable_shared_from_this<Keyboards> {
 public:
     Keyboards(Devices devices, Handler handler)

@@ -9,15 +9,15 @@
 
 namespace kelo::input {
 
-/// Reads the Ctrl keys and the left Alt of every keyboard from the kernel, whatever the desktop and
-/// whoever has the focus. The kernel is told to hand out no other key; where it cannot do that, no
-/// keyboard is read. Keyboards may come and go, and may become readable later.
+/// Reads the Ctrl keys and the left Alt key of every keyboard from the kernel, on any desktop and
+/// whichever window has the focus. The kernel is told to deliver no other key. If it cannot, no
+/// keyboard is read. Keyboards may be plugged in, removed or become readable at any time.
 ///
-/// The user's layout and sticky keys are the desktop's doing and unknown here: keys count by their
-/// place on the keyboard.
+/// The kernel does not know the user's layout or sticky keys: a key counts by its place on the
+/// keyboard.
 class EvdevModifierSource final : public ModifierSource {
 public:
-    /// Where the devices are, and how to open and describe them.
+    /// Where the devices and their descriptions are, and how a device is opened.
     struct Devices {
         std::filesystem::path folder = "/dev/input";
         std::filesystem::path descriptions = "/sys/class/input";
@@ -30,10 +30,9 @@ public:
 
     std::string name() const override { return "evdev"; }
     Availability availability() const override;
-    /// It hears everything, but goes by the place of the keys; what our own windows are told goes
-    /// by the user's layout, so that counts there.
+    /// False: our own windows get events that respect the user's layout, and those count there.
     bool coversOwnWindows() const override { return false; }
-    /// False when no keyboard can be read.
+    /// Returns false if no keyboard can be read.
     bool start(Handler handler) override;
 
 private:

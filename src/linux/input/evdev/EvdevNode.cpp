@@ -12,8 +12,8 @@ namespace kelo::input {
 
 namespace {
 
-/// One bit for each of the first codes of a type of event; bit 0 of byte 0 is code 0. Kernels of
-/// either byte order keep words of a long's size.
+/// One bit for each event code, starting with code 0. The kernel uses words of the size of a long,
+/// in either byte order.
 class CodeBits {
 public:
     void set(unsigned code) { words[code / wordBits] |= 1UL << (code % wordBits); }
@@ -25,7 +25,8 @@ public:
 
 private:
     static constexpr unsigned wordBits = 8 * sizeof(unsigned long);
-    /// Enough for all that count; the kernel cuts what it gives, and takes what is missing for 0.
+    /// Enough for all codes of HeldKeys. The kernel truncates what it returns, and treats missing
+    /// words as 0.
     using Words = std::array<unsigned long, KEY_RIGHTCTRL / wordBits + 1>;
 
     static_assert(std::ranges::all_of(HeldKeys::codes,
@@ -57,7 +58,7 @@ bool EvdevNode::isKeyboard() const {
 }
 
 bool EvdevNode::deliverOnlyHeldKeys() {
-    // For type 0 the kernel takes a mask of types; the ends of reports come in any case.
+    // For type 0, the mask selects event types. The kernel delivers the ends of reports anyway.
     CodeBits types;
     types.set(EV_SYN);
     types.set(EV_KEY);

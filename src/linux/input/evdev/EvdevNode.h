@@ -5,7 +5,7 @@
 
 namespace kelo::input {
 
-/// A device node of the kernel, opened for reading only.
+/// A device node of the kernel, opened read-only.
 class EvdevNode final : public EvdevDevice {
 public:
     /// An EvdevOpener.

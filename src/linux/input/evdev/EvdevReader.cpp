@@ -27,7 +27,7 @@ std::vector<HeldKeys> EvdevReader::take(std::span<const std::byte> bytes) {
             break;
         filled = 0;
         const Outcome outcome = handle(std::bit_cast<input_event>(record));
-        // What came with the same read is older than the snapshot.
+        // The remaining bytes of this read are older than the snapshot.
         if (outcome == Outcome::askedAnew)
             bytes = bytes.last(bytes.size() % record.size());
         if (outcome != Outcome::unfinished && next != reported) {
@@ -47,7 +47,7 @@ EvdevReader::Outcome EvdevReader::handle(const input_event& event) {
         next = snapshot().value_or(HeldKeys{});
         return Outcome::askedAnew;
     } else if (event.type == EV_KEY && !lost) {
-        // The third value, a repetition, says nothing new.
+        // The third value is a key repeat, which changes nothing.
         if (event.value == pressed || event.value == released)
             next.set(event.code, event.value == pressed);
     }

@@ -13,18 +13,18 @@
 
 namespace kelo::input {
 
-/// Turns the bytes of one keyboard device (records of struct input_event) into states of its keys.
-/// Reads nothing itself. Any bytes are safe; what is not understood is passed over.
+/// Parses the bytes of one keyboard device (records of struct input_event) into states of its keys.
+/// Any bytes are safe. Unknown records are skipped.
 class EvdevReader {
 public:
-    /// Asks the device which keys are down now; nothing when it does not answer, which counts as
-    /// none down.
+    /// Returns the keys that are down on the device now. Empty on failure, which counts as no key
+    /// down.
     using Snapshot = std::function<std::optional<HeldKeys>()>;
 
     explicit EvdevReader(HeldKeys initially, Snapshot snapshot);
 
-    /// Takes what one read gave; records may be split anywhere between two reads. Returns the
-    /// states after each report of the device that changed one, in order.
+    /// Parses the bytes of one read. A record may be split between two reads. Returns the state
+    /// after each report that changed it, in order.
     std::vector<HeldKeys> take(std::span<const std::byte> bytes);
 
 private:
@@ -35,10 +35,10 @@ private:
     Snapshot snapshot;
     std::array<std::byte, sizeof(input_event)> record{};
     std::size_t filled = 0;
-    /// As the events of an unfinished report have it.
+    /// The state according to the unfinished report.
     HeldKeys next;
     HeldKeys reported;
-    /// The device lost events: what follows up to the end of the report is worthless.
+    /// The kernel dropped events. The rest of the report is invalid.
     bool lost = false;
 };
 

@@ -53,7 +53,7 @@ FolderWatch::FolderWatch(posix::FileDescriptor opened, Handlers handlers)
 }
 
 void FolderWatch::read() {
-    // A handler may let this go.
+    // A copy, because a handler may destroy this object.
     const auto told = handlers;
     for (const Notice& notice : readNotices(notices.get())) {
         if ((notice.kind & IN_Q_OVERFLOW) != 0 || notice.name.empty())

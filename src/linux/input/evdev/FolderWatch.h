@@ -11,21 +11,21 @@
 
 namespace kelo::input {
 
-/// Tells what happens to the entries of a folder, in the main loop, until it goes. Main thread
-/// only.
+/// Reports changes to the entries of a folder from the main loop. The destructor ends the watch.
+/// Main thread only.
 class FolderWatch {
 public:
     struct Handlers {
-        /// An entry is new, or another in place of the old one.
+        /// An entry was created or replaced.
         std::function<void(const std::string& name)> appeared;
         /// Its owner or permissions changed.
         std::function<void(const std::string& name)> permitted;
         std::function<void(const std::string& name)> vanished;
-        /// Anything may have happened: look at all of them.
+        /// Changes were missed: any entry may have changed.
         std::function<void()> unsure;
     };
 
-    /// Null when the folder cannot be watched.
+    /// Returns null if the folder cannot be watched.
     static std::unique_ptr<FolderWatch> watch(const std::filesystem::path& folder,
                                               Handlers handlers);
 

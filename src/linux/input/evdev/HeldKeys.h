@@ -9,10 +9,10 @@
 
 namespace kelo::input {
 
-/// The keys of one keyboard that count, and which of them are down.
+/// The keys of one keyboard that are watched, and which of them are down.
 ///
-/// A keyboard device knows keys by their place and nothing of the user's layout. On many layouts
-/// the right Alt is AltGr, which is never Option, so the left Alt alone counts here.
+/// A keyboard device does not know the user's layout. On many layouts, the right Alt key is AltGr,
+/// which is never Option. So only the left Alt key is watched.
 struct HeldKeys {
     static constexpr std::array<std::uint16_t, 3> codes{KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT};
 
@@ -20,7 +20,7 @@ struct HeldKeys {
     bool rightControl = false;
     bool leftAlt = false;
 
-    /// Codes other than those above change nothing.
+    /// Ignores codes that are not in `codes`.
     void set(std::uint16_t code, bool down) {
         if (code == KEY_LEFTCTRL)
             leftControl = down;

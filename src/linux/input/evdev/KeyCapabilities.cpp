@@ -9,7 +9,7 @@
 namespace kelo::input {
 
 bool lacksHeldKeys(const std::filesystem::path& descriptions, const std::string& device) {
-    // A bit for each key, in hexadecimal words of a long's size, the highest first.
+    // One bit per key, in hexadecimal words of the size of a long, highest word first.
     std::ifstream file(descriptions / device / "device" / "capabilities" / "key");
     file >> std::hex;
     std::vector<unsigned long> words;

@@ -5,10 +5,10 @@
 
 namespace kelo::input {
 
-/// Whether the system's own description of a device (in /sys/class/input, or another folder laid
-/// out like it) says that it has none of the keys of HeldKeys. It can be read by everybody, and
-/// spares opening the mice and buttons: the kernel takes tens of milliseconds to close each again.
-/// False where there is no description.
+/// Whether the kernel's description of a device says that it has none of the keys of HeldKeys.
+/// False if there is no description. Everybody may read descriptions. They save opening mice and
+/// buttons, each of which takes the kernel tens of milliseconds to close. descriptions:
+/// /sys/class/input or a folder with the same layout.
 bool lacksHeldKeys(const std::filesystem::path& descriptions, const std::string& device);
 
 } // namespace kelo::input

@@ -11,7 +11,7 @@ constexpr auto connectionFlags = static_cast<GDBusConnectionFlags>(
 
 constexpr int usualTimeout = -1;
 
-/// Hands a function to a C library that gives it back with each call.
+/// Puts a function on the heap, as user data for a C callback.
 template <typename Function>
 gpointer give(Function function) {
     return std::make_unique<Function>(std::move(function)).release();
@@ -72,8 +72,8 @@ void BusCalls::connect(const std::string& address,
 
 void tellBus(const BusConnection& connection, const BusObject& object, const char* interface,
              const char* method) {
-    // Whoever waits for an answer keeps the connection, and its last user may be about to go: the
-    // call would go with it before it is written.
+    // A pending call keeps the connection alive. Without the callback, the connection could be
+    // closed before the call is written.
     const GAsyncReadyCallback answered = [](GObject* source, GAsyncResult* result, gpointer) {
         const GVariantOwner answer(
             g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
@@ -89,7 +89,7 @@ BusSignal::BusSignal(BusConnection bus, const std::string& sender, const char* i
     const GDBusSignalCallback arrived =
         [](GDBusConnection*, const gchar*, const gchar* path, const gchar*, const gchar*,
            GVariant* values, gpointer data) { (*static_cast<Heard*>(data))(path, values); };
-    // GLib keeps the data until a call under way has returned.
+    // GLib keeps the data until a running callback has returned.
     subscription = g_dbus_connection_signal_subscribe(
         connection.get(), sender.c_str(), interface, signal, nullptr, nullptr,
         G_DBUS_SIGNAL_FLAGS_NONE, arrived, give(std::move(heard)), drop<Heard>);
@@ -117,7 +117,7 @@ BusNameWatch::~BusNameWatch() {
 }
 
 std::string sessionBusAddress() {
-    // GLib's own search would go on to start a bus, which no desktop would be on.
+    // GLib's own lookup could start a new bus, to which no desktop is connected.
     if (const char* address = g_getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address)
         return address;
     const gobject::GText path(g_build_filename(g_get_user_runtime_dir(), "bus", nullptr));

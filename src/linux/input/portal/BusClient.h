@@ -10,7 +10,7 @@
 
 namespace kelo::input {
 
-/// A counted reference to a value of the bus.
+/// Drops a reference to a D-Bus value.
 struct GVariantDeleter {
     void operator()(GVariant* value) const { g_variant_unref(value); }
 };
@@ -18,17 +18,17 @@ using GVariantOwner = std::unique_ptr<GVariant, GVariantDeleter>;
 
 using BusConnection = gobject::GObjectPointer<GDBusConnection>;
 
-/// An object of another program on the bus.
+/// An object that another program exports on the bus.
 struct BusObject {
     std::string owner;
     std::string path;
 };
 
-/// Calls other programs without waiting. When it goes, the calls that are under way are given up,
-/// and no answer comes any more. Main thread only.
+/// Calls other programs asynchronously. The destructor cancels pending calls: their callbacks are
+/// not called any more. Main thread only.
 class BusCalls {
 public:
-    /// Gets the answer, or null and the reason.
+    /// Receives the response, or null and the error.
     using Answered = std::function<void(GVariantOwner answer, gobject::GErrorPointer failure)>;
 
     BusCalls() = default;
@@ -36,10 +36,10 @@ public:
     BusCalls(const BusCalls&) = delete;
     BusCalls& operator=(const BusCalls&) = delete;
 
-    /// Takes over floating parameters. Starts nobody who is not there.
+    /// Takes ownership of floating parameters. Does not start a service that is not running.
     void call(const BusConnection& connection, const BusObject& object, const char* interface,
               const char* method, GVariant* parameters, Answered answered) const;
-    /// Opens a connection of its own to the bus at an address; null when that fails.
+    /// Opens a new connection to the bus at this address. The callback receives null on failure.
     void connect(const std::string& address, std::function<void(BusConnection)> connected) const;
 
 private:
@@ -47,15 +47,16 @@ private:
         gobject::GObjectPointer<GCancellable>::adopt(g_cancellable_new());
 };
 
-/// Calls a method without parameters, whose answer does not matter. The connection stays until the
-/// answer is there, also when nobody else has it any more.
+/// Calls a method without parameters and ignores the response. Keeps the connection open until the
+/// response arrives.
 void tellBus(const BusConnection& connection, const BusObject& object, const char* interface,
              const char* method);
 
-/// Hears one signal from one program until it goes. The handler may let it go. Main thread only.
+/// A subscription to one signal of one program. Destroying it unsubscribes; the handler may do so.
+/// Main thread only.
 class BusSignal {
 public:
-    /// Gets the path of the object that sent it, and the signal's values.
+    /// Receives the path of the sending object and the signal's values.
     using Heard = std::function<void(const std::string& path, GVariant* values)>;
 
     BusSignal(BusConnection connection, const std::string& sender, const char* interface,
@@ -69,11 +70,11 @@ private:
     guint subscription;
 };
 
-/// Tells who owns a name of the bus, first of all who owns it now; asks the bus to start somebody
-/// when nobody does. Main thread only.
+/// Reports the owner of a bus name: first the current one, then each change. Asks the bus to start
+/// the service if the name has no owner. Main thread only.
 class BusNameWatch {
 public:
-    /// Gets the unique name of the owner; empty when there is none, or the bus is gone.
+    /// Receives the unique name of the owner; empty without an owner or without a connection.
     using Changed = std::function<void(const std::string& owner)>;
 
     BusNameWatch(const BusConnection& connection, const char* name, Changed changed);
@@ -85,7 +86,7 @@ private:
     guint watch;
 };
 
-/// Where the session's bus listens; empty when there is none. Starts no bus.
+/// The address of the session bus; empty if there is none. Starts no bus.
 std::string sessionBusAddress();
 
 } // namespace kelo::input

@@ -66,7 +66,7 @@ Availability portalAvailability(const std::string& busAddress) {
 
     const Answer owner = askBus(bus, "GetNameOwner", g_variant_new("(s)", portal::busName));
     if (!owner.value) {
-        // Nobody but the portal itself knows, and a question must not start it.
+        // Only a running portal can tell, and this query must not start it.
         if (canBeStarted(bus))
             return {true,
                     "The desktop's portal is started when Kelo needs it, and asked for "

@@ -6,8 +6,8 @@
 
 namespace kelo::input {
 
-/// Whether the portal on a bus offers global shortcuts. Starts nothing on the bus; waits for
-/// answers, 2 s at most.
+/// Whether the portal on a bus offers global shortcuts. Starts nothing on the bus. Blocks for 2 s
+/// at most.
 Availability portalAvailability(const std::string& busAddress);
 
 } // namespace kelo::input

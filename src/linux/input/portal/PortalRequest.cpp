@@ -26,7 +26,7 @@ PortalRequest::PortalRequest(BusConnection bus, const std::string& owner, const 
     : connection(std::move(bus)),
       object{owner, ""},
       finished(std::move(finished)),
-      // Before the call, so that a quick response is not missed.
+      // Subscribed before the call, so that no response is missed.
       response(connection, owner, portal::request, "Response",
                [this](const std::string& from, GVariant* values) {
                    if (from == object.path)
@@ -40,19 +40,19 @@ PortalRequest::PortalRequest(BusConnection bus, const std::string& owner, const 
     calls.call(connection, {owner, portal::path}, portal::globalShortcuts, method,
                parameters(&options),
                [this, method](const GVariantOwner& answer, const gobject::GErrorPointer& failure) {
-                   taken(method, answer.get(), failure.get());
+                   accepted(method, answer.get(), failure.get());
                });
 }
 
 PortalRequest::~PortalRequest() {
-    // So that no question stays before the user that nobody waits for any more.
+    // Otherwise, the portal's question to the user would stay open.
     if (isPending)
         tellBus(connection, object, portal::request, "Close");
 }
 
-void PortalRequest::taken(const char* method, GVariant* answer, const GError* failure) {
+void PortalRequest::accepted(const char* method, GVariant* answer, const GError* failure) {
     if (answer && g_variant_is_of_type(answer, G_VARIANT_TYPE("(o)"))) {
-        // A portal may keep the request elsewhere than asked.
+        // A portal may choose another path than the expected one.
         const char* handle = nullptr;
         g_variant_get(answer, "(&o)", &handle);
         object.path = handle;

@@ -7,16 +7,16 @@
 
 namespace kelo::input {
 
-/// One request to the portal, from the call to its response, which may wait for the user. When it
-/// goes before, the request is given up. Main thread only.
+/// One request to the portal. Its response may wait for the user. Destroying a pending request
+/// cancels it. Main thread only.
 class PortalRequest {
 public:
-    /// Gets the results, or null when the user or the portal refused. May let the request go.
+    /// Receives the results, or null if the user or the portal refused. May destroy the request.
     using Finished = std::function<void(GVariant* results)>;
-    /// Builds the call's parameters around the options, which it takes over.
+    /// Builds the call's parameters from the options, of which it takes ownership.
     using Parameters = std::function<GVariant*(GVariantBuilder* options)>;
 
-    /// Calls a method of the global shortcuts of the portal that owner is.
+    /// Calls a method of the portal's global shortcuts. owner: the unique name of the portal.
     PortalRequest(BusConnection connection, const std::string& owner, const char* method,
                   const Parameters& parameters, Finished finished);
     ~PortalRequest();
@@ -24,13 +24,13 @@ public:
     PortalRequest& operator=(const PortalRequest&) = delete;
 
 private:
-    void taken(const char* method, GVariant* answer, const GError* failure);
+    void accepted(const char* method, GVariant* answer, const GError* failure);
     void responded(GVariant* values);
-    /// Tells it, once. This may be gone afterwards.
+    /// Calls the callback once. It may destroy this object.
     void finish(GVariant* results);
 
     BusConnection connection;
-    /// Where it is at the portal.
+    /// The portal's object for this request.
     BusObject object;
     bool isPending = true;
     Finished finished;
@@ -38,9 +38,9 @@ private:
     BusSignal response;
 };
 
-/// A name for a request or a session that nobody else of this connection uses.
+/// A token for a request or a session. It is unique within this program.
 std::string portalToken();
-/// Where the portal keeps what this connection names by a token; kind is "request" or "session".
+/// The path of the portal's object for a token. kind: "request" or "session".
 std::string portalPath(const BusConnection& connection, const char* kind, const std::string& token);
 
 } // namespace kelo::input

@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* shortcut = "widget";
 constexpr const char* description = "Voice widget";
-/// A chord of modifiers alone cannot be asked for. The user may choose other keys.
+/// The portal does not accept modifiers alone. The user may choose other keys.
 constexpr const char* trigger = "CTRL+ALT+space";
 
 GVariant* shortcuts() {
@@ -56,8 +56,8 @@ void ShortcutSession::introduce() {
     GVariantBuilder options;
     g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
     const std::string identifier(deployment::applicationIdentifier);
-    // Must be the first thing this connection asks of the portal. Older portals do not have it and
-    // find out by themselves who asks, so whatever comes back, the way goes on.
+    // This must be the connection's first call to the portal. Older portals do not support it and
+    // identify the caller themselves, so an error changes nothing.
     calls.call(connection, {portalOwner, portal::path}, portal::registry, "Register",
                g_variant_new("(sa{sv})", identifier.c_str(), &options),
                [this](const GVariantOwner&, const gobject::GErrorPointer& failure) {

@@ -9,19 +9,19 @@
 
 namespace kelo::input {
 
-/// The voice widget's shortcut at one running portal, from asking for it until it goes, when the
-/// portal is told so. Main thread only.
+/// The voice widget's shortcut at one running portal. The constructor registers it, the destructor
+/// closes the session. Main thread only.
 class ShortcutSession {
 public:
     struct Handlers {
-        /// The shortcut went down, or up again.
+        /// The shortcut was pressed (true) or released (false).
         std::function<void(bool down)> pressed;
-        /// The portal ended it. May let the session go.
+        /// The portal closed the session. May destroy this object.
         std::function<void()> closed;
     };
 
-    /// Asks at once, and tells nothing when it is refused. The portal is known by its unique name,
-    /// so that nobody else can play it.
+    /// Registers the shortcut at once. If it is refused, no handler is called. portalOwner: the
+    /// portal's unique bus name, so that no other program can pose as the portal.
     ShortcutSession(BusConnection connection, std::string portalOwner, Handlers handlers);
     ~ShortcutSession();
     ShortcutSession(const ShortcutSession&) = delete;
@@ -39,7 +39,7 @@ private:
     std::string portalOwner;
     Handlers handlers;
     std::string token;
-    /// Empty as long as there is none.
+    /// The path of the open session; empty without one.
     std::string session;
     BusCalls calls;
     BusSignal activated;

@@ -5,13 +5,13 @@
 
 namespace kelo::input {
 
-/// Whether the keyboard is one of our windows' at this moment. Main thread only.
+/// Tells whether a window of ours has the keyboard. Main thread only.
 class KeyboardFocus {
 public:
     virtual ~KeyboardFocus() = default;
     virtual bool isOurs() const = 0;
-    /// Has the function called each time that the answer may have changed, if this kind of display
-    /// tells. At most one function, held until this goes.
+    /// Sets the function that is called when isOurs() may have changed. Kept until the destructor.
+    /// Never called if this kind of display does not report changes.
     virtual void onChange(std::function<void()>) {}
 };
 

@@ -8,7 +8,7 @@ X11KeyboardFocus::X11KeyboardFocus(GdkDisplay* display)
     : display(gobject::GObjectPointer<GdkDisplay>::share(display)) {}
 
 bool X11KeyboardFocus::isOurs() const {
-    // The toolkit's connection, not another: the server answers after what was asked for on it.
+    // Only on the toolkit's own connection does the answer include the toolkit's latest requests.
     Window focus = None;
     int revertTo = RevertToNone;
     XGetInputFocus(gdk_x11_display_get_xdisplay(display.get()), &focus, &revertTo);
@@ -17,12 +17,12 @@ bool X11KeyboardFocus::isOurs() const {
     return focus != None && gdk_x11_surface_lookup_for_display(display.get(), focus) != nullptr;
 }
 
-// Without a window manager, the keyboard is the window's that the pointer is in.
+// Without a window manager, the window under the pointer has the keyboard.
 bool X11KeyboardFocus::isUnderPointer() const {
     Display* const connection = gdk_x11_display_get_xdisplay(display.get());
     Window window = gdk_x11_display_get_xrootwindow(display.get());
     bool ours = false;
-    // A window of another program may go while we look at it.
+    // Another program may close its window meanwhile.
     gdk_x11_display_error_trap_push(display.get());
     while (window != None && !ours) {
         Window root = None;

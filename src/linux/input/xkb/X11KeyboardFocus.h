@@ -7,11 +7,11 @@ typedef struct _GdkDisplay GdkDisplay;
 
 namespace kelo::input {
 
-/// Asks the X server, one round trip at each look: windows that no window manager knows count, and
-/// what we asked for just before is taken into account. Tells of no changes.
+/// Asks the X server at each call, which costs one round trip. Unmanaged windows count, and so do
+/// the requests that we have just sent. Does not report changes.
 class X11KeyboardFocus final : public KeyboardFocus {
 public:
-    /// A display of the X11 kind.
+    /// display: must be an X11 display.
     explicit X11KeyboardFocus(GdkDisplay* display);
     bool isOurs() const override;
 

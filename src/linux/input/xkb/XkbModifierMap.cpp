@@ -19,7 +19,7 @@ struct FreeKeyboard {
 };
 using Keyboard = std::unique_ptr<XkbDescRec, FreeKeyboard>;
 
-/// The modifiers that keys set which carry one of the symbols.
+/// The modifiers of all keys that carry one of these symbols.
 unsigned modifiersOf(const XkbDescRec& keyboard, std::initializer_list<KeySym> symbols) {
     unsigned found = 0;
     for (int key = keyboard.min_key_code; key <= keyboard.max_key_code; ++key) {
@@ -54,14 +54,14 @@ XkbModifierMap readXkbModifierMap(_XDisplay* display) {
     const Keyboard keyboard(XkbGetMap(display, XkbAllClientInfoMask, XkbUseCoreKbd));
     if (!keyboard || !keyboard->map || !keyboard->map->modmap || !keyboard->map->key_sym_map)
         return {Mod1Mask, Mod4Mask};
-    // A layout may have a key that is Alt in one position and something else in another: what is
-    // surely something else is not Alt.
+    // On some layouts, one key carries both Alt and another symbol. Its modifier then does not mean
+    // Alt.
     const unsigned others = ShiftMask | LockMask | ControlMask |
                             modifiersOf(*keyboard, {XK_ISO_Level3_Shift, XK_ISO_Level5_Shift,
                                                     XK_Mode_switch, XK_Num_Lock});
     XkbModifierMap map;
     map.option = modifiersOf(*keyboard, {XK_Alt_L, XK_Alt_R}) & ~others;
-    // Meta commonly shares its modifier with Alt, and then nothing tells the two apart.
+    // Meta often shares its modifier with Alt. The two cannot be told apart then.
     map.command = modifiersOf(*keyboard, {XK_Super_L, XK_Super_R, XK_Meta_L, XK_Meta_R}) & ~others &
                   ~map.option;
     return map;

@@ -9,13 +9,12 @@ namespace kelo::input {
 
 class XkbWatch;
 
-/// The X server's own account of the modifiers, on a connection of its own: whichever window has
-/// the keyboard, whichever keyboard they are pressed on, with sticky keys and the user's layout
-/// dealt with. Nothing is grabbed and no key is seen. Changes that come to the same flags (a second
-/// Control key, Num Lock) are not told.
+/// The modifiers as the X server reports them, over a connection of its own. Covers every window
+/// and every keyboard, the user's layout and sticky keys. Grabs nothing and sees no other key. A
+/// change that leaves the flags as they were (a second Control key, Num Lock) is not reported.
 class XkbModifierSource final : public ModifierSource {
 public:
-    /// A display by its name; empty for the one of the environment.
+    /// displayName: if empty, the display that the environment names.
     explicit XkbModifierSource(std::string displayName = {});
     ~XkbModifierSource() override;
     XkbModifierSource(const XkbModifierSource&) = delete;
