@@ -3,6 +3,7 @@
 #include "linux/input/ActiveWindowFocus.h"
 #include "linux/input/KeyDownFilter.h"
 #include "linux/input/ModifierDispatch.h"
+#include "linux/input/ModifierSources.h"
 #include "linux/input/OwnWindowsModifierSource.h"
 #include "linux/input/xkb/X11KeyboardFocus.h"
 #include "linux/window/WindowIdentity.h"
@@ -24,12 +25,13 @@ namespace event_mask = platform::event_mask;
 
 namespace {
 
-/// Handlers stay where they are when one of them adds another; that one is first called for the
-/// next event.
+/// A handler may add another one. A deque keeps the others in place, and the new one is first
+/// called for the next event.
 template <typename Handler>
 using Handlers = std::deque<Handler>;
 
-/// What goes on after every handler, in the order added, had its look; null when one took it.
+/// Calls the handlers in the order in which they were added. Returns null as soon as one consumes
+/// the event.
 EventPointer pass(const Handlers<KeyboardMonitors::LocalHandler>& handlers, EventPointer event) {
     const auto count = handlers.size();
     for (std::size_t at = 0; at < count && event; ++at)
@@ -104,8 +106,8 @@ private:
         Event event;
         event.kind = event_mask::flagsChanged;
         event.modifierFlags = flags;
-        // Where only our own windows can be seen, it is their business, too, that the keyboard has
-        // left them and nothing is known to be down any more.
+        // If only our own windows can be observed, their monitors must learn that the keyboard has
+        // left them: from then on, no modifier counts as down.
         if (ours || !everyProgram)
             deliverToOurs(std::move(event));
         else
@@ -121,7 +123,7 @@ private:
 
     KeyboardWatch watch;
     std::optional<ModifierDispatch> dispatch;
-    // Last, so that they fall silent first.
+    // Last, so that they are destroyed first: their handlers use the dispatch.
     std::unique_ptr<ModifierSource> everyProgram;
     std::unique_ptr<ModifierSource> ownWindows;
 };

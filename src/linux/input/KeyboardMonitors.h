@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/input/ModifierSources.h"
 #include "linux/input/source/KeyboardFocus.h"
+#include "linux/input/source/ModifierSource.h"
 #include "platform/EventMonitors.h"
 
 #include <functional>
@@ -9,24 +9,24 @@
 
 namespace kelo::input {
 
-/// What KeyboardMonitors learns from.
+/// The sources that KeyboardMonitors uses.
 struct KeyboardWatch {
     std::unique_ptr<KeyboardFocus> focus;
-    /// The first of them that is available and starts is used, the others are dropped.
+    /// The first one that is available and starts is used. The others are destroyed.
     SourceList everyProgram;
-    /// Used where none of those tells of our own windows; null for none.
+    /// Used if the chosen source does not cover our own windows; may be null.
     std::unique_ptr<ModifierSource> ownWindows;
 };
 
-/// The keyboard as the seam has it. GTK must be up before the first monitor is added; where it is
-/// not, there is none. However many monitors are added, one source of modifiers serves them all.
+/// The keyboard monitors of the seam. GTK must be initialized before a monitor is added: otherwise,
+/// the add functions return null. All monitors share one source of modifiers.
 class KeyboardMonitors final : public platform::EventMonitors {
 public:
     using MakeWatch = std::function<KeyboardWatch()>;
 
-    /// Watches the display that the toolkit is connected to.
+    /// Uses the sources of the display that the toolkit is connected to.
     KeyboardMonitors();
-    /// Watches what it is given; asked for when the first monitor of modifiers is added.
+    /// Uses these sources. Called when the first monitor of modifiers is added.
     explicit KeyboardMonitors(MakeWatch makeWatch);
     ~KeyboardMonitors() override;
     KeyboardMonitors(const KeyboardMonitors&) = delete;

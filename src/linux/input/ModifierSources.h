@@ -3,16 +3,12 @@
 #include "linux/input/DisplayKind.h"
 #include "linux/input/source/ModifierSource.h"
 
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace kelo::input {
 
-using SourceList = std::vector<std::unique_ptr<ModifierSource>>;
-
-/// What can tell of the modifiers in every program on such a display, the best first. The display's
-/// name is for X11; empty for the one of the environment.
+/// The sources that see the modifiers in every program on this kind of display, best first.
+/// displayName: the X11 display; if empty, the one that the environment names.
 SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName = {});
 
 } // namespace kelo::input

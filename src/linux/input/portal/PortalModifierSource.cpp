@@ -1,5 +1,6 @@
 #include "linux/input/portal/PortalModifierSource.h"
 
+#include "linux/input/portal/BusClient.h"
 #include "linux/input/portal/Portal.h"
 #include "linux/input/portal/PortalAvailability.h"
 #include "linux/input/portal/ShortcutSession.h"
@@ -9,7 +10,7 @@
 
 namespace kelo::input {
 
-/// The shortcut, through all the portals that come and go.
+/// The shortcut. It outlasts the portal's restarts.
 class PortalModifierSource::Shortcut : public std::enable_shared_from_this<Shortcut> {
 public:
     explicit Shortcut(Handler handler) : handler(std::move(handler)) {}
@@ -48,14 +49,14 @@ private:
 
     void sessionClosed(const std::string& owner) {
         session.reset();
-        // A portal that ends every session must not be asked for ever.
+        // Without a limit, a portal that closes every session would be asked forever.
         if (std::exchange(mayAskAgain, false))
             ask(owner);
         tell(false);
     }
 
     void tell(bool down) {
-        // The handler may let this go.
+        // The handler may destroy this object.
         const auto self = shared_from_this();
         if (std::exchange(isDown, down) != down)
             handler(down ? platform::modifier::control | platform::modifier::option : 0);
@@ -65,11 +66,13 @@ private:
     bool isDown = false;
     bool mayAskAgain = true;
     BusConnection connection;
-    /// After the connection, so that they go first.
+    /// After the connection, so that they are destroyed first.
     BusCalls calls;
     std::optional<BusNameWatch> portalWatch;
     std::optional<ShortcutSession> session;
 };
+
+PortalModifierSource::PortalModifierSource() : PortalModifierSource(sessionBusAddress()) {}
 
 PortalModifierSource::PortalModifierSource(std::string busAddress)
     : busAddress(std::move(busAddress)) {}

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "linux/input/portal/BusClient.h"
 #include "linux/input/source/ModifierSource.h"
 
 #include <memory>
@@ -8,23 +7,24 @@
 
 namespace kelo::input {
 
-/// Has the desktop's portal watch for Ctrl+Alt+Space, or the keys that the user chose instead, and
-/// takes the shortcut's press and release for those of Control and Option. The desktop may ask the
-/// user first; if they refuse, nothing ever comes.
+/// Registers the shortcut Ctrl+Alt+Space with the desktop's portal; the user may choose other keys.
+/// Reports the shortcut's press and release as those of Control and Option. The desktop may ask the
+/// user first. If the user refuses, nothing is ever reported.
 class PortalModifierSource final : public ModifierSource {
 public:
-    /// The address of the bus; empty when there is none.
-    explicit PortalModifierSource(std::string busAddress = sessionBusAddress());
+    /// Uses the session bus.
+    PortalModifierSource();
+    /// Uses the bus at this address; an empty address means that there is no bus.
+    explicit PortalModifierSource(std::string busAddress);
     ~PortalModifierSource() override;
 
     std::string name() const override { return "portal"; }
-    /// Starts no portal. Waits for the running one's answer, 2 s at most.
+    /// Starts no portal. Blocks for 2 s at most while a running portal responds.
     Availability availability() const override;
-    /// In our own windows the bare chord is to work, too, which the portal cannot offer. What it
-    /// tells meanwhile is not counted beside it.
+    /// False: our own windows support the chord without Space, which the portal cannot register.
     bool coversOwnWindows() const override { return false; }
-    /// False when there is no bus. Goes on in the background: asks the portal for the shortcut when
-    /// it is there and anew whenever it is restarted, and once more when it ends the shortcut.
+    /// Returns false if there is no bus. Registers the shortcut in the background: when the portal
+    /// appears, after each of its restarts, and once more if it closes the session.
     bool start(Handler handler) override;
 
 private:

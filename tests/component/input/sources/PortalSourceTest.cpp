@@ -1,6 +1,7 @@
 #include "component/MainLoopScope.h"
 #include "component/passkey/SessionBus.h"
 #include "fakes/authenticator/TemporaryFolder.h"
+#include "linux/input/portal/BusClient.h"
 #include "linux/input/portal/PortalModifierSource.h"
 
 #include <gmock/gmock.h>
