@@ -33,6 +33,8 @@ endif()
 
 add_library(kelo_compiler INTERFACE)
 target_compile_options(kelo_compiler INTERFACE -Wall -Wextra -Wpedantic)
+# One domain for everything we log through GLib, so that G_MESSAGES_DEBUG=Kelo selects it.
+target_compile_definitions(kelo_compiler INTERFACE G_LOG_DOMAIN="Kelo")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 warns of overlapping copies in plain string concatenation, wrongly:
   # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651. Remove when GCC 12 is no longer supported.

@@ -9,7 +9,8 @@ function(kelo_test)
   cmake_parse_arguments(TEST "" "NAME;LABEL" "SOURCES;LINKS;LAUNCHER;PROPERTIES" ${ARGN})
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_include_directories(${TEST_NAME} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  target_link_libraries(${TEST_NAME} PRIVATE kelo_compiler ${TEST_LINKS} GTest::gmock GTest::gtest_main)
+  target_link_libraries(${TEST_NAME} PRIVATE
+    kelo_compiler kelo_temporary_folder ${TEST_LINKS} GTest::gmock GTest::gtest_main)
   set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
   # One ctest entry a program, not a test: a process start each would triple the time of a run.
   add_test(NAME ${TEST_NAME} COMMAND ${TEST_LAUNCHER} $<TARGET_FILE:${TEST_NAME}>)

@@ -7,8 +7,8 @@
 #include "popup/Floor.h"
 #include "popup/Idle.h"
 #include "popup/Trial.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
-#include "testing/rig/TemporaryFolder.h"
 #include "testing/screen/OtherProgram.h"
 
 #include <cstdio>
@@ -158,14 +158,14 @@ void measureIdle(const fs::path& build, const fs::path& folder, const Place& pla
 void run(const fs::path& build, int repetitions) {
     const screen::XConnection connection;
     awaitWindowManager(screen::Windows(connection));
-    const rig::TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const rig::DemoService service(build, build / "demo-authority", folder.path() / "service.log");
     const Place place = panelPlace(connection);
 
     std::vector<double> first;
     for (int start = 0; start < firstShows; ++start) {
         const Kelo kelo(build, folder.path());
-        const screen::OtherProgram other({{0, 0}, connection.width(), connection.height()});
+        screen::OtherProgram other({0, 0, connection.width(), connection.height()});
         Trial trial(panelWidth, panelHeight, place.pixel());
         first.push_back(trial.firstShow());
         std::printf("start %d: first tap to mapped %.1f ms\n", start + 1, first.back());
@@ -175,13 +175,13 @@ void run(const fs::path& build, int repetitions) {
     {
         const Kelo kelo(build, folder.path());
         // What the user is at: it covers the screen, in one color.
-        const screen::OtherProgram other({{0, 0}, connection.width(), connection.height()});
+        screen::OtherProgram other({0, 0, connection.width(), connection.height()});
         other.fillScreen();
         Trial trial(panelWidth, panelHeight, place.pixel());
         trial.firstShow();
         ofKelo = trial.repeat(repetitions);
     }
-    const screen::OtherProgram other({{0, 0}, connection.width(), connection.height()});
+    screen::OtherProgram other({0, 0, connection.width(), connection.height()});
     other.fillScreen();
     printTimes(ofKelo, timeFloor(place, repetitions), first);
     std::fflush(stdout);

@@ -6,9 +6,9 @@
 #include "common/Programs.h"
 #include "start/Measurement.h"
 #include "start/Statistics.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
 #include "testing/rig/Screen.h"
-#include "testing/rig/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -73,7 +73,7 @@ void awaitWindowManager() {
 
 void run(const fs::path& build, int rounds) {
     awaitWindowManager();
-    const rig::TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const rig::DemoService service(build, build / "demo-authority", folder.path() / "service.log");
     const WindowWatch watch;
     auto all = candidates(build, folder.path());

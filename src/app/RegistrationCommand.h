@@ -3,7 +3,7 @@
 #include "base/SecretText.h"
 #include "base/async/Task.h"
 #include "passkey/PasskeyRegistrar.h"
-#include "platform/HttpCookie.h"
+#include "platform/CookieStore.h"
 #include "platform/SceneGraph.h"
 
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 
 namespace kelo::passkey {
 

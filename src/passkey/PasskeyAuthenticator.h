@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 #include "passkey/PlatformCeremony.h"
 #include "platform/HttpSession.h"
 #include "service/JsonReply.h"

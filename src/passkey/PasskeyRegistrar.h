@@ -1,10 +1,10 @@
 #pragma once
 
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 #include "base/SecretText.h"
 #include "base/Url.h"
 #include "passkey/PlatformCeremony.h"
-#include "platform/HttpCookie.h"
+#include "platform/CookieStore.h"
 #include "platform/UrlRequest.h"
 #include "service/JsonReply.h"
 

@@ -2,7 +2,7 @@
 
 #include "base/Bytes.h"
 #include "base/async/Task.h"
-#include "platform/HttpCookie.h"
+#include "platform/CookieStore.h"
 #include "platform/UrlRequest.h"
 
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 #include "base/async/Task.h"
 #include "platform/EmbeddedWebView.h"
 

@@ -1,9 +1,9 @@
 // kelo-tour: walks the whole road from the first start to a sign-in with a passkey, as a person
 // would, and keeps a picture of every step. scripts/run starts it where there is no display.
 
+#include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
 #include "testing/rig/KeloProcess.h"
-#include "testing/rig/TemporaryFolder.h"
 #include "testing/rig/User.h"
 
 #include <chrono>
@@ -110,7 +110,7 @@ private:
     fs::path pictures;
     PrivateDesktop desktop;
     User user;
-    TemporaryFolder folder;
+    test::TemporaryFolder folder;
     std::optional<DemoService> service;
     std::optional<KeloProcess> kelo;
     int number = 0;

@@ -1,38 +1,37 @@
 #include "testing/screen/OtherProgram.h"
 
+#include "testing/screen/Windows.h"
+
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
 #include <array>
+#include <stdexcept>
 
 namespace kelo::screen {
 
-namespace {
-
-constexpr unsigned long paper = 0xF4E9C8;
-constexpr int margin = 24;
-
-} // namespace
-
-OtherProgram::OtherProgram(Place place) {
-    Display* const display = own.display();
-    identifier = XCreateSimpleWindow(display, own.root(), place.corner.x, place.corner.y,
-                                     static_cast<unsigned>(place.width),
-                                     static_cast<unsigned>(place.height), 0, 0, paper);
-    XStoreName(display, identifier, "Another program");
-    XSelectInput(display, identifier, KeyPressMask | ExposureMask);
+OtherProgram::OtherProgram(Place place, Kind kind) : where(place) {
+    Display* const x = own.display();
+    identifier = XCreateSimpleWindow(x, own.root(), place.x, place.y, unsigned(place.width),
+                                     unsigned(place.height), 0, 0, color);
+    XStoreName(x, identifier, "another program");
+    XSelectInput(x, identifier, KeyPressMask | ButtonPressMask | FocusChangeMask | ExposureMask);
     XSizeHints size{};
     size.flags = USPosition | USSize;
-    size.x = place.corner.x;
-    size.y = place.corner.y;
-    size.width = place.width;
-    size.height = place.height;
-    XSetWMNormalHints(display, identifier, &size);
+    size.x = place.x;
+    size.y = place.y;
+    XSetWMNormalHints(x, identifier, &size);
     XWMHints hints{};
     hints.flags = InputHint;
     hints.input = True;
-    XSetWMHints(display, identifier, &hints);
-    XMapWindow(display, identifier);
+    XSetWMHints(x, identifier, &hints);
+    if (kind == Kind::bar) {
+        const unsigned long dock = own.atom("_NET_WM_WINDOW_TYPE_DOCK");
+        XChangeProperty(x, identifier, own.atom("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32,
+                        PropModeReplace, reinterpret_cast<const unsigned char*>(&dock), 1);
+    }
+    XMapWindow(x, identifier);
     own.sync();
 }
 
@@ -41,18 +40,89 @@ OtherProgram::~OtherProgram() {
     own.sync();
 }
 
-void OtherProgram::fillScreen() const {
-    constexpr long add = 1;
-    XEvent message{};
-    message.xclient.type = ClientMessage;
-    message.xclient.window = identifier;
-    message.xclient.message_type = own.atom("_NET_WM_STATE");
-    message.xclient.format = 32;
-    message.xclient.data.l[0] = add;
-    message.xclient.data.l[1] = static_cast<long>(own.atom("_NET_WM_STATE_FULLSCREEN"));
-    XSendEvent(own.display(), own.root(), False, SubstructureNotifyMask | SubstructureRedirectMask,
-               &message);
+void OtherProgram::goToPlace() {
+    XMoveWindow(own.display(), identifier, where.x, where.y);
     own.sync();
+}
+
+void OtherProgram::fillScreen() {
+    Display* const x = own.display();
+    if (!Windows(own).hasManager()) {
+        XMoveResizeWindow(x, identifier, 0, 0, unsigned(own.width()), unsigned(own.height()));
+        XRaiseWindow(x, identifier);
+        return own.sync();
+    }
+    tellManager("_NET_WM_STATE", 1, long(own.atom("_NET_WM_STATE_FULLSCREEN")));
+}
+
+void OtherProgram::tellManager(const char* message, long first, long second) {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = message[5] == 'W' ? identifier : own.root();
+    event.xclient.message_type = own.atom(message);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = first;
+    event.xclient.data.l[1] = second;
+    XSendEvent(own.display(), own.root(), False, SubstructureNotifyMask | SubstructureRedirectMask,
+               &event);
+    own.sync();
+}
+
+void OtherProgram::changeWorkspace(int number) {
+    tellManager("_NET_CURRENT_DESKTOP", number, CurrentTime);
+}
+
+void OtherProgram::reserve(const std::vector<unsigned long>& strut) {
+    XChangeProperty(own.display(), identifier, own.atom("_NET_WM_STRUT_PARTIAL"), XA_CARDINAL, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(strut.data()),
+                    int(strut.size()));
+    own.sync();
+}
+
+void OtherProgram::takeKeyboard() {
+    XSetInputFocus(own.display(), identifier, RevertToPointerRoot, CurrentTime);
+    own.sync();
+}
+
+void OtherProgram::grabKeyboard() {
+    if (XGrabKeyboard(own.display(), identifier, False, GrabModeAsync, GrabModeAsync,
+                      CurrentTime) != GrabSuccess)
+        throw std::runtime_error("the keyboard cannot be grabbed");
+    own.sync();
+}
+
+void OtherProgram::releaseKeyboard() {
+    XUngrabKeyboard(own.display(), CurrentTime);
+    own.sync();
+}
+
+void OtherProgram::withdraw() {
+    XUnmapWindow(own.display(), identifier);
+    own.sync();
+}
+
+void OtherProgram::listen() {
+    own.sync();
+    while (XPending(own.display()) > 0) {
+        XEvent event{};
+        XNextEvent(own.display(), &event);
+        if (event.type == Expose)
+            exposed = true;
+        if (event.type == ButtonPress)
+            ++pressed;
+        std::array<char, 16> text{};
+        if (event.type == KeyPress) {
+            const int count =
+                XLookupString(&event.xkey, text.data(), text.size(), nullptr, nullptr);
+            keys.append(text.data(), std::size_t(count));
+        }
+    }
+}
+
+const std::string& OtherProgram::received() {
+    listen();
+    draw();
+    return keys;
 }
 
 bool OtherProgram::hasKeyboard() const {
@@ -62,24 +132,10 @@ bool OtherProgram::hasKeyboard() const {
     return focused == identifier;
 }
 
-const std::string& OtherProgram::received() {
-    own.sync();
-    while (XPending(own.display()) > 0) {
-        XEvent event{};
-        XNextEvent(own.display(), &event);
-        if (event.type != KeyPress)
-            continue;
-        std::array<char, 16> typed{};
-        const int count = XLookupString(&event.xkey, typed.data(), typed.size(), nullptr, nullptr);
-        text.append(typed.data(), static_cast<std::size_t>(count));
-    }
-    draw();
-    return text;
-}
-
 void OtherProgram::draw() const {
+    constexpr int margin = 24;
     XDrawString(own.display(), identifier, DefaultGC(own.display(), DefaultScreen(own.display())),
-                margin, margin, text.data(), static_cast<int>(text.size()));
+                margin, margin, keys.data(), static_cast<int>(keys.size()));
     own.flush();
 }
 

@@ -1,4 +1,4 @@
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 
 namespace kelo::e2e {
 
@@ -10,7 +10,7 @@ using rig::pageField;
 using rig::pageHeading;
 
 /// The first load finds no service, or the wrong one.
-class FirstLoad : public Journey {
+class FirstLoad : public ProgramFixture {
 protected:
     void SetUp() override {}
 };

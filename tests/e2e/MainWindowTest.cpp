@@ -1,4 +1,4 @@
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 
 #include <algorithm>
 
@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::chrono::seconds patience{30};
 
-class MainWindow : public Journey {
+class MainWindow : public ProgramFixture {
 protected:
     std::optional<rig::ScreenWindow> mainWindow() const {
         const auto windows = desktop().screen.windows.managed();

@@ -1,4 +1,4 @@
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 
 namespace kelo::e2e {
 
@@ -7,7 +7,7 @@ namespace {
 using rig::button;
 using rig::label;
 
-class Registration : public Journey {};
+class Registration : public ProgramFixture {};
 
 } // namespace
 

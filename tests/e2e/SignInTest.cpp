@@ -1,4 +1,4 @@
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 
 namespace kelo::e2e {
 
@@ -11,7 +11,7 @@ using rig::label;
 
 constexpr const char* cancelled = "The passkey request was cancelled.";
 
-class SignIn : public Journey {};
+class SignIn : public ProgramFixture {};
 
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 
 #include <cstdlib>
 
@@ -6,7 +6,7 @@ namespace kelo::e2e {
 
 namespace {
 
-class VoiceMicrophone : public VoiceJourney {};
+class VoiceMicrophone : public VoiceProgramFixture {};
 
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 #include "testing/rig/ChildProcess.h"
 
 namespace kelo::e2e {
@@ -8,7 +8,7 @@ namespace {
 constexpr std::chrono::seconds patience{30};
 
 /// The screen as two monitors side by side, of different height.
-class VoiceMonitors : public VoiceJourney {
+class VoiceMonitors : public VoiceProgramFixture {
 protected:
     const rig::Area left{{0, 0}, 640, 800};
     const rig::Area right{{640, 0}, 640, 900};
@@ -16,11 +16,11 @@ protected:
     void SetUp() override {
         xrandr({"--setmonitor", "left", "640/170x800/210+0+0", "screen"});
         xrandr({"--setmonitor", "right", "640/170x900/240+640+0", "none"});
-        VoiceJourney::SetUp();
+        VoiceProgramFixture::SetUp();
     }
 
     void TearDown() override {
-        VoiceJourney::TearDown();
+        VoiceProgramFixture::TearDown();
         xrandr({"--delmonitor", "left"});
         xrandr({"--delmonitor", "right"});
     }
@@ -35,7 +35,7 @@ protected:
 } // namespace
 
 TEST_F(VoiceMonitors, ShowThePanelWhereTheKeyboardIs) {
-    screen::OtherProgram onLeft({{60, 60}, 300, 200});
+    screen::OtherProgram onLeft({60, 60, 300, 200});
     goTo(onLeft);
     auto shown = tapToShow();
     awaitPlace(shown, placeOn(left));
@@ -43,7 +43,7 @@ TEST_F(VoiceMonitors, ShowThePanelWhereTheKeyboardIs) {
     picture("left");
     tapToHide();
 
-    screen::OtherProgram onRight({{700, 60}, 300, 200});
+    screen::OtherProgram onRight({700, 60, 300, 200});
     goTo(onRight);
     shown = tapToShow();
     awaitPlace(shown, placeOn(right));

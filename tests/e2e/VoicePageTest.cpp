@@ -1,5 +1,5 @@
 // The widget's page in the panel: who it is for, what it may do, and what it cannot break.
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 
 #include <algorithm>
 #include <csignal>
@@ -43,7 +43,7 @@ addEventListener('message', (event) => {
 </script>)";
 }
 
-class VoicePage : public VoiceJourney {
+class VoicePage : public VoiceProgramFixture {
 protected:
     /// Shows the panel and kills the process that draws its page. The engine starts another one
     /// along with it, for the next page of any view; which is which cannot be told, so both go.

@@ -1,5 +1,5 @@
 // The chord and the panel in the life of the program: before, beside and after its main window.
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 
 #include <array>
 #include <string_view>
@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::chrono::seconds patience{30};
 
-class VoiceProgram : public VoiceJourney {
+class VoiceProgram : public VoiceProgramFixture {
 protected:
     /// Starts Kelo once more with these arguments, waits for its end, and gives what it printed.
     std::string startAgain(const std::vector<std::string>& arguments) const {

@@ -1,4 +1,4 @@
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 
 #include <iostream>
 
@@ -48,7 +48,7 @@ std::ostream& operator<<(std::ostream& out, const Holdings& held) {
                << held.threads << " threads, " << held.memory << " KiB";
 }
 
-class VoiceSoak : public VoiceJourney {
+class VoiceSoak : public VoiceProgramFixture {
 protected:
     screen::WindowEvents events;
 

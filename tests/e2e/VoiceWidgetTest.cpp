@@ -1,16 +1,16 @@
 // What somebody sees and types who works in another program. Runs under each window manager.
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 
 namespace kelo::e2e {
 
 namespace {
 
-class VoiceWidget : public VoiceJourney {
+class VoiceWidget : public VoiceProgramFixture {
 protected:
-    screen::OtherProgram other{{{90, 70}, 620, 420}};
+    screen::OtherProgram other{{90, 70, 620, 420}};
 
     void SetUp() override {
-        VoiceJourney::SetUp();
+        VoiceProgramFixture::SetUp();
         goTo(other);
     }
 };

@@ -1,4 +1,5 @@
 #include "layers/Command.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -40,19 +41,12 @@ class WellFormedOrigin : public testing::TestWithParam<const char*> {};
 /// A file that lives as long as the test.
 class TextFile {
 public:
-    explicit TextFile(const std::string& text) {
-        std::string pattern = (fs::temp_directory_path() / "kelo-pem-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        std::ofstream(path()) << text;
-    }
-    ~TextFile() { fs::remove_all(folder); }
-    TextFile(const TextFile&) = delete;
-    TextFile& operator=(const TextFile&) = delete;
+    explicit TextFile(const std::string& text) { std::ofstream(path()) << text; }
     fs::path path() const { return folder / "ca.pem"; }
     fs::path output() const { return folder / "Authority.cpp"; }
 
 private:
-    fs::path folder;
+    const test::TemporaryFolder folder;
 };
 
 CommandResult embed(const TextFile& file) {

@@ -66,6 +66,8 @@ LinuxAuthorizationController::perform(std::shared_ptr<LinuxAuthorizationControll
     }
     if (error)
         report(error);
+    else
+        g_debug("passkey: the ceremony has succeeded");
     const auto listener = self->delegate.lock();
     if (!listener)
         co_return;

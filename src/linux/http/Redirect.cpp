@@ -1,6 +1,5 @@
 #include "linux/http/Redirect.h"
 
-#include "base/Failure.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/SoupUri.h"
 
@@ -22,7 +21,8 @@ std::optional<Url> resolved(const Url& base, const std::string& location) {
     if (!target)
         return std::nullopt;
     const gobject::GText text(g_uri_to_string(target.get()));
-    return Url::parse(text.get());
+    // GLib finds no text for some addresses that it has parsed itself, such as "x:.///".
+    return text ? Url::parse(text.get()) : std::nullopt;
 }
 
 bool describesBody(const std::string& header) {
@@ -68,6 +68,12 @@ std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
         std::erase_if(next.headers, [](const auto& header) { return describesBody(header.first); });
     }
     return next;
+}
+
+Failure tooManyRedirects(const Url& firstUrl) {
+    return Failure(FailureKind::badReply, firstUrl.host() +
+                                              " sent Kelo from one address to the next without "
+                                              "end. Try again later.");
 }
 
 } // namespace kelo::http

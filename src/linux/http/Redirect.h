@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "platform/UrlRequest.h"
 
 #include <optional>
@@ -17,5 +18,8 @@ inline constexpr int redirectLimit = 20;
 /// if that origin redirects again. Throws a Failure for a target that is not https or no URL.
 std::optional<platform::UrlRequest> redirected(const platform::UrlRequest& request, int status,
                                                const std::optional<std::string>& location);
+
+/// The failure of a request that was redirected more often than the limit allows.
+Failure tooManyRedirects(const Url& firstUrl);
 
 } // namespace kelo::http

@@ -1,6 +1,7 @@
 #include "linux/http/SoupHttpSession.h"
 
 #include "base/Failure.h"
+#include "linux/http/LoggedAddress.h"
 #include "linux/http/Redirect.h"
 #include "linux/http/Response.h"
 #include "linux/http/TransportErrors.h"
@@ -39,6 +40,8 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
         const auto response = co_await sendRequest(session, authority, request, firstUrl, deadline);
         HttpReply reply;
         reply.status = response->status();
+        g_debug("http: %s %s: %d", request.method.c_str(),
+                loggedAddress(request.url.absoluteString().c_str()).c_str(), response->status());
         // The body of a redirect is read as well, so that its connection can be used again.
         reply.body = co_await completeBody(*response, request.url);
         std::optional<UrlRequest> next =
@@ -47,9 +50,7 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
             co_return reply;
         request = std::move(*next);
     }
-    throw Failure(FailureKind::badReply, firstUrl.host() +
-                                             " sent Kelo from one address to the next "
-                                             "without end. Try again later.");
+    throw tooManyRedirects(firstUrl);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/input/ToplevelWatch.h"
 #include "linux/input/source/KeyboardFocus.h"
+#include "linux/window/Toplevels.h"
 
 namespace kelo::input {
 
@@ -14,13 +14,13 @@ public:
     ActiveWindowFocus(const ActiveWindowFocus&) = delete;
     ActiveWindowFocus& operator=(const ActiveWindowFocus&) = delete;
 
-    bool isOurs() const override { return activeToplevel() != nullptr; }
+    bool isOurs() const override { return window::activeToplevel() != nullptr; }
     void onChange(std::function<void()> changed) override;
 
 private:
     struct Pending;
     std::shared_ptr<Pending> pending;
-    ToplevelWatch toplevels;
+    window::ToplevelWatch toplevels;
 };
 
 } // namespace kelo::input

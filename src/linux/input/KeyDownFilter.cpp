@@ -1,7 +1,7 @@
 #include "linux/input/KeyDownFilter.h"
 
 #include "linux/gobject/SignalHandler.h"
-#include "linux/input/GdkModifiers.h"
+#include "linux/input/OwnWindowsModifierSource.h"
 #include "linux/window/WindowIdentity.h"
 
 #include <gtk/gtk.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/ToplevelWatch.h"
+#include "linux/window/Toplevels.h"
 #include "platform/EventMonitors.h"
 
 #include <functional>
@@ -25,7 +25,7 @@ private:
     class Keys;
     /// Shared with the windows, which outlive the filter.
     std::shared_ptr<Keys> keys;
-    ToplevelWatch toplevels;
+    window::ToplevelWatch toplevels;
 };
 
 } // namespace kelo::input

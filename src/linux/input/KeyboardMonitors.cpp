@@ -6,6 +6,7 @@
 #include "linux/input/ModifierSources.h"
 #include "linux/input/OwnWindowsModifierSource.h"
 #include "linux/input/xkb/X11KeyboardFocus.h"
+#include "linux/window/Toplevels.h"
 #include "linux/window/WindowIdentity.h"
 
 #include <gtk/gtk.h>
@@ -80,6 +81,7 @@ private:
             if (source->isAvailable() &&
                 source->start([this](ModifierFlags flags) { dispatch->sawEverywhere(flags); })) {
                 everyProgram = std::move(source);
+                g_debug("hotkey: %s watches every program", everyProgram->name().c_str());
                 break;
             }
         }
@@ -116,7 +118,7 @@ private:
     }
 
     void deliverToOurs(Event event) {
-        if (GtkWindow* const window = gtk_is_initialized() ? activeToplevel() : nullptr)
+        if (GtkWindow* const window = gtk_is_initialized() ? window::activeToplevel() : nullptr)
             event.window = window::windowIdentity(window);
         pass(localHandlers, std::make_shared<const Event>(std::move(event)));
     }

@@ -1,10 +1,79 @@
 #include "linux/input/ModifierSources.h"
 
+#include "linux/gobject/GObjectPointer.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 #include "linux/input/portal/PortalModifierSource.h"
 #include "linux/input/xkb/XkbModifierSource.h"
+#include "posix/FileDescriptor.h"
+
+#include <gdk/x11/gdkx.h>
+
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace kelo::input {
+
+namespace {
+
+std::string environment(const char* name) {
+    const char* const value = g_getenv(name);
+    return value ? value : "";
+}
+
+bool isWaylandThere() {
+    std::string path = environment("WAYLAND_DISPLAY");
+    if (path.empty())
+        path = "wayland-0";
+    if (path.front() != '/') {
+        const std::string folder = environment("XDG_RUNTIME_DIR");
+        if (folder.empty())
+            return false;
+        path = folder + "/" + path;
+    }
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path))
+        return false;
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    const posix::FileDescriptor socket(
+        ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    return socket && ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
+                               sizeof(address)) == 0;
+}
+
+bool isX11There() {
+    const auto close = [](Display* display) { XCloseDisplay(display); };
+    return std::unique_ptr<Display, decltype(close)>(XOpenDisplay(nullptr), close) != nullptr;
+}
+
+/// Whether the user lets the toolkit use this kind of display (GDK_BACKEND).
+bool isAllowed(std::string_view kind) {
+    const std::string allowed = environment("GDK_BACKEND");
+    if (allowed.empty())
+        return true;
+    const std::string list = "," + allowed + ",";
+    return list.find("," + std::string(kind) + ",") != std::string::npos ||
+           list.find(",*,") != std::string::npos;
+}
+
+} // namespace
+
+DisplayKind displayKind(GdkDisplay* display) {
+    if (!display)
+        return DisplayKind::none;
+    return GDK_IS_X11_DISPLAY(display) ? DisplayKind::x11 : DisplayKind::wayland;
+}
+
+DisplayKind displayKindOfEnvironment() {
+    if (isAllowed("wayland") && isWaylandThere())
+        return DisplayKind::wayland;
+    if (isAllowed("x11") && isX11There())
+        return DisplayKind::x11;
+    return DisplayKind::none;
+}
 
 SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName) {
     SourceList sources;

@@ -7,6 +7,9 @@ typedef struct _GdkDevice GdkDevice;
 
 namespace kelo::input {
 
+/// Converts the toolkit's modifiers (GdkModifierType) to the seam's flags.
+platform::ModifierFlags flagsFromGdk(unsigned state);
+
 /// The modifiers as the toolkit knows them. It sees them only while a window of ours has the
 /// keyboard. GTK must be initialized before start().
 class OwnWindowsModifierSource final : public ModifierSource {

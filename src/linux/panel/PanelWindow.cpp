@@ -1,6 +1,7 @@
 #include "linux/panel/PanelWindow.h"
 
 #include "linux/window/HostedWidget.h"
+#include "linux/window/Toplevels.h"
 
 #include <cmath>
 #include <string>
@@ -29,17 +30,6 @@ void follow(GtkWidget* widget, platform::AutoresizingMask mask) {
     gtk_widget_set_vexpand(widget, high);
     gtk_widget_set_halign(widget, wide ? GTK_ALIGN_FILL : GTK_ALIGN_START);
     gtk_widget_set_valign(widget, high ? GTK_ALIGN_FILL : GTK_ALIGN_END);
-}
-
-bool hasActiveWindow() {
-    GListModel* const toplevels = gtk_window_get_toplevels();
-    for (guint index = 0; index < g_list_model_get_n_items(toplevels); ++index) {
-        const auto window = gobject::GObjectPointer<GtkWindow>::adopt(
-            static_cast<GtkWindow*>(g_list_model_get_item(toplevels, index)));
-        if (gtk_window_is_active(window.get()))
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -121,7 +111,7 @@ void PanelWindow::hideWhenInactive() {
         const auto look = +[](gpointer data) -> gboolean {
             auto& looking = *static_cast<PanelWindow*>(data);
             looking.deactivation = 0;
-            if (!hasActiveWindow())
+            if (!window::activeToplevel())
                 gtk_widget_set_visible(looking.widget(), FALSE);
             return G_SOURCE_REMOVE;
         };

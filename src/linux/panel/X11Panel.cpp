@@ -97,6 +97,7 @@ void X11Panel::setFrameOrigin(platform::Point newOrigin) {
 }
 
 void X11Panel::makeKeyAndOrderFront() {
+    g_debug("panel: shown");
     if (!window.surface())
         realize();
     move();
@@ -114,6 +115,7 @@ void X11Panel::makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebVie
 void X11Panel::orderOut() {
     if (!isVisible())
         return;
+    g_debug("panel: hidden");
     keyboard->giveBack();
     gtk_widget_set_visible(window.widget(), FALSE);
     XFlush(connection.xlib());

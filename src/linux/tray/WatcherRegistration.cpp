@@ -29,8 +29,9 @@ WatcherRegistration::WatcherRegistration(const Glib::RefPtr<Gio::DBus::Connectio
                   [bus](const Glib::RefPtr<Gio::AsyncResult>& result) {
                       try {
                           bus->call_finish(result);
+                          g_debug("tray: the item is registered");
                       } catch (const Glib::Error& error) {
-                          g_debug("The tray does not accept the item: %s", error.what());
+                          g_debug("tray: the item is not accepted: %s", error.what());
                       }
                   },
                   owner);

@@ -1,6 +1,7 @@
 #include "linux/webkit/WebKitEmbeddedView.h"
 
 #include "base/Invariant.h"
+#include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/EngineHandles.h"
@@ -244,6 +245,9 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     case WEBKIT_LOAD_FINISHED: {
         mediaPermission->navigationEnded();
         const bool arrived = pageLoad->finished();
+        if (arrived)
+            g_debug("page: %s has arrived",
+                    http::loggedAddress(webkit_web_view_get_uri(view.get())).c_str());
         if (const auto listener = delegate.lock(); listener && arrived)
             listener->didFinishNavigation(*this);
         break;
@@ -264,8 +268,8 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     pageLoad->failed();
     if (pageLoad->awaitsErrorPage() || isReplaced(error))
         return true;
-    g_warning("%s did not load: %s %d: %s", address, g_quark_to_string(error.domain), error.code,
-              error.message);
+    g_warning("%s did not load: %s %d: %s", http::loggedAddress(address).c_str(),
+              g_quark_to_string(error.domain), error.code, error.message);
     // A network process that ends forgets the allowed certificates, so one loss can cause the next.
     // The user is told only if repeating does not help.
     if (isLostByTheEngine(error) && pageLoad->repeatLost()) {
@@ -287,7 +291,8 @@ void WebKitEmbeddedView::loadTimedOut() {
     const std::string sentence =
         url ? http::timeOutError(*url, pageLoad->timeout()).localizedDescription()
             : "The service did not answer. Try again later.";
-    g_warning("%s made no progress for %lld seconds and was stopped", address ? address : "A page",
+    g_warning("%s made no progress for %lld seconds and was stopped",
+              http::loggedAddress(address).c_str(),
               static_cast<long long>(pageLoad->timeout().count()));
     const std::string failedAddress = address ? address : "";
     endUnresponsiveProcess();

@@ -1,7 +1,7 @@
 #include "updater/archive/Signature.h"
 
 #include "base/Base64.h"
-#include "updater/appcast/Text.h"
+#include "base/Text.h"
 
 #include <openssl/evp.h>
 

@@ -1,9 +1,9 @@
 #include "demo/tls/Authority.h"
 #include "DemoProcess.h"
 #include "HttpsClient.h"
-#include "TemporaryDirectory.h"
 #include "demo/base/AtomicFile.h"
 #include "demo/tls/CertificateMaker.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <openssl/x509.h>
@@ -45,8 +45,8 @@ protected:
         writeFileAtomically(files.serverCertificate, certificateToPem(*server.certificate), 0644);
     }
 
-    TemporaryDirectory directory;
-    AuthorityFiles files{directory.path / "made" / "authority"};
+    test::TemporaryFolder directory;
+    AuthorityFiles files{directory.path() / "made" / "authority"};
 };
 
 TEST_F(PrivateAuthority, InitMakesTheFourFilesAndNothingElse) {
@@ -153,7 +153,7 @@ TEST_F(PrivateAuthority, SimultaneousFirstRunsAgree) {
     // Both start before either can be done; whichever is first, the other must find its work.
     std::string first;
     for (int round = 0; round < 3; ++round) {
-        const AuthorityFiles fresh(directory.path / ("round" + std::to_string(round)));
+        const AuthorityFiles fresh(directory.path() / ("round" + std::to_string(round)));
         const auto run = [&] {
             return gobject::GObjectPointer<GSubprocess>::adopt(
                 g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, DEMO_SERVICE, "--init",
@@ -171,7 +171,7 @@ TEST_F(PrivateAuthority, SimultaneousFirstRunsAgree) {
 
 TEST_F(PrivateAuthority, ClientsOfAnotherAuthorityRefuseTheService) {
     ASSERT_EQ(init().exitCode, 0);
-    const AuthorityFiles other(directory.path / "other");
+    const AuthorityFiles other(directory.path() / "other");
     prepareAuthority(other);
     const DemoProcess service(files.directory);
     HttpsClient client(other.directory, service.origin());

@@ -3,14 +3,14 @@
 namespace kelo::demo {
 namespace {
 
-std::unique_ptr<TemporaryDirectory> sharedDirectory;
+std::unique_ptr<test::TemporaryFolder> sharedDirectory;
 
 constexpr const char* callbackPath = "/api/auth/callback/credentials";
 
 } // namespace
 
 void DemoFixture::SetUpTestSuite() {
-    sharedDirectory = std::make_unique<TemporaryDirectory>();
+    sharedDirectory = std::make_unique<test::TemporaryFolder>();
     const auto outcome = runDemoService({"--init", "--authority", authority().string()});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
 }
@@ -20,7 +20,7 @@ void DemoFixture::TearDownTestSuite() {
 }
 
 std::filesystem::path DemoFixture::authority() {
-    return sharedDirectory->path / "authority";
+    return sharedDirectory->path() / "authority";
 }
 
 void DemoFixture::startService(const std::vector<std::string>& more) {

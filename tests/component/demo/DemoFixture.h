@@ -2,8 +2,8 @@
 
 #include "DemoProcess.h"
 #include "HttpsClient.h"
-#include "TemporaryDirectory.h"
 #include "fakes/SoftwarePasskey.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -12,7 +12,7 @@ namespace {
 
 class ServiceProcess : public DemoFixture {
 protected:
-    std::filesystem::path stateFile() const { return directory.path / "state.json"; }
+    std::filesystem::path stateFile() const { return directory.path() / "state.json"; }
 
     static std::string read(const std::filesystem::path& path) {
         std::ostringstream text;
@@ -30,7 +30,7 @@ protected:
         return static_cast<bool>(connection);
     }
 
-    TemporaryDirectory directory;
+    test::TemporaryFolder directory;
 };
 
 TEST_F(ServiceProcess, ListensOnLoopbackOnly) {
@@ -154,7 +154,7 @@ TEST_F(ServiceProcess, StateOfAnotherVersionIsReportedAndLeftUntouched) {
 }
 
 TEST_F(ServiceProcess, PasskeyThatCannotBeStoredIsNotTaken) {
-    const auto folder = directory.path / "state";
+    const auto folder = directory.path() / "state";
     std::filesystem::create_directory(folder);
     startService({"--state", (folder / "state.json").string()});
     ASSERT_EQ(signInWithPassword(*browser).status, 303u);

@@ -1,5 +1,7 @@
 #include "linux/desktop/PosixFileSystem.h"
 
+#include "testing/TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -16,21 +18,14 @@ namespace {
 namespace fs = std::filesystem;
 
 struct PosixFileSystemTest : testing::Test {
-    PosixFileSystemTest() {
-        std::string pattern = (fs::temp_directory_path() / "kelo-test-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        path = (folder / "file").string();
-    }
-    ~PosixFileSystemTest() override { fs::remove_all(folder); }
-
     static std::string content(const fs::path& file) {
         std::ifstream stream(file);
         return (std::ostringstream() << stream.rdbuf()).str();
     }
 
     PosixFileSystem files;
-    fs::path folder;
-    std::string path;
+    const test::TemporaryFolder folder;
+    const std::string path = (folder / "file").string();
 };
 
 TEST_F(PosixFileSystemTest, MissingFileIsNotOpenedAndNotCreated) {
@@ -91,8 +86,8 @@ TEST_F(PosixFileSystemTest, FifoNeitherBlocksNorIsWritten) {
 }
 
 TEST_F(PosixFileSystemTest, FolderAndMissingFolderAreRefused) {
-    EXPECT_EQ(files.openForWriting(folder.string()), nullptr);
-    EXPECT_FALSE(files.writeWholeFile(folder.string(), bytesOf("x")));
+    EXPECT_EQ(files.openForWriting(folder.path().string()), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(folder.path().string(), bytesOf("x")));
     EXPECT_FALSE(files.writeWholeFile((folder / "none" / "file").string(), bytesOf("x")));
 }
 

@@ -30,7 +30,7 @@ protected:
         last = loopTime();
     }
 
-    LoopRig loop;
+    TestMainLoop loop;
     std::shared_ptr<voice::GlobalHotkey> hotkey = std::make_shared<voice::GlobalHotkey>();
     Actions actions;
     std::chrono::microseconds last{};

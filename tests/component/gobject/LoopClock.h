@@ -1,6 +1,6 @@
 #pragma once
 
-#include "component/http/LoopRig.h"
+#include "component/http/TestMainLoop.h"
 
 #include <glib.h>
 
@@ -38,7 +38,7 @@ inline std::chrono::milliseconds plannedSleep() {
 /// Turns the loop until a timer of GLib's own goes off; false when it never does. The loop deals
 /// with timers that are due at once in the order in which they were set, so that those set before
 /// and due by then have fired, too.
-inline bool passOn(LoopRig& loop, std::chrono::milliseconds span) {
+inline bool passOn(TestMainLoop& loop, std::chrono::milliseconds span) {
     bool passed = false;
     const GSourceFunc note = [](gpointer flag) -> gboolean {
         *static_cast<bool*>(flag) = true;

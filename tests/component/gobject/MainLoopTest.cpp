@@ -1,3 +1,4 @@
+#include "component/LogReader.h"
 #include "component/gobject/LoopClock.h"
 
 #include <gtest/gtest.h>
@@ -28,27 +29,8 @@ protected:
     /// fired.
     void pass(std::chrono::milliseconds span) { ASSERT_TRUE(passOn(loop, span)); }
 
-    LoopRig loop;
+    TestMainLoop loop;
     Names happened;
-};
-
-/// Complaints of GLib itself while it lives, for instance about a source that there is not.
-class Complaints {
-public:
-    Complaints() : previous(g_log_set_default_handler(count, this)) {}
-    ~Complaints() { g_log_set_default_handler(previous, nullptr); }
-    Complaints(const Complaints&) = delete;
-    Complaints& operator=(const Complaints&) = delete;
-
-    const Names& texts() const { return heard; }
-
-private:
-    static void count(const char*, GLogLevelFlags, const char* text, gpointer self) {
-        static_cast<Complaints*>(self)->heard.emplace_back(text);
-    }
-
-    Names heard;
-    GLogFunc previous;
 };
 
 TEST_F(MainLoopTest, TimerFiresAfterItsDelayAndNoEarlier) {
@@ -123,7 +105,7 @@ TEST_F(MainLoopTest, InvalidatedTimerThatIsDueDoesNotFire) {
 }
 
 TEST_F(MainLoopTest, InvalidateIsHarmlessAfterwards) {
-    const Complaints complaints;
+    const LogReader log;
     const auto fired = schedule(1ms, notes("fired"));
     ASSERT_TRUE(loop.runUntil([this] { return !happened.empty(); }));
     fired->invalidate();
@@ -132,7 +114,7 @@ TEST_F(MainLoopTest, InvalidateIsHarmlessAfterwards) {
     cancelled->invalidate();
     pass(20ms);
     EXPECT_EQ(happened, Names{"fired"});
-    EXPECT_EQ(complaints.texts(), Names{});
+    EXPECT_EQ(log.complaints(), Names{});
 }
 
 TEST_F(MainLoopTest, InvalidateOfOneTimerLeavesTheOthersAlone) {
@@ -144,7 +126,7 @@ TEST_F(MainLoopTest, InvalidateOfOneTimerLeavesTheOthersAlone) {
 }
 
 TEST_F(MainLoopTest, TimerMayInvalidateItselfWhileItFires) {
-    const Complaints complaints;
+    const LogReader log;
     const auto own = std::make_shared<std::shared_ptr<Timer>>();
     *own = schedule(1ms, [this, own, held = std::make_shared<int>(7)] {
         (*own)->invalidate();
@@ -153,7 +135,7 @@ TEST_F(MainLoopTest, TimerMayInvalidateItselfWhileItFires) {
     ASSERT_TRUE(loop.runUntil([this] { return !happened.empty(); }));
     own->reset();
     EXPECT_EQ(happened, Names{"7"});
-    EXPECT_EQ(complaints.texts(), Names{});
+    EXPECT_EQ(log.complaints(), Names{});
 }
 
 TEST_F(MainLoopTest, TimerMaySetAnotherWhileItFires) {

@@ -1,4 +1,4 @@
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include "linux/gobject/WorkerThread.h"
 
@@ -37,32 +37,32 @@ Task<void> catchFailure(Worker& worker, std::string& caught) {
 } // namespace
 
 TEST(WorkerThread, RunsJobsOffTheMainThreadAndComesBackToIt) {
-    const MainLoopScope loop;
+    const ScopedMainLoop loop;
     gobject::WorkerThread worker;
     std::optional<std::thread::id> where;
     spawn(runElsewhere(worker, where));
-    ASSERT_TRUE(MainLoopScope::runUntil([&] { return where.has_value(); }));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return where.has_value(); }));
     EXPECT_NE(*where, std::this_thread::get_id());
 }
 
 TEST(WorkerThread, RunsJobsInTheirOrder) {
-    const MainLoopScope loop;
+    const ScopedMainLoop loop;
     gobject::WorkerThread worker;
     std::vector<int> order, expected;
     for (int i = 0; i < 50; ++i) {
         spawn(collect(worker, order, i));
         expected.push_back(i);
     }
-    ASSERT_TRUE(MainLoopScope::runUntil([&] { return order.size() == 50; }));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return order.size() == 50; }));
     EXPECT_EQ(order, expected);
 }
 
 TEST(WorkerThread, BringsExceptionsBack) {
-    const MainLoopScope loop;
+    const ScopedMainLoop loop;
     gobject::WorkerThread worker;
     std::string caught;
     spawn(catchFailure(worker, caught));
-    ASSERT_TRUE(MainLoopScope::runUntil([&] { return !caught.empty(); }));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return !caught.empty(); }));
     EXPECT_EQ(caught, "from the worker");
 }
 

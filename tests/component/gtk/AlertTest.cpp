@@ -176,7 +176,7 @@ TEST_F(AlertDialog, KeepsTheKeyboardWhenAnotherWindowIsAskedFor) {
     program.run([&] {
         start(result("Passkey"));
         auto& window = dialog("Passkey");
-        const screen::OtherProgram other({{40, 40}, 300, 200});
+        const screen::OtherProgram other({40, 40, 300, 200});
         RunningProgram::until("the other program has the keyboard",
                               [&] { return other.hasKeyboard() && !window.is_active(); });
         program.host.openWindow("main");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 #include "component/gtk/FakePage.h"
 #include "platform/Application.h"
 

@@ -227,7 +227,7 @@ TEST(MainWindow, ActivatedTheProgramComesInFrontOfOthers) {
     RunningProgram program;
     program.run([&] {
         auto& window = program.window("Kelo");
-        const screen::OtherProgram other({{40, 40}, 300, 200});
+        const screen::OtherProgram other({40, 40, 300, 200});
         RunningProgram::until("the other program has the keyboard",
                               [&] { return other.hasKeyboard() && !window.is_active(); });
         program.host.activate();

@@ -1,6 +1,6 @@
 #include "linux/gtk/main/MenuBar.h"
 
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 #include "linux/gobject/GLibMainLoop.h"
 
 #include <giomm/init.h>

@@ -112,7 +112,7 @@ TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
 TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
     Session strict(Session::Cookies::none, std::make_shared<http::TrustedAuthority>(""));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), Failure);
+    EXPECT_THROW(loop.run(strict.data(peer->url())), Failure);
     EXPECT_TRUE(peer->requests().empty());
 }
 
@@ -120,7 +120,7 @@ TEST_F(Certificate, UnreadableAuthorityTrustsNobody) {
     Session strict(Session::Cookies::none,
                    std::make_shared<http::TrustedAuthority>("-----BEGIN CERTIFICATE-----\nAA\n"));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
-    EXPECT_THROW(rig.run(strict.data(peer->url())), Failure);
+    EXPECT_THROW(loop.run(strict.data(peer->url())), Failure);
 }
 
 } // namespace kelo::test

@@ -43,10 +43,10 @@ TEST_F(CookieSession, CookiesOfAReplyAreSentBack) {
     const auto peer = server(settingCookies(
         {"__Host-csrf=1; Path=/; Secure; HttpOnly; SameSite=Lax",
          "__Secure-app.session-token=x%20y; Path=/; Secure; HttpOnly; SameSite=Strict"}));
-    rig.run(own.data(peer->url("/set")));
+    loop.run(own.data(peer->url("/set")));
     UrlRequest post{peer->url("/callback")};
     post.method = "POST";
-    rig.run(own.data(post));
+    loop.run(own.data(post));
     EXPECT_EQ(peer->requests().at(1).header("cookie"),
               "__Host-csrf=1; __Secure-app.session-token=x%20y");
 }
@@ -56,7 +56,7 @@ TEST_F(CookieSession, StoreGivesEveryAttribute) {
         {"__Secure-session-token=v; Path=/; Secure; HttpOnly; SameSite=Lax; Expires=Fri, 01 Jan "
          "2100 00:00:00 GMT",
          "plain=p; Path=/api"}));
-    rig.run(own.data(peer->url("/set")));
+    loop.run(own.data(peer->url("/set")));
 
     HttpCookie token;
     token.name = "__Secure-session-token";
@@ -78,7 +78,7 @@ TEST_F(CookieSession, StoreGivesEveryAttribute) {
 
 TEST_F(CookieSession, CookiesThatDoNotApplyAreLeftOut) {
     const auto peer = server(settingCookies({"a=1; Path=/api", "b=2; Path=/; Secure"}));
-    rig.run(own.data(peer->url("/set")));
+    loop.run(own.data(peer->url("/set")));
     EXPECT_THAT(cookiesFor(*Url::parse("https://example.org")), IsEmpty());
     EXPECT_EQ(cookiesFor(peer->url()).size(), 1u);
 }
@@ -89,7 +89,7 @@ TEST_F(CookieSession, CookieOfARedirectIsKept) {
             return httpReply("{}");
         return httpReply("", "Location: /end\r\nSet-Cookie: a=1; Path=/\r\n", "302 Found");
     }));
-    rig.run(own.data(peer->url("/start")));
+    loop.run(own.data(peer->url("/start")));
     EXPECT_EQ(peer->requests().at(1).header("cookie"), "a=1");
 }
 
@@ -108,7 +108,7 @@ TEST_F(CookieSession, StrictCookieStaysWhenAnotherSiteRedirects) {
         }));
     port = std::to_string(peer.port());
     const auto get = [&](const std::string& host, const std::string& path) {
-        rig.run(own.data(*Url::parse("https://" + host + ":" + port + path)));
+        loop.run(own.data(*Url::parse("https://" + host + ":" + port + path)));
         return peer.requests().back();
     };
     get("two.localhost", "/set");
@@ -124,15 +124,15 @@ TEST_F(CookieSession, ServerMayTakeACookieBack) {
                                                           : "Set-Cookie: a=; Path=/; Max-Age=0\r\n";
         return httpReply("{}", line);
     }));
-    rig.run(own.data(peer->url("/set")));
+    loop.run(own.data(peer->url("/set")));
     ASSERT_EQ(cookiesFor(peer->url()).size(), 1u);
-    rig.run(own.data(peer->url("/clear")));
+    loop.run(own.data(peer->url("/clear")));
     EXPECT_THAT(cookiesFor(peer->url()), IsEmpty());
 }
 
 TEST_F(CookieSession, TwoSessionsShareNothing) {
     const auto peer = server(settingCookies({"a=1; Path=/"}));
-    rig.run(own.data(peer->url("/set")));
+    loop.run(own.data(peer->url("/set")));
     const Session other(Session::Cookies::inMemory, trusting(authority));
     EXPECT_THAT(other.cookieStorage()->cookies(peer->url()).value(), IsEmpty());
 }

@@ -49,7 +49,7 @@ TEST_F(HttpFailure, ServerThatNeverAnswersTimesOut) {
     EXPECT_EQ(error.kind(), FailureKind::timedOut);
     EXPECT_EQ(error.localizedDescription(),
               "localhost did not answer within 1 second. Try again later.");
-    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
 }
 
 TEST_F(HttpFailure, ServerThatDribblesTimesOut) {
@@ -197,7 +197,7 @@ TEST_F(HttpFailure, EndlessReplyIsDroppedAtSixteenMebibytes) {
         }
     });
     EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
-    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
 }
 
 } // namespace kelo::test

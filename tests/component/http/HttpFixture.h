@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/Failure.h"
-#include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
+#include "component/http/TestMainLoop.h"
 #include "linux/http/SoupHttpSession.h"
 
 #include <gtest/gtest.h>
@@ -28,13 +28,13 @@ protected:
     }
 
     platform::HttpReply fetch(platform::UrlRequest request) {
-        return rig.run(session.data(std::move(request)));
+        return loop.run(session.data(std::move(request)));
     }
 
     /// The failure of the request; a test failure of its own when there is none.
     Failure failureOf(platform::UrlRequest request) {
         try {
-            const auto reply = rig.run(session.data(std::move(request)));
+            const auto reply = loop.run(session.data(std::move(request)));
             ADD_FAILURE() << "expected a failure, got " << reply.body.size() << " bytes";
         } catch (const Failure& error) {
             return error;
@@ -44,7 +44,7 @@ protected:
 
     static platform::UrlRequest get(Url url) { return {std::move(url)}; }
 
-    LoopRig rig;
+    TestMainLoop loop;
     TestAuthority authority;
     Identity identity = authority.issue();
     Session session{Session::Cookies::none, trusting(authority)};

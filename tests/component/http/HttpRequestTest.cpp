@@ -11,7 +11,7 @@ using HttpRequest = HttpFixture;
 
 TEST_F(HttpRequest, PlainGetCarriesNothingButTheHost) {
     const auto peer = server(MisbehavingServer::saying(httpReply("hello")));
-    const auto reply = rig.run(session.data(peer->url("/api/csrf")));
+    const auto reply = loop.run(session.data(peer->url("/api/csrf")));
 
     EXPECT_EQ(reply.status, 200);
     EXPECT_EQ(textOf(reply.body), "hello");
@@ -143,7 +143,7 @@ TEST_F(HttpRequest, RequestsRunSideBySide) {
     };
     for (int i = 0; i < 5; ++i)
         spawn(collect(session.data(peer->url("/" + std::to_string(i))), bodies));
-    ASSERT_TRUE(rig.runUntil([&] { return bodies.size() == 5; }));
+    ASSERT_TRUE(loop.runUntil([&] { return bodies.size() == 5; }));
     EXPECT_THAT(bodies, testing::UnorderedElementsAre("/0", "/1", "/2", "/3", "/4"));
 }
 
@@ -158,9 +158,9 @@ TEST_F(HttpRequest, DroppingTheTaskEndsTheConnection) {
         ended = true;
     };
     spawn(waitForReply(session.data(peer->url()), ended));
-    ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
+    ASSERT_TRUE(loop.runUntil([&] { return peer->requests().size() == 1; }));
     dropSpawnedTasks();
-    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
     EXPECT_FALSE(ended);
 }
 
@@ -172,12 +172,12 @@ TEST_F(HttpRequest, DroppingTheTaskInsideTheReplyEndsTheConnection) {
     });
     const auto waitForReply = [](Task<platform::HttpReply> task) -> Task<void> { co_await task; };
     spawn(waitForReply(session.data(peer->url())));
-    ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
+    ASSERT_TRUE(loop.runUntil([&] { return peer->requests().size() == 1; }));
     // One more exchange on another connection: by then the first one's beginning has arrived.
     const auto other = server(MisbehavingServer::saying(httpReply("x")));
     fetch({other->url()});
     dropSpawnedTasks();
-    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
 }
 
 TEST_F(HttpRequest, SessionMayGoWhileARequestIsDropped) {
@@ -188,10 +188,10 @@ TEST_F(HttpRequest, SessionMayGoWhileARequestIsDropped) {
     auto own = std::make_unique<Session>(Session::Cookies::inMemory, trusting(authority));
     const auto waitForReply = [](Task<platform::HttpReply> task) -> Task<void> { co_await task; };
     spawn(waitForReply(own->data(peer->url())));
-    ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() == 1; }));
+    ASSERT_TRUE(loop.runUntil([&] { return peer->requests().size() == 1; }));
     dropSpawnedTasks();
     own.reset();
-    EXPECT_TRUE(rig.runUntil([&] { return peer->endedCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
 }
 
 } // namespace kelo::test

@@ -146,8 +146,11 @@ TEST_F(Redirect, WithoutLocationIsAReply) {
 }
 
 TEST_F(Redirect, UnreadableLocationIsABadReply) {
-    const auto peer = server(sendingOn("302 Found", "https://[broken"));
-    EXPECT_EQ(failureOf({peer->url("/start")}).kind(), FailureKind::badReply);
+    // GLib reads the second, but cannot write it.
+    for (const char* location : {"https://[broken", "x:.///"}) {
+        const auto peer = server(sendingOn("302 Found", location));
+        EXPECT_EQ(failureOf({peer->url("/start")}).kind(), FailureKind::badReply) << location;
+    }
 }
 
 TEST_F(Redirect, LoopEnds) {

@@ -91,7 +91,7 @@ protected:
 
     fakes::ScopedTestDesktop testDesktop;
     // The flow runs on the real loop, which therefore comes after the desktop's own.
-    LoopRig realLoop;
+    TestMainLoop realLoop;
     std::shared_ptr<passkey::PasskeyAuthenticator> passkey;
     const std::string sessionCookie =
         "Set-Cookie: __Secure-app.session-token=secret; Path=/; Secure; HttpOnly\r\n";

@@ -1,4 +1,4 @@
-#include "component/input/InputRig.h"
+#include "component/input/InputFixture.h"
 
 #include <X11/keysym.h>
 
@@ -6,7 +6,7 @@
 
 namespace kelo::tests {
 
-class Chord : public InputRig {
+class Chord : public InputFixture {
 protected:
     void SetUp() override {
         watch();

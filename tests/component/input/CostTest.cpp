@@ -1,4 +1,4 @@
-#include "component/input/InputRig.h"
+#include "component/input/InputFixture.h"
 #include "linux/input/xkb/X11KeyboardFocus.h"
 
 #include <X11/keysym.h>
@@ -22,7 +22,7 @@ std::ptrdiff_t openDescriptors() {
 
 } // namespace
 
-class Cost : public InputRig {};
+class Cost : public InputFixture {};
 
 TEST_F(Cost, AThousandStartsShareOneConnectionAndHearEachChangeOnce) {
     watch();

@@ -1,4 +1,5 @@
-#include "component/input/InputRig.h"
+#include "component/LogReader.h"
+#include "component/input/InputFixture.h"
 
 #include "linux/window/WindowIdentity.h"
 
@@ -45,7 +46,7 @@ using Keys = std::vector<std::string>;
 
 } // namespace
 
-class Escape : public InputRig {
+class Escape : public InputFixture {
 protected:
     std::shared_ptr<platform::Window> identity = std::make_shared<Known>();
     OwnWindow panel{true};
@@ -140,18 +141,13 @@ TEST_F(Escape, ReleasedInAWindowOfOursAfterAPressElsewhereIsNotTaken) {
 }
 
 TEST_F(Escape, EventsThatAreNoKeysAreLeftAlone) {
-    std::vector<std::string> complaints;
-    const GLogFunc note = [](const char*, GLogLevelFlags, const char* text, gpointer list) {
-        static_cast<std::vector<std::string>*>(list)->emplace_back(text);
-    };
-    const GLogFunc previous = g_log_set_default_handler(note, &complaints);
+    const test::LogReader log;
     focusPanel();
     keyboard.moveTo(20, 20);
     keyboard.moveTo(40, 40);
     keyboard.tap(XK_F9);
     keysOf(panelContent);
-    g_log_set_default_handler(previous, nullptr);
-    EXPECT_EQ(complaints, Keys{});
+    EXPECT_EQ(log.complaints(), Keys{});
 }
 
 TEST_F(Escape, ComesWithTheModifiersThatAreDown) {

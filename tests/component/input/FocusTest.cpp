@@ -1,4 +1,4 @@
-#include "component/input/InputRig.h"
+#include "component/input/InputFixture.h"
 
 #include "linux/window/WindowIdentity.h"
 
@@ -11,7 +11,7 @@ namespace kelo::tests {
 
 using Changes = std::vector<Seen>;
 
-class Focus : public InputRig {
+class Focus : public InputFixture {
 protected:
     void SetUp() override { watch(); }
     Changes tapped() {

@@ -1,4 +1,4 @@
-#include "component/input/InputRig.h"
+#include "component/input/InputFixture.h"
 
 #include <X11/keysym.h>
 
@@ -19,7 +19,7 @@ constexpr unsigned rightAlt = 108;
 } // namespace
 
 /// The layout changes while the keyboard is watched.
-class Layout : public InputRig {
+class Layout : public InputFixture {
 protected:
     void SetUp() override {
         watch();

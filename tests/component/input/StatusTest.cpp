@@ -1,4 +1,4 @@
-#include "component/input/InputRig.h"
+#include "component/input/InputFixture.h"
 #include "linux/input/HotkeyStatus.h"
 
 #include <gtk/gtk.h>

@@ -95,7 +95,7 @@ protected:
         EXPECT_THAT(beside, ElementsAre("Kelo"));
     }
 
-    TemporaryFolder folder;
+    TreeFolder folder;
     fs::path home = folder / "home";
     fs::path root = home / "Kelo";
     fs::path archive = folder / "kelo-1.1.tar.zst";

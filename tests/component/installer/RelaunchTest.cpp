@@ -73,7 +73,7 @@ protected:
         return words;
     }
 
-    TemporaryFolder folder;
+    TreeFolder folder;
     fs::path program = folder / "kelo";
     fs::path marker = folder / "marker";
 };

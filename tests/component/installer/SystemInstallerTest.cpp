@@ -84,7 +84,7 @@ protected:
         return failure;
     }
 
-    TemporaryFolder folder;
+    TreeFolder folder;
     fs::path root = folder / "home/Kelo";
     fs::path opener = folder / "opener";
     fakes::FakeMainLoop loop;

@@ -61,17 +61,7 @@ void addEntry(archive* writer, const TarEntry& description) {
 
 } // namespace
 
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern = fastPlace() / "kelo-installer.XXXXXX";
-    if (!::mkdtemp(pattern.data()))
-        throw std::runtime_error("mkdtemp");
-    path_ = fs::canonical(pattern);
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
+TreeFolder::TreeFolder() : TemporaryFolder(fastPlace()) {}
 
 void writeFile(const fs::path& path, const std::string& content, mode_t mode) {
     fs::create_directories(path.parent_path());

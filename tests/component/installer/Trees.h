@@ -1,6 +1,7 @@
 #pragma once
 
 #include "posix/FileDescriptor.h"
+#include "testing/TemporaryFolder.h"
 
 #include <filesystem>
 #include <map>
@@ -10,19 +11,11 @@
 
 namespace kelo::tests {
 
-/// A new folder; the destructor removes it with its content.
-class TemporaryFolder {
+/// A temporary folder in memory if the system has a place for that: the installer waits for the
+/// disk many times.
+class TreeFolder : public test::TemporaryFolder {
 public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
+    TreeFolder();
 };
 
 void writeFile(const std::filesystem::path& path, const std::string& content, mode_t mode = 0644);

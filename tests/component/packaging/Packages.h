@@ -29,7 +29,7 @@ public:
 private:
     Packages();
 
-    TemporaryFolder folder;
+    TreeFolder folder;
     std::string name;
     std::string log_;
 };

@@ -65,7 +65,7 @@ protected:
     }
 
     fs::path tool = Packages::ofThisBuild().tree() / "bin/kelo-appcast";
-    TemporaryFolder folder;
+    TreeFolder folder;
     fs::path releases = folder / "releases";
     fs::path feed = releases / "appcast.xml";
     fs::path key = folder / "signing.key";

@@ -72,7 +72,7 @@ protected:
     void SetUp() override { record = {}; }
 
     platform::Rectangle monitor = *panel::firstMonitor(gdk_display_get_default());
-    LoopRig loop;
+    TestMainLoop loop;
 };
 
 TEST_F(LayerShellPanelTest, IsSetUpBeforeItsWindowIsRealized) {

@@ -24,7 +24,7 @@ TEST_F(PanelDescriptionTest, HidesWhenAnotherProgramTakesTheKeyboardIfItIsToldTo
     auto description = voicePanel();
     description.hidesOnDeactivate = true;
     make(description);
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     for (int round = 0; round < 2; ++round) {
         show();
@@ -37,7 +37,7 @@ TEST_F(PanelDescriptionTest, HidesWhenAnotherProgramTakesTheKeyboardIfItIsToldTo
 }
 
 TEST_F(PanelDescriptionTest, StaysWhenAnotherProgramTakesTheKeyboardUnlessItIsToldToHide) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     until("the caret blinks", [this] { return content->hasCaret(); });

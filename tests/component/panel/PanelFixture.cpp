@@ -25,7 +25,7 @@ platform::PanelDescription voicePanel() {
 void PanelFixture::SetUpTestSuite() {
     const screen::XConnection connection;
     const screen::Windows windows(connection);
-    if (hasManager() && !LoopRig().runUntil([&] { return windows.hasManager(); }))
+    if (hasManager() && !TestMainLoop().runUntil([&] { return windows.hasManager(); }))
         throw std::runtime_error(manager() + " did not start");
     gtk_init();
 }
@@ -61,7 +61,7 @@ void PanelFixture::hide() {
     until("the panel is gone", [this] { return !windows.describe(panelWindow()).isMapped; });
 }
 
-void PanelFixture::settle(OtherProgram& program) {
+void PanelFixture::settle(screen::OtherProgram& program) {
     const auto shown = [&] {
         program.listen();
         return program.isExposed();
@@ -81,7 +81,7 @@ void PanelFixture::settle(OtherProgram& program) {
     });
 }
 
-void PanelFixture::typeInto(OtherProgram& program, const std::string& text) {
+void PanelFixture::typeInto(screen::OtherProgram& program, const std::string& text) {
     const std::string before = program.typed();
     keyboard.type(text);
     connection.flush();

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "component/http/LoopRig.h"
+#include "component/http/TestMainLoop.h"
 #include "component/panel/FakeContent.h"
-#include "component/panel/OtherProgram.h"
 #include "linux/panel/DesktopPanels.h"
 #include "testing/screen/Keyboard.h"
+#include "testing/screen/OtherProgram.h"
 #include "testing/screen/Picture.h"
 #include "testing/screen/Pointer.h"
 #include "testing/screen/Windows.h"
@@ -38,9 +38,9 @@ protected:
     void show();
     void hide();
     /// Waits until the program is on the screen and has the keyboard.
-    void settle(OtherProgram& program);
+    void settle(screen::OtherProgram& program);
     /// Types and waits until it has arrived at the program.
-    void typeInto(OtherProgram& program, const std::string& text);
+    void typeInto(screen::OtherProgram& program, const std::string& text);
     void typeIntoPanel(const std::string& text);
 
     screen::WindowId panelWindow() const;
@@ -59,7 +59,7 @@ protected:
     /// A picture of the screen for people, where KELO_PICTURES names a folder for it.
     void picture(const std::string& name) const;
 
-    LoopRig loop;
+    TestMainLoop loop;
     screen::XConnection connection;
     screen::Windows windows{connection};
     screen::Keyboard keyboard{connection};

@@ -30,7 +30,7 @@ protected:
 };
 
 TEST_F(PanelFocusTest, TakesTheKeyboardAndGivesItBackEachTime) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     typeInto(other, "before");
     for (const std::string text : {"first", "second"}) {
@@ -44,7 +44,7 @@ TEST_F(PanelFocusTest, TakesTheKeyboardAndGivesItBackEachTime) {
 }
 
 TEST_F(PanelFocusTest, CountsAsActiveOnlyWhileItHasTheKeyboard) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     for (int round = 0; round < 2; ++round) {
         show();
@@ -58,7 +58,7 @@ TEST_F(PanelFocusTest, CountsAsActiveOnlyWhileItHasTheKeyboard) {
 TEST_F(PanelFocusTest, AMenuOfAnotherProgramLeavesItActive) {
     if (manager() == "mutter")
         GTEST_SKIP() << "this one takes what we say of our window off it again";
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     until("the panel is active", [this] { return countsAsActive(); });
@@ -85,7 +85,7 @@ TEST_F(PanelFocusTest, OnceHiddenItIsActiveNoMoreAlsoUnderThePointer) {
 }
 
 TEST_F(PanelFocusTest, AClickBringsTheKeyboardBack) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     const auto place = windows.describe(other.window()).origin;
@@ -105,7 +105,7 @@ TEST_F(PanelFocusTest, AClickBringsTheKeyboardBack) {
 }
 
 TEST_F(PanelFocusTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     const Box at = box();
@@ -123,10 +123,10 @@ TEST_F(PanelFocusTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
 }
 
 TEST_F(PanelFocusTest, LeavesTheKeyboardToWhoeverTookItLater) {
-    OtherProgram first;
+    screen::OtherProgram first;
     settle(first);
     show();
-    OtherProgram second({600, 60, 200, 40});
+    screen::OtherProgram second({600, 60, 200, 40});
     settle(second);
     second.takeKeyboard();
     until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
@@ -136,10 +136,10 @@ TEST_F(PanelFocusTest, LeavesTheKeyboardToWhoeverTookItLater) {
 }
 
 TEST_F(PanelFocusTest, GivesTheKeyboardBackToWhoeverTookItInBetween) {
-    OtherProgram first;
+    screen::OtherProgram first;
     settle(first);
     show();
-    OtherProgram second({600, 60, 200, 40});
+    screen::OtherProgram second({600, 60, 200, 40});
     settle(second);
     show();
     typeIntoPanel("mine again");
@@ -149,10 +149,10 @@ TEST_F(PanelFocusTest, GivesTheKeyboardBackToWhoeverTookItInBetween) {
 }
 
 TEST_F(PanelFocusTest, GivesTheKeyboardToSomebodyWhenItsEarlierOwnerIsGone) {
-    OtherProgram stays;
+    screen::OtherProgram stays;
     settle(stays);
     {
-        OtherProgram goes({600, 60, 200, 40});
+        screen::OtherProgram goes({600, 60, 200, 40});
         settle(goes);
         goes.takeKeyboard();
         until("it has the keyboard", [&] { return windows.focused() == goes.window(); });
@@ -175,7 +175,7 @@ TEST_F(PanelFocusTest, WithoutTheRightToTheKeyboardNeverTakesIt) {
     panel = panels.makePanel(description);
     panel->setContentView({content, 18, 18, true});
     panel->setFrameOrigin({320, 120});
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     panel->makeKeyAndOrderFront();
     until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });

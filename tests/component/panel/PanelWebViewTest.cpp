@@ -41,7 +41,7 @@ onfocus = onblur = oninput = note; document.onvisibilitychange = note; note();
 };
 
 TEST_F(PanelWebViewTest, HasTheKeyboardAndKnowsItAndWhetherItIsShown) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     const Backdrop backdrop;
     for (int round = 0; round < 2; ++round) {

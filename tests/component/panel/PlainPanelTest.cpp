@@ -1,4 +1,4 @@
-#include "component/http/LoopRig.h"
+#include "component/http/TestMainLoop.h"
 #include "component/panel/FakeContent.h"
 #include "linux/panel/DesktopPanels.h"
 
@@ -44,7 +44,7 @@ protected:
         EXPECT_TRUE(g_subprocess_get_successful(process.get())) << command.front();
     }
 
-    LoopRig loop;
+    TestMainLoop loop;
     panel::DesktopPanels panels;
     std::shared_ptr<platform::Panel> panel;
     std::shared_ptr<FakeContent> content;

@@ -48,7 +48,7 @@ protected:
 };
 
 TEST_F(Times, OfAPanel) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     std::vector<double> map, call, pixel, hidden;
     constexpr int rounds = 101;

@@ -37,11 +37,11 @@ protected:
     }
 
     AnnouncedDesktop desktop;
-    OtherProgram lower{{20, 20, 100, 60}};
-    OtherProgram upper{{140, 20, 100, 60}};
+    screen::OtherProgram lower{{20, 20, 100, 60}};
+    screen::OtherProgram upper{{140, 20, 100, 60}};
     /// The one that has the keyboard before the panel.
-    std::unique_ptr<OtherProgram> owner =
-        std::make_unique<OtherProgram>(OtherProgram::Place{260, 20, 100, 60});
+    std::unique_ptr<screen::OtherProgram> owner =
+        std::make_unique<screen::OtherProgram>(screen::OtherProgram::Place{260, 20, 100, 60});
 };
 
 TEST_F(X11KeyboardTest, ItsEarlierOwnerComesFirst) {
@@ -67,10 +67,10 @@ TEST_F(X11KeyboardTest, ThenTheOneThatWasActiveBefore) {
 }
 
 TEST_F(X11KeyboardTest, ThenTheUppermostOrdinaryWindow) {
-    OtherProgram dock({380, 20, 100, 60}, OtherProgram::Kind::bar);
-    OtherProgram background({500, 20, 100, 60});
+    screen::OtherProgram dock({380, 20, 100, 60}, screen::OtherProgram::Kind::bar);
+    screen::OtherProgram background({500, 20, 100, 60});
     desktop.typeOf(background.window(), "_NET_WM_WINDOW_TYPE_DESKTOP");
-    OtherProgram minimized({620, 20, 100, 60});
+    screen::OtherProgram minimized({620, 20, 100, 60});
     minimized.withdraw();
     announceStack({background.window(), lower.window(), upper.window(), minimized.window(),
                    dock.window(), background.window()});
@@ -87,7 +87,7 @@ TEST_F(X11KeyboardTest, AndWhoeverIsBelowThePointerWhereThereIsNone) {
 }
 
 TEST_F(X11KeyboardTest, WindowsThatAreNotOnTheScreenDoNotGetIt) {
-    OtherProgram minimized({380, 20, 100, 60});
+    screen::OtherProgram minimized({380, 20, 100, 60});
     minimized.withdraw();
     announceActive(minimized.window());
     show();

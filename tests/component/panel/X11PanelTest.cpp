@@ -35,12 +35,12 @@ TEST_F(X11PanelTest, IsTheWindowThatItsKeysAreAddressedTo) {
 }
 
 TEST_F(X11PanelTest, IsAboveAWindowThatFillsTheScreen) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
-    other.fillScreen(hasManager());
+    other.fillScreen();
     until("the other program fills the screen", [&] {
         return windows.describe(other.window()).width == connection.width() &&
-               colorAt(5, 5) == OtherProgram::color;
+               colorAt(5, 5) == screen::OtherProgram::color;
     });
     show();
     typeIntoPanel("over it");
@@ -48,7 +48,7 @@ TEST_F(X11PanelTest, IsAboveAWindowThatFillsTheScreen) {
     EXPECT_TRUE(contentAt(box().x + 300, box().y + 5));
     hide();
     until("the other program is in front again",
-          [&] { return colorAt(box().x + 300, box().y + 5) == OtherProgram::color; });
+          [&] { return colorAt(box().x + 300, box().y + 5) == screen::OtherProgram::color; });
     typeInto(other, "again");
 }
 
@@ -61,15 +61,16 @@ TEST_F(X11PanelTest, StaysOnTheScreenWhileTheWorkspaceChanges) {
     const auto current = [this] {
         return windows.numbers(connection.root(), "_NET_CURRENT_DESKTOP").front();
     };
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     other.changeWorkspace(1);
     until("the workspace changes", [&] { return current() == 1; });
-    until("the other program is gone",
-          [&] { return colorAt(other.place().x + 5, other.place().y + 5) != OtherProgram::color; });
+    until("the other program is gone", [&] {
+        return colorAt(other.place().x + 5, other.place().y + 5) != screen::OtherProgram::color;
+    });
     EXPECT_TRUE(contentAt(box().x + 300, box().y + 5));
-    OtherProgram onThatWorkspace({60, 60, 200, 100});
+    screen::OtherProgram onThatWorkspace({60, 60, 200, 100});
     settle(onThatWorkspace);
     pointer.click({box().x + 300, box().y + 5});
     until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
@@ -80,7 +81,7 @@ TEST_F(X11PanelTest, StaysOnTheScreenWhileTheWorkspaceChanges) {
 }
 
 TEST_F(X11PanelTest, IsNoWindowThatTheManagerKnows) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     std::vector<screen::WindowId> known;
@@ -94,7 +95,7 @@ TEST_F(X11PanelTest, IsNoWindowThatTheManagerKnows) {
 }
 
 TEST_F(X11PanelTest, AClickOnTheShadowReachesWhatLiesBelow) {
-    OtherProgram other({box().x - 200, box().y + 100, 300, 200});
+    screen::OtherProgram other({box().x - 200, box().y + 100, 300, 200});
     settle(other);
     show();
     const int before = other.clicks();
@@ -106,7 +107,7 @@ TEST_F(X11PanelTest, AClickOnTheShadowReachesWhatLiesBelow) {
 }
 
 TEST_F(X11PanelTest, AMenuOfThePageOpensAboveItAndTakesClicks) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     content->openMenu();
@@ -131,7 +132,7 @@ TEST_F(X11PanelTest, ShownAndHiddenAgainAndAgainKeepsWhatItHolds) {
         const std::filesystem::directory_iterator files("/proc/self/fd");
         return std::distance(begin(files), end(files));
     };
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     const auto window = panelWindow();
@@ -151,7 +152,7 @@ TEST_F(X11PanelTest, ShownAndHiddenAgainAndAgainKeepsWhatItHolds) {
 }
 
 TEST_F(X11PanelTest, ShowingItAgainRaisesItAndChangesNothingElse) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     const Box before = box();
@@ -176,7 +177,7 @@ TEST_F(X11PanelTest, ShowingItAgainRaisesItAndChangesNothingElse) {
 }
 
 TEST_F(X11PanelTest, GoesWithItsOwnerWhileShownAndLeavesTheKeyboardBehind) {
-    OtherProgram other;
+    screen::OtherProgram other;
     settle(other);
     show();
     const auto window = panelWindow();

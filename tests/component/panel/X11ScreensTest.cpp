@@ -78,8 +78,8 @@ TEST_F(MainScreenTest, ASingleMonitorIsCountedWithoutItsPanels) {
     if (!hasManager())
         GTEST_SKIP() << "nobody to tell of panels";
     const unsigned long width = static_cast<unsigned long>(connection.width());
-    OtherProgram bar({0, connection.height() - 40, connection.width(), 40},
-                     OtherProgram::Kind::bar);
+    screen::OtherProgram bar({0, connection.height() - 40, connection.width(), 40},
+                             screen::OtherProgram::Kind::bar);
     bar.reserve({0, 0, 0, 40, 0, 0, 0, 0, 0, 0, 0, width - 1});
     until("the work area is smaller", [this] {
         return visibleFrame() == points({0, 0, connection.width(), connection.height() - 40});
@@ -91,11 +91,11 @@ TEST_F(MainScreenTest, OfTwoMonitorsItIsTheOneWithTheKeyboard) {
     const PixelRectangle first{0, 0, half, connection.height()};
     const PixelRectangle second{half, 100, half, connection.height() - 100};
     const TwoMonitors monitors(first, second);
-    OtherProgram onFirst({60, 150, 200, 150});
+    screen::OtherProgram onFirst({60, 150, 200, 150});
     settle(onFirst);
     pointer.moveTo({half + 50, 400});
     awaitFrame(points(first));
-    OtherProgram onSecond({half + 100, 200, 200, 150});
+    screen::OtherProgram onSecond({half + 100, 200, 200, 150});
     settle(onSecond);
     onSecond.takeKeyboard();
     until("the second has the keyboard", [&] { return windows.focused() == onSecond.window(); });
@@ -160,7 +160,7 @@ TEST_F(MainScreenWithoutManagerTest, AnAreaThatIsAnnouncedIsCutAtTheMonitorsEdge
 }
 
 TEST_F(MainScreenWithoutManagerTest, WhereNoAreaIsAnnouncedPanelsThemselvesCount) {
-    OtherProgram panel({0, 0, 20, 20}, OtherProgram::Kind::bar);
+    screen::OtherProgram panel({0, 0, 20, 20}, screen::OtherProgram::Kind::bar);
     desktop.windows("_NET_CLIENT_LIST", {panel.window()});
     desktop.numbersOf(panel.window(), "_NET_WM_STRUT", {0, 0, 0, 40});
     EXPECT_EQ(visibleFrame(), points({0, 0, width, height - 40})) << "on a single monitor";
@@ -195,11 +195,11 @@ TEST_F(MainScreenWithoutManagerTest, OfSeveralMonitorsTheAreaOfThatOneCounts) {
 
 TEST_F(MainScreenWithoutManagerTest, OfAWindowAcrossTwoMonitorsTheOneThatShowsMoreOfItCounts) {
     const TwoMonitors monitors(first, second);
-    OtherProgram wide({half - 100, 100, 300, 200});
+    screen::OtherProgram wide({half - 100, 100, 300, 200});
     desktop.focus(wide.window());
     pointer.moveTo({50, 300});
     EXPECT_EQ(visibleFrame(), points(second));
-    OtherProgram other({half - 200, 400, 300, 200});
+    screen::OtherProgram other({half - 200, 400, 300, 200});
     desktop.focus(other.window());
     pointer.moveTo({half + 50, 300});
     EXPECT_EQ(visibleFrame(), points(first));
@@ -207,13 +207,13 @@ TEST_F(MainScreenWithoutManagerTest, OfAWindowAcrossTwoMonitorsTheOneThatShowsMo
 
 TEST_F(MainScreenWithoutManagerTest, AKeyboardKeptWhereNobodyLooksSaysNothing) {
     const TwoMonitors monitors(first, second);
-    OtherProgram active({half + 100, 100, 200, 150});
+    screen::OtherProgram active({half + 100, 100, 200, 150});
     pointer.moveTo({50, 300});
     connection.sync();
-    const std::vector<OtherProgram::Place> places{
+    const std::vector<screen::OtherProgram::Place> places{
         {20, 20, 1, 1}, {20, 20, 1, 200}, {20, 20, 200, 1}, {-500, 20, 200, 200}};
     for (const auto& place : places) {
-        OtherProgram keeper(place);
+        screen::OtherProgram keeper(place);
         desktop.focus(keeper.window());
         desktop.windows("_NET_ACTIVE_WINDOW", {active.window()});
         EXPECT_EQ(visibleFrame(), points(second)) << place.x << " " << place.width;
@@ -227,7 +227,7 @@ TEST_F(MainScreenWithoutManagerTest, AKeyboardKeptWhereNobodyLooksSaysNothing) {
 
 TEST_F(MainScreenWithoutManagerTest, AKeyboardInsideAWindowIsWhereThatWindowIs) {
     const TwoMonitors monitors(first, second);
-    OtherProgram onSecond({half + 100, 100, 200, 150});
+    screen::OtherProgram onSecond({half + 100, 100, 200, 150});
     desktop.focus(desktop.addChild(onSecond.window(), 50, 50));
     pointer.moveTo({50, 300});
     EXPECT_EQ(visibleFrame(), points(second));
@@ -235,7 +235,7 @@ TEST_F(MainScreenWithoutManagerTest, AKeyboardInsideAWindowIsWhereThatWindowIs) 
 
 TEST_F(MainScreenWithoutManagerTest, AKeyboardThatFollowsThePointerIsWhereThePointerIs) {
     const TwoMonitors monitors(first, second);
-    OtherProgram active({half + 100, 100, 200, 150});
+    screen::OtherProgram active({half + 100, 100, 200, 150});
     desktop.windows("_NET_ACTIVE_WINDOW", {active.window()});
     desktop.focus(AnnouncedDesktop::followsPointer);
     pointer.moveTo({50, 300});
@@ -261,15 +261,16 @@ TEST_F(MainScreenTest, APanelOnTheSecondMonitorTakesFromThatOneAlone) {
     const PixelRectangle first{0, 0, half, connection.height()};
     const PixelRectangle second{half, 0, half, connection.height()};
     const TwoMonitors monitors(first, second);
-    OtherProgram bar({half, connection.height() - 40, half, 40}, OtherProgram::Kind::bar);
+    screen::OtherProgram bar({half, connection.height() - 40, half, 40},
+                             screen::OtherProgram::Kind::bar);
     const auto from = static_cast<unsigned long>(half);
     bar.reserve({0, 0, 0, 40, 0, 0, 0, 0, 0, 0, from, 2 * from - 1});
-    OtherProgram other({half + 100, 200, 200, 150});
+    screen::OtherProgram other({half + 100, 200, 200, 150});
     settle(other);
     until("the second monitor is free above the bar", [&] {
         return visibleFrame() == points({half, 0, half, connection.height() - 40});
     });
-    OtherProgram onFirst({60, 150, 200, 150});
+    screen::OtherProgram onFirst({60, 150, 200, 150});
     settle(onFirst);
     until("the first monitor is free", [&] { return visibleFrame() == points(first); });
 }

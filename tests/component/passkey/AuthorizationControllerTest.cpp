@@ -1,13 +1,13 @@
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include "authenticator/store/CredentialStore.h"
 #include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
-#include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/authorization/LocalAuthenticator.h"
 #include "linux/authorization/PasskeyServices.h"
 #include "platform/Application.h"
 #include "platform/Window.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ using platform::AuthorizationController;
 
 /// GLib reads the environment once, so the folder is the whole program's.
 const std::filesystem::path& dataHome() {
-    static const fakes::TemporaryFolder folder;
+    static const test::TemporaryFolder folder;
     return folder.path();
 }
 
@@ -97,17 +97,17 @@ protected:
         return listener;
     }
     static void expectError(const Listener& listener, FailureKind kind) {
-        ASSERT_TRUE(MainLoopScope::runUntil([&] { return listener.calls > 0; }));
+        ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return listener.calls > 0; }));
         ASSERT_TRUE(listener.error);
         EXPECT_EQ(listener.error->kind(), kind) << listener.error->localizedDescription();
         EXPECT_NE(listener.from, nullptr);
         EXPECT_EQ(listener.calls, 1);
     }
     bool waitForSheets(std::size_t count) {
-        return MainLoopScope::runUntil([&] { return person.requests.size() >= count; });
+        return ScopedMainLoop::runUntil([&] { return person.requests.size() >= count; });
     }
 
-    MainLoopScope loop;
+    ScopedMainLoop loop;
     fakes::SheetScript person;
     fakes::FakePasskeySheetFactory sheets{person};
     authorization::PasskeyServices services{sheets};
@@ -168,7 +168,7 @@ TEST_F(AuthorizationControllerTest, ACeremonyThatNeverBeganCanBeGivenUp) {
 TEST_F(AuthorizationControllerTest, ADelegateThatIsGoneIsNotCalled) {
     const std::weak_ptr<Listener> gone = perform({assertion()});
     EXPECT_TRUE(gone.expired());
-    EXPECT_TRUE(MainLoopScope::runUntil([] { return spawnedTaskCount() == 0; }));
+    EXPECT_TRUE(ScopedMainLoop::runUntil([] { return spawnedTaskCount() == 0; }));
 }
 
 TEST_F(AuthorizationControllerTest, ThePasskeysAreInTheUsersDataFolder) {

@@ -1,4 +1,4 @@
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Failure.h"
@@ -65,7 +65,7 @@ Task<void> passThrough(Worker& worker, std::string& outcome) {
 }
 
 int run(const std::string& command, const std::string& argument) {
-    const MainLoopScope loop;
+    const ScopedMainLoop loop;
     WorkerThread worker;
     authenticator::SoftwareKeyStore keys(
         std::make_shared<authorization::SecretServiceWrappingKeySource>(), worker);
@@ -82,13 +82,13 @@ int run(const std::string& command, const std::string& argument) {
             },
             &told);
         g_io_channel_unref(input);
-        MainLoopScope::runUntil([&] { return told || !outcome.empty(); });
+        ScopedMainLoop::runUntil([&] { return told || !outcome.empty(); });
         if (outcome.empty()) {
             dropSpawnedTasks();
             spawn(passThrough(worker, outcome));
         }
     }
-    const bool ended = MainLoopScope::runUntil([&] { return !outcome.empty(); });
+    const bool ended = ScopedMainLoop::runUntil([&] { return !outcome.empty(); });
     dropSpawnedTasks();
     std::puts(outcome.c_str());
     return ended ? 0 : 1;

@@ -1,8 +1,8 @@
 #include "SessionBus.h"
 #include "UnansweredPrompter.h"
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
-#include "fakes/authenticator/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -98,8 +98,8 @@ protected:
         return wrapped.substr(0, 18);
     }
 
-    MainLoopScope loop;
-    fakes::TemporaryFolder folder;
+    ScopedMainLoop loop;
+    test::TemporaryFolder folder;
     const std::filesystem::path keyrings = folder.path() / "data" / "keyrings";
     SessionBus bus{folder.path()};
     Child daemon;

@@ -186,7 +186,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
      }},
     {"asks for a name, then for a password, then for a finger",
      [] {
-         const RunMark once = mark();
+         const authorization::RunNonce expected = nonce();
          say(MessageType::visiblePrompt, "Name: ");
          receive();
          say(MessageType::tryAgain);
@@ -194,7 +194,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
          receive();
          say(MessageType::tryAgain);
          say(MessageType::tryAgain);
-         say(MessageType::result, encodeResult(HelperResult::failed, once));
+         say(MessageType::result, encodeResult(HelperResult::failed, expected));
      }},
     {"stops listening before its question",
      [] {

@@ -219,7 +219,7 @@ TEST_F(PamVerifierTest, AFingerprintReadersWordsShowAndCancelEndsIt) {
     ASSERT_TRUE(waitForWords(1));
     EXPECT_THAT(person.words, ElementsAre("i Swipe your finger"));
     person.pressCancel();
-    ASSERT_TRUE(MainLoopScope::runUntil([this] { return outcome.has_value(); }));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([this] { return outcome.has_value(); }));
     EXPECT_EQ(*outcome, Outcome::cancelled);
 }
 

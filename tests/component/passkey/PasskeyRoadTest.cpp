@@ -1,11 +1,11 @@
 #include "SessionBus.h"
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
-#include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/authorization/PasskeyServices.h"
 #include "platform/Application.h"
+#include "testing/TemporaryFolder.h"
 #include "unit/authenticator/IndependentVerifier.h"
 
 #include <gmock/gmock.h>
@@ -34,7 +34,7 @@ public:
         const std::string home = folder.path();
         daemon.write("password");
         daemon.closeInput();
-        MainLoopScope loop;
+        ScopedMainLoop loop;
         bus.waitForName("org.freedesktop.secrets");
         ::setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
         ::setenv("XDG_DATA_HOME", (home + "/data").c_str(), 1);
@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    fakes::TemporaryFolder folder;
+    test::TemporaryFolder folder;
     SessionBus bus{folder.path()};
     Child daemon{{"gnome-keyring-daemon", "--foreground", "--components=secrets", "--unlock"},
                  {"DBUS_SESSION_BUS_ADDRESS=" + bus.address(), "HOME=" + folder.path().string(),
@@ -103,7 +103,7 @@ protected:
         const auto controller = services.makeController(std::move(requests));
         controller->setDelegate(listener);
         controller->performRequests();
-        EXPECT_TRUE(MainLoopScope::runUntil(
+        EXPECT_TRUE(ScopedMainLoop::runUntil(
             [&] { return listener->authorization.has_value() || listener->error.has_value(); }));
         return listener;
     }
@@ -121,7 +121,7 @@ protected:
     }
 
     Surroundings& all = surroundings();
-    MainLoopScope loop;
+    ScopedMainLoop loop;
     fakes::SheetScript person;
     fakes::FakePasskeySheetFactory sheets{person};
     authorization::PasskeyServices services{sheets};

@@ -1,6 +1,6 @@
 #include "SessionBus.h"
 
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include <fstream>
 
@@ -99,7 +99,7 @@ bool waitFor(GDBusConnection* connection, const char* name, Ownership wanted) {
             *static_cast<Ownership*>(data) = Ownership::free;
         },
         &seen, nullptr);
-    const bool came = MainLoopScope::runUntil([&] { return seen == wanted; });
+    const bool came = ScopedMainLoop::runUntil([&] { return seen == wanted; });
     g_bus_unwatch_name(watch);
     return came;
 }

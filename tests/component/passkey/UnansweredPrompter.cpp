@@ -1,6 +1,6 @@
 #include "UnansweredPrompter.h"
 
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include <memory>
 #include <string_view>
@@ -39,7 +39,7 @@ UnansweredPrompter::UnansweredPrompter(GDBusConnection* bus)
         bus, "org.gnome.keyring.SystemPrompter", G_BUS_NAME_OWNER_FLAGS_NONE,
         [](GDBusConnection*, const gchar*, gpointer flag) { *static_cast<bool*>(flag) = true; },
         nullptr, &owned, nullptr);
-    MainLoopScope::runUntil([&] { return owned; });
+    ScopedMainLoop::runUntil([&] { return owned; });
 }
 
 UnansweredPrompter::~UnansweredPrompter() {
@@ -48,7 +48,7 @@ UnansweredPrompter::~UnansweredPrompter() {
 }
 
 bool UnansweredPrompter::waitUntilAsked() const {
-    return MainLoopScope::runUntil([this] { return asked; });
+    return ScopedMainLoop::runUntil([this] { return asked; });
 }
 
 void UnansweredPrompter::onCall(GDBusConnection*, const gchar*, const gchar*, const gchar*,

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 
 #include "fakes/authenticator/FakePasskeySheet.h"
-#include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/authorization/verification/PamVerifier.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -53,11 +53,11 @@ protected:
     }
     Outcome verify(authorization::PamVerifier& verifier) {
         start(verifier);
-        EXPECT_TRUE(MainLoopScope::runUntil([this] { return outcome.has_value(); }));
+        EXPECT_TRUE(ScopedMainLoop::runUntil([this] { return outcome.has_value(); }));
         return outcome.value_or(Outcome::failed);
     }
     bool waitForWords(std::size_t count) {
-        return MainLoopScope::runUntil([&] { return person.words.size() >= count || outcome; });
+        return ScopedMainLoop::runUntil([&] { return person.words.size() >= count || outcome; });
     }
 
     /// Opens the end of the FIFO that a helper holds open as long as it lives.
@@ -70,8 +70,8 @@ protected:
         return ::poll(&watched, 1, 60'000) == 1 && (watched.revents & POLLHUP) != 0;
     }
 
-    MainLoopScope loop;
-    fakes::TemporaryFolder folder;
+    ScopedMainLoop loop;
+    test::TemporaryFolder folder;
     std::string fifo = folder.path() / "lifeline";
     fakes::SheetScript person;
     fakes::FakePasskeySheet sheet{person};

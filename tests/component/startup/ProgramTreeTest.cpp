@@ -30,7 +30,7 @@ protected:
             .output;
     }
 
-    TemporaryFolder folder;
+    TreeFolder folder;
     fs::path root = folder / "home/Kelo";
     fs::path beside = folder / "home/.Kelo.kelo-update";
 };

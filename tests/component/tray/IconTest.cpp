@@ -1,5 +1,6 @@
 #include "linux/tray/IconFiles.h"
 #include "linux/tray/IconPixmaps.h"
+#include "testing/TemporaryFolder.h"
 
 #include <giomm/init.h>
 #include <glibmm/init.h>
@@ -42,11 +43,7 @@ TEST(IconMasks, HaveTheSizesThatTraysUseAndThePicture) {
 }
 
 struct IconFiles : testing::Test {
-    const files::path folder = [] {
-        std::string name = (files::temp_directory_path() / "kelo-icons.XXXXXX").string();
-        return files::path(mkdtemp(name.data()));
-    }();
-    ~IconFiles() override { files::remove_all(folder); }
+    const test::TemporaryFolder folder;
 
     void install(const files::path& share) const {
         const auto apps = folder / share / "icons/hicolor/symbolic/apps";

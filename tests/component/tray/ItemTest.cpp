@@ -1,4 +1,4 @@
-#include "component/tray/TrayBed.h"
+#include "component/tray/TrayFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +11,12 @@ using Texts = std::vector<std::string>;
 constexpr const char* properties = "org.freedesktop.DBus.Properties";
 
 struct StatusNotifierItem : testing::Test {
-    TrayBed bed;
-    StatusNotifierItem() { bed.show(); }
+    TrayFixture tray;
+    StatusNotifierItem() { tray.show(); }
 
     std::map<Glib::ustring, Glib::VariantBase> all() {
-        const auto answer = bed.call("/StatusNotifierItem", properties, "GetAll",
-                                     "('org.kde.StatusNotifierItem',)");
+        const auto answer = tray.call("/StatusNotifierItem", properties, "GetAll",
+                                      "('org.kde.StatusNotifierItem',)");
         EXPECT_EQ(answer.error, "");
         Glib::Variant<std::map<Glib::ustring, Glib::VariantBase>> values;
         answer.values.get_child(values, 0);
@@ -61,86 +61,86 @@ TEST_F(StatusNotifierItem, SaysWhoItIs) {
 
 TEST_F(StatusNotifierItem, TellsOnceThatItsIconHasChanged) {
     EXPECT_EQ(get("IconPixmap"), "[(1, 1, [0xff, 0x11, 0x22, 0x33])]");
-    bed.shown->setColor(0x445566);
-    bed.shown->setColor(0x445566);
-    bed.settle();
-    EXPECT_EQ(bed.signals, Texts{"NewIcon ()"});
+    tray.shown->setColor(0x445566);
+    tray.shown->setColor(0x445566);
+    tray.settle();
+    EXPECT_EQ(tray.signals, Texts{"NewIcon ()"});
     EXPECT_EQ(get("IconPixmap"), "[(1, 1, [0xff, 0x44, 0x55, 0x66])]");
 }
 
 TEST_F(StatusNotifierItem, IsActivatedByEitherButton) {
-    EXPECT_EQ(bed.item("Activate", "(3, 4)").error, "");
-    EXPECT_EQ(bed.item("SecondaryActivate", "(3, 4)").error, "");
-    bed.settle();
-    EXPECT_EQ(bed.events, (Texts{"activate", "activate"}));
+    EXPECT_EQ(tray.item("Activate", "(3, 4)").error, "");
+    EXPECT_EQ(tray.item("SecondaryActivate", "(3, 4)").error, "");
+    tray.settle();
+    EXPECT_EQ(tray.events, (Texts{"activate", "activate"}));
 }
 
 TEST_F(StatusNotifierItem, UsesTheLastTokenOnceForWhatComesNext) {
-    bed.item("ProvideXdgActivationToken", "('one',)");
-    bed.item("ProvideXdgActivationToken", "('two',)");
-    bed.item("Activate", "(0, 0)");
-    bed.item("Activate", "(0, 0)");
-    bed.settle();
-    EXPECT_EQ(bed.events, (Texts{"token two", "activate", "activate"}));
+    tray.item("ProvideXdgActivationToken", "('one',)");
+    tray.item("ProvideXdgActivationToken", "('two',)");
+    tray.item("Activate", "(0, 0)");
+    tray.item("Activate", "(0, 0)");
+    tray.settle();
+    EXPECT_EQ(tray.events, (Texts{"token two", "activate", "activate"}));
 }
 
 TEST_F(StatusNotifierItem, UsesTheTokenForAnEntryOfTheMenuToo) {
-    bed.item("ProvideXdgActivationToken", "('one',)");
-    bed.menu("Event", "(1, 'opened', <0>, uint32 0)");
-    bed.menu("Event", "(1, 'clicked', <0>, uint32 0)");
-    bed.menu("Event", "(4, 'clicked', <0>, uint32 0)");
-    bed.settle();
-    EXPECT_EQ(bed.events, (Texts{"token one", "open", "settings"}));
+    tray.item("ProvideXdgActivationToken", "('one',)");
+    tray.menu("Event", "(1, 'opened', <0>, uint32 0)");
+    tray.menu("Event", "(1, 'clicked', <0>, uint32 0)");
+    tray.menu("Event", "(4, 'clicked', <0>, uint32 0)");
+    tray.settle();
+    EXPECT_EQ(tray.events, (Texts{"token one", "open", "settings"}));
 }
 
 TEST_F(StatusNotifierItem, KnowsNoMethodThatItDoesNotHave) {
     const std::string unknown = "org.freedesktop.DBus.Error.UnknownMethod";
-    EXPECT_EQ(bed.item("ContextMenu", "(0, 0)").error, unknown);
-    EXPECT_EQ(bed.item("Scroll", "(1, 'vertical')").error, unknown);
-    EXPECT_EQ(bed.item("XAyatanaSecondaryActivate", "(uint32 0,)").error, unknown);
-    EXPECT_EQ(bed.item("Activate", "('here',)").error, "org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(tray.item("ContextMenu", "(0, 0)").error, unknown);
+    EXPECT_EQ(tray.item("Scroll", "(1, 'vertical')").error, unknown);
+    EXPECT_EQ(tray.item("XAyatanaSecondaryActivate", "(uint32 0,)").error, unknown);
+    EXPECT_EQ(tray.item("Activate", "('here',)").error, "org.freedesktop.DBus.Error.InvalidArgs");
 }
 
 TEST_F(StatusNotifierItem, LeavesTheBusWithItsOwner) {
-    bed.shown.reset();
-    EXPECT_NE(bed.item("Activate", "(0, 0)").error, "");
-    EXPECT_NE(bed.menu("AboutToShow", "(0,)").error, "");
-    bed.show();
-    EXPECT_EQ(bed.item("Activate", "(0, 0)").error, "");
+    tray.shown.reset();
+    EXPECT_NE(tray.item("Activate", "(0, 0)").error, "");
+    EXPECT_NE(tray.menu("AboutToShow", "(0,)").error, "");
+    tray.show();
+    EXPECT_EQ(tray.item("Activate", "(0, 0)").error, "");
 }
 
 struct Registration : testing::Test {
-    TrayBed bed;
+    TrayFixture tray;
 };
 
 TEST_F(Registration, ComesWhenItemAndMenuAreThere) {
-    FakeWatcher watcher(bed);
-    bed.show();
-    bed.until("item and menu have answered",
-              [&] { return watcher.identifiers.size() == 1 && watcher.layouts == 1; });
+    FakeWatcher watcher(tray);
+    tray.show();
+    tray.until("item and menu have answered",
+               [&] { return watcher.identifiers.size() == 1 && watcher.layouts == 1; });
     EXPECT_EQ(watcher.registered, Texts{"/StatusNotifierItem"});
 }
 
 TEST_F(Registration, WaitsForATrayThatComesLaterAndComesAgainForEachNewOne) {
-    bed.show();
-    bed.settle();
+    tray.show();
+    tray.settle();
     for (int round = 0; round < 2; ++round) {
-        FakeWatcher watcher(bed);
-        bed.until("the item has registered", [&] { return watcher.layouts == 1; });
-        bed.settle();
+        FakeWatcher watcher(tray);
+        tray.until("the item has registered", [&] { return watcher.layouts == 1; });
+        tray.settle();
         EXPECT_EQ(watcher.registered, Texts{"/StatusNotifierItem"}) << "once with each tray";
         EXPECT_EQ(watcher.identifiers, Texts{"(<'app.kelo.Kelo'>,)"}) << "round " << round;
     }
-    EXPECT_EQ(bed.item("Activate", "(0, 0)").error, "") << "without a tray it is there still";
+    EXPECT_EQ(tray.item("Activate", "(0, 0)").error, "") << "without a tray it is there still";
 }
 
 TEST_F(Registration, EndsWithTheItem) {
-    bed.show();
-    bed.settle();
-    bed.shown.reset();
-    FakeWatcher watcher(bed);
-    bed.settle();
-    bed.settle();
+    tray.show();
+    tray.settle();
+    tray.shown.reset();
+    FakeWatcher watcher(tray);
+    tray.settle();
+    tray.settle();
     EXPECT_EQ(watcher.registered, Texts{});
 }
 

@@ -1,11 +1,12 @@
 #include "linux/update/DesktopUpdater.h"
 
-#include "component/http/LoopRig.h"
+#include "component/LogReader.h"
 #include "component/http/MisbehavingServer.h"
+#include "component/http/TestMainLoop.h"
 #include "deployment/TrustedAuthority.h"
+#include "testing/TemporaryFolder.h"
 #include "unit/updater/FakeUserDriver.h"
 #include "unit/updater/Feed.h"
-#include "unit/updater/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,7 +51,7 @@ using Texts = std::vector<std::string>;
 /// GLib reads the environment once, so all tests share these folders.
 const std::filesystem::path& home() {
     static const TemporaryFolder folder;
-    return folder.path;
+    return folder.path();
 }
 
 class Home : public testing::Environment {
@@ -102,16 +103,16 @@ struct DesktopUpdater : testing::Test {
         if (!made)
             make();
         made->checkForUpdates();
-        ASSERT_TRUE(rig.runUntil([&] { return lastShown().starts_with(window); }))
+        ASSERT_TRUE(loop.runUntil([&] { return lastShown().starts_with(window); }))
             << "last shown: " << lastShown() << " " << user.sentence;
     }
     void close() {
         std::exchange(user.acknowledge, std::nullopt)->resume();
-        ASSERT_TRUE(rig.runUntil([&] { return !user.open; }));
+        ASSERT_TRUE(loop.runUntil([&] { return !user.open; }));
     }
     static std::filesystem::path stateFile() { return home() / "state" / "kelo" / "updater"; }
 
-    LoopRig rig;
+    TestMainLoop loop;
     std::string feed = feedOf("");
     MisbehavingServer server{
         testAuthority().issue(),
@@ -126,9 +127,9 @@ struct DesktopUpdater : testing::Test {
 TEST_F(DesktopUpdater, ChecksByItselfFromItsMakingWhereTheBundleWantsIt) {
     (*bundle.dictionary)["SUEnableAutomaticChecks"] = true;
     make();
-    EXPECT_TRUE(rig.runUntil([&] { return server.requests().size() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return server.requests().size() == 1; }));
     EXPECT_EQ(server.requests().at(0).target, "/appcast.xml");
-    EXPECT_TRUE(rig.runUntil([] { return std::filesystem::exists(stateFile()); }));
+    EXPECT_TRUE(loop.runUntil([] { return std::filesystem::exists(stateFile()); }));
     EXPECT_EQ(user.shown, Texts{}) << "nothing is new, so nobody is told";
 }
 
@@ -150,7 +151,7 @@ TEST_F(DesktopUpdater, OpensThePageOfAnUpdateThatItCannotInstall) {
     checkUntil("offer 1.0 -> 1.1");
     EXPECT_TRUE(user.offer->informationalOnly);
     user.choice->resume(updater::UpdateChoice::install);
-    ASSERT_TRUE(rig.runUntil([&] { return !opened.empty(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !opened.empty(); }));
     EXPECT_EQ(opened, Texts{"https://downloads.example.com/kelo"});
 }
 
@@ -179,7 +180,7 @@ TEST_F(DesktopUpdater, DoesNotOfferWhatNeedsANewerSystem) {
 TEST_F(DesktopUpdater, RemembersWhatItDidInTheUsersStateFolder) {
     checkUntil("message");
     close();
-    ASSERT_TRUE(rig.runUntil([] { return std::filesystem::exists(stateFile()); }));
+    ASSERT_TRUE(loop.runUntil([] { return std::filesystem::exists(stateFile()); }));
     const auto rights = std::filesystem::status(stateFile()).permissions();
     EXPECT_EQ(rights & std::filesystem::perms::all,
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
@@ -187,7 +188,7 @@ TEST_F(DesktopUpdater, RemembersWhatItDidInTheUsersStateFolder) {
     feed = feedOf(release("1.1", "<link>https://downloads.example.com/kelo</link>"));
     checkUntil("offer 1.0 -> 1.1");
     user.choice->resume(updater::UpdateChoice::skipThisVersion);
-    ASSERT_TRUE(rig.runUntil([&] { return !user.open; }));
+    ASSERT_TRUE(loop.runUntil([&] { return !user.open; }));
     std::ifstream file(stateFile());
     const std::string state{std::istreambuf_iterator<char>(file), {}};
     EXPECT_THAT(state, HasSubstr("1.1"));
@@ -197,31 +198,15 @@ TEST_F(DesktopUpdater, RemovesWhatAFormerRunHasLeftInTheCacheFolder) {
     const auto left = home() / "cache" / "kelo" / "updates" / "download-abcdef";
     std::filesystem::create_directories(left);
     make();
-    EXPECT_TRUE(rig.runUntil([&] { return !std::filesystem::exists(left); }));
+    EXPECT_TRUE(loop.runUntil([&] { return !std::filesystem::exists(left); }));
 }
-
-/// What the program writes to its log meanwhile.
-class LogReader {
-public:
-    LogReader() : former(g_log_set_default_handler(&LogReader::note, this)) {}
-    LogReader(const LogReader&) = delete;
-    LogReader& operator=(const LogReader&) = delete;
-    ~LogReader() { g_log_set_default_handler(former, nullptr); }
-    Texts lines;
-
-private:
-    static void note(const char*, GLogLevelFlags, const char* line, gpointer self) {
-        static_cast<LogReader*>(self)->lines.emplace_back(line);
-    }
-    GLogFunc former;
-};
 
 TEST_F(DesktopUpdater, CauseOfAFailureGoesToTheLog) {
     const LogReader log;
     feed = "no feed";
     checkUntil("failure");
-    EXPECT_THAT(log.lines, testing::Contains(HasSubstr("not well-formed XML")))
-        << testing::PrintToString(log.lines);
+    EXPECT_THAT(log.texts(), testing::Contains(HasSubstr("not well-formed XML")))
+        << testing::PrintToString(log.texts());
     EXPECT_THAT(user.sentence, testing::Not(HasSubstr("not well-formed XML")));
 }
 

@@ -1,4 +1,4 @@
-#include "component/update/UpdateRig.h"
+#include "component/update/DesktopUpdaterFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -10,7 +10,7 @@ namespace kelo::test {
 
 using testing::HasSubstr;
 
-using UpdateServer = UpdateRig;
+using UpdateServer = DesktopUpdaterFixture;
 
 namespace {
 
@@ -225,9 +225,9 @@ TEST_F(UpdateServer, ThatNobodyVouchesForIsNotAsked) {
 TEST_F(UpdateServer, IsLeftWhenTheUserCancels) {
     behave("/appcast.xml", [](ServerConnection& connection) { connection.waitForPeer(); });
     checkUntil("checking");
-    ASSERT_TRUE(rig.runUntil([&] { return requestsFor("/appcast.xml") == 1; }));
+    ASSERT_TRUE(loop.runUntil([&] { return requestsFor("/appcast.xml") == 1; }));
     user.cancel();
-    EXPECT_TRUE(rig.runUntil([&] { return server->endedCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return server->endedCount() == 1; }));
     EXPECT_FALSE(user.open);
 }
 
@@ -238,9 +238,9 @@ TEST_F(UpdateServer, IsLeftWhenTheUserCancelsTheDownload) {
         connection.waitForPeer();
     });
     installUntil("download");
-    ASSERT_TRUE(rig.runUntil([&] { return user.received.back() > 0; }));
+    ASSERT_TRUE(loop.runUntil([&] { return user.received.back() > 0; }));
     user.cancel();
-    EXPECT_TRUE(rig.runUntil([&] { return !user.open; }));
+    EXPECT_TRUE(loop.runUntil([&] { return !user.open; }));
     expectNothingLeft();
 }
 
@@ -259,7 +259,7 @@ TEST_F(UpdateServer, RemembersTheCheck) {
     publish("");
     checkUntil("message");
     const auto state =
-        updater::FileStateStore(folder.path / "state" / "updater", [](const std::string& line) {
+        updater::FileStateStore(folder.path() / "state" / "updater", [](const std::string& line) {
             ADD_FAILURE() << line;
         }).load();
     EXPECT_EQ(state.checkCount, 1u);

@@ -82,7 +82,7 @@ protected:
                      {"/own", reporting + foreignScript + reportingEnd}});
     }
     std::string firstResult() {
-        rig.runUntil([&] { return evaluate("results.length > 0") == "true"; });
+        loop.runUntil([&] { return evaluate("results.length > 0") == "true"; });
         return evaluate("results[0]");
     }
 

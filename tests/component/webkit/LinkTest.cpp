@@ -37,7 +37,7 @@ TEST_F(Link, OfTheServiceThatWantsANewWindowOpensInTheView) {
 TEST_F(Link, OfAnotherSiteThatWantsANewWindowOpensInTheBrowser) {
     show("<a target=_blank href='https://example.org/x?y=1'>out</a>");
     click();
-    ASSERT_TRUE(rig.runUntil([&] { return !openedOutside.empty(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !openedOutside.empty(); }));
     EXPECT_THAT(openedOutside, ElementsAre("https://example.org/x?y=1"));
     EXPECT_EQ(recorder->finished.size(), 1u);
     EXPECT_EQ(view->url()->path(), "/");
@@ -46,7 +46,7 @@ TEST_F(Link, OfAnotherSiteThatWantsANewWindowOpensInTheBrowser) {
 TEST_F(Link, MailAddressOpensInTheMailProgram) {
     show("<a href='mailto:help@example.org'>mail</a>");
     click();
-    ASSERT_TRUE(rig.runUntil([&] { return !openedOutside.empty(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !openedOutside.empty(); }));
     EXPECT_THAT(openedOutside, ElementsAre("mailto:help@example.org"));
 }
 
@@ -77,7 +77,7 @@ TEST_F(Link, MicrophoneCameraAndLocationAreRefused) {
     evaluate("window.sound = navigator.mediaDevices ? 'asked' : 'none';"
              "navigator.mediaDevices && navigator.mediaDevices.getUserMedia({audio: true})"
              ".then(() => window.sound = 'yes', error => window.sound = 'no'); 1");
-    EXPECT_TRUE(rig.runUntil([&] {
+    EXPECT_TRUE(loop.runUntil([&] {
         const std::string sound = evaluate("window.sound");
         return sound == "no" || sound == "none";
     }));
@@ -97,7 +97,7 @@ TEST_F(Link, AttachmentGoesToTheDownloadsFolderAndLeavesThePage) {
     click();
     const std::filesystem::path home = g_get_home_dir();
     std::filesystem::path saved;
-    ASSERT_TRUE(rig.runUntil([&] {
+    ASSERT_TRUE(loop.runUntil([&] {
         for (const auto& entry : std::filesystem::directory_iterator(home))
             if (entry.path().extension() == ".txt" && std::filesystem::file_size(entry) == 8)
                 saved = entry.path();

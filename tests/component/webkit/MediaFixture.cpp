@@ -36,7 +36,7 @@ void MediaFixture::useMakeBelieveDevices() {
 std::string MediaFixture::outcomeOf(const std::string& promise) {
     evaluate("window.outcome = ''; Promise.resolve().then(() => " + promise +
              ").then(() => outcome = 'captured', (error) => outcome = error.name); 1");
-    rig.runUntil([&] { return !evaluate("outcome").empty(); });
+    loop.runUntil([&] { return !evaluate("outcome").empty(); });
     return evaluate("outcome");
 }
 

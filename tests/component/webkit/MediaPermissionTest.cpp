@@ -35,7 +35,7 @@ protected:
     void startSlowNavigation() {
         const auto before = peer->requests().size();
         load(peer->url("/slow"));
-        ASSERT_TRUE(rig.runUntil([&] { return peer->requests().size() > before; }));
+        ASSERT_TRUE(loop.runUntil([&] { return peer->requests().size() > before; }));
     }
 
     static constexpr const char* asking =
@@ -112,7 +112,7 @@ TEST_F(MediaPermission, AnswerMayComeLater) {
     decider->answer.reset();
     evaluate("var outcome = ''; " + std::string(microphone) +
              ".then(() => outcome = 'captured', (error) => outcome = error.name); 1");
-    ASSERT_TRUE(rig.runUntil([&] { return decider->waiting != nullptr; }));
+    ASSERT_TRUE(loop.runUntil([&] { return decider->waiting != nullptr; }));
     EXPECT_EQ(evaluate("outcome"), "");
     decider->waiting(PermissionDecision::grant);
     EXPECT_TRUE(waitForScript("outcome", "captured"));
@@ -125,7 +125,7 @@ TEST_F(MediaPermission, AnswerThatNeverComesIsARefusal) {
     decider->answer.reset();
     evaluate("var outcome = ''; " + std::string(microphone) +
              ".then(() => outcome = 'captured', (error) => outcome = error.name); 1");
-    ASSERT_TRUE(rig.runUntil([&] { return decider->waiting != nullptr; }));
+    ASSERT_TRUE(loop.runUntil([&] { return decider->waiting != nullptr; }));
     decider->waiting = nullptr;
     EXPECT_TRUE(waitForScript("outcome", "NotAllowedError"));
 }
@@ -135,7 +135,7 @@ TEST_F(MediaPermission, AnswerThatComesAfterThePageIsLeftIsARefusal) {
     decider->answer.reset();
     evaluate("var outcome = ''; " + std::string(microphone) +
              ".then(() => outcome = 'captured', (error) => outcome = error.name); 1");
-    ASSERT_TRUE(rig.runUntil([&] { return decider->waiting != nullptr; }));
+    ASSERT_TRUE(loop.runUntil([&] { return decider->waiting != nullptr; }));
     startSlowNavigation();
     decider->waiting(PermissionDecision::grant);
     EXPECT_TRUE(waitForScript("outcome", "NotAllowedError"));
@@ -145,7 +145,7 @@ TEST_F(MediaPermission, AnswerMayOutliveTheView) {
     show();
     decider->answer.reset();
     evaluate(std::string(microphone) + "; 1");
-    ASSERT_TRUE(rig.runUntil([&] { return decider->waiting != nullptr; }));
+    ASSERT_TRUE(loop.runUntil([&] { return decider->waiting != nullptr; }));
     endSession();
     decider->waiting(PermissionDecision::grant);
 }
@@ -156,7 +156,7 @@ TEST_F(MediaPermission, NothingIsAskedWhileANavigationIsUnderWay) {
     EXPECT_EQ(outcomeOf(microphone), "NotAllowedError");
     EXPECT_THAT(decider->types, IsEmpty());
     webkit_web_view_stop_loading(native());
-    ASSERT_TRUE(rig.runUntil([&] { return !webkit_web_view_is_loading(native()); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !webkit_web_view_is_loading(native()); }));
     open(peer->url("/"));
     EXPECT_EQ(outcomeOf(microphone), "captured");
 }
@@ -165,7 +165,7 @@ TEST_F(MediaPermission, NavigationThatWasStoppedLeavesThePageItsRights) {
     show();
     startSlowNavigation();
     webkit_web_view_stop_loading(native());
-    ASSERT_TRUE(rig.runUntil([&] { return !webkit_web_view_is_loading(native()); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !webkit_web_view_is_loading(native()); }));
     EXPECT_EQ(outcomeOf(microphone), "captured");
 }
 
@@ -206,7 +206,7 @@ TEST_F(MediaPermission, PageLearnsNothingOfTheDevicesBeforeItMayUseThem) {
     const auto stateOf = [this](const std::string& name) {
         evaluate("var state = ''; navigator.permissions.query({name: '" + name +
                  "'}).then((status) => state = status.state, (error) => state = error.name); 1");
-        rig.runUntil([&] { return !evaluate("state").empty(); });
+        loop.runUntil([&] { return !evaluate("state").empty(); });
         return evaluate("state");
     };
     // The engine tells pages "prompt" for "denied", too.

@@ -83,13 +83,13 @@ TEST_F(Microphone, IsLiveUntilThePageStopsIt) {
     };
     EXPECT_FALSE(isLive());
     evaluate("document.getElementById('microphone').click()");
-    EXPECT_TRUE(rig.runUntil(isLive));
+    EXPECT_TRUE(loop.runUntil(isLive));
     evaluate("document.getElementById('microphone').click()");
-    EXPECT_TRUE(rig.runUntil([&] { return !isLive(); }));
+    EXPECT_TRUE(loop.runUntil([&] { return !isLive(); }));
     evaluate("document.getElementById('microphone').click()");
-    EXPECT_TRUE(rig.runUntil(isLive));
+    EXPECT_TRUE(loop.runUntil(isLive));
     open(peer->url("/widget"));
-    EXPECT_TRUE(rig.runUntil([&] { return !isLive(); }));
+    EXPECT_TRUE(loop.runUntil([&] { return !isLive(); }));
 }
 
 } // namespace kelo::test

@@ -107,7 +107,7 @@ TEST_F(Navigation, LoadThatIsOvertakenDoesNotFinish) {
     });
     makeView(peer.url());
     load(peer.url("/slow"));
-    ASSERT_TRUE(rig.runUntil([&] { return !peer.requests().empty(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !peer.requests().empty(); }));
     open(peer.url("/quick"));
     EXPECT_EQ(pageText(), "quick");
     EXPECT_THAT(recorder->finished, ElementsAre(peer.origin() + "/quick"));
@@ -175,7 +175,7 @@ TEST_F(Navigation, LoadReplacesAPageThatIsKnownToHang) {
                                         nullptr, nullptr);
     webkit_web_view_reload(native());
     ASSERT_TRUE(
-        rig.runUntil([&] { return !webkit_web_view_get_is_web_process_responsive(native()); }));
+        loop.runUntil([&] { return !webkit_web_view_get_is_web_process_responsive(native()); }));
     open(peer->url("/next"));
     EXPECT_EQ(pageText(), "next");
 }
@@ -196,12 +196,12 @@ TEST_F(Navigation, ViewSurvivesItsWindows) {
         GtkWidget* const window = gtk_window_new();
         gtk_window_set_child(GTK_WINDOW(window), widget);
         gtk_window_present(GTK_WINDOW(window));
-        ASSERT_TRUE(rig.runUntil([&] { return gtk_widget_get_mapped(widget) == TRUE; }));
+        ASSERT_TRUE(loop.runUntil([&] { return gtk_widget_get_mapped(widget) == TRUE; }));
         if (round == 0)
             open(peer->url("/"));
         EXPECT_EQ(evaluate("window.kept"), "yes");
         gtk_window_destroy(GTK_WINDOW(window));
-        ASSERT_TRUE(rig.runUntil([&] { return gtk_widget_get_parent(widget) == nullptr; }));
+        ASSERT_TRUE(loop.runUntil([&] { return gtk_widget_get_parent(widget) == nullptr; }));
         EXPECT_EQ(evaluate("window.kept"), "yes");
     }
     EXPECT_EQ(recorder->finished.size(), 1u);

@@ -80,7 +80,7 @@ TEST_F(PageTimeout, ServerThatNeverAnswersIsGivenUpAndDoesNotFinish) {
     makeView(peer.url());
     load(peer.url("/silent"), seconds(1));
     expectTimedOut("localhost did not answer within 1 second. Try again later.");
-    EXPECT_TRUE(rig.runUntil([&] { return peer.endedCount() == peer.connectionCount(); }))
+    EXPECT_TRUE(loop.runUntil([&] { return peer.endedCount() == peer.connectionCount(); }))
         << "the load was not stopped";
 }
 
@@ -120,7 +120,7 @@ TEST_F(ManualPageTimeout, LinkOfAPageIsGivenUpAfterTheTimeoutOfTheLastLoad) {
     ASSERT_TRUE(waitForFinished(1));
     EXPECT_FALSE(timers.isPending());
     evaluate("location.href = '/silent'; 1");
-    ASSERT_TRUE(rig.runUntil([&] { return peer.requests().back().target == "/silent"; }));
+    ASSERT_TRUE(loop.runUntil([&] { return peer.requests().back().target == "/silent"; }));
     ASSERT_TRUE(timers.isPending());
     timers.fire();
     ASSERT_TRUE(waitForTitle("This page did not load"));
@@ -139,7 +139,7 @@ TEST_F(ManualPageTimeout, TryAgainLoadsThePage) {
     });
     makeView(peer.url());
     load(peer.url("/"));
-    ASSERT_TRUE(rig.runUntil([&] { return !peer.requests().empty(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return !peer.requests().empty(); }));
     timers.fire();
     expectTimedOut("localhost did not answer within 60 seconds.");
     silent = false;
@@ -163,12 +163,10 @@ TEST_F(ManualPageTimeout, BytesOfATricklingServerStartTheTimeoutAgain) {
     });
     makeView(peer.url());
     load(peer.url("/"));
-    // The engine reports ever fewer steps of a document whose length it does not know.
-    for (int round = 0; round < 2; ++round) {
-        const int before = timers.scheduled;
-        ASSERT_TRUE(rig.runUntil([&] { return timers.scheduled > before; })) << "round " << round;
-        EXPECT_TRUE(timers.isPending());
-    }
+    // The request, the start of the load and its commitment start it as well. The engine reports ever
+    // fewer steps of a document whose length it does not know, so one more must do.
+    ASSERT_TRUE(loop.runUntil([&] { return timers.scheduled >= 4; }));
+    EXPECT_TRUE(timers.isPending());
     EXPECT_THAT(recorder->finished, IsEmpty());
     complete = true;
     ASSERT_TRUE(waitForFinished(1));
@@ -190,7 +188,8 @@ TEST_F(ManualPageTimeout, TricklingServerThatFallsSilentIsGivenUp) {
     makeView(peer.url());
     load(peer.url("/"));
     const int before = timers.scheduled;
-    ASSERT_TRUE(rig.runUntil([&] { return timers.scheduled > before + 3; }));
+    // Its start and its commitment, which come whatever portions the bytes arrive in.
+    ASSERT_TRUE(loop.runUntil([&] { return timers.scheduled >= before + 2; }));
     silent = true;
     ASSERT_TRUE(timers.isPending());
     timers.fire();
@@ -208,8 +207,8 @@ TEST_F(ManualPageTimeout, ImageThatNeverComesDoesNotEndACompleteDocument) {
     });
     makeView(peer.url());
     load(peer.url("/"));
-    ASSERT_TRUE(rig.runUntil([&] { return peer.requests().size() >= 2; }));
-    ASSERT_TRUE(rig.runUntil([&] { return !timers.isPending(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return peer.requests().size() >= 2; }));
+    ASSERT_TRUE(loop.runUntil([&] { return !timers.isPending(); }));
     EXPECT_THAT(pageText(), HasSubstr("here"));
 }
 

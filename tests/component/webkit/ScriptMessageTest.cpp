@@ -48,7 +48,7 @@ protected:
         return "https://other.localhost:" + std::to_string(other->port()) + "/";
     }
     bool waitForMessages(std::size_t count) {
-        return rig.runUntil([&] { return messages->bodies.size() >= count; });
+        return loop.runUntil([&] { return messages->bodies.size() >= count; });
     }
     void post(const std::string& value) {
         evaluate("webkit.messageHandlers.kelo.postMessage(" + value + ")");
@@ -198,7 +198,7 @@ TEST_F(ScriptMessages, HandlerMayEndTheView) {
     configuration.scriptMessageHandlers = {{ender, "kelo"}};
     makeView(peer->url(), configuration);
     load(peer->url("/"));
-    EXPECT_TRUE(rig.runUntil([&] { return ender->ended; }));
+    EXPECT_TRUE(loop.runUntil([&] { return ender->ended; }));
 }
 
 } // namespace kelo::test

@@ -17,8 +17,8 @@ using testing::Not;
 
 class WebCookie : public WebKitFixture {
 protected:
-    void set(const HttpCookie& cookie) { rig.run(view->cookieStore().setCookie(cookie)); }
-    std::vector<HttpCookie> all() { return rig.run(view->cookieStore().getAllCookies()); }
+    void set(const HttpCookie& cookie) { loop.run(view->cookieStore().setCookie(cookie)); }
+    std::vector<HttpCookie> all() { return loop.run(view->cookieStore().getAllCookies()); }
 
     static HttpCookie cookie(std::string name, std::string domain = "localhost") {
         HttpCookie result;
@@ -135,7 +135,7 @@ TEST_F(WebCookie, TwoViewsShareTheStore) {
     makeView(anywhere);
     set(cookie("a"));
     webkit::WebKitEmbeddedView other(*session, {}, {});
-    EXPECT_THAT(rig.run(other.cookieStore().getAllCookies()), ElementsAre(cookie("a")));
+    EXPECT_THAT(loop.run(other.cookieStore().getAllCookies()), ElementsAre(cookie("a")));
 }
 
 TEST_F(WebCookie, CookieWithAnExpirySurvivesARestartAndOthersDoNot) {

@@ -105,22 +105,22 @@ void WebKitFixture::open(const Url& url) {
 }
 
 bool WebKitFixture::waitForFinished(std::size_t count) {
-    return rig.runUntil([&] { return recorder->finished.size() >= count; });
+    return loop.runUntil([&] { return recorder->finished.size() >= count; });
 }
 
 bool WebKitFixture::waitForTitle(const std::string& title) {
-    return rig.runUntil([&] {
+    return loop.runUntil([&] {
         const char* const shown = webkit_web_view_get_title(native());
         return shown && title == shown && !webkit_web_view_is_loading(native());
     });
 }
 
 std::string WebKitFixture::evaluate(const std::string& script) {
-    return rig.run(evaluated(native(), script));
+    return loop.run(evaluated(native(), script));
 }
 
 bool WebKitFixture::waitForScript(const std::string& script, const std::string& result) {
-    return rig.runUntil([&] { return evaluate(script) == result; });
+    return loop.runUntil([&] { return evaluate(script) == result; });
 }
 
 } // namespace kelo::test

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
+#include "component/http/TestMainLoop.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
 #include "linux/window/HostedWidget.h"
 
@@ -63,7 +63,7 @@ protected:
     bool waitForScript(const std::string& script, const std::string& result);
     std::string pageText() { return evaluate("document.body.innerText"); }
 
-    LoopRig rig;
+    TestMainLoop loop;
     TestAuthority authority;
     Identity identity = authority.issue();
     std::filesystem::path folder;

@@ -7,7 +7,7 @@
 #include "fakes/authenticator/FakeKeyStore.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "fakes/authenticator/FakeUserVerifier.h"
-#include "fakes/authenticator/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 #include <array>
 #include <memory>
@@ -64,7 +64,7 @@ public:
 
     FakeMainLoop loop;
     MainLoop::Installation installation{loop};
-    TemporaryFolder folder;
+    test::TemporaryFolder folder;
     SheetScript person;
     FakePasskeySheetFactory sheets{person};
     FakeUserVerifier verifier{person};

@@ -2,7 +2,7 @@
 
 #include "authenticator/store/CredentialStore.h"
 #include "base/Failure.h"
-#include "fakes/authenticator/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -120,7 +120,7 @@ protected:
         return "";
     }
 
-    fakes::TemporaryFolder folder;
+    test::TemporaryFolder folder;
     fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
     authenticator::CredentialStore store{file};
 };

@@ -1,7 +1,7 @@
 #include "Records.h"
 
 #include "authenticator/store/CredentialStore.h"
-#include "fakes/authenticator/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -98,7 +98,7 @@ TEST(CredentialStoreKill, LeavesTheOldRecordOrTheNewOne) {
     const authenticator::CredentialRecord bystander = record("other", "somebody");
     int kills = 0, olds = 0, news = 0, journals = 0;
     for (bool killed = true; killed; ++kills) {
-        const fakes::TemporaryFolder folder;
+        const test::TemporaryFolder folder;
         const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
         const authenticator::CredentialStore store(file);
         store.save(bystander);
@@ -122,7 +122,7 @@ TEST(CredentialStoreKill, LeavesTheOldRecordOrTheNewOne) {
 TEST(CredentialStoreKill, LeavesAFileThatWorksWhenTheVeryFirstSaveIsKilled) {
     int kills = 0;
     for (bool killed = true; killed; ++kills) {
-        const fakes::TemporaryFolder folder;
+        const test::TemporaryFolder folder;
         const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
         const authenticator::CredentialStore store(file);
         killed = saveAndDieAt(kills, file, record("first", "user"));

@@ -2,7 +2,7 @@
 
 #include "authenticator/store/CredentialStore.h"
 #include "base/Failure.h"
-#include "fakes/authenticator/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -53,7 +53,7 @@ int saveOnSmallDisk(const char* limits, const std::filesystem::path& place) {
 TEST(FullDisk, IsNamedWhereverTheRoomEnds) {
     // Room for no folder, for no file in it, and for no page in that.
     for (const char* limits : {"nr_inodes=1", "nr_inodes=2", "nr_inodes=10,size=4k"}) {
-        const fakes::TemporaryFolder folder;
+        const test::TemporaryFolder folder;
         const pid_t child = ::fork();
         if (child == 0)
             std::_Exit(saveOnSmallDisk(limits, folder.path()));

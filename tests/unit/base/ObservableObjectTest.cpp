@@ -1,4 +1,4 @@
-#include "base/Published.h"
+#include "base/ObservableObject.h"
 
 #include <gtest/gtest.h>
 

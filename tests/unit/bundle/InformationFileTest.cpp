@@ -82,7 +82,7 @@ TEST(InformationFile, ThatIsCutOffAnywhereNeverEndsTheProgram) {
 }
 
 TEST(InformationFile, IsReadAnewAtEachCall) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     EXPECT_FALSE(readInformationFile(folder / "Info.plist"));
     writeFile(folder / "Info.plist", information("1.0"));
     EXPECT_EQ(
@@ -95,7 +95,7 @@ TEST(InformationFile, IsReadAnewAtEachCall) {
 }
 
 TEST(InformationFile, ThatIsNoFileOrLongerThanTheLimitIsNone) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     EXPECT_FALSE(readInformationFile(folder.path()));
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_FALSE(readInformationFile(folder / "pipe"));

@@ -45,7 +45,7 @@ protected:
             EXPECT_TRUE(entry.path() == target || entry.path() == archive) << entry.path();
     }
 
-    TemporaryFolder folder;
+    TreeFolder folder;
     fs::path target = folder / "target";
 };
 

@@ -18,7 +18,7 @@ protected:
 
     CopyOwner owner() const { return findInstalledCopy(root / "bin/kelo", home.path()).owner; }
 
-    TemporaryFolder home;
+    TreeFolder home;
     fs::path root = home / "Apps/Kelo";
 };
 
@@ -51,7 +51,7 @@ TEST_F(InstalledCopy, ThatLacksAFileCanStillBeReplaced) {
 }
 
 TEST_F(InstalledCopy, OutsideTheHomeIsNobodysWeKnow) {
-    const TemporaryFolder otherHome;
+    const TreeFolder otherHome;
     EXPECT_EQ(findInstalledCopy(root / "bin/kelo", otherHome.path()).owner, CopyOwner::unknown);
     EXPECT_EQ(findInstalledCopy(root / "bin/kelo", "").owner, CopyOwner::unknown);
     EXPECT_EQ(findInstalledCopy("/opt/kelo/bin/kelo", home.path()).owner, CopyOwner::unknown);

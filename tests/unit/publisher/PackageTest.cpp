@@ -11,7 +11,7 @@ namespace {
 using testing::HasSubstr;
 using tests::information;
 using tests::TarEntry;
-using tests::TemporaryFolder;
+using tests::TreeFolder;
 
 std::string programFor(char machine) {
     std::string program = "\177ELF" + std::string(60, '\0');
@@ -31,7 +31,7 @@ void expectRefused(const std::filesystem::path& path, const std::string& because
 } // namespace
 
 TEST(Package, TellsItsVersionAndItsProcessor) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     for (const auto& [machine, system] :
          {std::pair{'\x3e', "linux-x86_64"}, std::pair{'\xb7', "linux-aarch64"},
           std::pair{'\x08', "linux"}}) {
@@ -56,7 +56,7 @@ TEST(Package, IsToldByItsName) {
 }
 
 TEST(Package, ThatLacksAnythingIsRefusedByName) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     const auto path = folder / "kelo.tar.gz";
     tests::writeArchive(path, {{.path = "kelo-1.1/bin/kelo", .content = "x"}});
     expectRefused(path, "lacks bin/kelo or share/kelo/Info.plist");

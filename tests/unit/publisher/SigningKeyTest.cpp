@@ -15,7 +15,7 @@ namespace kelo::publisher {
 namespace {
 
 using testing::HasSubstr;
-using tests::TemporaryFolder;
+using tests::TreeFolder;
 
 void expectRefused(const std::filesystem::path& path, const std::string& because) {
     try {
@@ -29,7 +29,7 @@ void expectRefused(const std::filesystem::path& path, const std::string& because
 } // namespace
 
 TEST(SigningKey, SignsWhatItsPublicHalfVerifies) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     SigningKey::generate().save(folder / "key");
     const auto key = SigningKey::load(folder / "key");
     const auto bytes = bytesOf("an archive");
@@ -41,7 +41,7 @@ TEST(SigningKey, SignsWhatItsPublicHalfVerifies) {
 }
 
 TEST(SigningKey, IsItsOwnersAloneFromTheFirstByte) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     ::umask(0);
     SigningKey::generate().save(folder / "key");
     ::umask(022);
@@ -51,21 +51,21 @@ TEST(SigningKey, IsItsOwnersAloneFromTheFirstByte) {
 }
 
 TEST(SigningKey, NeverTakesThePlaceOfAnother) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     tests::writeFile(folder / "key", "the old key");
     EXPECT_THROW(SigningKey::generate().save(folder / "key"), Failure);
     EXPECT_EQ(tests::readFile(folder / "key"), "the old key");
 }
 
 TEST(SigningKey, ThatOthersCanReadIsNotUsed) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     SigningKey::generate().save(folder / "key");
     ::chmod((folder / "key").c_str(), 0640);
     expectRefused(folder / "key", "Others can read");
 }
 
 TEST(SigningKey, ThatIsMissingOrNoneIsSaidPlainly) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     expectRefused(folder / "key", "There is no key");
     tests::writeFile(folder / "key", "no key", 0600);
     expectRefused(folder / "key", "is not a signing key");
@@ -82,7 +82,7 @@ TEST(SigningKey, IsAskedForWhereNoneIsNamed) {
 }
 
 TEST(SigningKey, TheToolNeverPrintsThePrivateHalf) {
-    const TemporaryFolder folder;
+    const TreeFolder folder;
     Arguments arguments;
     arguments.command = Command::keygen;
     arguments.key = folder / "key";

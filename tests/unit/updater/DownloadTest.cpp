@@ -43,7 +43,7 @@ TEST_F(Download, IsForThisUserAlone) {
     const auto file = installer.kept->folder() / installer.kept->fileName();
     EXPECT_EQ(statusOf(file).st_mode, S_IFREG | 0600u);
     EXPECT_EQ(statusOf(installer.kept->folder()).st_mode, S_IFDIR | 0700u);
-    EXPECT_EQ(statusOf(folder.path / "updates").st_mode, S_IFDIR | 0700u);
+    EXPECT_EQ(statusOf(folder.path() / "updates").st_mode, S_IFDIR | 0700u);
 }
 
 TEST_F(Download, HandsOnTheDescriptorOfWhatItVerified) {
@@ -66,7 +66,7 @@ TEST_F(Download, GoesWithItsArchive) {
 }
 
 TEST_F(Download, OfAFormerRunIsRemovedAtTheStart) {
-    const auto left = folder.path / "updates" / "download-aaaaaa";
+    const auto left = folder.path() / "updates" / "download-aaaaaa";
     std::filesystem::create_directories(left / "inner");
     std::ofstream(left / "kelo.tar.zst") << "half";
     start();
@@ -74,14 +74,14 @@ TEST_F(Download, OfAFormerRunIsRemovedAtTheStart) {
 }
 
 TEST_F(Download, OfALivingProcessIsLeftAlone) {
-    const PrivateFolder living(folder.path / "updates");
+    const PrivateFolder living(folder.path() / "updates");
     start();
     EXPECT_TRUE(std::filesystem::exists(living.path()));
 }
 
 TEST_F(Download, NothingButItsOwnIsRemovedAtTheStart) {
-    const auto updates = folder.path / "updates";
-    const auto treasure = folder.path / "treasure";
+    const auto updates = folder.path() / "updates";
+    const auto treasure = folder.path() / "treasure";
     std::filesystem::create_directories(treasure);
     std::filesystem::create_directories(updates / "something");
     std::ofstream(updates / "download-file") << "no folder";
@@ -92,42 +92,43 @@ TEST_F(Download, NothingButItsOwnIsRemovedAtTheStart) {
 }
 
 TEST_F(Download, FolderBehindALinkIsNotSwept) {
-    const auto elsewhere = folder.path / "elsewhere" / "download-aaaaaa";
+    const auto elsewhere = folder.path() / "elsewhere" / "download-aaaaaa";
     std::filesystem::create_directories(elsewhere);
-    std::filesystem::create_directory_symlink(folder.path / "elsewhere", folder.path / "updates");
+    std::filesystem::create_directory_symlink(folder.path() / "elsewhere",
+                                              folder.path() / "updates");
     start();
     EXPECT_TRUE(std::filesystem::exists(elsewhere));
 }
 
 TEST(PrivateFolder, IsNotMadeBehindALink) {
     const TemporaryFolder folder;
-    std::filesystem::create_directory(folder.path / "real");
-    std::filesystem::create_directory_symlink(folder.path / "real", folder.path / "updates");
-    EXPECT_THROW(PrivateFolder(folder.path / "updates"), UpdateError);
-    EXPECT_TRUE(std::filesystem::is_empty(folder.path / "real"));
+    std::filesystem::create_directory(folder.path() / "real");
+    std::filesystem::create_directory_symlink(folder.path() / "real", folder.path() / "updates");
+    EXPECT_THROW(PrivateFolder(folder.path() / "updates"), UpdateError);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "real"));
 }
 
 TEST(PrivateFolder, IsNotMadeWhereAFileStands) {
     const TemporaryFolder folder;
-    std::ofstream(folder.path / "updates") << "x";
-    EXPECT_THROW(PrivateFolder(folder.path / "updates"), UpdateError);
-    EXPECT_THROW(PrivateFolder(folder.path / "updates" / "inner"), UpdateError);
+    std::ofstream(folder.path() / "updates") << "x";
+    EXPECT_THROW(PrivateFolder(folder.path() / "updates"), UpdateError);
+    EXPECT_THROW(PrivateFolder(folder.path() / "updates" / "inner"), UpdateError);
 }
 
 TEST(PrivateFolder, MovesAndIsRemovedOnce) {
     const TemporaryFolder folder;
     std::filesystem::path path;
     {
-        PrivateFolder first(folder.path / "updates");
+        PrivateFolder first(folder.path() / "updates");
         path = first.path();
         PrivateFolder second(std::move(first));
         EXPECT_EQ(second.path(), path);
-        PrivateFolder third(folder.path / "updates");
+        PrivateFolder third(folder.path() / "updates");
         third = std::move(second);
         EXPECT_TRUE(std::filesystem::exists(path));
     }
     EXPECT_FALSE(std::filesystem::exists(path));
-    EXPECT_TRUE(std::filesystem::is_empty(folder.path / "updates"));
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "updates"));
 }
 
 TEST(ArchiveFileName, IsTheLastComponent) {

@@ -1,8 +1,8 @@
 #include "updater/archive/Signature.h"
 
 #include "posix/FileDescriptor.h"
+#include "testing/TemporaryFolder.h"
 #include "unit/updater/Publisher.h"
-#include "unit/updater/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +30,7 @@ const std::string publishedSignature = "EIawm2YkDZ2gBfkEMF2+1VuuTeXnCGZOdnMdVgPP
 class SignatureOfFile : public testing::Test {
 protected:
     posix::FileDescriptor fileWith(const std::string& text) {
-        const auto path = folder.path / "archive";
+        const auto path = folder.path() / "archive";
         std::ofstream(path, std::ios::binary) << text;
         return posix::FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     }
@@ -115,7 +115,7 @@ TEST_F(SignatureOfFile, ThatIsLongerOrShorterDoesNotHold) {
 
 TEST_F(SignatureOfFile, ThatCannotBeReadDoesNotHold) {
     const posix::FileDescriptor writeOnly(
-        open((folder.path / "new").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+        open((folder.path() / "new").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     EXPECT_FALSE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),
                               writeOnly.get(), publishedText.size()));
     EXPECT_FALSE(verifiesFile(*parsePublicKey(publishedKey), *parseSignature(publishedSignature),

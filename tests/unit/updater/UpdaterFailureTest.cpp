@@ -133,7 +133,7 @@ TEST_F(UpdaterFailure, OtherLengthOnTheServerIsRefusedAtOnce) {
 }
 
 TEST_F(UpdaterFailure, NoPlaceToKeepTheDownloadIsAFailure) {
-    std::filesystem::create_directory_symlink("/tmp", folder.path / "updates");
+    std::filesystem::create_directory_symlink("/tmp", folder.path() / "updates");
     check();
     choose(UpdateChoice::install);
     EXPECT_EQ(lastShown(), "failure");

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "fakes/FakeMainLoop.h"
+#include "testing/TemporaryFolder.h"
 #include "unit/updater/FakeInstaller.h"
 #include "unit/updater/FakeTransport.h"
 #include "unit/updater/FakeUserDriver.h"
 #include "unit/updater/Feed.h"
 #include "unit/updater/ImmediateWorker.h"
 #include "unit/updater/Publisher.h"
-#include "unit/updater/TemporaryFolder.h"
 #include "updater/Updater.h"
 #include "updater/error/UpdateError.h"
 
@@ -62,7 +62,7 @@ protected:
         made = std::make_unique<updater::Updater>(updater::UpdaterContext{
             updater::UpdaterSettings(dictionary),
             {"linux", "x86_64", "2.36"},
-            folder.path / "updates",
+            folder.path() / "updates",
             transport,
             installer,
             worker,
@@ -109,7 +109,7 @@ protected:
         std::vector<std::filesystem::path> found;
         std::error_code missing;
         for (const auto& entry :
-             std::filesystem::directory_iterator(folder.path / "updates", missing))
+             std::filesystem::directory_iterator(folder.path() / "updates", missing))
             found.push_back(entry.path());
         return found;
     }

@@ -1,5 +1,5 @@
 #include "updater/UpdaterState.h"
-#include "unit/updater/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -54,7 +54,7 @@ protected:
     }
 
     TemporaryFolder folder;
-    std::filesystem::path file = folder.path / "state" / "kelo" / "updater";
+    std::filesystem::path file = folder.path() / "state" / "kelo" / "updater";
     std::vector<std::string> log;
 };
 
@@ -113,7 +113,7 @@ TEST_F(StateFile, ThatNeverEndsIsAFreshStartWithANote) {
 }
 
 TEST_F(StateFile, LinkIsNotFollowed) {
-    const auto other = folder.path / "other";
+    const auto other = folder.path() / "other";
     std::ofstream(other) << textOf(fullState());
     std::filesystem::create_directories(file.parent_path());
     std::filesystem::create_symlink(other, file);
@@ -132,7 +132,7 @@ TEST_F(StateFile, PipeIsNotWaitedFor) {
 }
 
 TEST_F(StateFile, ThatCannotBeWrittenIsANote) {
-    std::ofstream(folder.path / "state") << "a file where a folder should be";
+    std::ofstream(folder.path() / "state") << "a file where a folder should be";
     store().save(fullState());
     EXPECT_EQ(log.size(), 1u);
     EXPECT_EQ(store().load(), UpdaterState());

@@ -1,7 +1,6 @@
 #include "linux/input/portal/PortalModifierSource.h"
 
 #include "linux/input/portal/BusClient.h"
-#include "linux/input/portal/Portal.h"
 #include "linux/input/portal/PortalAvailability.h"
 #include "linux/input/portal/ShortcutSession.h"
 

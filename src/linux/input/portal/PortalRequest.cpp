@@ -1,6 +1,6 @@
 #include "linux/input/portal/PortalRequest.h"
 
-#include "linux/input/portal/Portal.h"
+#include "linux/input/portal/BusClient.h"
 
 #include <algorithm>
 #include <cstdint>

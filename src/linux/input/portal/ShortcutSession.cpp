@@ -1,7 +1,7 @@
 #include "linux/input/portal/ShortcutSession.h"
 
 #include "deployment/Deployment.h"
-#include "linux/input/portal/Portal.h"
+#include "linux/input/portal/BusClient.h"
 
 #include <string_view>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "InputBed.h"
+#include "EmulatedDevices.h"
 
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 
 #include <gmock/gmock.h>
@@ -38,30 +38,30 @@ protected:
         return source.start([this](ModifierFlags flags) { heard.push_back(flags); });
     }
     bool waitFor(std::size_t count) {
-        return MainLoopScope::runUntil([&] { return heard.size() >= count; });
+        return ScopedMainLoop::runUntil([&] { return heard.size() >= count; });
     }
 
-    MainLoopScope loop;
-    InputBed bed;
+    ScopedMainLoop loop;
+    EmulatedDevices devices;
     EvdevModifierSource source;
     std::vector<ModifierFlags> heard;
 };
 
 TEST_F(EvdevDevices, KeyboardsAreFoundAmongTheDevicesAndRead) {
-    bed.plug("event0", mouse());
-    bed.plug("event1", keyboard());
-    bed.plug("event2", mouse());
+    devices.plug("event0", mouse());
+    devices.plug("event1", keyboard());
+    devices.plug("event2", mouse());
     EXPECT_TRUE(source.isAvailable());
     ASSERT_TRUE(start());
-    ASSERT_TRUE(bed.type("event1", chordDown));
+    ASSERT_TRUE(devices.type("event1", chordDown));
     ASSERT_TRUE(waitFor(2));
     EXPECT_THAT(heard, ElementsAre(control, control | option));
 }
 
 TEST_F(EvdevDevices, TheKernelIsToldToHandOutTheTwoModifiersAndNothingElse) {
-    bed.plug("event1", keyboard());
+    devices.plug("event1", keyboard());
     ASSERT_TRUE(start());
-    EXPECT_THAT(bed.device("event1").masks,
+    EXPECT_THAT(devices.device("event1").masks,
                 UnorderedElementsAre(
                     Pair(EV_SYN, UnorderedElementsAre(EV_SYN, EV_KEY)),
                     Pair(EV_KEY, UnorderedElementsAre(KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTCTRL))));
@@ -70,55 +70,56 @@ TEST_F(EvdevDevices, TheKernelIsToldToHandOutTheTwoModifiersAndNothingElse) {
 TEST_F(EvdevDevices, AKernelWithoutMasksIsNotReadFrom) {
     EmulatedDevice old = keyboard();
     old.knowsMasks = false;
-    bed.plug("event1", old);
+    devices.plug("event1", old);
     EXPECT_FALSE(source.isAvailable());
     EXPECT_THAT(source.availability().advice, HasSubstr("4.4"));
     EXPECT_FALSE(start());
-    EXPECT_FALSE(bed.device("event1").wasAskedWhatIsDown);
+    EXPECT_FALSE(devices.device("event1").wasAskedWhatIsDown);
 }
 
 TEST_F(EvdevDevices, MiceAloneAreNoKeyboard) {
-    bed.plug("event0", mouse());
+    devices.plug("event0", mouse());
     EXPECT_THAT(source.availability().reason, HasSubstr("no keyboard"));
     EXPECT_FALSE(start());
 }
 
 TEST_F(EvdevDevices, KeysThatAreDownAtTheStartCount) {
-    bed.plug("event1", keyboard());
-    bed.setDown("event1", {KEY_A, KEY_RIGHTCTRL});
+    devices.plug("event1", keyboard());
+    devices.setDown("event1", {KEY_A, KEY_RIGHTCTRL});
     ASSERT_TRUE(start());
-    ASSERT_TRUE(bed.type("event1", down(KEY_LEFTALT) + report()));
+    ASSERT_TRUE(devices.type("event1", down(KEY_LEFTALT) + report()));
     ASSERT_TRUE(waitFor(1));
     EXPECT_THAT(heard, ElementsAre(control | option));
 }
 
 TEST_F(EvdevDevices, LostEventsAreMadeUpForByAskingTheKernel) {
-    bed.plug("event1", keyboard());
+    devices.plug("event1", keyboard());
     ASSERT_TRUE(start());
-    bed.setDown("event1", {KEY_LEFTALT});
-    ASSERT_TRUE(bed.type("event1", dropped() + report()));
+    devices.setDown("event1", {KEY_LEFTALT});
+    ASSERT_TRUE(devices.type("event1", dropped() + report()));
     ASSERT_TRUE(waitFor(1));
     EXPECT_THAT(heard, ElementsAre(option));
 }
 
 TEST_F(EvdevDevices, AKeyboardIsPluggedInWhileWatching) {
-    bed.plug("event1", keyboard());
+    devices.plug("event1", keyboard());
     ASSERT_TRUE(start());
-    bed.plug("event2", mouse());
-    bed.plug("event3", keyboard());
-    ASSERT_TRUE(MainLoopScope::runUntil([&] { return bed.device("event3").wasAskedWhatIsDown; }));
-    ASSERT_TRUE(bed.type("event3", chordDown));
+    devices.plug("event2", mouse());
+    devices.plug("event3", keyboard());
+    ASSERT_TRUE(
+        ScopedMainLoop::runUntil([&] { return devices.device("event3").wasAskedWhatIsDown; }));
+    ASSERT_TRUE(devices.type("event3", chordDown));
     ASSERT_TRUE(waitFor(2));
     EXPECT_THAT(heard, ElementsAre(control, control | option));
-    EXPECT_THAT(bed.device("event2").masks, IsEmpty());
+    EXPECT_THAT(devices.device("event2").masks, IsEmpty());
 }
 
 TEST_F(EvdevDevices, UnpluggingInTheMiddleOfTheChordReleasesIt) {
-    bed.plug("event1", keyboard());
+    devices.plug("event1", keyboard());
     ASSERT_TRUE(start());
-    ASSERT_TRUE(bed.type("event1", chordDown));
+    ASSERT_TRUE(devices.type("event1", chordDown));
     ASSERT_TRUE(waitFor(2));
-    bed.unplug("event1");
+    devices.unplug("event1");
     ASSERT_TRUE(waitFor(3));
     EXPECT_THAT(heard, ElementsAre(control, control | option, 0));
 }

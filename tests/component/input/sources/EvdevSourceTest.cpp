@@ -1,6 +1,6 @@
 #include "FakeKeyboards.h"
 
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 
 #include <gmock/gmock.h>
@@ -30,16 +30,16 @@ protected:
         return source->start([this](ModifierFlags flags) { heard.push_back(flags); });
     }
     bool waitFor(std::size_t count) {
-        return MainLoopScope::runUntil([&] { return heard.size() >= count; });
+        return ScopedMainLoop::runUntil([&] { return heard.size() >= count; });
     }
     bool waitUntilOpen(int count) {
-        return MainLoopScope::runUntil([&] { return keyboards.openNow == count; });
+        return ScopedMainLoop::runUntil([&] { return keyboards.openNow == count; });
     }
     input::Availability availability() {
         return EvdevModifierSource(keyboards.devices()).availability();
     }
 
-    MainLoopScope loop;
+    ScopedMainLoop loop;
     FakeKeyboards keyboards;
     std::unique_ptr<EvdevModifierSource> source;
     std::vector<ModifierFlags> heard;
@@ -147,7 +147,7 @@ TEST_F(EvdevSource, ANodeThatIsPermittedAfterItAppearedCounts) {
     FakeKeyboard closed;
     closed.mayBeOpened = false;
     const auto& late = keyboards.plug("event7", std::move(closed));
-    ASSERT_TRUE(MainLoopScope::runUntil([&] { return keyboards.opened > before; }));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return keyboards.opened > before; }));
     EXPECT_EQ(keyboards.openNow, 1);
     keyboards.permit("event7");
     ASSERT_TRUE(waitUntilOpen(2));

@@ -2,9 +2,9 @@
 
 #include "EventBytes.h"
 
-#include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 #include "posix/FileDescriptor.h"
+#include "testing/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -109,7 +109,7 @@ private:
         return std::make_unique<Device>(found->second, openNow);
     }
 
-    fakes::TemporaryFolder folder;
+    test::TemporaryFolder folder;
     std::map<std::string, std::shared_ptr<FakeKeyboard>> keyboards;
 };
 

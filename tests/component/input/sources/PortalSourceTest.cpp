@@ -1,8 +1,8 @@
-#include "component/MainLoopScope.h"
+#include "component/ScopedMainLoop.h"
 #include "component/passkey/SessionBus.h"
-#include "fakes/authenticator/TemporaryFolder.h"
 #include "linux/input/portal/BusClient.h"
 #include "linux/input/portal/PortalModifierSource.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,17 +72,17 @@ protected:
         const input::BusSignal more(input::BusConnection::share(bus.connection()), portalName,
                                     "org.freedesktop.DBus.Mock", "WasAsked",
                                     [](const std::string&, GVariant*) {});
-        return MainLoopScope::runUntil([&] { return asked().size() >= count; });
+        return ScopedMainLoop::runUntil([&] { return asked().size() >= count; });
     }
     bool start() {
         return source->start([this](ModifierFlags flags) { heard.push_back(flags); });
     }
     bool waitFor(std::size_t count) const {
-        return MainLoopScope::runUntil([&] { return heard.size() >= count; });
+        return ScopedMainLoop::runUntil([&] { return heard.size() >= count; });
     }
 
-    MainLoopScope loop;
-    fakes::TemporaryFolder folder;
+    ScopedMainLoop loop;
+    test::TemporaryFolder folder;
     SessionBus bus{folder.path()};
     Child portal;
     std::unique_ptr<PortalModifierSource> source =
@@ -373,7 +373,7 @@ TEST_F(PortalSource, SaysThatThePortalIsNotRunningYetAndStartsItOnlyToUseIt) {
     const auto monitor = gobject::GObjectPointer<GFileMonitor>::adopt(
         g_file_monitor_file(watched.get(), G_FILE_MONITOR_NONE, nullptr, nullptr));
     ASSERT_TRUE(idle.start([](ModifierFlags) {}));
-    EXPECT_TRUE(MainLoopScope::runUntil([&] { return std::filesystem::exists(started); }));
+    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return std::filesystem::exists(started); }));
 }
 
 } // namespace

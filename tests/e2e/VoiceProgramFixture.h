@@ -1,6 +1,6 @@
 #pragma once
 
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 #include "testing/rig/ProcessTree.h"
 #include "testing/rig/StandInService.h"
 #include "testing/rig/VoicePanel.h"
@@ -15,11 +15,11 @@
 
 namespace kelo::e2e {
 
-/// A journey with the chord and the panel it brings up. It begins with Kelo's window on the screen,
-/// wherever its page is, and the hotkey armed.
-class VoiceJourney : public Journey {
+/// A program driven by the chord, and the panel that the chord shows. Begins with Kelo's window on
+/// the screen, wherever its page is, and the hotkey armed.
+class VoiceProgramFixture : public ProgramFixture {
 protected:
-    VoiceJourney();
+    VoiceProgramFixture();
 
     void SetUp() override;
     void TearDown() override;

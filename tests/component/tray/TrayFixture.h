@@ -16,10 +16,10 @@ namespace kelo::tests {
 
 /// A session bus with two clients: our program, and another one that reads our item as a tray does.
 /// Both run in this process's main loop.
-class TrayBed {
+class TrayFixture {
 public:
-    TrayBed();
-    ~TrayBed();
+    TrayFixture();
+    ~TrayFixture();
 
     struct Answer {
         std::string text;  ///< the results, as GVariant text
@@ -60,7 +60,7 @@ private:
 /// A StatusNotifierWatcher. It reads each item as soon as the item registers.
 class FakeWatcher {
 public:
-    explicit FakeWatcher(TrayBed& bed);
+    explicit FakeWatcher(TrayFixture& tray);
     ~FakeWatcher();
 
     std::vector<std::string> registered;  ///< the arguments
@@ -70,7 +70,7 @@ public:
 private:
     void look(const std::string& path);
 
-    TrayBed& bed;
+    TrayFixture& tray;
     tray::ExportedObject object;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 };

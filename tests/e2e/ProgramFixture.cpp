@@ -1,31 +1,31 @@
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 
 #include <cstdlib>
 #include <iostream>
 
 namespace kelo::e2e {
 
-rig::PrivateDesktop& Journey::desktop() {
+rig::PrivateDesktop& ProgramFixture::desktop() {
     static rig::PrivateDesktop ours;
     return ours;
 }
 
-std::filesystem::path Journey::build() {
+std::filesystem::path ProgramFixture::build() {
     // The test program lies in the build's folder "tests".
     return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
 }
 
-Journey::Journey() : user(desktop()) {}
+ProgramFixture::ProgramFixture() : user(desktop()) {}
 
-Journey::~Journey() = default;
+ProgramFixture::~ProgramFixture() = default;
 
-void Journey::SetUp() {
+void ProgramFixture::SetUp() {
     startService();
     startKelo();
     user.awaitLoginPage();
 }
 
-void Journey::TearDown() {
+void ProgramFixture::TearDown() {
     picture(HasFailure() ? "FAILED" : "end");
     if (HasFailure() && kelo)
         std::cerr << "Kelo printed:\n" << kelo->printed() << "\n";
@@ -35,23 +35,23 @@ void Journey::TearDown() {
     service.reset();
 }
 
-void Journey::startService() {
+void ProgramFixture::startService() {
     service.reset();
     service = std::make_unique<rig::DemoService>(build(), authority, folder.path() / "service.log");
 }
 
-void Journey::startKelo() {
+void ProgramFixture::startKelo() {
     kelo = std::make_unique<rig::KeloProcess>(build(), folder.path(), folder.path() / "kelo.log");
 }
 
-void Journey::endKelo() {
+void ProgramFixture::endKelo() {
     kelo.reset();
     // Its web processes go a moment later; the next test must not find their pages.
     desktop().tree.awaitThat("the pages of the ended Kelo are gone",
                              [] { return desktop().bus.pages().empty(); });
 }
 
-void Journey::register_(const Person& person) const {
+void ProgramFixture::register_(const Person& person) const {
     user.chooseRegister();
     user.answerPrompt(person.password);
     user.confirmSheet(desktop().loginPassword);
@@ -59,14 +59,14 @@ void Journey::register_(const Person& person) const {
     user.closeAlert();
 }
 
-void Journey::becomeOwnerOfPasskey(const Person& person) const {
+void ProgramFixture::becomeOwnerOfPasskey(const Person& person) const {
     user.signInWithPassword(person.email, person.password);
     user.awaitSignedIn(person.firstName);
     register_(person);
     user.signOut();
 }
 
-void Journey::picture(const std::string& moment) const {
+void ProgramFixture::picture(const std::string& moment) const {
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
     const char* manager = std::getenv("KELO_PRIVATE_DESKTOP_MANAGER");
     desktop().screen.capture(build() / "e2e" / (manager ? manager : "openbox") /

@@ -1,4 +1,4 @@
-#include "e2e/VoiceJourney.h"
+#include "e2e/VoiceProgramFixture.h"
 
 #include <algorithm>
 #include <fstream>
@@ -22,13 +22,13 @@ constexpr int aboveEdge = 16;
 
 } // namespace
 
-VoiceJourney::VoiceJourney() {
+VoiceProgramFixture::VoiceProgramFixture() {
     std::error_code missing;
     const auto size = std::filesystem::file_size(logFile, missing);
     logBegin = missing ? 0 : size;
 }
 
-void VoiceJourney::SetUp() {
+void VoiceProgramFixture::SetUp() {
     startService();
     startKelo();
     awaitThat("the hotkey is armed",
@@ -40,60 +40,60 @@ void VoiceJourney::SetUp() {
     });
 }
 
-void VoiceJourney::TearDown() {
+void VoiceProgramFixture::TearDown() {
     // A key that a failed test left down would be held in the next one.
     releaseChord();
-    Journey::TearDown();
+    ProgramFixture::TearDown();
     pages.reset();
 }
 
-void VoiceJourney::pressChord() const {
+void VoiceProgramFixture::pressChord() const {
     desktop().screen.keyboard.down(control);
     desktop().screen.keyboard.down(option);
 }
 
-void VoiceJourney::releaseChord() const {
+void VoiceProgramFixture::releaseChord() const {
     desktop().screen.keyboard.up(option);
     desktop().screen.keyboard.up(control);
 }
 
-void VoiceJourney::tapChord() const {
+void VoiceProgramFixture::tapChord() const {
     // All in one request: between two, a busy machine may let pass so much time that it is a hold.
     desktop().screen.keyboard.tap({screen::keySymbol(control), screen::keySymbol(option)});
 }
 
-void VoiceJourney::holdChord() const {
+void VoiceProgramFixture::holdChord() const {
     pressChord();
     std::this_thread::sleep_for(holdLength);
     releaseChord();
 }
 
-rig::ScreenWindow VoiceJourney::tapToShow() {
+rig::ScreenWindow VoiceProgramFixture::tapToShow() {
     tapChord();
     return awaitPanel();
 }
 
-void VoiceJourney::tapToHide() {
+void VoiceProgramFixture::tapToHide() {
     tapChord();
     awaitNoPanel();
 }
 
-rig::ScreenWindow VoiceJourney::awaitPanel() {
+rig::ScreenWindow VoiceProgramFixture::awaitPanel() {
     return panel.awaitShown(kelo->identifier());
 }
 
-void VoiceJourney::awaitNoPanel() {
+void VoiceProgramFixture::awaitNoPanel() {
     panel.awaitHidden(kelo->identifier());
 }
 
-void VoiceJourney::awaitPlace(const rig::ScreenWindow& shown, const rig::Area& place) const {
+void VoiceProgramFixture::awaitPlace(const rig::ScreenWindow& shown, const rig::Area& place) const {
     const auto now = [&] {
         return panel.contents(desktop().screen.windows.describe(shown.identifier));
     };
     awaitThat("the panel is where it belongs", [&] { return now() == place; });
 }
 
-void VoiceJourney::awaitWidgetPage(const rig::ScreenWindow& shown) const {
+void VoiceProgramFixture::awaitWidgetPage(const rig::ScreenWindow& shown) const {
     const rig::Wanted lowest = rig::pageButton("Start microphone");
     awaitThat("the widget's page is ready", [&] {
         const auto found = desktop().tree.find(lowest);
@@ -102,33 +102,34 @@ void VoiceJourney::awaitWidgetPage(const rig::ScreenWindow& shown) const {
     user.awaitDrawn(lowest, shown.identifier);
 }
 
-void VoiceJourney::awaitKeyboard(const rig::ScreenWindow& shown) const {
+void VoiceProgramFixture::awaitKeyboard(const rig::ScreenWindow& shown) const {
     awaitThat("the panel has the keyboard", [&] { return panel.hasKeyboard(shown); });
 }
 
-void VoiceJourney::clickInPanel(const rig::ScreenWindow& shown, const rig::Wanted& wanted) const {
+void VoiceProgramFixture::clickInPanel(const rig::ScreenWindow& shown,
+                                       const rig::Wanted& wanted) const {
     user.click(wanted, shown.identifier);
 }
 
-rig::Area VoiceJourney::placeOn(const rig::Area& monitor) {
+rig::Area VoiceProgramFixture::placeOn(const rig::Area& monitor) {
     return {{monitor.corner.x + (monitor.width - panelWidth) / 2,
              monitor.corner.y + monitor.height - aboveEdge - panelHeight},
             panelWidth,
             panelHeight};
 }
 
-rig::Area VoiceJourney::wholeScreen() const {
+rig::Area VoiceProgramFixture::wholeScreen() const {
     const auto& connection = desktop().screen.connection;
     return {{0, 0}, connection.width(), connection.height()};
 }
 
-std::optional<rig::ScreenWindow> VoiceJourney::mainWindow() const {
+std::optional<rig::ScreenWindow> VoiceProgramFixture::mainWindow() const {
     const auto windows = desktop().screen.windows.managed();
     const auto found = std::ranges::find(windows, kelo->identifier(), &rig::ScreenWindow::process);
     return found == windows.end() ? std::nullopt : std::optional(*found);
 }
 
-void VoiceJourney::goTo(screen::OtherProgram& other) const {
+void VoiceProgramFixture::goTo(screen::OtherProgram& other) const {
     const auto& windows = desktop().screen.windows;
     const auto isOther = [&](const rig::ScreenWindow& each) {
         return each.identifier == other.window();
@@ -146,29 +147,31 @@ void VoiceJourney::goTo(screen::OtherProgram& other) const {
     });
 }
 
-void VoiceJourney::awaitReceived(screen::OtherProgram& other, const std::string& text) const {
+void VoiceProgramFixture::awaitReceived(screen::OtherProgram& other,
+                                        const std::string& text) const {
     awaitThat("the other program has got \"" + text + "\"",
               [&] { return other.received() == text; });
 }
 
-rig::StandInService& VoiceJourney::standIn(std::map<std::string, std::string> served) {
+rig::StandInService& VoiceProgramFixture::standIn(std::map<std::string, std::string> served) {
     service.reset();
     pages.reset();
     pages = std::make_unique<rig::StandInService>(authority, std::move(served));
     return *pages;
 }
 
-void VoiceJourney::awaitAsked(const rig::StandInService& standIn, const std::string& target) const {
+void VoiceProgramFixture::awaitAsked(const rig::StandInService& standIn,
+                                     const std::string& target) const {
     awaitThat("the page has asked for " + target, [&] { return standIn.wasAsked(target); });
 }
 
-std::string VoiceJourney::debugLog() const {
+std::string VoiceProgramFixture::debugLog() const {
     std::ifstream log(logFile);
     log.seekg(static_cast<std::streamoff>(logBegin));
     return {std::istreambuf_iterator<char>(log), {}};
 }
 
-std::vector<pid_t> VoiceJourney::webProcesses() const {
+std::vector<pid_t> VoiceProgramFixture::webProcesses() const {
     auto all = rig::processTree(kelo->identifier());
     std::erase_if(all, [](pid_t process) {
         return rig::programName(process) != std::string("WebKitWebProcess").substr(0, 15);
@@ -176,8 +179,8 @@ std::vector<pid_t> VoiceJourney::webProcesses() const {
     return all;
 }
 
-void VoiceJourney::awaitThat(const std::string& what,
-                             const std::function<bool()>& condition) const {
+void VoiceProgramFixture::awaitThat(const std::string& what,
+                                    const std::function<bool()>& condition) const {
     desktop().tree.awaitThat(what, condition);
 }
 

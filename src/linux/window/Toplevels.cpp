@@ -1,10 +1,10 @@
-#include "linux/input/ToplevelWatch.h"
+#include "linux/window/Toplevels.h"
 
 #include <gtk/gtk.h>
 
 #include <utility>
 
-namespace kelo::input {
+namespace kelo::window {
 
 namespace {
 
@@ -43,4 +43,4 @@ GtkWindow* activeToplevel() {
     return nullptr;
 }
 
-} // namespace kelo::input
+} // namespace kelo::window

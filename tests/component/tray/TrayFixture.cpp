@@ -1,4 +1,4 @@
-#include "component/tray/TrayBed.h"
+#include "component/tray/TrayFixture.h"
 
 #include "linux/gobject/GObjectPointer.h"
 
@@ -38,15 +38,15 @@ std::string plain(std::string text) {
     return text;
 }
 
-void askBus(TrayBed& bed, const char* method, const std::string& arguments) {
-    bed.theirs->call_sync("/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-                          Glib::VariantContainerBase(g_variant_new_parsed(arguments.c_str())),
-                          "org.freedesktop.DBus");
+void askBus(TrayFixture& tray, const char* method, const std::string& arguments) {
+    tray.theirs->call_sync("/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+                           Glib::VariantContainerBase(g_variant_new_parsed(arguments.c_str())),
+                           "org.freedesktop.DBus");
 }
 
 } // namespace
 
-TrayBed::TrayBed() : ours(connect()), theirs(connect()) {
+TrayFixture::TrayFixture() : ours(connect()), theirs(connect()) {
     const auto item = [this](const std::string& event) { return [this, event] { note(event); }; };
     content = {platform::MenuItem{"Open Kelo", true, item("open")},
                platform::MenuSeparator{},
@@ -64,12 +64,12 @@ TrayBed::TrayBed() : ours(connect()), theirs(connect()) {
         ours->get_unique_name());
 }
 
-TrayBed::~TrayBed() {
+TrayFixture::~TrayFixture() {
     theirs->signal_unsubscribe(subscription);
     shown.reset();
 }
 
-void TrayBed::show() {
+void TrayFixture::show() {
     platform::MenuBarExtra extra{"Kelo", "brain", {[this] { return content; }}};
     shown = std::make_unique<tray::TrayItem>(
         ours, "/StatusNotifierItem", "app.kelo.Kelo", extra, icon,
@@ -77,8 +77,8 @@ void TrayBed::show() {
                                  [this](const std::string& token) { note("token " + token); }});
 }
 
-TrayBed::Answer TrayBed::call(const std::string& path, const std::string& interface,
-                              const std::string& method, const std::string& arguments) {
+TrayFixture::Answer TrayFixture::call(const std::string& path, const std::string& interface,
+                                      const std::string& method, const std::string& arguments) {
     Answer answer;
     bool isThere = false;
     theirs->call(
@@ -103,15 +103,15 @@ TrayBed::Answer TrayBed::call(const std::string& path, const std::string& interf
     return answer;
 }
 
-TrayBed::Answer TrayBed::menu(const std::string& method, const std::string& arguments) {
+TrayFixture::Answer TrayFixture::menu(const std::string& method, const std::string& arguments) {
     return call("/StatusNotifierItem/Menu", menuInterface, method, arguments);
 }
 
-TrayBed::Answer TrayBed::item(const std::string& method, const std::string& arguments) {
+TrayFixture::Answer TrayFixture::item(const std::string& method, const std::string& arguments) {
     return call("/StatusNotifierItem", itemInterface, method, arguments);
 }
 
-void TrayBed::until(const std::string& what, const std::function<bool()>& condition) {
+void TrayFixture::until(const std::string& what, const std::function<bool()>& condition) {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::seconds(20);
     const guint tick = g_timeout_add(
@@ -123,7 +123,7 @@ void TrayBed::until(const std::string& what, const std::function<bool()>& condit
         throw std::runtime_error("never happened: " + what);
 }
 
-void TrayBed::settle() {
+void TrayFixture::settle() {
     // Signals and replies of one client arrive in order, and posted jobs run in order.
     bool isPosted = false;
     mainLoop.post([&] { isPosted = true; });
@@ -131,9 +131,9 @@ void TrayBed::settle() {
     call("/StatusNotifierItem", "org.freedesktop.DBus.Peer", "Ping", "()");
 }
 
-FakeWatcher::FakeWatcher(TrayBed& bed)
-    : bed(bed),
-      object(bed.theirs, "/StatusNotifierWatcher", description,
+FakeWatcher::FakeWatcher(TrayFixture& tray)
+    : tray(tray),
+      object(tray.theirs, "/StatusNotifierWatcher", description,
              {{{"RegisterStatusNotifierItem",
                 [this](const tray::ExportedObject::Values& arguments) {
                     Glib::Variant<Glib::ustring> path;
@@ -143,29 +143,29 @@ FakeWatcher::FakeWatcher(TrayBed& bed)
                     return tray::ExportedObject::Values();
                 }}},
               {}}) {
-    askBus(bed, "RequestName", "('org.kde.StatusNotifierWatcher', uint32 0)");
+    askBus(tray, "RequestName", "('org.kde.StatusNotifierWatcher', uint32 0)");
 }
 
 FakeWatcher::~FakeWatcher() {
-    askBus(bed, "ReleaseName", "('org.kde.StatusNotifierWatcher',)");
+    askBus(tray, "ReleaseName", "('org.kde.StatusNotifierWatcher',)");
 }
 
 void FakeWatcher::look(const std::string& path) {
     const auto ask = [this](const std::string& object, const char* interface, const char* method,
                             const char* arguments, std::function<void(const std::string&)> then) {
-        bed.theirs->call(
+        tray.theirs->call(
             object, interface, method, Glib::VariantContainerBase(g_variant_new_parsed(arguments)),
             [this, then,
              weak = std::weak_ptr(alive)](const Glib::RefPtr<Gio::AsyncResult>& result) {
                 if (weak.expired())
                     return;
                 try {
-                    then(bed.theirs->call_finish(result).print(false));
+                    then(tray.theirs->call_finish(result).print(false));
                 } catch (const Glib::Error& error) {
                     ADD_FAILURE() << "registered before it was there: " << error.what();
                 }
             },
-            bed.ours->get_unique_name());
+            tray.ours->get_unique_name());
     };
     ask(path, "org.freedesktop.DBus.Properties", "Get", "('org.kde.StatusNotifierItem', 'Id')",
         [this](const std::string& answer) { identifiers.push_back(answer); });

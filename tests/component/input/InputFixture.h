@@ -49,10 +49,10 @@ private:
 };
 
 /// The real monitors before a real keyboard, with one global and one local monitor of modifiers.
-class InputRig : public testing::Test {
+class InputFixture : public testing::Test {
 protected:
-    InputRig();
-    ~InputRig() override;
+    InputFixture();
+    ~InputFixture() override;
 
     void watch();
     /// Another program gets the keyboard.

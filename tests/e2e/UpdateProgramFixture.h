@@ -1,6 +1,6 @@
 #pragma once
 
-#include "e2e/Journey.h"
+#include "e2e/ProgramFixture.h"
 #include "testing/rig/ChildProcess.h"
 #include "testing/rig/DownloadServer.h"
 
@@ -22,9 +22,9 @@ inline const VersionStamp newVersion{"1.1", "2"};
 
 /// Somebody's home with an unpacked Kelo 1.0 in it, and a publisher whose web server is asked for
 /// updates. Nothing of it is this computer's installed Kelo.
-class UpdateJourney : public Journey {
+class UpdateProgramFixture : public ProgramFixture {
 protected:
-    UpdateJourney();
+    UpdateProgramFixture();
 
     void SetUp() override;
     void TearDown() override;

@@ -15,7 +15,7 @@
 
 namespace kelo {
 
-/// What the kernel knows of one emulated input device. It is asked on a thread of the test bed.
+/// What the kernel knows of one emulated input device. It is asked on a thread of the testbed.
 struct EmulatedDevice {
     /// Key codes.
     std::vector<int> keys = {};
@@ -28,12 +28,12 @@ struct EmulatedDevice {
 
 /// Emulated devices in /dev/input and /sys/class/input, for this process alone, which must run
 /// under umockdev's preload library.
-class InputBed {
+class EmulatedDevices {
 public:
-    InputBed();
-    ~InputBed();
-    InputBed(const InputBed&) = delete;
-    InputBed& operator=(const InputBed&) = delete;
+    EmulatedDevices();
+    ~EmulatedDevices();
+    EmulatedDevices(const EmulatedDevices&) = delete;
+    EmulatedDevices& operator=(const EmulatedDevices&) = delete;
 
     /// Describes the device in /sys by its keys, too.
     void plug(const std::string& name, EmulatedDevice device);
@@ -51,7 +51,7 @@ private:
 
     mutable std::mutex mutex;
     std::map<std::string, EmulatedDevice> devices;
-    gobject::GObjectPointer<UMockdevTestbed> bed;
+    gobject::GObjectPointer<UMockdevTestbed> testbed;
     gobject::GObjectPointer<UMockdevIoctlBase> kernel;
 };
 

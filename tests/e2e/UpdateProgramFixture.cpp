@@ -1,4 +1,4 @@
-#include "e2e/UpdateJourney.h"
+#include "e2e/UpdateProgramFixture.h"
 
 #include "layers/Command.h"
 
@@ -40,7 +40,7 @@ std::string runOrThrow(const std::string& command) {
 
 /// The tree of this build as people download it, packed and unpacked once for all tests.
 const fs::path& downloadedTree(const fs::path& build) {
-    static const rig::TemporaryFolder folder;
+    static const test::TemporaryFolder folder;
     static const fs::path tree = [&] {
         const fs::path packages = folder.path() / "packages";
         runOrThrow("cd " + quoted(folder.path()) + " && '" KELO_CPACK "' -G TZST --config " +
@@ -65,19 +65,19 @@ std::string entry(const std::string& key, const std::string& value) {
 
 } // namespace
 
-UpdateJourney::UpdateJourney() {
+UpdateProgramFixture::UpdateProgramFixture() {
     fs::create_directories(home);
     fs::create_directories(releases);
 }
 
-void UpdateJourney::SetUp() {
+void UpdateProgramFixture::SetUp() {
     startService();
     server = std::make_unique<rig::DownloadServer>(authority, releases);
     fs::copy(downloadedTree(build()), installed, fs::copy_options::recursive);
     stamp(installed, oldVersion, ownKey.publicHalf);
 }
 
-void UpdateJourney::TearDown() {
+void UpdateProgramFixture::TearDown() {
     picture(HasFailure() ? "FAILED" : "end");
     if (HasFailure() && program)
         std::cerr << "Kelo printed:\n" << program->printed() << "\n";
@@ -87,22 +87,22 @@ void UpdateJourney::TearDown() {
     service.reset();
 }
 
-void UpdateJourney::endCopies() {
+void UpdateProgramFixture::endCopies() {
     program.reset();
     for (const pid_t copy : runningCopies())
         kill(copy, SIGTERM);
     awaitThat("no copy of Kelo runs any more", [&] { return runningCopies().empty(); });
 }
 
-UpdateJourney::SigningKey UpdateJourney::makeKey(const std::string& name) const {
+UpdateProgramFixture::SigningKey UpdateProgramFixture::makeKey(const std::string& name) const {
     const fs::path file = folder.path() / name;
     const std::string printed = runOrThrow("{ " + quoted(build() / "kelo-appcast") +
                                            " keygen --key " + quoted(file) + " 2>/dev/null; }");
     return {file, printed.substr(0, printed.find('\n'))};
 }
 
-void UpdateJourney::stamp(const fs::path& tree, const VersionStamp& stamp,
-                          const std::string& publicKey) const {
+void UpdateProgramFixture::stamp(const fs::path& tree, const VersionStamp& stamp,
+                                 const std::string& publicKey) const {
     std::ofstream(tree / "share/kelo/Info.plist")
         << "<plist version=\"1.0\"><dict>\n"
         << entry("CFBundleIdentifier", "app.kelo.Kelo") << entry("CFBundleName", "Kelo")
@@ -112,7 +112,7 @@ void UpdateJourney::stamp(const fs::path& tree, const VersionStamp& stamp,
         << entry("SUPublicEDKey", publicKey) << "</dict></plist>\n";
 }
 
-void UpdateJourney::publishSignedWith(const SigningKey& key) {
+void UpdateProgramFixture::publishSignedWith(const SigningKey& key) {
     const std::string name = "kelo-" + newVersion.version;
     const fs::path tree = folder.path() / "build" / name;
     fs::create_directories(tree.parent_path());
@@ -125,8 +125,8 @@ void UpdateJourney::publishSignedWith(const SigningKey& key) {
                quoted(releases));
 }
 
-void UpdateJourney::startInstalled(const std::vector<std::string>& arguments,
-                                   std::map<std::string, std::string> environment) {
+void UpdateProgramFixture::startInstalled(const std::vector<std::string>& arguments,
+                                          std::map<std::string, std::string> environment) {
     environment["HOME"] = home;
     for (const auto& [name, below] :
          {std::pair{"XDG_DATA_HOME", ".local/share"}, std::pair{"XDG_STATE_HOME", ".local/state"},
@@ -139,20 +139,20 @@ void UpdateJourney::startInstalled(const std::vector<std::string>& arguments,
     program = std::make_unique<rig::ChildProcess>(command, environment, folder.path() / "kelo.log");
 }
 
-void UpdateJourney::ask(const std::string& option) const {
+void UpdateProgramFixture::ask(const std::string& option) const {
     rig::ChildProcess second({installed / "bin/kelo", option}, {{"HOME", home}},
                              folder.path() / "second.log");
     EXPECT_EQ(second.awaitExit(patience), 0) << second.printed();
 }
 
-void UpdateJourney::awaitInFront(const std::string& title) const {
+void UpdateProgramFixture::awaitInFront(const std::string& title) const {
     awaitThat("the window \"" + title + "\" has the keyboard", [&] {
         const auto active = desktop().screen.windows.active();
         return active && active->title == title;
     });
 }
 
-std::string UpdateJourney::installedVersion() const {
+std::string UpdateProgramFixture::installedVersion() const {
     const std::string text = readFile(installed / "share/kelo/Info.plist");
     for (const auto& stamp : {oldVersion, newVersion}) {
         if (text.find(entry("CFBundleShortVersionString", stamp.version)) != std::string::npos)
@@ -161,7 +161,7 @@ std::string UpdateJourney::installedVersion() const {
     return "";
 }
 
-std::vector<std::string> UpdateJourney::homeContents() const {
+std::vector<std::string> UpdateProgramFixture::homeContents() const {
     std::vector<std::string> names;
     for (const auto& item : fs::directory_iterator(home)) {
         const std::string name = item.path().filename();
@@ -172,7 +172,7 @@ std::vector<std::string> UpdateJourney::homeContents() const {
     return names;
 }
 
-std::vector<pid_t> UpdateJourney::runningCopies() const {
+std::vector<pid_t> UpdateProgramFixture::runningCopies() const {
     std::vector<pid_t> copies;
     for (const auto& item : fs::directory_iterator("/proc")) {
         const std::string name = item.path().filename();

@@ -1,16 +1,16 @@
 #pragma once
 
-#include "component/http/LoopRig.h"
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
+#include "component/http/TestMainLoop.h"
 #include "linux/gobject/WorkerThread.h"
 #include "linux/update/SoupTransport.h"
 #include "posix/SystemClock.h"
+#include "testing/TemporaryFolder.h"
 #include "unit/updater/FakeInstaller.h"
 #include "unit/updater/FakeUserDriver.h"
 #include "unit/updater/Feed.h"
 #include "unit/updater/Publisher.h"
-#include "unit/updater/TemporaryFolder.h"
 #include "updater/Updater.h"
 #include "updater/UpdaterState.h"
 
@@ -27,15 +27,15 @@ namespace kelo::test {
 
 /// An updater of version 1.0 with real connections, a real worker and real files, and a scripted
 /// server and user.
-class UpdateRig : public testing::Test {
+class DesktopUpdaterFixture : public testing::Test {
 protected:
-    UpdateRig()
+    DesktopUpdaterFixture()
         : server(std::make_unique<MisbehavingServer>(
               authority.issue(), [this](ServerConnection& connection) { serve(connection); })) {
         publish(signedRelease("1.1"));
         reply("/kelo.tar.zst", httpReply(archive));
     }
-    ~UpdateRig() override {
+    ~DesktopUpdaterFixture() override {
         made.reset();
         server.reset();
     }
@@ -71,7 +71,7 @@ protected:
         waitFor(window);
     }
     void waitFor(const std::string& window) {
-        ASSERT_TRUE(rig.runUntil([&] { return lastShown().starts_with(window); }))
+        ASSERT_TRUE(loop.runUntil([&] { return lastShown().starts_with(window); }))
             << "last shown: " << lastShown() << " " << user.sentence;
     }
     void installUntil(const std::string& window) {
@@ -84,9 +84,9 @@ protected:
 
     /// Waits, because the worker may still be using the file.
     void expectNothingLeft() {
-        EXPECT_TRUE(rig.runUntil([this] {
+        EXPECT_TRUE(loop.runUntil([this] {
             std::error_code missing;
-            return std::filesystem::directory_iterator(folder.path / "updates", missing) ==
+            return std::filesystem::directory_iterator(folder.path() / "updates", missing) ==
                    std::filesystem::directory_iterator();
         })) << "a download is left";
         EXPECT_TRUE(installer.prepared.empty());
@@ -105,12 +105,12 @@ protected:
                                       {"SUPublicEDKey", publisher.publicKey()},
                                       {"CFBundleVersion", std::string("1.0")}}),
             {"linux", "x86_64", "2.36"},
-            folder.path / "updates",
+            folder.path() / "updates",
             transport,
             installer,
             worker,
             clock,
-            std::make_shared<updater::FileStateStore>(folder.path / "state" / "updater",
+            std::make_shared<updater::FileStateStore>(folder.path() / "state" / "updater",
                                                       [](const std::string&) {}),
             [this] { return std::make_unique<FakeUserDriver>(user); },
             [](const Url&) {},
@@ -119,7 +119,7 @@ protected:
         made->start();
     }
 
-    LoopRig rig;
+    TestMainLoop loop;
     TestAuthority authority;
     Publisher publisher;
     const std::string archive = std::string(300000, 'k') + "elo";

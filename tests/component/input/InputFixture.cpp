@@ -1,4 +1,4 @@
-#include "component/input/InputRig.h"
+#include "component/input/InputFixture.h"
 
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
@@ -63,13 +63,13 @@ unsigned long OwnWindow::identifier() const {
     return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window_)));
 }
 
-InputRig::InputRig() {
+InputFixture::InputFixture() {
     gtk_init();
 }
 
-InputRig::~InputRig() = default;
+InputFixture::~InputFixture() = default;
 
-void InputRig::watch() {
+void InputFixture::watch() {
     const auto global = monitors.addGlobalMonitor(platform::event_mask::flagsChanged,
                                                   [this](const platform::Event& event) {
                                                       log.push_back({true, event.modifierFlags});
@@ -83,13 +83,13 @@ void InputRig::watch() {
     ASSERT_TRUE(local);
 }
 
-void InputRig::focusOther() {
+void InputFixture::focusOther() {
     keyboard.focusOther();
     until("another program has the keyboard",
           [this] { return keyboard.focused() == keyboard.otherWindow(); });
 }
 
-void InputRig::focusOurs(const OwnWindow& window) {
+void InputFixture::focusOurs(const OwnWindow& window) {
     keyboard.focus(window.identifier());
     until("our window has the keyboard", [&] {
         GdkSurface* const focused =
@@ -98,7 +98,7 @@ void InputRig::focusOurs(const OwnWindow& window) {
     });
 }
 
-std::vector<Seen> InputRig::seen() {
+std::vector<Seen> InputFixture::seen() {
     // A key of no test's comes after all that was pressed.
     constexpr Flags fence = command;
     keyboard.tap(XK_Super_L);
@@ -109,7 +109,7 @@ std::vector<Seen> InputRig::seen() {
     return std::exchange(log, {});
 }
 
-std::vector<Seen> InputRig::seenSoFar(std::size_t count) {
+std::vector<Seen> InputFixture::seenSoFar(std::size_t count) {
     until("so many changes are seen", [this, count] { return log.size() >= count; });
     return std::exchange(log, {});
 }

@@ -7,7 +7,7 @@
 typedef struct _GListModel GListModel;
 typedef struct _GtkWindow GtkWindow;
 
-namespace kelo::input {
+namespace kelo::window {
 
 /// Calls a function once for each window of ours: at once for those that exist, later for each new
 /// one. The destructor ends the watch. GTK must be initialized. Main thread only.
@@ -32,4 +32,4 @@ private:
 /// The window of ours that has the keyboard, as far as the toolkit knows; or null.
 GtkWindow* activeToplevel();
 
-} // namespace kelo::input
+} // namespace kelo::window

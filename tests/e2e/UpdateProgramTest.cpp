@@ -1,6 +1,6 @@
 // A copy of Kelo in somebody's home, from one version to the next: everything by real clicks and
 // keys, against a real web server, with what the publisher's tool made.
-#include "e2e/UpdateJourney.h"
+#include "e2e/UpdateProgramFixture.h"
 
 namespace kelo::e2e {
 
@@ -14,7 +14,7 @@ const rig::Wanted progressBar{rig::Place::windows, {rig::Role::progressBar}, "Pr
 
 } // namespace
 
-TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
+TEST_F(UpdateProgramFixture, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     publish();
     startInstalled();
     user.awaitLoginPage();
@@ -79,7 +79,7 @@ TEST_F(UpdateJourney, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     awaitThat("the old version is cleared away", [&] { return homeContents() == Names{"Kelo"}; });
 }
 
-TEST_F(UpdateJourney, RefusesWhatAnotherKeySigned) {
+TEST_F(UpdateProgramFixture, RefusesWhatAnotherKeySigned) {
     publishByAStranger();
     startInstalled();
     user.awaitLoginPage();
@@ -97,7 +97,7 @@ TEST_F(UpdateJourney, RefusesWhatAnotherKeySigned) {
     EXPECT_TRUE(program->isRunning());
 }
 
-TEST_F(UpdateJourney, OffersASkippedVersionAgainToTheUserWhoAsks) {
+TEST_F(UpdateProgramFixture, OffersASkippedVersionAgainToTheUserWhoAsks) {
     publish();
     startInstalled();
     user.awaitLoginPage();
@@ -111,7 +111,7 @@ TEST_F(UpdateJourney, OffersASkippedVersionAgainToTheUserWhoAsks) {
     EXPECT_EQ(installedVersion(), "1.0");
 }
 
-TEST_F(UpdateJourney, SettingsShowVersionAndHostAndGoWithEscapeOrTheirCloseButton) {
+TEST_F(UpdateProgramFixture, SettingsShowVersionAndHostAndGoWithEscapeOrTheirCloseButton) {
     startInstalled({"--settings"});
     awaitText("1.0 (1)");
     awaitText("localhost");
@@ -126,7 +126,7 @@ TEST_F(UpdateJourney, SettingsShowVersionAndHostAndGoWithEscapeOrTheirCloseButto
 }
 
 // At twice the size, with the keyboard alone, and without the program's main window.
-TEST_F(UpdateJourney, LeavesTheOldVersionInPlaceForAUserWhoPutsItOff) {
+TEST_F(UpdateProgramFixture, LeavesTheOldVersionInPlaceForAUserWhoPutsItOff) {
     publish();
     startInstalled({"--check-for-updates"}, {{"GDK_SCALE", "2"}});
     desktop().tree.await(rig::label(offered));

@@ -1,4 +1,4 @@
-#include "InputBed.h"
+#include "EmulatedDevices.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -69,25 +69,25 @@ using Data = std::unique_ptr<UMockdevIoctlData, DataDeleter>;
 
 } // namespace
 
-InputBed::InputBed()
-    : bed(GObjectPointer<UMockdevTestbed>::adopt(umockdev_testbed_new())),
+EmulatedDevices::EmulatedDevices()
+    : testbed(GObjectPointer<UMockdevTestbed>::adopt(umockdev_testbed_new())),
       kernel(GObjectPointer<UMockdevIoctlBase>::adopt(umockdev_ioctl_base_new())) {
     gboolean (*const handler)(UMockdevIoctlBase*, UMockdevIoctlClient*, gpointer) = answer;
     g_signal_connect(kernel.get(), "handle-ioctl", G_CALLBACK(handler), this);
     std::filesystem::create_directories(node("").parent_path());
 }
 
-InputBed::~InputBed() {
+EmulatedDevices::~EmulatedDevices() {
     for (const auto& [name, device] : devices)
-        umockdev_testbed_detach_ioctl(bed.get(), ("/dev/input/" + name).c_str(), nullptr);
+        umockdev_testbed_detach_ioctl(testbed.get(), ("/dev/input/" + name).c_str(), nullptr);
 }
 
-std::filesystem::path InputBed::node(const std::string& name) const {
-    const GText root(umockdev_testbed_get_root_dir(bed.get()));
+std::filesystem::path EmulatedDevices::node(const std::string& name) const {
+    const GText root(umockdev_testbed_get_root_dir(testbed.get()));
     return std::filesystem::path(root.get()) / "dev" / "input" / name;
 }
 
-void InputBed::plug(const std::string& name, EmulatedDevice device) {
+void EmulatedDevices::plug(const std::string& name, EmulatedDevice device) {
     const std::string parent = "/devices/input_of_" + name;
     const std::string text =
         "P: " + parent + "/" + name + "\nN: input/" + name +
@@ -98,42 +98,42 @@ void InputBed::plug(const std::string& name, EmulatedDevice device) {
         devices[name] = std::move(device);
     }
     GError* error = nullptr;
-    umockdev_testbed_add_from_string(bed.get(), text.c_str(), &error);
+    umockdev_testbed_add_from_string(testbed.get(), text.c_str(), &error);
     if (!error)
-        umockdev_testbed_attach_ioctl(bed.get(), ("/dev/input/" + name).c_str(), kernel.get(),
+        umockdev_testbed_attach_ioctl(testbed.get(), ("/dev/input/" + name).c_str(), kernel.get(),
                                       &error);
     if (const GErrorPointer failure(error); failure)
         g_error("cannot emulate %s: %s", name.c_str(), failure->message);
 }
 
-void InputBed::unplug(const std::string& name) {
+void EmulatedDevices::unplug(const std::string& name) {
     const std::string path = "/dev/input/" + name;
-    // The test bed goes on to own the descriptor's number.
+    // The testbed goes on to own the descriptor's number.
     const posix::FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
-    ::dup2(nothing.get(), umockdev_testbed_get_dev_fd(bed.get(), path.c_str()));
+    ::dup2(nothing.get(), umockdev_testbed_get_dev_fd(testbed.get(), path.c_str()));
     std::filesystem::remove(node(name));
 }
 
-bool InputBed::type(const std::string& name, const EventBytes& bytes) const {
-    const int device = umockdev_testbed_get_dev_fd(bed.get(), ("/dev/input/" + name).c_str());
+bool EmulatedDevices::type(const std::string& name, const EventBytes& bytes) const {
+    const int device = umockdev_testbed_get_dev_fd(testbed.get(), ("/dev/input/" + name).c_str());
     return ::write(device, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
 }
 
-void InputBed::setDown(const std::string& name, Codes codes) {
+void EmulatedDevices::setDown(const std::string& name, Codes codes) {
     const std::lock_guard lock(mutex);
     devices.at(name).down = std::move(codes);
 }
 
-EmulatedDevice InputBed::device(const std::string& name) const {
+EmulatedDevice EmulatedDevices::device(const std::string& name) const {
     const std::lock_guard lock(mutex);
     return devices.at(name);
 }
 
-gboolean InputBed::answer(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer self) {
-    return static_cast<InputBed*>(self)->answer(client);
+gboolean EmulatedDevices::answer(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer self) {
+    return static_cast<EmulatedDevices*>(self)->answer(client);
 }
 
-gboolean InputBed::answer(UMockdevIoctlClient* client) {
+gboolean EmulatedDevices::answer(UMockdevIoctlClient* client) {
     const std::lock_guard lock(mutex);
     const std::string path = umockdev_ioctl_client_get_devnode(client);
     EmulatedDevice& device = devices.at(path.substr(path.rfind('/') + 1));

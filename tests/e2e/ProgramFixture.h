@@ -1,8 +1,8 @@
 #pragma once
 
+#include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
 #include "testing/rig/KeloProcess.h"
-#include "testing/rig/TemporaryFolder.h"
 #include "testing/rig/User.h"
 
 #include <gtest/gtest.h>
@@ -26,10 +26,10 @@ inline constexpr const char* registered = "Passkey registered on this Mac.";
 
 /// A service and a Kelo of this test's own, both with nothing remembered. Ends with a picture of
 /// the screen in the build's folder e2e, below the window manager's name, named after the test.
-class Journey : public testing::Test {
+class ProgramFixture : public testing::Test {
 protected:
-    Journey();
-    ~Journey() override;
+    ProgramFixture();
+    ~ProgramFixture() override;
 
     void SetUp() override;
     void TearDown() override;
@@ -49,7 +49,7 @@ protected:
     static std::filesystem::path build();
 
     const rig::User user;
-    const rig::TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::path authority = build() / "demo-authority";
     std::unique_ptr<rig::DemoService> service;
     std::unique_ptr<rig::KeloProcess> kelo;

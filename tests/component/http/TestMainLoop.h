@@ -18,10 +18,10 @@
 namespace kelo::test {
 
 /// The GLib loop as the process's main loop, turned by the test.
-class LoopRig {
+class TestMainLoop {
 public:
-    LoopRig() : installation(loop) {}
-    ~LoopRig() { dropSpawnedTasks(); }
+    TestMainLoop() : installation(loop) {}
+    ~TestMainLoop() { dropSpawnedTasks(); }
 
     /// Turns the loop until the condition holds; false after 30 seconds.
     bool runUntil(const std::function<bool()>& condition) {

@@ -10,12 +10,12 @@
 namespace kelo {
 
 /// The GLib main loop as the process's own, until the test ends.
-class MainLoopScope {
+class ScopedMainLoop {
 public:
-    MainLoopScope() = default;
-    MainLoopScope(const MainLoopScope&) = delete;
-    MainLoopScope& operator=(const MainLoopScope&) = delete;
-    ~MainLoopScope() {
+    ScopedMainLoop() = default;
+    ScopedMainLoop(const ScopedMainLoop&) = delete;
+    ScopedMainLoop& operator=(const ScopedMainLoop&) = delete;
+    ~ScopedMainLoop() {
         dropSpawnedTasks();
         while (g_main_context_iteration(nullptr, FALSE)) {
         }
