@@ -31,6 +31,11 @@ OtherProgram::OtherProgram(Place place, Kind kind) : where(place) {
         XChangeProperty(x, identifier, own.atom("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32,
                         PropModeReplace, reinterpret_cast<const unsigned char*>(&dock), 1);
     }
+    if (kind == Kind::unmanaged) {
+        XSetWindowAttributes attributes{};
+        attributes.override_redirect = True;
+        XChangeWindowAttributes(x, identifier, CWOverrideRedirect, &attributes);
+    }
     XMapWindow(x, identifier);
     own.sync();
 }

@@ -11,7 +11,11 @@ namespace kelo::screen {
 /// keys it gets. Asks for nothing that a window manager would not give the simplest of programs.
 class OtherProgram {
 public:
-    enum class Kind { ordinary, bar };
+    enum class Kind {
+        ordinary,
+        bar,       ///< a dock
+        unmanaged, ///< a window that the window manager leaves alone (override-redirect)
+    };
     struct Place {
         int x = 100;
         int y = 100;

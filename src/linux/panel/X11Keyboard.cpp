@@ -15,6 +15,16 @@ void X11Keyboard::take() {
     give(ours);
 }
 
+bool X11Keyboard::retake() {
+    Window focused = None;
+    int revert = 0;
+    XGetInputFocus(connection.xlib(), &focused, &revert);
+    if (!isNobody(focused))
+        return false;
+    give(ours);
+    return true;
+}
+
 void X11Keyboard::giveBack() {
     Window focused = None;
     int revert = 0;
@@ -41,6 +51,17 @@ bool X11Keyboard::isOurs(Window focused) const {
     if (focused == None || focused == PointerRoot)
         return false;
     return focused == ours || connection.toplevelOf(focused) == ours;
+}
+
+bool X11Keyboard::isNobody(Window focused) const {
+    if (focused == None || focused == PointerRoot)
+        return true;
+    const Window toplevel = connection.toplevelOf(focused);
+    if (toplevel == None || toplevel == connection.root())
+        return false;
+    const PixelRectangle place = connection.placeOf(toplevel);
+    return place.x + place.width <= 0 || place.y + place.height <= 0 ||
+           place.x >= connection.width() || place.y >= connection.height();
 }
 
 void X11Keyboard::give(Window window) const {

@@ -12,6 +12,10 @@ public:
 
     /// Takes the keyboard and remembers which other window has it. Our window must be viewable.
     void take();
+    /// Takes the keyboard again if it has gone to nobody: to no window, or to one outside the
+    /// screen, where window managers keep a focus that no program is to have. Returns whether it
+    /// was so.
+    bool retake();
     /// Gives the keyboard back. Call it while our window is still on the screen. Does nothing if
     /// another window has taken the keyboard in the meantime: the user chose that one later. If the
     /// earlier window no longer exists, the active window gets the keyboard, or else the topmost
@@ -22,6 +26,7 @@ public:
 
 private:
     void give(Window window) const;
+    bool isNobody(Window focused) const;
 
     X11Connection connection;
     Window ours;

@@ -14,6 +14,8 @@ namespace {
 
 /// The room for the shadow on each side, in points.
 constexpr int shadowMargin = 32;
+/// How often the panel takes the keyboard back from nobody while it is shown.
+constexpr int mostRetakes = 3;
 
 } // namespace
 
@@ -105,6 +107,7 @@ void X11Panel::makeKeyAndOrderFront() {
     move();
     XRaiseWindow(connection.xlib(), xid());
     takeKeyboard();
+    retakesLeft = mayHaveKeyboard ? mostRetakes : 0;
     XFlush(connection.xlib());
 }
 
@@ -126,6 +129,13 @@ void X11Panel::takeKeyboard() {
         keyboard->take();
 }
 
+// A window manager that is still busy with a window that has just been closed takes the keyboard
+// away for good, although the panel is newer. Limited, so that the two cannot fight without end.
+void X11Panel::keyboardLost() {
+    if (isVisible() && retakesLeft > 0 && keyboard->retake())
+        --retakesLeft;
+}
+
 // The toolkit relies on the window manager to mark the active window, but this one is not managed.
 // Without the mark, no caret blinks and pages run as if they were in the background.
 void X11Panel::noteFocus(bool focused) {
@@ -145,8 +155,12 @@ gboolean X11Panel::handle(const XEvent& event) {
     const auto& focus = *static_cast<const XIFocusInEvent*>(event.xcookie.data);
     // An open menu grabs the keyboard without taking the focus.
     const bool ofAGrab = focus.mode == XINotifyGrab || focus.mode == XINotifyUngrab;
-    if (focus.event == xid() && !ofAGrab && focus.detail != XINotifyPointer)
-        noteFocus(event.xcookie.evtype == XI_FocusIn);
+    if (focus.event == xid() && !ofAGrab && focus.detail != XINotifyPointer) {
+        const bool focused = event.xcookie.evtype == XI_FocusIn;
+        noteFocus(focused);
+        if (!focused)
+            keyboardLost();
+    }
     return FALSE;
 }
 

@@ -37,6 +37,7 @@ private:
     void reshape();
     void move() const;
     void takeKeyboard();
+    void keyboardLost();
     void noteFocus(bool focused);
     gboolean handle(const XEvent& event);
     int scale() const;
@@ -49,6 +50,8 @@ private:
     /// Whether a compositor blends the shadow. Otherwise, the shadow is cut off.
     bool isTranslucent = false;
     std::optional<X11Keyboard> keyboard;
+    /// How often the keyboard may still be taken back from nobody during this show.
+    int retakesLeft = 0;
     platform::Point origin;
 };
 

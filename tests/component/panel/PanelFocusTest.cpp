@@ -1,6 +1,8 @@
 #include "component/panel/AnnouncedDesktop.h"
 #include "component/panel/PanelFixture.h"
 
+#include <X11/Xlib.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -146,6 +148,41 @@ TEST_F(PanelFocusTest, GivesTheKeyboardBackToWhoeverTookItInBetween) {
     hide();
     until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
     typeInto(second, "back");
+}
+
+TEST_F(PanelFocusTest, TakesTheKeyboardBackFromNobodyButNotWithoutEnd) {
+    screen::OtherProgram other;
+    settle(other);
+    const screen::OtherProgram outside({-100, -100, 1, 1}, screen::OtherProgram::Kind::unmanaged);
+    until("there is a window outside the screen",
+          [&] { return windows.describe(outside.window()).isMapped; });
+    show();
+    const auto giveTo = [this](screen::WindowId window) {
+        XSetInputFocus(connection.display(), window, RevertToNone, CurrentTime);
+        connection.sync();
+    };
+    for (int time = 0; time < 3; ++time) {
+        // A manager may have an answer of its own to a keyboard that follows the pointer.
+        const bool followsPointer = time == 1 && !hasManager();
+        giveTo(followsPointer ? screen::WindowId(PointerRoot) : outside.window());
+        until("the panel has the keyboard again",
+              [this] { return windows.focused() == panelWindow(); });
+    }
+    until("the panel is active", [this] { return manager() == "mutter" || countsAsActive(); });
+    giveTo(outside.window());
+    until("the panel knows that it has lost the keyboard", [this] {
+        digest();
+        return !content->hasCaret();
+    });
+    EXPECT_EQ(windows.focused(), outside.window());
+    hide();
+    other.takeKeyboard();
+    show();
+    giveTo(outside.window());
+    until("the next show may take it back", [this] { return windows.focused() == panelWindow(); });
+    hide();
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
 }
 
 TEST_F(PanelFocusTest, GivesTheKeyboardToSomebodyWhenItsEarlierOwnerIsGone) {

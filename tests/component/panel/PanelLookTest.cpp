@@ -18,8 +18,8 @@ protected:
     }
     void TearDown() override { picture("look"); }
 
-    /// False while a manager's movement still makes the window larger: on a busy machine that stands
-    /// still for longer than two frames.
+    /// False while a manager's movement still makes the window larger: on a busy machine that
+    /// stands still for longer than two frames.
     bool fillsItsFrame() const {
         const Box at = box();
         const int line = scale();
