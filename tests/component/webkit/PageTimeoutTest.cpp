@@ -163,8 +163,8 @@ TEST_F(ManualPageTimeout, BytesOfATricklingServerStartTheTimeoutAgain) {
     });
     makeView(peer.url());
     load(peer.url("/"));
-    // The request, the start of the load and its commitment start it as well. The engine reports ever
-    // fewer steps of a document whose length it does not know, so one more must do.
+    // The request, the start of the load and its commitment start it as well. The engine reports
+    // ever fewer steps of a document whose length it does not know, so one more must do.
     ASSERT_TRUE(loop.runUntil([&] { return timers.scheduled >= 4; }));
     EXPECT_TRUE(timers.isPending());
     EXPECT_THAT(recorder->finished, IsEmpty());
