@@ -9,7 +9,7 @@
 
 namespace kelo::demo {
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Options {
     enum class Action { help, makeAuthority, serve };
 
@@ -21,7 +21,7 @@ struct Options {
     bool stranger = false;             ///< the widget page holds a frame of a foreign origin
 };
 
-/// The command line makes no sense; the text says what is wrong with it.
+/// The command line is invalid; the text says why.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -10,10 +10,10 @@
 
 namespace kelo::demo {
 
-/// Registering a passkey for who is signed in: CSRF token, options, verification.
+/// Registers a passkey for the signed-in user: CSRF token, options, verification.
 class RegistrationApi {
 public:
-    /// The context outlives this.
+    /// The context must outlive this.
     explicit RegistrationApi(ServiceContext& context);
 
     Reply csrf(const Request& request);

@@ -12,11 +12,11 @@
 
 namespace kelo::demo {
 
-/// The whole service: finds who answers a request, and adds to every reply what a browser is to
-/// hold a careful site to.
+/// The whole service: finds the handler of a request, and adds to every response the headers by
+/// which a careful site restricts browsers.
 class Service {
 public:
-    /// The context outlives this.
+    /// The context must outlive this.
     explicit Service(ServiceContext& context);
 
     Reply answer(const Request& request);

@@ -14,21 +14,22 @@
 
 namespace kelo::demo {
 
-/// What the handlers share: who the service is, and everything it remembers.
+/// What the handlers share: the service's identity and all of its data.
 struct ServiceContext {
     static constexpr const char* relyingParty = "localhost";
     static constexpr const char* sessionCookie = "__Secure-kelo.session-token";
     static constexpr const char* csrfCookie = "__Host-kelo.csrf-token";
 
-    /// The origin is where the service listens; passkeys may be expected from another. Loads what
-    /// an earlier run kept. Throws ServiceError.
+    /// The origin is where the service listens; passkeys may be bound to another. Loads what an
+    /// earlier run stored. Throws ServiceError.
     ServiceContext(std::string origin, std::string passkeyOrigin, StateFile state);
 
-    /// Who sent the request; null when nobody is signed in. Valid until the sessions change.
+    /// The account that sent the request; null if nobody is signed in. Valid until the sessions
+    /// change.
     const Session* sessionOf(const Request& request) const;
 
-    /// Signs in: a new session, never the one the request came with, so that nobody can be made to
-    /// use a session that another knows.
+    /// Signs in with a new session, never the one of the request, so that nobody can be made to use
+    /// a session that an attacker knows.
     void openSession(const Request& request, std::string_view email, Reply& reply);
     void closeSession(const Request& request, Reply& reply);
 
@@ -38,11 +39,11 @@ struct ServiceContext {
     /// Whether a form's token and the cookie belong together.
     bool isCsrfTokenOf(const Request& request, std::string_view token) const;
 
-    /// Keeps the state; false, with a warning, when it could not be written.
+    /// Stores the state; false, with a warning, if it could not be written.
     bool save() const;
 
     std::string origin;
-    /// The widget page holds a frame of a foreign origin, to show what such a frame cannot do.
+    /// Whether the widget page contains a cross-origin frame, to show what such a frame cannot do.
     bool showsStranger = false;
     PasskeyVerifier verifier;
     AccountStore accounts;

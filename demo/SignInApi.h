@@ -8,10 +8,10 @@
 
 namespace kelo::demo {
 
-/// Signing in with a passkey: options, CSRF token, callback.
+/// Signs a user in with a passkey: options, CSRF token, callback.
 class SignInApi {
 public:
-    /// The context outlives this.
+    /// The context must outlive this.
     explicit SignInApi(ServiceContext& context);
 
     Reply options(const Request& request);

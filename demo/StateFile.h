@@ -8,16 +8,16 @@
 
 namespace kelo::demo {
 
-/// Keeps passkeys and sessions from one run to the next, or does nothing when there is no file.
+/// Stores passkeys and sessions between two runs, or does nothing if there is no file.
 class StateFile {
 public:
     explicit StateFile(std::optional<std::filesystem::path> path);
 
-    /// Fills the stores. A file that is not there is a first start. Throws ServiceError when it is
-    /// damaged or of a later version; the file is then left as it is.
+    /// Fills the stores. Without a file, this is the first start. Throws ServiceError if the file
+    /// is damaged or of a later version, and leaves it unchanged.
     void load(PasskeyStore& passkeys, SessionTable& sessions) const;
 
-    /// Throws ServiceError; what was kept before then stays.
+    /// Throws ServiceError; the former content is kept then.
     void save(const PasskeyStore& passkeys, const SessionTable& sessions) const;
 
 private:

@@ -8,14 +8,15 @@
 
 namespace kelo::bench {
 
-/// The small browser that comes with the web engine. Throws std::runtime_error when there is none.
+/// Path of the small browser that comes with the web engine. Throws std::runtime_error if it is not
+/// installed.
 std::filesystem::path miniBrowser();
 
-/// Variables by which a program keeps its files below the folder; makes the folder.
+/// Environment variables that make a program keep its files below the folder. Creates the folder.
 std::map<std::string, std::string> ownFolders(const std::filesystem::path& folder);
 
-/// Ends it, and waits until everything it started is gone: the next start must find neither the
-/// processes of this one nor their files in use.
+/// Ends the program and waits until all its child processes have ended, so that neither they nor
+/// their open files disturb the next start.
 void endWithTree(rig::ChildProcess& process);
 
 } // namespace kelo::bench

@@ -5,8 +5,8 @@
 
 namespace kelo::bench {
 
-/// What is printed of a list of times: the 95th percentile is the smallest value that at least 95
-/// of 100 do not exceed.
+/// Statistics of a list of times. The 95th percentile is the smallest value that at least 95 of 100
+/// values do not exceed.
 struct Distribution {
     std::size_t count = 0;
     double lowest = 0;
@@ -15,7 +15,7 @@ struct Distribution {
     double highest = 0;
 };
 
-/// Of at least one value.
+/// Needs at least one value.
 Distribution distributionOf(std::vector<double> values);
 
 } // namespace kelo::bench

@@ -9,9 +9,9 @@
 
 namespace kelo::bench {
 
-/// The least that a program can do at the chord: a window without any contents, made beforehand and
-/// painted by the server, that comes and goes by the same rules. What it takes belongs to the
-/// server, the machine and the measurement; nothing can be quicker. Runs in a thread of its own.
+/// The lower bound of what can be measured: an empty window, created beforehand and painted by the
+/// server, that is shown and hidden by the same rules. Its times are those of the server, the
+/// machine and the measurement. Runs in a thread of its own.
 class Floor {
 public:
     /// The window covers the area.

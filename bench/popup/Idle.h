@@ -5,8 +5,8 @@
 
 namespace kelo::bench {
 
-/// How often a second a program is woken when nothing happens, counted by what it goes to sleep
-/// again (voluntary context switches of all threads).
+/// How often per second an idle program is woken, counted by the voluntary context switches of all
+/// threads.
 struct WakeUps {
     double interfaceProcess = 0;
     double allProcesses = 0;

@@ -9,28 +9,27 @@
 
 namespace kelo::bench {
 
-/// Tells when a pixel of the screen gets another color. The server reports every area that is drawn
-/// (DAMAGE) on a connection of its own, so nothing is asked, and nobody is slowed down, in between;
-/// a report that covers the pixel is checked by reading it. The time is that of the report's
-/// arrival.
+/// Reports when a pixel of the screen changes its color. The server announces every area that is
+/// drawn (DAMAGE) on a separate connection, so that nothing polls it. If an announced area covers
+/// the pixel, the pixel is read. The time is the arrival of the announcement.
 class PaintWatch {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Throws std::runtime_error when the server has no DAMAGE.
+    /// Throws std::runtime_error if the server lacks DAMAGE.
     PaintWatch();
     ~PaintWatch();
     PaintWatch(const PaintWatch&) = delete;
     PaintWatch& operator=(const PaintWatch&) = delete;
 
     std::uint32_t color(screen::Point pixel) const;
-    /// Forgets what was drawn so far.
+    /// Drops all announcements so far.
     void forget() const;
     /// When the pixel was first drawn, since the last forget(), with another color than `before`;
-    /// nothing when it was not before the deadline.
+    /// empty if that did not happen before the deadline.
     std::optional<Clock::time_point> awaitChange(screen::Point pixel, std::uint32_t before,
                                                  Clock::time_point deadline) const;
-    /// Returns when nothing has been drawn for that long, or at the deadline.
+    /// Waits until nothing has been drawn for that long, or until the deadline.
     void awaitQuiet(Clock::duration quiet, Clock::time_point deadline) const;
 
 private:

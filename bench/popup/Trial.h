@@ -13,17 +13,17 @@
 
 namespace kelo::bench {
 
-/// What is timed, in milliseconds each.
+/// The measured times, in milliseconds.
 enum class Moment { tapToMapped, tapToPainted, holdToMapped, tapToUnmapped };
 inline constexpr std::size_t momentCount = 4;
 using Times = std::array<std::vector<double>, momentCount>;
 
-/// Somebody at the keyboard with a stopwatch, before a program that shows and hides a window by the
-/// chord. A time begins just before the key is sent to the server (for a hold: 250 ms after that)
-/// and ends when the server's report of the window, or of what is drawn in it, is here.
+/// Presses the chord and times a program that shows and hides a window by it. A time begins just
+/// before the key is sent to the server (for a hold: 250 ms later). It ends when the server's event
+/// about the window, or about what is drawn in it, arrives.
 class Trial {
 public:
-    /// The window must not be on the screen yet; it is known by this size at least. The pixel is
+    /// The window must not be on the screen yet. It is recognized by its minimum size. The pixel is
     /// one that the window will cover.
     Trial(int leastWidth, int leastHeight, screen::Point pixel);
     ~Trial();

@@ -17,11 +17,11 @@ struct Candidate {
     std::string name;
     std::vector<std::string> command;
     std::map<std::string, std::string> environment;
-    /// A pixel that the page alone colours; found out by a start that is not measured.
+    /// A pixel that only the page colours, found by a start that is not measured.
     Pixel painted;
 };
 
-/// What one start shows. All of it is better when it is smaller.
+/// The results of one start. Smaller is better for all of them.
 enum class Quantity { mapped, painted, interfaceMemory, treeMemory, interfaceWakeUps, treeWakeUps };
 inline constexpr std::size_t quantityCount = 6;
 using Sample = std::array<double, quantityCount>;

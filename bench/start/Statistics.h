@@ -10,7 +10,7 @@ struct Summary {
     double highest = 0;
 };
 
-/// Of at least one value.
+/// Needs at least one value.
 Summary summarize(std::vector<double> values);
 
 } // namespace kelo::bench

@@ -13,15 +13,14 @@ struct Pixel {
     int y = 0;
 };
 
-/// The screen as somebody sees it who waits for a program: through a connection of its own to the X
-/// server, and so without a word from the program.
+/// Observes the screen over a separate connection to the X server, independently of the program.
 class WindowWatch {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Forgets events that are still on their way.
+    /// Drops events that have not been read.
     void reset() const;
-    /// When a window of a program's size came onto the screen; nothing before the deadline.
+    /// When a window as large as a program's appeared; empty if none did before the deadline.
     std::optional<Clock::time_point> awaitMapped(Clock::time_point deadline) const;
     /// When the pixel took the color (0xRRGGBB).
     std::optional<Clock::time_point> awaitColor(Pixel pixel, std::uint32_t color,

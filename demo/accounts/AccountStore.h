@@ -27,14 +27,14 @@ class AccountStore {
 public:
     AccountStore();
 
-    /// Null when there is none. Letter case in the address does not matter.
+    /// Null if there is none. Letter case in the address does not matter.
     const Account* find(std::string_view email) const;
 
-    /// For an address without an account too, which then costs the same time as a wrong password.
+    /// Also checks an address without an account, so that it takes as long as a wrong password.
     SecretCheck checkPassword(std::string_view email, std::string_view password,
                               AttemptLimiter::Time now);
 
-    /// Right when the password or the code is; one try, whether one of them is wrong or both.
+    /// True if the password or the code is right. Counts as one attempt.
     SecretCheck checkPasswordOrCode(const Account& account, std::string_view password,
                                     std::string_view code, AttemptLimiter::Time now,
                                     OneTimeCode::Time time);

@@ -8,8 +8,8 @@
 
 namespace kelo::demo {
 
-/// Slows down guessing: so many wrong tries a minute for one account, then none is looked at until
-/// the oldest is a minute ago.
+/// Slows down guessing: after a number of wrong attempts within a minute, an account accepts none
+/// until the oldest is a minute old.
 class AttemptLimiter {
 public:
     using Time = std::chrono::steady_clock::time_point;

@@ -9,8 +9,8 @@
 
 namespace kelo::demo {
 
-/// Double submission: a page gets a token in its form and the same token, sealed, in a cookie that
-/// no other site can read or send along. A request counts only if both arrive and belong together.
+/// Double-submit protection: a page gets a token in its form, and the same token, authenticated, in
+/// a cookie that no other site can read or send. A request is accepted only with both.
 class CsrfToken {
 public:
     CsrfToken();
@@ -18,13 +18,13 @@ public:
     /// A new token.
     std::string make() const;
 
-    /// What the cookie for a token holds. The seal keeps out cookies that someone planted.
+    /// The value of the cookie for a token. Its authentication code excludes planted cookies.
     std::string seal(std::string_view token) const;
 
-    /// The token of the first cookie whose seal is ours; nothing when none is.
+    /// The token of the first authentic cookie; empty if there is none.
     std::optional<std::string> unseal(const std::vector<std::string>& cookies) const;
 
-    /// Whether one of the cookies is ours and holds the submitted token.
+    /// Whether one of the cookies is authentic and holds the submitted token.
     bool matches(const std::vector<std::string>& cookies, std::string_view submitted) const;
 
 private:

@@ -18,8 +18,8 @@ public:
 
     std::string current(Time now) const;
 
-    /// Accepts the code of this step and, for a slow typist, of the one before. A code that was
-    /// accepted is used up, and so are those before it.
+    /// Accepts the code of this step and, for slow typists, of the one before. An accepted code and
+    /// all earlier ones are not accepted again.
     bool accept(std::string_view code, Time now);
 
 private:

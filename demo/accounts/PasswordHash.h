@@ -6,8 +6,8 @@
 
 namespace kelo::demo {
 
-/// What is kept of a password: a salted scrypt digest, slow to guess from. Making and matching one
-/// takes some tens of milliseconds.
+/// A salted scrypt digest of a password. Creating and checking one takes some tens of milliseconds,
+/// which makes guessing slow.
 class PasswordHash {
 public:
     explicit PasswordHash(std::string_view password);

@@ -9,7 +9,7 @@
 
 namespace kelo::demo {
 
-/// Someone's being signed in.
+/// One sign-in of an account.
 struct Session {
     std::string identifier; ///< hash of the token: what is kept cannot be used to sign in
     std::string email;      ///< of the account
@@ -22,20 +22,20 @@ public:
     using Time = std::chrono::system_clock::time_point;
 
     static constexpr std::chrono::hours lifetime{30 * 24};
-    /// Of one account; beyond this many the one that ends first is closed.
+    /// Most sessions of one account; beyond it, the session that expires first is closed.
     static constexpr std::size_t capacity = 64;
 
     /// Opens a session and returns its token, the secret that the cookie carries.
     std::string open(std::string_view email, Time now);
 
-    /// The session of a token; null when there is none or it has expired. Valid until the table
+    /// The session of a token; null if there is none or it has expired. Valid until the table
     /// changes.
     const Session* find(std::string_view token, Time now) const;
 
-    /// Does nothing when there is no such session.
+    /// Does nothing if there is no such session.
     void close(const std::string& identifier);
 
-    /// Takes in a session kept from an earlier run.
+    /// Adds a session from an earlier run.
     void restore(Session session);
 
     const std::map<std::string, Session>& all() const { return sessions; }

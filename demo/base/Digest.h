@@ -11,7 +11,7 @@ Bytes sha256(std::string_view text);
 
 Bytes hmacSha256(ByteView key, std::string_view message);
 
-/// Compares without telling, by the time it takes, where two texts begin to differ.
+/// Compares in constant time: the duration does not reveal where two texts differ.
 bool equalInConstantTime(std::string_view left, std::string_view right);
 
 } // namespace kelo::demo

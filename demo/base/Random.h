@@ -7,7 +7,7 @@
 
 namespace kelo::demo {
 
-/// Bytes nobody can guess. Throws ServiceError when the system has none.
+/// Cryptographically random bytes. Throws ServiceError if the system provides none.
 Bytes randomBytes(std::size_t count);
 
 /// 256 unguessable bits as unpadded base64url: 43 characters that need no escaping in a cookie, a

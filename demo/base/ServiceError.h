@@ -4,7 +4,7 @@
 
 namespace kelo::demo {
 
-/// Why the service cannot start or go on, as a sentence for whoever runs it.
+/// Why the service cannot start or continue, as a sentence for its operator.
 class ServiceError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -15,13 +15,13 @@ struct Request {
     std::string body;
     std::vector<std::pair<std::string, std::string>> headers; ///< names in lower case
 
-    /// The first header of that (lower case) name; empty when there is none.
+    /// The first header with that name, given in lower case; empty if there is none.
     std::string_view header(std::string_view name) const;
 
     /// The values of all cookies of that name: a browser sends one for each path and domain.
     std::vector<std::string> cookies(std::string_view name) const;
 
-    /// Whether the body is said to be of this media type, whatever its parameters.
+    /// Whether Content-Type is this media type, with any parameters.
     bool hasContentType(std::string_view type) const;
 };
 

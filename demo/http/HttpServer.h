@@ -17,10 +17,10 @@ class HttpServer {
 public:
     using Handler = std::function<Reply(const Request&)>;
 
-    /// Larger bodies are refused with 413 and not kept in memory.
+    /// Larger bodies are refused with status 413 and not buffered.
     static constexpr std::size_t largestBody = 64 * 1024;
 
-    /// Listens at once. Port 0 takes a free one. Throws ServiceError.
+    /// Listens at once. Port 0 means any free port. Throws ServiceError.
     HttpServer(const AuthorityFiles& files, std::uint16_t port);
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
@@ -28,7 +28,7 @@ public:
 
     std::uint16_t port() const { return listeningPort; }
 
-    /// Who answers. Without one every reply is 503.
+    /// Sets the handler. Without one, every response has status 503.
     void setHandler(Handler newHandler) { handler = std::move(newHandler); }
 
 private:

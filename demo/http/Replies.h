@@ -11,12 +11,12 @@ namespace kelo::demo {
 
 Reply jsonReply(unsigned status, const nlohmann::json& value);
 
-/// A JSON reply that says in English why the request is turned down: {"reason": ...}.
+/// A JSON response with the reason in English why the request was refused: {"reason": ...}.
 Reply refusal(unsigned status, std::string_view reason);
 
 Reply htmlReply(unsigned status, std::string html);
 
-/// Sends a browser on with a GET, whatever the method was.
+/// A redirect that a browser follows with GET, whatever the method was.
 Reply redirectTo(std::string location);
 
 } // namespace kelo::demo

@@ -8,9 +8,8 @@ namespace kelo::demo {
 
 using Values = std::map<std::string, std::string, std::less<>>;
 
-/// Puts values into a page: {{name}} with everything that means something in HTML escaped,
-/// {{&name}} as it is, for markup of our own. A name without a value is a mistake in the page:
-/// throws std::out_of_range.
+/// Fills in a page: {{name}} becomes the value with HTML's special characters escaped, {{&name}}
+/// the value as it is, for our own markup. Throws std::out_of_range for a name without a value.
 std::string fillTemplate(std::string_view page, const Values& values);
 
 } // namespace kelo::demo

@@ -7,15 +7,15 @@
 
 namespace kelo::demo {
 
-/// What the pages may load: files of the service, and nothing else.
+/// The content security policy of the pages: only files of the service.
 inline constexpr const char* contentPolicy =
     "default-src 'none'; style-src 'self'; script-src 'self'; img-src 'self'; connect-src 'self'; "
     "form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
 
-/// The pages that people see, and the files they are made of.
+/// The pages for people, and the files they load.
 class Pages {
 public:
-    /// The context outlives this.
+    /// The context must outlive this.
     explicit Pages(ServiceContext& context);
 
     Reply home(const Request& request);
@@ -23,7 +23,7 @@ public:
     Reply signIn(const Request& request);
     Reply signOut(const Request& request);
     Reply widget(const Request& request);
-    /// What the stranger's frame shows. Not found when there is to be none.
+    /// The content of the cross-origin frame. Not found if there is to be none.
     Reply stranger() const;
     Reply notFound() const;
 

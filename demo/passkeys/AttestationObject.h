@@ -5,8 +5,8 @@
 namespace kelo::demo {
 
 /// The authenticator data inside an attestation object of the format "none", as a part of the given
-/// bytes. Authenticators must encode canonically, which leaves one spelling only: everything else,
-/// bytes behind the end included, throws PasskeyRefused.
+/// bytes. Authenticators must use CBOR's canonical encoding, so there is exactly one spelling.
+/// Anything else, and bytes after the end, throw PasskeyRefused.
 ByteView authenticatorDataOf(ByteView attestationObject);
 
 } // namespace kelo::demo

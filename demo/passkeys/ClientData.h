@@ -8,8 +8,8 @@
 
 namespace kelo::demo {
 
-/// What a client says it had signed: the parsed clientDataJSON, for looking up the ceremony and for
-/// saying what is wrong. Whether the bytes are right is told by isClientDataFor alone.
+/// The parsed clientDataJSON, used to find the ceremony and to explain errors. Only
+/// isClientDataFor() verifies the bytes.
 struct ClientData {
     std::string type;
     Bytes challenge;
@@ -17,7 +17,7 @@ struct ClientData {
     bool crossOrigin = false;
 };
 
-/// Nothing when the bytes are not a JSON object with these members.
+/// Empty if the bytes are no JSON object with these members.
 std::optional<ClientData> parseClientData(ByteView bytes);
 
 /// The limited verification of WebAuthn Level 3: compares bytes, because a parser may read the same

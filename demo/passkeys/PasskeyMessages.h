@@ -24,8 +24,8 @@ struct AttestationMessage {
     Bytes attestationObject;
 };
 
-/// Nothing when a member is missing, of another type or not base64url, when "id" and "rawId"
-/// differ, or when it is not a public-key credential. Other members are left alone.
+/// Empty if a member is missing, of another type or not base64url, if "id" and "rawId" differ, or
+/// if it is no public-key credential. Other members are ignored.
 std::optional<AssertionMessage> parseAssertion(const nlohmann::json& credential);
 std::optional<AttestationMessage> parseAttestation(const nlohmann::json& credential);
 

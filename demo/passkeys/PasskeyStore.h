@@ -24,14 +24,14 @@ struct Passkey {
 
 class PasskeyStore {
 public:
-    /// False, and nothing stored, when the credential id is taken.
+    /// False if the credential id exists already; then nothing is stored.
     bool add(Passkey passkey);
     void remove(ByteView credentialId);
 
-    /// Null when there is none. Valid until the store changes.
+    /// Null if there is none. Valid until the store changes.
     Passkey* find(ByteView credentialId);
 
-    /// Those of one account, oldest first.
+    /// All passkeys of one account, oldest first.
     std::vector<Passkey> of(std::string_view email) const;
 
     const std::map<Bytes, Passkey>& all() const { return passkeys; }

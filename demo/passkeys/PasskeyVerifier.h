@@ -10,15 +10,15 @@
 
 namespace kelo::demo {
 
-/// Checks what authenticators send, by libfido2: a verifier that shares no code with any
-/// authenticator of ours. Throws PasskeyRefused. Whether a challenge is still good is the caller's.
+/// Verifies what authenticators send, with libfido2, which shares no code with our authenticator.
+/// Throws PasskeyRefused. The caller checks that the challenge is still valid.
 class PasskeyVerifier {
 public:
     /// The relying party is a bare host; the origin https://host or https://host:port.
     PasskeyVerifier(std::string relyingParty, std::string origin);
 
     /// A new passkey: made for this relying party and this challenge, user present and verified, an
-    /// ES256 key on its curve, attestation "none". Owner, label and date are left for the caller.
+    /// ES256 key on its curve, attestation "none". The caller adds owner, label and date.
     Passkey verifyRegistration(const AttestationMessage& message, ByteView challenge) const;
 
     /// A signature by this passkey over this challenge; returns the counter to keep.

@@ -15,14 +15,14 @@ struct AuthorityFiles {
     std::filesystem::path serverKey;            ///< server-key.pem, 0600
 };
 
-/// Makes what is missing, of the wrong key or within 30 days of its end; leaves the rest as it is.
-/// The authority is kept as long as it is good: programs have it compiled in. Several processes may
-/// call this at once. Throws ServiceError, also when the authority is good but its key is gone and
-/// a new server certificate is due.
+/// Creates each file that is missing, has the wrong key or expires within 30 days; leaves the
+/// others. A valid authority is never replaced, because programs have it compiled in. Several
+/// processes may call this at once. Throws ServiceError, also if the authority is valid but its key
+/// is missing and a new server certificate is due.
 void prepareAuthority(const AuthorityFiles& files);
 
-/// The same for the server certificate alone: an authority nobody trusts yet would help no one, so
-/// without one this throws and says how to make it.
+/// The same for the server certificate alone. Without an authority, throws and says how to create
+/// one, because no program would trust a new one.
 void prepareServerCertificate(const AuthorityFiles& files);
 
 } // namespace kelo::demo

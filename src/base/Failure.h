@@ -30,14 +30,15 @@ enum class FailureKind {
     cryptography,  ///< the cryptographic library failed
 };
 
-/// A failure with a kind for the caller, a description for the user (one or two sentences: what
+/// An error with a kind for the caller, a description for the user (one or two sentences: what
 /// happened and what to do) and a cause for the log, which may be empty.
-class Failure : public LocalizedError {
+template <typename Kind>
+class ErrorOfKind : public LocalizedError {
 public:
-    Failure(FailureKind kind, std::string description, std::string cause = {})
+    ErrorOfKind(Kind kind, std::string description, std::string cause = {})
         : kind_(kind), description_(std::move(description)), cause_(std::move(cause)) {}
 
-    FailureKind kind() const { return kind_; }
+    Kind kind() const { return kind_; }
     std::string localizedDescription() const override { return description_; }
     const std::string& cause() const { return cause_; }
     const char* what() const noexcept override {
@@ -45,9 +46,14 @@ public:
     }
 
 private:
-    FailureKind kind_;
+    Kind kind_;
     std::string description_;
     std::string cause_;
+};
+
+class Failure : public ErrorOfKind<FailureKind> {
+public:
+    using ErrorOfKind::ErrorOfKind;
 };
 
 } // namespace kelo

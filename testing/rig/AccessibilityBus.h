@@ -22,13 +22,13 @@ using VariantPointer = std::unique_ptr<GVariant, VariantDeleter>;
 struct ObjectAddress {
     std::string busName;
     std::string path;
-    /// It belongs to a web page rather than to a toolkit's window.
+    /// Whether the object belongs to a web page, not to a window of the toolkit.
     bool inPage = false;
     bool operator==(const ObjectAddress&) const = default;
 };
 
-/// The accessibility bus of this desktop session. Opening it tells the toolkits that somebody is
-/// listening, as a screen reader would. Main thread only.
+/// The accessibility bus of this desktop session. Opening it makes the toolkits send events, as
+/// they do for a screen reader. Main thread only.
 class AccessibilityBus {
 public:
     /// Throws std::runtime_error when there is no session bus or no accessibility bus on it.
@@ -37,21 +37,21 @@ public:
     AccessibilityBus(const AccessibilityBus&) = delete;
     AccessibilityBus& operator=(const AccessibilityBus&) = delete;
 
-    /// One call, answered within a few seconds; nothing when the object is gone or refuses.
+    /// Calls a method and waits a few seconds for the reply; null if the object is gone or refuses.
     VariantPointer call(const ObjectAddress& object, const char* interface, const char* method,
                         GVariant* arguments = nullptr) const;
-    /// A property's value; nothing when the object is gone or has none of that name.
+    /// The value of a property; null if the object is gone or has no such property.
     VariantPointer property(const ObjectAddress& object, const char* interface,
                             const char* name) const;
 
-    /// The roots of the programs that registered themselves: their native windows.
+    /// The roots of all registered programs: their native windows.
     std::vector<ObjectAddress> applications() const;
     /// The roots of the web pages. They are not linked below the window that shows them: a
     /// sandboxed web process puts its tree on the bus by itself.
     std::vector<ObjectAddress> pages() const;
 
     /// Evaluates the condition now and after every event on the bus until it holds; false when the
-    /// deadline passed first. What announces itself by no event is looked at every `interval`.
+    /// deadline passed first. Also evaluates it every `interval`, for changes without an event.
     bool await(const std::function<bool()>& condition, std::chrono::seconds deadline,
                std::chrono::milliseconds interval = std::chrono::milliseconds(100)) const;
 

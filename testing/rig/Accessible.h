@@ -8,7 +8,7 @@
 
 namespace kelo::rig {
 
-/// Roles by the numbers of the accessibility protocol; only those that somebody asks for.
+/// Roles with their numbers in the accessibility protocol; only those that tests use.
 enum class Role : std::uint32_t {
     alert = 2,
     checkBox = 7,
@@ -37,8 +37,8 @@ struct Extents {
     int height = 0;
 };
 
-/// One object of somebody's accessibility tree. It is asked anew every time: nothing is cached, and
-/// an object that is gone answers with empty values. The bus must outlive it.
+/// One object of a program's accessibility tree. Nothing is cached: each call asks the program, and
+/// an object that no longer exists has empty values. The bus must outlive it.
 class Accessible {
 public:
     Accessible(const AccessibilityBus& bus, ObjectAddress address);
@@ -47,20 +47,20 @@ public:
     Role role() const;
     Extents extents() const;
     std::vector<Accessible> children() const;
-    /// The text of an entry or a label; for a masked entry what it shows.
+    /// The text of an entry or a label; for a password entry, the masked text.
     std::string text() const;
 
-    /// Where something that measures stands, from its least to its most.
+    /// The current value of a progress bar or a level bar, on the scale of its program.
     double value() const;
 
     bool isSensitive() const;
     bool isFocused() const;
-    /// It is drawn somewhere: visible, and not of size nothing.
+    /// Whether it is visible and has a size.
     bool isShown() const;
 
-    /// Gives it the keyboard.
+    /// Focuses it.
     void focus() const;
-    /// Performs its first action (a button's click); false when it has none.
+    /// Performs its first action, for a button the click; false if it has no action.
     bool activate() const;
 
     const ObjectAddress& address() const { return object; }

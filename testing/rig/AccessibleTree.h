@@ -19,7 +19,8 @@ struct Wanted {
     Place place = Place::windows;
     std::vector<Role> roles;
     std::string name;
-    /// The name may go on after a blank: a web engine appends what stands in a field to its label.
+    /// Also accept a name that continues after a blank: a web engine appends a field's text to its
+    /// label.
     bool nameMayGoOn = false;
 
     std::string description() const;
@@ -36,8 +37,7 @@ Wanted pageField(std::string name);
 Wanted pageHeading(std::string name);
 Wanted pageMeter(std::string name);
 
-/// Every step has this one deadline. It is long because it only ever passes when something is
-/// broken; nothing waits longer than the thing it waits for.
+/// The deadline of every step. It is long, because it passes only if something is broken.
 inline constexpr std::chrono::seconds deadline{30};
 
 /// Everything that the accessibility bus shows, searched by role and name.
@@ -45,13 +45,14 @@ class AccessibleTree {
 public:
     explicit AccessibleTree(const AccessibilityBus& bus);
 
-    /// The first one that is shown, in the order of the tree.
+    /// The first match that is shown, in tree order.
     std::optional<Accessible> find(const Wanted& wanted) const;
-    /// Waits until it is shown. Throws std::runtime_error with a picture of the tree otherwise.
+    /// Waits until a match is shown. At the deadline, throws std::runtime_error with the whole
+    /// tree.
     Accessible await(const Wanted& wanted) const;
-    /// Waits until nothing like it is shown.
+    /// Waits until no match is shown.
     void awaitGone(const Wanted& wanted) const;
-    /// Waits for anything else; `what` completes the sentence "Waited in vain until …".
+    /// Waits for any condition; `what` completes the sentence "Waited in vain until …".
     void awaitThat(const std::string& what, const std::function<bool()>& condition) const;
     /// Waits until two looks in a row, with at least two frames of the screen between them, find
     /// the same place, and gives it. A page that is still loading, or a window that the manager has
@@ -59,15 +60,15 @@ public:
     /// there is no place.
     Area awaitRest(const std::string& what, const std::function<std::optional<Area>()>& look) const;
 
-    /// All shown ones, in the order of the tree.
+    /// All matches that are shown, in tree order.
     std::vector<Accessible> findAll(const Wanted& wanted) const;
 
-    /// Whether some object of a page has the text in what it says.
+    /// Whether the text of any object of a page contains this text.
     bool pageSays(const std::string& text) const;
 
-    /// The object of a window that has the keyboard, if it has the role.
+    /// The object with the keyboard focus, if it is in a native window and has this role.
     std::optional<Accessible> findFocused(Role role) const;
-    /// The largest window of any program: the one with the page.
+    /// The largest window of all programs, which is the one with the page.
     std::optional<Accessible> mainWindow() const;
 
     /// The trees as text, one object a line.

@@ -11,8 +11,8 @@
 
 namespace kelo::rig {
 
-/// A program run by us, its output and errors together at the end of a file. It ends when we end,
-/// whatever ends us.
+/// A child process. Its output and errors are appended to a file. It is ended when this process
+/// ends, even by a signal.
 class ChildProcess {
 public:
     /// Runs the program with our environment changed by `environment` (an empty value removes).
@@ -20,18 +20,18 @@ public:
     ChildProcess(const std::vector<std::string>& command,
                  const std::map<std::string, std::string>& environment,
                  const std::filesystem::path& output);
-    /// Asks it to end (SIGTERM), and after a while makes it.
+    /// Sends SIGTERM, and SIGKILL if it has not ended after a while.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     pid_t identifier() const { return process; }
     bool isRunning();
-    /// Its exit status once it has ended by itself (128 + signal if a signal ended it).
+    /// Its exit status (128 + signal if a signal ended it); empty while it runs.
     std::optional<int> awaitExit(std::chrono::seconds deadline);
     /// What it has printed so far, without what the file held before.
     std::string printed() const;
-    /// True as soon as it has printed the text; false when it ends first, or the deadline passes.
+    /// Waits until it has printed the text; false if it ends or the deadline passes first.
     bool awaitPrinted(const std::string& text, std::chrono::seconds deadline);
     void end();
 

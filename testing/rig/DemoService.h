@@ -13,7 +13,7 @@ class DemoService {
 public:
     /// Starts it and waits until it answers. `authority` is the folder with the certificate
     /// authority to use, `state` the file that carries accounts and passkeys from one run to the
-    /// next (empty: none). Throws std::runtime_error with its words when it does not start.
+    /// next (empty: none). If it does not start, throws std::runtime_error with its output.
     DemoService(const std::filesystem::path& build, const std::filesystem::path& authority,
                 const std::filesystem::path& output, const std::filesystem::path& state = {},
                 const std::vector<std::string>& options = {});

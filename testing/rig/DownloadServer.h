@@ -11,8 +11,8 @@
 namespace kelo::rig {
 
 /// A publisher's web server: the files of a folder over HTTPS, on a free port, under the
-/// certificate of a demo service's authority. It answers while somebody awaits something on the
-/// accessibility bus, or otherwise runs the main context.
+/// certificate of a demo service's authority. It answers while the main context runs, which every
+/// wait on the accessibility bus does.
 class DownloadServer {
 public:
     /// The authority's folder must hold a server certificate already. Throws std::runtime_error
@@ -25,8 +25,8 @@ public:
     /// "https://localhost:4711"
     std::string origin() const;
 
-    /// From now on every file comes by half, and the rest when letGo() is called: time to look at
-    /// what is shown meanwhile.
+    /// From now on, sends half of each file, and the rest when letGo() is called, so that a test
+    /// can look at a download in progress.
     void holdBack() { holds = true; }
     void letGo();
 

@@ -11,8 +11,8 @@ namespace kelo::rig {
 /// Kelo as built, with its data in a folder of ours.
 class KeloProcess {
 public:
-    /// Starts it. What it keeps (cookies, passkeys) lies below `data`, so that a second process
-    /// with the same folder is the same user's next start.
+    /// Starts it. Cookies and passkeys are stored below `data`: a second process with the same
+    /// folder is the next start of the same user.
     KeloProcess(const std::filesystem::path& build, const std::filesystem::path& data,
                 const std::filesystem::path& output,
                 const std::vector<std::string>& arguments = {});

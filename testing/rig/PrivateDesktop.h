@@ -12,11 +12,11 @@ namespace kelo::rig {
 /// for this process alone.
 class PrivateDesktop {
 public:
-    /// Throws std::runtime_error anywhere else, so that nothing is ever typed into the windows of
-    /// the person at the screen. Waits until the desktop is ready.
+    /// Waits until the desktop is ready. Throws std::runtime_error on any other desktop, so that no
+    /// test ever types into a real user's windows.
     PrivateDesktop();
 
-    /// The password that PAM accepts for us on this desktop.
+    /// The login password that PAM accepts on this desktop.
     const std::string loginPassword;
     const AccessibilityBus bus;
     const AccessibleTree tree;

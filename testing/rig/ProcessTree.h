@@ -12,10 +12,11 @@ namespace kelo::rig {
 /// A process and everything it started, itself first.
 std::vector<pid_t> processTree(pid_t root);
 
-/// Proportional set size in KiB: shared pages count by their share. 0 when it is gone.
+/// Proportional set size in KiB: each shared page is divided among its processes. 0 if the process
+/// has ended.
 std::uint64_t proportionalSetSize(pid_t process);
 
-/// What lies in memory, in KiB; 0 when it is gone.
+/// Resident set size in KiB; 0 if the process has ended.
 std::uint64_t residentSetSize(pid_t process);
 
 /// The first 15 characters of the name of the program that it runs.
@@ -27,8 +28,8 @@ std::size_t threadCount(pid_t process);
 /// or a file's path.
 std::map<std::string, std::size_t> openDescriptors(pid_t process);
 
-/// How often the threads of a process have gone to sleep by themselves so far: each time one of
-/// them was woken before.
+/// Voluntary context switches of all threads of a process so far, which is how often they were
+/// woken.
 std::uint64_t voluntarySwitches(pid_t process);
 
 } // namespace kelo::rig

@@ -32,7 +32,7 @@ public:
     /// Throws std::runtime_error when DISPLAY cannot be opened or lacks XTEST.
     Screen();
 
-    /// Whether the area shows anything at all: more than a single color.
+    /// Whether the area shows more than a single color.
     bool isDrawn(const Area& area) const;
 
     /// Presses and releases one key by its name ("Return", "Escape", "F10"), with the modifiers

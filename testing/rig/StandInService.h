@@ -13,8 +13,8 @@
 namespace kelo::rig {
 
 /// Stands in for the service with pages of a test's own, at the service's origin and under its
-/// certificate. It answers while somebody awaits something on the accessibility bus, or otherwise
-/// runs the main context.
+/// certificate. It answers while the main context runs, which every wait on the accessibility bus
+/// does.
 class StandInService {
 public:
     /// Serves these pages (path → HTML) at https://localhost:8443; any other path is answered with

@@ -7,9 +7,9 @@
 
 namespace kelo::rig {
 
-/// What a person does with Kelo: real clicks and keys, each aimed at what the accessibility tree
-/// says is there. Every function waits for what it acts on and throws std::runtime_error when it
-/// does not come.
+/// Uses Kelo like a person: with real clicks and keys, aimed at what the accessibility tree
+/// reports. Every function waits for what it acts on, and throws std::runtime_error if it does not
+/// appear.
 class User {
 public:
     explicit User(const PrivateDesktop& desktop);

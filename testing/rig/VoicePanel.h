@@ -9,19 +9,19 @@
 
 namespace kelo::rig {
 
-/// The voice panel as its user has it: a window of Kelo's that no window manager manages, on the
-/// screen or not. Waits for what happens to windows, and for nothing else.
+/// The voice panel as its user sees it: a window of Kelo that no window manager manages. Waits for
+/// events of windows only.
 class VoicePanel {
 public:
-    /// Nothing when it is not on the screen. The program is Kelo's process.
+    /// Empty if it is not on the screen. The program is Kelo's process.
     std::optional<ScreenWindow> shown(pid_t program) const;
-    /// Throws std::runtime_error when it does not come, or does not go, in time.
+    /// Throws std::runtime_error if it does not appear, or disappear, in time.
     ScreenWindow awaitShown(pid_t program) const;
     void awaitHidden(pid_t program) const;
 
     /// The panel itself within its window, which has room for a shadow around it.
     Area contents(const ScreenWindow& panel) const;
-    /// The keys go to the window, or to one inside it (toolkits keep one there for them).
+    /// Whether the window has the keyboard, or a window inside it: toolkits keep one for that.
     bool hasKeyboard(const ScreenWindow& window) const;
 
 private:

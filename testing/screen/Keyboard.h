@@ -8,15 +8,13 @@
 
 namespace kelo::screen {
 
-/// A key by what the layout has on it ("Control_L", "Escape", "a"), as X numbers it: the same
-/// numbers as GDK_KEY_….
+/// The X key symbol with this name ("Control_L", "Escape", "a"): the same number as GDK_KEY_….
 using KeySymbol = unsigned long;
 
-/// Throws std::runtime_error when no key is named so.
+/// Throws std::runtime_error if there is no such name.
 KeySymbol keySymbol(const std::string& name);
 
-/// The keyboard before the screen. What it does passes through the server (XTEST), so that a
-/// program cannot tell it from a person's.
+/// A keyboard that types through the X server (XTEST). Programs cannot tell it from a real one.
 class Keyboard {
 public:
     /// Throws std::runtime_error when the server lacks XTEST. The connection must outlive it.

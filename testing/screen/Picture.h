@@ -10,7 +10,7 @@ struct _XImage;
 
 namespace kelo::screen {
 
-/// What an area of the screen shows at one moment. Colors are 0xRRGGBB.
+/// A picture of an area of the screen. Colors are 0xRRGGBB.
 class Picture {
 public:
     /// Of the whole screen. Throws std::runtime_error when the screen cannot be read.
@@ -36,7 +36,7 @@ private:
     std::unique_ptr<_XImage, Destroyer> image;
 };
 
-/// The color of one pixel of the screen; 0 for a place outside of it.
+/// The color of one pixel of the screen; 0 outside of the screen.
 std::uint32_t colorAt(const XConnection& connection, int x, int y);
 
 } // namespace kelo::screen

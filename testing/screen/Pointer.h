@@ -11,7 +11,7 @@ struct Point {
     friend bool operator==(const Point&, const Point&) = default;
 };
 
-/// The mouse before the screen (XTEST). Buttons count from 1, the left one.
+/// A mouse that moves and clicks through the X server (XTEST). Button 1 is the left one.
 class Pointer {
 public:
     /// Throws std::runtime_error when the server lacks XTEST. The connection must outlive it.

@@ -8,7 +8,7 @@
 
 namespace kelo::screen {
 
-/// Something that happened to a window that lies on the root.
+/// A child of the root window was shown or hidden.
 struct WindowEvent {
     enum class Kind { created, mapped, unmapped, destroyed };
     Kind kind = Kind::created;
@@ -17,19 +17,19 @@ struct WindowEvent {
     std::chrono::steady_clock::time_point time;
 };
 
-/// Tells when windows come onto the screen and leave it, by a connection of its own. From its
-/// making on no event is lost.
+/// Reports when windows appear and disappear, over an X connection of its own. Loses no event from
+/// its construction on.
 class WindowEvents {
 public:
     using Clock = std::chrono::steady_clock;
 
     WindowEvents();
 
-    /// Forgets events that were not asked for yet, also those still on their way.
+    /// Drops all events so far, including those that the server has sent but nobody has read.
     void forget() const;
-    /// The next one; nothing when there is none before the deadline.
+    /// The next event; empty if there is none before the deadline.
     std::optional<WindowEvent> next(Clock::time_point deadline) const;
-    /// The next one for which the condition holds; those before it are forgotten.
+    /// The next event for which the condition holds; drops those before it.
     std::optional<WindowEvent> await(const std::function<bool(const WindowEvent&)>& condition,
                                      Clock::time_point deadline) const;
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-// Xlib's own names stay out of everybody else's file: it defines macros such as None and Bool.
+// Xlib's header is not included here, because it defines macros such as None and Bool.
 struct _XDisplay;
 
 namespace kelo::screen {
@@ -11,11 +11,11 @@ namespace kelo::screen {
 /// A window's number on its server; 0 is none.
 using WindowId = unsigned long;
 
-/// A connection of one's own to the X server that DISPLAY names, so that nothing passes through a
+/// A separate connection to the X server that DISPLAY names, so that nothing passes through the
 /// program under test. Used by one thread.
 ///
-/// What it asks about may vanish between two questions. The answer is then simply empty: errors of
-/// these connections are ignored, those of a toolkit's in the same process go where they went.
+/// A window may disappear between two requests; the second then has an empty result. Errors of
+/// these connections are ignored. Errors of a toolkit in the same process are handled as before.
 class XConnection {
 public:
     /// Throws std::runtime_error when the display cannot be opened.
@@ -26,14 +26,14 @@ public:
 
     _XDisplay* display() const { return connection.get(); }
     WindowId root() const;
-    /// Of the whole screen, all monitors together, in pixels.
+    /// Size of the whole screen, all monitors together, in pixels.
     int width() const;
     int height() const;
     unsigned long atom(const std::string& name) const;
 
-    /// Sends what has been asked for.
+    /// Sends all pending requests.
     void flush() const;
-    /// Returns when the server has done everything that was asked for.
+    /// Waits until the server has processed all requests.
     void sync() const;
     /// A file descriptor to poll for what the server sends.
     int descriptor() const;

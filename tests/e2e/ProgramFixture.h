@@ -24,8 +24,8 @@ inline const Person grace{"grace@example.org", "nanosecond", "Grace"};
 
 inline constexpr const char* registered = "Passkey registered on this Mac.";
 
-/// A service and a Kelo of this test's own, both with nothing remembered. Ends with a picture of
-/// the screen in the build's folder e2e, below the window manager's name, named after the test.
+/// A service and a Kelo for one test, both with empty storage. At the end of the test, takes a
+/// picture of the screen: e2e/WINDOW MANAGER/TEST.png in the build folder.
 class ProgramFixture : public testing::Test {
 protected:
     ProgramFixture();
@@ -42,7 +42,7 @@ protected:
     /// Signs in with the password, registers a passkey and signs out again.
     void becomeOwnerOfPasskey(const Person& person) const;
 
-    /// Takes a picture on the way, named after the test and the moment.
+    /// Takes another picture, named after the test and the moment.
     void picture(const std::string& moment) const;
 
     static rig::PrivateDesktop& desktop();

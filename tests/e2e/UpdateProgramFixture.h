@@ -11,7 +11,7 @@
 
 namespace kelo::e2e {
 
-/// What a version says of itself.
+/// What a version reports about itself.
 struct VersionStamp {
     std::string version;
     std::string build;
@@ -20,8 +20,8 @@ struct VersionStamp {
 inline const VersionStamp oldVersion{"1.0", "1"};
 inline const VersionStamp newVersion{"1.1", "2"};
 
-/// Somebody's home with an unpacked Kelo 1.0 in it, and a publisher whose web server is asked for
-/// updates. Nothing of it is this computer's installed Kelo.
+/// A user's home with an unpacked Kelo 1.0, and the web server of a publisher of updates.
+/// Independent of the Kelo that is installed on this computer.
 class UpdateProgramFixture : public ProgramFixture {
 protected:
     UpdateProgramFixture();
@@ -31,13 +31,13 @@ protected:
 
     /// Signs 1.1 and puts it on the server, with notes.
     void publish() { publishSignedWith(ownKey); }
-    /// The same by somebody who does not have the key that the installed copy goes by.
+    /// The same, signed with a key that the installed copy does not accept.
     void publishByAStranger() { publishSignedWith(makeKey("stranger.key")); }
 
     /// Starts the installed copy as its owner does. `environment` is added to theirs.
     void startInstalled(const std::vector<std::string>& arguments = {},
                         std::map<std::string, std::string> environment = {});
-    /// Starts it once more, which asks the one that runs, and waits for its end.
+    /// Starts it a second time, which only notifies the running one, and waits for its end.
     void ask(const std::string& option) const;
     void askForUpdates() const { ask("--check-for-updates"); }
 
@@ -51,9 +51,9 @@ protected:
         desktop().tree.awaitThat(what, condition);
     }
 
-    /// What the installed copy says of itself on the disk.
+    /// What the installed copy on the disk reports about itself.
     std::string installedVersion() const;
-    /// Everything that stands in the home besides the XDG folders.
+    /// Everything in the home except the XDG folders.
     std::vector<std::string> homeContents() const;
     /// Every process that runs a program from the home.
     std::vector<pid_t> runningCopies() const;

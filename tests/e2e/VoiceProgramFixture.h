@@ -24,7 +24,7 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    // The chord, by the keys on the left of the keyboard.
+    // The chord, with the left-hand keys.
     void pressChord() const;
     void releaseChord() const;
     void tapChord() const;

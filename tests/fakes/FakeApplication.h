@@ -89,7 +89,7 @@ private:
         open.insert(open.begin(), window);
         group.onAppear();
     }
-    /// Objects tell before they change, so the drawing comes in a later turn of the main loop.
+    /// Objects notify before they change, so drawing happens in a later turn of the main loop.
     static std::function<void()> redrawing(const std::weak_ptr<FakeWindow>& window,
                                            const platform::WindowGroup& group) {
         return [window, draw = group.content.body] {

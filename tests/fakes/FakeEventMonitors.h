@@ -9,7 +9,7 @@
 
 namespace kelo::fakes {
 
-/// A keyboard that a test types on, once while another program has the focus, once while we have.
+/// A keyboard for tests. The focus is in another program, or in a window of ours.
 class FakeEventMonitors final : public platform::EventMonitors {
 public:
     std::shared_ptr<platform::EventMonitor> addGlobalMonitor(platform::EventMask matching,
@@ -36,7 +36,8 @@ public:
                 handler(event);
     }
 
-    /// One of ours has the focus. What is left of the event when every monitor has seen it.
+    /// A window of ours has the focus. Returns the event after all monitors; null if one consumed
+    /// it.
     platform::EventPointer send(platform::Event event) const {
         auto current = std::make_shared<const platform::Event>(std::move(event));
         for (const auto& [mask, handler] : locals)

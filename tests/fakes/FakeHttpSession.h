@@ -13,7 +13,7 @@
 
 namespace kelo::fakes {
 
-/// A session whose replies a test lays out beforehand, and which keeps every request.
+/// A session with replies that a test prepares. It records every request.
 class FakeHttpSession final : public platform::HttpSession, public platform::HttpCookieStorage {
 public:
     struct Sent {

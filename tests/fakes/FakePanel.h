@@ -10,7 +10,7 @@
 
 namespace kelo::fakes {
 
-/// A panel without a screen: it notes what is done with it.
+/// A panel without a screen. It records all calls.
 class FakePanel final : public platform::Panel {
 public:
     explicit FakePanel(platform::PanelDescription description)

@@ -10,7 +10,7 @@
 
 namespace kelo::fakes {
 
-/// A web view without an engine: it notes what it is asked and "finishes" when a test says so.
+/// A web view without an engine. It records all calls, and a load finishes when the test says so.
 class FakeWebView : public platform::EmbeddedWebView, public platform::CookieStore {
 public:
     FakeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration)
@@ -63,7 +63,7 @@ public:
             if (registration.name == name)
                 registration.handler->didReceiveScriptMessage(*this, {name, body});
     }
-    /// A page asks for a device; nothing while nobody has decided.
+    /// A page asks for a device. The decision, or empty while there is none.
     std::optional<platform::PermissionDecision> requestMedia(const std::string& host,
                                                              platform::MediaCaptureType type) {
         std::optional<platform::PermissionDecision> decision;

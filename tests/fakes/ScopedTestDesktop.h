@@ -28,8 +28,8 @@ struct FakeClock final : Clock {
     std::chrono::system_clock::time_point time{};
 };
 
-/// Swaps every fake in at once for its own lifetime. At its end it drops the flows that are still
-/// suspended.
+/// Installs all fakes as the current desktop. The destructor restores the former one and drops
+/// flows that are still suspended.
 class ScopedTestDesktop final : public platform::Desktop {
 public:
     ScopedTestDesktop() : loopInstallation(loop), desktopInstallation(*this) {}
@@ -82,7 +82,7 @@ public:
     /// What was asked for, in order.
     std::vector<std::string> made;
     std::vector<FakeHttpSession*> ephemeralSessions;
-    /// Makes another ephemeral session than the fake one.
+    /// Replaces the fake ephemeral session.
     std::function<std::unique_ptr<platform::HttpSession>()> makeSession;
     FakeHttpSession sharedSession;
     std::vector<std::shared_ptr<FakeWebView>> webViews;
@@ -102,7 +102,7 @@ private:
     FakeFileSystem fileSystem_;
 };
 
-/// What became of a flow that a test started.
+/// The outcome of a flow that a test started.
 template <typename T>
 struct FlowResult {
     std::optional<T> value;
@@ -140,7 +140,7 @@ inline Task<bool> toTrue(Task<void> task) {
 
 } // namespace detail
 
-/// Starts a flow; the loop must run for it to get anywhere.
+/// Starts a flow. It makes progress only while the loop runs.
 template <typename T>
 std::shared_ptr<FlowResult<T>> start(Task<T> task) {
     auto result = std::make_shared<FlowResult<T>>();

@@ -13,8 +13,8 @@
 namespace kelo::fakes {
 
 /// An authenticator and client in one object: a P-256 key in memory that makes the credentials
-/// clients send, right unless told otherwise. It shares no code with the authenticator or with the
-/// service. Every public field may be changed to misbehave in that one way.
+/// clients send. Shares no code with the authenticator or the service. To misbehave in one respect,
+/// change one public field.
 class SoftwarePasskey {
 public:
     /// A new key and a random credential id of 32 bytes.

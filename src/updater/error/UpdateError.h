@@ -18,27 +18,13 @@ enum class UpdateErrorKind {
     installing, ///< the update could not be installed
 };
 
-/// Why an update failed. The description is one sentence (or two) for the screen that says what
-/// happened and what to do; the cause is for the log and may be empty.
-class UpdateError : public LocalizedError {
+/// Why an update failed.
+class UpdateError : public ErrorOfKind<UpdateErrorKind> {
 public:
-    UpdateError(UpdateErrorKind kind, std::string description, std::string cause = {})
-        : kind_(kind), description_(std::move(description)), cause_(std::move(cause)) {}
+    using ErrorOfKind::ErrorOfKind;
 
     /// Converts any error; a LocalizedError keeps its description. The error must not be null.
     static UpdateError from(const std::exception_ptr& error);
-
-    UpdateErrorKind kind() const { return kind_; }
-    std::string localizedDescription() const override { return description_; }
-    const std::string& cause() const { return cause_; }
-    const char* what() const noexcept override {
-        return cause_.empty() ? description_.c_str() : cause_.c_str();
-    }
-
-private:
-    UpdateErrorKind kind_;
-    std::string description_;
-    std::string cause_;
 };
 
 } // namespace kelo::updater

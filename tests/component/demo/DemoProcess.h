@@ -20,8 +20,8 @@ struct Outcome {
 /// Runs the program to its end.
 Outcome runDemoService(const std::vector<std::string>& arguments);
 
-/// The real program, serving on a free port, ended with the object. An end that is not clean, which
-/// includes what a sanitizer finds, fails the test.
+/// The real program on a free port; the destructor ends it. Any exit status but success, for
+/// instance after a sanitizer's report, fails the test.
 class DemoProcess {
 public:
     explicit DemoProcess(const std::filesystem::path& authority,
@@ -30,7 +30,7 @@ public:
     DemoProcess& operator=(const DemoProcess&) = delete;
     ~DemoProcess();
 
-    /// For instance https://localhost:40123, as the program says it.
+    /// For instance https://localhost:40123, as the program prints it.
     const std::string& origin() const { return origin_; }
     std::string port() const { return origin_.substr(origin_.rfind(':') + 1); }
     std::string identifier() const;

@@ -27,8 +27,7 @@ struct Response {
 
 using Headers = std::vector<std::pair<std::string, std::string>>;
 
-/// One browser: keeps the cookies it is given, trusts the test's own authority and nothing else,
-/// follows no redirect.
+/// A minimal browser: keeps cookies, trusts only the test's own authority, follows no redirect.
 class HttpsClient {
 public:
     HttpsClient(const std::filesystem::path& authority, std::string origin);

@@ -11,13 +11,13 @@
 
 namespace kelo::test {
 
-/// The loop's own clock: what it holds against the moments at which timers are due.
+/// The clock by which the loop decides which timers are due.
 inline std::chrono::microseconds loopTime() {
     return std::chrono::microseconds(g_get_monotonic_time());
 }
 
-/// How long the loop would sleep now if nothing came in; negative for without end. It counts in
-/// whole milliseconds, rounded up.
+/// How long the loop would sleep now without any event, in milliseconds, rounded up; negative for
+/// without end.
 inline std::chrono::milliseconds plannedSleep() {
     GMainContext* const context = g_main_context_default();
     int sleep = -1;

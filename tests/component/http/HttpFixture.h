@@ -31,7 +31,7 @@ protected:
         return loop.run(session.data(std::move(request)));
     }
 
-    /// The failure of the request; a test failure of its own when there is none.
+    /// The failure of the request. A request that succeeds fails the test.
     Failure failureOf(platform::UrlRequest request) {
         try {
             const auto reply = loop.run(session.data(std::move(request)));

@@ -16,17 +16,17 @@
 
 namespace kelo::test {
 
-/// One request as it came over the wire.
+/// A request as it arrived.
 struct WireRequest {
     std::string method;
     std::string target;
-    /// In the order and spelling of the wire.
+    /// In the order and spelling in which they arrived.
     std::vector<std::pair<std::string, std::string>> headers;
     std::string body;
 
-    /// The value of the first header of that name, whatever its case; nothing when there is none.
+    /// The value of the first header with this name, in any case; empty if there is none.
     std::optional<std::string> header(std::string_view name) const;
-    /// Names in small letters, sorted.
+    /// Names in lower case, sorted.
     std::vector<std::string> headerNames() const;
 };
 
@@ -34,13 +34,13 @@ struct WireRequest {
 class ServerConnection {
 public:
     virtual ~ServerConnection() = default;
-    /// The next request; nothing when the peer has gone.
+    /// The next request; empty if the peer has closed the connection.
     virtual std::optional<WireRequest> read() = 0;
-    /// False when the peer has gone.
+    /// False if the peer has closed the connection.
     virtual bool write(std::string_view bytes) = 0;
-    /// Ends TLS and the connection as the protocols want it.
+    /// Closes TLS and the connection in order.
     virtual void close() = 0;
-    /// Ends the connection without a word in TLS.
+    /// Closes the connection without TLS's close_notify.
     virtual void breakOff() = 0;
     /// Waits until the peer ends the connection.
     virtual void waitForPeer() = 0;
@@ -49,8 +49,8 @@ public:
     virtual bool peerStirs(std::chrono::milliseconds limit) = 0;
 };
 
-/// An HTTPS server on a free port of the loopback device, that does as it is told: the behaviour is
-/// run once for each connection, in a thread of its own.
+/// An HTTPS server on a free loopback port. The behaviour runs once for each connection, in a
+/// thread of its own.
 class MisbehavingServer {
 public:
     using Behaviour = std::function<void(ServerConnection&)>;
@@ -69,9 +69,9 @@ public:
     std::string origin() const;
     std::uint16_t port() const { return port_; }
 
-    /// Those that were read so far, over all connections.
+    /// All requests read so far, over all connections.
     std::vector<WireRequest> requests() const;
-    /// How many connections were accepted, whatever became of them.
+    /// How many connections were accepted.
     int connectionCount() const;
     /// How many connections have ended.
     int endedCount() const;

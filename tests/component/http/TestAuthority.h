@@ -20,7 +20,7 @@ struct IdentityRequest {
     bool forServers = true; ///< otherwise the certificate is for clients alone
 };
 
-/// A certificate authority made for one test, with certificates as good or bad as asked for.
+/// A certificate authority for one test. Its certificates may be defective on purpose.
 class TestAuthority {
 public:
     explicit TestAuthority(const std::string& name = "Kelo test authority");
@@ -29,7 +29,7 @@ public:
     std::string pem() const;
     Identity issue(const IdentityRequest& request = {}) const;
 
-    /// A certificate signed by nobody but itself.
+    /// A self-signed certificate.
     static Identity selfSigned(const IdentityRequest& request = {});
 
 private:

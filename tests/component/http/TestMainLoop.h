@@ -17,16 +17,16 @@
 
 namespace kelo::test {
 
-/// The GLib loop as the process's main loop, turned by the test.
+/// Installs the GLib loop as the process's main loop; the test runs it.
 class TestMainLoop {
 public:
     TestMainLoop() : installation(loop) {}
     ~TestMainLoop() { dropSpawnedTasks(); }
 
-    /// Turns the loop until the condition holds; false after 30 seconds.
+    /// Runs the loop until the condition holds; false after 30 seconds.
     bool runUntil(const std::function<bool()>& condition) {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        // What other threads do turns no loop by itself, so look again every few milliseconds.
+        // Changes by other threads wake no loop, so look again every few milliseconds.
         const guint tick = g_timeout_add(
             5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
         bool holds = condition();
@@ -36,7 +36,7 @@ public:
         return holds;
     }
 
-    /// Runs the task to its end and hands out what it hands out.
+    /// Runs the loop until the task has ended, and returns its result.
     template <typename T>
     T run(Task<T> task) {
         auto outcome = std::make_shared<Outcome<T>>();

@@ -13,7 +13,7 @@
 
 namespace kelo::tests {
 
-/// One change, as a monitor got it.
+/// One change of the modifiers, as a monitor received it.
 struct Seen {
     bool global = false;
     platform::ModifierFlags flags = 0;
@@ -28,10 +28,10 @@ inline constexpr Flags option = platform::modifier::option;
 inline constexpr Flags command = platform::modifier::command;
 inline constexpr Flags capsLock = platform::modifier::capsLock;
 
-/// Turns the main loop until the condition holds; fails the test when it never does.
+/// Runs the main loop until the condition holds; fails the test after a deadline.
 void until(const std::string& what, const std::function<bool()>& condition);
 
-/// A window of ours, which goes with this.
+/// A window of this program; the destructor closes it.
 class OwnWindow {
 public:
     /// Shown when this returns; past the window manager if wanted.
@@ -48,7 +48,7 @@ private:
     GtkWidget* window_;
 };
 
-/// The real monitors before a real keyboard, with one global and one local monitor of modifiers.
+/// The real monitors and a real keyboard, with one global and one local monitor for modifiers.
 class InputFixture : public testing::Test {
 protected:
     InputFixture();

@@ -13,7 +13,7 @@ namespace kelo::tests {
 class XKeyboard {
 public:
     XKeyboard();
-    /// Lets go of all that is held.
+    /// Releases all keys that are down.
     ~XKeyboard();
 
     /// By its symbol (XK_...) on the layout of the moment, or by its code.
@@ -37,7 +37,7 @@ public:
     void settleManager();
     static bool hasManager();
     unsigned long focused();
-    /// How many key presses the other program's window has got.
+    /// How many key presses the other program's window has received.
     int pressesInOther();
 
     unsigned long otherWindow() const { return other; }
@@ -51,7 +51,7 @@ private:
     int presses = 0;
 };
 
-/// Runs a program to its end; whether it said all is well.
+/// Runs a program to its end; whether it succeeded.
 bool run(const std::string& command);
 
 } // namespace kelo::tests

@@ -8,13 +8,13 @@
 
 namespace kelo::test {
 
-/// Says what a window manager would say of the desktop, where there is none: so every kind of
-/// manager can be had, and none interferes. It takes everything back at its end.
+/// Sets the properties that a window manager would set, on a desktop without one. So a test can
+/// play any kind of manager, and none interferes. The destructor removes them.
 class AnnouncedDesktop {
 public:
     using Numbers = std::vector<unsigned long>;
 
-    /// In place of a window that has the keyboard: the one below the pointer gets the keys.
+    /// For focus(): the window under the pointer gets the keys.
     static constexpr screen::WindowId followsPointer = 1;
 
     AnnouncedDesktop() = default;

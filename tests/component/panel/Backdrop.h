@@ -4,8 +4,8 @@
 
 namespace kelo::test {
 
-/// Fills the screen with white, without a word to the window manager. It lies above what was there
-/// before it and below what is raised after it.
+/// Fills the screen with white in a window that the window manager does not manage: above all
+/// earlier windows, below those that are raised later.
 class Backdrop {
 public:
     static constexpr unsigned color = 0xffffff;

@@ -10,8 +10,8 @@
 
 namespace kelo::test {
 
-/// What stands in for a web view where the engine is not needed: one colour all over, and an entry
-/// in the middle that shows what the keyboard brings.
+/// Replaces a web view in tests that need no engine: a plain colour with a text entry in the
+/// middle.
 class FakeContent final : public platform::EmbeddedWebView, public window::HostedWidget {
 public:
     static constexpr unsigned color = 0x3366cc; ///< 0xRRGGBB
@@ -23,9 +23,9 @@ public:
 
     std::string typed() const;
     void clear();
-    /// The entry blinks a caret: it has the focus within its window, and that window is active.
+    /// Whether the entry shows a caret: it has the focus in its window, and that window is active.
     bool hasCaret() const;
-    /// A menu as a page's select element brings it up: a window of its own.
+    /// Opens a menu in a window of its own, as a page's select element does.
     void openMenu();
     void closeMenu();
     bool menuIsOpen() const;

@@ -21,15 +21,15 @@ namespace kelo::test {
 /// A panel as the voice widget asks for it.
 platform::PanelDescription voicePanel();
 
-/// The panel on a real X server, under the window manager that KELO_WINDOW_MANAGER names, with
-/// somebody who types, points and looks.
+/// The panel on a real X server under the window manager that KELO_WINDOW_MANAGER names, with a
+/// real keyboard, pointer and screen.
 class PanelFixture : public testing::Test {
 protected:
     static void SetUpTestSuite();
 
     PanelFixture();
 
-    /// What the display is like.
+    /// The window manager's name; "none" without one.
     static std::string manager();
     static bool hasManager() { return manager() != "none"; }
 
@@ -54,7 +54,7 @@ protected:
     };
     Box box() const;
     unsigned colorAt(int x, int y) const { return screen::colorAt(connection, x, y); }
-    /// Whether the panel's contents are in front there.
+    /// Whether the panel's content is visible there.
     bool contentAt(int x, int y) const { return colorAt(x, y) == FakeContent::color; }
     /// A picture of the screen for people, where KELO_PICTURES names a folder for it.
     void picture(const std::string& name) const;

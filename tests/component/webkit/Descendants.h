@@ -4,8 +4,8 @@
 
 namespace kelo::test {
 
-/// Kills the processes of that name (as the kernel has it: 15 characters at most) that this process
-/// started, directly or not. How many there were.
+/// Kills all descendants of this process with that name (in the kernel: at most 15 characters).
+/// Returns how many there were.
 int killDescendants(const std::string& name);
 
 } // namespace kelo::test

@@ -8,7 +8,7 @@
 
 namespace kelo::test {
 
-/// Answers as it was told, or keeps the question.
+/// Answers permission requests as the test says, or leaves them open.
 class MediaDecider final : public platform::UserInterfaceDelegate {
 public:
     void requestMediaCapturePermission(platform::EmbeddedWebView&,
@@ -30,8 +30,7 @@ public:
 };
 
 /// Views in a window, since a page that cannot be seen does not get the microphone, on a computer
-/// with the engine's own make-believe microphone, camera and screen: what is tested is who gets
-/// them.
+/// with the engine's simulated microphone, camera and screen. Tests who may use them.
 class MediaFixture : public WebKitFixture {
 protected:
     MediaFixture();

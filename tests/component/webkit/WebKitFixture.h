@@ -18,7 +18,7 @@
 
 namespace kelo::test {
 
-/// Notes the address of every navigation that finished.
+/// Records the address of every finished navigation.
 class NavigationRecorder final : public platform::NavigationDelegate {
 public:
     void didFinishNavigation(platform::EmbeddedWebView& webView) override {

@@ -11,7 +11,7 @@
 
 namespace kelo::fakes {
 
-/// Real keys, kept in the clear.
+/// Real keys, stored unencrypted.
 class FakeKeyStore final : public authenticator::KeyStore {
 public:
     explicit FakeKeyStore(SheetScript& script) : script(script) {}
@@ -37,7 +37,7 @@ public:
 
     /// Fails with this text.
     std::optional<std::string> failure;
-    /// Never comes to an end.
+    /// Never completes.
     bool hangs = false;
 
 private:

@@ -12,13 +12,13 @@
 
 namespace kelo::fakes {
 
-/// What the person in front of the sheets does, and what they have seen.
+/// What the user does with the sheets, and what they have shown.
 struct SheetScript {
-    /// The account agreed to; nothing: cancels.
+    /// The account that the user accepts; empty: the user cancels.
     std::optional<std::size_t> choice = 0;
     /// Leaves the question of the sheet open.
     bool leavesOpen = false;
-    /// Answers to the questions of the verification, in order; none left: cancels.
+    /// Answers to the prompts of the verification, in order. When none is left, the user cancels.
     std::deque<std::string> answers;
     /// Run at each question of the verification, before it is answered.
     std::function<void()> whenAsked;
@@ -28,7 +28,7 @@ struct SheetScript {
     std::vector<authenticator::ConsentRequest> requests;
     /// "sheet", "confirm", "verify", "create", "sign", "closed" in the order they happened.
     std::vector<std::string> events;
-    /// The words of the verification: "? text" hidden, "! text" visible, "i text", "e text".
+    /// The texts of the verification: "? text" hidden, "! text" visible, "i text", "e text".
     std::vector<std::string> words;
     std::shared_ptr<platform::Window> anchor;
     std::function<void()> cancelAction;

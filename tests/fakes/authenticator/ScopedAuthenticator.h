@@ -45,7 +45,7 @@ Task<void> record(std::shared_ptr<Ended<T>> ended, Task<T> task) {
     }
 }
 
-/// An authenticator with a main loop, a person, keys and a disk of its own; all go with the test.
+/// An authenticator with its own main loop, fake user, keys and disk.
 class ScopedAuthenticator {
 public:
     ScopedAuthenticator() = default;
@@ -53,7 +53,7 @@ public:
     ScopedAuthenticator& operator=(const ScopedAuthenticator&) = delete;
     ~ScopedAuthenticator() { dropSpawnedTasks(); }
 
-    /// Starts a task and runs it as far as it comes.
+    /// Starts a task and runs it until it waits for something.
     template <typename T>
     std::shared_ptr<Ended<T>> run(Task<T> task) {
         auto ended = std::make_shared<Ended<T>>();

@@ -15,7 +15,7 @@
 
 namespace kelo {
 
-/// A person, their keys and their disk, and requests of the service "localhost".
+/// A fake user with keys and a disk, and requests of the service "localhost".
 class CeremonyTest : public testing::Test {
 protected:
     struct SomeWindow final : platform::Window {};
@@ -40,7 +40,7 @@ protected:
             scope.parts, std::move(request), nullptr));
         return scope.run(getters.back()->run());
     }
-    /// Registers, and forgets what the person saw.
+    /// Registers, and clears the record of what was shown.
     platform::PlatformRegistrationCredential registered(std::string name, std::string userId) {
         auto ended = doRegister(registration(std::move(name), std::move(userId)));
         scope.person.events.clear();

@@ -9,7 +9,7 @@
 
 namespace kelo {
 
-/// What someone else's library (libfido2) reads from a registration.
+/// What an independent library (libfido2) reads from a registration.
 struct VerifiedRegistration {
     Bytes credentialId;
     Bytes publicKey;
@@ -18,7 +18,7 @@ struct VerifiedRegistration {
     std::uint32_t counter = 0;
 };
 
-/// Nothing when the library does not accept the attestation object for this relying party.
+/// Empty if the library does not accept the attestation object for this relying party.
 std::optional<VerifiedRegistration>
 verifyRegistration(const platform::PlatformRegistrationCredential& credential,
                    const std::string& relyingParty);

@@ -11,7 +11,7 @@
 
 namespace kelo {
 
-/// A registrar, and a service whose replies the test lays out.
+/// A registrar, and a service with replies that the test prepares.
 struct RegistrationFixture : testing::Test {
     fakes::ScopedTestDesktop desktop;
     std::shared_ptr<passkey::PasskeyRegistrar> registrar =

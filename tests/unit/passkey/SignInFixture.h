@@ -16,7 +16,7 @@ inline std::string at(std::string_view path) {
     return std::string(deployment::serviceOrigin) + "/" + std::string(path);
 }
 
-/// A driver, and a service whose replies the test lays out.
+/// A passkey authenticator, and a service with replies that the test prepares.
 struct SignInFixture : testing::Test {
     fakes::ScopedTestDesktop desktop;
     std::shared_ptr<passkey::PasskeyAuthenticator> passkey =
@@ -24,7 +24,8 @@ struct SignInFixture : testing::Test {
     fakes::FakeHttpSession& session = *desktop.ephemeralSessions.at(0);
 
     ~SignInFixture() override {
-        // Flows that a test left suspended refer to the driver, which goes before the desktop.
+        // Flows that a test left suspended refer to the authenticator, which is destroyed before
+        // the desktop.
         dropSpawnedTasks();
     }
 

@@ -2,8 +2,6 @@
 
 #include "linux/gtk/kit/WindowPresentation.h"
 
-#include <gdk/gdkkeysyms.h>
-#include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/windowhandle.h>
 
 #include <algorithm>
@@ -53,16 +51,10 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
             return true;
         },
         false);
-    auto keys = Gtk::EventControllerKey::create();
-    keys->signal_key_pressed().connect(
-        [this](guint key, guint, Gdk::ModifierType) {
-            if (key != GDK_KEY_Escape)
-                return false;
-            dismissed();
-            return true;
-        },
-        false);
-    add_controller(keys);
+    whenEscapeIsPressed(*this, [this] {
+        dismissed();
+        return true;
+    });
 }
 
 ModalWindow::~ModalWindow() {

@@ -1,8 +1,10 @@
 #include "linux/gtk/kit/WindowPresentation.h"
 
+#include <gdk/gdkkeysyms.h>
 #include <gdk/x11/gdkx.h>
 #include <gdkmm/texture.h>
 #include <gdkmm/toplevel.h>
+#include <gtkmm/eventcontrollerkey.h>
 
 #include <utility>
 
@@ -51,6 +53,16 @@ void presentWithActivationToken(Gtk::Window& window) {
     if (const auto token = std::exchange(keptToken(), {}); !token.empty())
         window.set_startup_id(token);
     window.present();
+}
+
+void whenEscapeIsPressed(Gtk::Window& window, std::function<bool()> action) {
+    auto keys = Gtk::EventControllerKey::create();
+    keys->signal_key_pressed().connect(
+        [action = std::move(action)](guint key, guint, Gdk::ModifierType) {
+            return key == GDK_KEY_Escape && action();
+        },
+        false);
+    window.add_controller(keys);
 }
 
 } // namespace kelo::gtk

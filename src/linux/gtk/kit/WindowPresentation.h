@@ -2,9 +2,10 @@
 
 #include <gtkmm/window.h>
 
+#include <functional>
 #include <string>
 
-/// How every window of the program comes onto the screen. Main thread only.
+/// How every window of the program comes onto the screen and answers Escape. Main thread only.
 namespace kelo::gtk {
 
 /// The program's name for people: in window titles, in the main menu, in the desktop's lists.
@@ -26,5 +27,9 @@ void keepActivationToken(std::string token);
 
 /// Presents the window and uses up the kept activation token, if there is one.
 void presentWithActivationToken(Gtk::Window& window);
+
+/// Calls the function when Escape is pressed in the window and no widget has used the key. It
+/// returns whether it has done something; otherwise, the toolkit goes on with the key.
+void whenEscapeIsPressed(Gtk::Window& window, std::function<bool()> action);
 
 } // namespace kelo::gtk

@@ -1,10 +1,9 @@
 #include "linux/gtk/main/SettingsWindow.h"
 
 #include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 
-#include <gdk/gdkkeysyms.h>
 #include <gtkmm/box.h>
-#include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/label.h>
 
 #include <utility>
@@ -46,16 +45,10 @@ SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void
     draw();
     space.append(rows);
     set_child(limit);
-    auto keys = Gtk::EventControllerKey::create();
-    keys->signal_key_pressed().connect(
-        [this](guint key, guint, Gdk::ModifierType) {
-            if (key != GDK_KEY_Escape)
-                return false;
-            close();
-            return true;
-        },
-        false);
-    add_controller(keys);
+    whenEscapeIsPressed(*this, [this] {
+        close();
+        return true;
+    });
     if (this->scene.content.observed)
         redrawing.emplace(this->scene.content.observed(), [this] { draw(); });
 }

@@ -4,9 +4,6 @@
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
-#include <gdk/gdkkeysyms.h>
-#include <gtkmm/eventcontrollerkey.h>
-
 #include <utility>
 
 namespace kelo::gtk {
@@ -78,13 +75,7 @@ UpdateWindow::UpdateWindow() {
         return true;
     };
     signal_close_request().connect(dismiss, false);
-    auto keys = Gtk::EventControllerKey::create();
-    keys->signal_key_pressed().connect(
-        [dismiss](guint key, guint, Gdk::ModifierType) {
-            return key == GDK_KEY_Escape && dismiss();
-        },
-        false);
-    add_controller(keys);
+    whenEscapeIsPressed(*this, dismiss);
 }
 
 UpdateWindow::~UpdateWindow() {

@@ -15,13 +15,13 @@
 
 namespace kelo {
 
-/// What the kernel knows of one emulated input device. It is asked on a thread of the testbed.
+/// What the kernel knows about one emulated input device. Read on a thread of the testbed.
 struct EmulatedDevice {
     /// Key codes.
     std::vector<int> keys = {};
     std::vector<int> down = {};
     bool knowsMasks = true;
-    /// The codes that a reader wants, by type of event, once it has said so.
+    /// The event codes that a reader has asked for, by event type.
     std::map<unsigned, std::vector<int>> masks = {};
     bool wasAskedWhatIsDown = false;
 };

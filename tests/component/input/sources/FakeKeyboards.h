@@ -16,7 +16,7 @@
 
 namespace kelo {
 
-/// One keyboard: a pipe, and what the kernel would say of it.
+/// One keyboard: a pipe, and what the kernel would report about it.
 struct FakeKeyboard {
     posix::FileDescriptor reading;
     posix::FileDescriptor writing;
@@ -24,7 +24,7 @@ struct FakeKeyboard {
     bool mayBeOpened = true;
     bool holdsBackOtherKeys = true;
     input::HeldKeys held;
-    /// What was asked of it, in order.
+    /// The calls it received, in order.
     std::string asked;
 
     FakeKeyboard() {
@@ -74,7 +74,7 @@ public:
     }
     /// How many devices are open now.
     int openNow = 0;
-    /// How many were opened in all.
+    /// How many were opened in total.
     int opened = 0;
 
 private:
