@@ -92,6 +92,26 @@ Window X11Connection::toplevelOf(Window window) const {
     return None;
 }
 
+Window X11Connection::underPointer() const {
+    Window top = None;
+    Window child = None;
+    int x0 = 0;
+    int y0 = 0;
+    int inTopX = 0;
+    int inTopY = 0;
+    unsigned int buttons = 0;
+    XQueryPointer(x, root(), &top, &child, &x0, &y0, &inTopX, &inTopY, &buttons);
+    return child;
+}
+
+bool X11Connection::isUnmanagedAndOurs(Window window) const {
+    if (window == None || !gdk_x11_surface_lookup_for_display(gdk, window))
+        return false;
+    XWindowAttributes attributes{};
+    const X11ErrorTrap trap(gdk);
+    return XGetWindowAttributes(x, window, &attributes) && attributes.override_redirect == True;
+}
+
 PixelRectangle X11Connection::placeOf(Window window) const {
     Window top = None;
     int left = 0;

@@ -67,6 +67,10 @@ public:
     /// The child of the root window that contains this window, or the window itself; None if the
     /// window no longer exists.
     Window toplevelOf(Window window) const;
+    /// The child of the root window that is under the pointer; None if there is none.
+    Window underPointer() const;
+    /// Whether a window is one of this program's that no window manager manages: a panel or a menu.
+    bool isUnmanagedAndOurs(Window window) const;
     /// The window must be a child of the root window.
     PixelRectangle placeOf(Window window) const;
 

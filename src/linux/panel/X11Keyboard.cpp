@@ -5,46 +5,38 @@
 namespace kelo::panel {
 
 void X11Keyboard::take() {
-    Window focused = None;
-    int revert = 0;
-    XGetInputFocus(connection.xlib(), &focused, &revert);
-    if (!isOurs(focused)) {
-        previous = focused;
+    const Window now = focused();
+    if (!isOurs(now)) {
+        previous = now;
         previouslyActive = connection.activeWindow();
     }
-    give(ours);
+    give(ours, CurrentTime);
 }
 
 bool X11Keyboard::retake() {
-    Window focused = None;
-    int revert = 0;
-    XGetInputFocus(connection.xlib(), &focused, &revert);
-    if (!isNobody(focused))
+    if (!isNobody(focused()))
         return false;
-    give(ours);
+    takeAgain();
     return true;
 }
 
-void X11Keyboard::giveBack() {
-    Window focused = None;
-    int revert = 0;
-    XGetInputFocus(connection.xlib(), &focused, &revert);
+void X11Keyboard::giveBack(Time time) {
     const Window before = std::exchange(previous, None);
     const Window activeBefore = std::exchange(previouslyActive, None);
-    if (!isOurs(focused))
+    if (!hasKeyboard())
         return;
     const auto canHaveIt = [this](Window window) {
         return connection.isViewable(window) && !isOurs(window);
     };
     for (const Window candidate : {before, connection.activeWindow(), activeBefore})
         if (canHaveIt(candidate))
-            return give(candidate);
+            return giveFromUs(candidate, time);
     if (before == PointerRoot)
-        return give(PointerRoot);
+        return giveFromUs(PointerRoot, time);
     for (const Window candidate : connection.ordinaryWindows())
         if (canHaveIt(candidate))
-            return give(candidate);
-    give(PointerRoot);
+            return giveFromUs(candidate, time);
+    giveFromUs(PointerRoot, time);
 }
 
 bool X11Keyboard::isOurs(Window focused) const {
@@ -64,11 +56,32 @@ bool X11Keyboard::isNobody(Window focused) const {
            place.x >= connection.width() || place.y >= connection.height();
 }
 
-void X11Keyboard::give(Window window) const {
+Window X11Keyboard::focused() const {
+    Window window = None;
+    int revert = 0;
+    XGetInputFocus(connection.xlib(), &window, &revert);
+    return window;
+}
+
+bool X11Keyboard::hasKeyboard() const {
+    return isOurs(focused());
+}
+
+// The server is held, because a window manager may give the keyboard to the window that was clicked
+// between the question and the request, and would believe from then on that the window has it.
+void X11Keyboard::giveFromUs(Window window, Time time) const {
+    XGrabServer(connection.xlib());
+    if (hasKeyboard())
+        give(window, time);
+    XUngrabServer(connection.xlib());
+    XFlush(connection.xlib());
+}
+
+void X11Keyboard::give(Window window, Time time) const {
     const X11ErrorTrap trap(connection.display());
     // With CurrentTime, the request is newer than anything the window manager may still send, so
     // that cannot undo it. If the window has just been closed, the keyboard stays where it is.
-    XSetInputFocus(connection.xlib(), window, RevertToPointerRoot, CurrentTime);
+    XSetInputFocus(connection.xlib(), window, RevertToPointerRoot, time);
 }
 
 } // namespace kelo::panel

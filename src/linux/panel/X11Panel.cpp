@@ -7,6 +7,7 @@
 #include <X11/extensions/XInput2.h>
 
 #include <array>
+#include <utility>
 
 namespace kelo::panel {
 
@@ -16,6 +17,8 @@ namespace {
 constexpr int shadowMargin = 32;
 /// How often the panel takes the keyboard back from nobody while it is shown.
 constexpr int mostRetakes = 3;
+/// How often the panel takes the keyboard back from a window that got it after a dialog of ours.
+constexpr int mostReclaims = 2;
 
 } // namespace
 
@@ -31,7 +34,9 @@ X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& descri
       window(description, description.hasShadow ? shadowMargin : 0),
       selectionEvent(connection.selectionEvent()),
       mayHaveKeyboard(description.canBecomeKeyWindow),
-      origin{description.contentRectangle.x, description.contentRectangle.y} {
+      heldKey(connection),
+      origin{description.contentRectangle.x, description.contentRectangle.y},
+      dialogs([this](GtkWindow* appeared) { dialogsChanged(appeared); }) {
     listen();
 }
 
@@ -105,8 +110,16 @@ void X11Panel::makeKeyAndOrderFront() {
     move();
     gtk_widget_set_visible(window.widget(), TRUE);
     move();
-    XRaiseWindow(connection.xlib(), xid());
-    takeKeyboard();
+    watchPresses(true);
+    stay();
+    reclaimsLeft = 0;
+    waitsForDialog = dialogs.anyShown();
+    if (waitsForDialog) {
+        XLowerWindow(connection.xlib(), xid());
+    } else {
+        XRaiseWindow(connection.xlib(), xid());
+        takeKeyboard();
+    }
     retakesLeft = mayHaveKeyboard ? mostRetakes : 0;
     XFlush(connection.xlib());
 }
@@ -119,7 +132,13 @@ void X11Panel::orderOut() {
     if (!isVisible())
         return;
     g_debug("panel: hidden");
+    watchPresses(false);
+    stay();
+    waitsForDialog = false;
+    const bool hadKeyboard = keyboard->hasKeyboard();
     keyboard->giveBack();
+    if (hadKeyboard)
+        heldKey.begin();
     gtk_widget_set_visible(window.widget(), FALSE);
     XFlush(connection.xlib());
 }
@@ -132,8 +151,78 @@ void X11Panel::takeKeyboard() {
 // A window manager that is still busy with a window that has just been closed takes the keyboard
 // away for good, although the panel is newer. Limited, so that the two cannot fight without end.
 void X11Panel::keyboardLost() {
-    if (isVisible() && retakesLeft > 0 && keyboard->retake())
+    if (!isVisible() || dialogs.anyShown())
+        return;
+    if (reclaimsLeft > 0) {
+        --reclaimsLeft;
+        keyboard->takeAgain();
+    } else if (retakesLeft > 0 && keyboard->retake()) {
         --retakesLeft;
+    }
+}
+
+// The panel took the keyboard later than the last input that the window manager knows of, so the
+// server may ignore what the manager does for the dialog.
+void X11Panel::dialogMapped(XID dialog) {
+    if (dialog == dialogToFocus && keyboard && keyboard->hasKeyboard())
+        keyboard->passTo(std::exchange(dialogToFocus, XID(None)));
+}
+
+// Only while the panel is shown, so that nobody's clicks wake the program for nothing.
+void X11Panel::watchPresses(bool wanted) const {
+    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
+    if (wanted)
+        XISetMask(bits.data(), XI_RawButtonPress);
+    XIEventMask mask{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
+    XISelectEvents(connection.xlib(), connection.root(), &mask, 1);
+}
+
+// Some window managers do not know that the panel has the keyboard. A click into the window that
+// they believe has it changes nothing for them. The others go first, because mutter gives the
+// keyboard to no window that is clicked if it changes hands at the same moment.
+void X11Panel::pressed(Time time) {
+    reclaimsLeft = 0;
+    if (!isVisible())
+        return;
+    if (connection.isUnmanagedAndOurs(connection.underPointer()))
+        return stay();
+    retakesLeft = 0;
+    pressTime = time;
+    constexpr guint milliseconds = 120;
+    if (leaving == 0)
+        leaving = g_timeout_add(
+            milliseconds,
+            [](gpointer self) -> gboolean {
+                auto& panel = *static_cast<X11Panel*>(self);
+                panel.leaving = 0;
+                panel.keyboard->giveBack(panel.pressTime);
+                return G_SOURCE_REMOVE;
+            },
+            this);
+}
+
+void X11Panel::stay() {
+    if (leaving != 0)
+        g_source_remove(std::exchange(leaving, 0));
+}
+
+// The panel lies above all managed windows, so a dialog would open behind it, unseen.
+void X11Panel::dialogsChanged(GtkWindow* appeared) {
+    dialogToFocus = None;
+    if (!isVisible())
+        return;
+    if (appeared) {
+        waitsForDialog = waitsForDialog || keyboard->hasKeyboard();
+        dialogToFocus = gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(appeared)));
+        XLowerWindow(connection.xlib(), xid());
+    } else {
+        XRaiseWindow(connection.xlib(), xid());
+        // The window manager has yet to learn that the dialog has gone, and then chooses a window.
+        reclaimsLeft = waitsForDialog ? mostReclaims : 0;
+        if (std::exchange(waitsForDialog, false) && mayHaveKeyboard)
+            keyboard->takeAgain();
+    }
+    XFlush(connection.xlib());
 }
 
 // The toolkit relies on the window manager to mark the active window, but this one is not managed.
@@ -148,8 +237,18 @@ void X11Panel::noteFocus(bool focused) {
 gboolean X11Panel::handle(const XEvent& event) {
     if (event.type == selectionEvent && isTranslucent != connection.isComposited())
         reshape();
+    heldKey.handle(event);
+    if (event.type == MapNotify && dialogToFocus != None)
+        dialogMapped(event.xmap.window);
     if (event.type != GenericEvent || !event.xcookie.data || !window.surface())
         return FALSE;
+    if (event.xcookie.evtype == XI_RawButtonPress) {
+        const auto& press = *static_cast<const XIRawEvent*>(event.xcookie.data);
+        // Buttons 4 to 7 are the wheel.
+        if (press.detail < 4 || press.detail > 7)
+            pressed(press.time);
+        return FALSE;
+    }
     if (event.xcookie.evtype != XI_FocusIn && event.xcookie.evtype != XI_FocusOut)
         return FALSE;
     const auto& focus = *static_cast<const XIFocusInEvent*>(event.xcookie.data);

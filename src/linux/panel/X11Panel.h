@@ -1,8 +1,10 @@
 #pragma once
 
+#include "linux/panel/HeldKeyGrab.h"
 #include "linux/panel/PanelWindow.h"
 #include "linux/panel/X11Connection.h"
 #include "linux/panel/X11Keyboard.h"
+#include "linux/window/ModalWindows.h"
 #include "platform/Panel.h"
 
 #include <memory>
@@ -38,6 +40,14 @@ private:
     void move() const;
     void takeKeyboard();
     void keyboardLost();
+    void watchPresses(bool wanted) const;
+    /// The user has pressed a mouse button anywhere on the screen.
+    void pressed(Time time);
+    /// Forgets a press that would have given the keyboard back.
+    void stay();
+    /// A dialog of this program has appeared; null: the last one has gone.
+    void dialogsChanged(GtkWindow* appeared);
+    void dialogMapped(XID dialog);
     void noteFocus(bool focused);
     gboolean handle(const XEvent& event);
     int scale() const;
@@ -52,7 +62,19 @@ private:
     std::optional<X11Keyboard> keyboard;
     /// How often the keyboard may still be taken back from nobody during this show.
     int retakesLeft = 0;
+    /// Whether the panel gets the keyboard when the last dialog has gone.
+    bool waitsForDialog = false;
+    /// The dialog that gets the keyboard as soon as it is on the screen.
+    XID dialogToFocus = None;
+    /// How often the keyboard may still be taken back from a window that got it from a dialog.
+    int reclaimsLeft = 0;
+    /// The timer after which a press outside gives the keyboard back; 0 for none.
+    guint leaving = 0;
+    Time pressTime = CurrentTime;
+    HeldKeyGrab heldKey;
     platform::Point origin;
+    // Last, because its handler uses the others.
+    window::ModalWindows dialogs;
 };
 
 } // namespace kelo::panel

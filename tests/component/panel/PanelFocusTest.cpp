@@ -1,7 +1,10 @@
 #include "component/panel/AnnouncedDesktop.h"
 #include "component/panel/PanelFixture.h"
 
+#include <gdk/x11/gdkx.h>
+
 #include <X11/Xlib.h>
+#include <X11/keysym.h>
 
 #include <algorithm>
 #include <utility>
@@ -122,6 +125,112 @@ TEST_F(PanelFocusTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
         until("button " + std::to_string(button) + " brings the keyboard back",
               [this] { return windows.focused() == panelWindow(); });
     }
+}
+
+TEST_F(PanelFocusTest, AClickOutsideGivesTheKeyboardBack) {
+    screen::OtherProgram other;
+    settle(other);
+    for (const unsigned button : {1U, 3U}) {
+        show();
+        const auto place = windows.describe(other.window()).origin;
+        pointer.click({place.x + 20, place.y + 20}, button);
+        until("the other program has the keyboard again",
+              [&] { return windows.focused() == other.window(); });
+        EXPECT_TRUE(panel->isVisible());
+        typeInto(other, "secret");
+        EXPECT_EQ(content->typed(), "");
+        hide();
+        EXPECT_EQ(windows.focused(), other.window());
+    }
+}
+
+TEST_F(PanelFocusTest, TheWheelOutsideLeavesTheKeyboardInThePanel) {
+    if (hasManager())
+        GTEST_SKIP() << "some window managers give the keyboard to the window below the wheel";
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    const auto place = windows.describe(other.window()).origin;
+    pointer.click({place.x + 20, place.y + 20}, 5);
+    until("the wheel has turned over the other program", [&] {
+        other.listen();
+        return other.clicks() == 1;
+    });
+    digest();
+    EXPECT_EQ(windows.focused(), panelWindow());
+    typeIntoPanel("still here");
+}
+
+TEST_F(PanelFocusTest, AClickIntoAThirdProgramGivesItTheKeyboard) {
+    if (!hasManager() || manager() == "dwm")
+        GTEST_SKIP() << "only a window manager gives the keyboard to the window that is clicked";
+    screen::OtherProgram second({900, 40, 200, 100});
+    settle(second);
+    screen::OtherProgram first;
+    settle(first);
+    show();
+    const auto place = windows.describe(second.window()).origin;
+    pointer.click({place.x + 20, place.y + 20});
+    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
+    typeInto(second, "mine");
+    EXPECT_TRUE(panel->isVisible());
+}
+
+TEST_F(PanelFocusTest, AHeldEscapeDoesNotReachTheProgramBehind) {
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    keyboard.down(XK_Escape);
+    connection.sync();
+    hide();
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
+    keyboard.press(XK_a);
+    keyboard.up(XK_Escape);
+    connection.sync();
+    digest();
+    typeInto(other, "b");
+    EXPECT_EQ(other.typed(), "b");
+}
+
+TEST_F(PanelFocusTest, ADialogOfOursLiesAboveThePanelAndGivesTheKeyboardBackToIt) {
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    auto dialog = gobject::GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()));
+    gtk_window_set_modal(dialog.get(), TRUE);
+    gtk_window_set_default_size(dialog.get(), 1000, 800);
+    gtk_window_present(dialog.get());
+    const auto number = [&] {
+        return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(dialog.get())));
+    };
+    until("the dialog is in front of the panel", [&] {
+        return windows.describe(number()).isMapped &&
+               !contentAt(box().x + box().width / 2, box().y + box().height / 2);
+    });
+    if (hasManager())
+        until("the dialog has the keyboard", [&] {
+            return windows.focused() != panelWindow() && gtk_window_is_active(dialog.get());
+        });
+    EXPECT_TRUE(panel->isVisible());
+    panel->makeKeyAndOrderFront();
+    digest();
+    EXPECT_FALSE(contentAt(box().x + box().width / 2, box().y + box().height / 2))
+        << "a show comes in front of the dialog";
+    const screen::WindowId gone = number();
+    gtk_window_destroy(dialog.get());
+    until("the manager has forgotten the dialog", [&] {
+        const auto managed = windows.managed();
+        return std::none_of(managed.begin(), managed.end(),
+                            [&](const auto& window) { return window.identifier == gone; });
+    });
+    until("the panel is in front again", [this] { return contentAt(box().x + 20, box().y + 300); });
+    until("the panel has the keyboard again",
+          [this] { return windows.focused() == panelWindow(); });
+    typeIntoPanel("back");
+    hide();
+    until("the other program has the keyboard again",
+          [&] { return windows.focused() == other.window(); });
 }
 
 TEST_F(PanelFocusTest, LeavesTheKeyboardToWhoeverTookItLater) {
