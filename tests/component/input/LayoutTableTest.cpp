@@ -68,10 +68,6 @@ protected:
             most = std::max(most, static_cast<int>(XkbKeyNumGroups(keys.get(), key)));
         return most;
     }
-    void lockGroup(int group) {
-        XkbLockGroup(display.get(), XkbUseCoreKbd, static_cast<unsigned>(group));
-        XSync(display.get(), False);
-    }
 
     /// What a key stands for in the active group.
     KeySym symbolOf(unsigned key) {
@@ -96,13 +92,13 @@ protected:
     void expectAltKeysAreOption() {
         for (int group = 0, count = groups(); group < count; ++group) {
             SCOPED_TRACE("group " + std::to_string(group + 1));
-            lockGroup(group);
+            keyboard.lockGroup(group);
             EXPECT_EQ(flagsOf(leftAlt), option);
             const KeySym right = symbolOf(rightAlt);
             EXPECT_EQ(flagsOf(rightAlt), right == XK_Alt_R || right == XK_Alt_L ? option : 0)
                 << XKeysymToString(right);
         }
-        lockGroup(0);
+        keyboard.lockGroup(0);
     }
 
     std::unique_ptr<Display, int (*)(Display*)> display;
@@ -112,16 +108,16 @@ protected:
 
 TEST_F(LayoutTable, TwoLayoutsOfWhichOneHasAltGrKeepOption) {
     choose("-layout us,de");
-    lockGroup(0);
+    keyboard.lockGroup(0);
     EXPECT_EQ(symbolOf(rightAlt), KeySym{XK_Alt_R});
-    lockGroup(1);
+    keyboard.lockGroup(1);
     EXPECT_EQ(symbolOf(rightAlt), KeySym{XK_ISO_Level3_Shift});
     expectAltKeysAreOption();
 }
 
 TEST_F(LayoutTable, TwoVariantsOfOneLayoutKeepOption) {
     choose("-layout us,us -variant ,intl");
-    lockGroup(1);
+    keyboard.lockGroup(1);
     EXPECT_EQ(symbolOf(rightAlt), KeySym{XK_ISO_Level3_Shift});
     expectAltKeysAreOption();
 }

@@ -74,6 +74,29 @@ void XKeyboard::moveTo(int x, int y) {
     XSync(display.get(), False);
 }
 
+void XKeyboard::click(unsigned button) {
+    XTestFakeButtonEvent(display.get(), button, True, CurrentTime);
+    XTestFakeButtonEvent(display.get(), button, False, CurrentTime);
+    XSync(display.get(), False);
+}
+
+void XKeyboard::grab() {
+    const int answer = XGrabKeyboard(display.get(), DefaultRootWindow(display.get()), False,
+                                     GrabModeAsync, GrabModeAsync, CurrentTime);
+    if (answer != GrabSuccess)
+        throw std::runtime_error("the keyboard cannot be grabbed");
+}
+
+void XKeyboard::ungrab() {
+    XUngrabKeyboard(display.get(), CurrentTime);
+    XSync(display.get(), False);
+}
+
+void XKeyboard::lockGroup(int group) {
+    XkbLockGroup(display.get(), XkbUseCoreKbd, static_cast<unsigned>(group));
+    XSync(display.get(), False);
+}
+
 void XKeyboard::focusOther() {
     if (!other) {
         Display* const connection = display.get();

@@ -25,6 +25,12 @@ public:
 
     void setStickyKeys(bool on);
     void moveTo(int x, int y);
+    /// Of the mouse; the wheel's are 4 and 5.
+    void click(unsigned button);
+    /// As a program does that keeps the keyboard to itself.
+    void grab();
+    void ungrab();
+    void lockGroup(int group);
 
     /// Shows a window that is not ours, and gives it the keyboard.
     void focusOther();

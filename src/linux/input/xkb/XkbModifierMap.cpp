@@ -1,6 +1,7 @@
 #include "linux/input/xkb/XkbModifierMap.h"
 
 #include <X11/XKBlib.h>
+#include <X11/Xutil.h>
 #include <X11/keysym.h>
 
 #include <algorithm>
@@ -24,11 +25,21 @@ constexpr std::array<KeySym, 4> superSymbols{XK_Super_L, XK_Super_R, XK_Meta_L, 
 constexpr std::array<KeySym, 4> levelSymbols{XK_ISO_Level3_Shift, XK_ISO_Level5_Shift,
                                              XK_Mode_switch, XK_Num_Lock};
 
-/// Whether a key carries one of these symbols in any group and on any level.
+/// The symbols of a key in all groups and on all levels.
+std::span<const KeySym> symbolsOf(const XkbDescRec& keyboard, int key) {
+    return {XkbKeySymsPtr(&keyboard, key), static_cast<std::size_t>(XkbKeyNumSyms(&keyboard, key))};
+}
+
 bool carries(const XkbDescRec& keyboard, int key, std::span<const KeySym> symbols) {
-    const std::span<const KeySym> on(XkbKeySymsPtr(&keyboard, key),
-                                     static_cast<std::size_t>(XkbKeyNumSyms(&keyboard, key)));
+    const auto on = symbolsOf(keyboard, key);
     return std::ranges::find_first_of(on, symbols) != on.end();
+}
+
+/// AltGr may set its modifier without being bound to it, so its symbol counts, too.
+bool isModifier(const XkbDescRec& keyboard, int key) {
+    return keyboard.map->modmap[key] != 0 ||
+           std::ranges::any_of(symbolsOf(keyboard, key),
+                               [](KeySym symbol) { return IsModifierKey(symbol); });
 }
 
 /// The modifiers of all keys for which this holds.
@@ -58,10 +69,16 @@ platform::ModifierFlags XkbModifierMap::flags(unsigned realModifiers) const {
     return flags;
 }
 
+bool XkbModifierMap::isModifierKey(int code) const {
+    return code >= 0 && static_cast<std::size_t>(code) < modifierKeys.size() &&
+           modifierKeys.test(static_cast<std::size_t>(code));
+}
+
 XkbModifierMap readXkbModifierMap(_XDisplay* display) {
     const Keyboard keyboard(XkbGetMap(display, XkbAllClientInfoMask, XkbUseCoreKbd));
     if (!keyboard || !keyboard->map || !keyboard->map->modmap || !keyboard->map->key_sym_map)
-        return {Mod1Mask, Mod4Mask};
+        // If it is unknown which keys are modifiers, no key may drop a press.
+        return {Mod1Mask, Mod4Mask, std::bitset<256>().set()};
     const auto has = [&](int key, std::span<const KeySym> symbols) {
         return carries(*keyboard, key, symbols);
     };
@@ -78,6 +95,8 @@ XkbModifierMap readXkbModifierMap(_XDisplay* display) {
     // Meta often shares its modifier with Alt. The two cannot be told apart then.
     map.command = modifiersOf(*keyboard, [&](int key) { return has(key, superSymbols); }) &
                   ~others & ~map.option;
+    for (int key = keyboard->min_key_code; key <= keyboard->max_key_code; ++key)
+        map.modifierKeys.set(static_cast<std::size_t>(key), isModifier(*keyboard, key));
     return map;
 }
 
