@@ -132,6 +132,14 @@ TEST_F(OtherPress, IsNoneOfModifierKeys) {
     }
 }
 
+TEST_F(OtherPress, IsNoneOfAKeyThatWasMadeAModifier) {
+    ASSERT_TRUE(run("xmodmap -e 'add mod3 = F12'"));
+    pressChord();
+    keyboard.tap(XK_F12);
+    releaseChord();
+    EXPECT_EQ(seen(), released());
+}
+
 TEST_F(OtherPress, IsNotAltGrOnAnyLayout) {
     for (const auto* const layout : {"de", "us,de", "us,us -variant ,intl", "ara,us"}) {
         ASSERT_TRUE(run(std::string("setxkbmap -option '' -layout ") + layout));
