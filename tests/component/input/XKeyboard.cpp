@@ -74,6 +74,17 @@ void XKeyboard::moveTo(int x, int y) {
     XSync(display.get(), False);
 }
 
+std::pair<int, int> XKeyboard::centreOf(unsigned long window) {
+    XWindowAttributes attributes{};
+    XGetWindowAttributes(display.get(), window, &attributes);
+    int x = 0;
+    int y = 0;
+    Window child = None;
+    XTranslateCoordinates(display.get(), window, attributes.root, attributes.width / 2,
+                          attributes.height / 2, &x, &y, &child);
+    return {x, y};
+}
+
 void XKeyboard::click(unsigned button) {
     XTestFakeButtonEvent(display.get(), button, True, CurrentTime);
     XTestFakeButtonEvent(display.get(), button, False, CurrentTime);
