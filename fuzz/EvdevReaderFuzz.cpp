@@ -6,12 +6,13 @@
 
 using kelo::input::EvdevReader;
 using kelo::input::HeldKeys;
+using kelo::input::KeyReport;
 
 namespace {
 
 /// What a reader makes of bytes that come in two reads, and whether it had to ask the device.
 struct Reading {
-    std::vector<HeldKeys> states;
+    std::vector<KeyReport> reports;
     bool asked = false;
 
     Reading(std::span<const std::byte> first, std::span<const std::byte> second) {
@@ -19,15 +20,15 @@ struct Reading {
             asked = true;
             return HeldKeys{.leftControl = false, .rightControl = true, .leftAlt = false};
         });
-        states = reader.take(first);
-        for (const HeldKeys& state : reader.take(second))
-            states.push_back(state);
+        reports = reader.take(first);
+        for (const KeyReport& report : reader.take(second))
+            reports.push_back(report);
     }
 };
 
 } // namespace
 
-// Whatever bytes a device gives and wherever a read ends: no state is told twice in a row, and the
+// Whatever bytes a device gives and wherever a read ends: no report says nothing new, and the
 // place where a read ends makes no difference unless the device is asked in between.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0)
@@ -38,10 +39,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Reading parts(bytes.first(split), bytes.subspan(split));
 
     HeldKeys last;
-    for (const HeldKeys& state : parts.states)
-        if (std::exchange(last, state) == state)
+    for (const KeyReport& report : parts.reports)
+        if (std::exchange(last, report.held) == report.held && !report.otherPress)
             std::abort();
-    if (!whole.asked && !parts.asked && whole.states != parts.states)
+    if (!whole.asked && !parts.asked && whole.reports != parts.reports)
         std::abort();
     return 0;
 }

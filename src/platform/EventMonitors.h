@@ -36,6 +36,10 @@ using EventMask = std::uint64_t;
 namespace event_mask {
 inline constexpr EventMask keyDown = 0x400;
 inline constexpr EventMask flagsChanged = 0x1000;
+/// A mouse button, or a key other than a modifier, goes down while Control and Option are both
+/// down. The event says that it happened, but not which button or key it was. Desktops report what
+/// they can learn: some report keys only, some report nothing.
+inline constexpr EventMask otherPress = 0x1000000000000;
 } // namespace event_mask
 
 struct Event {
@@ -63,17 +67,17 @@ public:
 /// null if the desktop cannot observe such events.
 ///
 /// A change of the modifiers goes either to the global monitors or to the local ones, never to
-/// both.
+/// both. So does another press.
 class EventMonitors {
 public:
     using GlobalHandler = std::function<void(const Event&)>;
     /// Returns the event to pass it on, or null to consume it: then neither the window nor a later
-    /// monitor sees it. Changes of the modifiers cannot be consumed.
+    /// monitor sees it. Only key-down events can be consumed.
     using LocalHandler = std::function<EventPointer(const EventPointer&)>;
 
     virtual ~EventMonitors() = default;
 
-    /// Observes events that go to other programs. Supports flagsChanged only.
+    /// Observes events that go to other programs. Supports flagsChanged and otherPress only.
     virtual std::shared_ptr<EventMonitor> addGlobalMonitor(EventMask matching,
                                                            GlobalHandler handler) = 0;
     /// Observes events that go to windows of this program. Handlers are called in the order in

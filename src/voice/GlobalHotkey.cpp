@@ -20,17 +20,21 @@ std::string asText(bool value) {
 } // namespace
 
 void GlobalHotkey::start() {
+    namespace event_mask = platform::event_mask;
     auto& monitors = platform::Desktop::current().eventMonitors();
     const auto handle = [weak = weak_from_this()](const Event& event) {
-        if (const auto self = weak.lock())
+        const auto self = weak.lock();
+        if (self && event.kind == event_mask::flagsChanged)
             self->handleFlagsChanged(event.modifierFlags);
+        else if (self && event.kind == event_mask::otherPress)
+            self->handleOtherPress();
     };
-    globalMonitor = monitors.addGlobalMonitor(platform::event_mask::flagsChanged, handle);
-    localMonitor = monitors.addLocalMonitor(platform::event_mask::flagsChanged,
-                                            [handle](const EventPointer& event) {
-                                                handle(*event);
-                                                return event;
-                                            });
+    constexpr platform::EventMask matching = event_mask::flagsChanged | event_mask::otherPress;
+    globalMonitor = monitors.addGlobalMonitor(matching, handle);
+    localMonitor = monitors.addLocalMonitor(matching, [handle](const EventPointer& event) {
+        handle(*event);
+        return event;
+    });
     log::debugLog("hotkey.start global=" + asText(globalMonitor != nullptr) +
                   " local=" + asText(localMonitor != nullptr));
 }
@@ -43,11 +47,19 @@ void GlobalHotkey::handleFlagsChanged(ModifierFlags flags) {
         released();
 }
 
+// A hold that has begun ends as usual: onHoldStart has run, and its counterpart must follow.
+void GlobalHotkey::handleOtherPress() {
+    if (!active || didHold)
+        return;
+    dropped = true;
+    cancelTimer();
+}
+
 void GlobalHotkey::pressed() {
     active = true;
     didHold = false;
-    if (holdTimer)
-        holdTimer->invalidate();
+    dropped = false;
+    cancelTimer();
     holdTimer = MainLoop::main().scheduleTimer(holdThreshold, [weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->holdTimerFired();
@@ -56,20 +68,26 @@ void GlobalHotkey::pressed() {
 
 void GlobalHotkey::released() {
     active = false;
-    if (holdTimer)
-        holdTimer->invalidate();
-    holdTimer.reset();
+    cancelTimer();
+    if (dropped)
+        return;
     // A copy, because an action may replace itself.
     const Action action = didHold ? onHoldEnd : onTap;
     action();
 }
 
 void GlobalHotkey::holdTimerFired() {
-    if (!active)
+    if (!active || dropped)
         return;
     didHold = true;
     const Action action = onHoldStart;
     action();
+}
+
+void GlobalHotkey::cancelTimer() {
+    if (holdTimer)
+        holdTimer->invalidate();
+    holdTimer.reset();
 }
 
 } // namespace kelo::voice

@@ -10,8 +10,10 @@
 namespace kelo::voice {
 
 /// Recognizes the chord Control + Option in any program. Released before the hold threshold, it is
-/// a tap; otherwise, it is a hold with a start and an end. Observes modifiers only and consumes no
-/// event. Main thread only.
+/// a tap; otherwise, it is a hold with a start and an end. If another key or a mouse button goes
+/// down before the threshold, the press belongs to a shortcut of another program. It is dropped:
+/// until the chord is released, no action runs. Learns only that there was another press, never
+/// which, and consumes no event. Main thread only.
 ///
 /// Must be owned by a shared pointer, because monitors and timer hold it weakly.
 class GlobalHotkey final : public std::enable_shared_from_this<GlobalHotkey> {
@@ -30,12 +32,15 @@ public:
 
     /// Called by the monitors with the modifiers that are down now.
     void handleFlagsChanged(platform::ModifierFlags flags);
+    /// Called by the monitors when another key or a mouse button goes down.
+    void handleOtherPress();
     /// Called by the timer.
     void holdTimerFired();
 
 private:
     void pressed();
     void released();
+    void cancelTimer();
 
     std::shared_ptr<platform::EventMonitor> globalMonitor;
     std::shared_ptr<platform::EventMonitor> localMonitor;
@@ -43,6 +48,8 @@ private:
     bool active = false;
     /// Whether the current or last press has reached the threshold.
     bool didHold = false;
+    /// Whether the current press is part of another program's shortcut.
+    bool dropped = false;
     std::shared_ptr<Timer> holdTimer;
     const platform::ModifierFlags required =
         platform::modifier::control | platform::modifier::option;

@@ -15,7 +15,9 @@ public:
     std::shared_ptr<platform::EventMonitor> addGlobalMonitor(platform::EventMask matching,
                                                              GlobalHandler handler) override {
         // Keys that are addressed to other programs are never offered.
-        if (!offersGlobal || !(matching & platform::event_mask::flagsChanged))
+        constexpr auto offered =
+            platform::event_mask::flagsChanged | platform::event_mask::otherPress;
+        if (!offersGlobal || !(matching & offered))
             return nullptr;
         globals.emplace_back(matching, std::move(handler));
         return std::make_shared<platform::EventMonitor>();
@@ -30,11 +32,9 @@ public:
 
     /// Another program has the focus.
     void flagsElsewhere(platform::ModifierFlags flags) const {
-        const platform::Event event{platform::event_mask::flagsChanged, flags};
-        for (const auto& [mask, handler] : globals)
-            if (mask & event.kind)
-                handler(event);
+        tellElsewhere({platform::event_mask::flagsChanged, flags});
     }
+    void otherPressElsewhere() const { tellElsewhere({platform::event_mask::otherPress}); }
 
     /// A window of ours has the focus. Returns the event after all monitors; null if one consumed
     /// it.
@@ -48,6 +48,9 @@ public:
     platform::EventPointer flagsHere(platform::ModifierFlags flags) const {
         return send({platform::event_mask::flagsChanged, flags});
     }
+    platform::EventPointer otherPressHere() const {
+        return send({platform::event_mask::otherPress});
+    }
     platform::EventPointer keyDown(platform::KeyCode code,
                                    std::shared_ptr<const platform::Window> window) const {
         return send({platform::event_mask::keyDown, 0, code, std::move(window)});
@@ -57,6 +60,13 @@ public:
     bool offersLocal = true;
     std::vector<std::pair<platform::EventMask, GlobalHandler>> globals;
     std::vector<std::pair<platform::EventMask, LocalHandler>> locals;
+
+private:
+    void tellElsewhere(const platform::Event& event) const {
+        for (const auto& [mask, handler] : globals)
+            if (mask & event.kind)
+                handler(event);
+    }
 };
 
 } // namespace kelo::fakes

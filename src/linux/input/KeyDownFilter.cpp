@@ -13,7 +13,8 @@ namespace kelo::input {
 
 class KeyDownFilter::Keys {
 public:
-    explicit Keys(Handler handler) : handler(std::move(handler)) {}
+    Keys(Handler handler, std::function<void()> otherPress)
+        : handler(std::move(handler)), otherPress(std::move(otherPress)) {}
 
     static void watch(GtkWindow* window, const std::shared_ptr<Keys>& keys) {
         // A key controller would ask the input method first.
@@ -25,7 +26,10 @@ public:
     }
 
     /// Lets every event pass from now on.
-    void stop() { handler = nullptr; }
+    void stop() {
+        handler = nullptr;
+        otherPress = nullptr;
+    }
 
 private:
     static gboolean arrived(GtkEventController* controller, GdkEvent* event,
@@ -35,20 +39,33 @@ private:
         if (!self->handler)
             return GDK_EVENT_PROPAGATE;
         const GdkEventType type = gdk_event_get_event_type(event);
+        if (type == GDK_BUTTON_PRESS)
+            self->tellOtherPress();
         if (type != GDK_KEY_PRESS && type != GDK_KEY_RELEASE)
             return GDK_EVENT_PROPAGATE;
         auto* const window = GTK_WINDOW(gtk_event_controller_get_widget(controller));
         return type == GDK_KEY_PRESS ? self->pressed(window, event) : self->released(event);
     }
 
+    void tellOtherPress() {
+        // A copy, because the function may destroy the filter.
+        if (const auto tell = otherPress)
+            tell();
+    }
+
     bool pressed(GtkWindow* window, GdkEvent* event) {
+        const guint key = gdk_key_event_get_keycode(event);
+        const bool repeats = !held.insert(key).second;
+        if (!repeats && !gdk_key_event_is_modifier(event))
+            tellOtherPress();
+        if (!handler)
+            return false;
         platform::Event down;
         down.kind = platform::event_mask::keyDown;
         down.modifierFlags = flagsFromGdk(gdk_event_get_modifier_state(event));
         down.keyCode = gdk_key_event_get_keyval(event) == GDK_KEY_Escape ? platform::key::escape
                                                                          : platform::key::other;
         down.window = window::windowIdentity(window);
-        const guint key = gdk_key_event_get_keycode(event);
         // A copy, because the handler may destroy the filter.
         const bool goesOn =
             Handler(handler)(std::make_shared<const platform::Event>(std::move(down)));
@@ -59,15 +76,22 @@ private:
         return !goesOn;
     }
 
-    bool released(GdkEvent* event) { return consumed.erase(gdk_key_event_get_keycode(event)) > 0; }
+    bool released(GdkEvent* event) {
+        const guint key = gdk_key_event_get_keycode(event);
+        held.erase(key);
+        return consumed.erase(key) > 0;
+    }
 
     Handler handler;
+    std::function<void()> otherPress;
+    /// Hardware codes of the keys that are down, as far as our windows have seen.
+    std::set<guint> held;
     /// Hardware codes of the keys whose press was consumed and whose release has not come yet.
     std::set<guint> consumed;
 };
 
-KeyDownFilter::KeyDownFilter(Handler handler)
-    : keys(std::make_shared<Keys>(std::move(handler))),
+KeyDownFilter::KeyDownFilter(Handler handler, std::function<void()> otherPress)
+    : keys(std::make_shared<Keys>(std::move(handler), std::move(otherPress))),
       toplevels([keys = keys](GtkWindow* window) { Keys::watch(window, keys); }) {}
 
 KeyDownFilter::~KeyDownFilter() {

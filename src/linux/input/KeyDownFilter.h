@@ -10,13 +10,16 @@ namespace kelo::input {
 
 /// Sees each key press in a window of ours before the window's widgets do, and can consume it. If a
 /// press is consumed, so is its release, in whichever of our windows it arrives: no page or input
-/// method sees half a key press. GTK must be initialized. Main thread only.
+/// method sees half a key press. Also tells of mouse buttons, which it never consumes. GTK must be
+/// initialized. Main thread only.
 class KeyDownFilter {
 public:
     /// Returns false to consume the event.
     using Handler = std::function<bool(const platform::EventPointer&)>;
 
-    explicit KeyDownFilter(Handler handler);
+    /// otherPress: called when a key other than a modifier, or a mouse button, goes down, before
+    /// the handler. Not called when a key repeats. May be empty.
+    explicit KeyDownFilter(Handler handler, std::function<void()> otherPress = {});
     ~KeyDownFilter();
     KeyDownFilter(const KeyDownFilter&) = delete;
     KeyDownFilter& operator=(const KeyDownFilter&) = delete;

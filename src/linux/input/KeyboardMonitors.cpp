@@ -26,19 +26,29 @@ namespace event_mask = platform::event_mask;
 
 namespace {
 
+template <typename Handler>
+struct Monitored {
+    EventMask matching;
+    Handler handler;
+};
+
 /// A handler may add another one. A deque keeps the others in place, and the new one is first
 /// called for the next event.
 template <typename Handler>
-using Handlers = std::deque<Handler>;
+using Handlers = std::deque<Monitored<Handler>>;
 
 /// Calls the handlers in the order in which they were added. Returns null as soon as one consumes
 /// the event.
 EventPointer pass(const Handlers<KeyboardMonitors::LocalHandler>& handlers, EventPointer event) {
     const auto count = handlers.size();
     for (std::size_t at = 0; at < count && event; ++at)
-        event = handlers[at](event);
+        if (handlers[at].matching & event->kind)
+            event = handlers[at].handler(event);
     return event;
 }
+
+/// What a source of modifiers reports.
+constexpr EventMask ofModifiers = event_mask::flagsChanged | event_mask::otherPress;
 
 bool isToolkitUp() {
     return gtk_is_initialized() && gdk_display_get_default();
@@ -71,6 +81,12 @@ public:
     Handlers<LocalHandler> localHandlers;
 
     bool seesOtherPrograms() const { return everyProgram != nullptr; }
+    /// Whether presses of other keys in our own windows have to come from the toolkit.
+    bool needsOwnPresses() const { return ownWindows != nullptr; }
+    void sawPressInOwnWindow() {
+        if (needsOwnPresses())
+            dispatch->sawOtherPress();
+    }
     bool seesOwnWindows() const {
         return ownWindows || (everyProgram && everyProgram->coversOwnWindows());
     }
@@ -78,6 +94,7 @@ public:
 private:
     void startEveryProgram() {
         for (auto& source : watch.everyProgram) {
+            source->onOtherPress([this] { dispatch->sawOtherPress(); });
             if (source->isAvailable() &&
                 source->start([this](ModifierFlags flags) { dispatch->sawEverywhere(flags); })) {
                 everyProgram = std::move(source);
@@ -100,21 +117,23 @@ private:
     }
 
     void makeDispatch(bool hasOwnWindowsSource) {
-        dispatch.emplace(*watch.focus, hasOwnWindowsSource,
-                         [this](ModifierFlags flags, bool ours) { deliver(flags, ours); });
+        dispatch.emplace(
+            *watch.focus, hasOwnWindowsSource,
+            [this](ModifierFlags flags, bool ours) {
+                deliver({event_mask::flagsChanged, flags}, ours);
+            },
+            [this](bool ours) { deliver({event_mask::otherPress}, ours); });
     }
 
-    void deliver(ModifierFlags flags, bool ours) {
-        Event event;
-        event.kind = event_mask::flagsChanged;
-        event.modifierFlags = flags;
+    void deliver(Event event, bool ours) {
         // If only our own windows can be observed, their monitors must learn that the keyboard has
         // left them: from then on, no modifier counts as down.
         if (ours || !everyProgram)
             deliverToOurs(std::move(event));
         else
             for (std::size_t at = 0, count = globalHandlers.size(); at < count; ++at)
-                globalHandlers[at](event);
+                if (globalHandlers[at].matching & event.kind)
+                    globalHandlers[at].handler(event);
     }
 
     void deliverToOurs(Event event) {
@@ -132,8 +151,9 @@ private:
 
 class KeyboardMonitors::KeyPresses {
 public:
-    KeyPresses()
-        : filter([this](const EventPointer& event) { return pass(handlers, event) != nullptr; }) {}
+    explicit KeyPresses(std::function<void()> otherPress)
+        : filter([this](const EventPointer& event) { return pass(handlers, event) != nullptr; },
+                 std::move(otherPress)) {}
 
     Handlers<LocalHandler> handlers;
 
@@ -149,38 +169,48 @@ KeyboardMonitors::~KeyboardMonitors() = default;
 
 std::shared_ptr<EventMonitor> KeyboardMonitors::addGlobalMonitor(EventMask matching,
                                                                  GlobalHandler handler) {
-    if (!(matching & event_mask::flagsChanged) || !(makeWatch || isToolkitUp()))
+    if (!(matching & ofModifiers) || !(makeWatch || isToolkitUp()))
         return nullptr;
     Modifiers& seen = watchedModifiers();
     if (!seen.seesOtherPrograms())
         return nullptr;
-    seen.globalHandlers.push_back(std::move(handler));
+    seen.globalHandlers.push_back({matching, std::move(handler)});
     return std::make_shared<EventMonitor>();
 }
 
 std::shared_ptr<EventMonitor> KeyboardMonitors::addLocalMonitor(EventMask matching,
                                                                 LocalHandler handler) {
     bool added = false;
-    if (matching & event_mask::flagsChanged && (makeWatch || isToolkitUp())) {
+    if (matching & ofModifiers && (makeWatch || isToolkitUp())) {
         Modifiers& seen = watchedModifiers();
         if (seen.seesOwnWindows()) {
-            seen.localHandlers.push_back(handler);
+            seen.localHandlers.push_back({matching, handler});
             added = true;
         }
     }
     if (matching & event_mask::keyDown && isToolkitUp()) {
-        if (!keyPresses)
-            keyPresses = std::make_unique<KeyPresses>();
-        keyPresses->handlers.push_back(std::move(handler));
+        watchedKeyPresses().handlers.push_back({matching, std::move(handler)});
         added = true;
     }
     return added ? std::make_shared<EventMonitor>() : nullptr;
 }
 
 KeyboardMonitors::Modifiers& KeyboardMonitors::watchedModifiers() {
-    if (!modifiers)
+    if (!modifiers) {
         modifiers = std::make_unique<Modifiers>(makeWatch ? makeWatch() : watchOfDisplay());
+        if (modifiers->needsOwnPresses() && isToolkitUp())
+            watchedKeyPresses();
+    }
     return *modifiers;
+}
+
+KeyboardMonitors::KeyPresses& KeyboardMonitors::watchedKeyPresses() {
+    if (!keyPresses)
+        keyPresses = std::make_unique<KeyPresses>([this] {
+            if (modifiers)
+                modifiers->sawPressInOwnWindow();
+        });
+    return *keyPresses;
 }
 
 } // namespace kelo::input

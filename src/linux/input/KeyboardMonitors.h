@@ -42,6 +42,7 @@ private:
     class KeyPresses;
 
     Modifiers& watchedModifiers();
+    KeyPresses& watchedKeyPresses();
 
     MakeWatch makeWatch;
     std::unique_ptr<Modifiers> modifiers;

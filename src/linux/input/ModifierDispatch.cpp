@@ -7,8 +7,11 @@ namespace kelo::input {
 using platform::ModifierFlags;
 
 ModifierDispatch::ModifierDispatch(const KeyboardFocus& focus, bool hasOwnWindowsSource,
-                                   Receiver receiver)
-    : focus(focus), hasOwnWindowsSource(hasOwnWindowsSource), receiver(std::move(receiver)) {}
+                                   Receiver receiver, OtherPressReceiver otherPressReceiver)
+    : focus(focus),
+      hasOwnWindowsSource(hasOwnWindowsSource),
+      receiver(std::move(receiver)),
+      otherPressReceiver(std::move(otherPressReceiver)) {}
 
 void ModifierDispatch::sawEverywhere(ModifierFlags flags) {
     everywhere = flags;
@@ -37,6 +40,15 @@ void ModifierDispatch::focusMoved() {
         // Our own source reports nothing from now on, so its last state may be outdated.
         settle(everywhere, false);
     }
+}
+
+// Our own windows never see the keys that the desktop takes as its shortcuts, but the other source
+// may. So both count wherever the keyboard is.
+void ModifierDispatch::sawOtherPress() {
+    constexpr ModifierFlags chord = platform::modifier::control | platform::modifier::option;
+    // Nobody asks for the keys that are typed at other times. It also saves asking for the focus.
+    if ((current & chord) == chord)
+        otherPressReceiver(focus.isOurs());
 }
 
 // The chord that opened our window is still held when the window gets the keyboard. If it was a

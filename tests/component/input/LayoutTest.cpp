@@ -50,6 +50,12 @@ TEST_F(Layout, TheRightAltIsOptionWhereItIsNotAltGr) {
     EXPECT_EQ(pressed(rightAlt), of(option));
 }
 
+TEST_F(Layout, ASecondLayoutWithAltGrTakesNeitherAltKeyAway) {
+    choose("-layout us,de");
+    EXPECT_EQ(pressed(leftAlt), of(option));
+    EXPECT_EQ(pressed(rightAlt), of(option));
+}
+
 TEST_F(Layout, OptionGoesWhereAltIsSwappedTo) {
     choose("-layout us -option altwin:swap_alt_win");
     EXPECT_EQ(pressed(leftWindows), of(option));

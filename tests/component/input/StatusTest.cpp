@@ -42,6 +42,14 @@ TEST(HotkeyStatus, NamesEverySourceAndSaysWhyOneCannotBeUsed) {
         EXPECT_FALSE(source.availability.reason.empty()) << source.name;
 }
 
+TEST(HotkeyStatus, SaysWhichSourcesLearnOfOtherKeys) {
+    const auto status = input::hotkeyStatus();
+    EXPECT_NE(status.at(0).availability.reason.find(
+                  "Kelo also learns that another key or a mouse button is pressed"),
+              std::string::npos)
+        << status.at(0).availability.reason;
+}
+
 TEST(HotkeyStatus, WithoutADisplaySaysSo) {
     const Without display("DISPLAY");
     const auto status = input::hotkeyStatus();

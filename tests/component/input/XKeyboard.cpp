@@ -74,6 +74,40 @@ void XKeyboard::moveTo(int x, int y) {
     XSync(display.get(), False);
 }
 
+std::pair<int, int> XKeyboard::centreOf(unsigned long window) {
+    XWindowAttributes attributes{};
+    XGetWindowAttributes(display.get(), window, &attributes);
+    int x = 0;
+    int y = 0;
+    Window child = None;
+    XTranslateCoordinates(display.get(), window, attributes.root, attributes.width / 2,
+                          attributes.height / 2, &x, &y, &child);
+    return {x, y};
+}
+
+void XKeyboard::click(unsigned button) {
+    XTestFakeButtonEvent(display.get(), button, True, CurrentTime);
+    XTestFakeButtonEvent(display.get(), button, False, CurrentTime);
+    XSync(display.get(), False);
+}
+
+void XKeyboard::grab() {
+    const int answer = XGrabKeyboard(display.get(), DefaultRootWindow(display.get()), False,
+                                     GrabModeAsync, GrabModeAsync, CurrentTime);
+    if (answer != GrabSuccess)
+        throw std::runtime_error("the keyboard cannot be grabbed");
+}
+
+void XKeyboard::ungrab() {
+    XUngrabKeyboard(display.get(), CurrentTime);
+    XSync(display.get(), False);
+}
+
+void XKeyboard::lockGroup(int group) {
+    XkbLockGroup(display.get(), XkbUseCoreKbd, static_cast<unsigned>(group));
+    XSync(display.get(), False);
+}
+
 void XKeyboard::focusOther() {
     if (!other) {
         Display* const connection = display.get();

@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 
 struct _XDisplay;
 
@@ -25,6 +26,14 @@ public:
 
     void setStickyKeys(bool on);
     void moveTo(int x, int y);
+    /// On the screen, in pixels.
+    std::pair<int, int> centreOf(unsigned long window);
+    /// Of the mouse; the wheel's are 4 and 5.
+    void click(unsigned button);
+    /// As a program does that keeps the keyboard to itself.
+    void grab();
+    void ungrab();
+    void lockGroup(int group);
 
     /// Shows a window that is not ours, and gives it the keyboard.
     void focusOther();

@@ -198,12 +198,106 @@ TEST_F(GlobalHotkeyTest, ActionsAreEmptyUnlessSet) {
     EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
 }
 
-TEST_F(GlobalHotkeyTest, WatchesChangesOfModifiersAndNothingElse) {
+TEST_F(GlobalHotkeyTest, WatchesModifiersAndThatAnotherKeyWasPressedAndNothingElse) {
+    constexpr platform::EventMask watched = 0x1000 | platform::event_mask::otherPress;
     hotkey->start();
     ASSERT_EQ(monitors.globals.size(), 1u);
     ASSERT_EQ(monitors.locals.size(), 1u);
-    EXPECT_EQ(monitors.globals[0].first, 0x1000u);
-    EXPECT_EQ(monitors.locals[0].first, 0x1000u);
+    EXPECT_EQ(monitors.globals[0].first, watched);
+    EXPECT_EQ(monitors.locals[0].first, watched);
+}
+
+TEST_F(GlobalHotkeyTest, AnotherPressWithinTheThresholdLeavesNoTap) {
+    flags(chord);
+    wait(100ms);
+    hotkey->handleOtherPress();
+    EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
+    flags(0);
+    wait(10s);
+    EXPECT_TRUE(actions.empty());
+}
+
+TEST_F(GlobalHotkeyTest, AnotherPressWithinTheThresholdLeavesNoHold) {
+    flags(chord);
+    wait(249ms);
+    hotkey->handleOtherPress();
+    wait(10s);
+    flags(0);
+    EXPECT_TRUE(actions.empty());
+}
+
+TEST_F(GlobalHotkeyTest, TimerThatFiresAfterAnotherPressDoesNothing) {
+    flags(chord);
+    hotkey->handleOtherPress();
+    hotkey->holdTimerFired();
+    flags(0);
+    EXPECT_TRUE(actions.empty());
+}
+
+TEST_F(GlobalHotkeyTest, APressStaysDroppedUntilTheChordIsReleased) {
+    flags(chord);
+    hotkey->handleOtherPress();
+    flags(chord | modifier::shift);
+    flags(chord);
+    hotkey->handleOtherPress();
+    EXPECT_EQ(desktop.loop.pendingTimers(), 0u);
+    flags(modifier::control);
+    EXPECT_TRUE(actions.empty());
+}
+
+TEST_F(GlobalHotkeyTest, AfterADroppedPressTheNextOneCounts) {
+    flags(chord);
+    hotkey->handleOtherPress();
+    flags(modifier::control); // one key of the chord stays down
+    flags(chord);
+    flags(0);
+    EXPECT_EQ(actions, Actions{"tap"});
+    flags(chord);
+    hotkey->handleOtherPress();
+    flags(0);
+    flags(chord);
+    wait(250ms);
+    flags(0);
+    EXPECT_EQ(actions, (Actions{"tap", "hold start", "hold end"}));
+}
+
+TEST_F(GlobalHotkeyTest, AHoldThatHasBegunEndsAsUsualAfterAnotherPress) {
+    flags(chord);
+    wait(250ms);
+    hotkey->handleOtherPress();
+    EXPECT_EQ(actions, Actions{"hold start"});
+    flags(0);
+    EXPECT_EQ(actions, (Actions{"hold start", "hold end"}));
+}
+
+TEST_F(GlobalHotkeyTest, AnotherPressBeforeTheChordOrAfterItDoesNotCount) {
+    hotkey->handleOtherPress();
+    flags(modifier::control);
+    hotkey->handleOtherPress();
+    flags(chord);
+    flags(0);
+    EXPECT_EQ(actions, Actions{"tap"});
+    hotkey->handleOtherPress();
+    flags(chord);
+    flags(0);
+    EXPECT_EQ(actions, (Actions{"tap", "tap"}));
+}
+
+TEST_F(GlobalHotkeyTest, AnotherPressCountsHereAndElsewhereAndIsPassedOn) {
+    hotkey->start();
+    monitors.flagsElsewhere(chord);
+    monitors.otherPressElsewhere();
+    monitors.flagsElsewhere(0);
+    monitors.flagsHere(chord);
+    EXPECT_NE(monitors.otherPressHere(), nullptr);
+    monitors.flagsHere(0);
+    monitors.flagsElsewhere(chord); // the shortcut brings a window of ours up
+    monitors.otherPressElsewhere();
+    monitors.flagsHere(0);
+    EXPECT_TRUE(actions.empty());
+    monitors.flagsHere(chord);
+    monitors.flagsHere(0);
+    EXPECT_EQ(actions, Actions{"tap"});
 }
 
 TEST_F(GlobalHotkeyTest, WorksWhileAnotherProgramHasTheFocusAndWhileWeHave) {

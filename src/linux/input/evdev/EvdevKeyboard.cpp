@@ -32,14 +32,29 @@ EvdevKeyboard::EvdevKeyboard(std::unique_ptr<EvdevDevice> opened, Handlers handl
     readable.emplace(device->descriptor(), [this] { read(); });
 }
 
+bool EvdevKeyboard::listen() {
+    if (!device->deliverOtherKeys())
+        return false;
+    const auto down = device->keysDown();
+    if (!down)
+        return false;
+    held = down->held;
+    reader.restart(held);
+    return down->others;
+}
+
+bool EvdevKeyboard::stopListening() {
+    return device->deliverOnlyHeldKeys();
+}
+
 void EvdevKeyboard::read() {
     const auto self = shared_from_this();
     std::array<std::byte, 64 * sizeof(input_event)> bytes;
     const ssize_t count = ::read(device->descriptor(), bytes.data(), bytes.size());
     if (count > 0) {
-        const auto changes = reader.take(std::span(bytes).first(static_cast<std::size_t>(count)));
-        if (!changes.empty())
-            handlers.changed(*this, changes);
+        const auto reports = reader.take(std::span(bytes).first(static_cast<std::size_t>(count)));
+        if (!reports.empty())
+            handlers.reported(*this, reports);
     } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
         readable.reset();
         handlers.gone(*this);

@@ -25,8 +25,8 @@ public:
     static Refusal admit(EvdevDevice& device);
 
     struct Handlers {
-        /// The held keys changed, to these states in this order.
-        std::function<void(EvdevKeyboard&, const std::vector<HeldKeys>&)> changed;
+        /// The held keys changed or other keys were pressed, in this order.
+        std::function<void(EvdevKeyboard&, const std::vector<KeyReport>&)> reported;
         /// The keyboard was removed. The last call.
         std::function<void(EvdevKeyboard&)> gone;
     };
@@ -35,6 +35,12 @@ public:
                                                 Handlers handlers);
 
     EvdevKeyboard(std::unique_ptr<EvdevDevice> device, Handlers handlers, HeldKeys initially);
+
+    /// Reports the presses of other keys, too, from now on. Events that were not read yet are
+    /// discarded and `held` is brought up to date instead. Returns whether another key is down.
+    bool listen();
+    /// Returns false on failure: the keyboard must then be given up.
+    bool stopListening();
 
     /// The state that was last reported. The owner updates it.
     HeldKeys held;

@@ -48,8 +48,10 @@ Listing list(const EvdevModifierSource::Devices& devices) {
 /// The watched keyboards and the modifiers that are down on all of them together.
 class EvdevModifierSource::Keyboards : public std::enable_shared_from_this<Keyboards> {
 public:
-    Keyboards(Devices devices, Handler handler)
-        : devices(std::move(devices)), handler(std::move(handler)) {}
+    Keyboards(Devices devices, Handler handler, std::function<void()> otherPress)
+        : devices(std::move(devices)),
+          handler(std::move(handler)),
+          otherPress(std::move(otherPress)) {}
 
     bool start() {
         watchFolder();
@@ -68,6 +70,7 @@ private:
             return [weak, action](const std::string& name) {
                 if (const auto self = weak.lock(); self && isDeviceName(name))
                     (self.get()->*action)(name);
+                changed(weak);
             };
         };
         folderWatch = FolderWatch::watch(devices.folder, {noticed(&Keyboards::appeared),
@@ -75,31 +78,26 @@ private:
                                                           noticed(&Keyboards::vanished), [weak] {
                                                               if (const auto self = weak.lock())
                                                                   self->lookAgain();
+                                                              changed(weak);
                                                           }});
     }
 
     void appeared(const std::string& name) {
         open.erase(name);
         add(name);
-        tell();
     }
 
     void permitted(const std::string& name) {
         if (!open.contains(name))
             add(name);
-        tell();
     }
 
-    void vanished(const std::string& name) {
-        open.erase(name);
-        tell();
-    }
+    void vanished(const std::string& name) { open.erase(name); }
 
     void lookAgain() {
         for (const std::string& name : list(devices).names)
             if (!open.contains(name))
                 add(name);
-        tell();
     }
 
     void add(const std::string& name) {
@@ -110,18 +108,22 @@ private:
             return;
         const std::weak_ptr<Keyboards> weak = weak_from_this();
         EvdevKeyboard::Handlers handlers{
-            [weak](EvdevKeyboard& keyboard, const std::vector<HeldKeys>& states) {
-                for (const HeldKeys& held : states) {
-                    keyboard.held = held;
-                    if (const auto self = weak.lock())
-                        self->tell();
+            [weak](EvdevKeyboard& keyboard, const std::vector<KeyReport>& reports) {
+                for (const KeyReport& report : reports) {
+                    keyboard.held = report.held;
+                    tell(weak, report.otherPress);
                 }
+                changed(weak);
             },
             [weak, name](EvdevKeyboard&) {
                 if (const auto self = weak.lock())
                     self->vanished(name);
+                changed(weak);
             }};
-        open[name] = EvdevKeyboard::watch(std::move(device), std::move(handlers));
+        const auto keyboard = EvdevKeyboard::watch(std::move(device), std::move(handlers));
+        if (listening)
+            keyboard->listen();
+        open[name] = keyboard;
     }
 
     platform::ModifierFlags flags() const {
@@ -131,14 +133,49 @@ private:
         return all;
     }
 
-    void tell() {
-        const auto now = flags();
-        if (std::exchange(lastFlags, now) != now)
-            handler(now);
+    /// Each handler may destroy the object.
+    static void tell(const std::weak_ptr<Keyboards>& weak, bool otherPress) {
+        if (const auto self = weak.lock()) {
+            const auto now = self->flags();
+            if (std::exchange(self->lastFlags, now) != now)
+                self->handler(now);
+        }
+        if (const auto self = weak.lock(); self && otherPress && self->otherPress)
+            self->otherPress();
+    }
+
+    // Only when all that was read has been told. Beginning to listen asks for the latest state, and
+    // what was read earlier must not replace that.
+    static void changed(const std::weak_ptr<Keyboards>& weak) {
+        bool overlooked = false;
+        if (const auto self = weak.lock())
+            overlooked = self->listenWhileNeeded();
+        tell(weak, overlooked);
+    }
+
+    // What is typed without these keys is nobody's business here. A keyboard's macro key sends a
+    // whole shortcut at once, and its last key may have gone down before the mask was opened. So
+    // the keys that are down are looked at, too. Returns whether one of the others is.
+    bool listenWhileNeeded() {
+        const bool needed = otherPress && flags() != 0;
+        if (std::exchange(listening, needed) == needed)
+            return false;
+        if (!needed) {
+            std::erase_if(open, [](const auto& each) { return !each.second->stopListening(); });
+            return false;
+        }
+        bool overlooked = false;
+        for (const auto& [name, keyboard] : open)
+            overlooked = keyboard->listen() || overlooked;
+        // The chord may have been released meanwhile.
+        return flags() == 0 ? listenWhileNeeded() : overlooked;
     }
 
     Devices devices;
     Handler handler;
+    std::function<void()> otherPress;
+    /// Whether the kernel delivers other keys.
+    bool listening = false;
     std::unique_ptr<FolderWatch> folderWatch;
     std::map<std::string, std::shared_ptr<EvdevKeyboard>> open;
     platform::ModifierFlags lastFlags = 0;
@@ -164,7 +201,10 @@ Availability EvdevModifierSource::availability() const {
         if (answer == EvdevKeyboard::Refusal::none)
             return {true,
                     "The Ctrl keys and the left Alt key are read from the keyboards in " +
-                        devices.folder.string() + ", and no other key.",
+                        devices.folder.string() +
+                        ". While one of them is down, Kelo also learns that another key is "
+                        "pressed, and leaves such shortcuts alone. At other times it learns of no "
+                        "other key.",
                     ""};
         everyKey = everyKey || answer == EvdevKeyboard::Refusal::everyKey;
     }
@@ -183,7 +223,7 @@ Availability EvdevModifierSource::availability() const {
 }
 
 bool EvdevModifierSource::start(Handler handler) {
-    keyboards = std::make_shared<Keyboards>(devices, std::move(handler));
+    keyboards = std::make_shared<Keyboards>(devices, std::move(handler), otherPress);
     if (!keyboards->start())
         keyboards.reset();
     return keyboards != nullptr;

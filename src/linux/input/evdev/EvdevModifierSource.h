@@ -5,13 +5,17 @@
 #include "linux/input/source/ModifierSource.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace kelo::input {
 
 /// Reads the Ctrl keys and the left Alt key of every keyboard from the kernel, on any desktop and
-/// whichever window has the focus. The kernel is told to deliver no other key. If it cannot, no
-/// keyboard is read. Keyboards may be plugged in, removed or become readable at any time.
+/// whichever window has the focus. The kernel is told to deliver no other key, except while one of
+/// these is down: then it delivers all keys, and this class reports that there was another press.
+/// If the kernel cannot hold keys back, no keyboard is read. Keyboards may be plugged in, removed
+/// or become readable at any time.
 ///
 /// The kernel does not know the user's layout or sticky keys: a key counts by its place on the
 /// keyboard.
@@ -34,11 +38,13 @@ public:
     bool coversOwnWindows() const override { return false; }
     /// Returns false if no keyboard can be read.
     bool start(Handler handler) override;
+    void onOtherPress(std::function<void()> handler) override { otherPress = std::move(handler); }
 
 private:
     class Keyboards;
 
     Devices devices;
+    std::function<void()> otherPress;
     std::shared_ptr<Keyboards> keyboards;
 };
 

@@ -16,7 +16,9 @@ public:
     int descriptor() const override { return node.get(); }
     bool isKeyboard() const override;
     bool deliverOnlyHeldKeys() override;
+    bool deliverOtherKeys() override;
     std::optional<HeldKeys> heldKeys() const override;
+    std::optional<KeysDown> keysDown() const override;
 
 private:
     posix::FileDescriptor node;

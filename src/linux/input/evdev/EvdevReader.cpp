@@ -1,5 +1,7 @@
 #include "linux/input/evdev/EvdevReader.h"
 
+#include "linux/input/evdev/OtherKeys.h"
+
 #include <algorithm>
 #include <bit>
 #include <utility>
@@ -16,8 +18,8 @@ constexpr int pressed = 1;
 EvdevReader::EvdevReader(HeldKeys initially, Snapshot snapshot)
     : snapshot(std::move(snapshot)), next(initially), reported(initially) {}
 
-std::vector<HeldKeys> EvdevReader::take(std::span<const std::byte> bytes) {
-    std::vector<HeldKeys> changes;
+std::vector<KeyReport> EvdevReader::take(std::span<const std::byte> bytes) {
+    std::vector<KeyReport> reports;
     while (!bytes.empty()) {
         const auto part = bytes.first(std::min(record.size() - filled, bytes.size()));
         std::ranges::copy(part, record.begin() + static_cast<std::ptrdiff_t>(filled));
@@ -30,17 +32,25 @@ std::vector<HeldKeys> EvdevReader::take(std::span<const std::byte> bytes) {
         // The remaining bytes of this read are older than the snapshot.
         if (outcome == Outcome::askedAnew)
             bytes = bytes.last(bytes.size() % record.size());
-        if (outcome != Outcome::unfinished && next != reported) {
-            reported = next;
-            changes.push_back(next);
-        }
+        if (outcome == Outcome::unfinished)
+            continue;
+        const bool other = std::exchange(otherPress, false);
+        if (std::exchange(reported, next) != next || other)
+            reports.push_back({next, other});
     }
-    return changes;
+    return reports;
+}
+
+void EvdevReader::restart(HeldKeys held) {
+    next = held;
+    reported = held;
+    otherPress = false;
 }
 
 EvdevReader::Outcome EvdevReader::handle(const input_event& event) {
     if (event.type == EV_SYN && event.code == SYN_DROPPED) {
         lost = true;
+        otherPress = false;
     } else if (event.type == EV_SYN && event.code == SYN_REPORT) {
         if (!std::exchange(lost, false))
             return Outcome::reportEnded;
@@ -50,6 +60,7 @@ EvdevReader::Outcome EvdevReader::handle(const input_event& event) {
         // The third value is a key repeat, which changes nothing.
         if (event.value == pressed || event.value == released)
             next.set(event.code, event.value == pressed);
+        otherPress = otherPress || (event.value == pressed && isOtherKey(event.code));
     }
     return Outcome::unfinished;
 }

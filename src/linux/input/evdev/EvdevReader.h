@@ -13,8 +13,19 @@
 
 namespace kelo::input {
 
+/// What one report of a device says.
+struct KeyReport {
+    /// The watched keys that are down after it.
+    HeldKeys held;
+    /// Whether it says that another key, one of isOtherKey(), went down.
+    bool otherPress = false;
+
+    bool operator==(const KeyReport&) const = default;
+};
+
 /// Parses the bytes of one keyboard device (records of struct input_event) into states of its keys.
-/// Any bytes are safe. Unknown records are skipped.
+/// Which other key was pressed does not leave this class. Any bytes are safe. Unknown records are
+/// skipped.
 class EvdevReader {
 public:
     /// Returns the keys that are down on the device now. Empty on failure, which counts as no key
@@ -23,9 +34,11 @@ public:
 
     explicit EvdevReader(HeldKeys initially, Snapshot snapshot);
 
-    /// Parses the bytes of one read. A record may be split between two reads. Returns the state
-    /// after each report that changed it, in order.
-    std::vector<HeldKeys> take(std::span<const std::byte> bytes);
+    /// Parses the bytes of one read. A record may be split between two reads. Returns the reports
+    /// that changed the state or tell of another press, in order.
+    std::vector<KeyReport> take(std::span<const std::byte> bytes);
+    /// Takes the state from a device that was asked. Events that were read before are outdated.
+    void restart(HeldKeys held);
 
 private:
     enum class Outcome { unfinished, reportEnded, askedAnew };
@@ -38,6 +51,8 @@ private:
     /// The state according to the unfinished report.
     HeldKeys next;
     HeldKeys reported;
+    /// Whether the unfinished report says that another key went down.
+    bool otherPress = false;
     /// The kernel dropped events. The rest of the report is invalid.
     bool lost = false;
 };

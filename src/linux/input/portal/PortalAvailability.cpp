@@ -86,7 +86,7 @@ Availability portalAvailability(const std::string& busAddress) {
         return {false, "The desktop's portal does not offer global shortcuts.", otherWay};
     return {true,
             "The desktop's portal watches for Ctrl+Alt+Space, or for the keys that you choose when "
-            "it asks.",
+            "it asks. It does not tell of other keys, and no other shortcut counts.",
             ""};
 }
 

@@ -12,7 +12,8 @@ namespace kelo::input {
 /// Whether a source can be used on this desktop, in words for the user.
 struct Availability {
     bool available = false;
-    /// One sentence: what it does for the user or, if it is not available, why not.
+    /// What it does for the user and what it learns of other keys or, if it is not available, why
+    /// not. One or two sentences.
     std::string reason;
     /// What the user can do; empty if there is nothing to do.
     std::string advice;
@@ -38,6 +39,12 @@ public:
     /// Starts the source; call it once. Returns false on failure. The handler is kept until the
     /// destructor and is never called from within start().
     virtual bool start(Handler handler) = 0;
+
+    /// Sets the function that is called when a key other than a modifier, or a mouse button, goes
+    /// down. It is called at least while Control and Option are both down, for what the source can
+    /// see of such presses; at other times, it may be called, too. Call it before start(). Kept
+    /// until the destructor.
+    virtual void onOtherPress(std::function<void()>) {}
 };
 
 using SourceList = std::vector<std::unique_ptr<ModifierSource>>;

@@ -1,6 +1,7 @@
 #include "linux/input/xkb/XkbModifierSource.h"
 
 #include "linux/input/source/MainLoopSource.h"
+#include "linux/input/xkb/RawPresses.h"
 #include "linux/input/xkb/XkbModifierMap.h"
 
 #include <X11/XKBlib.h>
@@ -45,7 +46,8 @@ bool hasQueuedEvents(Display* display) {
 /// The connection, watched from the main loop.
 class XkbWatch {
 public:
-    XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler);
+    XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler,
+             std::function<void()> otherPress);
     XkbWatch(const XkbWatch&) = delete;
     XkbWatch& operator=(const XkbWatch&) = delete;
 
@@ -62,27 +64,46 @@ private:
     void select();
     void readState();
     void drain();
-    void handle(const XkbEvent& event);
+    void handle(XkbEvent& event);
+    void handleKeyboard(const XkbEvent& event);
     void stateChanged(unsigned realModifiers);
+    void listenWhileNeeded();
+    void tellOverlooked();
+    void tellOtherPress();
 
     Connection connection;
     int firstEvent;
     ModifierSource::Handler handler;
+    std::function<void()> otherPress;
+    std::optional<RawPresses> presses;
+    bool listening = false;
+    /// Set when another key was down already as listening began: the number of events that are
+    /// still to be handled and are older than that look at the keys.
+    std::optional<int> olderEvents;
     XkbModifierMap map;
     unsigned realModifiers = 0;
     platform::ModifierFlags last = 0;
     MainLoopSource source;
 };
 
-XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler)
-    : connection(std::move(display)), firstEvent(firstEvent), handler(std::move(handler)) {
+XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler,
+                   std::function<void()> otherPress)
+    : connection(std::move(display)),
+      firstEvent(firstEvent),
+      handler(std::move(handler)),
+      otherPress(std::move(otherPress)) {
     static GSourceFuncs functions{prepare, check, dispatch, nullptr, nullptr, nullptr};
     select();
+    if (this->otherPress)
+        presses = RawPresses::of(connection.get());
     map = readXkbModifierMap(connection.get());
     XkbStateRec state{};
     XkbGetState(connection.get(), XkbUseCoreKbd, &state);
     realModifiers = state.mods;
     last = map.flags(realModifiers);
+    listenWhileNeeded();
+    // Keys that are down at the start belong to no press that was reported.
+    olderEvents.reset();
 
     source.reset(g_source_new(&functions, sizeof(Source)));
     auto* const own = reinterpret_cast<Source*>(source.get());
@@ -123,12 +144,21 @@ void XkbWatch::drain() {
     while (XPending(connection.get()) > 0) {
         XkbEvent event{};
         XNextEvent(connection.get(), &event.core);
-        if (event.type == firstEvent)
-            handle(event);
+        handle(event);
+        tellOverlooked();
     }
 }
 
-void XkbWatch::handle(const XkbEvent& event) {
+void XkbWatch::handle(XkbEvent& event) {
+    if (olderEvents)
+        --*olderEvents;
+    if (event.type == firstEvent)
+        handleKeyboard(event);
+    else if (presses && presses->isOtherPress(event.core, map))
+        tellOtherPress();
+}
+
+void XkbWatch::handleKeyboard(const XkbEvent& event) {
     switch (event.any.xkb_type) {
     case XkbStateNotify:
         stateChanged(event.state.mods);
@@ -147,8 +177,38 @@ void XkbWatch::handle(const XkbEvent& event) {
 void XkbWatch::stateChanged(unsigned modifiers) {
     realModifiers = modifiers;
     const auto flags = map.flags(modifiers);
-    if (std::exchange(last, flags) != flags)
-        handler(flags);
+    if (std::exchange(last, flags) == flags)
+        return;
+    listenWhileNeeded();
+    handler(flags);
+}
+
+// What is typed without these modifiers is nobody's business here.
+void XkbWatch::listenWhileNeeded() {
+    const bool needed = (last & (platform::modifier::control | platform::modifier::option)) != 0;
+    if (!presses || std::exchange(listening, needed) == needed)
+        return;
+    presses->listen(needed);
+    olderEvents.reset();
+    // A keyboard's macro key sends a whole shortcut at once. Its last key may have gone down before
+    // the server began to report keys. The answer comes after the events that tell of its
+    // modifiers.
+    if (needed && isOtherKeyDown(connection.get(), map))
+        olderEvents = XEventsQueued(connection.get(), QueuedAlready);
+}
+
+// A key that was held before the chord does not count. So the key is reported when all that the
+// server knew of the modifiers has been reported: if the chord is not complete even then, the key
+// came before it.
+void XkbWatch::tellOverlooked() {
+    if (olderEvents && *olderEvents <= 0)
+        tellOtherPress();
+}
+
+void XkbWatch::tellOtherPress() {
+    // An overlooked key is most likely this one.
+    olderEvents.reset();
+    otherPress();
 }
 
 XkbModifierSource::XkbModifierSource(std::string displayName)
@@ -164,7 +224,16 @@ Availability XkbModifierSource::availability() const {
     if (!watching && !keyboardEvents(display.get()))
         return {false, "The X display has no keyboard extension (XKEYBOARD), which tells of keys.",
                 "Enable the XKEYBOARD extension of the X server."};
-    return {true, "Control + Alt works in every program.", ""};
+    if (!watching && !RawPresses::of(display.get()))
+        return {true,
+                "Control + Alt works in every program. This X display does not tell of other keys, "
+                "so shortcuts such as Ctrl+Alt+T count as Control + Alt, too.",
+                "Use an X server with XInput 2.1 or later."};
+    return {
+        true,
+        "Control + Alt works in every program. While one of them is down, Kelo also learns that "
+        "another key or a mouse button is pressed, and leaves such shortcuts alone.",
+        ""};
 }
 
 bool XkbModifierSource::start(Handler handler) {
@@ -174,7 +243,8 @@ bool XkbModifierSource::start(Handler handler) {
     const auto firstEvent = keyboardEvents(display.get());
     if (!firstEvent)
         return false;
-    watch = std::make_unique<XkbWatch>(std::move(display), *firstEvent, std::move(handler));
+    watch =
+        std::make_unique<XkbWatch>(std::move(display), *firstEvent, std::move(handler), otherPress);
     return true;
 }
 

@@ -14,9 +14,12 @@ using input::EvdevModifierSource;
 using platform::ModifierFlags;
 using platform::modifier::control;
 using platform::modifier::option;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
+using testing::Not;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 
@@ -29,6 +32,9 @@ EmulatedDevice keyboard() {
 EmulatedDevice mouse() {
     return {.keys = {BTN_LEFT, BTN_RIGHT}};
 }
+
+/// Stands for another press in the list of what was heard. No modifier has this bit.
+constexpr ModifierFlags press = ModifierFlags{1} << 60;
 
 const EventBytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
 
@@ -65,6 +71,51 @@ TEST_F(EvdevDevices, TheKernelIsToldToHandOutTheTwoModifiersAndNothingElse) {
                 UnorderedElementsAre(
                     Pair(EV_SYN, UnorderedElementsAre(EV_SYN, EV_KEY)),
                     Pair(EV_KEY, UnorderedElementsAre(KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTCTRL))));
+}
+
+TEST_F(EvdevDevices, TheKernelIsToldToHandOutOtherKeysWhileAModifierIsDownAndNoLonger) {
+    devices.plug("event1", keyboard());
+    source.onOtherPress([this] { heard.push_back(press); });
+    ASSERT_TRUE(start());
+    const auto closed = devices.device("event1").masks;
+    devices.setDown("event1", {KEY_LEFTCTRL});
+    ASSERT_TRUE(devices.type("event1", down(KEY_LEFTCTRL) + report()));
+    ASSERT_TRUE(waitFor(1));
+    const auto open = devices.device("event1").masks;
+    EXPECT_EQ(open.at(EV_SYN), closed.at(EV_SYN));
+    EXPECT_THAT(open.at(EV_KEY), IsSupersetOf({KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTCTRL, KEY_ESC,
+                                               KEY_A, KEY_F12, KEY_KP0, KEY_MICMUTE}));
+    for (const int code : {KEY_LEFTSHIFT, KEY_RIGHTALT, KEY_LEFTMETA, BTN_LEFT, BTN_TOUCH})
+        EXPECT_THAT(open.at(EV_KEY), Not(Contains(code)));
+    ASSERT_TRUE(devices.type("event1", down(KEY_LEFTALT) + report() + down(KEY_A) + report() +
+                                           up(KEY_LEFTALT) + report() + up(KEY_LEFTCTRL) +
+                                           report()));
+    ASSERT_TRUE(waitFor(5));
+    EXPECT_THAT(heard, ElementsAre(control, control | option, press, control, 0));
+    EXPECT_EQ(devices.device("event1").masks, closed);
+}
+
+TEST_F(EvdevDevices, AnotherKeyOfAShortcutSentAtOnceIsFoundAmongTheKeysThatAreDown) {
+    devices.plug("event1", keyboard());
+    source.onOtherPress([this] { heard.push_back(press); });
+    ASSERT_TRUE(start());
+    devices.setDown("event1", {KEY_LEFTCTRL, KEY_LEFTALT, KEY_A});
+    ASSERT_TRUE(devices.type("event1", chordDown));
+    ASSERT_TRUE(waitFor(3));
+    EXPECT_THAT(heard, ElementsAre(control, control | option, press));
+}
+
+TEST_F(EvdevDevices, OtherModifiersThatAreDownAreNoOtherKey) {
+    devices.plug("event1", keyboard());
+    source.onOtherPress([this] { heard.push_back(press); });
+    ASSERT_TRUE(start());
+    devices.setDown("event1", {KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTALT, KEY_LEFTSHIFT});
+    ASSERT_TRUE(devices.type("event1", chordDown));
+    ASSERT_TRUE(waitFor(2));
+    devices.setDown("event1", {});
+    ASSERT_TRUE(devices.type("event1", up(KEY_LEFTALT) + report()));
+    ASSERT_TRUE(waitFor(3));
+    EXPECT_THAT(heard, ElementsAre(control, control | option, control));
 }
 
 TEST_F(EvdevDevices, AKernelWithoutMasksIsNotReadFrom) {

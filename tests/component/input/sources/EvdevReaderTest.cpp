@@ -11,25 +11,32 @@ namespace kelo {
 
 using input::EvdevReader;
 using input::HeldKeys;
+using input::KeyReport;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace desktop {
+namespace input {
 
-void PrintTo(const HeldKeys& held, std::ostream* out) {
+void PrintTo(const KeyReport& report, std::ostream* out) {
+    const HeldKeys& held = report.held;
     *out << (held.leftControl ? "[left control]" : "")
-         << (held.rightControl ? "[right control]" : "") << (held.leftAlt ? "[left alt]" : "");
+         << (held.rightControl ? "[right control]" : "") << (held.leftAlt ? "[left alt]" : "")
+         << (report.otherPress ? "[another]" : "");
 }
 
-} // namespace desktop
+} // namespace input
 
 namespace {
 
-constexpr HeldKeys none{};
-constexpr HeldKeys leftControl{.leftControl = true};
-constexpr HeldKeys rightControl{.rightControl = true};
-constexpr HeldKeys leftAlt{.leftAlt = true};
-constexpr HeldKeys chord{.leftControl = true, .leftAlt = true};
+constexpr KeyReport none{};
+constexpr KeyReport leftControl{{.leftControl = true}};
+constexpr KeyReport rightControl{{.rightControl = true}};
+constexpr KeyReport leftAlt{{.leftAlt = true}};
+constexpr KeyReport chord{{.leftControl = true, .leftAlt = true}};
+/// The report of another key that goes down after this one.
+constexpr KeyReport another(const KeyReport& before = none) {
+    return {before.held, true};
+}
 
 /// A reader whose device can be asked which keys are down.
 struct Reading {
@@ -63,7 +70,7 @@ TEST(EvdevReader, PutsTogetherRecordsSplitAtAnyByte) {
     for (std::size_t split = 0; split <= tap.size(); ++split) {
         Reading reading;
         auto states = reading.reader.take(std::span(tap).first(split));
-        for (const HeldKeys& state : reading.reader.take(std::span(tap).subspan(split)))
+        for (const KeyReport& state : reading.reader.take(std::span(tap).subspan(split)))
             states.push_back(state);
         EXPECT_THAT(states, ElementsAre(leftControl, chord, leftControl, none)) << split;
     }
@@ -71,9 +78,9 @@ TEST(EvdevReader, PutsTogetherRecordsSplitAtAnyByte) {
 
 TEST(EvdevReader, PutsTogetherRecordsThatComeByteByByte) {
     Reading reading;
-    std::vector<HeldKeys> states;
+    std::vector<KeyReport> states;
     for (const std::byte& each : tap)
-        for (const HeldKeys& state : reading.reader.take(std::span(&each, 1)))
+        for (const KeyReport& state : reading.reader.take(std::span(&each, 1)))
             states.push_back(state);
     EXPECT_THAT(states, ElementsAre(leftControl, chord, leftControl, none));
 }
@@ -87,19 +94,55 @@ TEST(EvdevReader, IgnoresRepetitions) {
 }
 
 TEST(EvdevReader, LeavesOutAReportThatChangesNothing) {
-    Reading reading(leftControl);
+    Reading reading(leftControl.held);
     EXPECT_THAT(
         reading.reader.take(down(KEY_LEFTCTRL) + report() + report() + up(KEY_LEFTALT) + report()),
         IsEmpty());
 }
 
-TEST(EvdevReader, IgnoresOtherKeysTheRightAltAndOtherEvents) {
+TEST(EvdevReader, IgnoresOtherModifiersAndOtherEvents) {
     Reading reading;
-    EXPECT_THAT(reading.reader.take(down(KEY_A) + record(EV_MSC, MSC_SCAN, 29) + report() +
-                                    down(KEY_RIGHTALT) + report() +
-                                    record(EV_REL, KEY_LEFTCTRL, 1) + report() +
+    EXPECT_THAT(reading.reader.take(record(EV_MSC, MSC_SCAN, 29) + report() + down(KEY_RIGHTALT) +
+                                    report() + record(EV_REL, KEY_LEFTCTRL, 1) + report() +
                                     record(EV_LED, KEY_LEFTALT, 1) + report()),
                 IsEmpty());
+}
+
+TEST(EvdevReader, TellsThatAnotherKeyWentDownButNeitherItsReleaseNorItsRepetition) {
+    Reading reading;
+    EXPECT_THAT(reading.reader.take(down(KEY_T) + report() + repeated(KEY_T) + report() +
+                                    up(KEY_T) + report() + repeated(KEY_T) + report()),
+                ElementsAre(another()));
+}
+
+TEST(EvdevReader, TellsAWholeShortcutInOneReportAsOneReport) {
+    Reading reading;
+    EXPECT_THAT(reading.reader.take(down(KEY_LEFTCTRL) + down(KEY_LEFTALT) + down(KEY_T) +
+                                    report() + up(KEY_LEFTALT) + report()),
+                ElementsAre(another(chord), leftControl));
+}
+
+TEST(EvdevReader, TellsTheKeysOfShortcutsApartFromModifiersAndButtons) {
+    for (const int code : {KEY_T, KEY_F12, KEY_LEFT, KEY_DELETE, KEY_KP0, KEY_VOLUMEUP, KEY_OK,
+                           KEY_MICMUTE, KEY_MACRO1})
+        EXPECT_THAT(Reading().reader.take(down(code) + report()), ElementsAre(another())) << code;
+    for (const int code : {KEY_RESERVED, KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_RIGHTALT, KEY_LEFTMETA,
+                           KEY_RIGHTMETA, KEY_CAPSLOCK, KEY_NUMLOCK, KEY_FN, BTN_LEFT, BTN_TOUCH,
+                           BTN_GEAR_UP, BTN_DPAD_LEFT, BTN_TRIGGER_HAPPY1})
+        EXPECT_THAT(Reading().reader.take(down(code) + report()), IsEmpty()) << code;
+}
+
+TEST(EvdevReader, ForgetsAnotherPressOfAReportInWhichEventsWereLost) {
+    Reading reading;
+    EXPECT_THAT(reading.reader.take(down(KEY_T) + dropped() + down(KEY_U) + report()), IsEmpty());
+}
+
+TEST(EvdevReader, GoesOnFromTheStateThatItIsGiven) {
+    Reading reading;
+    EXPECT_THAT(reading.reader.take(down(KEY_T) + down(KEY_RIGHTCTRL)), IsEmpty());
+    reading.reader.restart(chord.held);
+    EXPECT_THAT(reading.reader.take(report()), IsEmpty());
+    EXPECT_THAT(reading.reader.take(up(KEY_LEFTCTRL) + report()), ElementsAre(leftAlt));
 }
 
 TEST(EvdevReader, IgnoresValuesThatMeanNothing) {
@@ -113,20 +156,20 @@ TEST(EvdevReader, IgnoresValuesThatMeanNothing) {
 
 TEST(EvdevReader, TellsLeftAndRightControlApart) {
     Reading reading;
-    constexpr HeldKeys both{.leftControl = true, .rightControl = true};
+    constexpr KeyReport both{{.leftControl = true, .rightControl = true}};
     EXPECT_THAT(reading.reader.take(down(KEY_LEFTCTRL) + report() + down(KEY_RIGHTCTRL) + report() +
                                     up(KEY_LEFTCTRL) + report()),
                 ElementsAre(leftControl, both, rightControl));
 }
 
 TEST(EvdevReader, BeginsWithTheKeysThatAreDownAlready) {
-    Reading reading(leftControl);
+    Reading reading(leftControl.held);
     EXPECT_THAT(reading.reader.take(down(KEY_LEFTALT) + report()), ElementsAre(chord));
 }
 
 TEST(EvdevReader, AsksTheDeviceWhenEventsWereLost) {
     Reading reading;
-    reading.device = leftAlt;
+    reading.device = leftAlt.held;
     EXPECT_THAT(reading.reader.take(down(KEY_LEFTCTRL) + report() + dropped()),
                 ElementsAre(leftControl));
     EXPECT_THAT(reading.reader.take(down(KEY_RIGHTCTRL)), IsEmpty());
@@ -160,7 +203,7 @@ TEST(EvdevReader, KeepsTheRhythmOfRecordsOverAnAnswer) {
 }
 
 TEST(EvdevReader, TakesAllKeysForReleasedWhenTheDeviceDoesNotAnswer) {
-    Reading reading(chord);
+    Reading reading(chord.held);
     reading.device = std::nullopt;
     EXPECT_THAT(reading.reader.take(dropped() + report()), ElementsAre(none));
 }
@@ -179,7 +222,7 @@ TEST(EvdevReader, KnowsTheKeysAgainAfterAnyBytes) {
     const std::size_t begun = total % sizeof(input_event);
     reading.reader.take(EventBytes(sizeof(input_event) - begun));
 
-    reading.device = chord;
+    reading.device = chord.held;
     reading.reader.take(dropped() + report());
     EXPECT_THAT(reading.reader.take(up(KEY_LEFTALT) + report()), ElementsAre(leftControl));
 }

@@ -24,6 +24,9 @@ struct FakeKeyboard {
     bool mayBeOpened = true;
     bool holdsBackOtherKeys = true;
     input::HeldKeys held;
+    bool othersDown = false;
+    /// Whether the kernel would deliver other keys.
+    bool isOpen = false;
     /// The calls it received, in order.
     std::string asked;
 
@@ -89,7 +92,18 @@ private:
         bool isKeyboard() const override { return keyboard->isKeyboard; }
         bool deliverOnlyHeldKeys() override {
             keyboard->asked += "mask ";
+            keyboard->isOpen = keyboard->isOpen && !keyboard->holdsBackOtherKeys;
             return keyboard->holdsBackOtherKeys;
+        }
+        bool deliverOtherKeys() override {
+            keyboard->asked += "open ";
+            keyboard->isOpen = true;
+            return true;
+        }
+        std::optional<input::KeysDown> keysDown() const override {
+            keyboard->asked += "down ";
+            discardUnread();
+            return input::KeysDown{keyboard->held, keyboard->othersDown};
         }
         std::optional<input::HeldKeys> heldKeys() const override {
             keyboard->asked += "held ";
@@ -97,6 +111,13 @@ private:
         }
 
     private:
+        /// As the kernel does when it is asked what is down.
+        void discardUnread() const {
+            std::byte bytes[256];
+            while (::read(keyboard->reading.get(), bytes, sizeof(bytes)) > 0) {
+            }
+        }
+
         std::shared_ptr<FakeKeyboard> keyboard;
         int& open;
     };

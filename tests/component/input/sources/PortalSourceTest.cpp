@@ -185,6 +185,13 @@ TEST_F(PortalSource, APortalWithoutShortcutsIsLeftAlone) {
     EXPECT_THAT(found.advice, HasSubstr("kelo --widget"));
 }
 
+TEST_F(PortalSource, SaysThatItDoesNotTellOfOtherKeys) {
+    startPortal();
+    const auto found = source->availability();
+    EXPECT_TRUE(found.available);
+    EXPECT_THAT(found.reason, HasSubstr("does not tell of other keys"));
+}
+
 TEST_F(PortalSource, APortalThatComesLaterIsAsked) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(bus.waitForNoName(portalName));
