@@ -95,6 +95,9 @@ void MediaPermission::setDelegate(std::weak_ptr<platform::UserInterfaceDelegate>
 
 void MediaPermission::setAllowed(bool allowed) {
     isAllowed = allowed;
+    // Requests that wait for their decision are denied: their page has gone.
+    if (!allowed)
+        page = std::make_shared<Page>(*page);
     stopUnlessAllowed();
 }
 

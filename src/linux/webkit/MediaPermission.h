@@ -25,7 +25,8 @@ public:
     MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native, const Url& service);
 
     void setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate);
-    /// Allowed at first. While it is not, what the page captures is stopped as soon as it begins.
+    /// Allowed at first. While it is not, what the page captures is stopped as soon as it begins,
+    /// and requests that wait for a decision are denied.
     void setAllowed(bool allowed);
 
     /// The main frame begins to navigate to another document.
