@@ -168,7 +168,7 @@ TEST_F(LockScreen, KeyOfAShortcutIsAGrabWhileItIsDown) {
     const screen::Keyboard keyboard(manager.connection());
     const auto key = keyboard.code(XK_space);
     Display* const x = manager.connection().display();
-    XGrabKey(x, static_cast<int>(key), AnyModifier, DefaultRootWindow(x), False, GrabModeAsync,
+    XGrabKey(x, static_cast<int>(key), 0, DefaultRootWindow(x), False, GrabModeAsync,
              GrabModeAsync);
     manager.connection().sync();
     EXPECT_FALSE(isGrabbed());
