@@ -12,6 +12,7 @@
 #include "platform/Panel.h"
 #include "platform/Screen.h"
 #include "platform/StandardUpdaterController.h"
+#include "platform/UserSession.h"
 
 #include <memory>
 #include <optional>
@@ -43,6 +44,8 @@ public:
     makeAuthorizationController(std::vector<AuthorizationRequest> requests) = 0;
 
     virtual EventMonitors& eventMonitors() = 0;
+    /// Whether the session is locked is followed from the first call on.
+    virtual UserSession& userSession() = 0;
     virtual std::shared_ptr<Panel> makePanel(PanelDescription description) = 0;
     /// The monitor that has the keyboard focus; empty while no monitor is connected.
     virtual std::optional<Screen> mainScreen() = 0;

@@ -73,6 +73,9 @@ public:
     /// Held weakly. Without a delegate, every permission request is denied.
     virtual void setUserInterfaceDelegate(std::weak_ptr<UserInterfaceDelegate> delegate) = 0;
     virtual void setAllowsBackForwardNavigationGestures(bool allowed) = 0;
+    /// Allowed at first. While it is not, the microphone and the camera are off: a capture that
+    /// runs ends for good, and pages are denied another one without asking the delegate.
+    virtual void setAllowsMediaCapture(bool allowed) = 0;
     /// The cookies of the view's data store. The reference is valid as long as the view.
     virtual CookieStore& cookieStore() = 0;
 };

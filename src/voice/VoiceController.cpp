@@ -1,10 +1,13 @@
 #include "voice/VoiceController.h"
 
 #include "log/DebugLog.h"
+#include "platform/Desktop.h"
 
 namespace kelo::voice {
 
 void VoiceController::start(const std::shared_ptr<web::WebModel>&) {
+    // So that the answer is known before the first press asks for it.
+    platform::Desktop::current().userSession();
     const auto weak = weak_from_this();
     hotkey->onTap = [weak] {
         if (const auto self = weak.lock())
@@ -24,12 +27,22 @@ void VoiceController::toggleWidget() {
     if (widget->isVisible())
         widget->hide();
     else
-        widget->show();
+        showUnlessLocked();
 }
 
 void VoiceController::showWidget() {
     if (!widget->isVisible())
-        widget->show();
+        showUnlessLocked();
+}
+
+// Every way to show the widget ends here. It is signed in, so whoever stands before a lock screen
+// must not get it.
+void VoiceController::showUnlessLocked() {
+    platform::Desktop::current().userSession().performUnlessLocked([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (self && !self->widget->isVisible())
+            self->widget->show();
+    });
 }
 
 } // namespace kelo::voice

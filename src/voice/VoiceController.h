@@ -14,7 +14,7 @@ namespace kelo::voice {
 
 /// Binds the hotkey to the voice widget: a tap shows or hides the widget, a hold shows it. There is
 /// one for the life of the process. start() is called each time a main window's content appears.
-/// Main thread only.
+/// While the session is locked, nothing shows the widget. Main thread only.
 class VoiceController final : public ObservableObject,
                               public std::enable_shared_from_this<VoiceController> {
 public:
@@ -26,6 +26,7 @@ public:
 
 private:
     void showWidget();
+    void showUnlessLocked();
 
     const std::shared_ptr<GlobalHotkey> hotkey = std::make_shared<GlobalHotkey>();
     const std::shared_ptr<VoiceWidgetWindow> widget = std::make_shared<VoiceWidgetWindow>();

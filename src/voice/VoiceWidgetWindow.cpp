@@ -46,9 +46,13 @@ bool VoiceWidgetWindow::isVisible() const {
 void VoiceWidgetWindow::show() {
     const KeyablePanel& shown = ensurePanel();
     if (!shown->isVisible()) {
-        if (webView)
+        if (webView) {
+            // In this order: the page that is left must not listen again.
             webView->load(platform::UrlRequest{service::widgetURL()});
+            webView->setAllowsMediaCapture(true);
+        }
         place();
+        hideWhenLocked();
     }
     shown->makeKeyAndOrderFront();
     if (webView)
@@ -56,8 +60,12 @@ void VoiceWidgetWindow::show() {
 }
 
 void VoiceWidgetWindow::hide() {
+    lockObservation = Observation();
     if (panel)
         (*panel)->orderOut();
+    // Nobody can see any more that the page listens.
+    if (webView)
+        webView->setAllowsMediaCapture(false);
     if (onClose)
         onClose();
 }
@@ -102,6 +110,13 @@ std::shared_ptr<platform::EventMonitor> VoiceWidgetWindow::watchForEscape() {
                 self->hide();
             return nullptr;
         });
+}
+
+void VoiceWidgetWindow::hideWhenLocked() {
+    lockObservation = Desktop::current().userSession().observeLocking([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->hide();
+    });
 }
 
 void VoiceWidgetWindow::place() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/ObservableObject.h"
 #include "platform/EmbeddedWebView.h"
 #include "platform/EventMonitors.h"
 #include "voice/KeyablePanel.h"
@@ -12,7 +13,7 @@ namespace kelo::voice {
 
 /// The floating voice panel. It shows the service's widget page over other programs and takes the
 /// keyboard without bringing the program to the front. Panel, web view and Escape monitor are made
-/// at the first show and kept. Main thread only.
+/// at the first show and kept. It hides when the session locks. Main thread only.
 ///
 /// Must be owned by a shared pointer, because the platform's callbacks hold it weakly.
 class VoiceWidgetWindow final : public platform::UserInterfaceDelegate,
@@ -27,7 +28,8 @@ public:
     /// Brings the panel to the front and gives it the keyboard. If it was hidden, first reloads the
     /// page and places the panel at the bottom centre of the main screen.
     void show();
-    /// Hides the panel. The page stays loaded until the next show.
+    /// Hides the panel and turns the page's microphone and camera off. The page stays loaded until
+    /// the next show.
     void hide();
 
     /// Grants microphone and camera to the service's own host without asking, and to no other host.
@@ -44,10 +46,12 @@ private:
     std::shared_ptr<platform::EmbeddedWebView> makeWebView();
     std::shared_ptr<platform::EventMonitor> watchForEscape();
     void place();
+    void hideWhenLocked();
 
     std::optional<KeyablePanel> panel;
     std::shared_ptr<platform::EmbeddedWebView> webView;
     std::shared_ptr<platform::EventMonitor> escMonitor;
+    Observation lockObservation; ///< while the panel is shown
 };
 
 } // namespace kelo::voice

@@ -33,6 +33,10 @@ public:
     void setAllowsBackForwardNavigationGestures(bool allowed) override {
         calls.push_back(allowed ? "allow gestures" : "forbid gestures");
     }
+    void setAllowsMediaCapture(bool allowed) override {
+        calls.push_back(allowed ? "allow capture" : "forbid capture");
+        allowsMediaCapture = allowed;
+    }
     platform::CookieStore& cookieStore() override { return *this; }
 
     Task<void> setCookie(platform::HttpCookie cookie) override {
@@ -81,6 +85,7 @@ public:
     std::weak_ptr<platform::NavigationDelegate> navigationDelegate;
     std::weak_ptr<platform::UserInterfaceDelegate> interfaceDelegate;
     std::optional<Url> shown;
+    bool allowsMediaCapture = true;
     bool holdsCookieCompletions = false;
     std::optional<CheckedContinuation<void>> pendingCookie;
 };

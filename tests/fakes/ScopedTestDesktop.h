@@ -12,6 +12,7 @@
 #include "fakes/FakeMainLoop.h"
 #include "fakes/FakePanel.h"
 #include "fakes/FakeUpdater.h"
+#include "fakes/FakeUserSession.h"
 #include "fakes/FakeWebView.h"
 #include "platform/Desktop.h"
 
@@ -65,6 +66,10 @@ public:
     }
 
     FakeEventMonitors& eventMonitors() override { return monitors; }
+    FakeUserSession& userSession() override {
+        isSessionFollowed = true;
+        return session;
+    }
     std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description) override {
         made.emplace_back("panel");
         panels.push_back(std::make_shared<FakePanel>(description));
@@ -88,6 +93,8 @@ public:
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
     FakeEventMonitors monitors;
+    FakeUserSession session;
+    bool isSessionFollowed = false;
     FakeBundle bundle;
     int updateChecks = 0;
     std::vector<std::shared_ptr<FakePanel>> panels;

@@ -41,6 +41,12 @@ LinuxDesktop::makeAuthorizationController(std::vector<platform::AuthorizationReq
     return passkeys.makeController(std::move(requests));
 }
 
+platform::UserSession& LinuxDesktop::userSession() {
+    if (!userSession_)
+        userSession_ = std::make_unique<session::LinuxUserSession>();
+    return *userSession_;
+}
+
 std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescription description) {
     return panels.makePanel(std::move(description));
 }

@@ -8,6 +8,7 @@
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/input/KeyboardMonitors.h"
 #include "linux/panel/DesktopPanels.h"
+#include "linux/session/LinuxUserSession.h"
 #include "platform/Desktop.h"
 #include "posix/SystemClock.h"
 
@@ -39,6 +40,7 @@ public:
     std::shared_ptr<platform::AuthorizationController>
     makeAuthorizationController(std::vector<platform::AuthorizationRequest> requests) override;
     platform::EventMonitors& eventMonitors() override { return keyboard; }
+    platform::UserSession& userSession() override;
     std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description) override;
     std::optional<platform::Screen> mainScreen() override { return panels.mainScreen(); }
     platform::Bundle& mainBundle() override { return bundle; }
@@ -56,6 +58,7 @@ private:
     PosixFileSystem fileSystem_;
     std::unique_ptr<platform::HttpSession> sharedSession;
     std::unique_ptr<webkit::WebKitSession> webKitSession;
+    std::unique_ptr<session::LinuxUserSession> userSession_;
 };
 
 } // namespace kelo::desktop

@@ -76,13 +76,37 @@ private:
 
 MediaPermission::MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native,
                                  const Url& service)
-    : view(view), native(native), service(service), page(std::make_shared<Page>()) {}
+    : view(view), native(native), service(service), page(std::make_shared<Page>()) {
+    const auto changed =
+        +[](WebKitWebView*, GParamSpec*, MediaPermission* self) { self->stopUnlessAllowed(); };
+    // A capture that was granted before may begin only after it was forbidden.
+    microphoneConnection =
+        gobject::connectSignal(native, "notify::microphone-capture-state", changed, this);
+    cameraConnection =
+        gobject::connectSignal(native, "notify::camera-capture-state", changed, this);
+}
 
 void MediaPermission::setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
     delegate = std::move(newDelegate);
     if (!std::exchange(crossOriginFramesDenied, true))
         denyMediaToCrossOriginFrames(webkit_web_view_get_user_content_manager(native), service);
     webkit_settings_set_enable_media_stream(webkit_web_view_get_settings(native), TRUE);
+}
+
+void MediaPermission::setAllowed(bool allowed) {
+    isAllowed = allowed;
+    // Requests that wait for their decision are denied: their page has gone.
+    if (!allowed)
+        page = std::make_shared<Page>(*page);
+    stopUnlessAllowed();
+}
+
+// Stopped and not muted: a muted capture would go on as soon as somebody lifts the mute.
+void MediaPermission::stopUnlessAllowed() const {
+    if (isAllowed)
+        return;
+    webkit_web_view_set_microphone_capture_state(native, WEBKIT_MEDIA_CAPTURE_STATE_NONE);
+    webkit_web_view_set_camera_capture_state(native, WEBKIT_MEDIA_CAPTURE_STATE_NONE);
 }
 
 void MediaPermission::navigationStarted() {
@@ -101,7 +125,7 @@ void MediaPermission::decide(WebKitUserMediaPermissionRequest* request) {
     const auto decision = std::make_shared<Decision>(request, page);
     const auto type = typeOf(request);
     const auto decider = delegate.lock();
-    if (!type || !decider || !page->origin || page->isBeingLeft)
+    if (!isAllowed || !type || !decider || !page->origin || page->isBeingLeft)
         return;
     const SecurityOrigin origin = *page->origin;
     decider->requestMediaCapturePermission(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/gobject/GObjectPointer.h"
+#include "linux/gobject/SignalHandler.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>
@@ -14,9 +15,9 @@ namespace kelo::webkit {
 /// which frame asks; CrossOriginFrames keeps cross-origin frames from asking. A decision holds
 /// until the page changes.
 ///
-/// Denied without asking the delegate: every request while there is no delegate; screen capture;
-/// and requests during a navigation, when it is unclear which page asks. "prompt" denies, too: the
-/// program has no window to ask the user with.
+/// Denied without asking the delegate: every request while there is no delegate, and while capture
+/// is not allowed; screen capture; and requests during a navigation, when it is unclear which page
+/// asks. "prompt" denies, too: the program has no window to ask the user with.
 class MediaPermission {
 public:
     /// The view must outlive this object. navigator.mediaDevices exists only in pages that are
@@ -24,6 +25,9 @@ public:
     MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native, const Url& service);
 
     void setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate);
+    /// Allowed at first. While it is not, what the page captures is stopped as soon as it begins,
+    /// and requests that wait for a decision are denied.
+    void setAllowed(bool allowed);
 
     /// The main frame begins to navigate to another document.
     void navigationStarted();
@@ -40,12 +44,17 @@ private:
     struct Page;
     class Decision;
 
+    void stopUnlessAllowed() const;
+
     platform::EmbeddedWebView& view;
     WebKitWebView* native;
     Url service;
     std::weak_ptr<platform::UserInterfaceDelegate> delegate;
     bool crossOriginFramesDenied = false;
+    bool isAllowed = true;
     std::shared_ptr<Page> page;
+    gobject::SignalConnection microphoneConnection;
+    gobject::SignalConnection cameraConnection;
 };
 
 } // namespace kelo::webkit

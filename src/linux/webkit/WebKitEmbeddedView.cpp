@@ -228,6 +228,10 @@ void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
         webkit_web_view_get_settings(view.get()), allowed);
 }
 
+void WebKitEmbeddedView::setAllowsMediaCapture(bool allowed) {
+    mediaPermission->setAllowed(allowed);
+}
+
 void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     switch (event) {
     case WEBKIT_LOAD_STARTED:

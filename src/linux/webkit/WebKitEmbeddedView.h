@@ -38,6 +38,7 @@ public:
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override;
     void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override;
     void setAllowsBackForwardNavigationGestures(bool allowed) override;
+    void setAllowsMediaCapture(bool allowed) override;
     platform::CookieStore& cookieStore() override;
 
     GtkWidget* widget() override { return GTK_WIDGET(view.get()); }

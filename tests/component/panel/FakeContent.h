@@ -38,6 +38,7 @@ public:
     void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate>) override {}
     void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate>) override {}
     void setAllowsBackForwardNavigationGestures(bool) override {}
+    void setAllowsMediaCapture(bool) override {}
     platform::CookieStore& cookieStore() override { return view; }
 
 private:

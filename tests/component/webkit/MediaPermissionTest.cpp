@@ -214,4 +214,41 @@ TEST_F(MediaPermission, PageLearnsNothingOfTheDevicesBeforeItMayUseThem) {
         EXPECT_EQ(stateOf(name), "prompt") << name;
 }
 
+TEST_F(MediaPermission, ForbiddenCaptureIsDeniedWithoutAskingTheDelegateUntilItIsAllowed) {
+    show();
+    view->setAllowsMediaCapture(false);
+    EXPECT_EQ(outcomeOf(microphone), "NotAllowedError");
+    EXPECT_EQ(outcomeOf(camera), "NotAllowedError");
+    EXPECT_THAT(decider->types, IsEmpty());
+    view->setAllowsMediaCapture(true);
+    EXPECT_EQ(outcomeOf(microphone), "captured");
+}
+
+TEST_F(MediaPermission, GrantThatComesAfterCaptureWasForbiddenIsADenial) {
+    show();
+    decider->answer.reset();
+    evaluate("window.outcome = ''; navigator.mediaDevices.getUserMedia({audio: true}).then(() => "
+             "outcome = 'captured', (error) => outcome = error.name); 1");
+    ASSERT_TRUE(loop.runUntil([&] { return decider->waiting != nullptr; }));
+    view->setAllowsMediaCapture(false);
+    view->setAllowsMediaCapture(true);
+    decider->waiting(PermissionDecision::grant);
+    EXPECT_TRUE(waitForScript("outcome", "NotAllowedError"));
+}
+
+TEST_F(MediaPermission, MicrophoneAndCameraThatRunEndWhenCaptureIsForbidden) {
+    show();
+    EXPECT_EQ(outcomeOf("navigator.mediaDevices.getUserMedia({audio: true, video: true})"),
+              "captured");
+    const auto isLive = [this] {
+        return webkit_web_view_get_microphone_capture_state(native()) !=
+                   WEBKIT_MEDIA_CAPTURE_STATE_NONE ||
+               webkit_web_view_get_camera_capture_state(native()) !=
+                   WEBKIT_MEDIA_CAPTURE_STATE_NONE;
+    };
+    ASSERT_TRUE(loop.runUntil(isLive));
+    view->setAllowsMediaCapture(false);
+    EXPECT_TRUE(loop.runUntil([&] { return !isLive(); }));
+}
+
 } // namespace kelo::test

@@ -92,4 +92,15 @@ TEST_F(Microphone, IsLiveUntilThePageStopsIt) {
     EXPECT_TRUE(loop.runUntil([&] { return !isLive(); }));
 }
 
+TEST_F(Microphone, CaptureThatRunsEndsForGoodWhenItIsForbidden) {
+    const auto state = [this] { return webkit_web_view_get_microphone_capture_state(native()); };
+    evaluate("document.getElementById('microphone').click()");
+    ASSERT_TRUE(loop.runUntil([&] { return state() == WEBKIT_MEDIA_CAPTURE_STATE_ACTIVE; }));
+    view->setAllowsMediaCapture(false);
+    EXPECT_TRUE(loop.runUntil([&] { return state() == WEBKIT_MEDIA_CAPTURE_STATE_NONE; }));
+    view->setAllowsMediaCapture(true);
+    EXPECT_TRUE(waitForScript("meter.getAttribute('aria-valuenow') < 5", "true"));
+    EXPECT_EQ(state(), WEBKIT_MEDIA_CAPTURE_STATE_NONE);
+}
+
 } // namespace kelo::test

@@ -1,0 +1,116 @@
+#include "linux/session/X11LockScreen.h"
+
+#include <gdk/x11/gdkx.h>
+
+#include <X11/extensions/XInput2.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <ranges>
+#include <span>
+#include <vector>
+
+namespace kelo::session {
+
+namespace {
+
+struct XFreeDeleter {
+    void operator()(void* memory) const { XFree(memory); }
+};
+
+/// A window of another program may be gone at any moment. Its error would end this program.
+class IgnoredErrors {
+public:
+    explicit IgnoredErrors(GdkDisplay* display) : display(display) {
+        gdk_x11_display_error_trap_push(display);
+    }
+    ~IgnoredErrors() { gdk_x11_display_error_trap_pop_ignored(display); }
+    IgnoredErrors(const IgnoredErrors&) = delete;
+    IgnoredErrors& operator=(const IgnoredErrors&) = delete;
+
+private:
+    GdkDisplay* display;
+};
+
+/// In pixels.
+std::vector<GdkRectangle> monitorsOf(GdkDisplay* display) {
+    std::vector<GdkRectangle> all;
+    GListModel* const monitors = gdk_display_get_monitors(display);
+    for (guint at = 0; at < g_list_model_get_n_items(monitors); ++at) {
+        const auto monitor = gobject::GObjectPointer<GdkMonitor>::adopt(
+            static_cast<GdkMonitor*>(g_list_model_get_item(monitors, at)));
+        const int scale = gdk_monitor_get_scale_factor(monitor.get());
+        GdkRectangle place;
+        gdk_monitor_get_geometry(monitor.get(), &place);
+        all.push_back(
+            {place.x * scale, place.y * scale, place.width * scale, place.height * scale});
+    }
+    return all;
+}
+
+bool contains(const XWindowAttributes& window, const GdkRectangle& monitor) {
+    const int border = 2 * window.border_width;
+    return window.x <= monitor.x && window.y <= monitor.y &&
+           window.x + window.width + border >= monitor.x + monitor.width &&
+           window.y + window.height + border >= monitor.y + monitor.height;
+}
+
+} // namespace
+
+X11LockScreen::X11LockScreen(GdkDisplay* display)
+    : display(gobject::GObjectPointer<GdkDisplay>::share(display)) {
+    Display* const x = gdk_x11_display_get_xdisplay(display);
+    neverShown = XCreateWindow(x, DefaultRootWindow(x), 0, 0, 1, 1, 0, 0, InputOnly, CopyFromParent,
+                               0, nullptr);
+}
+
+X11LockScreen::~X11LockScreen() {
+    if (!gdk_display_is_closed(display.get()))
+        XDestroyWindow(gdk_x11_display_get_xdisplay(display.get()), neverShown);
+}
+
+// A grab for a window that is not shown always fails. The server gives "already grabbed" as the
+// reason first, so this learns of other grabs and never has one itself, which other programs would
+// see as a loss of the focus. The toolkit's connection and its kind of grab are used so that our
+// own open menus are not taken for another program.
+bool X11LockScreen::isKeyboardGrabbed() {
+    GdkSeat* const seat = gdk_display_get_default_seat(display.get());
+    GdkDevice* const keyboard = seat ? gdk_seat_get_keyboard(seat) : nullptr;
+    if (!keyboard)
+        return false;
+    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
+    XIEventMask nothing{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
+    const IgnoredErrors ignored(display.get());
+    return XIGrabDevice(gdk_x11_display_get_xdisplay(display.get()),
+                        gdk_x11_device_get_id(keyboard), neverShown, CurrentTime, None,
+                        XIGrabModeAsync, XIGrabModeAsync, False, &nothing) == XIAlreadyGrabbed;
+}
+
+bool X11LockScreen::isMonitorCovered() {
+    Display* const x = gdk_x11_display_get_xdisplay(display.get());
+    const IgnoredErrors ignored(display.get());
+    Window root = None;
+    Window parent = None;
+    Window* children = nullptr;
+    unsigned int count = 0;
+    if (!XQueryTree(x, DefaultRootWindow(x), &root, &parent, &children, &count) || !children)
+        return false;
+    const std::unique_ptr<Window, XFreeDeleter> owned(children);
+    const auto monitors = monitorsOf(display.get());
+    for (const Window window : std::span(children, count) | std::views::reverse) {
+        XWindowAttributes attributes{};
+        if (!XGetWindowAttributes(x, window, &attributes) || attributes.map_state != IsViewable ||
+            attributes.c_class == InputOnly)
+            continue;
+        if (gdk_x11_surface_lookup_for_display(display.get(), window))
+            return false;
+        if (std::ranges::any_of(monitors, [&](const GdkRectangle& monitor) {
+                return contains(attributes, monitor);
+            }))
+            return true;
+    }
+    return false;
+}
+
+} // namespace kelo::session
