@@ -42,6 +42,11 @@ struct WebViewConfiguration {
     WebsiteDataStore websiteDataStore = WebsiteDataStore::persistentDefault;
     /// Whether pages may run their own scripts. User scripts run in either case.
     bool allowsContentJavaScript = true;
+    /// Whether pages may play sound before the user has clicked in them.
+    bool allowsAutoplay = false;
+    /// Whether a link that the user clicks opens in the browser and leaves the view's page alone.
+    /// Links within the page and navigations by the page's scripts stay in the view.
+    bool linksOpenInBrowser = false;
     std::vector<UserScript> userScripts = {};
     std::vector<ScriptMessageRegistration> scriptMessageHandlers = {};
 };

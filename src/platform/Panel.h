@@ -5,6 +5,7 @@
 #include "platform/Window.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace kelo::platform {
@@ -109,6 +110,10 @@ public:
     virtual Rectangle frame() const = 0;
     /// Moves the panel's lower left corner to this point. A hidden panel appears there.
     virtual void setFrameOrigin(Point origin) = 0;
+
+    /// The handler is called in a later turn of the main loop when the monitors or their free areas
+    /// have changed while the panel is shown. Not called where the desktop places the panel.
+    virtual void setScreensHandler(std::function<void()> handler) = 0;
 
     /// Shows the panel in front and gives it the keyboard. The program's other windows stay where
     /// they are.

@@ -78,6 +78,10 @@ const KeyablePanel& VoiceWidgetWindow::ensurePanel() {
     made->setContentView(
         {webView, platform::autoresizing::widthSizable | platform::autoresizing::heightSizable,
          cornerRadius, true});
+    made->setScreensHandler([weak = weak_from_this()] {
+        if (const auto self = weak.lock(); self && self->isVisible())
+            self->place();
+    });
     escMonitor = watchForEscape();
     return panel.emplace(made);
 }
@@ -87,6 +91,9 @@ std::shared_ptr<platform::EmbeddedWebView> VoiceWidgetWindow::makeWebView() {
     // Shared with the main window's view, so that signing in there counts here, too.
     configuration.websiteDataStore = platform::WebsiteDataStore::persistentDefault;
     configuration.allowsContentJavaScript = true;
+    // The service speaks as soon as it is asked, which may be without a click.
+    configuration.allowsAutoplay = true;
+    configuration.linksOpenInBrowser = true;
     configuration.scriptMessageHandlers.push_back(
         {std::make_shared<WeakScriptHandler>(weak_from_this()), handlerName});
     auto view =

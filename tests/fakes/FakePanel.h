@@ -21,6 +21,9 @@ public:
     }
     bool isVisible() const override { return visible; }
     platform::Rectangle frame() const override { return frame_; }
+    void setScreensHandler(std::function<void()> handler) override {
+        screensChanged = std::move(handler);
+    }
     void setFrameOrigin(platform::Point origin) override {
         calls.emplace_back("setFrameOrigin");
         frame_.x = origin.x;
@@ -47,6 +50,8 @@ public:
     platform::PanelContent content;
     std::shared_ptr<platform::EmbeddedWebView> firstResponder;
     std::vector<std::string> calls;
+    /// What the panel's owner does when the monitors have changed.
+    std::function<void()> screensChanged;
     /// Run each time the panel is about to appear.
     std::function<void()> onOrderFront;
     bool visible = false;

@@ -19,6 +19,7 @@ public:
     /// Keeps the distance from the lower edge of the work area, whichever monitor the panel appears
     /// on. Also keeps the distance from the left edge, unless the panel is centred.
     void setFrameOrigin(platform::Point origin) override;
+    void setScreensHandler(std::function<void()>) override {}
 };
 
 } // namespace kelo::panel

@@ -23,6 +23,7 @@ public:
     /// The place that was asked for. The desktop does not tell where the window really is.
     platform::Rectangle frame() const override;
     void setFrameOrigin(platform::Point newOrigin) override { origin = newOrigin; }
+    void setScreensHandler(std::function<void()>) override {}
     void makeKeyAndOrderFront() override;
     void makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) override;
     void orderOut() override;

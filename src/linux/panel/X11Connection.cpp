@@ -1,6 +1,7 @@
 #include "linux/panel/X11Connection.h"
 
 #include <X11/Xatom.h>
+#include <X11/extensions/Xrandr.h>
 
 #include <algorithm>
 #include <memory>
@@ -65,6 +66,12 @@ std::vector<Window> X11Connection::ordinaryWindows() const {
     });
     std::reverse(windows.begin(), windows.end());
     return windows;
+}
+
+int X11Connection::randrEvents() const {
+    int first = 0;
+    int errors = 0;
+    return XRRQueryExtension(x, &first, &errors) ? first : 0;
 }
 
 bool X11Connection::isViewable(Window window) const {

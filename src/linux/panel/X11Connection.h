@@ -54,6 +54,9 @@ public:
     /// have the same type. 0 if the server sends no such events.
     int selectionEvent() const;
 
+    /// The first number of the events that report changes of monitors; 0 if the server sends none.
+    int randrEvents() const;
+
     Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }
     /// The items of a 32-bit property; empty if the window has no such property of this type.
     std::vector<unsigned long> property(Window window, const char* name, Atom type) const;

@@ -5,6 +5,7 @@
 
 #include <X11/Xatom.h>
 #include <X11/extensions/XInput2.h>
+#include <X11/extensions/Xrandr.h>
 
 #include <array>
 #include <utility>
@@ -34,6 +35,7 @@ X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& descri
       window(description, description.hasShadow ? shadowMargin : 0),
       selectionEvent(connection.selectionEvent()),
       mayHaveKeyboard(description.canBecomeKeyWindow),
+      randrEvents(connection.randrEvents()),
       heldKey(connection),
       origin{description.contentRectangle.x, description.contentRectangle.y},
       dialogs([this](GtkWindow* appeared) { dialogsChanged(appeared); }) {
@@ -42,6 +44,8 @@ X11Panel::X11Panel(GdkDisplay* display, const platform::PanelDescription& descri
 
 X11Panel::~X11Panel() {
     orderOut();
+    if (screensSource != 0)
+        g_source_remove(screensSource);
     g_signal_handlers_disconnect_by_data(connection.display(), this);
 }
 
@@ -101,6 +105,33 @@ void X11Panel::setFrameOrigin(platform::Point newOrigin) {
     origin = newOrigin;
     if (isVisible())
         move();
+}
+
+void X11Panel::setScreensHandler(std::function<void()> handler) {
+    screensHandler = std::move(handler);
+}
+
+bool X11Panel::reportsScreens(const XEvent& event) const {
+    if (event.type == PropertyNotify)
+        return event.xproperty.window == connection.root() &&
+               event.xproperty.atom == connection.atom("_NET_WORKAREA");
+    return randrEvents != 0 && (event.type == randrEvents + RRScreenChangeNotify ||
+                                event.type == randrEvents + RRNotify);
+}
+
+// Later, because one change comes as several events.
+void X11Panel::screensChanged() {
+    if (!isVisible() || !screensHandler || screensSource != 0)
+        return;
+    screensSource = g_idle_add(
+        [](gpointer self) -> gboolean {
+            auto& panel = *static_cast<X11Panel*>(self);
+            panel.screensSource = 0;
+            if (panel.isVisible())
+                panel.screensHandler();
+            return G_SOURCE_REMOVE;
+        },
+        this);
 }
 
 void X11Panel::makeKeyAndOrderFront() {
@@ -238,6 +269,8 @@ gboolean X11Panel::handle(const XEvent& event) {
     if (event.type == selectionEvent && isTranslucent != connection.isComposited())
         reshape();
     heldKey.handle(event);
+    if (reportsScreens(event))
+        screensChanged();
     if (event.type == MapNotify && dialogToFocus != None)
         dialogMapped(event.xmap.window);
     if (event.type != GenericEvent || !event.xcookie.data || !window.surface())

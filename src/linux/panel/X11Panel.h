@@ -28,6 +28,7 @@ public:
     bool isVisible() const override;
     platform::Rectangle frame() const override;
     void setFrameOrigin(platform::Point origin) override;
+    void setScreensHandler(std::function<void()> handler) override;
     void makeKeyAndOrderFront() override;
     void makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) override;
     void orderOut() override;
@@ -43,6 +44,8 @@ private:
     void watchPresses(bool wanted) const;
     /// The user has pressed a mouse button anywhere on the screen.
     void pressed(Time time);
+    bool reportsScreens(const XEvent& event) const;
+    void screensChanged();
     /// Forgets a press that would have given the keyboard back.
     void stay();
     /// A dialog of this program has appeared; null: the last one has gone.
@@ -68,6 +71,10 @@ private:
     XID dialogToFocus = None;
     /// How often the keyboard may still be taken back from a window that got it from a dialog.
     int reclaimsLeft = 0;
+    std::function<void()> screensHandler;
+    int randrEvents;
+    /// The idle source that calls the handler; 0 for none.
+    guint screensSource = 0;
     /// The timer after which a press outside gives the keyboard back; 0 for none.
     guint leaving = 0;
     Time pressTime = CurrentTime;

@@ -52,9 +52,10 @@ bool isAttachment(WebKitURIResponse* response) {
 
 } // namespace
 
-NavigationPolicy::NavigationPolicy(Url service, ExternalOpener openExternally,
-                                   std::function<void()> tryAgain)
+NavigationPolicy::NavigationPolicy(Url service, bool linksOpenInBrowser,
+                                   ExternalOpener openExternally, std::function<void()> tryAgain)
     : service(std::move(service)),
+      linksOpenInBrowser(linksOpenInBrowser),
       openExternally(std::move(openExternally)),
       tryAgain(std::move(tryAgain)) {}
 
@@ -62,8 +63,9 @@ bool NavigationPolicy::decide(WebKitWebView* view, WebKitPolicyDecision* decisio
                               WebKitPolicyDecisionType type) {
     switch (type) {
     case WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION:
-        return decideNavigation(decision, webkit_navigation_policy_decision_get_navigation_action(
-                                              WEBKIT_NAVIGATION_POLICY_DECISION(decision)));
+        return decideNavigation(view, decision,
+                                webkit_navigation_policy_decision_get_navigation_action(
+                                    WEBKIT_NAVIGATION_POLICY_DECISION(decision)));
     case WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION:
         decideNewWindow(view, decision,
                         webkit_navigation_policy_decision_get_navigation_action(
@@ -75,7 +77,18 @@ bool NavigationPolicy::decide(WebKitWebView* view, WebKitPolicyDecision* decisio
     return false;
 }
 
-bool NavigationPolicy::decideNavigation(WebKitPolicyDecision* decision,
+bool NavigationPolicy::belongsInBrowser(WebKitWebView* view, WebKitNavigationAction* action) const {
+    if (!linksOpenInBrowser || !webkit_navigation_action_is_user_gesture(action) ||
+        webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_LINK_CLICKED)
+        return false;
+    const auto withoutFragment = [](const std::string& address) {
+        return address.substr(0, address.find('#'));
+    };
+    const char* const shown = webkit_web_view_get_uri(view);
+    return withoutFragment(addressOf(action)) != withoutFragment(shown ? shown : "");
+}
+
+bool NavigationPolicy::decideNavigation(WebKitWebView* view, WebKitPolicyDecision* decision,
                                         WebKitNavigationAction* action) {
     const std::string address = addressOf(action);
     if (address == tryAgainAddress) {
@@ -84,6 +97,11 @@ bool NavigationPolicy::decideNavigation(WebKitPolicyDecision* decision,
         return true;
     }
     const std::string scheme = schemeOf(address);
+    if ((scheme == "https" || scheme == "http") && belongsInBrowser(view, action)) {
+        webkit_policy_decision_ignore(decision);
+        openExternally(address);
+        return true;
+    }
     if (isShownByTheEngine(scheme))
         return false;
     webkit_policy_decision_ignore(decision);

@@ -14,19 +14,24 @@ namespace kelo::webkit {
 /// the service, otherwise in the browser.
 class NavigationPolicy {
 public:
-    /// tryAgain is called when the user clicks "Try again" on an error page.
-    NavigationPolicy(Url service, ExternalOpener openExternally, std::function<void()> tryAgain);
+    /// linksOpenInBrowser: as in WebViewConfiguration. tryAgain is called when the user clicks "Try
+    /// again" on an error page.
+    NavigationPolicy(Url service, bool linksOpenInBrowser, ExternalOpener openExternally,
+                     std::function<void()> tryAgain);
 
     /// True if the decision was made; false leaves it to the engine.
     bool decide(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
 
 private:
-    bool decideNavigation(WebKitPolicyDecision* decision, WebKitNavigationAction* action);
+    bool decideNavigation(WebKitWebView* view, WebKitPolicyDecision* decision,
+                          WebKitNavigationAction* action);
+    bool belongsInBrowser(WebKitWebView* view, WebKitNavigationAction* action) const;
     void decideNewWindow(WebKitWebView* view, WebKitPolicyDecision* decision,
                          WebKitNavigationAction* action);
     bool decideResponse(WebKitPolicyDecision* decision, WebKitResponsePolicyDecision* response);
 
     Url service;
+    bool linksOpenInBrowser;
     ExternalOpener openExternally;
     std::function<void()> tryAgain;
 };

@@ -50,9 +50,15 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
     // MediaPermission enables it once there is a delegate.
     webkit_settings_set_enable_media_stream(settings.get(), FALSE);
 
-    auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(
-        g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager",
-                     content.get(), "settings", settings.get(), nullptr)));
+    const auto policies = gobject::GObjectPointer<WebKitWebsitePolicies>::adopt(
+        webkit_website_policies_new_with_policies("autoplay",
+                                                  configuration.allowsAutoplay
+                                                      ? WEBKIT_AUTOPLAY_ALLOW
+                                                      : WEBKIT_AUTOPLAY_ALLOW_WITHOUT_SOUND,
+                                                  nullptr));
+    auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(g_object_new(
+        WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager", content.get(),
+        "settings", settings.get(), "website-policies", policies.get(), nullptr)));
     gtk_widget_set_hexpand(GTK_WIDGET(view.get()), TRUE);
     gtk_widget_set_vexpand(GTK_WIDGET(view.get()), TRUE);
     if (frame.width > 0 && frame.height > 0)
@@ -103,7 +109,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
       cookies(std::make_unique<WebKitCookieStore>(session.get())),
       policy(std::make_unique<NavigationPolicy>(
-          shared.settings().service, shared.settings().openExternally, [this] { tryAgain(); })),
+          shared.settings().service, configuration.linksOpenInBrowser,
+          shared.settings().openExternally, [this] { tryAgain(); })),
       messages(std::make_unique<ScriptMessages>(
           *this, webkit_web_view_get_user_content_manager(view.get()), shared.settings().service,
           configuration.scriptMessageHandlers)),
@@ -162,6 +169,11 @@ void WebKitEmbeddedView::connectPolicySignals() {
             return TRUE;
         });
     connect(
+        "script-dialog", +[](WebKitWebView*, WebKitScriptDialog* dialog, Self self) -> gboolean {
+            self->scriptDialog.reset(webkit_script_dialog_ref(dialog));
+            return FALSE;
+        });
+    connect(
         "query-permission-state",
         +[](WebKitWebView*, WebKitPermissionStateQuery* query, Self self) -> gboolean {
             webkit_permission_state_query_finish(query, self->mediaPermission->stateFor(query));
@@ -172,6 +184,9 @@ void WebKitEmbeddedView::connectPolicySignals() {
 void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
         invariantBroken("a web view is asked for pages with GET and no body");
+    // A page that waits for an answer loads no other page, and would pass for one that hangs.
+    if (const auto dialog = std::move(scriptDialog))
+        webkit_script_dialog_close(dialog.get());
     endUnresponsiveProcess();
     startLoad(request);
     probe->start(request.url);

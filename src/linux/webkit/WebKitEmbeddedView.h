@@ -2,6 +2,7 @@
 
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
+#include "linux/webkit/EngineHandles.h"
 #include "linux/webkit/WebKitSession.h"
 #include "linux/window/HostedWidget.h"
 #include "platform/EmbeddedWebView.h"
@@ -74,6 +75,8 @@ private:
     std::unique_ptr<NavigationPolicy> policy;
     std::unique_ptr<ScriptMessages> messages;
     std::unique_ptr<MediaPermission> mediaPermission;
+    /// The last alert, question or prompt of a page; perhaps answered by now.
+    ScriptDialogPointer scriptDialog;
     std::weak_ptr<platform::NavigationDelegate> delegate;
     // Last: disconnected before anything that the handlers use is destroyed.
     std::vector<gobject::SignalConnection> connections;

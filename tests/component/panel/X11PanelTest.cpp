@@ -4,7 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 
@@ -219,6 +224,38 @@ TEST_F(X11PanelTest, ShowsOneViewAtATimeAndNothingInPlaceOfOneItCannotDraw) {
     panel->setContentView({withoutWidget, 18, 18, true});
     EXPECT_EQ(gtk_widget_get_first_child(frame), nullptr);
     EXPECT_GT(withoutWidget.use_count(), 1) << "it is kept";
+}
+
+TEST_F(X11PanelTest, ItsOwnerLearnsOfChangedMonitorsWhileItIsShown) {
+    int changes = 0;
+    panel->setScreensHandler([&] { ++changes; });
+    const auto announce = [this](long height) {
+        const std::array<long, 4> area{0, 0, connection.width(), height};
+        XChangeProperty(connection.display(), connection.root(), connection.atom("_NET_WORKAREA"),
+                        XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(area.data()), 4);
+        connection.sync();
+    };
+    announce(700);
+    show();
+    const int whileHidden = changes;
+    announce(600);
+    until("the work area is noticed", [&] { return changes > whileHidden; });
+    const int before = changes;
+    std::system("xrandr --fb 1000x900 >/dev/null 2>&1");
+    until("the smaller screen is noticed", [&] { return changes > before; });
+    std::system("xrandr --fb 1280x1024 >/dev/null 2>&1");
+    until("the screen is as before", [this] {
+        const screen::XConnection fresh;
+        return fresh.width() == 1280;
+    });
+    hide();
+    const int afterwards = changes;
+    announce(650);
+    gdk_display_sync(gdk_display_get_default());
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    EXPECT_EQ(changes, afterwards);
 }
 
 } // namespace

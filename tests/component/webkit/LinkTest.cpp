@@ -43,6 +43,42 @@ TEST_F(Link, OfAnotherSiteThatWantsANewWindowOpensInTheBrowser) {
     EXPECT_EQ(view->url()->path(), "/");
 }
 
+TEST_F(Link, PlainLinkStaysInTheViewUnlessLinksBelongInTheBrowser) {
+    for (const bool inBrowser : {false, true}) {
+        peer = site({{"/", "<a href='/next'>next</a>"}, {"/next", "next page"}});
+        platform::WebViewConfiguration configuration;
+        configuration.linksOpenInBrowser = inBrowser;
+        endSession();
+        makeView(peer->url(), configuration);
+        open(peer->url("/"));
+        const auto pagesBefore = recorder->finished.size();
+        click();
+        if (inBrowser) {
+            ASSERT_TRUE(loop.runUntil([&] { return !openedOutside.empty(); }));
+            EXPECT_THAT(openedOutside, ElementsAre(peer->origin() + "/next"));
+            EXPECT_EQ(view->url()->path(), "/");
+        } else {
+            ASSERT_TRUE(waitForFinished(pagesBefore + 1));
+            EXPECT_EQ(view->url()->path(), "/next");
+            EXPECT_THAT(openedOutside, IsEmpty());
+        }
+    }
+}
+
+TEST_F(Link, NeitherAPlaceInThePageNorAScriptsNavigationBelongsInTheBrowser) {
+    peer = site({{"/", "<a href='#below'>below</a>"}, {"/next", "next page"}});
+    platform::WebViewConfiguration configuration;
+    configuration.linksOpenInBrowser = true;
+    makeView(peer->url(), configuration);
+    open(peer->url("/"));
+    click();
+    ASSERT_TRUE(waitForScript("location.hash", "#below"));
+    evaluate("location.href = '/next'; 1");
+    ASSERT_TRUE(waitForFinished(2));
+    EXPECT_EQ(view->url()->path(), "/next");
+    EXPECT_THAT(openedOutside, IsEmpty());
+}
+
 TEST_F(Link, MailAddressOpensInTheMailProgram) {
     show("<a href='mailto:help@example.org'>mail</a>");
     click();

@@ -103,4 +103,36 @@ TEST_F(Microphone, CaptureThatRunsEndsForGoodWhenItIsForbidden) {
     EXPECT_EQ(state(), WEBKIT_MEDIA_CAPTURE_STATE_NONE);
 }
 
+/// Whether a page may speak before anybody has clicked in it.
+class Autoplay : public WebKitFixture {
+protected:
+    void show(bool allowed) {
+        peers.push_back(site({{"/", "<script>const sound = new AudioContext();"
+                                    "const tell = () => document.title = sound.state;"
+                                    "sound.onstatechange = tell; tell();</script>"}}));
+        platform::WebViewConfiguration configuration;
+        configuration.allowsAutoplay = allowed;
+        makeView(peers.back()->url(), configuration);
+        open(peers.back()->url("/"));
+    }
+
+    std::vector<std::unique_ptr<MisbehavingServer>> peers;
+};
+
+TEST_F(Autoplay, SoundStartsByItselfWhereItIsAllowed) {
+    show(true);
+    EXPECT_TRUE(waitForTitle("running"));
+}
+
+TEST_F(Autoplay, SoundWaitsForAClickElsewhere) {
+    show(false);
+    const auto waits = view;
+    ASSERT_TRUE(waitForTitle("suspended"));
+    // The sound of a page that was opened later tells that there was time enough.
+    show(true);
+    ASSERT_TRUE(waitForTitle("running"));
+    view = waits;
+    EXPECT_EQ(evaluate("document.title"), "suspended");
+}
+
 } // namespace kelo::test

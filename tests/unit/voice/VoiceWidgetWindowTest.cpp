@@ -88,6 +88,8 @@ TEST_F(VoiceWidgetWindowTest, WebViewSharesTheStoreAndHasOneHandlerAndNoUserScri
     const auto& configuration = page().configuration;
     EXPECT_EQ(configuration.websiteDataStore, platform::WebsiteDataStore::persistentDefault);
     EXPECT_TRUE(configuration.allowsContentJavaScript);
+    EXPECT_TRUE(configuration.allowsAutoplay);
+    EXPECT_TRUE(configuration.linksOpenInBrowser);
     EXPECT_TRUE(configuration.userScripts.empty());
     ASSERT_EQ(configuration.scriptMessageHandlers.size(), 1u);
     EXPECT_EQ(configuration.scriptMessageHandlers[0].name, "kelo");
@@ -140,6 +142,19 @@ TEST_F(VoiceWidgetWindowTest, EachShowFromHiddenPlacesThePanelAnew) {
     desktop.screen = platform::Screen{{-1280, 300, 1280, 1000}};
     widget->show();
     EXPECT_EQ(panel().frame(), (platform::Rectangle{-960, 316, 640, 620}));
+}
+
+TEST_F(VoiceWidgetWindowTest, ChangedMonitorsPlaceTheShownPanelAnew) {
+    widget->show();
+    panel().calls.clear();
+    desktop.screen = platform::Screen{{-1280, 300, 1280, 1000}};
+    panel().screensChanged();
+    EXPECT_EQ(panel().frame(), (platform::Rectangle{-960, 316, 640, 620}));
+    EXPECT_EQ(panel().calls, Calls{"setFrameOrigin"});
+    widget->hide();
+    panel().calls.clear();
+    panel().screensChanged();
+    EXPECT_EQ(panel().calls, Calls{});
 }
 
 TEST_F(VoiceWidgetWindowTest, WithoutAMainScreenThePanelStaysWhereItWas) {
