@@ -9,6 +9,7 @@
 #include "linux/webkit/MediaPermission.h"
 #include "linux/webkit/NavigationPolicy.h"
 #include "linux/webkit/PageLoad.h"
+#include "linux/webkit/ScriptDialogs.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/WebKitCookieStore.h"
 
@@ -115,7 +116,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
           *this, webkit_web_view_get_user_content_manager(view.get()), shared.settings().service,
           configuration.scriptMessageHandlers)),
       mediaPermission(
-          std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)) {
+          std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)),
+      scriptDialogs(std::make_unique<ScriptDialogs>(view.get())) {
     connectLoadSignals();
     connectPolicySignals();
 }
@@ -169,11 +171,6 @@ void WebKitEmbeddedView::connectPolicySignals() {
             return TRUE;
         });
     connect(
-        "script-dialog", +[](WebKitWebView*, WebKitScriptDialog* dialog, Self self) -> gboolean {
-            self->scriptDialog.reset(webkit_script_dialog_ref(dialog));
-            return FALSE;
-        });
-    connect(
         "query-permission-state",
         +[](WebKitWebView*, WebKitPermissionStateQuery* query, Self self) -> gboolean {
             webkit_permission_state_query_finish(query, self->mediaPermission->stateFor(query));
@@ -185,8 +182,7 @@ void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
         invariantBroken("a web view is asked for pages with GET and no body");
     // A page that waits for an answer loads no other page, and would pass for one that hangs.
-    if (const auto dialog = std::move(scriptDialog))
-        webkit_script_dialog_close(dialog.get());
+    scriptDialogs->close();
     endUnresponsiveProcess();
     startLoad(request);
     probe->start(request.url);

@@ -2,7 +2,6 @@
 
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
-#include "linux/webkit/EngineHandles.h"
 #include "linux/webkit/WebKitSession.h"
 #include "linux/window/HostedWidget.h"
 #include "platform/EmbeddedWebView.h"
@@ -18,6 +17,7 @@ namespace kelo::webkit {
 class MediaPermission;
 class NavigationPolicy;
 class PageLoad;
+class ScriptDialogs;
 class ScriptMessages;
 class WebKitCookieStore;
 
@@ -75,8 +75,7 @@ private:
     std::unique_ptr<NavigationPolicy> policy;
     std::unique_ptr<ScriptMessages> messages;
     std::unique_ptr<MediaPermission> mediaPermission;
-    /// The last alert, question or prompt of a page; perhaps answered by now.
-    ScriptDialogPointer scriptDialog;
+    std::unique_ptr<ScriptDialogs> scriptDialogs;
     std::weak_ptr<platform::NavigationDelegate> delegate;
     // Last: disconnected before anything that the handlers use is destroyed.
     std::vector<gobject::SignalConnection> connections;
