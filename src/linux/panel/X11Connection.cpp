@@ -68,6 +68,12 @@ std::vector<Window> X11Connection::ordinaryWindows() const {
     return windows;
 }
 
+void X11Connection::followRootProperties() const {
+    XWindowAttributes attributes{};
+    if (XGetWindowAttributes(x, root(), &attributes))
+        XSelectInput(x, root(), attributes.your_event_mask | PropertyChangeMask);
+}
+
 int X11Connection::randrEvents() const {
     int first = 0;
     int errors = 0;

@@ -57,6 +57,10 @@ public:
     /// The first number of the events that report changes of monitors; 0 if the server sends none.
     int randrEvents() const;
 
+    /// Has the server report changes of the root window's properties on this connection, in
+    /// addition to what the toolkit has asked for.
+    void followRootProperties() const;
+
     Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }
     /// The items of a 32-bit property; empty if the window has no such property of this type.
     std::vector<unsigned long> property(Window window, const char* name, Atom type) const;

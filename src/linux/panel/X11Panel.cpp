@@ -66,6 +66,7 @@ void X11Panel::realize() {
                     32, PropModeReplace, reinterpret_cast<const unsigned char*>(extents.data()),
                     static_cast<int>(extents.size()));
     keyboard.emplace(connection, xid());
+    connection.followRootProperties();
     reshape();
 }
 

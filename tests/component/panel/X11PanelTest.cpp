@@ -227,6 +227,8 @@ TEST_F(X11PanelTest, ShowsOneViewAtATimeAndNothingInPlaceOfOneItCannotDraw) {
 }
 
 TEST_F(X11PanelTest, ItsOwnerLearnsOfChangedMonitorsWhileItIsShown) {
+    if (hasManager())
+        GTEST_SKIP() << "a window manager announces work areas of its own in between";
     int changes = 0;
     panel->setScreensHandler([&] { ++changes; });
     const auto announce = [this](long height) {
@@ -242,13 +244,9 @@ TEST_F(X11PanelTest, ItsOwnerLearnsOfChangedMonitorsWhileItIsShown) {
     announce(600);
     until("the work area is noticed", [&] { return changes > whileHidden; });
     const int before = changes;
-    std::system("xrandr --fb 1000x900 >/dev/null 2>&1");
-    until("the smaller screen is noticed", [&] { return changes > before; });
-    std::system("xrandr --fb 1280x1024 >/dev/null 2>&1");
-    until("the screen is as before", [this] {
-        const screen::XConnection fresh;
-        return fresh.width() == 1280;
-    });
+    ASSERT_EQ(std::system("xrandr --setmonitor half 640/160x1024/270+0+0 none"), 0);
+    until("another monitor is noticed", [&] { return changes > before; });
+    EXPECT_EQ(std::system("xrandr --delmonitor half"), 0);
     hide();
     const int afterwards = changes;
     announce(650);
