@@ -117,6 +117,14 @@ Window X11Connection::underPointer() const {
     return child;
 }
 
+Window X11Connection::ordinaryWindowUnderPointer() const {
+    const Window toplevel = underPointer();
+    for (const Window window : ordinaryWindows())
+        if (toplevel != None && toplevelOf(window) == toplevel)
+            return window;
+    return None;
+}
+
 bool X11Connection::isUnmanagedAndOurs(Window window) const {
     if (window == None || !gdk_x11_surface_lookup_for_display(gdk, window))
         return false;

@@ -76,6 +76,8 @@ public:
     Window toplevelOf(Window window) const;
     /// The child of the root window that is under the pointer; None if there is none.
     Window underPointer() const;
+    /// The ordinary window under the pointer, its frame included; None if there is none.
+    Window ordinaryWindowUnderPointer() const;
     /// Whether a window is one of this program's that no window manager manages: a panel or a menu.
     bool isUnmanagedAndOurs(Window window) const;
     /// The window must be a child of the root window.

@@ -20,7 +20,7 @@ bool X11Keyboard::retake() {
     return true;
 }
 
-void X11Keyboard::giveBack(Time time) {
+void X11Keyboard::giveBack(Time time, Window preferred) {
     const Window before = std::exchange(previous, None);
     const Window activeBefore = std::exchange(previouslyActive, None);
     if (!hasKeyboard())
@@ -28,7 +28,7 @@ void X11Keyboard::giveBack(Time time) {
     const auto canHaveIt = [this](Window window) {
         return connection.isViewable(window) && !isOurs(window);
     };
-    for (const Window candidate : {before, connection.activeWindow(), activeBefore})
+    for (const Window candidate : {preferred, before, connection.activeWindow(), activeBefore})
         if (canHaveIt(candidate))
             return giveFromUs(candidate, time);
     if (before == PointerRoot)

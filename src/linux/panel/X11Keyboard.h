@@ -21,11 +21,11 @@ public:
     /// was so.
     bool retake();
     /// Gives the keyboard back. Call it while our window is still on the screen, with the time of
-    /// the user's action or CurrentTime. Does nothing if another window has taken the keyboard in
-    /// the meantime: the user chose that one later. If the earlier window no longer exists, the
-    /// active window gets the keyboard, or else the topmost one, because a window manager restores
-    /// only a focus that it has set itself.
-    void giveBack(Time time = CurrentTime);
+    /// the user's action or CurrentTime, and with the window that the user has clicked. Does
+    /// nothing if another window has taken the keyboard in the meantime: the user chose that one
+    /// later. If the earlier window no longer exists, the active window gets the keyboard, or else
+    /// the topmost one, because a window manager restores only a focus that it has set itself.
+    void giveBack(Time time = CurrentTime, Window preferred = None);
     /// Whether our window or one inside it has the keyboard.
     bool hasKeyboard() const;
     /// Whether this is our window or one inside it.

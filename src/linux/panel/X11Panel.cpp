@@ -220,6 +220,7 @@ void X11Panel::pressed(Time time) {
         return stay();
     retakesLeft = 0;
     pressTime = time;
+    pressedWindow = connection.ordinaryWindowUnderPointer();
     constexpr guint milliseconds = 120;
     if (leaving == 0)
         leaving = g_timeout_add(
@@ -227,7 +228,7 @@ void X11Panel::pressed(Time time) {
             [](gpointer self) -> gboolean {
                 auto& panel = *static_cast<X11Panel*>(self);
                 panel.leaving = 0;
-                panel.keyboard->giveBack(panel.pressTime);
+                panel.keyboard->giveBack(panel.pressTime, panel.pressedWindow);
                 return G_SOURCE_REMOVE;
             },
             this);

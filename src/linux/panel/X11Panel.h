@@ -78,6 +78,7 @@ private:
     /// The timer after which a press outside gives the keyboard back; 0 for none.
     guint leaving = 0;
     Time pressTime = CurrentTime;
+    XID pressedWindow = None;
     HeldKeyGrab heldKey;
     platform::Point origin;
     // Last, because its handler uses the others.

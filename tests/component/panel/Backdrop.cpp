@@ -22,4 +22,9 @@ Backdrop::~Backdrop() {
     own.sync();
 }
 
+void Backdrop::redraw() const {
+    XClearWindow(own.display(), identifier);
+    own.sync();
+}
+
 } // namespace kelo::test

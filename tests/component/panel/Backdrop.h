@@ -17,6 +17,9 @@ public:
 
     screen::WindowId window() const { return identifier; }
 
+    /// Draws it again: mutter sometimes leaves out the first drawing of a new window.
+    void redraw() const;
+
 private:
     screen::XConnection own;
     screen::WindowId identifier = 0;

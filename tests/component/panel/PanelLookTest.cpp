@@ -12,7 +12,10 @@ namespace {
 class PanelLookTest : public PanelFixture {
 protected:
     void SetUp() override {
-        until("the screen is white", [this] { return colorAt(5, 5) == Backdrop::color; });
+        until("the screen is white", [this] {
+            backdrop.redraw();
+            return colorAt(5, 5) == Backdrop::color;
+        });
         show();
         until("the panel fills its frame", [this] { return fillsItsFrame(); });
         awaitRest();
