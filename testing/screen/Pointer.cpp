@@ -18,7 +18,8 @@ Pointer::Pointer(const XConnection& connection) : connection(connection) {
 
 void Pointer::moveTo(Point point) const {
     XTestFakeMotionEvent(connection.display(), -1, point.x, point.y, CurrentTime);
-    connection.flush();
+    // Others may ask for the pointer's place over connections of their own.
+    connection.sync();
 }
 
 void Pointer::down(unsigned button) const {
