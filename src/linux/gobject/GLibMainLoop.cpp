@@ -1,8 +1,9 @@
 #include "linux/gobject/GLibMainLoop.h"
 
+#include "linux/gobject/MainLoopSource.h"
+
 #include <glib.h>
 
-#include <cmath>
 #include <utility>
 
 namespace kelo::gobject {
@@ -23,22 +24,14 @@ void dropJob(gpointer data) {
 class GLibTimer final : public Timer, public std::enable_shared_from_this<GLibTimer> {
 public:
     void start(std::chrono::duration<double> delay, Job action) {
-        // The source owns the timer, so a timer fires even if its caller has dropped it.
-        auto fire = std::make_unique<Job>([self = shared_from_this(), action = std::move(action)] {
-            self->source = 0;
-            action();
-        });
-        const auto milliseconds = static_cast<guint>(std::ceil(delay.count() * 1000));
-        source =
-            g_timeout_add_full(G_PRIORITY_DEFAULT, milliseconds, runJob, fire.release(), dropJob);
+        // The job owns the timer, so a timer fires even if its caller has dropped it.
+        job.after(std::chrono::ceil<std::chrono::milliseconds>(delay),
+                  [self = shared_from_this(), action = std::move(action)] { action(); });
     }
-    void invalidate() override {
-        if (const guint pending = std::exchange(source, 0))
-            g_source_remove(pending);
-    }
+    void invalidate() override { job.cancel(); }
 
 private:
-    guint source = 0;
+    ScheduledJob job;
 };
 
 } // namespace

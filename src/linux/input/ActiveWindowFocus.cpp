@@ -1,5 +1,6 @@
 #include "linux/input/ActiveWindowFocus.h"
 
+#include "linux/gobject/MainLoopSource.h"
 #include "linux/gobject/SignalHandler.h"
 
 #include <gtk/gtk.h>
@@ -10,20 +11,13 @@ namespace kelo::input {
 
 struct ActiveWindowFocus::Pending {
     std::function<void()> changed;
-    guint job = 0;
+    gobject::ScheduledJob look;
 
     static void activeChanged(GtkWindow*, GParamSpec*, std::shared_ptr<Pending>* pending) {
         Pending& self = **pending;
         // The keyboard moves from one of our windows to another in two steps. Wait for both.
-        if (self.changed && self.job == 0)
-            self.job = g_idle_add(look, &self);
-    }
-
-    static gboolean look(gpointer data) {
-        auto& self = *static_cast<Pending*>(data);
-        self.job = 0;
-        self.changed();
-        return G_SOURCE_REMOVE;
+        if (self.changed && !self.look.isWaiting())
+            self.look.whenIdle([&self] { self.changed(); });
     }
 };
 
@@ -34,8 +28,7 @@ ActiveWindowFocus::ActiveWindowFocus()
 
 ActiveWindowFocus::~ActiveWindowFocus() {
     pending->changed = nullptr;
-    if (pending->job)
-        g_source_remove(pending->job);
+    pending->look.cancel();
 }
 
 void ActiveWindowFocus::onChange(std::function<void()> changed) {

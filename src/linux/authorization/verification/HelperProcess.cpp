@@ -78,13 +78,10 @@ HelperProcess::start(const std::filesystem::path& program,
 HelperProcess::HelperProcess(gobject::GObjectPointer<GSubprocess> process,
                              posix::FileDescriptor socket)
     : process(std::move(process)), socket(std::move(socket)) {
-    const auto events = static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR);
-    source = g_unix_fd_add(this->socket.get(), events, readable, this);
+    watch.emplace(this->socket.get(), [this] { readable(); });
 }
 
 HelperProcess::~HelperProcess() {
-    if (source != 0)
-        g_source_remove(source);
     g_subprocess_force_exit(process.get());
 }
 
@@ -125,15 +122,12 @@ Task<bool> HelperProcess::endedWell() {
     co_return co_await withCheckedContinuation<bool>(std::move(wait));
 }
 
-gboolean HelperProcess::readable(gint, GIOCondition, gpointer data) {
-    auto& self = *static_cast<HelperProcess*>(data);
-    const bool open = self.read();
-    if (!open) {
-        self.source = 0;
-        self.closed_.cancel();
+void HelperProcess::readable() {
+    if (!read()) {
+        watch.reset();
+        closed_.cancel();
     }
-    self.deliver();
-    return open ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+    deliver();
 }
 
 /// False if nothing more can come.

@@ -5,6 +5,7 @@
 #include "base/async/Task.h"
 #include "linux/authorization/protocol/VerificationProtocol.h"
 #include "linux/gobject/GObjectPointer.h"
+#include "linux/gobject/MainLoopSource.h"
 #include "posix/FileDescriptor.h"
 
 #include <gio/gio.h>
@@ -51,13 +52,14 @@ private:
     using Waiting = CheckedContinuation<std::optional<Message>>;
 
     HelperProcess(gobject::GObjectPointer<GSubprocess> process, posix::FileDescriptor socket);
-    static gboolean readable(gint socket, GIOCondition condition, gpointer self);
+    void readable();
     bool read();
     void deliver();
 
     gobject::GObjectPointer<GSubprocess> process;
     posix::FileDescriptor socket;
-    guint source = 0;
+    /// Ends with the helper's last message.
+    std::optional<gobject::DescriptorWatch> watch;
     MessageReader reader;
     Cancellation closed_;
     std::optional<Waiting> waiting;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/evdev/DescriptorWatch.h"
+#include "linux/gobject/MainLoopSource.h"
 #include "linux/input/evdev/EvdevDevice.h"
 #include "linux/input/evdev/EvdevReader.h"
 
@@ -51,7 +51,7 @@ private:
     std::unique_ptr<EvdevDevice> device;
     Handlers handlers;
     EvdevReader reader;
-    std::optional<DescriptorWatch> readable;
+    std::optional<gobject::DescriptorWatch> readable;
 };
 
 } // namespace kelo::input

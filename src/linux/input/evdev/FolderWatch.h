@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/input/evdev/DescriptorWatch.h"
+#include "linux/gobject/MainLoopSource.h"
 #include "posix/FileDescriptor.h"
 
 #include <filesystem>
@@ -36,7 +36,7 @@ private:
 
     posix::FileDescriptor notices;
     std::shared_ptr<const Handlers> handlers;
-    std::optional<DescriptorWatch> readable;
+    std::optional<gobject::DescriptorWatch> readable;
 };
 
 } // namespace kelo::input

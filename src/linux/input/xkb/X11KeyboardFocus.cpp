@@ -1,6 +1,6 @@
 #include "linux/input/xkb/X11KeyboardFocus.h"
 
-#include <gdk/x11/gdkx.h>
+#include "linux/window/X11Handles.h"
 
 namespace kelo::input {
 
@@ -22,8 +22,7 @@ bool X11KeyboardFocus::isUnderPointer() const {
     Display* const connection = gdk_x11_display_get_xdisplay(display.get());
     Window window = gdk_x11_display_get_xrootwindow(display.get());
     bool ours = false;
-    // Another program may close its window meanwhile.
-    gdk_x11_display_error_trap_push(display.get());
+    const window::X11ErrorTrap trap(display.get());
     while (window != None && !ours) {
         Window root = None;
         Window child = None;
@@ -37,7 +36,6 @@ bool X11KeyboardFocus::isUnderPointer() const {
         window = child;
         ours = window != None && gdk_x11_surface_lookup_for_display(display.get(), window);
     }
-    gdk_x11_display_error_trap_pop_ignored(display.get());
     return ours;
 }
 

@@ -1,6 +1,6 @@
 #include "linux/input/xkb/XkbModifierSource.h"
 
-#include "linux/input/source/MainLoopSource.h"
+#include "linux/gobject/MainLoopSource.h"
 #include "linux/input/xkb/RawPresses.h"
 #include "linux/input/xkb/XkbModifierMap.h"
 
@@ -83,7 +83,7 @@ private:
     XkbModifierMap map;
     unsigned realModifiers = 0;
     platform::ModifierFlags last = 0;
-    MainLoopSource source;
+    gobject::MainLoopSource source;
 };
 
 XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler handler,
