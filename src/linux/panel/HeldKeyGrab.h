@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/gobject/MainLoopSource.h"
 #include "linux/panel/X11Connection.h"
 
 #include <optional>
@@ -22,11 +23,16 @@ public:
     void handle(const XEvent& event);
 
 private:
+    struct Held {
+        int key;
+        int device;
+    };
+
     void end();
 
     X11Connection connection;
-    std::optional<KeyCode> held;
-    guint limit = 0;
+    std::optional<Held> held;
+    gobject::ScheduledJob limit;
 };
 
 } // namespace kelo::panel

@@ -38,7 +38,8 @@ int wholePoints(double length) {
     return static_cast<int>(std::lround(length));
 }
 
-PanelWindow::PanelWindow(const platform::PanelDescription& description, int margin)
+PanelWindow::PanelWindow(const platform::PanelDescription& description, int margin,
+                         std::function<void()> hide)
     : size_{description.contentRectangle.width, description.contentRectangle.height},
       margin_(margin),
       isClear(!description.opaque &&
@@ -46,7 +47,8 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
       hasShadow(description.hasShadow && margin > 0),
       window(gobject::GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()))),
       frame(gobject::GObjectPointer<GtkWidget>::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
-      style(gobject::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())) {
+      style(gobject::GObjectPointer<GtkCssProvider>::adopt(gtk_css_provider_new())),
+      hide(std::move(hide)) {
     gtk_window_set_decorated(window.get(), FALSE);
     gtk_window_set_resizable(window.get(), FALSE);
     // Shown nowhere. Screen readers read it aloud.
@@ -62,12 +64,11 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
     gtk_window_set_child(window.get(), frame.get());
     // Some desktops have a key or a button that closes any window. The panel will be shown again,
     // so it is only hidden.
-    g_signal_connect(window.get(), "close-request",
-                     reinterpret_cast<GCallback>(+[](GtkWindow* closing, gpointer) -> gboolean {
-                         gtk_widget_set_visible(GTK_WIDGET(closing), FALSE);
-                         return TRUE;
-                     }),
-                     nullptr);
+    const auto closing = +[](GtkWindow*, PanelWindow* self) -> gboolean {
+        self->hide();
+        return TRUE;
+    };
+    g_signal_connect(window.get(), "close-request", reinterpret_cast<GCallback>(closing), this);
     if (description.hidesOnDeactivate)
         hideWhenInactive();
     applyStyle();
@@ -75,8 +76,6 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
 
 PanelWindow::~PanelWindow() {
     g_signal_handlers_disconnect_by_data(window.get(), this);
-    if (deactivation)
-        g_source_remove(deactivation);
     gtk_window_destroy(window.get());
 }
 
@@ -108,15 +107,12 @@ GdkSurface* PanelWindow::surface() const {
 // known whether the program has lost it.
 void PanelWindow::hideWhenInactive() {
     const auto changed = +[](GtkWindow* window, GParamSpec*, PanelWindow* self) {
-        const auto look = +[](gpointer data) -> gboolean {
-            auto& looking = *static_cast<PanelWindow*>(data);
-            looking.deactivation = 0;
+        if (gtk_window_is_active(window) || self->deactivation.isWaiting())
+            return;
+        self->deactivation.whenIdle([self] {
             if (!window::activeToplevel())
-                gtk_widget_set_visible(looking.widget(), FALSE);
-            return G_SOURCE_REMOVE;
-        };
-        if (!gtk_window_is_active(window) && self->deactivation == 0)
-            self->deactivation = g_idle_add(look, self);
+                self->hide();
+        });
     };
     g_signal_connect(window.get(), "notify::is-active", reinterpret_cast<GCallback>(changed), this);
 }

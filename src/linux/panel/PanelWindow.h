@@ -1,10 +1,12 @@
 #pragma once
 
 #include "linux/gobject/GObjectPointer.h"
+#include "linux/gobject/MainLoopSource.h"
 #include "platform/Panel.h"
 
 #include <gtk/gtk.h>
 
+#include <functional>
 #include <memory>
 
 namespace kelo::panel {
@@ -14,8 +16,10 @@ namespace kelo::panel {
 /// Hidden until its owner shows it. Main thread only.
 class PanelWindow {
 public:
-    /// margin: points between the panel and the window's edges, for the shadow.
-    PanelWindow(const platform::PanelDescription& description, int margin);
+    /// margin: points between the panel and the window's edges, for the shadow. hide: called when
+    /// the desktop or the loss of the keyboard is to hide the window.
+    PanelWindow(const platform::PanelDescription& description, int margin,
+                std::function<void()> hide);
     ~PanelWindow();
     PanelWindow(const PanelWindow&) = delete;
     PanelWindow& operator=(const PanelWindow&) = delete;
@@ -46,8 +50,9 @@ private:
     gobject::GObjectPointer<GtkWindow> window;
     gobject::GObjectPointer<GtkWidget> frame;
     gobject::GObjectPointer<GtkCssProvider> style;
-    /// The idle source that looks whether the program still has the keyboard; 0 for none.
-    guint deactivation = 0;
+    std::function<void()> hide;
+    /// Looks whether the program still has the keyboard.
+    gobject::ScheduledJob deactivation;
 };
 
 /// A length in points, to the nearest whole one.

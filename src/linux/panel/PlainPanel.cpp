@@ -13,7 +13,7 @@ std::shared_ptr<PlainPanel> PlainPanel::make(const platform::PanelDescription& d
 }
 
 PlainPanel::PlainPanel(const platform::PanelDescription& description, int margin)
-    : window(description, margin),
+    : window(description, margin, [this] { orderOut(); }),
       origin{description.contentRectangle.x, description.contentRectangle.y} {}
 
 void PlainPanel::setContentView(platform::PanelContent content) {

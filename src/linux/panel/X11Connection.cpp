@@ -1,22 +1,16 @@
 #include "linux/panel/X11Connection.h"
 
+#include "linux/window/X11Handles.h"
+
 #include <X11/Xatom.h>
 #include <X11/extensions/Xrandr.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace kelo::panel {
 
-namespace {
-
-struct XFreeDeleter {
-    void operator()(void* memory) const { XFree(memory); }
-};
-template <typename T>
-using XMemory = std::unique_ptr<T, XFreeDeleter>;
-
-} // namespace
+using window::X11ErrorTrap;
+using window::XMemory;
 
 bool X11Connection::isComposited() const {
     const std::string compositor = "_NET_WM_CM_S" + std::to_string(DefaultScreen(x));

@@ -9,21 +9,6 @@
 
 namespace kelo::panel {
 
-/// While it exists, errors of X requests are ignored. Another program may close its window at any
-/// moment, and an unexpected X error would end this program.
-class X11ErrorTrap {
-public:
-    explicit X11ErrorTrap(GdkDisplay* display) : display(display) {
-        gdk_x11_display_error_trap_push(display);
-    }
-    ~X11ErrorTrap() { gdk_x11_display_error_trap_pop_ignored(display); }
-    X11ErrorTrap(const X11ErrorTrap&) = delete;
-    X11ErrorTrap& operator=(const X11ErrorTrap&) = delete;
-
-private:
-    GdkDisplay* display;
-};
-
 /// A rectangle in pixels, counted from the upper left corner of the root window.
 struct PixelRectangle {
     int x = 0;

@@ -1,5 +1,7 @@
 #include "linux/panel/X11Keyboard.h"
 
+#include "linux/window/X11Handles.h"
+
 #include <utility>
 
 namespace kelo::panel {
@@ -78,7 +80,7 @@ void X11Keyboard::giveFromUs(Window window, Time time) const {
 }
 
 void X11Keyboard::give(Window window, Time time) const {
-    const X11ErrorTrap trap(connection.display());
+    const window::X11ErrorTrap trap(connection.display());
     // With CurrentTime, the request is newer than anything the window manager may still send, so
     // that cannot undo it. If the window has just been closed, the keyboard stays where it is.
     XSetInputFocus(connection.xlib(), window, RevertToPointerRoot, time);

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "linux/panel/HeldKeyGrab.h"
+#include "linux/panel/PanelKeyboard.h"
 #include "linux/panel/PanelWindow.h"
 #include "linux/panel/X11Connection.h"
-#include "linux/panel/X11Keyboard.h"
-#include "linux/window/ModalWindows.h"
+#include "linux/panel/X11ScreensWatch.h"
 #include "platform/Panel.h"
 
 #include <memory>
@@ -39,20 +38,7 @@ private:
     /// Adapts shape and place to the scale, and to whether the display blends windows now.
     void reshape();
     void move() const;
-    void takeKeyboard();
-    void keyboardLost();
-    void watchPresses(bool wanted) const;
-    /// The user has pressed a mouse button anywhere on the screen.
-    void pressed(Time time);
-    bool reportsScreens(const XEvent& event) const;
-    void screensChanged();
-    /// Forgets a press that would have given the keyboard back.
-    void stay();
-    /// A dialog of this program has appeared; null: the last one has gone.
-    void dialogsChanged(GtkWindow* appeared);
-    void dialogMapped(XID dialog);
-    void noteFocus(bool focused);
-    gboolean handle(const XEvent& event);
+    void handle(const XEvent& event);
     int scale() const;
     XID xid() const { return gdk_x11_surface_get_xid(window.surface()); }
 
@@ -62,27 +48,10 @@ private:
     bool mayHaveKeyboard;
     /// Whether a compositor blends the shadow. Otherwise, the shadow is cut off.
     bool isTranslucent = false;
-    std::optional<X11Keyboard> keyboard;
-    /// How often the keyboard may still be taken back from nobody during this show.
-    int retakesLeft = 0;
-    /// Whether the panel gets the keyboard when the last dialog has gone.
-    bool waitsForDialog = false;
-    /// The dialog that gets the keyboard as soon as it is on the screen.
-    XID dialogToFocus = None;
-    /// How often the keyboard may still be taken back from a window that got it from a dialog.
-    int reclaimsLeft = 0;
-    std::function<void()> screensHandler;
-    int randrEvents;
-    /// The idle source that calls the handler; 0 for none.
-    guint screensSource = 0;
-    /// The timer after which a press outside gives the keyboard back; 0 for none.
-    guint leaving = 0;
-    Time pressTime = CurrentTime;
-    XID pressedWindow = None;
-    HeldKeyGrab heldKey;
+    X11ScreensWatch screens;
     platform::Point origin;
-    // Last, because its handler uses the others.
-    window::ModalWindows dialogs;
+    /// Empty until the window is realized.
+    std::optional<PanelKeyboard> keyboard;
 };
 
 } // namespace kelo::panel

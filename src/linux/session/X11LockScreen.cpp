@@ -1,12 +1,13 @@
 #include "linux/session/X11LockScreen.h"
 
+#include "linux/window/X11Handles.h"
+
 #include <gdk/x11/gdkx.h>
 
 #include <X11/extensions/XInput2.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <ranges>
 #include <span>
 #include <vector>
@@ -14,24 +15,6 @@
 namespace kelo::session {
 
 namespace {
-
-struct XFreeDeleter {
-    void operator()(void* memory) const { XFree(memory); }
-};
-
-/// A window of another program may be gone at any moment. Its error would end this program.
-class IgnoredErrors {
-public:
-    explicit IgnoredErrors(GdkDisplay* display) : display(display) {
-        gdk_x11_display_error_trap_push(display);
-    }
-    ~IgnoredErrors() { gdk_x11_display_error_trap_pop_ignored(display); }
-    IgnoredErrors(const IgnoredErrors&) = delete;
-    IgnoredErrors& operator=(const IgnoredErrors&) = delete;
-
-private:
-    GdkDisplay* display;
-};
 
 /// In pixels.
 std::vector<GdkRectangle> monitorsOf(GdkDisplay* display) {
@@ -81,7 +64,7 @@ bool X11LockScreen::isKeyboardGrabbed() {
         return false;
     std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
     XIEventMask nothing{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
-    const IgnoredErrors ignored(display.get());
+    const window::X11ErrorTrap ignored(display.get());
     return XIGrabDevice(gdk_x11_display_get_xdisplay(display.get()),
                         gdk_x11_device_get_id(keyboard), neverShown, CurrentTime, None,
                         XIGrabModeAsync, XIGrabModeAsync, False, &nothing) == XIAlreadyGrabbed;
@@ -89,14 +72,14 @@ bool X11LockScreen::isKeyboardGrabbed() {
 
 bool X11LockScreen::isMonitorCovered() {
     Display* const x = gdk_x11_display_get_xdisplay(display.get());
-    const IgnoredErrors ignored(display.get());
+    const window::X11ErrorTrap ignored(display.get());
     Window root = None;
     Window parent = None;
     Window* children = nullptr;
     unsigned int count = 0;
     if (!XQueryTree(x, DefaultRootWindow(x), &root, &parent, &children, &count) || !children)
         return false;
-    const std::unique_ptr<Window, XFreeDeleter> owned(children);
+    const window::XMemory<Window> owned(children);
     const auto monitors = monitorsOf(display.get());
     for (const Window window : std::span(children, count) | std::views::reverse) {
         XWindowAttributes attributes{};

@@ -1,4 +1,7 @@
 #include "component/panel/PanelFixture.h"
+#include "linux/gobject/SignalHandler.h"
+
+#include <chrono>
 
 namespace kelo::test {
 
@@ -34,6 +37,41 @@ TEST_F(PanelDescriptionTest, HidesWhenAnotherProgramTakesTheKeyboardIfItIsToldTo
         until("the panel hides", [this] { return !panel->isVisible(); });
         EXPECT_EQ(windows.focused(), other.window());
     }
+}
+
+TEST_F(PanelDescriptionTest, MayGoWhileItLooksWhetherItIsToHide) {
+    auto description = voicePanel();
+    description.hidesOnDeactivate = true;
+    make(description);
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    until("the caret blinks", [this] { return content->hasCaret(); });
+    bool looks = false;
+    const gobject::SignalConnection active = gobject::connectSignal(
+        gtk_widget_get_root(content->widget()), "notify::is-active",
+        +[](GObject*, GParamSpec*, bool* looks) { *looks = true; }, &looks);
+    other.takeKeyboard();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    // Idle work does not run within an iteration that brings an event.
+    while (!looks && std::chrono::steady_clock::now() < deadline)
+        g_main_context_iteration(nullptr, FALSE);
+    ASSERT_TRUE(looks);
+    panel.reset();
+    EXPECT_EQ(windows.focused(), other.window());
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+}
+
+TEST_F(PanelDescriptionTest, GivesTheKeyboardBackWhenTheDesktopClosesIt) {
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    gtk_window_close(GTK_WINDOW(gtk_widget_get_root(content->widget())));
+    EXPECT_FALSE(panel->isVisible());
+    EXPECT_EQ(windows.focused(), other.window());
+    show();
+    typeIntoPanel("again");
 }
 
 TEST_F(PanelDescriptionTest, StaysWhenAnotherProgramTakesTheKeyboardUnlessItIsToldToHide) {

@@ -49,6 +49,13 @@ void PanelFixture::until(const std::string& what, const std::function<bool()>& c
                                  screen::Windows::picture(windows.all()));
 }
 
+void PanelFixture::digest() {
+    gdk_display_sync(gdk_display_get_default());
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    gdk_display_sync(gdk_display_get_default());
+}
+
 void PanelFixture::show() {
     panel->makeKeyAndOrderFront();
     panel->makeFirstResponder(content);

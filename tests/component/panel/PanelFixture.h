@@ -34,6 +34,8 @@ protected:
     static bool hasManager() { return manager() != "none"; }
 
     void until(const std::string& what, const std::function<bool()>& condition);
+    /// Has the toolkit deal with all that the server has sent so far.
+    static void digest();
     /// Shows the panel and waits until it is drawn and has the keyboard.
     void show();
     void hide();

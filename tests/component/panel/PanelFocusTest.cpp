@@ -1,5 +1,6 @@
 #include "component/panel/AnnouncedDesktop.h"
 #include "component/panel/PanelFixture.h"
+#include "linux/session/X11LockScreen.h"
 
 #include <gdk/x11/gdkx.h>
 
@@ -24,13 +25,6 @@ protected:
         const auto state = windows.numbers(panelWindow(), "_NET_WM_STATE");
         return std::find(state.begin(), state.end(), connection.atom("_NET_WM_STATE_FOCUSED")) !=
                state.end();
-    }
-    /// Has the toolkit deal with all that the server has sent so far.
-    static void digest() {
-        gdk_display_sync(gdk_display_get_default());
-        while (g_main_context_iteration(nullptr, FALSE)) {
-        }
-        gdk_display_sync(gdk_display_get_default());
     }
 };
 
@@ -89,93 +83,6 @@ TEST_F(PanelFocusTest, OnceHiddenItIsActiveNoMoreAlsoUnderThePointer) {
     EXPECT_FALSE(countsAsActive());
 }
 
-TEST_F(PanelFocusTest, AClickBringsTheKeyboardBack) {
-    screen::OtherProgram other;
-    settle(other);
-    show();
-    const auto place = windows.describe(other.window()).origin;
-    pointer.click({place.x + 20, place.y + 20});
-    // Not every manager gives the keyboard on a click into a window that it is still placing.
-    other.takeKeyboard();
-    until("the other program has the keyboard",
-          [&] { return windows.focused() == other.window(); });
-    EXPECT_TRUE(panel->isVisible());
-    typeInto(other, "outside");
-    pointer.click({box().x + 100, box().y + 100});
-    until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
-    typeIntoPanel("inside");
-    hide();
-    until("the other program has the keyboard again",
-          [&] { return windows.focused() == other.window(); });
-}
-
-TEST_F(PanelFocusTest, AnyButtonAnywhereInItBringsTheKeyboardBack) {
-    screen::OtherProgram other;
-    settle(other);
-    show();
-    const Box at = box();
-    const screen::Point entry{at.x + at.width / 2, at.y + at.height / 2};
-    const screen::Point page{at.x + 100, at.y + 100};
-    for (const auto& [place, button] :
-         {std::pair(entry, 1U), std::pair(page, 2U), std::pair(page, 3U)}) {
-        other.takeKeyboard();
-        until("the other program has the keyboard",
-              [&] { return windows.focused() == other.window(); });
-        pointer.click(place, button);
-        until("button " + std::to_string(button) + " brings the keyboard back",
-              [this] { return windows.focused() == panelWindow(); });
-    }
-}
-
-TEST_F(PanelFocusTest, AClickOutsideGivesTheKeyboardBack) {
-    screen::OtherProgram other;
-    settle(other);
-    for (const unsigned button : {1U, 3U}) {
-        show();
-        const auto place = windows.describe(other.window()).origin;
-        pointer.click({place.x + 20, place.y + 20}, button);
-        until("the other program has the keyboard again",
-              [&] { return windows.focused() == other.window(); });
-        EXPECT_TRUE(panel->isVisible());
-        typeInto(other, "secret");
-        EXPECT_EQ(content->typed(), "");
-        hide();
-        EXPECT_EQ(windows.focused(), other.window());
-    }
-}
-
-TEST_F(PanelFocusTest, TheWheelOutsideLeavesTheKeyboardInThePanel) {
-    if (hasManager())
-        GTEST_SKIP() << "some window managers give the keyboard to the window below the wheel";
-    screen::OtherProgram other;
-    settle(other);
-    show();
-    const auto place = windows.describe(other.window()).origin;
-    pointer.click({place.x + 20, place.y + 20}, 5);
-    until("the wheel has turned over the other program", [&] {
-        other.listen();
-        return other.clicks() == 1;
-    });
-    digest();
-    EXPECT_EQ(windows.focused(), panelWindow());
-    typeIntoPanel("still here");
-}
-
-TEST_F(PanelFocusTest, AClickIntoAThirdProgramGivesItTheKeyboard) {
-    if (!hasManager() || manager() == "dwm")
-        GTEST_SKIP() << "only a window manager gives the keyboard to the window that is clicked";
-    screen::OtherProgram second({900, 40, 200, 100});
-    settle(second);
-    screen::OtherProgram first;
-    settle(first);
-    show();
-    const auto place = windows.describe(second.window()).origin;
-    pointer.click({place.x + 20, place.y + 20});
-    until("the second has the keyboard", [&] { return windows.focused() == second.window(); });
-    typeInto(second, "mine");
-    EXPECT_TRUE(panel->isVisible());
-}
-
 TEST_F(PanelFocusTest, AHeldEscapeDoesNotReachTheProgramBehind) {
     screen::OtherProgram other;
     settle(other);
@@ -191,6 +98,46 @@ TEST_F(PanelFocusTest, AHeldEscapeDoesNotReachTheProgramBehind) {
     digest();
     typeInto(other, "b");
     EXPECT_EQ(other.typed(), "b");
+}
+
+TEST_F(PanelFocusTest, AHeldEscapeIsTakenForNoLockScreen) {
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    keyboard.down(XK_Escape);
+    connection.sync();
+    hide();
+    session::X11LockScreen lockScreen(gdk_display_get_default());
+    EXPECT_FALSE(lockScreen.isKeyboardGrabbed());
+    keyboard.up(XK_Escape);
+    connection.sync();
+    // Whoever else asks meets the grab, until the key has been released.
+    until("the keyboard is free again", [this] {
+        digest();
+        if (XGrabKeyboard(connection.display(), connection.root(), False, GrabModeAsync,
+                          GrabModeAsync, CurrentTime) != GrabSuccess)
+            return false;
+        XUngrabKeyboard(connection.display(), CurrentTime);
+        connection.sync();
+        return true;
+    });
+}
+
+TEST_F(PanelFocusTest, AnEscapeThatNobodyReleasesIsKeptForTwoSecondsAtMost) {
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    keyboard.down(XK_Escape);
+    connection.sync();
+    hide();
+    until("the other program gets its keys again", [&] {
+        keyboard.press(XK_a);
+        connection.sync();
+        other.listen();
+        return !other.typed().empty();
+    });
+    keyboard.up(XK_Escape);
+    connection.sync();
 }
 
 TEST_F(PanelFocusTest, ADialogOfOursLiesAboveThePanelAndGivesTheKeyboardBackToIt) {

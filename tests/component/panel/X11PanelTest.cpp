@@ -1,5 +1,6 @@
 #include "component/panel/Backdrop.h"
 #include "component/panel/PanelFixture.h"
+#include "component/panel/SmallerScreen.h"
 #include "linux/window/WindowIdentity.h"
 
 #include <gmock/gmock.h>
@@ -225,7 +226,22 @@ TEST_F(X11PanelTest, ShowsOneViewAtATimeAndNothingInPlaceOfOneItCannotDraw) {
     EXPECT_GT(withoutWidget.use_count(), 1) << "it is kept";
 }
 
-TEST_F(X11PanelTest, ItsOwnerLearnsOfChangedMonitorsWhileItIsShown) {
+TEST_F(X11PanelTest, ItsOwnerLearnsOfASmallerMonitorAndCanPlaceItAnew) {
+    const auto rightEdge = [this] {
+        const auto free = panels.mainScreen().value().visibleFrame;
+        return free.x + free.width;
+    };
+    panel->setScreensHandler([&] { panel->setFrameOrigin({rightEdge() - 500, 20}); });
+    show();
+    const double before = rightEdge();
+    {
+        const SmallerScreen smaller(1000, 740);
+        until("the panel stands at the new edge", [this] { return box().x == 500; });
+    }
+    until("the panel stands at the old edge again", [&] { return box().x == before - 500; });
+}
+
+TEST_F(X11PanelTest, ItsOwnerLearnsOfChangedWorkAreasWhileItIsShown) {
     if (hasManager())
         GTEST_SKIP() << "a window manager announces work areas of its own in between";
     int changes = 0;
