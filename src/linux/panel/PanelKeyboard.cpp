@@ -20,10 +20,12 @@ constexpr std::chrono::milliseconds turnOfTheManager{120};
 
 } // namespace
 
-PanelKeyboard::PanelKeyboard(X11Connection connection, Window panel, bool mayHave)
+PanelKeyboard::PanelKeyboard(X11Connection connection, Window panel, bool mayHave,
+                             std::function<void(bool)> setAside)
     : connection(connection),
       panel(panel),
       mayHave(mayHave),
+      setAside(std::move(setAside)),
       keyboard(connection, panel),
       heldKey(connection),
       dialogs([this](GtkWindow* appeared) { dialogsChanged(appeared); }) {}
@@ -34,13 +36,12 @@ void PanelKeyboard::panelShown() {
     leaving.cancel();
     reclaimsLeft = 0;
     waitsForDialog = dialogs.anyShown();
-    if (waitsForDialog) {
-        XLowerWindow(connection.xlib(), panel);
-    } else {
+    setAside(waitsForDialog);
+    if (!waitsForDialog) {
         XRaiseWindow(connection.xlib(), panel);
         take();
     }
-    retakesLeft = mayHave ? mostRetakes : 0;
+    retakesLeft = mostRetakes;
 }
 
 void PanelKeyboard::panelLeaves() {
@@ -62,7 +63,7 @@ void PanelKeyboard::take() {
 // A window manager that is still busy with a window that has just been closed takes the keyboard
 // away for good, although the panel is newer. Limited, so that the two cannot fight without end.
 void PanelKeyboard::lost() {
-    if (!isShown || dialogs.anyShown())
+    if (!isShown)
         return;
     if (reclaimsLeft > 0) {
         --reclaimsLeft;
@@ -97,16 +98,20 @@ void PanelKeyboard::pressed(Time time) {
         leaving.after(turnOfTheManager, [this] { keyboard.giveBack(pressTime, pressedWindow); });
 }
 
-// The panel lies above all managed windows, so a dialog would open behind it, unseen.
+// The panel lies above all managed windows, so a dialog would open behind it, unseen. Lowering the
+// panel is not enough: mutter draws windows that it does not manage above all others in any case.
 void PanelKeyboard::dialogsChanged(GtkWindow* appeared) {
     dialogToFocus = None;
     if (!isShown)
         return;
     if (appeared) {
-        waitsForDialog = waitsForDialog || keyboard.hasKeyboard();
+        // A dialog that follows another comes before the window manager has seen the first one go.
+        const bool isReclaiming = std::exchange(reclaimsLeft, 0) > 0;
+        waitsForDialog = waitsForDialog || isReclaiming || keyboard.hasKeyboard();
         dialogToFocus = gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(appeared)));
-        XLowerWindow(connection.xlib(), panel);
+        setAside(true);
     } else {
+        setAside(false);
         XRaiseWindow(connection.xlib(), panel);
         // The window manager has yet to learn that the dialog has gone, and then chooses a window.
         reclaimsLeft = waitsForDialog ? mostReclaims : 0;

@@ -6,6 +6,8 @@
 #include "linux/panel/X11Keyboard.h"
 #include "linux/window/ModalWindows.h"
 
+#include <functional>
+
 namespace kelo::panel {
 
 /// Who has the keyboard while a panel is shown that no window manager manages: the panel, one of
@@ -14,11 +16,13 @@ namespace kelo::panel {
 class PanelKeyboard {
 public:
     /// panel: a realized window, which lives longer than this. mayHave: whether the panel may ever
-    /// have the keyboard.
-    PanelKeyboard(X11Connection connection, Window panel, bool mayHave);
+    /// have the keyboard. setAside: called while the panel is shown, with true when one of our
+    /// dialogs needs its place and with false when the panel can be seen again.
+    PanelKeyboard(X11Connection connection, Window panel, bool mayHave,
+                  std::function<void(bool)> setAside);
 
     /// The panel has appeared on the screen, or is asked for again while it is there. Puts it in
-    /// front with the keyboard, or behind a dialog that is open.
+    /// front with the keyboard, unless a dialog is open.
     void panelShown();
     /// The panel is about to leave the screen. Gives the keyboard back.
     void panelLeaves();
@@ -40,6 +44,7 @@ private:
     X11Connection connection;
     Window panel;
     bool mayHave;
+    std::function<void(bool)> setAside;
     X11Keyboard keyboard;
     HeldKeyGrab heldKey;
     bool isShown = false;

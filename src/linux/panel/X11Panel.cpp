@@ -55,7 +55,10 @@ void X11Panel::realize() {
     XChangeProperty(connection.xlib(), xid(), connection.atom("_GTK_FRAME_EXTENTS"), XA_CARDINAL,
                     32, PropModeReplace, reinterpret_cast<const unsigned char*>(extents.data()),
                     static_cast<int>(extents.size()));
-    keyboard.emplace(connection, xid(), mayHaveKeyboard);
+    keyboard.emplace(connection, xid(), mayHaveKeyboard, [this](bool aside) {
+        isAside = aside;
+        move();
+    });
     connection.followRootProperties();
     reshape();
 }
@@ -152,7 +155,8 @@ void X11Panel::reshape() {
 
 void X11Panel::move() const {
     const int margin = window.margin() * scale();
-    const int left = wholePoints(origin.x * scale());
+    const int beyondTheEdge = -wholePoints((window.size().width + window.margin()) * scale());
+    const int left = isAside ? beyondTheEdge : wholePoints(origin.x * scale());
     const int top = connection.height() - wholePoints((origin.y + window.size().height) * scale());
     XMoveWindow(connection.xlib(), xid(), left - margin, top - margin);
 }

@@ -48,6 +48,8 @@ private:
     bool mayHaveKeyboard;
     /// Whether a compositor blends the shadow. Otherwise, the shadow is cut off.
     bool isTranslucent = false;
+    /// Whether the panel is outside the screen, because one of our dialogs needs its place.
+    bool isAside = false;
     X11ScreensWatch screens;
     platform::Point origin;
     /// Empty until the window is realized.

@@ -63,6 +63,22 @@ TEST_F(PanelDescriptionTest, MayGoWhileItLooksWhetherItIsToHide) {
     }
 }
 
+TEST_F(PanelDescriptionTest, StaysWhenAWindowOfOursTakesTheKeyboard) {
+    auto description = voicePanel();
+    description.hidesOnDeactivate = true;
+    make(description);
+    show();
+    until("the caret blinks", [this] { return content->hasCaret(); });
+    const auto ours = gobject::GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()));
+    gtk_window_set_modal(ours.get(), TRUE);
+    gtk_window_present(ours.get());
+    until("our window has the keyboard", [&] { return gtk_window_is_active(ours.get()); });
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    EXPECT_TRUE(panel->isVisible());
+    gtk_window_destroy(ours.get());
+}
+
 TEST_F(PanelDescriptionTest, GivesTheKeyboardBackWhenTheDesktopClosesIt) {
     screen::OtherProgram other;
     settle(other);

@@ -100,6 +100,26 @@ TEST_F(PanelFocusTest, AHeldEscapeDoesNotReachTheProgramBehind) {
     EXPECT_EQ(other.typed(), "b");
 }
 
+TEST_F(PanelFocusTest, AnEscapeHeldInAnotherProgramStaysWithIt) {
+    screen::OtherProgram other;
+    settle(other);
+    show();
+    other.takeKeyboard();
+    until("the other program has the keyboard",
+          [&] { return windows.focused() == other.window(); });
+    keyboard.down(XK_Escape);
+    connection.sync();
+    hide();
+    keyboard.press(XK_a);
+    connection.sync();
+    until("the other program gets its keys", [&] {
+        other.listen();
+        return other.typed().ends_with("a");
+    });
+    keyboard.up(XK_Escape);
+    connection.sync();
+}
+
 TEST_F(PanelFocusTest, AHeldEscapeIsTakenForNoLockScreen) {
     screen::OtherProgram other;
     settle(other);
@@ -138,46 +158,6 @@ TEST_F(PanelFocusTest, AnEscapeThatNobodyReleasesIsKeptForTwoSecondsAtMost) {
     });
     keyboard.up(XK_Escape);
     connection.sync();
-}
-
-TEST_F(PanelFocusTest, ADialogOfOursLiesAboveThePanelAndGivesTheKeyboardBackToIt) {
-    screen::OtherProgram other;
-    settle(other);
-    show();
-    auto dialog = gobject::GObjectPointer<GtkWindow>::share(GTK_WINDOW(gtk_window_new()));
-    gtk_window_set_modal(dialog.get(), TRUE);
-    gtk_window_set_default_size(dialog.get(), 1000, 800);
-    gtk_window_present(dialog.get());
-    const auto number = [&] {
-        return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(dialog.get())));
-    };
-    until("the dialog is in front of the panel", [&] {
-        return windows.describe(number()).isMapped &&
-               !contentAt(box().x + box().width / 2, box().y + box().height / 2);
-    });
-    if (hasManager())
-        until("the dialog has the keyboard", [&] {
-            return windows.focused() != panelWindow() && gtk_window_is_active(dialog.get());
-        });
-    EXPECT_TRUE(panel->isVisible());
-    panel->makeKeyAndOrderFront();
-    digest();
-    EXPECT_FALSE(contentAt(box().x + box().width / 2, box().y + box().height / 2))
-        << "a show comes in front of the dialog";
-    const screen::WindowId gone = number();
-    gtk_window_destroy(dialog.get());
-    until("the manager has forgotten the dialog", [&] {
-        const auto managed = windows.managed();
-        return std::none_of(managed.begin(), managed.end(),
-                            [&](const auto& window) { return window.identifier == gone; });
-    });
-    until("the panel is in front again", [this] { return contentAt(box().x + 20, box().y + 300); });
-    until("the panel has the keyboard again",
-          [this] { return windows.focused() == panelWindow(); });
-    typeIntoPanel("back");
-    hide();
-    until("the other program has the keyboard again",
-          [&] { return windows.focused() == other.window(); });
 }
 
 TEST_F(PanelFocusTest, LeavesTheKeyboardToWhoeverTookItLater) {
