@@ -1,4 +1,5 @@
 // What the services on the buses say, each on a bus of its own.
+#include "component/bus/StartingBus.h"
 #include "component/session/SessionFixture.h"
 #include "component/session/StandInServices.h"
 #include "linux/session/LoginSession.h"
@@ -25,7 +26,8 @@ protected:
     ScopedMainLoop loop;
     TemporaryFolder folder;
     SessionBus peer{folder.path()};
-    std::shared_ptr<session::Bus> bus = std::make_shared<session::Bus>(peer.address());
+    std::shared_ptr<bus::SharedConnection> bus =
+        std::make_shared<bus::SharedConnection>(peer.address());
     int changes = 0;
     session::LockSource::Changed changed = [this] { ++changes; };
 };
@@ -167,7 +169,7 @@ TEST_F(LoginSession, ManagerThatGoesUnlocksAndOneThatComesIsAsked) {
 
 TEST_F(LoginSession, BusThatIsNotThereLocksNothing) {
     for (const char* const address : {"", "unix:path=/nowhere/at/all", "nonsense"}) {
-        const auto missing = std::make_shared<session::Bus>(address);
+        const auto missing = std::make_shared<bus::SharedConnection>(address);
         const session::LoginSession asked(*missing, changed);
         EXPECT_FALSE(asked.isCertain()) << address;
         EXPECT_TRUE(waitUntilUnlocked(asked)) << address;
@@ -181,6 +183,24 @@ TEST_F(LoginSession, ManagerThatNeverAnswersLeavesItUncertainAndMayBeLeft) {
     ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return manager->questions == 1; }));
     EXPECT_FALSE(session->isCertain());
     session.reset();
+}
+
+TEST_F(Services, AreNotStartedToBeFollowed) {
+    const std::vector<std::string> names{"org.freedesktop.login1", "org.freedesktop.ScreenSaver",
+                                         "org.gnome.ScreenSaver",  "org.cinnamon.ScreenSaver",
+                                         "org.mate.ScreenSaver",   "org.xfce.ScreenSaver"};
+    auto services = names;
+    services.emplace_back("org.example.Last");
+    const StartingBus starting(folder.path(), services);
+    const auto there = std::make_shared<bus::SharedConnection>(starting.address());
+    auto all = session::screenSavers(*there, changed);
+    all.push_back(std::make_unique<session::LoginSession>(*there, changed));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] {
+        return std::ranges::all_of(all, [](const auto& each) { return each->isCertain(); });
+    }));
+    ASSERT_TRUE(starting.start("org.example.Last"));
+    for (const std::string& name : names)
+        EXPECT_FALSE(starting.hasStarted(name)) << name;
 }
 
 TEST_F(Services, OfTheEnvironmentsBusesAreFollowedByTheSession) {
