@@ -56,11 +56,6 @@ void SharedConnection::whenOpen(Opened opened) {
 }
 
 void SharedConnection::open() {
-    // GLib does not check whether an address names any place at all.
-    if (address.empty()) {
-        MainLoop::main().post([self = shared_from_this()] { self->finish({}); });
-        return;
-    }
     using Self = std::shared_ptr<SharedConnection>;
     const GAsyncReadyCallback opened = [](GObject*, GAsyncResult* result, gpointer data) {
         const auto self = takeBack<Self>(data);

@@ -27,7 +27,7 @@ std::string sessionAddress();
 std::string systemAddress();
 
 /// Opens a new connection to the bus at this address. Blocks until the bus has accepted it. Null on
-/// failure. address: not empty.
+/// failure. address: may be empty or wrong.
 Connection openConnection(const std::string& address);
 
 /// A new connection that several users share, opened when the first of them asks. The process's

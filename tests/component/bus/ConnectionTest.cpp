@@ -67,6 +67,13 @@ TEST_F(Connection, IsOneForAllWhoAsk) {
     shared->whenOpen(note());
     EXPECT_THAT(opened, SizeIs(0)) << "not before the main loop has run";
     ASSERT_TRUE(waitFor(2));
+    // Gives a second connection, if there were one, the time to be opened.
+    for (int times = 0; times < 3; ++times) {
+        const auto other = std::make_shared<bus::SharedConnection>(peer.address());
+        bool isOpen = false;
+        other->whenOpen([&](const bus::Connection&) { isOpen = true; });
+        ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isOpen; }));
+    }
     shared->whenOpen(note());
     EXPECT_THAT(opened, SizeIs(2)) << "not at once either";
     ASSERT_TRUE(waitFor(3));
@@ -93,6 +100,7 @@ TEST_F(Connection, ThatCannotBeOpenedIsNull) {
         EXPECT_THAT(opened, Each(nullptr)) << address;
     }
     EXPECT_FALSE(bus::openConnection("unix:path=/nowhere/at/all"));
+    EXPECT_FALSE(bus::openConnection(""));
 }
 
 TEST_F(Connection, DoesNotEndTheProgramWithItsBus) {

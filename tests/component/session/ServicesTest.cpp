@@ -23,6 +23,23 @@ protected:
         return ScopedMainLoop::runUntil([&] { return source.isCertain() && !source.isLocked(); });
     }
 
+    /// Calls in the same way as what is under test does. All that was sent before on this road, and
+    /// all that this led to, has been dealt with when the last call is answered.
+    void settle(const char* path, const char* interface, const char* method,
+                const char* arguments = "()") {
+        const std::string owner = g_dbus_connection_get_unique_name(peer.connection());
+        const bus::Calls calls;
+        for (int times = 0; times < 3; ++times) {
+            bool isAnswered = false;
+            bus->whenOpen([&](const bus::Connection& connection) {
+                calls.call(connection, {owner, path, interface}, method,
+                           g_variant_new_parsed(arguments),
+                           [&](const auto&, const auto&) { isAnswered = true; });
+            });
+            ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isAnswered; }));
+        }
+    }
+
     ScopedMainLoop loop;
     TemporaryFolder folder;
     SessionBus peer{folder.path()};
@@ -37,6 +54,10 @@ protected:
     std::optional<StandInLoginManager> manager;
     std::optional<session::LoginSession> session;
 
+    void settleManager() {
+        settle("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "GetSession",
+               "('auto',)");
+    }
     void follow() {
         manager.emplace(peer);
         session.emplace(*bus, changed);
@@ -167,6 +188,30 @@ TEST_F(LoginSession, ManagerThatGoesUnlocksAndOneThatComesIsAsked) {
     EXPECT_TRUE(waitUntilLocked(*session));
 }
 
+TEST_F(LoginSession, ManagerThatGaveUpItsNameIsNotHeard) {
+    follow();
+    manager->giveUpName();
+    ASSERT_TRUE(peer.waitForNoName("org.freedesktop.login1"));
+    settleManager();
+    manager->set("LockedHint", true);
+    settleManager();
+    EXPECT_FALSE(session->isLocked());
+}
+
+TEST_F(LoginSession, LateAnswerOfAManagerThatGaveUpItsNameDoesNotCount) {
+    manager.emplace(peer);
+    manager->properties["LockedHint"] = true;
+    manager->isSilent = true;
+    session.emplace(*bus, changed);
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return manager->questions == 1; }));
+    manager->giveUpName();
+    ASSERT_TRUE(waitUntilUnlocked(*session));
+    manager->isSilent = false;
+    manager->answerLate();
+    settleManager();
+    EXPECT_FALSE(session->isLocked());
+}
+
 TEST_F(LoginSession, BusThatIsNotThereLocksNothing) {
     for (const char* const address : {"", "unix:path=/nowhere/at/all", "nonsense"}) {
         const auto missing = std::make_shared<bus::SharedConnection>(address);
@@ -256,6 +301,40 @@ TEST_P(ScreenSaver, OneThatDoesNotKnowCountsAsInactive) {
     saver.knowsIt = false;
     follow();
     EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return isCertain(); }));
+    EXPECT_FALSE(isLocked());
+}
+
+TEST_P(ScreenSaver, EveryObjectOfItIsHeard) {
+    StandInScreenSaver saver(peer, GetParam().name, GetParam().path);
+    follow();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isCertain(); }));
+    saver.setFrom("/ScreenSaver", true);
+    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return isLocked(); }));
+}
+
+TEST_P(ScreenSaver, OneThatGaveUpItsNameIsNotHeard) {
+    StandInScreenSaver saver(peer, GetParam().name, GetParam().path);
+    saver.active = true;
+    follow();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isLocked(); }));
+    saver.giveUpName();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return !isLocked(); }));
+    saver.set(true);
+    settle(GetParam().path, GetParam().name, "GetActive");
+    EXPECT_FALSE(isLocked());
+}
+
+TEST_P(ScreenSaver, LateAnswerOfOneThatGaveUpItsNameDoesNotCount) {
+    StandInScreenSaver saver(peer, GetParam().name, GetParam().path);
+    saver.active = true;
+    saver.isSilent = true;
+    follow();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return saver.questions == 1; }));
+    saver.giveUpName();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isCertain(); }));
+    saver.isSilent = false;
+    saver.answerLate();
+    settle(GetParam().path, GetParam().name, "GetActive");
     EXPECT_FALSE(isLocked());
 }
 

@@ -177,6 +177,13 @@ TEST_F(PortalSource, ASessionThatIsRefusedIsTheEndOfIt) {
     EXPECT_THAT(asked(), ElementsAre("CreateSession", bound)) << "the next portal is asked";
 }
 
+TEST_F(PortalSource, AResponseToAnotherRequestIsNotOurs) {
+    startPortal(R"({"confuses": true})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound));
+}
+
 TEST_F(PortalSource, APortalWithoutShortcutsIsLeftAlone) {
     startPortal(R"({"shortcuts": false, "refuses": "CreateSession"})");
     const auto found = source->availability();
