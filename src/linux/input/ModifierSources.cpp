@@ -3,6 +3,7 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/input/evdev/EvdevModifierSource.h"
 #include "linux/input/portal/PortalModifierSource.h"
+#include "linux/input/xkb/XServer.h"
 #include "linux/input/xkb/XkbModifierSource.h"
 #include "posix/FileDescriptor.h"
 
@@ -44,9 +45,15 @@ bool isWaylandThere() {
                                sizeof(address)) == 0;
 }
 
-bool isX11There() {
+/// An X11 program on a Wayland desktop is told no more than any other there.
+DisplayKind kindOfServer(Display* connection) {
+    return XServer::of(connection).isXwayland() ? DisplayKind::wayland : DisplayKind::x11;
+}
+
+DisplayKind kindOfX11Display() {
     const auto close = [](Display* display) { XCloseDisplay(display); };
-    return std::unique_ptr<Display, decltype(close)>(XOpenDisplay(nullptr), close) != nullptr;
+    const std::unique_ptr<Display, decltype(close)> connection(XOpenDisplay(nullptr), close);
+    return connection ? kindOfServer(connection.get()) : DisplayKind::none;
 }
 
 /// Whether the user lets the toolkit use this kind of display (GDK_BACKEND).
@@ -64,15 +71,14 @@ bool isAllowed(std::string_view kind) {
 DisplayKind displayKind(GdkDisplay* display) {
     if (!display)
         return DisplayKind::none;
-    return GDK_IS_X11_DISPLAY(display) ? DisplayKind::x11 : DisplayKind::wayland;
+    return GDK_IS_X11_DISPLAY(display) ? kindOfServer(gdk_x11_display_get_xdisplay(display))
+                                       : DisplayKind::wayland;
 }
 
 DisplayKind displayKindOfEnvironment() {
     if (isAllowed("wayland") && isWaylandThere())
         return DisplayKind::wayland;
-    if (isAllowed("x11") && isX11There())
-        return DisplayKind::x11;
-    return DisplayKind::none;
+    return isAllowed("x11") ? kindOfX11Display() : DisplayKind::none;
 }
 
 SourceList sourcesForEveryProgram(DisplayKind kind, const std::string& displayName) {

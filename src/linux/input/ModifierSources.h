@@ -8,9 +8,11 @@ typedef struct _GdkDisplay GdkDisplay;
 
 namespace kelo::input {
 
+/// Whose keys a program on a display can see. wayland: also for an X11 program on a Wayland
+/// desktop.
 enum class DisplayKind { none, x11, wayland };
 
-/// The kind of the display that the toolkit is connected to; none for null.
+/// The kind of the display that the toolkit is connected to; none for null. Asks the server.
 DisplayKind displayKind(GdkDisplay* display);
 
 /// The kind of the display that the toolkit would choose. Does not start the toolkit: it opens the

@@ -1,5 +1,6 @@
 #include "linux/session/LinuxUserSession.h"
 
+#include "linux/bus/Connection.h"
 #include "linux/session/LoginSession.h"
 #include "linux/session/ScreenSaver.h"
 #include "linux/session/X11LockScreen.h"
@@ -25,8 +26,8 @@ constexpr int mostRetries = 40;
 constexpr auto lookInterval = 250ms;
 
 std::vector<std::unique_ptr<LockSource>> followServices(const LockSource::Changed& changed) {
-    const auto systemBus = std::make_shared<Bus>(systemBusAddress());
-    const auto sessionBus = std::make_shared<Bus>(sessionBusAddress());
+    const auto systemBus = std::make_shared<bus::SharedConnection>(bus::systemAddress());
+    const auto sessionBus = std::make_shared<bus::SharedConnection>(bus::sessionAddress());
     auto all = screenSavers(*sessionBus, changed);
     all.push_back(std::make_unique<LoginSession>(*systemBus, changed));
     return all;

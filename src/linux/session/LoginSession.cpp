@@ -1,12 +1,9 @@
 #include "linux/session/LoginSession.h"
 
-#include <glibmm/variant.h>
+#include "linux/gobject/GLibHandles.h"
 
-#include <map>
-#include <optional>
-#include <tuple>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace kelo::session {
 
@@ -20,79 +17,81 @@ constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 /// The caller's own session, or the user's graphical one if the caller belongs to none.
 constexpr const char* ownSession = "auto";
 
-using Properties = std::map<Glib::ustring, Glib::VariantBase>;
-
-/// A child of the values by its place; nothing if there is none of this type.
-template <typename T>
-std::optional<T> child(const Glib::VariantContainerBase& values, gsize place) {
-    if (place >= values.get_n_children())
-        return std::nullopt;
-    Glib::VariantBase value;
-    values.get_child(value, place);
-    if (!value.is_of_type(Glib::Variant<T>::variant_type()))
-        return std::nullopt;
-    return Glib::VariantBase::cast_dynamic<Glib::Variant<T>>(value).get();
+/// Leaves the value as it was if there is none of this name and type.
+void read(GVariant* properties, const char* name, bool& into) {
+    gboolean value = FALSE;
+    if (g_variant_lookup(properties, name, "b", &value))
+        into = value;
 }
 
-void read(const Properties& properties, const char* name, bool& into) {
-    const auto found = properties.find(name);
-    if (found != properties.end() && found->second.is_of_type(Glib::VARIANT_TYPE_BOOL))
-        into = Glib::VariantBase::cast_dynamic<Glib::Variant<bool>>(found->second).get();
+bool isOf(const gobject::GVariantPointer& answer, const char* type) {
+    return answer && g_variant_is_of_type(answer.get(), G_VARIANT_TYPE(type));
 }
 
 } // namespace
 
-LoginSession::LoginSession(Bus& systemBus, Changed changed)
+LoginSession::LoginSession(bus::SharedConnection& systemBus, Changed changed)
     : changed(std::move(changed)),
-      service(
-          systemBus, managerName, [this] { came(); }, [this] { giveUp(); }) {}
+      manager(systemBus, managerName, bus::Starting::never,
+              [this](const bus::Connection& opened, const std::string& owner) {
+                  managerChanged(opened, owner);
+              }) {}
 
-void LoginSession::came() {
-    service.call(
-        managerPath, managerInterface, "GetSession",
-        Glib::Variant<std::tuple<Glib::ustring>>::create({ownSession}),
-        [this](const BusService::Values& values) {
-            if (values.get_n_children() == 1 && values.get_type_string() == "(o)") {
-                Glib::VariantBase value;
-                values.get_child(value, 0);
-                found(g_variant_get_string(value.gobj(), nullptr));
-            } else {
-                giveUp();
-            }
-        },
-        [this] { giveUp(); });
+void LoginSession::managerChanged(const bus::Connection& opened, const std::string& owner) {
+    change.reset();
+    calls.reset();
+    if (owner.empty())
+        return giveUp();
+    connection = opened;
+    properties = {owner, "", propertiesInterface};
+    calls.emplace();
+    calls->call(connection, {owner, managerPath, managerInterface}, "GetSession",
+                g_variant_new("(s)", ownSession),
+                [this](const gobject::GVariantPointer& answer, const gobject::GErrorPointer&) {
+                    if (!isOf(answer, "(o)"))
+                        return giveUp();
+                    const char* path = nullptr;
+                    g_variant_get(answer.get(), "(&o)", &path);
+                    found(path);
+                });
 }
 
-void LoginSession::found(const std::string& session) {
-    path = session;
-    // Heard before it is asked: a change in between would be lost otherwise.
-    service.hear(path, propertiesInterface, "PropertiesChanged",
-                 [this](const BusService::Values& values) {
-                     if (child<Glib::ustring>(values, 0) != sessionInterface)
-                         return;
-                     if (const auto invalidated = child<std::vector<Glib::ustring>>(values, 2);
-                         invalidated && !invalidated->empty())
-                         readProperties();
-                     if (const auto properties = child<Properties>(values, 1))
-                         note(*properties);
-                 });
+void LoginSession::found(const std::string& path) {
+    properties.path = path;
+    // Subscribed before it is asked: a change in between would be lost otherwise.
+    change.emplace(connection, properties, "PropertiesChanged",
+                   [this](const std::string&, GVariant* values) { propertiesChanged(values); });
     readProperties();
 }
 
 void LoginSession::readProperties() {
-    service.call(
-        path, propertiesInterface, "GetAll",
-        Glib::Variant<std::tuple<Glib::ustring>>::create({sessionInterface}),
-        [this](const BusService::Values& values) {
-            certain = true;
-            note(child<Properties>(values, 0).value_or(Properties()));
-        },
-        [this] { giveUp(); });
+    calls->call(connection, properties, "GetAll", g_variant_new("(s)", sessionInterface),
+                [this](const gobject::GVariantPointer& answer, const gobject::GErrorPointer&) {
+                    if (!isOf(answer, "(a{sv})"))
+                        return giveUp();
+                    certain = true;
+                    const gobject::GVariantPointer all(g_variant_get_child_value(answer.get(), 0));
+                    note(all.get());
+                });
 }
 
-void LoginSession::note(const Properties& properties) {
-    read(properties, "LockedHint", lockedHint);
-    read(properties, "Active", active);
+void LoginSession::propertiesChanged(GVariant* values) {
+    if (!g_variant_is_of_type(values, G_VARIANT_TYPE("(sa{sv}as)")))
+        return;
+    const char* interface = nullptr;
+    g_variant_get_child(values, 0, "&s", &interface);
+    if (std::string_view(interface) != sessionInterface)
+        return;
+    const gobject::GVariantPointer invalidated(g_variant_get_child_value(values, 2));
+    if (g_variant_n_children(invalidated.get()) > 0)
+        readProperties();
+    const gobject::GVariantPointer known(g_variant_get_child_value(values, 1));
+    note(known.get());
+}
+
+void LoginSession::note(GVariant* known) {
+    read(known, "LockedHint", lockedHint);
+    read(known, "Active", active);
     changed();
 }
 

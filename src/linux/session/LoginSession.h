@@ -1,9 +1,11 @@
 #pragma once
 
-#include "linux/session/BusService.h"
+#include "linux/bus/Calls.h"
+#include "linux/bus/NameWatch.h"
+#include "linux/bus/Signal.h"
 #include "linux/session/LockSource.h"
 
-#include <map>
+#include <optional>
 #include <string>
 
 namespace kelo::session {
@@ -12,24 +14,30 @@ namespace kelo::session {
 /// and while it is not the active one of its seat.
 class LoginSession final : public LockSource {
 public:
-    LoginSession(Bus& systemBus, Changed changed);
+    LoginSession(bus::SharedConnection& systemBus, Changed changed);
 
     bool isCertain() const override { return certain; }
     bool isLocked() const override { return certain && (lockedHint || !active); }
 
 private:
-    void came();
+    void managerChanged(const bus::Connection& opened, const std::string& owner);
     void found(const std::string& path);
     void readProperties();
-    void note(const std::map<Glib::ustring, Glib::VariantBase>& properties);
+    void propertiesChanged(GVariant* values);
+    void note(GVariant* known);
     void giveUp();
 
     Changed changed;
     bool certain = false;
     bool lockedHint = false;
     bool active = true;
-    std::string path;
-    BusService service;
+    bus::Connection connection;
+    /// The properties of the session.
+    bus::Object properties;
+    /// Last as long as the manager that they are for.
+    std::optional<bus::Calls> calls;
+    std::optional<bus::Signal> change;
+    bus::NameWatch manager;
 };
 
 } // namespace kelo::session

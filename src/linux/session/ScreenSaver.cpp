@@ -1,6 +1,6 @@
 #include "linux/session/ScreenSaver.h"
 
-#include <glibmm/variant.h>
+#include "linux/gobject/GLibHandles.h"
 
 #include <array>
 #include <optional>
@@ -20,35 +20,44 @@ constexpr std::array known{Known{"org.freedesktop.ScreenSaver", "/org/freedeskto
                            Known{"org.mate.ScreenSaver", "/org/mate/ScreenSaver"},
                            Known{"org.xfce.ScreenSaver", "/org/xfce/ScreenSaver"}};
 
-std::optional<bool> onlyValue(const BusService::Values& values) {
-    if (values.get_type_string() != "(b)")
+/// Nothing if there is no value, or one of another type.
+std::optional<bool> onlyValue(GVariant* values) {
+    if (!values || !g_variant_is_of_type(values, G_VARIANT_TYPE("(b)")))
         return std::nullopt;
-    Glib::Variant<bool> value;
-    values.get_child(value, 0);
-    return value.get();
+    gboolean value = FALSE;
+    g_variant_get(values, "(b)", &value);
+    return value;
 }
 
 } // namespace
 
-ScreenSaver::ScreenSaver(Bus& sessionBus, const std::string& name, std::string path,
-                         Changed changed)
+ScreenSaver::ScreenSaver(bus::SharedConnection& sessionBus, const std::string& name,
+                         std::string path, Changed changed)
     : name(name),
       path(std::move(path)),
       changed(std::move(changed)),
-      service(
-          sessionBus, name, [this] { came(); }, [this] { note(false); }) {}
+      saver(sessionBus, name, bus::Starting::never,
+            [this](const bus::Connection& connection, const std::string& owner) {
+                saverChanged(connection, owner);
+            }) {}
 
-void ScreenSaver::came() {
-    // Heard before it is asked: a change in between would be lost otherwise.
-    // From every object, because one desktop has two.
-    service.hear("", name, "ActiveChanged", [this](const BusService::Values& values) {
-        if (const auto value = onlyValue(values))
-            note(*value);
-    });
-    service.call(
-        path, name, "GetActive", {},
-        [this](const BusService::Values& values) { note(onlyValue(values).value_or(false)); },
-        [this] { note(false); });
+void ScreenSaver::saverChanged(const bus::Connection& connection, const std::string& owner) {
+    change.reset();
+    calls.reset();
+    if (owner.empty())
+        return note(false);
+    // Subscribed before it is asked: a change in between would be lost otherwise.
+    // To every object, because one desktop has two.
+    change.emplace(connection, bus::Object{owner, "", name}, "ActiveChanged",
+                   [this](const std::string&, GVariant* values) {
+                       if (const auto value = onlyValue(values))
+                           note(*value);
+                   });
+    calls.emplace();
+    calls->call(connection, {owner, path, name}, "GetActive", nullptr,
+                [this](const gobject::GVariantPointer& answer, const gobject::GErrorPointer&) {
+                    note(onlyValue(answer.get()).value_or(false));
+                });
 }
 
 void ScreenSaver::note(bool isActive) {
@@ -57,7 +66,7 @@ void ScreenSaver::note(bool isActive) {
     changed();
 }
 
-std::vector<std::unique_ptr<LockSource>> screenSavers(Bus& sessionBus,
+std::vector<std::unique_ptr<LockSource>> screenSavers(bus::SharedConnection& sessionBus,
                                                       const LockSource::Changed& changed) {
     std::vector<std::unique_ptr<LockSource>> all;
     for (const auto& [name, path] : known)

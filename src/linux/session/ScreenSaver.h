@@ -1,9 +1,12 @@
 #pragma once
 
-#include "linux/session/BusService.h"
+#include "linux/bus/Calls.h"
+#include "linux/bus/NameWatch.h"
+#include "linux/bus/Signal.h"
 #include "linux/session/LockSource.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,13 +17,14 @@ namespace kelo::session {
 class ScreenSaver final : public LockSource {
 public:
     /// name: the bus name, which is the interface's name, too. path: the object's.
-    ScreenSaver(Bus& sessionBus, const std::string& name, std::string path, Changed changed);
+    ScreenSaver(bus::SharedConnection& sessionBus, const std::string& name, std::string path,
+                Changed changed);
 
     bool isCertain() const override { return certain; }
     bool isLocked() const override { return active; }
 
 private:
-    void came();
+    void saverChanged(const bus::Connection& connection, const std::string& owner);
     void note(bool isActive);
 
     std::string name;
@@ -28,11 +32,14 @@ private:
     Changed changed;
     bool certain = false;
     bool active = false;
-    BusService service;
+    /// Last as long as the screen saver's program that they are for.
+    std::optional<bus::Calls> calls;
+    std::optional<bus::Signal> change;
+    bus::NameWatch saver;
 };
 
 /// All that desktops are known to have.
-std::vector<std::unique_ptr<LockSource>> screenSavers(Bus& sessionBus,
+std::vector<std::unique_ptr<LockSource>> screenSavers(bus::SharedConnection& sessionBus,
                                                       const LockSource::Changed& changed);
 
 } // namespace kelo::session

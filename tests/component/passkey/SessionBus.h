@@ -1,20 +1,17 @@
 #pragma once
 
+#include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
 
 #include <gio/gio.h>
 
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace kelo {
 
-struct GVariantRelease {
-    void operator()(GVariant* value) const { g_variant_unref(value); }
-};
-using GVariantPointer = std::unique_ptr<GVariant, GVariantRelease>;
+using gobject::GVariantPointer;
 
 /// A child process with its standard input and output piped; killed and collected when it goes.
 class Child {

@@ -1,4 +1,5 @@
 // What the services on the buses say, each on a bus of its own.
+#include "component/bus/StartingBus.h"
 #include "component/session/SessionFixture.h"
 #include "component/session/StandInServices.h"
 #include "linux/session/LoginSession.h"
@@ -22,10 +23,28 @@ protected:
         return ScopedMainLoop::runUntil([&] { return source.isCertain() && !source.isLocked(); });
     }
 
+    /// Calls in the same way as what is under test does. All that was sent before on this road, and
+    /// all that this led to, has been dealt with when the last call is answered.
+    void settle(const char* path, const char* interface, const char* method,
+                const char* arguments = "()") {
+        const std::string owner = g_dbus_connection_get_unique_name(peer.connection());
+        const bus::Calls calls;
+        for (int times = 0; times < 3; ++times) {
+            bool isAnswered = false;
+            bus->whenOpen([&](const bus::Connection& connection) {
+                calls.call(connection, {owner, path, interface}, method,
+                           g_variant_new_parsed(arguments),
+                           [&](const auto&, const auto&) { isAnswered = true; });
+            });
+            ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isAnswered; }));
+        }
+    }
+
     ScopedMainLoop loop;
     TemporaryFolder folder;
     SessionBus peer{folder.path()};
-    std::shared_ptr<session::Bus> bus = std::make_shared<session::Bus>(peer.address());
+    std::shared_ptr<bus::SharedConnection> bus =
+        std::make_shared<bus::SharedConnection>(peer.address());
     int changes = 0;
     session::LockSource::Changed changed = [this] { ++changes; };
 };
@@ -35,6 +54,10 @@ protected:
     std::optional<StandInLoginManager> manager;
     std::optional<session::LoginSession> session;
 
+    void settleManager() {
+        settle("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "GetSession",
+               "('auto',)");
+    }
     void follow() {
         manager.emplace(peer);
         session.emplace(*bus, changed);
@@ -165,9 +188,33 @@ TEST_F(LoginSession, ManagerThatGoesUnlocksAndOneThatComesIsAsked) {
     EXPECT_TRUE(waitUntilLocked(*session));
 }
 
+TEST_F(LoginSession, ManagerThatGaveUpItsNameIsNotHeard) {
+    follow();
+    manager->giveUpName();
+    ASSERT_TRUE(peer.waitForNoName("org.freedesktop.login1"));
+    settleManager();
+    manager->set("LockedHint", true);
+    settleManager();
+    EXPECT_FALSE(session->isLocked());
+}
+
+TEST_F(LoginSession, LateAnswerOfAManagerThatGaveUpItsNameDoesNotCount) {
+    manager.emplace(peer);
+    manager->properties["LockedHint"] = true;
+    manager->isSilent = true;
+    session.emplace(*bus, changed);
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return manager->questions == 1; }));
+    manager->giveUpName();
+    ASSERT_TRUE(waitUntilUnlocked(*session));
+    manager->isSilent = false;
+    manager->answerLate();
+    settleManager();
+    EXPECT_FALSE(session->isLocked());
+}
+
 TEST_F(LoginSession, BusThatIsNotThereLocksNothing) {
     for (const char* const address : {"", "unix:path=/nowhere/at/all", "nonsense"}) {
-        const auto missing = std::make_shared<session::Bus>(address);
+        const auto missing = std::make_shared<bus::SharedConnection>(address);
         const session::LoginSession asked(*missing, changed);
         EXPECT_FALSE(asked.isCertain()) << address;
         EXPECT_TRUE(waitUntilUnlocked(asked)) << address;
@@ -181,6 +228,24 @@ TEST_F(LoginSession, ManagerThatNeverAnswersLeavesItUncertainAndMayBeLeft) {
     ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return manager->questions == 1; }));
     EXPECT_FALSE(session->isCertain());
     session.reset();
+}
+
+TEST_F(Services, AreNotStartedToBeFollowed) {
+    const std::vector<std::string> names{"org.freedesktop.login1", "org.freedesktop.ScreenSaver",
+                                         "org.gnome.ScreenSaver",  "org.cinnamon.ScreenSaver",
+                                         "org.mate.ScreenSaver",   "org.xfce.ScreenSaver"};
+    auto services = names;
+    services.emplace_back("org.example.Last");
+    const StartingBus starting(folder.path(), services);
+    const auto there = std::make_shared<bus::SharedConnection>(starting.address());
+    auto all = session::screenSavers(*there, changed);
+    all.push_back(std::make_unique<session::LoginSession>(*there, changed));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] {
+        return std::ranges::all_of(all, [](const auto& each) { return each->isCertain(); });
+    }));
+    ASSERT_TRUE(starting.start("org.example.Last"));
+    for (const std::string& name : names)
+        EXPECT_FALSE(starting.hasStarted(name)) << name;
 }
 
 TEST_F(Services, OfTheEnvironmentsBusesAreFollowedByTheSession) {
@@ -236,6 +301,40 @@ TEST_P(ScreenSaver, OneThatDoesNotKnowCountsAsInactive) {
     saver.knowsIt = false;
     follow();
     EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return isCertain(); }));
+    EXPECT_FALSE(isLocked());
+}
+
+TEST_P(ScreenSaver, EveryObjectOfItIsHeard) {
+    StandInScreenSaver saver(peer, GetParam().name, GetParam().path);
+    follow();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isCertain(); }));
+    saver.setFrom("/ScreenSaver", true);
+    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return isLocked(); }));
+}
+
+TEST_P(ScreenSaver, OneThatGaveUpItsNameIsNotHeard) {
+    StandInScreenSaver saver(peer, GetParam().name, GetParam().path);
+    saver.active = true;
+    follow();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isLocked(); }));
+    saver.giveUpName();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return !isLocked(); }));
+    saver.set(true);
+    settle(GetParam().path, GetParam().name, "GetActive");
+    EXPECT_FALSE(isLocked());
+}
+
+TEST_P(ScreenSaver, LateAnswerOfOneThatGaveUpItsNameDoesNotCount) {
+    StandInScreenSaver saver(peer, GetParam().name, GetParam().path);
+    saver.active = true;
+    saver.isSilent = true;
+    follow();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return saver.questions == 1; }));
+    saver.giveUpName();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return isCertain(); }));
+    saver.isSilent = false;
+    saver.answerLate();
+    settle(GetParam().path, GetParam().name, "GetActive");
     EXPECT_FALSE(isLocked());
 }
 

@@ -1,5 +1,7 @@
 #include "component/session/StandInServices.h"
 
+#include <utility>
+
 namespace kelo::test {
 
 namespace {
@@ -35,7 +37,19 @@ StandInService::StandInService(const SessionBus& bus, const char* name)
 StandInService::~StandInService() {
     for (const guint object : objects)
         g_dbus_connection_unregister_object(connection.get(), object);
-    g_bus_unown_name(ownership);
+    giveUpName();
+    for (const Question& question : unanswered)
+        g_object_unref(question.invocation);
+}
+
+void StandInService::giveUpName() {
+    if (ownership)
+        g_bus_unown_name(std::exchange(ownership, 0));
+}
+
+void StandInService::answerLate() {
+    for (const Question& question : std::exchange(unanswered, {}))
+        reply(question);
 }
 
 void StandInService::serve(const char* path, const char* description) {
@@ -57,14 +71,18 @@ void StandInService::called(GDBusConnection*, const char*, const char*, const ch
                             GDBusMethodInvocation* invocation, gpointer data) {
     auto& self = *static_cast<StandInService*>(data);
     ++self.questions;
-    if (self.isSilent) {
-        g_object_unref(invocation);
-        return;
-    }
-    if (GVariant* const values = self.answer(method, arguments))
-        g_dbus_method_invocation_return_value(invocation, values);
+    Question question{method, gobject::GVariantPointer(g_variant_ref(arguments)), invocation};
+    if (self.isSilent)
+        self.unanswered.push_back(std::move(question));
     else
-        g_dbus_method_invocation_return_dbus_error(invocation, "org.example.No", "no");
+        self.reply(question);
+}
+
+void StandInService::reply(const Question& question) {
+    if (GVariant* const values = answer(question.method, question.arguments.get()))
+        g_dbus_method_invocation_return_value(question.invocation, values);
+    else
+        g_dbus_method_invocation_return_dbus_error(question.invocation, "org.example.No", "no");
 }
 
 StandInLoginManager::StandInLoginManager(const SessionBus& bus)
@@ -115,8 +133,12 @@ StandInScreenSaver::StandInScreenSaver(const SessionBus& bus, const char* name, 
 }
 
 void StandInScreenSaver::set(bool isActive) {
+    setFrom(path, isActive);
+}
+
+void StandInScreenSaver::setFrom(const char* object, bool isActive) {
     active = isActive;
-    send(path, interface, "ActiveChanged", g_variant_new("(b)", isActive));
+    send(object, interface, "ActiveChanged", g_variant_new("(b)", isActive));
 }
 
 GVariant* StandInScreenSaver::answer(const std::string&, GVariant*) {

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace kelo::test {
 
@@ -18,7 +19,11 @@ public:
     StandInService& operator=(const StandInService&) = delete;
 
     bool waitUntilOwned(const SessionBus& bus) const { return bus.waitForName(name); }
-    /// Methods that are asked, but never answered.
+    /// Gives up its name and stays on the bus.
+    void giveUpName();
+    /// Answers all that was asked while it was silent.
+    void answerLate();
+    /// Whether methods are left without an answer.
     bool isSilent = false;
     int questions = 0;
 
@@ -29,6 +34,12 @@ protected:
     virtual GVariant* answer(const std::string& method, GVariant* arguments) = 0;
 
 private:
+    struct Question {
+        std::string method;
+        gobject::GVariantPointer arguments;
+        GDBusMethodInvocation* invocation;
+    };
+    void reply(const Question& question);
     static void called(GDBusConnection* connection, const char* sender, const char* path,
                        const char* interface, const char* method, GVariant* arguments,
                        GDBusMethodInvocation* invocation, gpointer self);
@@ -37,6 +48,7 @@ private:
     gobject::GObjectPointer<GDBusConnection> connection;
     guint ownership;
     std::vector<guint> objects;
+    std::vector<Question> unanswered;
 };
 
 /// The login manager, with one session.
@@ -61,6 +73,8 @@ public:
     StandInScreenSaver(const SessionBus& bus, const char* name, const char* path);
 
     void set(bool isActive);
+    /// The same, told by another object than the one that is asked.
+    void setFrom(const char* object, bool isActive);
 
     bool active = false;
     bool knowsIt = true;

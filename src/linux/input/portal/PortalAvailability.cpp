@@ -1,6 +1,11 @@
 #include "linux/input/portal/PortalAvailability.h"
 
-#include "linux/input/portal/BusClient.h"
+#include "linux/bus/Connection.h"
+#include "linux/gobject/GLibHandles.h"
+#include "linux/input/portal/PortalRequest.h"
+
+#include <string_view>
+#include <utility>
 
 namespace kelo::input {
 
@@ -12,14 +17,14 @@ constexpr const char* otherWay =
     "In your desktop's keyboard settings, give the command \"kelo --widget\" a shortcut.";
 
 struct Answer {
-    GVariantOwner value;
+    gobject::GVariantPointer value;
     bool late = false;
 };
 
-Answer ask(const BusConnection& bus, const char* owner, const char* path, const char* interface,
+Answer ask(const bus::Connection& bus, const char* owner, const char* path, const char* interface,
            const char* method, GVariant* parameters) {
     GError* error = nullptr;
-    GVariantOwner value(g_dbus_connection_call_sync(
+    gobject::GVariantPointer value(g_dbus_connection_call_sync(
         bus.get(), owner, path, interface, method, parameters, nullptr,
         G_DBUS_CALL_FLAGS_NO_AUTO_START, patienceInMilliseconds, nullptr, &error));
     const gobject::GErrorPointer failure(error);
@@ -27,19 +32,18 @@ Answer ask(const BusConnection& bus, const char* owner, const char* path, const 
             failure && g_error_matches(failure.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT)};
 }
 
-Answer askBus(const BusConnection& bus, const char* method, GVariant* parameters) {
+Answer askBus(const bus::Connection& bus, const char* method, GVariant* parameters) {
     return ask(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
                parameters);
 }
 
-bool canBeStarted(const BusConnection& bus) {
+bool canBeStarted(const bus::Connection& bus) {
     const Answer names = askBus(bus, "ListActivatableNames", nullptr);
     if (!names.value || !g_variant_is_of_type(names.value.get(), G_VARIANT_TYPE("(as)")))
         return false;
     GVariantIter* each = nullptr;
     g_variant_get(names.value.get(), "(as)", &each);
-    const std::unique_ptr<GVariantIter, decltype(&g_variant_iter_free)> owned(each,
-                                                                              g_variant_iter_free);
+    const gobject::GVariantIterPointer owned(each);
     const char* name = nullptr;
     while (g_variant_iter_next(each, "&s", &name))
         if (std::string_view(name) == portal::busName)
@@ -53,11 +57,7 @@ Availability portalAvailability(const std::string& busAddress) {
     if (busAddress.empty())
         return {false, "There is no session bus to reach the desktop's portal by.",
                 "Start Kelo from within your desktop."};
-    const auto flags =
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    const auto bus = BusConnection::adopt(g_dbus_connection_new_for_address_sync(
-        busAddress.c_str(), flags, nullptr, nullptr, nullptr));
+    const auto bus = bus::openConnection(busAddress);
     if (!bus)
         return {false,
                 "The session bus, by which the desktop's portal is reached, does not answer.",

@@ -1,7 +1,8 @@
 #include "linux/input/portal/PortalModifierSource.h"
 
-#include "linux/input/portal/BusClient.h"
+#include "linux/bus/NameWatch.h"
 #include "linux/input/portal/PortalAvailability.h"
+#include "linux/input/portal/PortalRequest.h"
 #include "linux/input/portal/ShortcutSession.h"
 
 #include <optional>
@@ -15,13 +16,14 @@ public:
     explicit Shortcut(Handler handler) : handler(std::move(handler)) {}
 
     void start(const std::string& busAddress) {
-        calls.connect(busAddress, [this](BusConnection made) {
-            if (!made)
-                return g_warning("The session bus cannot be reached.");
-            connection = std::move(made);
-            portalWatch.emplace(connection, portal::busName,
-                                [this](const std::string& owner) { portalChanged(owner); });
-        });
+        const auto bus = std::make_shared<bus::SharedConnection>(busAddress);
+        portalWatch.emplace(*bus, portal::busName, bus::Starting::ifNeeded,
+                            [this](const bus::Connection& opened, const std::string& owner) {
+                                if (!opened)
+                                    return g_warning("The session bus cannot be reached.");
+                                connection = opened;
+                                portalChanged(owner);
+                            });
     }
 
 private:
@@ -64,14 +66,12 @@ private:
     Handler handler;
     bool isDown = false;
     bool mayAskAgain = true;
-    BusConnection connection;
-    /// After the connection, so that they are destroyed first.
-    BusCalls calls;
-    std::optional<BusNameWatch> portalWatch;
+    bus::Connection connection;
+    std::optional<bus::NameWatch> portalWatch;
     std::optional<ShortcutSession> session;
 };
 
-PortalModifierSource::PortalModifierSource() : PortalModifierSource(sessionBusAddress()) {}
+PortalModifierSource::PortalModifierSource() : PortalModifierSource(bus::sessionAddress()) {}
 
 PortalModifierSource::PortalModifierSource(std::string busAddress)
     : busAddress(std::move(busAddress)) {}

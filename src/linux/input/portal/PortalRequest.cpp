@@ -1,7 +1,5 @@
 #include "linux/input/portal/PortalRequest.h"
 
-#include "linux/input/portal/BusClient.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <utility>
@@ -13,7 +11,7 @@ std::string portalToken() {
     return "kelo" + std::to_string(next++);
 }
 
-std::string portalPath(const BusConnection& connection, const char* kind,
+std::string portalPath(const bus::Connection& connection, const char* kind,
                        const std::string& token) {
     std::string sender = g_dbus_connection_get_unique_name(connection.get());
     sender.erase(0, 1);
@@ -21,25 +19,25 @@ std::string portalPath(const BusConnection& connection, const char* kind,
     return std::string(portal::path) + "/" + kind + "/" + sender + "/" + token;
 }
 
-PortalRequest::PortalRequest(BusConnection bus, const std::string& owner, const char* method,
+PortalRequest::PortalRequest(bus::Connection bus, const std::string& owner, const char* method,
                              const Parameters& parameters, Finished finished)
     : connection(std::move(bus)),
-      object{owner, ""},
+      object{owner, "", portal::request},
       finished(std::move(finished)),
       // Subscribed before the call, so that no response is missed.
-      response(connection, owner, portal::request, "Response",
-               [this](const std::string& from, GVariant* values) {
-                   if (from == object.path)
-                       responded(values);
-               }) {
+      response(connection, object, "Response", [this](const std::string& from, GVariant* values) {
+          if (from == object.path)
+              responded(values);
+      }) {
     const std::string token = portalToken();
     object.path = portalPath(connection, "request", token);
     GVariantBuilder options;
     g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
     g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token.c_str()));
-    calls.call(connection, {owner, portal::path}, portal::globalShortcuts, method,
+    calls.call(connection, {owner, portal::path, portal::globalShortcuts}, method,
                parameters(&options),
-               [this, method](const GVariantOwner& answer, const gobject::GErrorPointer& failure) {
+               [this, method](const gobject::GVariantPointer& answer,
+                              const gobject::GErrorPointer& failure) {
                    accepted(method, answer.get(), failure.get());
                });
 }
@@ -47,7 +45,7 @@ PortalRequest::PortalRequest(BusConnection bus, const std::string& owner, const 
 PortalRequest::~PortalRequest() {
     // Otherwise, the portal's question to the user would stay open.
     if (isPending)
-        tellBus(connection, object, portal::request, "Close");
+        bus::tell(connection, object, "Close");
 }
 
 void PortalRequest::accepted(const char* method, GVariant* answer, const GError* failure) {
@@ -69,7 +67,7 @@ void PortalRequest::responded(GVariant* values) {
     constexpr guint32 granted = 0;
     guint32 answer = granted;
     g_variant_get_child(values, 0, "u", &answer);
-    const GVariantOwner results(g_variant_get_child_value(values, 1));
+    const gobject::GVariantPointer results(g_variant_get_child_value(values, 1));
     finish(answer == granted ? results.get() : nullptr);
 }
 

@@ -1,11 +1,25 @@
 #pragma once
 
-#include "linux/input/portal/BusClient.h"
+#include "linux/bus/Calls.h"
+#include "linux/bus/Connection.h"
+#include "linux/bus/Signal.h"
 
 #include <functional>
 #include <string>
 
 namespace kelo::input {
+
+/// Names of the desktop's portal, as its interfaces define them.
+namespace portal {
+
+inline constexpr const char* busName = "org.freedesktop.portal.Desktop";
+inline constexpr const char* path = "/org/freedesktop/portal/desktop";
+inline constexpr const char* globalShortcuts = "org.freedesktop.portal.GlobalShortcuts";
+inline constexpr const char* request = "org.freedesktop.portal.Request";
+inline constexpr const char* session = "org.freedesktop.portal.Session";
+inline constexpr const char* registry = "org.freedesktop.host.portal.Registry";
+
+} // namespace portal
 
 /// One request to the portal. Its response may wait for the user. Destroying a pending request
 /// cancels it. Main thread only.
@@ -17,7 +31,7 @@ public:
     using Parameters = std::function<GVariant*(GVariantBuilder* options)>;
 
     /// Calls a method of the portal's global shortcuts. owner: the unique name of the portal.
-    PortalRequest(BusConnection connection, const std::string& owner, const char* method,
+    PortalRequest(bus::Connection connection, const std::string& owner, const char* method,
                   const Parameters& parameters, Finished finished);
     ~PortalRequest();
     PortalRequest(const PortalRequest&) = delete;
@@ -29,18 +43,19 @@ private:
     /// Calls the callback once. It may destroy this object.
     void finish(GVariant* results);
 
-    BusConnection connection;
+    bus::Connection connection;
     /// The portal's object for this request.
-    BusObject object;
+    bus::Object object;
     bool isPending = true;
     Finished finished;
-    BusCalls calls;
-    BusSignal response;
+    bus::Calls calls;
+    bus::Signal response;
 };
 
 /// A token for a request or a session. It is unique within this program.
 std::string portalToken();
 /// The path of the portal's object for a token. kind: "request" or "session".
-std::string portalPath(const BusConnection& connection, const char* kind, const std::string& token);
+std::string portalPath(const bus::Connection& connection, const char* kind,
+                       const std::string& token);
 
 } // namespace kelo::input

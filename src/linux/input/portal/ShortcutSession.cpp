@@ -1,7 +1,6 @@
 #include "linux/input/portal/ShortcutSession.h"
 
 #include "deployment/Deployment.h"
-#include "linux/input/portal/BusClient.h"
 
 #include <string_view>
 #include <utility>
@@ -28,16 +27,16 @@ GVariant* shortcuts() {
 
 } // namespace
 
-ShortcutSession::ShortcutSession(BusConnection bus, std::string owner, Handlers handlers)
+ShortcutSession::ShortcutSession(bus::Connection bus, std::string owner, Handlers handlers)
     : connection(std::move(bus)),
       portalOwner(std::move(owner)),
       handlers(std::move(handlers)),
       token(portalToken()),
-      activated(connection, portalOwner, portal::globalShortcuts, "Activated",
+      activated(connection, {portalOwner, "", portal::globalShortcuts}, "Activated",
                 [this](const std::string&, GVariant* values) { triggered(values, true); }),
-      deactivated(connection, portalOwner, portal::globalShortcuts, "Deactivated",
+      deactivated(connection, {portalOwner, "", portal::globalShortcuts}, "Deactivated",
                   [this](const std::string&, GVariant* values) { triggered(values, false); }),
-      closed(connection, portalOwner, portal::session, "Closed",
+      closed(connection, {portalOwner, "", portal::session}, "Closed",
              [this](const std::string& from, GVariant*) {
                  if (from == session) {
                      session.clear();
@@ -58,13 +57,10 @@ void ShortcutSession::introduce() {
     const std::string identifier(deployment::applicationIdentifier);
     // This must be the connection's first call to the portal. Older portals do not support it and
     // identify the caller themselves, so an error changes nothing.
-    calls.call(connection, {portalOwner, portal::path}, portal::registry, "Register",
-               g_variant_new("(sa{sv})", identifier.c_str(), &options),
-               [this](const GVariantOwner&, const gobject::GErrorPointer& failure) {
-                   if (failure)
-                       g_debug("The portal does not know the application: %s", failure->message);
-                   create();
-               });
+    calls.call(
+        connection, {portalOwner, portal::path, portal::registry}, "Register",
+        g_variant_new("(sa{sv})", identifier.c_str(), &options),
+        [this](const gobject::GVariantPointer&, const gobject::GErrorPointer&) { create(); });
 }
 
 void ShortcutSession::create() {
@@ -80,7 +76,8 @@ void ShortcutSession::create() {
 void ShortcutSession::created(GVariant* results) {
     if (!results)
         return request.reset();
-    const GVariantOwner handle(g_variant_lookup_value(results, "session_handle", nullptr));
+    const gobject::GVariantPointer handle(
+        g_variant_lookup_value(results, "session_handle", nullptr));
     const bool named = handle && (g_variant_is_of_type(handle.get(), G_VARIANT_TYPE_STRING) ||
                                   g_variant_is_of_type(handle.get(), G_VARIANT_TYPE_OBJECT_PATH));
     session = named ? g_variant_get_string(handle.get(), nullptr)
@@ -109,7 +106,7 @@ void ShortcutSession::bind() {
 
 void ShortcutSession::close() {
     if (!session.empty())
-        tellBus(connection, {portalOwner, session}, portal::session, "Close");
+        bus::tell(connection, {portalOwner, session, portal::session}, "Close");
     session.clear();
 }
 

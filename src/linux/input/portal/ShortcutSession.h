@@ -1,6 +1,8 @@
 #pragma once
 
-#include "linux/input/portal/BusClient.h"
+#include "linux/bus/Calls.h"
+#include "linux/bus/Connection.h"
+#include "linux/bus/Signal.h"
 #include "linux/input/portal/PortalRequest.h"
 
 #include <functional>
@@ -22,7 +24,7 @@ public:
 
     /// Registers the shortcut at once. If it is refused, no handler is called. portalOwner: the
     /// portal's unique bus name, so that no other program can pose as the portal.
-    ShortcutSession(BusConnection connection, std::string portalOwner, Handlers handlers);
+    ShortcutSession(bus::Connection connection, std::string portalOwner, Handlers handlers);
     ~ShortcutSession();
     ShortcutSession(const ShortcutSession&) = delete;
     ShortcutSession& operator=(const ShortcutSession&) = delete;
@@ -35,16 +37,16 @@ private:
     void close();
     void triggered(GVariant* values, bool down);
 
-    BusConnection connection;
+    bus::Connection connection;
     std::string portalOwner;
     Handlers handlers;
     std::string token;
     /// The path of the open session; empty without one.
     std::string session;
-    BusCalls calls;
-    BusSignal activated;
-    BusSignal deactivated;
-    BusSignal closed;
+    bus::Calls calls;
+    bus::Signal activated;
+    bus::Signal deactivated;
+    bus::Signal closed;
     std::optional<PortalRequest> request;
 };
 

@@ -1,6 +1,7 @@
 #include "component/ScopedMainLoop.h"
+#include "component/bus/StartingBus.h"
 #include "component/passkey/SessionBus.h"
-#include "linux/input/portal/BusClient.h"
+#include "linux/bus/Signal.h"
 #include "linux/input/portal/PortalModifierSource.h"
 #include "testing/TemporaryFolder.h"
 
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 
 // A portal made by dbusmock, on a bus of its own.
 
@@ -69,9 +69,9 @@ protected:
     }
     bool waitUntilAsked(std::size_t count) const {
         // Its only purpose is to wake the loop up.
-        const input::BusSignal more(input::BusConnection::share(bus.connection()), portalName,
-                                    "org.freedesktop.DBus.Mock", "WasAsked",
-                                    [](const std::string&, GVariant*) {});
+        const bus::Signal more(bus::Connection::share(bus.connection()),
+                               {portalName, "", "org.freedesktop.DBus.Mock"}, "WasAsked",
+                               [](const std::string&, GVariant*) {});
         return ScopedMainLoop::runUntil([&] { return asked().size() >= count; });
     }
     bool start() {
@@ -175,6 +175,13 @@ TEST_F(PortalSource, ASessionThatIsRefusedIsTheEndOfIt) {
     startPortal();
     ASSERT_TRUE(waitUntilAsked(2));
     EXPECT_THAT(asked(), ElementsAre("CreateSession", bound)) << "the next portal is asked";
+}
+
+TEST_F(PortalSource, AResponseToAnotherRequestIsNotOurs) {
+    startPortal(R"({"confuses": true})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound));
 }
 
 TEST_F(PortalSource, APortalWithoutShortcutsIsLeftAlone) {
@@ -344,43 +351,14 @@ TEST_F(PortalSource, APortalThatHangsIsGivenUp) {
     g_dbus_connection_unregister_object(bus.connection(), object);
 }
 
-/// A bus that would start a portal for whoever calls it.
-class StartingBus {
-public:
-    explicit StartingBus(const std::filesystem::path& folder) {
-        std::ofstream(folder / "portal.service")
-            << "[D-BUS Service]\nName=" << portalName << "\nExec=/usr/bin/touch "
-            << (folder / "started").string() << "\n";
-        std::ofstream(folder / "starting.conf")
-            << "<busconfig><type>session</type><listen>unix:dir=" << folder.string()
-            << "</listen><servicedir>" << folder.string()
-            << "</servicedir><policy context='default'><allow send_destination='*' "
-               "eavesdrop='true'/><allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
-        daemon = Child({"dbus-daemon", "--nofork", "--print-address=1",
-                        "--config-file=" + (folder / "starting.conf").string()},
-                       {});
-        address = daemon.readLine();
-    }
-    std::string address;
-
-private:
-    Child daemon;
-};
-
 TEST_F(PortalSource, SaysThatThePortalIsNotRunningYetAndStartsItOnlyToUseIt) {
-    const StartingBus starting(folder.path());
-    const auto started = folder.path() / "started";
-    PortalModifierSource idle(starting.address);
+    const test::StartingBus starting(folder.path(), {portalName});
+    PortalModifierSource idle(starting.address());
     EXPECT_TRUE(idle.isAvailable());
     EXPECT_THAT(idle.availability().reason, HasSubstr("is started when Kelo needs it"));
-    EXPECT_FALSE(std::filesystem::exists(started));
-
-    const auto watched =
-        gobject::GObjectPointer<GFile>::adopt(g_file_new_for_path(started.c_str()));
-    const auto monitor = gobject::GObjectPointer<GFileMonitor>::adopt(
-        g_file_monitor_file(watched.get(), G_FILE_MONITOR_NONE, nullptr, nullptr));
+    EXPECT_FALSE(starting.hasStarted(portalName));
     ASSERT_TRUE(idle.start([](ModifierFlags) {}));
-    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return std::filesystem::exists(started); }));
+    EXPECT_TRUE(starting.waitUntilStarted(portalName));
 }
 
 } // namespace

@@ -6,6 +6,7 @@ Parameters:
   registry   true: it wants to be told who asks
   refuses    the method that the user or the portal refuses
   ignores    the method that is taken, but never responded to
+  confuses   true: before each response, another request's refusal goes to the client, too
 """
 
 import dbus
@@ -29,6 +30,7 @@ def load(mock, parameters):
     mock.client = None
     mock.refuses = parameters.get('refuses')
     mock.ignores = parameters.get('ignores')
+    mock.confuses = bool(parameters.get('confuses', False))
     mock.has_registry = bool(parameters.get('registry', False))
     if parameters.get('shortcuts', True):
         mock.AddProperties(MAIN_IFACE, {'version': dbus.UInt32(1)})
@@ -60,6 +62,9 @@ def respond(mock, method, options, results):
     """Before the method returns: a client that subscribes only then is too late."""
     path = place('request', mock.client, options['handle_token'])
     mock.AddObject(path, REQUEST, {}, [('Close', '', '', noting('Close ' + method))])
+    if mock.confuses:
+        send(mock, MAIN_OBJ + '/request/1_1/other', REQUEST, 'Response', 'ua{sv}', 1,
+             dbus.Dictionary({}, signature='sv'))
     if mock.ignores != method:
         refused = mock.refuses == method
         send(mock, path, REQUEST, 'Response', 'ua{sv}', 1 if refused else 0,
