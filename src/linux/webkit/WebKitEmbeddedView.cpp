@@ -3,6 +3,7 @@
 #include "base/Invariant.h"
 #include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
+#include "linux/webkit/CaretBrowsing.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/EngineHandles.h"
 #include "linux/webkit/ErrorPage.h"
@@ -122,6 +123,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       swipes(std::make_unique<SwipeGestures>(view.get())) {
     connectLoadSignals();
     connectPolicySignals();
+    offerCaretBrowsing(view.get());
 }
 
 WebKitEmbeddedView::~WebKitEmbeddedView() = default;
