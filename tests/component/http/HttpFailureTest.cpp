@@ -21,6 +21,8 @@ MisbehavingServer::Behaviour breakingOffAfter(std::string bytes) {
     };
 }
 
+const std::string interimReply = "HTTP/1.1 100 Continue\r\n\r\n";
+const std::string earlyHints = "HTTP/1.1 103 Early Hints\r\nLink: </style.css>\r\n\r\n";
 const std::string cutShort = "The reply from localhost broke off before its end. Try again.";
 
 } // namespace
@@ -172,6 +174,39 @@ TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {
     EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(),
               "localhost sent a reply that Kelo could not read. Try again later.");
+}
+
+TEST_F(HttpFailure, ReplyMayFollowTenInterimReplies) {
+    std::string bytes;
+    for (int count = 0; count < 10; ++count)
+        bytes += count % 2 == 0 ? interimReply : earlyHints;
+    const auto peer = server(MisbehavingServer::saying(bytes + httpReply("at last")));
+    EXPECT_EQ(textOf(fetch({peer->url()}).body), "at last");
+}
+
+TEST_F(HttpFailure, MoreInterimRepliesAreNoReply) {
+    std::string bytes;
+    for (int count = 0; count < 11; ++count)
+        bytes += interimReply;
+    const auto peer = server(MisbehavingServer::saying(bytes + httpReply("too late")));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
+    EXPECT_EQ(error.localizedDescription(),
+              "localhost sent a reply that Kelo could not read. Try again later.");
+    EXPECT_NE(error.cause(), "");
+}
+
+TEST_F(HttpFailure, EndlessInterimRepliesDoNotStopTheProgram) {
+    const auto peer = server([](ServerConnection& connection) {
+        connection.read();
+        std::string piece;
+        while (piece.size() < 64 * 1024)
+            piece += interimReply;
+        while (connection.write(piece)) {
+        }
+    });
+    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
 }
 
 TEST_F(HttpFailure, ReplyOfOneMebibyteIsTaken) {
