@@ -90,7 +90,7 @@ TEST_F(AlertText, EndlessOneIsCut) {
         auto alert = notice();
         alert.informativeText = std::string(5'000'000, 'a');
         const auto texts = textsIn(show(alert));
-        EXPECT_EQ(std::ranges::count(texts, std::string(9'999, 'a') + "…"), 1);
+        EXPECT_EQ(std::ranges::count(texts, std::string(1999, 'a') + "…"), 1);
     });
 }
 

@@ -18,8 +18,9 @@ constexpr const char* acknowledgement = "OK";
 constexpr int textWidthInCharacters = 44;
 /// In pixels: about fifteen lines, which every screen has room for.
 constexpr int tallestText = 300;
-/// Nobody reads more, and the toolkit would take seconds to break it into lines.
-constexpr std::size_t longestText = 10'000;
+/// In characters. The toolkit's time for a long word grows with the square of its length: one of
+/// 10,000 letters stops the program for ten seconds.
+constexpr std::size_t longestText = 2000;
 
 Gtk::Label* makeText(const std::string& text, const char* cssClass) {
     auto* label = Gtk::make_managed<Gtk::Label>(text);
