@@ -4,18 +4,14 @@ namespace kelo {
 
 namespace {
 
-struct Sequence {
-    std::size_t
-        length; ///< bytes taken; of an ill-formed one, its longest valid beginning, at least 1
-    bool wellFormed;
-};
-
 bool within(std::string_view text, std::size_t at, unsigned char low, unsigned char high) {
     return at < text.size() && static_cast<unsigned char>(text[at]) >= low &&
            static_cast<unsigned char>(text[at]) <= high;
 }
 
-Sequence sequenceAt(std::string_view text, std::size_t at) {
+} // namespace
+
+Utf8Sequence utf8SequenceAt(std::string_view text, std::size_t at) {
     const auto lead = static_cast<unsigned char>(text[at]);
     if (lead < 0x80)
         return {1, true};
@@ -33,11 +29,9 @@ Sequence sequenceAt(std::string_view text, std::size_t at) {
     return {length, true};
 }
 
-} // namespace
-
 bool isWellFormedUtf8(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
-        const Sequence sequence = sequenceAt(text, at);
+        const Utf8Sequence sequence = utf8SequenceAt(text, at);
         if (!sequence.wellFormed)
             return false;
         at += sequence.length;

@@ -52,8 +52,8 @@ Task<std::vector<HttpCookie>> PasskeyAuthenticator::signIn() {
     busy = true;
     const BusyScope scope(busy);
     errorMessage = std::nullopt;
-    const nlohmann::json options = co_await fetchAssertionOptions();
-    const auto credential = co_await performAssertion(options);
+    nlohmann::json options = co_await fetchAssertionOptions();
+    const auto credential = co_await performAssertion(std::move(options));
     co_await completeSignIn(assertionJSON(credential));
     co_return sessionCookies();
 }

@@ -79,8 +79,8 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
         throw PasskeyError::badResponse("Log in first, then register a passkey.");
 
     const std::string token = co_await fetchCsrfToken(cookieHeader);
-    const nlohmann::json options = co_await fetchCreationOptions(cookieHeader, token);
-    const auto credential = co_await performRegistration(options);
+    nlohmann::json options = co_await fetchCreationOptions(cookieHeader, token);
+    const auto credential = co_await performRegistration(std::move(options));
     nlohmann::json attestation = attestationJSON(credential);
 
     auto request = authorizedRequest(service::endpoint::registrationVerify, "POST", cookieHeader);

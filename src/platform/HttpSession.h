@@ -34,7 +34,7 @@ public:
 
     /// The complete reply, whatever its status. Throws a Failure if there is no connection, the
     /// certificate is refused, the reply is not complete within the request's timeout, or the reply
-    /// is cut short or longer than 16 MiB.
+    /// is cut short or longer than 1 MiB.
     virtual Task<HttpReply> data(UrlRequest request) = 0;
 
     /// A GET with the default timeout and cache policy.

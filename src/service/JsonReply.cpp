@@ -4,7 +4,33 @@
 
 namespace kelo::service {
 
+namespace {
+
+/// Looks at the text alone, so that not even the part above the limit is built.
+bool isNestedTooDeeply(ByteView body) {
+    int depth = 0;
+    bool inText = false;
+    bool escaped = false;
+    for (const std::uint8_t byte : body) {
+        if (escaped)
+            escaped = false;
+        else if (inText && byte == '\\')
+            escaped = true;
+        else if (byte == '"')
+            inText = !inText;
+        else if (!inText && (byte == '[' || byte == '{') && ++depth > deepestJson)
+            return true;
+        else if (!inText && (byte == ']' || byte == '}'))
+            --depth;
+    }
+    return false;
+}
+
+} // namespace
+
 std::optional<nlohmann::json> parsedJson(ByteView body) {
+    if (isNestedTooDeeply(body))
+        return std::nullopt;
     auto value = nlohmann::json::parse(body.begin(), body.end(), nullptr, false);
     if (!value.is_structured())
         return std::nullopt;

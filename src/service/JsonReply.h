@@ -11,8 +11,13 @@
 /// Reads and writes the JSON that is exchanged with the service.
 namespace kelo::service {
 
-/// Parses an object or an array. Anything else, including a top-level scalar, throws a Failure of
-/// kind invalidJson.
+/// How many arrays and objects may lie in one another. What the service sends has a handful. Values
+/// are copied, compared and written by functions that call themselves for each level, so a reply
+/// with very many of them would use up the stack.
+inline constexpr int deepestJson = 64;
+
+/// Parses an object or an array. Anything else, including a top-level scalar and JSON that is
+/// nested too deeply, throws a Failure of kind invalidJson.
 nlohmann::json parseJson(ByteView body);
 
 /// Like parseJson(), but returns empty instead of throwing.

@@ -1,4 +1,5 @@
 #include "e2e/ProgramFixture.h"
+#include "testing/rig/StandInService.h"
 
 #include <algorithm>
 
@@ -22,6 +23,70 @@ protected:
         rig::KeloProcess second(build(), folder.path(), folder.path() / "second.log");
         ASSERT_EQ(second.awaitExit(patience), 0) << second.printed();
     }
+
+    void closeWindow() const {
+        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_CLOSE_WINDOW");
+        desktop().tree.awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
+    }
+
+    void openAgain() const {
+        EXPECT_TRUE(kelo->isRunning());
+        startAgain();
+        desktop().tree.awaitThat("Kelo's window is back", [&] { return mainWindow().has_value(); });
+    }
+};
+
+/// Goes to two places within itself as soon as its window is closed.
+constexpr const char* movingPage = R"(<!doctype html><title>Moving</title>
+<h1>Moving</h1><label>Note <input id="note"></label>
+<script>
+document.addEventListener('visibilitychange', () => {
+  if (!document.hidden) return;
+  history.pushState({}, '', '/pushed');
+  location.hash = 'place';
+});
+addEventListener('hashchange', () => navigator.sendBeacon('/moved?' + location.pathname));
+</script>)";
+
+/// Goes to another page as soon as its window is closed.
+constexpr const char* leavingPage = R"(<!doctype html><title>Leaving</title>
+<h1>Leaving</h1><label>Note <input id="note"></label>
+<script>
+document.addEventListener('visibilitychange', () => { if (document.hidden) location = '/next'; });
+</script>)";
+
+/// Loads itself again once.
+constexpr const char* nextPage = R"(<!doctype html><title>Next</title>
+<h1>Next</h1>
+<script>
+if (sessionStorage.loaded) navigator.sendBeacon('/reloaded');
+else { sessionStorage.loaded = 'once'; location.reload(); }
+</script>)";
+
+/// A page of the test's own, which knows when its window is closed.
+class ClosedMainWindow : public MainWindow {
+protected:
+    void SetUp() override {}
+    void TearDown() override {
+        ProgramFixture::TearDown();
+        pages.reset();
+    }
+
+    void showPages(std::map<std::string, std::string> shown) {
+        // The demo service makes the certificate that its stand-in uses as well.
+        startService();
+        service.reset();
+        pages = std::make_unique<rig::StandInService>(authority, std::move(shown));
+        startKelo();
+        user.awaitDrawn(note);
+    }
+    void awaitAsked(const std::string& target) const {
+        desktop().tree.awaitThat("the page has asked for " + target,
+                                 [&] { return !kelo->isRunning() || pages->wasAsked(target); });
+    }
+
+    const rig::Wanted note = rig::pageField("Note");
+    std::unique_ptr<rig::StandInService> pages;
 };
 
 } // namespace
@@ -52,11 +117,8 @@ TEST_F(MainWindow, IsRaisedByASecondStart) {
 TEST_F(MainWindow, ClosedLeavesTheProcessRunningAndComesBackWithItsPage) {
     user.signInWithPassword(ada.email, ada.password);
     user.awaitSignedIn("Ada");
-    desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_CLOSE_WINDOW");
-    desktop().tree.awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
-    EXPECT_TRUE(kelo->isRunning());
-    startAgain();
-    desktop().tree.awaitThat("Kelo's window is back", [&] { return mainWindow().has_value(); });
+    closeWindow();
+    openAgain();
     user.awaitSignedIn("Ada");
     EXPECT_TRUE(kelo->isRunning());
 }
@@ -64,6 +126,26 @@ TEST_F(MainWindow, ClosedLeavesTheProcessRunningAndComesBackWithItsPage) {
 TEST_F(MainWindow, QuitInTheMenuEndsTheProcess) {
     user.chooseFromMenu("Kelo", "Quit");
     EXPECT_EQ(kelo->awaitExit(patience), 0) << kelo->printed();
+}
+
+TEST_F(ClosedMainWindow, PageThatMovesWithinItselfComesBackWithWhatWasTyped) {
+    showPages({{"/", movingPage}});
+    user.typeInto(note, "keep me");
+    closeWindow();
+    awaitAsked("/moved?/pushed");
+    openAgain();
+    user.awaitDrawn(note);
+    EXPECT_EQ(desktop().tree.await(note).text(), "keep me");
+    EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(ClosedMainWindow, PageThatGoesElsewhereIsShownThereByTheNextWindow) {
+    showPages({{"/", leavingPage}, {"/next", nextPage}});
+    closeWindow();
+    awaitAsked("/reloaded");
+    openAgain();
+    user.awaitDrawn(rig::pageHeading("Next"));
+    EXPECT_TRUE(kelo->isRunning());
 }
 
 } // namespace kelo::e2e

@@ -14,11 +14,14 @@ namespace kelo::http {
 
 using platform::UrlRequest;
 
-/// What the signals of a message record for the request: why a certificate was refused.
-struct Handshake {
+/// What the signals of a message record for the request: why a certificate was refused, and how
+/// many interim replies came before the reply.
+struct ExchangeNotes {
     std::shared_ptr<const TrustedAuthority> authority;
     Url url;
+    gobject::GObjectPointer<GCancellable> cancellable;
     GTlsCertificateFlags refused = static_cast<GTlsCertificateFlags>(0);
+    int interimReplies = 0;
 };
 
 namespace {
@@ -36,12 +39,15 @@ GBytesPointer bytesOf(const platform::RequestBody& body) {
     return GBytesPointer(g_bytes_new_with_free_func(data, size, drop, copy.release()));
 }
 
-using SharedHandshake = std::shared_ptr<Handshake>;
+using SharedNotes = std::shared_ptr<ExchangeNotes>;
+
+/// Servers send one or two: "100 Continue", "103 Early Hints".
+constexpr int mostInterimReplies = 10;
 
 // Runs only when the system's trust store has refused the chain.
 gboolean acceptCertificate(SoupMessage*, GTlsCertificate* certificate,
-                           GTlsCertificateFlags systemProblems, SharedHandshake* handshake) {
-    Handshake& notes = **handshake;
+                           GTlsCertificateFlags systemProblems, SharedNotes* shared) {
+    ExchangeNotes& notes = **shared;
     const GTlsCertificateFlags problems = notes.authority->problems(certificate, notes.url);
     const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
     notes.refused = ourAuthority ? problems : systemProblems;
@@ -51,9 +57,17 @@ gboolean acceptCertificate(SoupMessage*, GTlsCertificate* certificate,
 // By default the library accepts a connection that ends without a TLS close notification. An
 // attacker could then cut short a response that has no Content-Length.
 void insistOnProperClose(SoupMessage*, GSocketClientEvent event, GIOStream* connection,
-                         SharedHandshake*) {
+                         SharedNotes*) {
     if (event == G_SOCKET_CLIENT_TLS_HANDSHAKING && G_IS_TLS_CONNECTION(connection))
         g_tls_connection_set_require_close_notify(G_TLS_CONNECTION(connection), TRUE);
+}
+
+// The library reads on without a turn of the main loop for as long as interim replies arrive. A
+// server that sends nothing else would stop the whole program, and no timer would end it.
+void countInterimReply(SoupMessage*, SharedNotes* shared) {
+    ExchangeNotes& notes = **shared;
+    if (++notes.interimReplies > mostInterimReplies)
+        g_cancellable_cancel(notes.cancellable.get());
 }
 
 bool fitsInHeader(const std::string& text) {
@@ -93,12 +107,14 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     return message;
 }
 
-[[noreturn]] void fail(const GError& error, TransferPhase phase, const Handshake& handshake,
+[[noreturn]] void fail(const GError& error, TransferPhase phase, const ExchangeNotes& notes,
                        const UrlRequest& request, const Deadline& deadline) {
     if (deadline.passed())
         throw timeOutError(request.url, request.timeout);
-    if (handshake.refused != 0)
-        throw certificateError(handshake.refused, request.url);
+    if (notes.interimReplies > mostInterimReplies)
+        throw unreadableReplyError(request.url, "more interim replies than are read");
+    if (notes.refused != 0)
+        throw certificateError(notes.refused, request.url);
     throw transportError(error, phase, request.url);
 }
 
@@ -125,11 +141,11 @@ GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
 
 Response::Response(gobject::GObjectPointer<SoupMessage> message,
                    gobject::GObjectPointer<GInputStream> stream,
-                   std::shared_ptr<const Handshake> handshake, UrlRequest request,
+                   std::shared_ptr<const ExchangeNotes> notes, UrlRequest request,
                    const Deadline& deadline)
     : message(std::move(message)),
       stream(std::move(stream)),
-      handshake(std::move(handshake)),
+      notes(std::move(notes)),
       request(std::move(request)),
       deadline(deadline),
       source(this->stream.get()) {
@@ -172,7 +188,7 @@ Task<Bytes> Response::read() {
         GError* error = nullptr;
         const GBytesPointer bytes(g_input_stream_read_bytes_finish(source, result.get(), &error));
         if (const gobject::GErrorPointer failure(error); failure)
-            fail(*failure, TransferPhase::insideReply, *handshake, request, deadline);
+            fail(*failure, TransferPhase::insideReply, *notes, request, deadline);
         portion = decoded(bytes.get());
     }
     co_return portion;
@@ -200,12 +216,14 @@ Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession>
                                             UrlRequest request, Url firstUrl,
                                             const Deadline& deadline) {
     const gobject::GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
-    const auto handshake =
-        std::make_shared<Handshake>(Handshake{std::move(authority), request.url});
-    gobject::connectWithState(message.get(), "accept-certificate", acceptCertificate, handshake);
-    gobject::connectWithState(message.get(), "network-event", insistOnProperClose, handshake);
-
     GCancellable* const cancellable = deadline.cancellable();
+    const auto notes = std::make_shared<ExchangeNotes>(
+        ExchangeNotes{std::move(authority), request.url,
+                      gobject::GObjectPointer<GCancellable>::share(cancellable)});
+    gobject::connectWithState(message.get(), "accept-certificate", acceptCertificate, notes);
+    gobject::connectWithState(message.get(), "network-event", insistOnProperClose, notes);
+    gobject::connectWithState(message.get(), "got-informational", countInterimReply, notes);
+
     const auto send = [session = session.get(), message = message.get(),
                        cancellable](GAsyncReadyCallback ready, gpointer data) {
         soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, ready, data);
@@ -215,8 +233,8 @@ Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession>
     const auto stream = gobject::GObjectPointer<GInputStream>::adopt(
         soup_session_send_finish(session.get(), sent.get(), &error));
     if (const gobject::GErrorPointer failure(error); failure)
-        fail(*failure, TransferPhase::beforeReply, *handshake, request, deadline);
-    co_return std::make_unique<Response>(message, stream, handshake, std::move(request), deadline);
+        fail(*failure, TransferPhase::beforeReply, *notes, request, deadline);
+    co_return std::make_unique<Response>(message, stream, notes, std::move(request), deadline);
 }
 
 } // namespace kelo::http

@@ -17,14 +17,14 @@
 namespace kelo::http {
 
 class ChunkedBody;
-struct Handshake;
+struct ExchangeNotes;
 
 /// A response whose head has arrived. Its body is read from the connection piece by piece.
 class Response {
 public:
     Response(gobject::GObjectPointer<SoupMessage> message,
              gobject::GObjectPointer<GInputStream> stream,
-             std::shared_ptr<const Handshake> handshake, platform::UrlRequest request,
+             std::shared_ptr<const ExchangeNotes> notes, platform::UrlRequest request,
              const Deadline& deadline);
     ~Response();
     Response(const Response&) = delete;
@@ -44,7 +44,7 @@ private:
 
     gobject::GObjectPointer<SoupMessage> message;
     gobject::GObjectPointer<GInputStream> stream;
-    std::shared_ptr<const Handshake> handshake;
+    std::shared_ptr<const ExchangeNotes> notes;
     platform::UrlRequest request;
     const Deadline& deadline;
     GInputStream* source; ///< the stream, or the connection below it

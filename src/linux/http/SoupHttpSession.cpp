@@ -15,8 +15,9 @@ using platform::UrlRequest;
 
 namespace {
 
-/// Longest body that is accepted.
-constexpr std::size_t bodyLimit = std::size_t(16) * 1024 * 1024;
+/// Longest body that is accepted. A reply of the service has a few kilobytes; the room above is for
+/// long lists of passkeys.
+constexpr std::size_t bodyLimit = std::size_t(1024) * 1024;
 
 Task<Bytes> completeBody(Response& response, const Url& url) {
     if (response.announcedLength().value_or(0) > bodyLimit)

@@ -114,7 +114,7 @@ Failure unreadableReplyError(const Url& url, std::string cause) {
 
 Failure replyTooLongError(const Url& url) {
     return {FailureKind::badReply, "The reply from " + url.host() +
-                                       " was longer than 16 MiB and was dropped. Try again "
+                                       " was longer than 1 MiB and was dropped. Try again "
                                        "later."};
 }
 

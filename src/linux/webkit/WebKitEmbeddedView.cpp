@@ -3,6 +3,7 @@
 #include "base/Invariant.h"
 #include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
+#include "linux/webkit/CaretBrowsing.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/EngineHandles.h"
 #include "linux/webkit/ErrorPage.h"
@@ -11,6 +12,7 @@
 #include "linux/webkit/PageLoad.h"
 #include "linux/webkit/ScriptDialogs.h"
 #include "linux/webkit/ScriptMessages.h"
+#include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
 
 #include <utility>
@@ -117,9 +119,11 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
           configuration.scriptMessageHandlers)),
       mediaPermission(
           std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)),
-      scriptDialogs(std::make_unique<ScriptDialogs>(view.get())) {
+      scriptDialogs(std::make_unique<ScriptDialogs>(view.get())),
+      swipes(std::make_unique<SwipeGestures>(view.get())) {
     connectLoadSignals();
     connectPolicySignals();
+    offerCaretBrowsing(view.get());
 }
 
 WebKitEmbeddedView::~WebKitEmbeddedView() = default;
@@ -235,8 +239,7 @@ void WebKitEmbeddedView::setUserInterfaceDelegate(
 }
 
 void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
-    webkit_settings_set_enable_back_forward_navigation_gestures(
-        webkit_web_view_get_settings(view.get()), allowed);
+    swipes->setAllowed(allowed);
 }
 
 void WebKitEmbeddedView::setAllowsMediaCapture(bool allowed) {

@@ -19,6 +19,7 @@ class NavigationPolicy;
 class PageLoad;
 class ScriptDialogs;
 class ScriptMessages;
+class SwipeGestures;
 class WebKitCookieStore;
 
 /// EmbeddedWebView on WebKitGTK. A load that fails or times out shows an error page with the
@@ -76,6 +77,7 @@ private:
     std::unique_ptr<ScriptMessages> messages;
     std::unique_ptr<MediaPermission> mediaPermission;
     std::unique_ptr<ScriptDialogs> scriptDialogs;
+    std::unique_ptr<SwipeGestures> swipes;
     std::weak_ptr<platform::NavigationDelegate> delegate;
     // Last: disconnected before anything that the handlers use is destroyed.
     std::vector<gobject::SignalConnection> connections;

@@ -93,6 +93,9 @@ private:
         alert(result, "result");
         result.informativeText = longError;
         alert(result, "result-long");
+        while (result.informativeText.size() < 6000)
+            result.informativeText += std::string(" ") + longError;
+        alert(result, "result-endless");
     }
 
     static Task<void> converse(authenticator::PasskeySheet& sheet,

@@ -211,6 +211,15 @@ TEST_F(Overlay, WordTooLongForALineIsBroken) {
     });
 }
 
+TEST_F(Overlay, EndlessErrorIsCutAndLeavesThePageInSight) {
+    whileOnLogin([&] {
+        program.app.state->error = std::string(100'000, 'x');
+        draw();
+        EXPECT_LT(program.boxOf(*panel()).height, program.boxOf(main()).height / 2);
+        EXPECT_TRUE(signIn());
+    });
+}
+
 TEST_F(Overlay, ButtonDoesNotGrowWithALongErrorAndStaysInTheMiddle) {
     whileOnLogin([&] {
         drawAs([](auto& overlay) { overlay.button.labelMaximumWidth = 190; });

@@ -112,6 +112,24 @@ TEST_F(PasskeySheet, RegistrationHasItsOwnWords) {
     });
 }
 
+TEST_F(PasskeySheet, NameOfAnyLengthIsShownOnOneShortLine) {
+    run([&] {
+        const std::string name = "ada\n\u202E" + std::string(5'000'000, 'a');
+        startConsent({name, "grace@example.com"});
+        const std::string line = "ada " + std::string(59, 'a') + "…";
+        EXPECT_TRUE(says(line));
+        EXPECT_TRUE(isNamed(*visibleIn<Gtk::CheckButton>(window()).front(), line));
+        EXPECT_LT(program.boxOf(window()).height, 600);
+    });
+}
+
+TEST_F(PasskeySheet, OnlyNameOfAnyLengthIsShownOnOneShortLine) {
+    run([&] {
+        startConsent({std::string(5'000'000, 'a')});
+        EXPECT_TRUE(says(std::string(63, 'a') + "…"));
+    });
+}
+
 TEST_F(PasskeySheet, MarkupInNamesIsShownAsItStands) {
     run([&] {
         startConsent({"<b>A & B</b>"});

@@ -2,6 +2,8 @@
 
 #include "linux/http/TransportErrors.h"
 
+#include <atomic>
+
 namespace kelo::test {
 
 using platform::UrlRequest;
@@ -19,6 +21,8 @@ MisbehavingServer::Behaviour breakingOffAfter(std::string bytes) {
     };
 }
 
+const std::string interimReply = "HTTP/1.1 100 Continue\r\n\r\n";
+const std::string earlyHints = "HTTP/1.1 103 Early Hints\r\nLink: </style.css>\r\n\r\n";
 const std::string cutShort = "The reply from localhost broke off before its end. Try again.";
 
 } // namespace
@@ -172,32 +176,67 @@ TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {
               "localhost sent a reply that Kelo could not read. Try again later.");
 }
 
-TEST_F(HttpFailure, ReplyOfSixteenMebibytesIsTaken) {
-    const std::string body(16 * 1024 * 1024, 'a');
-    const auto peer = server(MisbehavingServer::saying(httpReply(body)));
-    EXPECT_EQ(fetch({peer->url()}).body.size(), body.size());
+TEST_F(HttpFailure, ReplyMayFollowTenInterimReplies) {
+    std::string bytes;
+    for (int count = 0; count < 10; ++count)
+        bytes += count % 2 == 0 ? interimReply : earlyHints;
+    const auto peer = server(MisbehavingServer::saying(bytes + httpReply("at last")));
+    EXPECT_EQ(textOf(fetch({peer->url()}).body), "at last");
 }
 
-TEST_F(HttpFailure, AnnouncedReplyAboveSixteenMebibytesIsDropped) {
-    const auto peer =
-        server(MisbehavingServer::saying("HTTP/1.1 200 OK\r\nContent-Length: " +
-                                         std::to_string(16 * 1024 * 1024 + 1) + "\r\n\r\nabc"));
+TEST_F(HttpFailure, MoreInterimRepliesAreNoReply) {
+    std::string bytes;
+    for (int count = 0; count < 11; ++count)
+        bytes += interimReply;
+    const auto peer = server(MisbehavingServer::saying(bytes + httpReply("too late")));
     const auto error = failureOf({peer->url()});
     EXPECT_EQ(error.kind(), FailureKind::badReply);
     EXPECT_EQ(error.localizedDescription(),
-              "The reply from localhost was longer than 16 MiB and was dropped. Try again later.");
+              "localhost sent a reply that Kelo could not read. Try again later.");
+    EXPECT_NE(error.cause(), "");
 }
 
-TEST_F(HttpFailure, EndlessReplyIsDroppedAtSixteenMebibytes) {
+TEST_F(HttpFailure, EndlessInterimRepliesDoNotStopTheProgram) {
     const auto peer = server([](ServerConnection& connection) {
         connection.read();
-        connection.write("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n");
-        const std::string piece(64 * 1024, 'a');
+        std::string piece;
+        while (piece.size() < 64 * 1024)
+            piece += interimReply;
         while (connection.write(piece)) {
         }
     });
     EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
     EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
+}
+
+TEST_F(HttpFailure, ReplyOfOneMebibyteIsTaken) {
+    const std::string body(1024 * 1024, 'a');
+    const auto peer = server(MisbehavingServer::saying(httpReply(body)));
+    EXPECT_EQ(fetch({peer->url()}).body.size(), body.size());
+}
+
+TEST_F(HttpFailure, AnnouncedReplyAboveOneMebibyteIsDropped) {
+    const auto peer = server(MisbehavingServer::saying(
+        "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(1024 * 1024 + 1) + "\r\n\r\nabc"));
+    const auto error = failureOf({peer->url()});
+    EXPECT_EQ(error.kind(), FailureKind::badReply);
+    EXPECT_EQ(error.localizedDescription(),
+              "The reply from localhost was longer than 1 MiB and was dropped. Try again later.");
+}
+
+TEST_F(HttpFailure, EndlessReplyIsDroppedAtOneMebibyte) {
+    std::atomic<std::size_t> sent = 0;
+    const auto peer = server([&sent](ServerConnection& connection) {
+        connection.read();
+        connection.write("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n");
+        const std::string piece(64 * 1024, 'a');
+        while (connection.write(piece))
+            sent += piece.size();
+    });
+    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::badReply);
+    EXPECT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
+    // What is on its way between the two programs counts as sent as well.
+    EXPECT_LT(sent, 12 * 1024 * 1024);
 }
 
 } // namespace kelo::test

@@ -164,6 +164,16 @@ TEST_F(PasskeyRegistrarTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough
     EXPECT_FALSE(registrar->busy);
 }
 
+TEST_F(PasskeyRegistrarTest, OptionsThatAreNestedTooDeeplyAreNotReadable) {
+    constexpr std::size_t levels = 100000;
+    const auto flow = startWithOptions(R"({"challenge":"AAEC","user":{"id":"AQ"},"extra":)" +
+                                       std::string(levels, '[') + std::string(levels, ']') + "}");
+    const auto* error = flow->errorAs<Failure>();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind(), FailureKind::invalidJson);
+    EXPECT_TRUE(desktop.controllers.empty());
+}
+
 TEST_F(PasskeyRegistrarTest, MissingOrUnreadableOptionsAreBad) {
     for (const char* options :
          {"{}", R"({"challenge":"AAEC"})", R"({"user":{"id":"AQ"}})",

@@ -50,6 +50,17 @@ TEST_F(SignInFailureTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough) {
     expectIdle();
 }
 
+TEST_F(SignInFailureTest, OptionsThatAreNestedTooDeeplyAreNotReadable) {
+    constexpr std::size_t levels = 100000;
+    const auto flow = startWithOptions(R"({"challenge":"AAEC","extra":)" +
+                                       std::string(levels, '[') + std::string(levels, ']') + "}");
+    const auto* error = flow->errorAs<Failure>();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind(), FailureKind::invalidJson);
+    EXPECT_TRUE(desktop.controllers.empty());
+    expectIdle();
+}
+
 TEST_F(SignInFailureTest, OptionsArrayFailsOptions) {
     const auto flow = startWithOptions("[]");
     expectFailure(*flow, passkey::PasskeyError::optionsFailed());

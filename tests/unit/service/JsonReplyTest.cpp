@@ -36,8 +36,42 @@ TEST(JsonReply, MembersAreFoundByTheirExactNameAndTypeAlone) {
               std::nullopt);
 }
 
-TEST(JsonReply, DeeplyNestedReplyDoesNotOverflowTheStack) {
-    EXPECT_TRUE(service::parsedJson(bytesOf(std::string(200000, '[') + std::string(200000, ']'))));
+std::string nested(std::size_t levels, const std::string& open, const std::string& close) {
+    std::string text;
+    for (std::size_t level = 0; level < levels; ++level)
+        text += open;
+    text += "[]";
+    for (std::size_t level = 0; level < levels; ++level)
+        text += close;
+    return text;
+}
+
+TEST(JsonReply, ReplyMayBeNestedSixtyFourLevelsDeepAndNoDeeper) {
+    EXPECT_TRUE(service::parsedJson(bytesOf(nested(63, "[", "]"))));
+    EXPECT_FALSE(service::parsedJson(bytesOf(nested(64, "[", "]"))));
+    EXPECT_TRUE(service::parsedJson(bytesOf(nested(63, R"({"a":)", "}"))));
+    EXPECT_FALSE(service::parsedJson(bytesOf(nested(64, R"({"a":)", "}"))));
+    EXPECT_FALSE(service::parsedJson(bytesOf(nested(100000, "[", "]"))));
+    EXPECT_THROW(service::parseJson(bytesOf(nested(64, "[", "]"))), Failure);
+}
+
+TEST(JsonReply, LevelsThatAreClosedAgainDoNotCount) {
+    std::string text = "[0";
+    for (int member = 0; member < 100; ++member)
+        text += R"(,[],{},{"a":[]})";
+    EXPECT_TRUE(service::parsedJson(bytesOf(text + "]")));
+}
+
+TEST(JsonReply, BracketsWithinTextsDoNotCount) {
+    const std::string brackets(100, '[');
+    EXPECT_TRUE(service::parsedJson(bytesOf(R"({"a":")" + brackets + R"("})")));
+    EXPECT_TRUE(service::parsedJson(bytesOf(R"({"a":"\")" + brackets + R"("})")));
+    EXPECT_TRUE(service::parsedJson(bytesOf(R"({"\\":")" + brackets + R"("})")));
+    // A text that ends with a backslash, after which the brackets are real.
+    EXPECT_FALSE(service::parsedJson(bytesOf(R"({"a":"\\","b":)" + nested(64, "[", "]") + "}")));
+    // Closing brackets in a text do not make room for others.
+    EXPECT_FALSE(
+        service::parsedJson(bytesOf(R"({"a":"]]]]]]]]","b":)" + nested(64, "[", "]") + "}")));
 }
 
 TEST(JsonReply, TextIsWrittenCompactly) {

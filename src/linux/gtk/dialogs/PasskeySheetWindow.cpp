@@ -1,5 +1,6 @@
 #include "linux/gtk/dialogs/PasskeySheetWindow.h"
 
+#include "base/ShownText.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/Style.h"
 
@@ -159,7 +160,8 @@ void PasskeySheetWindow::fillAccounts(const std::vector<std::string>& names) {
     accountsCaption.set_visible(!names.empty());
     accountsScroll.set_visible(!names.empty());
     accountsCaption.set_text(names.size() > 1 ? "Choose an account" : "Account");
-    for (const auto& name : names) {
+    for (const auto& chosenByService : names) {
+        const std::string name = shownName(chosenByService);
         if (names.size() == 1) {
             accounts.append(*makeAccount(name));
             return;

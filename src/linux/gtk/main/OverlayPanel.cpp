@@ -1,5 +1,6 @@
 #include "linux/gtk/main/OverlayPanel.h"
 
+#include "base/ShownText.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/Style.h"
 
@@ -14,6 +15,8 @@ namespace {
 
 // Wide enough for a sentence, narrow enough to read quickly.
 constexpr int textWidthInCharacters = 52;
+// About ten lines. The host that an error names may have any length.
+constexpr std::size_t longestText = 500;
 
 int points(double length) {
     return static_cast<int>(std::lround(length));
@@ -98,7 +101,7 @@ void OverlayPanel::drawText(const std::optional<platform::TextDescription>& desc
     if (description) {
         setClass(text, "kelo-caption", description->font == platform::TextFont::caption);
         setClass(text, "kelo-red", description->color == platform::TextColor::red);
-        text.set_text(description->text);
+        text.set_text(shortened(description->text, longestText));
     }
     text.set_visible(description.has_value());
 }

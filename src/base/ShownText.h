@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// Text that somebody else has chosen, made fit to be shown in a window of ours.
+namespace kelo {
+
+/// A name on one line of at most 64 characters; a longer one ends with "…". Line breaks and other
+/// runs of blanks become one blank. Controls, direction marks and invisible characters are left
+/// out: they would turn around or hide what stands beside the name. What is not UTF-8 is replaced.
+/// A letter is not cut off from the accents on it, nor an emoji from its parts, unless there are
+/// more of them than the line may have.
+std::string shownName(std::string_view name);
+
+/// The text, or its first characters and "…" if it has more than `most`. Never cuts a character.
+std::string shortened(std::string_view text, std::size_t most);
+
+} // namespace kelo

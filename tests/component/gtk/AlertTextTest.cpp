@@ -1,0 +1,98 @@
+// Alerts with a text of any length.
+#include "component/gtk/RunningProgram.h"
+#include "linux/gtk/dialogs/GtkAlertPresenter.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtest/gtest.h>
+#include <gtkmm/adjustment.h>
+#include <gtkmm/passwordentry.h>
+#include <gtkmm/scrollbar.h>
+#include <gtkmm/scrolledwindow.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::tests {
+namespace {
+
+Task<void> present(platform::AlertPresenter& presenter, platform::Alert alert) {
+    co_await presenter.runModal(std::move(alert));
+}
+
+class AlertText : public testing::Test {
+protected:
+    static platform::Alert notice() {
+        platform::Alert alert;
+        alert.messageText = "Passkey";
+        return alert;
+    }
+    Gtk::Window& show(platform::Alert alert) {
+        const std::string title = alert.messageText;
+        spawn(present(presenter, std::move(alert)));
+        auto& window = program.window(title);
+        program.untilActive(window);
+        program.untilDrawn(window);
+        return window;
+    }
+    /// Where the alert's text can be scrolled.
+    static Gtk::ScrolledWindow& scrollIn(Gtk::Window& window) {
+        return *visibleIn<Gtk::ScrolledWindow>(window).at(0);
+    }
+
+    /// In pixels: shorter lines would be hard to read.
+    static constexpr int narrowest = 250;
+
+    RunningProgram program;
+    gtk::GtkAlertPresenter presenter{program.host};
+};
+
+TEST_F(AlertText, LongOneIsScrolledWithTheKeyboard) {
+    program.run([&] {
+        auto alert = notice();
+        while (alert.informativeText.size() < 6000)
+            alert.informativeText += "Registration failed for a long reason. ";
+        alert.accessoryView = platform::SecureTextField{240, 24, "Code"};
+        auto& window = show(alert);
+        EXPECT_LT(program.boxOf(window).height, 600);
+        EXPECT_EQ(visibleIn<Gtk::PasswordEntry>(window).size(), 1U);
+        EXPECT_TRUE(buttonNamed(window, "OK"));
+        auto& scroll = scrollIn(window);
+        EXPECT_FALSE(visibleIn<Gtk::Scrollbar>(scroll).empty());
+        EXPECT_GT(program.boxOf(scroll).width, narrowest);
+        const auto place = scroll.get_vadjustment();
+        ASSERT_EQ(place->get_value(), 0);
+        ASSERT_TRUE(scroll.grab_focus() && scroll.has_focus());
+        program.screen.press(GDK_KEY_Page_Down);
+        RunningProgram::until("the text is scrolled", [&] { return place->get_value() > 0; });
+    });
+}
+
+TEST_F(AlertText, OneOfAFewLinesIsShownWholeAndTheKeyboardSkipsIt) {
+    program.run([&] {
+        auto alert = notice();
+        for (int sentences = 1; sentences <= 5; ++sentences) {
+            alert.informativeText += "Could not connect to assistant.example.com. Try again. ";
+            auto& window = show(alert);
+            auto& scroll = scrollIn(window);
+            const auto place = scroll.get_vadjustment();
+            EXPECT_LE(place->get_upper(), place->get_page_size()) << sentences;
+            EXPECT_FALSE(scroll.get_focusable());
+            EXPECT_TRUE(visibleIn<Gtk::Scrollbar>(scroll).empty());
+            EXPECT_GT(program.boxOf(*withClass(window, "kelo-body")).width, narrowest);
+            dropSpawnedTasks();
+            RunningProgram::settle();
+        }
+    });
+}
+
+TEST_F(AlertText, EndlessOneIsCut) {
+    program.run([&] {
+        auto alert = notice();
+        alert.informativeText = std::string(5'000'000, 'a');
+        const auto texts = textsIn(show(alert));
+        EXPECT_EQ(std::ranges::count(texts, std::string(1999, 'a') + "…"), 1);
+    });
+}
+
+} // namespace
+} // namespace kelo::tests
