@@ -19,11 +19,21 @@ protected:
         return second.printed();
     }
 
-    /// Asks once: a second request would come in between what is typed then.
+    /// Asks again only after a long time: a manager that is busy with a new window may forget the
+    /// first request, but a needless second one would come in between what is typed then.
     void useMainWindow() const {
+        using Clock = std::chrono::steady_clock;
         const auto window = mainWindow();
-        desktop().screen.windows.tellManager(window->identifier, "_NET_ACTIVE_WINDOW");
-        awaitThat("the main window has the keyboard", [&] { return panel.hasKeyboard(*window); });
+        auto next = Clock::now();
+        awaitThat("the main window has the keyboard", [&] {
+            if (panel.hasKeyboard(*window))
+                return true;
+            if (Clock::now() >= next) {
+                desktop().screen.windows.tellManager(window->identifier, "_NET_ACTIVE_WINDOW");
+                next = Clock::now() + std::chrono::seconds(5);
+            }
+            return false;
+        });
     }
 
     void closeMainWindow() const {

@@ -18,17 +18,21 @@ constexpr int mostReclaims = 2;
 /// How long the window manager has to act on a press before the keyboard is given back.
 constexpr std::chrono::milliseconds turnOfTheManager{120};
 
+Window numberOf(GtkWindow* window) {
+    return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window)));
+}
+
 } // namespace
 
-PanelKeyboard::PanelKeyboard(X11Connection connection, Window panel, bool mayHave,
+PanelKeyboard::PanelKeyboard(X11Connection connection, GtkWindow* window, bool mayHave,
                              std::function<void(bool)> setAside)
     : connection(connection),
-      panel(panel),
+      panel(numberOf(window)),
       mayHave(mayHave),
       setAside(std::move(setAside)),
       keyboard(connection, panel),
       heldKey(connection),
-      dialogs([this](GtkWindow* appeared) { dialogsChanged(appeared); }) {}
+      dialogs(window, [this](GtkWindow* appeared) { dialogsChanged(appeared); }) {}
 
 void PanelKeyboard::panelShown() {
     isShown = true;
@@ -107,8 +111,10 @@ void PanelKeyboard::dialogsChanged(GtkWindow* appeared) {
     if (appeared) {
         // A dialog that follows another comes before the window manager has seen the first one go.
         const bool isReclaiming = std::exchange(reclaimsLeft, 0) > 0;
-        waitsForDialog = waitsForDialog || isReclaiming || keyboard.hasKeyboard();
-        dialogToFocus = gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(appeared)));
+        // The window manager may have given the keyboard to the dialog already, of which the panel
+        // has yet to hear.
+        waitsForDialog = waitsForDialog || isReclaiming || isFocused || keyboard.hasKeyboard();
+        dialogToFocus = numberOf(appeared);
         setAside(true);
     } else {
         setAside(false);
@@ -155,9 +161,9 @@ void PanelKeyboard::handleFocus(const XEvent& event) {
     const bool ofAGrab = focus.mode == XINotifyGrab || focus.mode == XINotifyUngrab;
     if (focus.event != panel || ofAGrab || focus.detail == XINotifyPointer)
         return;
-    const bool focused = event.xcookie.evtype == XI_FocusIn;
-    noteFocus(focused);
-    if (!focused)
+    isFocused = event.xcookie.evtype == XI_FocusIn;
+    noteFocus(isFocused);
+    if (!isFocused)
         lost();
 }
 

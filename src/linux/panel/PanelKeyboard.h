@@ -4,7 +4,7 @@
 #include "linux/panel/HeldKeyGrab.h"
 #include "linux/panel/X11Connection.h"
 #include "linux/panel/X11Keyboard.h"
-#include "linux/window/ModalWindows.h"
+#include "linux/window/DialogWatch.h"
 
 #include <functional>
 
@@ -15,10 +15,10 @@ namespace kelo::panel {
 /// which would otherwise hide it. Main thread only.
 class PanelKeyboard {
 public:
-    /// panel: a realized window, which lives longer than this. mayHave: whether the panel may ever
-    /// have the keyboard. setAside: called while the panel is shown, with true when one of our
+    /// window: the panel's, realized, which lives longer than this. mayHave: whether the panel may
+    /// ever have the keyboard. setAside: called while the panel is shown, with true when one of our
     /// dialogs needs its place and with false when the panel can be seen again.
-    PanelKeyboard(X11Connection connection, Window panel, bool mayHave,
+    PanelKeyboard(X11Connection connection, GtkWindow* window, bool mayHave,
                   std::function<void(bool)> setAside);
 
     /// The panel has appeared on the screen, or is asked for again while it is there. Puts it in
@@ -48,6 +48,8 @@ private:
     X11Keyboard keyboard;
     HeldKeyGrab heldKey;
     bool isShown = false;
+    /// Whether the panel has the keyboard according to the events that have been handled.
+    bool isFocused = false;
     /// How often the keyboard may still be taken back from nobody during this show.
     int retakesLeft = 0;
     /// How often the keyboard may still be taken back from a window that got it from a dialog.
@@ -61,7 +63,7 @@ private:
     Time pressTime = CurrentTime;
     Window pressedWindow = None;
     // Last, because its handler uses the others.
-    window::ModalWindows dialogs;
+    window::DialogWatch dialogs;
 };
 
 } // namespace kelo::panel

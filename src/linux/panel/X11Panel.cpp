@@ -55,7 +55,7 @@ void X11Panel::realize() {
     XChangeProperty(connection.xlib(), xid(), connection.atom("_GTK_FRAME_EXTENTS"), XA_CARDINAL,
                     32, PropModeReplace, reinterpret_cast<const unsigned char*>(extents.data()),
                     static_cast<int>(extents.size()));
-    keyboard.emplace(connection, xid(), mayHaveKeyboard, [this](bool aside) {
+    keyboard.emplace(connection, window.gtkWindow(), mayHaveKeyboard, [this](bool aside) {
         isAside = aside;
         move();
     });

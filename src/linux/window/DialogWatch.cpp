@@ -1,4 +1,4 @@
-#include "linux/window/ModalWindows.h"
+#include "linux/window/DialogWatch.h"
 
 #include "linux/gobject/SignalHandler.h"
 
@@ -11,7 +11,8 @@ namespace kelo::window {
 
 // Each watched window owns a share of it, because a window may outlive the watch, and the watch
 // must not keep a window alive.
-struct ModalWindows::State {
+struct DialogWatch::State {
+    GtkWindow* owner;
     std::function<void(GtkWindow*)> changed;
     std::set<GtkWindow*> shown;
 
@@ -25,8 +26,11 @@ struct ModalWindows::State {
     }
 
     void appeared(GtkWindow* window) {
-        // Asked now, because a window becomes modal some time after it was made.
-        if (!gtk_window_get_modal(window) || !shown.insert(window).second)
+        // Asked now, because a window becomes a dialog some time after it was made. The engine's
+        // colour chooser is not modal.
+        const bool isDialog =
+            gtk_window_get_modal(window) || gtk_window_get_transient_for(window) == owner;
+        if (!isDialog || !shown.insert(window).second)
             return;
         if (changed)
             changed(window);
@@ -38,19 +42,19 @@ struct ModalWindows::State {
     }
 };
 
-ModalWindows::ModalWindows(std::function<void(GtkWindow*)> changed)
-    : state(std::make_shared<State>(State{std::move(changed), {}})),
+DialogWatch::DialogWatch(GtkWindow* owner, std::function<void(GtkWindow*)> changed)
+    : state(std::make_shared<State>(State{owner, std::move(changed), {}})),
       toplevels([state = state](GtkWindow* window) {
           state->follow(window, state);
           if (gtk_widget_get_mapped(GTK_WIDGET(window)))
               state->appeared(window);
       }) {}
 
-ModalWindows::~ModalWindows() {
+DialogWatch::~DialogWatch() {
     state->changed = nullptr;
 }
 
-bool ModalWindows::anyShown() const {
+bool DialogWatch::anyShown() const {
     return !state->shown.empty();
 }
 
