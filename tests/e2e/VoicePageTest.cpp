@@ -98,6 +98,19 @@ TEST_F(VoicePage, IsLoadedAnewByEachShowFromHiddenAndOnlyThen) {
     awaitThat("the page is loaded again", [&] { return loads() == 2; });
 }
 
+TEST_F(VoicePage, IsLeftAloneByShortcutsOfOtherProgramsThatBeginLikeTheChord) {
+    auto& service = standIn({{"/widget", keyPage}});
+    screen::OtherProgram other;
+    goTo(other);
+    for (const char* const key : {"t", "Left"})
+        holdChord(key);
+    // Had one of them shown the panel, the tap would hide it, and the page would be loaded twice.
+    awaitKeyboard(tapToShow());
+    awaitAsked(service, "/ready");
+    tapToHide();
+    EXPECT_EQ(std::ranges::count(service.requests(), "/widget"), 1);
+}
+
 TEST_F(VoicePage, GetsTheTextThatIsTypedButNotTheEscape) {
     auto& service = standIn({{"/widget", keyPage}});
     const auto shown = tapToShow();

@@ -62,9 +62,14 @@ void VoiceProgramFixture::tapChord() const {
     desktop().screen.keyboard.tap({screen::keySymbol(control), screen::keySymbol(option)});
 }
 
-void VoiceProgramFixture::holdChord() const {
+void VoiceProgramFixture::holdChord(const std::string& other) const {
+    const screen::Keyboard& keyboard = desktop().screen.keyboard;
     pressChord();
+    if (!other.empty())
+        keyboard.down(other);
     std::this_thread::sleep_for(holdLength);
+    if (!other.empty())
+        keyboard.up(other);
     releaseChord();
 }
 

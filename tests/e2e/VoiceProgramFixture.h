@@ -29,8 +29,9 @@ protected:
     void releaseChord() const;
     void tapChord() const;
     /// For longer than a tap can be. Where a hold is to change nothing, only the clock tells its
-    /// length.
-    void holdChord() const;
+    /// length. other: a key that goes down right after the chord and
+    /// up before it.
+    void holdChord(const std::string& other = {}) const;
 
     /// Taps, and waits for what a tap does.
     rig::ScreenWindow tapToShow();
