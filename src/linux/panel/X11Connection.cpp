@@ -100,15 +100,8 @@ Window X11Connection::toplevelOf(Window window) const {
 }
 
 Window X11Connection::underPointer() const {
-    Window top = None;
-    Window child = None;
-    int x0 = 0;
-    int y0 = 0;
-    int inTopX = 0;
-    int inTopY = 0;
-    unsigned int buttons = 0;
-    XQueryPointer(x, root(), &top, &child, &x0, &y0, &inTopX, &inTopY, &buttons);
-    return child;
+    const auto pointer = window::pointerPlace(x, root());
+    return pointer ? pointer->child : None;
 }
 
 Window X11Connection::ordinaryWindowUnderPointer() const {

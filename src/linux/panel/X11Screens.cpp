@@ -1,5 +1,7 @@
 #include "linux/panel/X11Screens.h"
 
+#include "linux/window/X11Handles.h"
+
 #include <X11/Xatom.h>
 #include <X11/extensions/Xrandr.h>
 
@@ -165,17 +167,8 @@ X11Screens::withKeyboard(const std::vector<PixelRectangle>& monitors) const {
 
 std::optional<std::size_t>
 X11Screens::withPointer(const std::vector<PixelRectangle>& monitors) const {
-    Window root = None;
-    Window child = None;
-    int x = 0;
-    int y = 0;
-    int inChildX = 0;
-    int inChildY = 0;
-    unsigned int buttons = 0;
-    if (!XQueryPointer(connection.xlib(), connection.root(), &root, &child, &x, &y, &inChildX,
-                       &inChildY, &buttons))
-        return std::nullopt;
-    return mostOf({x, y, 1, 1}, monitors);
+    const auto pointer = window::pointerPlace(connection.xlib(), connection.root());
+    return pointer ? mostOf({pointer->x, pointer->y, 1, 1}, monitors) : std::nullopt;
 }
 
 PixelRectangle X11Screens::workArea(PixelRectangle monitor, bool isOnlyOne) const {

@@ -24,16 +24,8 @@ bool X11KeyboardFocus::isUnderPointer() const {
     bool ours = false;
     const window::X11ErrorTrap trap(display.get());
     while (window != None && !ours) {
-        Window root = None;
-        Window child = None;
-        int rootX = 0;
-        int rootY = 0;
-        int x = 0;
-        int y = 0;
-        unsigned buttons = 0;
-        if (!XQueryPointer(connection, window, &root, &child, &rootX, &rootY, &x, &y, &buttons))
-            break;
-        window = child;
+        const auto pointer = window::pointerPlace(connection, window);
+        window = pointer ? pointer->child : None;
         ours = window != None && gdk_x11_surface_lookup_for_display(display.get(), window);
     }
     return ours;
