@@ -145,7 +145,7 @@ bool isPackageName(const std::filesystem::path& name) {
 }
 
 std::string packageStem(const std::filesystem::path& name) {
-    const std::string text = name.filename();
+    std::string text = name.filename();
     for (const auto ending : endings) {
         if (text.ends_with(ending))
             return text.substr(0, text.size() - ending.size());

@@ -25,7 +25,7 @@ bool exists(pid_t process) {
 
 fs::path miniBrowser() {
     for (const auto& entry : fs::directory_iterator("/usr/lib")) {
-        const fs::path candidate = entry.path() / "webkitgtk-6.0" / "MiniBrowser";
+        fs::path candidate = entry.path() / "webkitgtk-6.0" / "MiniBrowser";
         std::error_code unreadable;
         if (fs::exists(candidate, unreadable))
             return candidate;

@@ -17,7 +17,7 @@ std::string identifierOf(std::string_view token) {
 
 std::string SessionTable::open(std::string_view email, Time now) {
     makeRoom(email, now);
-    const std::string token = randomToken();
+    std::string token = randomToken();
     restore({identifierOf(token), std::string(email), randomToken(), now + lifetime});
     return token;
 }

@@ -34,7 +34,7 @@ platform::WindowGroup KeloApp::mainWindowGroup() const {
     group.identifier = "main";
     group.content.body = [web = web, passkey = passkey] {
         // Creating the web model starts the first page load, so do that first.
-        const auto model = web.get();
+        const auto& model = web.get();
         return web::ContentView{model, passkey.get()}.body();
     };
     group.content.observed = [web = web, passkey = passkey] {

@@ -2,8 +2,6 @@
 
 #include "platform/Desktop.h"
 
-#include <utility>
-
 namespace kelo::voice {
 
 namespace {
@@ -17,6 +15,6 @@ platform::PanelDescription keyable(platform::PanelDescription description) {
 } // namespace
 
 KeyablePanel::KeyablePanel(platform::PanelDescription description)
-    : panel(platform::Desktop::current().makePanel(keyable(std::move(description)))) {}
+    : panel(platform::Desktop::current().makePanel(keyable(description))) {}
 
 } // namespace kelo::voice

@@ -51,7 +51,7 @@ void ProgramFixture::endKelo() {
                              [] { return desktop().bus.pages().empty(); });
 }
 
-void ProgramFixture::register_(const Person& person) const {
+void ProgramFixture::registerPerson(const Person& person) const {
     user.chooseRegister();
     user.answerPrompt(person.password);
     user.confirmSheet(desktop().loginPassword);
@@ -62,7 +62,7 @@ void ProgramFixture::register_(const Person& person) const {
 void ProgramFixture::becomeOwnerOfPasskey(const Person& person) const {
     user.signInWithPassword(person.email, person.password);
     user.awaitSignedIn(person.firstName);
-    register_(person);
+    registerPerson(person);
     user.signOut();
 }
 

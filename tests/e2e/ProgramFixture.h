@@ -38,7 +38,7 @@ protected:
     void startKelo();
     void endKelo();
 
-    void register_(const Person& person) const;
+    void registerPerson(const Person& person) const;
     /// Signs in with the password, registers a passkey and signs out again.
     void becomeOwnerOfPasskey(const Person& person) const;
 

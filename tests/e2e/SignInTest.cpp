@@ -5,9 +5,7 @@ namespace kelo::e2e {
 namespace {
 
 using rig::alert;
-using rig::button;
 using rig::choice;
-using rig::label;
 
 constexpr const char* cancelled = "The passkey request was cancelled.";
 

@@ -45,7 +45,7 @@ const fs::path& downloadedTree(const fs::path& build) {
         const fs::path packages = folder.path() / "packages";
         runOrThrow("cd " + quoted(folder.path()) + " && '" KELO_CPACK "' -G TZST --config " +
                    quoted(build / "CPackConfig.cmake") + " -B " + quoted(packages));
-        const fs::path unpacked = folder.path() / "tree";
+        fs::path unpacked = folder.path() / "tree";
         fs::create_directory(unpacked);
         runOrThrow("tar -xf " + quoted(packages) + "/*.tar.zst --strip-components=1 -C " +
                    quoted(unpacked));

@@ -14,7 +14,7 @@ namespace kelo::fakes {
 class FakePanel final : public platform::Panel {
 public:
     explicit FakePanel(platform::PanelDescription description)
-        : description(std::move(description)), frame_(this->description.contentRectangle) {}
+        : description(description), frame_(description.contentRectangle) {}
 
     void setContentView(platform::PanelContent newContent) override {
         content = std::move(newContent);

@@ -48,7 +48,7 @@ platform::UserSession& LinuxDesktop::userSession() {
 }
 
 std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescription description) {
-    return panels.makePanel(std::move(description));
+    return panels.makePanel(description);
 }
 
 std::unique_ptr<platform::StandardUpdaterController> LinuxDesktop::makeStandardUpdaterController() {

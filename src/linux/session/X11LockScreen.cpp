@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 #include <span>
 #include <vector>
 
@@ -81,7 +80,9 @@ bool X11LockScreen::isMonitorCovered() {
         return false;
     const window::XMemory<Window> owned(children);
     const auto monitors = monitorsOf(display.get());
-    for (const Window window : std::span(children, count) | std::views::reverse) {
+    const std::span windows(children, count);
+    for (auto next = windows.rbegin(); next != windows.rend(); ++next) {
+        const Window window = *next;
         XWindowAttributes attributes{};
         if (!XGetWindowAttributes(x, window, &attributes) || attributes.map_state != IsViewable ||
             attributes.c_class == InputOnly)

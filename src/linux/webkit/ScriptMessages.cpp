@@ -77,10 +77,13 @@ ScriptValue scriptValue(JSCValue* value) {
 } // namespace
 
 struct ScriptMessages::Channel {
+    Channel(platform::EmbeddedWebView& view, const ScriptMessageRegistration& registration)
+        : view(view), handler(registration.handler), name(registration.name) {}
+
     platform::EmbeddedWebView& view;
     std::shared_ptr<ScriptMessageHandler> handler;
     std::string name;
-    gobject::SignalConnection connection = {};
+    gobject::SignalConnection connection;
 
     // The handler may destroy the view, and this channel with it, so no member is used afterwards.
     static void received(WebKitUserContentManager*, JSCValue* value, Channel* channel) {
@@ -103,7 +106,7 @@ ScriptMessages::~ScriptMessages() = default;
 void ScriptMessages::open(const ScriptMessageRegistration& registration, const Url& service) {
     if (!isHandlerName(registration.name))
         invariantBroken("a script message handler is named with letters and digits");
-    channels.push_back(std::make_unique<Channel>(view, registration.handler, registration.name));
+    channels.push_back(std::make_unique<Channel>(view, registration));
     // Connect first, so that no message is lost.
     const std::string signal = "script-message-received::" + registration.name;
     channels.back()->connection = gobject::connectSignal(manager.get(), signal.c_str(),

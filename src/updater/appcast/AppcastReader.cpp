@@ -104,7 +104,7 @@ std::optional<Url> notesLinkOf(const XmlElement& item) {
     for (const XmlElement& element : item.children()) {
         if (!element.is("releaseNotesLink", appcastNamespace))
             continue;
-        const auto url = secureUrl(element.text());
+        auto url = secureUrl(element.text());
         const std::string language = element.attribute("lang", xmlNamespace);
         if (url && (language.empty() || language == "en" || language.starts_with("en-")))
             return url;

@@ -128,10 +128,11 @@ TEST_F(ServiceProcess, StateFileIsForItsOwnerAndHoldsNothingToSignInWith) {
 }
 
 TEST_F(ServiceProcess, CorruptStateIsReportedAndLeftUntouched) {
+    constexpr const char* brokenSession = R"({"version":1,"passkeys":[],"sessions":[
+        {"identifier":"a","email":"b","csrfToken":"c","expires":-1}]})";
     for (const std::string text :
-         {"", "{", "[]", "{\"version\":1}", "{\"version\":1,\"passkeys\":[7],\"sessions\":[]}",
-          "{\"version\":1,\"passkeys\":[],\"sessions\":[{\"identifier\":\"a\",\"email\":\"b\","
-          "\"csrfToken\":\"c\",\"expires\":-1}]}"}) {
+         {"", "{", "[]", R"({"version":1})", R"({"version":1,"passkeys":[7],"sessions":[]})",
+          brokenSession}) {
         std::ofstream(stateFile()) << text;
         const auto outcome = runDemoService(
             {"--authority", authority().string(), "--port", "0", "--state", stateFile().string()});

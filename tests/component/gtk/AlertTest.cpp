@@ -11,6 +11,7 @@
 #include <gtkmm/stylecontext.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
@@ -132,9 +133,9 @@ TEST_F(AlertDialog, FirstButtonAloneIsProminent) {
         Gdk::RGBA accent;
         ASSERT_TRUE(window.get_style_context()->lookup_color("theme_selected_bg_color", accent));
         const auto difference = [&](Color color) {
-            return std::abs(color.red - 255 * accent.get_red()) +
-                   std::abs(color.green - 255 * accent.get_green()) +
-                   std::abs(color.blue - 255 * accent.get_blue());
+            return std::abs(color.red - std::lround(255 * accent.get_red())) +
+                   std::abs(color.green - std::lround(255 * accent.get_green())) +
+                   std::abs(color.blue - std::lround(255 * accent.get_blue()));
         };
         EXPECT_LT(difference(ground("Registreer")), 60);
         EXPECT_GT(difference(ground("Annuleer")), 120);

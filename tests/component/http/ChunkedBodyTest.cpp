@@ -19,7 +19,7 @@ struct Taken {
 Taken taken(std::string_view bytes) {
     Bytes whole;
     ChunkedBody atOnce;
-    const Taken result{atOnce.take(bytes, whole), textOf(whole)};
+    Taken result{atOnce.take(bytes, whole), textOf(whole)};
 
     Bytes slow;
     ChunkedBody byteByByte;

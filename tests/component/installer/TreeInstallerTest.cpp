@@ -20,7 +20,6 @@ using testing::HasSubstr;
 using updater::ExchangeCalls;
 using updater::TreeInstaller;
 using updater::UpdateError;
-using updater::UpdateErrorKind;
 
 /// An installed version 1.0, and archives of later versions.
 class TreeInstallerTest : public testing::Test {

@@ -1,6 +1,7 @@
 #include "component/panel/Backdrop.h"
 #include "component/panel/PanelFixture.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
@@ -137,7 +138,7 @@ TEST_F(PanelLookTest, EdgesOfTheCornersAreSmoothWhereTheScreenCanBlend) {
 
 TEST_F(PanelLookTest, MovesWhileShownAndStaysWhereItWasPut) {
     panel->setFrameOrigin({200.5, 90});
-    const int left = int(200.5 * scale() + 0.5);
+    const int left = int(std::lround(200.5 * scale()));
     const int top = connection.height() - (90 + 620) * scale();
     until("it moves", [&] { return contentAt(left + 2 * scale(), top + 300 * scale()); });
     awaitRest();

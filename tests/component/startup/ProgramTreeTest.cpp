@@ -11,7 +11,6 @@ namespace kelo::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using updater::ExchangeCalls;
 
 /// A tree whose program starts like ours.
 class ProgramTree : public testing::Test {

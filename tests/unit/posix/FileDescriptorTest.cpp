@@ -46,8 +46,9 @@ TEST(FileDescriptor, IsClosedWithItsOwnerAndWithNoOther) {
     {
         FileDescriptor first = memoryFile();
         number = first.get();
+        const FileDescriptor& emptied = first;
         const FileDescriptor second = std::move(first);
-        EXPECT_FALSE(first);
+        EXPECT_FALSE(emptied);
         EXPECT_TRUE(isOpen(number));
     }
     EXPECT_FALSE(isOpen(number));

@@ -10,7 +10,6 @@ namespace {
 
 using testing::HasSubstr;
 using tests::information;
-using tests::TarEntry;
 using tests::TreeFolder;
 
 std::string programFor(char machine) {

@@ -12,7 +12,6 @@
 
 namespace kelo::test {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using updater::fileNameOf;

@@ -15,7 +15,7 @@ class FakeInstaller final : public updater::UpdateInstaller {
 public:
     updater::InstallKind kind(const updater::AppcastItem& item) const override {
         return item.enclosure->url.path().ends_with(takes)
-                   ? kind_
+                   ? supportedKind
                    : updater::InstallKind::informationalOnly;
     }
 
@@ -36,7 +36,7 @@ public:
         co_return;
     }
 
-    updater::InstallKind kind_ = updater::InstallKind::replaceInPlace;
+    updater::InstallKind supportedKind = updater::InstallKind::replaceInPlace;
     /// Archives with another extension cannot be installed.
     std::string takes;
     /// The bytes of each prepared archive.

@@ -13,7 +13,6 @@
 
 namespace kelo::test {
 
-using posix::FileDescriptor;
 using updater::parsePublicKey;
 using updater::parseSignature;
 using updater::verifies;

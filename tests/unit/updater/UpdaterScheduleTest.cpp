@@ -226,7 +226,7 @@ TEST_F(UpdaterSchedule, AsksFirstForMajorUpgradesAndForeignCopies) {
     EXPECT_THAT(user.shown, ElementsAre("offer 1.0 -> 1.1"));
     user.shown.clear();
     publish(signedRelease("1.1"));
-    installer.kind_ = updater::InstallKind::handToPackageManager;
+    installer.supportedKind = updater::InstallKind::handToPackageManager;
     store->state.lastCheck.reset();
     start();
     pass(seconds(1));

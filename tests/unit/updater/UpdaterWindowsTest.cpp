@@ -155,7 +155,7 @@ TEST_F(UpdaterWindows, InformationalUpdateOpensItsLink) {
 }
 
 TEST_F(UpdaterWindows, CopyThatCannotBeExchangedOpensTheLink) {
-    installer.kind_ = InstallKind::informationalOnly;
+    installer.supportedKind = InstallKind::informationalOnly;
     publish(signedRelease("1.1", "<link>https://example.com/kelo</link>"));
     check();
     EXPECT_TRUE(user.offer->informationalOnly);
@@ -164,7 +164,7 @@ TEST_F(UpdaterWindows, CopyThatCannotBeExchangedOpensTheLink) {
 }
 
 TEST_F(UpdaterWindows, WithoutALinkTheUserIsToldWhereToLook) {
-    installer.kind_ = InstallKind::informationalOnly;
+    installer.supportedKind = InstallKind::informationalOnly;
     check();
     choose(UpdateChoice::install);
     EXPECT_EQ(lastShown(), "message A newer version is available");
@@ -172,7 +172,7 @@ TEST_F(UpdaterWindows, WithoutALinkTheUserIsToldWhereToLook) {
 }
 
 TEST_F(UpdaterWindows, PackageIsVerifiedAndHandedOverWithoutARelaunch) {
-    installer.kind_ = InstallKind::handToPackageManager;
+    installer.supportedKind = InstallKind::handToPackageManager;
     check();
     EXPECT_FALSE(user.offer->informationalOnly);
     choose(UpdateChoice::install);

@@ -3,6 +3,7 @@
 #include "deployment/Deployment.h"
 
 #include <giomm/dbusconnection.h>
+#include <giomm/init.h>
 #include <glibmm/error.h>
 #include <glibmm/miscutils.h>
 

@@ -14,7 +14,6 @@ using platform::modifier::control;
 using platform::modifier::option;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
