@@ -50,7 +50,7 @@ void X11Panel::realize() {
     // Some window managers do not answer for windows that they do not manage.
     gdk_x11_surface_set_frame_sync_enabled(window.surface(), FALSE);
     // Keeps a compositor from adding a shadow of its own.
-    const auto margin = static_cast<unsigned long>(window.margin() * scale());
+    const unsigned long margin = static_cast<unsigned>(window.margin() * scale());
     const std::array extents{margin, margin, margin, margin};
     XChangeProperty(connection.xlib(), xid(), connection.atom("_GTK_FRAME_EXTENTS"), XA_CARDINAL,
                     32, PropModeReplace, reinterpret_cast<const unsigned char*>(extents.data()),

@@ -132,7 +132,8 @@ TEST(KeyWrapping, NoticesAnyOtherLength) {
     EXPECT_EQ(failureOf(wrappingKey(7), {}), authenticator::UnwrapFailure::damaged);
     wrapped.push_back(0);
     EXPECT_EQ(failureOf(wrappingKey(7), wrapped), authenticator::UnwrapFailure::damaged);
-    wrapped.resize(wrapped.size() - 2);
+    wrapped.pop_back();
+    wrapped.pop_back();
     EXPECT_EQ(failureOf(wrappingKey(7), wrapped), authenticator::UnwrapFailure::damaged);
 }
 
