@@ -15,8 +15,8 @@ public:
     virtual void write(ByteView bytes) = 0;
 };
 
-/// The file operations of the debug log. They fail if the path names a symbolic link or anything
-/// else that is not a regular file.
+/// The file operations of the debug log. They fail if the path names a symbolic link, anything else
+/// that is not a regular file, a file of another user, or a file with a second name.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;

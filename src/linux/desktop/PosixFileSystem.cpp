@@ -1,8 +1,7 @@
 #include "linux/desktop/PosixFileSystem.h"
 
-#include "posix/FileDescriptor.h"
-
 #include <fcntl.h>
+#include <glib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,15 +11,10 @@ namespace kelo::desktop {
 
 namespace {
 
-/// Empty if the path cannot be opened or is not a regular file. O_NONBLOCK, because opening a FIFO
-/// that somebody put there would block.
-posix::FileDescriptor openRegular(const std::string& path, int flags) {
-    posix::FileDescriptor file(
-        ::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, 0600));
-    struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return posix::FileDescriptor();
-    return file;
+/// Another user may have made the file to read what we write, or a second name of a file of ours to
+/// have it overwritten.
+bool isOursAlone(const struct stat& status) {
+    return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
 }
 
 class PosixFile final : public platform::OpenFile {
@@ -35,16 +29,33 @@ private:
 
 } // namespace
 
+// O_NONBLOCK, because opening a FIFO that somebody put there would block.
+posix::FileDescriptor PosixFileSystem::openOwn(const std::string& path, int flags) {
+    posix::FileDescriptor file(
+        ::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, 0600));
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0)
+        return posix::FileDescriptor();
+    if (isOursAlone(status))
+        return file;
+    // Once, because every line of the log comes here.
+    if (!std::exchange(warned, true))
+        g_warning("%s belongs to another user, has a second name or is no regular file. Nothing is "
+                  "written to it.",
+                  path.c_str());
+    return posix::FileDescriptor();
+}
+
 std::unique_ptr<platform::OpenFile> PosixFileSystem::openForWriting(const std::string& path) {
-    auto file = openRegular(path, 0);
+    auto file = openOwn(path, 0);
     if (!file)
         return nullptr;
     return std::make_unique<PosixFile>(std::move(file));
 }
 
 bool PosixFileSystem::writeWholeFile(const std::string& path, ByteView bytes) {
-    const auto file = openRegular(path, O_CREAT);
-    // Truncated only once it is known to be a regular file.
+    const auto file = openOwn(path, O_CREAT);
+    // Truncated only once it is known to be a file of ours.
     return file && ::ftruncate(file.get(), 0) == 0 && posix::writeAll(file.get(), bytes);
 }
 

@@ -3,6 +3,7 @@
 #include "base/async/MainLoop.h"
 #include "bundle/ProgramPlace.h"
 #include "linux/startup/RendererChoice.h"
+#include "linux/startup/UnsafeVariables.h"
 #include "updater/install/InstallRecovery.h"
 
 #include <malloc.h>
@@ -49,6 +50,7 @@ std::optional<std::filesystem::path> programTree() {
 } // namespace
 
 void prepareProcess() {
+    unsetUnsafeVariables();
     fixMappingThreshold();
     if (const auto root = programTree())
         updater::repairInstalledTree(*root);

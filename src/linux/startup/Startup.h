@@ -5,6 +5,7 @@ namespace kelo::startup {
 /// Prepares this process. Call it first in main(), before any thread and before GTK starts, because
 /// it sets environment variables.
 ///
+/// - Removes environment variables that open the program to others (UnsafeVariables.h).
 /// - Limits the memory that the allocator keeps.
 /// - If an update of the tree that this program runs from was interrupted, moves the missing pieces
 ///   back, before anything in the tree is read.

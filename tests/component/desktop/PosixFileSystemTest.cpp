@@ -1,5 +1,6 @@
 #include "linux/desktop/PosixFileSystem.h"
 
+#include "component/LogReader.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -83,6 +84,37 @@ TEST_F(PosixFileSystemTest, FifoNeitherBlocksNorIsWritten) {
     EXPECT_EQ(files.openForWriting(path), nullptr);
     EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
     close(reader);
+}
+
+TEST_F(PosixFileSystemTest, FileWithASecondNameIsRefused) {
+    const auto precious = folder / "precious";
+    std::ofstream(precious) << "precious";
+    fs::create_hard_link(precious, path);
+    EXPECT_EQ(files.openForWriting(path), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
+    EXPECT_EQ(content(precious), "precious");
+    fs::remove(precious);
+    EXPECT_TRUE(files.writeWholeFile(path, bytesOf("x"))) << "with one name it is ours";
+}
+
+TEST_F(PosixFileSystemTest, FileOfAnotherUserIsRefused) {
+    std::ofstream(path) << "theirs";
+    constexpr uid_t nobody = 65534;
+    if (chown(path.c_str(), nobody, static_cast<gid_t>(-1)) != 0)
+        GTEST_SKIP() << "only root can give files away";
+    EXPECT_EQ(files.openForWriting(path), nullptr);
+    EXPECT_FALSE(files.writeWholeFile(path, bytesOf("x")));
+    EXPECT_EQ(content(path), "theirs");
+}
+
+TEST_F(PosixFileSystemTest, RefusalIsSaidOnceInARun) {
+    const test::LogReader log;
+    std::ofstream(folder / "one") << "";
+    fs::create_hard_link(folder / "one", path);
+    files.openForWriting(path);
+    files.writeWholeFile(path, bytesOf("x"));
+    files.openForWriting(path);
+    EXPECT_EQ(log.complaints().size(), 1U);
 }
 
 TEST_F(PosixFileSystemTest, FolderAndMissingFolderAreRefused) {
