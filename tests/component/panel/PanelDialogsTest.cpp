@@ -46,7 +46,7 @@ protected:
 
 TEST_F(PanelDialogsTest, StepsAsideForADialogOfOursAndHasTheKeyboardAgainAfterIt) {
     // Where the panel is, so that it must come in front again by itself.
-    screen::OtherProgram other({420, 330, 500, 300});
+    screen::OtherProgram other({300, 330, 500, 300});
     settle(other);
     show();
     Dialog dialog;
