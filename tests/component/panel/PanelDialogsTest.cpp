@@ -113,6 +113,22 @@ TEST_F(PanelDialogsTest, GetsTheKeyboardOnlyAfterTheLastOfSeveral) {
     untilFocused("the panel", panelWindow());
 }
 
+TEST_F(PanelDialogsTest, GetsTheKeyboardBackAlsoIfItLostItToTheDialogBeforeItHeardOfTheDialog) {
+    if (hasManager())
+        GTEST_SKIP() << "the test plays the window manager";
+    const screen::OtherProgram outside({-100, -100, 1, 1}, screen::OtherProgram::Kind::unmanaged);
+    until("there is a window outside the screen",
+          [&] { return windows.describe(outside.window()).isMapped; });
+    show();
+    digest();
+    XSetInputFocus(connection.display(), outside.window(), RevertToNone, CurrentTime);
+    connection.sync();
+    Dialog dialog;
+    until("the dialog is shown", [&] { return windows.describe(dialog.number()).isMapped; });
+    dialog.close();
+    untilFocused("the panel", panelWindow());
+}
+
 TEST_F(PanelDialogsTest, LeavesTheKeyboardToADialogThatFollowsAnother) {
     show();
     Dialog first;
