@@ -44,6 +44,14 @@ protected:
         std::make_unique<screen::OtherProgram>(screen::OtherProgram::Place{260, 20, 100, 60});
 };
 
+TEST_F(X11KeyboardTest, TheWindowThatIsClickedComesBeforeAllOthers) {
+    show();
+    const auto place = windows.describe(lower.window()).origin;
+    pointer.click({place.x + 20, place.y + 20});
+    until("the window that is clicked has the keyboard",
+          [this] { return windows.focused() == lower.window(); });
+}
+
 TEST_F(X11KeyboardTest, ItsEarlierOwnerComesFirst) {
     announceActive(lower.window());
     show();
