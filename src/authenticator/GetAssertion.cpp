@@ -26,6 +26,22 @@ bool allows(const platform::PlatformAssertionRequest& request, const CredentialR
                allowed->end();
 }
 
+/// One passkey for each account, in the same order. An account has several after a registration
+/// whose end is unknown, or which the service has refused. The newest signs, unless the service has
+/// refused it more often than another one: so a sign-in that fails is followed by one with another
+/// passkey.
+std::vector<CredentialRecord> onePerAccount(std::vector<CredentialRecord> newestFirst) {
+    std::vector<CredentialRecord> offered;
+    for (CredentialRecord& record : newestFirst) {
+        const auto other = std::ranges::find(offered, record.userId, &CredentialRecord::userId);
+        if (other == offered.end())
+            offered.push_back(std::move(record));
+        else if (record.refusals < other->refusals)
+            *other = std::move(record);
+    }
+    return offered;
+}
+
 [[noreturn]] void noCredential(const std::string& relyingPartyIdentifier) {
     throw Failure(FailureKind::noCredential,
                   "There is no passkey for " + relyingPartyIdentifier +
@@ -48,7 +64,7 @@ Task<std::vector<CredentialRecord>> GetAssertion::candidates() {
     std::vector<CredentialRecord> records = co_await onWorker(parts.worker, std::move(read));
     std::erase_if(records,
                   [&](const CredentialRecord& record) { return !allows(request, record); });
-    co_return records;
+    co_return onePerAccount(std::move(records));
 }
 
 Task<platform::PlatformAssertionCredential> GetAssertion::run() {

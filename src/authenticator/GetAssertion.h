@@ -16,12 +16,14 @@ public:
                  std::shared_ptr<platform::Window> anchor);
 
     /// Runs the ceremony. Call it once; this object must outlive the task. Refuses a relying party
-    /// without an association and reports a missing passkey before it shows anything. Then the user
-    /// chooses an account and consents, and is verified unless the service discouraged it. Then the
-    /// passkey signs. Throws a Failure.
+    /// without an association and reports a missing passkey before it shows anything. Of several
+    /// allowed passkeys of one account it uses the newest that the service has refused the least.
+    /// Then the user chooses an account and consents, and is verified unless the service
+    /// discouraged it. Then the passkey signs. Throws a Failure.
     Task<platform::PlatformAssertionCredential> run();
 
 private:
+    /// The passkeys to choose from, one for each account.
     Task<std::vector<CredentialRecord>> candidates();
 
     const AuthenticatorParts parts;

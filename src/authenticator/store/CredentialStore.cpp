@@ -1,5 +1,6 @@
 #include "authenticator/store/CredentialStore.h"
 
+#include "authenticator/store/CredentialSchema.h"
 #include "authenticator/store/Database.h"
 #include "base/Failure.h"
 #include "posix/FileDescriptor.h"
@@ -17,20 +18,9 @@ namespace kelo::authenticator {
 
 namespace {
 
-// "Kelo" in ASCII. Identifies the file for file(1) and for this class.
-constexpr std::int64_t applicationId = 0x4B656C6F;
-constexpr std::int64_t schemaVersion = 1;
-
-constexpr std::string_view schema = "CREATE TABLE credential ("
-                                    " credential_id BLOB NOT NULL PRIMARY KEY,"
-                                    " relying_party TEXT NOT NULL,"
-                                    " user_id BLOB NOT NULL,"
-                                    " account_name TEXT NOT NULL,"
-                                    " created INTEGER NOT NULL," // seconds since 1970
-                                    " public_key BLOB NOT NULL," // x and y, 32 bytes each
-                                    " wrapped_private_key BLOB NOT NULL,"
-                                    " UNIQUE (relying_party, user_id)"
-                                    ") STRICT";
+/// The most passkeys of one account that the service has not accepted. More than one, because a
+/// passkey whose reply was lost may be in use without our knowledge.
+constexpr std::int64_t mostUnaccepted = 4;
 
 std::string systemReason(const char* operation) {
     return std::string(operation) + ": " + std::strerror(errno);
@@ -89,39 +79,6 @@ std::filesystem::path withoutLinksAbove(const std::filesystem::path& file) {
     return failure ? file : folder / file.filename();
 }
 
-/// Whether the file holds our tables. False for an empty file, for instance after a crash.
-bool hasOurSchema(Database& database) {
-    const std::int64_t application = database.integer("PRAGMA application_id");
-    const std::int64_t version = database.integer("PRAGMA user_version");
-    if (application == 0 && version == 0 &&
-        database.integer("SELECT count(*) FROM sqlite_schema") == 0)
-        return false;
-    if (application != applicationId)
-        throw Failure(FailureKind::storage,
-                      "The file with your passkeys belongs to another program. It was left as it "
-                      "is; move it away and register new passkeys.",
-                      "another application_id");
-    if (version > schemaVersion)
-        throw Failure(
-            FailureKind::storage,
-            "Your passkeys were written by a newer version of Kelo. Update Kelo, then try "
-            "again.",
-            "user_version " + std::to_string(version));
-    if (version != schemaVersion)
-        storageFailed(SQLITE_CORRUPT, "user_version " + std::to_string(version));
-    // A query reads only a part of the file, so it may miss a damaged page. Find it before a write
-    // spreads the damage.
-    if (const std::string report = database.text("PRAGMA quick_check(1)"); report != "ok")
-        storageFailed(SQLITE_CORRUPT, report);
-    return true;
-}
-
-void createSchema(Database& database) {
-    database.execute(schema);
-    database.execute("PRAGMA application_id = " + std::to_string(applicationId));
-    database.execute("PRAGMA user_version = " + std::to_string(schemaVersion));
-}
-
 Bytes joined(const webauthn::PublicKey& key) {
     Bytes bytes(key.x.begin(), key.x.end());
     bytes.insert(bytes.end(), key.y.begin(), key.y.end());
@@ -137,6 +94,43 @@ webauthn::PublicKey split(const Bytes& bytes) {
     return key;
 }
 
+void insert(const Database& database, const CredentialRecord& record) {
+    const Bytes publicKey = joined(record.publicKey);
+    Statement(database,
+              "INSERT INTO passkey (credential_id, relying_party, user_id, account_name, created,"
+              " public_key, wrapped_private_key) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)")
+        .bind(1, ByteView(record.credentialId))
+        .bind(2, record.relyingPartyIdentifier)
+        .bind(3, ByteView(record.userId))
+        .bind(4, record.accountName)
+        .bind(5, static_cast<std::int64_t>(record.created.time_since_epoch().count()))
+        .bind(6, ByteView(publicKey))
+        .bind(7, ByteView(record.wrappedPrivateKey))
+        .step();
+}
+
+/// Refused passkeys go first, because those without any reply may still be good.
+void dropSurplus(const Database& database, const CredentialRecord& saved) {
+    Statement(database, "DELETE FROM passkey WHERE number IN (SELECT number FROM passkey"
+                        " WHERE relying_party = ?1 AND user_id = ?2 AND accepted = 0"
+                        " ORDER BY refusals > 0, number DESC LIMIT -1 OFFSET ?3)")
+        .bind(1, saved.relyingPartyIdentifier)
+        .bind(2, ByteView(saved.userId))
+        .bind(3, mostUnaccepted)
+        .step();
+}
+
+/// Not in the order of "created", because a clock can be set back.
+std::string_view selection(std::int64_t version) {
+    if (version == schema::onePerAccount)
+        return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
+               " wrapped_private_key, 0 FROM credential WHERE relying_party = ?1"
+               " ORDER BY created DESC, rowid DESC";
+    return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
+           " wrapped_private_key, refusals FROM passkey WHERE relying_party = ?1"
+           " ORDER BY number DESC";
+}
+
 } // namespace
 
 CredentialStore::CredentialStore(std::filesystem::path file) : file(std::move(file)) {}
@@ -147,22 +141,41 @@ void CredentialStore::save(const CredentialRecord& record) const {
         createPrivateFile(file);
     Database database(withoutLinksAbove(file));
     Transaction transaction(database);
-    if (!hasOurSchema(database))
-        createSchema(database);
-    Statement(database, "DELETE FROM credential WHERE relying_party = ?1 AND user_id = ?2")
-        .bind(1, record.relyingPartyIdentifier)
-        .bind(2, ByteView(record.userId))
-        .step();
-    const Bytes publicKey = joined(record.publicKey);
-    Statement(database, "INSERT INTO credential VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)")
-        .bind(1, ByteView(record.credentialId))
-        .bind(2, record.relyingPartyIdentifier)
-        .bind(3, ByteView(record.userId))
-        .bind(4, record.accountName)
-        .bind(5, static_cast<std::int64_t>(record.created.time_since_epoch().count()))
-        .bind(6, ByteView(publicKey))
-        .bind(7, ByteView(record.wrappedPrivateKey))
-        .step();
+    requireCurrentSchema(database);
+    insert(database, record);
+    dropSurplus(database, record);
+    transaction.commit();
+}
+
+void CredentialStore::noteAccepted(std::string_view relyingPartyIdentifier,
+                                   ByteView credentialId) const {
+    note(relyingPartyIdentifier, credentialId,
+         {// The condition spares the disk a write at each sign-in.
+          "UPDATE passkey SET accepted = 1, refusals = 0 WHERE relying_party = ?1"
+          " AND credential_id = ?2 AND (accepted = 0 OR refusals > 0)",
+          "DELETE FROM passkey WHERE relying_party = ?1 AND EXISTS (SELECT 1 FROM passkey AS newer"
+          " WHERE newer.credential_id = ?2 AND newer.relying_party = passkey.relying_party"
+          " AND newer.user_id = passkey.user_id AND newer.number > passkey.number)"});
+}
+
+void CredentialStore::noteRefused(std::string_view relyingPartyIdentifier,
+                                  ByteView credentialId) const {
+    note(relyingPartyIdentifier, credentialId,
+         {"UPDATE passkey SET refusals = refusals + 1 WHERE relying_party = ?1"
+          " AND credential_id = ?2"});
+}
+
+void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView credentialId,
+                           std::initializer_list<std::string_view> changes) const {
+    if (!present(file))
+        return;
+    Database database(withoutLinksAbove(file));
+    Transaction transaction(database);
+    if (schemaVersion(database) == schema::none)
+        return;
+    requireCurrentSchema(database);
+    for (const std::string_view change : changes)
+        Statement(database, change).bind(1, relyingPartyIdentifier).bind(2, credentialId).step();
     transaction.commit();
 }
 
@@ -170,12 +183,11 @@ std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPart
     if (!present(file))
         return {};
     Database database(withoutLinksAbove(file));
-    if (!hasOurSchema(database))
+    const std::int64_t version = schemaVersion(database);
+    if (version == schema::none)
         return {};
-    Statement statement(
-        database, "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
-                  " wrapped_private_key FROM credential WHERE relying_party = ?1"
-                  " ORDER BY created DESC, rowid DESC");
+    // An earlier version is read as it is, so that a disk without room does not prevent a sign-in.
+    Statement statement(database, selection(version));
     statement.bind(1, relyingPartyIdentifier);
     std::vector<CredentialRecord> records;
     while (statement.step()) {
@@ -187,6 +199,7 @@ std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPart
         record.created = std::chrono::sys_seconds(std::chrono::seconds(statement.integer(4)));
         record.publicKey = split(statement.bytes(5));
         record.wrappedPrivateKey = statement.bytes(6);
+        record.refusals = statement.integer(7);
         records.push_back(std::move(record));
     }
     return records;

@@ -4,7 +4,9 @@
 #include "base/Bytes.h"
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +25,8 @@ struct CredentialRecord {
     webauthn::PublicKey publicKey;
     /// See KeyStore.
     Bytes wrappedPrivateKey;
+    /// How often the service has refused it since it last accepted it. save() does not read this.
+    std::int64_t refusals = 0;
 
     friend bool operator==(const CredentialRecord&, const CredentialRecord&) = default;
 };
@@ -39,13 +43,27 @@ public:
     /// The first save() creates the file and missing folders above it.
     explicit CredentialStore(std::filesystem::path file);
 
-    /// Stores a passkey. Replaces the passkey of the same relying party and user.
+    /// Stores a new passkey beside those that the account already has, because the service may
+    /// still refuse it. An account has at most one passkey that the service has accepted, and four
+    /// others. If there are more, the oldest of the others go, refused ones first.
     void save(const CredentialRecord& record) const;
 
-    /// The passkeys of a relying party, newest first.
+    /// Notes that the service has accepted a passkey: it stays until the service accepts a newer
+    /// one of the same account. The older ones of that account are removed. Does nothing if the
+    /// store does not hold this passkey.
+    void noteAccepted(std::string_view relyingPartyIdentifier, ByteView credentialId) const;
+
+    /// Notes that the service has refused a passkey. Removes nothing, because a refusal can be an
+    /// error of the service. Does nothing if the store does not hold this passkey.
+    void noteRefused(std::string_view relyingPartyIdentifier, ByteView credentialId) const;
+
+    /// The passkeys of a relying party, the last saved first.
     std::vector<CredentialRecord> find(std::string_view relyingPartyIdentifier) const;
 
 private:
+    void note(std::string_view relyingPartyIdentifier, ByteView credentialId,
+              std::initializer_list<std::string_view> changes) const;
+
     std::filesystem::path file;
 };
 

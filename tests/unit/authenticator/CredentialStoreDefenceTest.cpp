@@ -129,8 +129,8 @@ protected:
 
 TEST_F(CredentialStoreDefence, TriggersInTheFileDoNotRun) {
     store.save(record("a", "u"));
-    execute(connect(), "CREATE TRIGGER t AFTER INSERT ON credential"
-                       " BEGIN UPDATE credential SET account_name = 'changed'; END");
+    execute(connect(), "CREATE TRIGGER t AFTER INSERT ON passkey"
+                       " BEGIN UPDATE passkey SET account_name = 'changed'; END");
     store.save(record("b", "v"));
     for (const authenticator::CredentialRecord& kept : store.find("localhost"))
         EXPECT_NE(kept.accountName, "changed");
@@ -138,8 +138,8 @@ TEST_F(CredentialStoreDefence, TriggersInTheFileDoNotRun) {
 
 TEST_F(CredentialStoreDefence, ViewsInTheFileAreNotRead) {
     store.save(record("a", "u"));
-    execute(connect(), "ALTER TABLE credential RENAME TO kept;"
-                       "CREATE VIEW credential AS SELECT * FROM kept");
+    execute(connect(), "ALTER TABLE passkey RENAME TO kept;"
+                       "CREATE VIEW passkey AS SELECT * FROM kept");
     EXPECT_NE(failureOf([&] { store.find("localhost"); }), "");
 }
 
@@ -158,7 +158,7 @@ TEST_F(CredentialStoreDefence, FunctionsThatTheFileNamesAreNotCalled) {
     const auto entry = reinterpret_cast<void (*)()>(offer);
     store.save(record("a", "u"));
     sqlite3_auto_extension(entry);
-    execute(connect(), "CREATE INDEX i ON credential (user_id) WHERE spy() = 1");
+    execute(connect(), "CREATE INDEX i ON passkey (user_id) WHERE spy() = 1");
     calls = 0;
     EXPECT_NE(failureOf([&] { store.save(record("b", "v")); }), "");
     EXPECT_EQ(calls, 0);
@@ -283,6 +283,7 @@ TEST_F(CredentialStoreDefence, AReplacedPrivateKeyDoesNotLinger) {
     old.wrappedPrivateKey = bytesOf("the key that must not linger");
     store.save(old);
     store.save(record("b", "u"));
+    store.noteAccepted("localhost", bytesOf("b"));
     EXPECT_EQ(contentOf(file).find("must not linger"), std::string::npos);
 }
 

@@ -1,3 +1,4 @@
+#include "FirstVersion.h"
 #include "Records.h"
 
 #include "authenticator/store/CredentialStore.h"
@@ -11,6 +12,8 @@
 
 #include <array>
 #include <csignal>
+#include <functional>
+#include <string>
 #include <utility>
 
 // What a kill -9 leaves: a child saves a record and is killed right before its n-th call that
@@ -63,13 +66,15 @@ void countChanges() {
     countCalls<5>(system, "unlink", static_cast<int (*)(const char*)>(nullptr));
 }
 
+using Change = std::function<void(const authenticator::CredentialStore&)>;
+
 /// Whether the child was killed before its call number n; false when it came to its end.
-bool saveAndDieAt(int n, const fs::path& file, const authenticator::CredentialRecord& record) {
+bool dieAt(int n, const fs::path& file, const Change& change) {
     const pid_t child = ::fork();
     if (child == 0) {
         countChanges();
         callsLeft = n;
-        authenticator::CredentialStore(file).save(record);
+        change(authenticator::CredentialStore(file));
         ::_exit(0);
     }
     int status = 0;
@@ -82,6 +87,18 @@ bool saveAndDieAt(int n, const fs::path& file, const authenticator::CredentialRe
     return true;
 }
 
+Change saving(authenticator::CredentialRecord record) {
+    return [record = std::move(record)](const authenticator::CredentialStore& store) {
+        store.save(record);
+    };
+}
+
+Change accepting(std::string credentialId) {
+    return [id = std::move(credentialId)](const authenticator::CredentialStore& store) {
+        store.noteAccepted("localhost", bytesOf(id));
+    };
+}
+
 void expectPrivateJournal(const fs::path& file, int& journals) {
     struct stat status {};
     if (::stat((file.string() + "-journal").c_str(), &status) != 0)
@@ -92,31 +109,59 @@ void expectPrivateJournal(const fs::path& file, int& journals) {
 
 } // namespace
 
-TEST(CredentialStoreKill, LeavesTheOldRecordOrTheNewOne) {
+TEST(CredentialStoreKill, ASaveNeverCostsAFormerRecord) {
     const authenticator::CredentialRecord before = record("old", "user");
     const authenticator::CredentialRecord after = record("new", "user");
     const authenticator::CredentialRecord bystander = record("other", "somebody");
-    int kills = 0, olds = 0, news = 0, journals = 0;
+    int kills = 0, without = 0, with = 0, journals = 0;
     for (bool killed = true; killed; ++kills) {
         const test::TemporaryFolder folder;
         const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
         const authenticator::CredentialStore store(file);
         store.save(bystander);
         store.save(before);
-        killed = saveAndDieAt(kills, file, after);
+        killed = dieAt(kills, file, saving(after));
         expectPrivateJournal(file, journals);
         const auto found = store.find("localhost");
-        ASSERT_EQ(found.size(), 2U) << "killed at call " << kills;
-        EXPECT_EQ(found[1], bystander);
-        EXPECT_TRUE(found[0] == before || found[0] == after) << "killed at call " << kills;
-        ++(found[0] == before ? olds : news);
-        store.save(after);
-        EXPECT_EQ(store.find("localhost").front(), after);
+        if (found == std::vector{before, bystander})
+            ++without;
+        else if (found == std::vector{after, before, bystander})
+            ++with;
+        else
+            ADD_FAILURE() << "killed at call " << kills;
+        store.save(record("next", "user"));
+        EXPECT_EQ(store.find("localhost").front(), record("next", "user"));
     }
     EXPECT_GT(kills, 5) << "the child was killed at many points";
-    EXPECT_GT(olds, 0);
-    EXPECT_GT(news, 0);
+    EXPECT_GT(without, 0);
+    EXPECT_GT(with, 0);
     EXPECT_GT(journals, 0);
+}
+
+TEST(CredentialStoreKill, TheFormerRecordGoesOnlyTogetherWithTheNoteThatTheNewOneIsAccepted) {
+    int kills = 0, both = 0, one = 0;
+    for (bool killed = true; killed; ++kills) {
+        const test::TemporaryFolder folder;
+        const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
+        const authenticator::CredentialStore store(file);
+        store.save(record("old", "user"));
+        store.noteAccepted("localhost", bytesOf("old"));
+        store.save(record("new", "user"));
+        killed = dieAt(kills, file, accepting("new"));
+        const auto found = store.find("localhost");
+        ASSERT_FALSE(found.empty()) << "killed at call " << kills;
+        EXPECT_EQ(found[0], record("new", "user"));
+        ++(found.size() == 2 ? both : one);
+        // Surplus of the account: only an accepted record stands it.
+        for (int n = 0; n < 5; ++n)
+            store.save(record("refused " + std::to_string(n), "user"));
+        const auto kept = store.find("localhost");
+        ASSERT_EQ(kept.size(), 5U);
+        EXPECT_EQ(kept.back().credentialId, bytesOf(found.size() == 2 ? "old" : "new"));
+    }
+    EXPECT_GT(kills, 5);
+    EXPECT_GT(both, 0);
+    EXPECT_GT(one, 0);
 }
 
 TEST(CredentialStoreKill, LeavesAFileThatWorksWhenTheVeryFirstSaveIsKilled) {
@@ -125,12 +170,28 @@ TEST(CredentialStoreKill, LeavesAFileThatWorksWhenTheVeryFirstSaveIsKilled) {
         const test::TemporaryFolder folder;
         const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
         const authenticator::CredentialStore store(file);
-        killed = saveAndDieAt(kills, file, record("first", "user"));
+        killed = dieAt(kills, file, saving(record("first", "user")));
         EXPECT_LE(store.find("localhost").size(), 1U);
         store.save(record("second", "user"));
-        EXPECT_EQ(store.find("localhost"), std::vector{record("second", "user")});
+        EXPECT_EQ(store.find("localhost").front(), record("second", "user"));
     }
     EXPECT_GT(kills, 5);
+}
+
+TEST(CredentialStoreKill, AnUpgradeThatIsKilledLosesNothing) {
+    int kills = 0, journals = 0;
+    for (bool killed = true; killed; ++kills) {
+        const test::TemporaryFolder folder;
+        const fs::path file = folder.path() / "kelo" / "passkeys.sqlite";
+        writeFirstVersion(file, {record("a", "one"), record("b", "two")});
+        const authenticator::CredentialStore store(file);
+        killed = dieAt(kills, file, accepting("a"));
+        expectPrivateJournal(file, journals);
+        EXPECT_EQ(store.find("localhost"), (std::vector{record("b", "two"), record("a", "one")}))
+            << "killed at call " << kills;
+    }
+    EXPECT_GT(kills, 5);
+    EXPECT_GT(journals, 0);
 }
 
 } // namespace kelo

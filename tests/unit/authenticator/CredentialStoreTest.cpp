@@ -42,7 +42,7 @@ protected:
         EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
         return status.st_mode & 07777;
     }
-    /// Both operations refuse with this sentence and change nothing.
+    /// Every operation refuses with this sentence and changes nothing.
     void expectRefused(const std::string& sentence) const {
         const std::string before = content();
         const auto refuses = [&](auto operation) {
@@ -56,7 +56,9 @@ protected:
             }
         };
         refuses([&] { store.find("localhost"); });
-        refuses([&] { store.save(record("a", "u")); });
+        refuses([&] { store.save(record("c", "u")); });
+        refuses([&] { store.noteAccepted("localhost", bytesOf("a")); });
+        refuses([&] { store.noteRefused("localhost", bytesOf("a")); });
         EXPECT_EQ(content(), before);
     }
 
@@ -79,28 +81,29 @@ TEST_F(CredentialStoreTest, KeepsBytesAndTextsAsTheyAre) {
     kept.accountName = "Zo\u00eb \"); DROP TABLE credential; --";
     store.save(kept);
     EXPECT_EQ(store.find("localhost"), std::vector{kept});
-    kept.accountName.clear();
-    store.save(kept);
-    EXPECT_EQ(store.find("localhost"), std::vector{kept});
-}
-
-TEST_F(CredentialStoreTest, ReplacesTheSameUserOfTheSameRelyingParty) {
-    store.save(record("old", "user"));
-    store.save(record("new", "user"));
-    EXPECT_EQ(store.find("localhost"), std::vector{record("new", "user")});
+    authenticator::CredentialRecord nameless = record("other", "user");
+    nameless.accountName.clear();
+    store.save(nameless);
+    EXPECT_EQ(store.find("localhost"), (std::vector{nameless, kept}));
 }
 
 TEST_F(CredentialStoreTest, KeepsOtherUsersAndOtherRelyingParties) {
     authenticator::CredentialRecord elsewhere = record("c", "one");
     elsewhere.relyingPartyIdentifier = "example.org";
-    authenticator::CredentialRecord later = record("b", "two");
-    later.created += std::chrono::seconds(1);
-    store.save(later);
     store.save(record("a", "one"));
+    store.save(record("b", "two"));
     store.save(elsewhere);
-    EXPECT_EQ(store.find("localhost"), (std::vector{later, record("a", "one")})) << "newest first";
+    EXPECT_EQ(store.find("localhost"), (std::vector{record("b", "two"), record("a", "one")}));
     EXPECT_EQ(store.find("example.org"), std::vector{elsewhere});
     EXPECT_TRUE(store.find("LOCALHOST").empty());
+}
+
+TEST_F(CredentialStoreTest, TheLastSavedComesFirstWhateverTheClockSays) {
+    authenticator::CredentialRecord afterTheClockWasSetBack = record("b", "two");
+    afterTheClockWasSetBack.created -= std::chrono::hours(24);
+    store.save(record("a", "one"));
+    store.save(afterTheClockWasSetBack);
+    EXPECT_EQ(store.find("localhost"), (std::vector{afterTheClockWasSetBack, record("a", "one")}));
 }
 
 TEST_F(CredentialStoreTest, LookingTouchesNothingBeforeTheFirstPasskey) {
@@ -153,13 +156,13 @@ TEST_F(CredentialStoreTest, DamagedPageIsReportedAndLeftUntouched) {
 
 TEST_F(CredentialStoreTest, RecordOfAnotherShapeIsReported) {
     store.save(record("a", "u"));
-    execute("UPDATE credential SET public_key = x'00'");
+    execute("UPDATE passkey SET public_key = x'00'");
     EXPECT_THROW(store.find("localhost"), Failure);
 }
 
 TEST_F(CredentialStoreTest, NewerFileIsReportedAndLeftUntouched) {
     store.save(record("a", "u"));
-    execute("PRAGMA user_version = 2");
+    execute("PRAGMA user_version = 3");
     expectRefused("written by a newer version of Kelo");
 }
 

@@ -163,6 +163,57 @@ TEST_F(GetAssertionTest, TheChosenOfSeveralAccountsSignsWithItsOwnKey) {
     EXPECT_FALSE(verifyAssertion(*ended->value, key(max), "localhost", true));
 }
 
+TEST_F(GetAssertionTest, OfSeveralPasskeysOfOneAccountTheNewestIsOffered) {
+    registered("zoe", "user-1");
+    const auto newest = registered("zoe the second", "user-1");
+    EXPECT_EQ(signIn(assertion())->value->credentialId, newest.credentialId);
+    EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("zoe the second"));
+}
+
+TEST_F(GetAssertionTest, ARefusedRegistrationLeavesThePasskeyThatWorks) {
+    const auto works = registered("zoe", "user-1");
+    const auto refused = registered("zoe", "user-1");
+    scope.credentials.noteRefused("localhost", refused.credentialId);
+    const auto ended = signIn(assertion());
+    EXPECT_EQ(ended->value->credentialId, works.credentialId);
+    const auto key = verifyRegistration(works, "localhost")->publicKey;
+    EXPECT_TRUE(verifyAssertion(*ended->value, key, "localhost", true));
+}
+
+TEST_F(GetAssertionTest, ASignInThatWasRefusedIsFollowedByOneWithAnotherPasskey) {
+    const auto older = registered("zoe", "user-1");
+    const auto newer = registered("zoe", "user-1");
+    for (int round = 0; round < 2; ++round) {
+        for (const auto& expected : {newer, older}) {
+            const auto ended = signIn(assertion());
+            EXPECT_EQ(ended->value->credentialId, expected.credentialId) << "round " << round;
+            scope.credentials.noteRefused("localhost", ended->value->credentialId);
+        }
+    }
+}
+
+TEST_F(GetAssertionTest, TheServiceChoosesAmongThePasskeysOfOneAccount) {
+    const auto older = registered("zoe", "user-1");
+    registered("zoe the second", "user-1");
+    auto request = assertion();
+    request.allowedCredentials.emplace();
+    request.allowedCredentials->push_back(descriptor(older));
+    EXPECT_EQ(signIn(request)->value->credentialId, older.credentialId);
+    EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("zoe"));
+}
+
+TEST_F(GetAssertionTest, AnotherAccountKeepsItsPlaceBesideOneWithSeveralPasskeys) {
+    registered("zoe", "user-1");
+    registered("max", "user-2");
+    registered("zoe the second", "user-1");
+    const auto third = registered("zoe the third", "user-1");
+    scope.credentials.noteRefused("localhost", third.credentialId);
+    scope.person.choice = 1;
+    const auto ended = signIn(assertion());
+    EXPECT_THAT(scope.person.requests.at(0).accountNames, ElementsAre("zoe the second", "max"));
+    EXPECT_EQ(ended->value->userId, bytesOf("user-2"));
+}
+
 TEST_F(GetAssertionTest, PresentsOverTheAnchorItWasGiven) {
     registered("zoe", "user-1");
     const auto anchor = std::make_shared<SomeWindow>();

@@ -162,12 +162,13 @@ TEST_F(MakeCredentialTest, DroppedWhileTheSheetIsOpenItClosesTheSheet) {
     EXPECT_EQ(scope.person.events.back(), "closed");
 }
 
-TEST_F(MakeCredentialTest, RegisteringTheSameUserAgainReplacesThePasskey) {
-    registered("zoe", "user-1");
+TEST_F(MakeCredentialTest, RegisteringTheSameUserAgainLeavesTheFormerPasskey) {
+    const auto first = registered("zoe", "user-1");
     const auto second = registered("zoe the second", "user-1");
-    ASSERT_EQ(kept().size(), 1U);
+    ASSERT_EQ(kept().size(), 2U);
     EXPECT_EQ(kept()[0].credentialId, second.credentialId);
     EXPECT_EQ(kept()[0].accountName, "zoe the second");
+    EXPECT_EQ(kept()[1].credentialId, first.credentialId);
 }
 
 TEST_F(MakeCredentialTest, AnotherUserGetsAnotherPasskeyWithItsOwnKey) {
