@@ -67,8 +67,7 @@ Reply RegistrationApi::options(const Request& request) {
                      {"displayName", account.displayName}};
     reply["pubKeyCredParams"] = json::array({{{"type", "public-key"}, {"alg", -7}}});
     reply["timeout"] = timeout.count();
-    // Empty on purpose: an authenticator keeps one passkey for each account, and registering again
-    // on the same computer is how a user gets a fresh one.
+    // Empty on purpose: registering again on the same computer is how a user gets a fresh passkey.
     reply["excludeCredentials"] = json::array();
     reply["authenticatorSelection"] = {{"residentKey", "required"},
                                        {"requireResidentKey", true},

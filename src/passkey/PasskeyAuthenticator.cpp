@@ -37,6 +37,13 @@ allowedCredentials(const nlohmann::json& options) {
     return descriptors;
 }
 
+std::vector<HttpCookie> sessionTokens(std::vector<HttpCookie> cookies) {
+    std::erase_if(cookies, [](const HttpCookie& cookie) {
+        return cookie.name.find(service::sessionTokenMark) == std::string::npos;
+    });
+    return cookies;
+}
+
 const Bytes& required(const std::optional<Bytes>& part) {
     if (!part)
         invariantBroken("an assertion has authenticator data, signature and user ID");
@@ -54,8 +61,25 @@ Task<std::vector<HttpCookie>> PasskeyAuthenticator::signIn() {
     errorMessage = std::nullopt;
     nlohmann::json options = co_await fetchAssertionOptions();
     const auto credential = co_await performAssertion(std::move(options));
-    co_await completeSignIn(assertionJSON(credential));
-    co_return sessionCookies();
+    co_return co_await exchangeForSession(credential);
+}
+
+Task<std::vector<HttpCookie>>
+PasskeyAuthenticator::exchangeForSession(const platform::PlatformAssertionCredential& credential) {
+    const auto party = service::relyingPartyIdentifier();
+    const std::vector<HttpCookie> before = sessionTokens(storedCookies());
+    try {
+        co_await completeSignIn(assertionJSON(credential));
+        const std::vector<HttpCookie> cookies = sessionCookies();
+        // The token of an earlier sign-in is still in the store and proves nothing about this one.
+        if (sessionTokens(cookies) != before)
+            reportCredential(party, credential.credentialId, true);
+        co_return cookies;
+    } catch (const PasskeyError& error) {
+        if (error.kind() != PasskeyError::Case::badResponse)
+            reportCredential(party, credential.credentialId, false);
+        throw;
+    }
 }
 
 Task<nlohmann::json> PasskeyAuthenticator::fetchAssertionOptions() {
@@ -134,14 +158,15 @@ Task<void> PasskeyAuthenticator::completeSignIn(nlohmann::json assertion) {
         throw PasskeyError::signInRejected();
 }
 
+std::vector<HttpCookie> PasskeyAuthenticator::storedCookies() const {
+    const auto* storage = session->cookieStorage();
+    return storage ? storage->cookies(service::serviceBaseURL()).value_or(std::vector<HttpCookie>())
+                   : std::vector<HttpCookie>();
+}
+
 std::vector<HttpCookie> PasskeyAuthenticator::sessionCookies() const {
-    std::vector<HttpCookie> cookies;
-    if (const auto* storage = session->cookieStorage())
-        cookies = storage->cookies(service::serviceBaseURL()).value_or(std::vector<HttpCookie>());
-    const bool signedIn = std::any_of(cookies.begin(), cookies.end(), [](const HttpCookie& cookie) {
-        return cookie.name.find(service::sessionTokenMark) != std::string::npos;
-    });
-    if (!signedIn)
+    std::vector<HttpCookie> cookies = storedCookies();
+    if (sessionTokens(cookies).empty())
         throw PasskeyError::noSessionCookie();
     return cookies;
 }

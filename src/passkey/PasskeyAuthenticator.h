@@ -40,7 +40,12 @@ public:
     std::vector<platform::HttpCookie> sessionCookies() const;
 
 private:
+    /// Completes the sign-in, and tells the platform whether the service has accepted the passkey.
+    /// The credential must outlive the task.
+    Task<std::vector<platform::HttpCookie>>
+    exchangeForSession(const platform::PlatformAssertionCredential& credential);
     Task<std::string> fetchCsrfToken();
+    std::vector<platform::HttpCookie> storedCookies() const;
 
     /// Its cookies live as long as this object, so a later sign-in starts with the earlier cookies.
     std::unique_ptr<platform::HttpSession> session;

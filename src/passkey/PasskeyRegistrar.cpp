@@ -89,6 +89,9 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
     request.body = verifyBody(std::move(attestation), passwordOrCode);
     const HttpReply reply =
         co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
+    // Without an HTTP reply nobody knows what the service has done.
+    if (reply.status)
+        reportCredential(rpID, credential.credentialId, reply.status == 200);
     if (reply.status == 200) {
         message = "Passkey registered on this Mac.";
         co_return;

@@ -51,6 +51,14 @@ PlatformCeremony<Credential>::presentationAnchor(platform::AuthorizationControll
     return windows.empty() ? application.makePlainWindow() : windows.front();
 }
 
+void reportCredential(std::string_view relyingPartyIdentifier, const Bytes& credentialId,
+                      bool accepted) {
+    using Verdict = platform::CredentialReport::Verdict;
+    platform::Desktop::current().reportCredential(
+        {std::string(relyingPartyIdentifier), credentialId,
+         accepted ? Verdict::accepted : Verdict::refused});
+}
+
 template class PlatformCeremony<platform::PlatformAssertionCredential>;
 template class PlatformCeremony<platform::PlatformRegistrationCredential>;
 

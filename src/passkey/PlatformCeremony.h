@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace kelo::passkey {
 
@@ -31,6 +32,10 @@ protected:
 
     std::optional<CheckedContinuation<Credential>> continuation;
 };
+
+/// Tells the platform whether the service has accepted a passkey.
+void reportCredential(std::string_view relyingPartyIdentifier, const Bytes& credentialId,
+                      bool accepted);
 
 extern template class PlatformCeremony<platform::PlatformAssertionCredential>;
 extern template class PlatformCeremony<platform::PlatformRegistrationCredential>;

@@ -78,6 +78,19 @@ struct Authorization {
         credential;
 };
 
+/// What the service has said about a passkey after the ceremony that returned it.
+struct CredentialReport {
+    enum class Verdict {
+        /// The passkey is registered, or has signed in.
+        accepted,
+        /// The service has answered, but not with a success.
+        refused,
+    };
+    std::string relyingPartyIdentifier;
+    Bytes credentialId;
+    Verdict verdict = Verdict::refused;
+};
+
 class AuthorizationController;
 
 /// Receives the result: exactly one of the two calls, once, on the main thread.

@@ -42,6 +42,10 @@ public:
 
     virtual std::shared_ptr<AuthorizationController>
     makeAuthorizationController(std::vector<AuthorizationRequest> requests) = 0;
+    /// Tells the platform what the service has said about one of its passkeys, so that it can part
+    /// with those that a newer one replaces. Returns at once. A failure is the platform's own
+    /// affair.
+    virtual void reportCredential(CredentialReport report) = 0;
 
     virtual EventMonitors& eventMonitors() = 0;
     /// Whether the session is locked is followed from the first call on.

@@ -64,6 +64,9 @@ public:
         controllers.push_back(std::make_shared<FakeAuthorizationController>(std::move(requests)));
         return controllers.back();
     }
+    void reportCredential(platform::CredentialReport report) override {
+        credentialReports.push_back(std::move(report));
+    }
 
     FakeEventMonitors& eventMonitors() override { return monitors; }
     FakeUserSession& userSession() override {
@@ -92,6 +95,7 @@ public:
     FakeHttpSession sharedSession;
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
+    std::vector<platform::CredentialReport> credentialReports;
     FakeEventMonitors monitors;
     FakeUserSession session;
     bool isSessionFollowed = false;

@@ -1,6 +1,7 @@
 #include "linux/authorization/LocalAuthenticator.h"
 
 #include "authenticator/keys/SoftwareKeyStore.h"
+#include "base/Failure.h"
 #include "deployment/Deployment.h"
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/authorization/verification/PamVerifier.h"
@@ -14,6 +15,25 @@
 #include <utility>
 
 namespace kelo::authorization {
+
+namespace {
+
+void note(const authenticator::CredentialStore& store, const platform::CredentialReport& report) {
+    const bool accepted = report.verdict == platform::CredentialReport::Verdict::accepted;
+    try {
+        if (accepted)
+            store.noteAccepted(report.relyingPartyIdentifier, report.credentialId);
+        else
+            store.noteRefused(report.relyingPartyIdentifier, report.credentialId);
+        g_debug("passkey: the service has %s it", accepted ? "accepted" : "refused");
+    } catch (const Failure& failure) {
+        // Nothing is lost: a passkey more than needed stays in the file.
+        g_warning("passkey: cannot note that the service has %s it: %s",
+                  accepted ? "accepted" : "refused", failure.what());
+    }
+}
+
+} // namespace
 
 struct LocalAuthenticator::Storage {
     explicit Storage(authenticator::PasskeySheetFactory& sheets)
@@ -47,6 +67,12 @@ const authenticator::AuthenticatorParts& LocalAuthenticator::parts() {
 void LocalAuthenticator::begin(Cancellation ceremony) {
     if (const auto former = std::exchange(current, std::move(ceremony)))
         former->cancel();
+}
+
+void LocalAuthenticator::report(platform::CredentialReport report) {
+    // The store's own worker runs one job after another, so the next ceremony finds it noted.
+    parts().worker.perform(
+        [store = parts().credentials, report = std::move(report)] { note(store, report); });
 }
 
 std::filesystem::path passkeyFile() {

@@ -2,6 +2,7 @@
 
 #include "authenticator/AuthenticatorParts.h"
 #include "base/async/Cancellation.h"
+#include "platform/Authorization.h"
 
 #include <filesystem>
 #include <memory>
@@ -23,6 +24,9 @@ public:
     const authenticator::AuthenticatorParts& parts();
     /// Makes this ceremony the current one and cancels the one before it.
     void begin(Cancellation ceremony);
+    /// Notes the report before the next ceremony reads the passkeys. Returns at once; a failure
+    /// goes to the log.
+    void report(platform::CredentialReport report);
 
 private:
     struct Storage;

@@ -17,4 +17,8 @@ PasskeyServices::makeController(std::vector<platform::AuthorizationRequest> requ
     return std::make_shared<LinuxAuthorizationController>(*authenticator, std::move(requests));
 }
 
+void PasskeyServices::report(platform::CredentialReport report) {
+    authenticator->report(std::move(report));
+}
+
 } // namespace kelo::authorization

@@ -28,6 +28,10 @@ public:
     std::shared_ptr<platform::AuthorizationController>
     makeController(std::vector<platform::AuthorizationRequest> requests);
 
+    /// Notes in the file with the passkeys what the service has said about one of them, before the
+    /// next ceremony reads it. Returns at once; a failure goes to the log.
+    void report(platform::CredentialReport report);
+
 private:
     std::unique_ptr<LocalAuthenticator> authenticator;
 };

@@ -41,6 +41,10 @@ LinuxDesktop::makeAuthorizationController(std::vector<platform::AuthorizationReq
     return passkeys.makeController(std::move(requests));
 }
 
+void LinuxDesktop::reportCredential(platform::CredentialReport report) {
+    passkeys.report(std::move(report));
+}
+
 platform::UserSession& LinuxDesktop::userSession() {
     if (!userSession_)
         userSession_ = std::make_unique<session::LinuxUserSession>();

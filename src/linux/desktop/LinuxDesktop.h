@@ -39,6 +39,7 @@ public:
     makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) override;
     std::shared_ptr<platform::AuthorizationController>
     makeAuthorizationController(std::vector<platform::AuthorizationRequest> requests) override;
+    void reportCredential(platform::CredentialReport report) override;
     platform::EventMonitors& eventMonitors() override { return keyboard; }
     platform::UserSession& userSession() override;
     std::shared_ptr<platform::Panel> makePanel(platform::PanelDescription description) override;

@@ -103,6 +103,16 @@ protected:
         EXPECT_NE(listener.from, nullptr);
         EXPECT_EQ(listener.calls, 1);
     }
+    /// A passkey of one account, whose identifier is 32 times this byte.
+    static void savePasskey(std::uint8_t id, const std::string& accountName) {
+        authenticator::CredentialRecord record;
+        record.credentialId = Bytes(32, id);
+        record.relyingPartyIdentifier = "localhost";
+        record.userId = bytesOf("user-1");
+        record.accountName = accountName;
+        record.wrappedPrivateKey = bytesOf("wrapped");
+        authenticator::CredentialStore(authorization::passkeyFile()).save(record);
+    }
     bool waitForSheets(std::size_t count) {
         return ScopedMainLoop::runUntil([&] { return person.requests.size() >= count; });
     }
@@ -176,13 +186,7 @@ TEST_F(AuthorizationControllerTest, ThePasskeysAreInTheUsersDataFolder) {
 }
 
 TEST_F(AuthorizationControllerTest, OffersThePasskeysOnDisk) {
-    authenticator::CredentialRecord record;
-    record.credentialId = Bytes(32, 1);
-    record.relyingPartyIdentifier = "localhost";
-    record.userId = bytesOf("user-1");
-    record.accountName = "zoe";
-    record.wrappedPrivateKey = bytesOf("wrapped");
-    authenticator::CredentialStore(authorization::passkeyFile()).save(record);
+    savePasskey(1, "zoe");
     person.choice = std::nullopt;
     const auto listener = perform({assertion()});
     expectError(*listener, FailureKind::cancelled);
