@@ -14,6 +14,8 @@ struct HttpReply {
     Bytes body;
     /// Empty when the reply did not come over HTTP.
     std::optional<int> status;
+    /// Whether a redirect on the way led to another origin, even if a later one led back.
+    bool changedOrigin = false;
 };
 
 /// The cookies of a session.

@@ -37,10 +37,12 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
                         std::shared_ptr<const TrustedAuthority> authority, UrlRequest request) {
     const Deadline deadline(request.timeout);
     const Url firstUrl = request.url;
+    bool changedOrigin = false;
     for (int hop = 0; hop <= redirectLimit; ++hop) {
         const auto response = co_await sendRequest(session, authority, request, firstUrl, deadline);
         HttpReply reply;
         reply.status = response->status();
+        reply.changedOrigin = changedOrigin;
         g_debug("http: %s %s: %d", request.method.c_str(),
                 loggedAddress(request.url.absoluteString().c_str()).c_str(), response->status());
         // The body of a redirect is read as well, so that its connection can be used again.
@@ -49,6 +51,7 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
             redirected(request, response->status(), response->location());
         if (!next)
             co_return reply;
+        changedOrigin = changedOrigin || !next->url.hasSameOrigin(firstUrl);
         request = std::move(*next);
     }
     throw tooManyRedirects(firstUrl);

@@ -61,9 +61,28 @@ TEST_F(Redirect, WayBackFromAnotherOriginDoesNotBringThemBack) {
     expectNoSecret(first->requests().back());
 }
 
+TEST_F(Redirect, AReplySaysWhetherTheWayLedToAnotherOrigin) {
+    std::string back;
+    const auto other = server(MisbehavingServer::answering([&back](const WireRequest& request) {
+        if (request.target == "/there")
+            return httpReply("elsewhere");
+        return httpReply("", "Location: " + back + "\r\n", "302 Found");
+    }));
+    const auto there = server(sendingOn("302 Found", other->origin() + "/there"));
+    EXPECT_TRUE(fetch({there->url("/start")}).changedOrigin);
+    const auto thereAndBack = server(sendingOn("302 Found", other->origin() + "/back"));
+    back = thereAndBack->origin() + "/end";
+    const auto reply = fetch({thereAndBack->url("/start")});
+    EXPECT_EQ(textOf(reply.body), "end");
+    EXPECT_TRUE(reply.changedOrigin);
+    EXPECT_FALSE(fetch({there->url("/end")}).changedOrigin);
+}
+
 TEST_F(Redirect, WithinTheOriginHeadersGoAlong) {
     const auto peer = server(sendingOn("307 Temporary Redirect", "/end"));
-    EXPECT_EQ(textOf(fetch(registration(peer->url("/start"))).body), "end");
+    const platform::HttpReply reply = fetch(registration(peer->url("/start")));
+    EXPECT_EQ(textOf(reply.body), "end");
+    EXPECT_FALSE(reply.changedOrigin);
     const WireRequest seen = peer->requests().at(1);
     EXPECT_EQ(seen.method, "POST");
     EXPECT_EQ(seen.header("cookie"), "session-token=secret");
