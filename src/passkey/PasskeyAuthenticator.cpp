@@ -85,7 +85,7 @@ PasskeyAuthenticator::exchangeForSession(const platform::PlatformAssertionCreden
 Task<nlohmann::json> PasskeyAuthenticator::fetchAssertionOptions() {
     const HttpReply reply = co_await session->data(
         service::endpointRequest(service::endpoint::assertionOptions, "POST"));
-    if (reply.status != 200)
+    if (!service::isServiceSuccess(reply))
         throw PasskeyError::optionsFailed();
     nlohmann::json options = service::parseJson(reply.body);
     if (!options.is_object())

@@ -89,14 +89,16 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
     request.body = verifyBody(std::move(attestation), passwordOrCode);
     const HttpReply reply =
         co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
+    const bool accepted = service::isServiceSuccess(reply);
     // Without an HTTP reply nobody knows what the service has done.
     if (reply.status)
-        reportCredential(rpID, credential.credentialId, reply.status == 200);
-    if (reply.status == 200) {
+        reportCredential(rpID, credential.credentialId, accepted);
+    if (accepted) {
         message = "Passkey registered on this Mac.";
         co_return;
     }
-    const auto body = service::parsedJson(reply.body);
+    // The words of another origin are not shown as the service's.
+    const auto body = reply.changedOrigin ? std::nullopt : service::parsedJson(reply.body);
     const auto reason = body ? service::stringMember(*body, "reason") : std::nullopt;
     throw PasskeyError::badResponse("Registration failed: " + reason.value_or("server rejected") +
                                     ".");
@@ -128,7 +130,7 @@ Task<nlohmann::json> PasskeyRegistrar::fetchCreationOptions(std::string cookieHe
     request.headers.emplace_back("x-csrf-token", token);
     const HttpReply reply =
         co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
-    if (reply.status != 200)
+    if (!service::isServiceSuccess(reply))
         throw PasskeyError::badResponse("Could not start passkey registration.");
     nlohmann::json options = service::parseJson(reply.body);
     if (!options.is_object())

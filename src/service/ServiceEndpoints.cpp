@@ -40,4 +40,8 @@ platform::UrlRequest endpointRequest(std::string_view path, std::string_view met
     return request;
 }
 
+bool isServiceSuccess(const platform::HttpReply& reply) {
+    return reply.status == 200 && !reply.changedOrigin;
+}
+
 } // namespace kelo::service

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Url.h"
+#include "platform/HttpSession.h"
 #include "platform/UrlRequest.h"
 
 #include <string_view>
@@ -33,6 +34,10 @@ Url endpointURL(std::string_view path);
 /// A request to an endpoint with a timeout of 60 seconds, the protocol's cache policy, and no
 /// headers or body yet.
 platform::UrlRequest endpointRequest(std::string_view path, std::string_view method);
+
+/// Whether this is a reply with status 200 that the service itself gave. A page of another origin
+/// can be no answer: it would decide for which account a passkey is made.
+bool isServiceSuccess(const platform::HttpReply& reply);
 
 /// The text in a cookie list that marks a signed-in session.
 inline constexpr std::string_view sessionTokenMark = "session-token";

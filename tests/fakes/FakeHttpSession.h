@@ -27,6 +27,10 @@ public:
                std::vector<platform::HttpCookie> cookies = {}) {
         answers.emplace_back(Reply{platform::HttpReply{bytesOf(body), status}, std::move(cookies)});
     }
+    /// As reply(), after a redirect to another origin.
+    void replyFromElsewhere(int status, std::string body) {
+        answers.emplace_back(Reply{platform::HttpReply{bytesOf(body), status, true}, {}});
+    }
     void fail(std::exception_ptr error) { answers.emplace_back(std::move(error)); }
     /// The next request without an answer stays open until the continuation is resumed.
     void holdNext() { answers.emplace_back(Hold{}); }

@@ -110,6 +110,13 @@ TEST_F(RegistrationReport, AnyOtherStatusMeansRefused) {
     }
 }
 
+TEST_F(RegistrationReport, ASuccessOfAnotherOriginIsNone) {
+    startUpToSheet();
+    session.replyFromElsewhere(200, "{}");
+    confirm();
+    expectReport(Verdict::refused);
+}
+
 TEST_F(RegistrationReport, WithoutAReplyOfTheServiceNothingIsSaid) {
     registerWithVerify(std::nullopt, "{}");
     startUpToSheet();

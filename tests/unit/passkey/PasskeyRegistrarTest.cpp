@@ -290,6 +290,22 @@ TEST_F(PasskeyRegistrarTest, Only200IsASuccess) {
     EXPECT_EQ(registrar->message.get(), std::nullopt);
 }
 
+TEST_F(PasskeyRegistrarTest, OptionsOfAnotherOriginMakeNoPasskey) {
+    session.reply(200, R"({"token":"csrf"})");
+    session.replyFromElsewhere(200, usualOptions);
+    expectFailure(*start(signedIn), "Could not start passkey registration.");
+    EXPECT_TRUE(desktop.controllers.empty());
+}
+
+TEST_F(PasskeyRegistrarTest, VerificationByAnotherOriginIsNoSuccessAndItsWordsAreNotShown) {
+    for (const int status : {200, 400}) {
+        const auto flow = startUpToSheet();
+        session.replyFromElsewhere(status, R"({"reason":"Call this number"})");
+        confirm();
+        expectFailure(*flow, "Registration failed: server rejected.");
+    }
+}
+
 TEST_F(PasskeyRegistrarTest, TransportFailureOfAnyRequestPassesThrough) {
     const auto failure =
         std::make_exception_ptr(Failure(FailureKind::timedOut, "localhost did not answer."));

@@ -42,6 +42,13 @@ TEST_F(SignInFailureTest, OptionsStatusOtherThan200FailsOptions) {
     expectIdle();
 }
 
+TEST_F(SignInFailureTest, OptionsOfAnotherOriginFailOptions) {
+    session.replyFromElsewhere(200, R"({"challenge":"AAEC"})");
+    expectFailure(*startSignIn(), passkey::PasskeyError::optionsFailed());
+    EXPECT_TRUE(desktop.controllers.empty());
+    expectIdle();
+}
+
 TEST_F(SignInFailureTest, OptionsBodyThatIsNotJsonPassesTheParserErrorThrough) {
     const auto flow = startWithOptions("<html>");
     const auto* error = flow->errorAs<Failure>();

@@ -45,5 +45,16 @@ TEST(ServiceEndpoints, RequestsHaveSixtySecondsAndNothingElseSet) {
     EXPECT_FALSE(request.body);
 }
 
+TEST(ServiceEndpoints, OnlyStatus200OfTheServiceItselfIsItsSuccess) {
+    const auto succeeds = [](std::optional<int> status, bool changedOrigin) {
+        return service::isServiceSuccess({Bytes(), status, changedOrigin});
+    };
+    EXPECT_TRUE(succeeds(200, false));
+    EXPECT_FALSE(succeeds(200, true));
+    EXPECT_FALSE(succeeds(201, false));
+    EXPECT_FALSE(succeeds(302, false));
+    EXPECT_FALSE(succeeds(std::nullopt, false));
+}
+
 } // namespace
 } // namespace kelo
