@@ -118,6 +118,17 @@ TEST_F(CredentialStoreAccount, OfTheOthersTheRefusedOnesGoFirst) {
     EXPECT_EQ(kept(), " newest newer new lost 2");
 }
 
+TEST_F(CredentialStoreAccount, TheBoundIsForEachAccountAlone) {
+    authenticator::CredentialRecord elsewhere = record("elsewhere", "user");
+    elsewhere.relyingPartyIdentifier = "example.org";
+    store.save(elsewhere);
+    store.save(record("other", "somebody"));
+    for (int n = 0; n < 5; ++n)
+        save(std::to_string(n));
+    EXPECT_EQ(kept(), " 4 3 2 1 other");
+    EXPECT_EQ(store.find("example.org"), std::vector{elsewhere});
+}
+
 TEST_F(CredentialStoreAccount, AcceptedStaysAcceptedAfterARefusal) {
     save("good");
     accept("good");
