@@ -19,19 +19,27 @@ Task<std::size_t> AuthorizationGesture::confirm(ConsentRequest request) {
     co_return *chosen;
 }
 
-Task<void> AuthorizationGesture::verify() {
+Task<bool> AuthorizationGesture::verify(VerificationNeed need) {
     const VerificationOutcome outcome = co_await parts.verifier.verify(*sheet);
     switch (outcome) {
     case VerificationOutcome::verified:
-        co_return;
+        co_return true;
     case VerificationOutcome::cancelled:
         throw requestCancelled();
     case VerificationOutcome::unavailable:
+        if (need == VerificationNeed::preferred)
+            co_return false;
         throw Failure(FailureKind::notAllowed,
                       "This computer has no way to check that it is you, so the passkey was not "
-                      "used. Make sure that Kelo is installed completely and that your account has "
-                      "a password.",
+                      "used. Make sure that Kelo is installed completely, with its PAM service "
+                      "\"kelo\".",
                       "user verification is unavailable");
+    case VerificationOutcome::undecided:
+        throw Failure(FailureKind::notAllowed,
+                      "The system's check that it is you did not work, so the passkey was not "
+                      "used. Please try again. If that does not help, see whether you can still "
+                      "unlock your screen.",
+                      "user verification could not decide");
     case VerificationOutcome::failed:
         break;
     }

@@ -9,6 +9,12 @@
 
 namespace kelo::authenticator {
 
+/// What becomes of a ceremony on a computer that has no means to verify its user.
+enum class VerificationNeed {
+    required,  ///< it fails
+    preferred, ///< it goes on, and does not claim that the user was verified
+};
+
 /// The user's part of a ceremony (WebAuthn, "authorization gesture"): consent and user
 /// verification, on one passkey sheet. The destructor closes the sheet. If the user refuses or
 /// fails, the tasks throw a Failure of kind cancelled or notAllowed.
@@ -23,8 +29,11 @@ public:
     /// Opens the sheet and asks for consent. Returns the index of the chosen account.
     Task<std::size_t> confirm(ConsentRequest request);
 
-    /// Verifies the user on the open sheet. Call it after confirm().
-    Task<void> verify();
+    /// Verifies the user on the open sheet. Call it after confirm(). Returns true if the user was
+    /// verified; false only if this computer has no means to and the need is "preferred". A
+    /// verification that does not succeed throws in either case, so that nobody gets past it by
+    /// making it fail.
+    Task<bool> verify(VerificationNeed need);
 
     /// The result of the task. Throws requestCancelled() if the user cancels on the open sheet
     /// before the task ends. Call it after confirm().

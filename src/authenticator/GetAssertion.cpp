@@ -12,10 +12,11 @@ namespace kelo::authenticator {
 
 namespace {
 
-/// Only "discouraged" skips the verification. An unknown or missing preference asks for it, because
-/// the standard lets an authenticator verify more than requested, but never less.
-bool asksForVerification(const platform::PlatformAssertionRequest& request) {
-    return request.userVerificationPreference != "discouraged";
+/// WebAuthn lets an authenticator verify more than it is asked to, so the user is verified also for
+/// "discouraged". An unknown or missing preference counts as "preferred", as WebAuthn has it.
+VerificationNeed needOf(const platform::PlatformAssertionRequest& request) {
+    return request.userVerificationPreference == "required" ? VerificationNeed::required
+                                                            : VerificationNeed::preferred;
 }
 
 bool allows(const platform::PlatformAssertionRequest& request, const CredentialRecord& record) {
@@ -80,14 +81,12 @@ Task<platform::PlatformAssertionCredential> GetAssertion::run() {
     for (const CredentialRecord& record : records)
         question.accountNames.push_back(record.accountName);
     const std::size_t chosen = co_await gesture.confirm(std::move(question));
-    const bool verifies = asksForVerification(request);
-    if (verifies)
-        co_await gesture.verify();
+    const bool verified = co_await gesture.verify(needOf(request));
     CredentialRecord& record = records[chosen];
 
     webauthn::AuthenticatorData data;
     data.relyingPartyHash = sha256(record.relyingPartyIdentifier);
-    data.flags = webauthn::flag::userPresent | (verifies ? webauthn::flag::userVerified : 0);
+    data.flags = webauthn::flag::userPresent | (verified ? webauthn::flag::userVerified : 0);
 
     webauthn::ClientData clientData;
     clientData.type = "webauthn.get";

@@ -18,8 +18,10 @@ public:
     /// Runs the ceremony. Call it once; this object must outlive the task. Refuses a relying party
     /// without an association and reports a missing passkey before it shows anything. Of several
     /// allowed passkeys of one account it uses the newest that the service has refused the least.
-    /// Then the user chooses an account and consents, and is verified unless the service
-    /// discouraged it. Then the passkey signs. Throws a Failure.
+    /// Then the user chooses an account and consents, and is verified, whatever the service
+    /// prefers. Only on a computer without any means to verify a user, and only if the service does
+    /// not require it, the consent is enough; the signed data then says so. Then the passkey signs.
+    /// Throws a Failure.
     Task<platform::PlatformAssertionCredential> run();
 
 private:

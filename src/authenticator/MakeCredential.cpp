@@ -49,7 +49,8 @@ Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
     question.relyingPartyIdentifier = request.relyingPartyIdentifier;
     question.accountNames.push_back(request.name);
     co_await gesture.confirm(std::move(question));
-    co_await gesture.verify();
+    // The service's wish is not known here, so it may be "required".
+    co_await gesture.verify(VerificationNeed::required);
 
     CreatedKey key = co_await gesture.unlessCancelled(parts.keys.create());
 

@@ -9,7 +9,8 @@ enum class VerificationOutcome {
     verified,
     failed,      ///< wrong answers, or the verifier crashed or broke its protocol
     cancelled,   ///< the user cancelled
-    unavailable, ///< this computer cannot verify the user
+    undecided,   ///< the check itself did not work, for instance because a server does not answer
+    unavailable, ///< this computer has no means to verify anybody
 };
 
 /// Verifies that the person at the computer is the user of this account.

@@ -150,9 +150,8 @@ void CredentialStore::save(const CredentialRecord& record) const {
 void CredentialStore::noteAccepted(std::string_view relyingPartyIdentifier,
                                    ByteView credentialId) const {
     note(relyingPartyIdentifier, credentialId,
-         {// The condition spares the disk a write at each sign-in.
-          "UPDATE passkey SET accepted = 1, refusals = 0 WHERE relying_party = ?1"
-          " AND credential_id = ?2 AND (accepted = 0 OR refusals > 0)",
+         {"UPDATE passkey SET accepted = 1, refusals = 0 WHERE relying_party = ?1"
+          " AND credential_id = ?2",
           "DELETE FROM passkey WHERE relying_party = ?1 AND EXISTS (SELECT 1 FROM passkey AS newer"
           " WHERE newer.credential_id = ?2 AND newer.relying_party = passkey.relying_party"
           " AND newer.user_id = passkey.user_id AND newer.number > passkey.number)"});

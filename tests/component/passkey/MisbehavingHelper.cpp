@@ -73,6 +73,11 @@ const std::map<std::string, std::function<void()>> behaviours = {
          say(authorization::MessageType::result,
              authorization::encodeResult(authorization::HelperResult::unavailable, nonce()));
      }},
+    {"undecided",
+     [] {
+         say(authorization::MessageType::result,
+             authorization::encodeResult(authorization::HelperResult::undecided, nonce()));
+     }},
     {"says nothing", [] {}},
     {"fails", [] { ::_exit(EXIT_FAILURE); }},
     {"dies", [] { ::raise(SIGKILL); }},
@@ -118,7 +123,7 @@ const std::map<std::string, std::function<void()>> behaviours = {
     {"unknown result",
      [] {
          const authorization::RunNonce once = nonce();
-         say(authorization::MessageType::result, "!" + std::string(once.begin(), once.end()));
+         say(authorization::MessageType::result, "*" + std::string(once.begin(), once.end()));
      }},
     {"garbage", [] { write(std::vector<char>(10000, '\x07')); }},
     {"garbage, then hangs",

@@ -32,6 +32,7 @@ class BrokenTalk : public MisbehavingHelper, public testing::WithParamInterface<
 
 TEST_F(MisbehavingHelper, AResultWithoutQuestionsCountsForItsOwnRun) {
     EXPECT_EQ(outcomeOfHelperThat("verified"), Outcome::verified);
+    EXPECT_EQ(outcomeOfHelperThat("undecided"), Outcome::undecided);
     EXPECT_EQ(outcomeOfHelperThat("unavailable"), Outcome::unavailable);
 }
 
@@ -114,6 +115,14 @@ TEST_F(MisbehavingHelper, OneThatIsNotThereIsUnavailable) {
     std::ofstream(folder.path() / "no-program") << "text";
     authorization::PamVerifier noProgram(folder.path() / "no-program");
     EXPECT_EQ(verify(noProgram), Outcome::unavailable);
+}
+
+TEST_F(MisbehavingHelper, OneThatIsThereAndDoesNotStartLeavesItUndecided) {
+    const std::filesystem::path program = folder.path() / "does-not-start";
+    std::ofstream(program) << "#!/no/such/interpreter\n";
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    authorization::PamVerifier verifier(program);
+    EXPECT_EQ(verify(verifier), Outcome::undecided);
 }
 
 } // namespace kelo

@@ -142,14 +142,14 @@ TEST_F(PamVerifierTest, TooManyTriesForTheModuleAreEnough) {
     EXPECT_THAT(person.words, IsEmpty());
 }
 
-TEST_F(PamVerifierTest, AModuleThatCannotSayIsUnavailable) {
+TEST_F(PamVerifierTest, AModuleThatCannotSayLeavesItUndecided) {
     for (const int result : {PAM_AUTHINFO_UNAVAIL, PAM_SYSTEM_ERR, PAM_ABORT}) {
         authenticatesWith("none result=" + std::to_string(result));
-        EXPECT_EQ(verify(verifier), Outcome::unavailable) << result;
+        EXPECT_EQ(verify(verifier), Outcome::undecided) << result;
     }
     service("auth required pam_permit.so\naccount required " +
             habit("none result=" + std::to_string(PAM_SYSTEM_ERR)));
-    EXPECT_EQ(verify(verifier), Outcome::unavailable);
+    EXPECT_EQ(verify(verifier), Outcome::undecided);
 }
 
 TEST_F(PamVerifierTest, AnEmptyPasswordOfTheAccountIsNeverEnough) {
@@ -192,9 +192,9 @@ TEST_F(PamVerifierTest, AModuleFindsNothingOnStandardInput) {
     EXPECT_THAT(person.words, ElementsAre("i standard input is empty"));
 }
 
-TEST_F(PamVerifierTest, AModuleThatIsNotThereIsUnavailable) {
+TEST_F(PamVerifierTest, AModuleThatIsNotThereLeavesItUndecided) {
     service("auth required /no/such/module.so\naccount required pam_permit.so\n");
-    EXPECT_EQ(verify(verifier), Outcome::unavailable);
+    EXPECT_EQ(verify(verifier), Outcome::undecided);
     EXPECT_THAT(person.words, IsEmpty());
 }
 

@@ -59,6 +59,13 @@ protected:
         return scope.credentials.find("localhost");
     }
 
+    static constexpr const char* nothingCanVerify =
+        "This computer has no way to check that it is you, so the passkey was not used. Make sure "
+        "that Kelo is installed completely, with its PAM service \"kelo\".";
+    static constexpr const char* verificationDoesNotWork =
+        "The system's check that it is you did not work, so the passkey was not used. Please try "
+        "again. If that does not help, see whether you can still unlock your screen.";
+
     // The ceremonies outlive the tasks that the scope drops.
     std::vector<std::unique_ptr<authenticator::MakeCredential>> makers;
     std::vector<std::unique_ptr<authenticator::GetAssertion>> getters;

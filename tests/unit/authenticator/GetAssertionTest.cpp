@@ -25,6 +25,9 @@ descriptor(const platform::PlatformRegistrationCredential& credential) {
 
 class GetAssertionTest : public CeremonyTest {
 protected:
+    const std::vector<std::optional<std::string>> everyPreference = {
+        std::nullopt, "required", "preferred", "discouraged", "", "Required", "something new"};
+
     std::uint8_t flagsFor(std::optional<std::string> preference) {
         auto request = assertion();
         request.userVerificationPreference = std::move(preference);
@@ -80,24 +83,58 @@ TEST_F(GetAssertionTest, AsksThenVerifiesThenSignsThenCloses) {
     EXPECT_THAT(scope.person.requests[0].accountNames, ElementsAre("zoe"));
 }
 
-TEST_F(GetAssertionTest, VerifiesForEveryPreferenceButDiscouraged) {
+TEST_F(GetAssertionTest, VerifiesWhateverTheServicePrefers) {
     registered("zoe", "user-1");
-    EXPECT_EQ(flagsFor(std::nullopt), 0x05);
-    for (const char* preference : {"required", "preferred", "", "Discouraged", "something new"})
-        EXPECT_EQ(flagsFor(preference), 0x05) << preference;
+    for (const auto& preference : everyPreference) {
+        scope.person.events.clear();
+        EXPECT_EQ(flagsFor(preference), 0x05) << preference.value_or("none");
+        EXPECT_THAT(scope.person.events,
+                    ElementsAre("sheet", "confirm", "verify", "sign", "closed"));
+    }
 }
 
-TEST_F(GetAssertionTest, DiscouragedNeedsTheConfirmationOnlyAndClaimsNoMore) {
+TEST_F(GetAssertionTest, WhereNothingCanVerifyAPreferenceSignsAndClaimsNoMore) {
     const auto credential = registered("zoe", "user-1");
     scope.verifier.outcome = VerificationOutcome::unavailable;
-    EXPECT_EQ(flagsFor("discouraged"), 0x01);
-    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "sign", "closed"));
-    auto request = assertion();
-    request.userVerificationPreference = "discouraged";
-    const auto ended = signIn(request);
+    for (const auto& preference : everyPreference) {
+        if (preference == "required")
+            continue;
+        EXPECT_EQ(flagsFor(preference), 0x01) << preference.value_or("none");
+    }
+    const auto ended = signIn(assertion());
     const auto registration = verifyRegistration(credential, "localhost");
     EXPECT_TRUE(verifyAssertion(*ended->value, registration->publicKey, "localhost", false));
     EXPECT_FALSE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
+}
+
+TEST_F(GetAssertionTest, WhereNothingCanVerifyARequirementSignsNothing) {
+    registered("zoe", "user-1");
+    scope.verifier.outcome = VerificationOutcome::unavailable;
+    auto request = assertion();
+    request.userVerificationPreference = "required";
+    expectError(*signIn(request), FailureKind::notAllowed, nothingCanVerify);
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
+}
+
+TEST_F(GetAssertionTest, NoPreferenceExcusesAVerificationThatDoesNotSucceed) {
+    registered("zoe", "user-1");
+    using Outcome = VerificationOutcome;
+    for (const Outcome outcome : {Outcome::failed, Outcome::undecided, Outcome::cancelled}) {
+        scope.verifier.outcome = outcome;
+        for (const auto& preference : everyPreference) {
+            scope.person.events.clear();
+            auto request = assertion();
+            request.userVerificationPreference = preference;
+            EXPECT_TRUE(signIn(request)->error) << preference.value_or("none");
+            EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
+        }
+    }
+}
+
+TEST_F(GetAssertionTest, SaysThatTheVerificationDidNotWork) {
+    registered("zoe", "user-1");
+    scope.verifier.outcome = VerificationOutcome::undecided;
+    expectError(*signIn(assertion()), FailureKind::notAllowed, verificationDoesNotWork);
 }
 
 TEST_F(GetAssertionTest, RefusesAnotherRelyingPartyBeforeThePersonSeesAnything) {

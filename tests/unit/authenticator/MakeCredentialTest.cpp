@@ -121,12 +121,17 @@ TEST_F(MakeCredentialTest, MakesNoKeyForAPersonItCouldNotVerify) {
     EXPECT_THAT(kept(), IsEmpty());
 }
 
-TEST_F(MakeCredentialTest, SaysWhenNothingCanVerifyThePerson) {
+TEST_F(MakeCredentialTest, WhereNothingCanVerifyThePersonNoPasskeyIsMade) {
     scope.verifier.outcome = VerificationOutcome::unavailable;
-    expectError(
-        *doRegister(registration()), FailureKind::notAllowed,
-        "This computer has no way to check that it is you, so the passkey was not used. Make "
-        "sure that Kelo is installed completely and that your account has a password.");
+    expectError(*doRegister(registration()), FailureKind::notAllowed, nothingCanVerify);
+    EXPECT_THAT(scope.person.events, ElementsAre("sheet", "confirm", "verify", "closed"));
+    EXPECT_THAT(kept(), IsEmpty());
+}
+
+TEST_F(MakeCredentialTest, AVerificationThatDoesNotWorkMakesNoPasskey) {
+    scope.verifier.outcome = VerificationOutcome::undecided;
+    expectError(*doRegister(registration()), FailureKind::notAllowed, verificationDoesNotWork);
+    EXPECT_THAT(kept(), IsEmpty());
 }
 
 TEST_F(MakeCredentialTest, PassesTheKeyStoresReasonOnAndKeepsNothing) {

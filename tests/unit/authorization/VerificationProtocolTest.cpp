@@ -134,13 +134,13 @@ TEST(VerificationProtocol, AResultCountsOnlyWithTheNonceOfItsRun) {
     other.back() = 'n';
     for (const auto result :
          {authorization::HelperResult::verified, authorization::HelperResult::failed,
-          authorization::HelperResult::unavailable}) {
+          authorization::HelperResult::undecided, authorization::HelperResult::unavailable}) {
         EXPECT_EQ(authorization::decodeResult(authorization::encodeResult(result, nonce), nonce),
                   result);
         EXPECT_EQ(authorization::decodeResult(authorization::encodeResult(result, other), nonce),
                   std::nullopt);
     }
-    EXPECT_EQ(authorization::decodeResult("!" + std::string(16, 'm'), nonce), std::nullopt);
+    EXPECT_EQ(authorization::decodeResult("*" + std::string(16, 'm'), nonce), std::nullopt);
     EXPECT_EQ(authorization::decodeResult("", nonce), std::nullopt);
     EXPECT_EQ(authorization::decodeResult("+", nonce), std::nullopt);
 }

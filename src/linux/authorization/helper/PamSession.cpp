@@ -29,7 +29,7 @@ TryOutcome outcomeOf(int result) {
     case PAM_NEW_AUTHTOK_REQD:
         return TryOutcome::refused;
     default:
-        return TryOutcome::unavailable;
+        return TryOutcome::undecided;
     }
 }
 
@@ -52,7 +52,7 @@ TryOutcome PamSession::run() {
     const pam_conv conversation{&PamSession::converse, this};
     lastResult = pam_start(serviceName, user.c_str(), &conversation, &handle);
     if (lastResult != PAM_SUCCESS)
-        return TryOutcome::unavailable;
+        return TryOutcome::undecided;
     // Without a password, a successful log-in proves nothing about the person.
     lastResult = pam_authenticate(handle, PAM_DISALLOW_NULL_AUTHTOK);
     if (lastResult != PAM_SUCCESS)

@@ -11,9 +11,9 @@ namespace kelo::authorization {
 /// The result of one try.
 enum class TryOutcome {
     verified,
-    wrong,       ///< another try may succeed
-    refused,     ///< no further try can succeed: an expired account, too many tries
-    unavailable, ///< the modules could not decide
+    wrong,     ///< another try may succeed
+    refused,   ///< no further try can succeed: an expired account, too many tries
+    undecided, ///< PAM or one of its modules could not decide
 };
 
 /// One try to authenticate a user with PAM. PAM's messages and questions go through the channel,

@@ -41,16 +41,17 @@ std::string currentUser() {
 
 HelperResult verify(Channel& channel) {
     const std::string user = currentUser();
+    // A directory server that does not answer has the same effect as a user without an entry.
     if (user.empty())
-        return HelperResult::unavailable;
+        return HelperResult::undecided;
     for (int left = tries; left > 0; --left) {
         switch (PamSession(channel, user).run()) {
         case TryOutcome::verified:
             return HelperResult::verified;
         case TryOutcome::refused:
             return HelperResult::failed;
-        case TryOutcome::unavailable:
-            return HelperResult::unavailable;
+        case TryOutcome::undecided:
+            return HelperResult::undecided;
         case TryOutcome::wrong:
             break;
         }

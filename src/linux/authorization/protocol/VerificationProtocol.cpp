@@ -135,6 +135,7 @@ std::optional<HelperResult> decodeResult(std::string_view payload, const RunNonc
     switch (result) {
     case HelperResult::verified:
     case HelperResult::failed:
+    case HelperResult::undecided:
     case HelperResult::unavailable:
         return result;
     }

@@ -42,7 +42,8 @@ enum class MessageType : std::uint8_t {
 enum class HelperResult : std::uint8_t {
     verified = '+',
     failed = '-',
-    unavailable = '?',
+    undecided = '!',   ///< the check itself did not work
+    unavailable = '?', ///< there is no PAM service for the check
 };
 
 struct Message {

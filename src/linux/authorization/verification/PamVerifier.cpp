@@ -4,6 +4,8 @@
 #include "base/async/Cancellation.h"
 #include "linux/authorization/verification/HelperProcess.h"
 
+#include <unistd.h>
+
 #include <utility>
 
 namespace kelo::authorization {
@@ -24,6 +26,8 @@ VerificationOutcome outcomeOf(HelperResult result) {
     switch (result) {
     case HelperResult::verified:
         return VerificationOutcome::verified;
+    case HelperResult::undecided:
+        return VerificationOutcome::undecided;
     case HelperResult::unavailable:
         return VerificationOutcome::unavailable;
     case HelperResult::failed:
@@ -122,8 +126,12 @@ PamVerifier::PamVerifier(std::filesystem::path helper, std::vector<std::string> 
 
 Task<VerificationOutcome> PamVerifier::verify(VerificationConversation& conversation) {
     std::unique_ptr<HelperProcess> process = HelperProcess::start(helper, extraEnvironment);
-    if (!process)
-        co_return VerificationOutcome::unavailable;
+    if (!process) {
+        // A helper that is there and does not start, for instance for want of memory, is no reason
+        // to do without it.
+        const bool isThere = ::access(helper.c_str(), X_OK) == 0;
+        co_return isThere ? VerificationOutcome::undecided : VerificationOutcome::unavailable;
+    }
     const Cancellation cancellation;
     conversation.onCancel([cancellation] { cancellation.cancel(); });
     const std::optional<VerificationOutcome> outcome =
