@@ -1,7 +1,6 @@
 #include "testing/rig/KeloProcess.h"
 
 #include <cstdlib>
-#include <fstream>
 
 namespace kelo::rig {
 
@@ -9,25 +8,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where the kernel gave us no mount namespace, PAM finds the service "kelo" only through
-/// libpam_wrapper. That must be loaded into the helper that verifies the user and into nothing else
-/// (a sandboxed web process does not survive it). Kelo takes the helper that lies next to it, so it
-/// runs from a folder of links in which a script stands in the helper's place.
+/// Where the kernel gave us no mount namespace, PAM's own folder is the machine's. The helper then
+/// takes the service "kelo" that lies beside it, so Kelo runs from a folder of copies.
 fs::path programToRun(const fs::path& build, const fs::path& data) {
-    const char* wrapper = std::getenv("KELO_PRIVATE_DESKTOP_PAM_WRAPPER");
-    if (!wrapper)
+    const char* services = std::getenv("KELO_PRIVATE_DESKTOP_PAM_SERVICES");
+    if (!services)
         return build / "kelo";
     const fs::path folder = data / "programs";
     if (fs::exists(folder))
         return folder / "kelo";
-    fs::create_directories(folder);
+    fs::create_directories(folder / "pam.d");
     fs::copy_file(build / "kelo", folder / "kelo");
-    const fs::path helper = folder / "kelo-verify-user";
-    std::ofstream(helper) << "#!/bin/sh\n"
-                          << "LD_PRELOAD=libpam_wrapper.so PAM_WRAPPER=1 PAM_WRAPPER_SERVICE_DIR='"
-                          << wrapper << "' exec '" << (build / "kelo-verify-user").string()
-                          << "' \"$@\"\n";
-    fs::permissions(helper, fs::perms::owner_all);
+    fs::copy_file(build / "kelo-verify-user", folder / "kelo-verify-user");
+    fs::copy_file(fs::path(services) / "kelo", folder / "pam.d" / "kelo");
     return folder / "kelo";
 }
 

@@ -49,6 +49,7 @@ TEST(DebianPackage, HoldsEverythingInItsPlace) {
         EXPECT_THAT(listed.output, HasSubstr(path));
     EXPECT_THAT(listed.output, Not(HasSubstr(updater::treeListPath)));
     EXPECT_THAT(listed.output, Not(HasSubstr("rws")));
+    EXPECT_THAT(listed.output, Not(HasSubstr("libexec/kelo/pam.d"))) << "the one in /etc decides";
 }
 
 TEST(DebianPackage, DependsAlsoOnWhatNoLinkShows) {
@@ -78,6 +79,11 @@ TEST(Tree, ListsExactlyItsFiles) {
     for (const auto& [path, content] : contentsOf(tree))
         list += path + "\n";
     EXPECT_EQ(readFile(tree / updater::treeListPath), list);
+}
+
+TEST(Tree, BringsThePamServiceThatItsHelperLooksFor) {
+    EXPECT_THAT(readFile(Packages::ofThisBuild().tree() / "libexec/kelo/pam.d/kelo"),
+                HasSubstr("@include /etc/pam.d/common-auth"));
 }
 
 TEST(Tree, IsTheUsersToReplaceWhereverItWasUnpackedInTheirHome) {

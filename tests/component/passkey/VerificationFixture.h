@@ -32,13 +32,10 @@ protected:
         ::mkfifo(fifo.c_str(), 0600);
     }
 
-    /// What a helper built with a sanitizer needs: a library is preloaded before the sanitizer's,
-    /// the process cannot be traced for leaks, and pam_wrapper must not bind libpam deeply (its
-    /// switch for that carries the name of a sister library).
+    /// What a helper built with a sanitizer needs: its process cannot be traced for leaks.
     static std::vector<std::string> forSanitizers() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        return {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0",
-                "UID_WRAPPER_DISABLE_DEEPBIND=1"};
+        return {"ASAN_OPTIONS=detect_leaks=0"};
 #else
         return {};
 #endif

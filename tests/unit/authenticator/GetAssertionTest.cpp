@@ -241,8 +241,8 @@ TEST_F(GetAssertionTest, TheServiceChoosesAmongThePasskeysOfOneAccount) {
 
 TEST_F(GetAssertionTest, AnotherAccountKeepsItsPlaceBesideOneWithSeveralPasskeys) {
     registered("zoe", "user-1");
-    registered("max", "user-2");
     registered("zoe the second", "user-1");
+    registered("max", "user-2");
     const auto third = registered("zoe the third", "user-1");
     scope.credentials.noteRefused("localhost", third.credentialId);
     scope.person.choice = 1;

@@ -9,8 +9,6 @@ namespace kelo::authorization {
 
 namespace {
 
-constexpr const char* serviceName = "kelo";
-
 struct FreeDeleter {
     void operator()(void* memory) const { std::free(memory); }
 };
@@ -40,8 +38,8 @@ const char* textOf(const pam_message& message) {
 
 } // namespace
 
-PamSession::PamSession(Channel& channel, std::string user)
-    : channel(channel), user(std::move(user)) {}
+PamSession::PamSession(Channel& channel, const PamService& service, std::string user)
+    : channel(channel), service(service), user(std::move(user)) {}
 
 PamSession::~PamSession() {
     if (handle)
@@ -50,7 +48,7 @@ PamSession::~PamSession() {
 
 TryOutcome PamSession::run() {
     const pam_conv conversation{&PamSession::converse, this};
-    lastResult = pam_start(serviceName, user.c_str(), &conversation, &handle);
+    lastResult = service.start(user, conversation, handle);
     if (lastResult != PAM_SUCCESS)
         return TryOutcome::undecided;
     // Without a password, a successful log-in proves nothing about the person.

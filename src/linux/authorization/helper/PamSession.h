@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/authorization/helper/Channel.h"
+#include "linux/authorization/helper/PamService.h"
 
 #include <security/pam_appl.h>
 
@@ -17,10 +18,10 @@ enum class TryOutcome {
 };
 
 /// One try to authenticate a user with PAM. PAM's messages and questions go through the channel,
-/// which must outlive this.
+/// which must outlive this, as the service must.
 class PamSession {
 public:
-    PamSession(Channel& channel, std::string user);
+    PamSession(Channel& channel, const PamService& service, std::string user);
     ~PamSession();
     PamSession(const PamSession&) = delete;
     PamSession& operator=(const PamSession&) = delete;
@@ -36,6 +37,7 @@ private:
     int ask(MessageType type, const char* question, char*& answer);
 
     Channel& channel;
+    const PamService& service;
     std::string user;
     pam_handle_t* handle = nullptr;
     int lastResult = PAM_SUCCESS;

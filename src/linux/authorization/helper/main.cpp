@@ -1,4 +1,5 @@
 #include "linux/authorization/helper/Channel.h"
+#include "linux/authorization/helper/PamService.h"
 #include "linux/authorization/helper/PamSession.h"
 
 #include <pwd.h>
@@ -10,6 +11,7 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 
 // kelo-verify-user verifies that the person at the computer is the user this process runs as. PAM
@@ -39,18 +41,32 @@ std::string currentUser() {
     return found ? found->pw_name : "";
 }
 
+/// The cause, for the journal of Kelo. It must not name what the user has typed.
+void report(const char* cause) {
+    std::cerr << "kelo-verify-user: " << cause << std::endl;
+}
+
 HelperResult verify(Channel& channel) {
+    const std::optional<PamService> service = PamService::find();
+    if (!service) {
+        report("there is no PAM service \"kelo\"");
+        return HelperResult::unavailable;
+    }
     const std::string user = currentUser();
     // A directory server that does not answer has the same effect as a user without an entry.
-    if (user.empty())
+    if (user.empty()) {
+        report("the user of this process has no entry among the users");
         return HelperResult::undecided;
+    }
     for (int left = tries; left > 0; --left) {
-        switch (PamSession(channel, user).run()) {
+        switch (PamSession(channel, *service, user).run()) {
         case TryOutcome::verified:
             return HelperResult::verified;
         case TryOutcome::refused:
             return HelperResult::failed;
         case TryOutcome::undecided:
+            report(
+                "PAM could not decide. Its service file cannot be read, or the journal says why");
             return HelperResult::undecided;
         case TryOutcome::wrong:
             break;
