@@ -41,8 +41,8 @@ enum class CachePolicy {
     useProtocolCachePolicy = 0,
 };
 
-/// A request as it is sent. The headers keep their order and spelling; only headers that the
-/// protocol itself requires are added.
+/// A request as it is sent. The headers keep their order and spelling. A session adds only headers
+/// that the protocol requires and those that name the program and what it can decode.
 struct UrlRequest {
     Url url;
     std::string method = "GET";

@@ -51,7 +51,11 @@ public:
         ephemeralSessions.push_back(session.get());
         return session;
     }
-    FakeHttpSession& sharedHttpSession() override { return sharedSession; }
+    platform::HttpSession& sharedHttpSession() override {
+        if (realSharedSession)
+            return *realSharedSession;
+        return sharedSession;
+    }
 
     std::shared_ptr<platform::EmbeddedWebView>
     makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) override {
@@ -93,6 +97,8 @@ public:
     /// Replaces the fake ephemeral session.
     std::function<std::unique_ptr<platform::HttpSession>()> makeSession;
     FakeHttpSession sharedSession;
+    /// Replaces the fake shared session.
+    std::unique_ptr<platform::HttpSession> realSharedSession;
     std::vector<std::shared_ptr<FakeWebView>> webViews;
     std::vector<std::shared_ptr<FakeAuthorizationController>> controllers;
     std::vector<platform::CredentialReport> credentialReports;

@@ -1,9 +1,11 @@
 #include "linux/http/Response.h"
 
+#include "deployment/Deployment.h"
 #include "linux/gobject/AsyncResult.h"
 #include "linux/gobject/GLibHandles.h"
-#include "linux/gobject/SignalHandler.h"
 #include "linux/http/ChunkedBody.h"
+#include "linux/http/Exchange.h"
+#include "linux/http/ProxyName.h"
 #include "linux/http/SoupUri.h"
 #include "linux/http/TransportErrors.h"
 
@@ -13,16 +15,6 @@
 namespace kelo::http {
 
 using platform::UrlRequest;
-
-/// What the signals of a message record for the request: why a certificate was refused, and how
-/// many interim replies came before the reply.
-struct ExchangeNotes {
-    std::shared_ptr<const TrustedAuthority> authority;
-    Url url;
-    gobject::GObjectPointer<GCancellable> cancellable;
-    GTlsCertificateFlags refused = static_cast<GTlsCertificateFlags>(0);
-    int interimReplies = 0;
-};
 
 namespace {
 
@@ -37,37 +29,6 @@ GBytesPointer bytesOf(const platform::RequestBody& body) {
         std::unique_ptr<platform::RequestBody>(static_cast<platform::RequestBody*>(owned));
     };
     return GBytesPointer(g_bytes_new_with_free_func(data, size, drop, copy.release()));
-}
-
-using SharedNotes = std::shared_ptr<ExchangeNotes>;
-
-/// Servers send one or two: "100 Continue", "103 Early Hints".
-constexpr int mostInterimReplies = 10;
-
-// Runs only when the system's trust store has refused the chain.
-gboolean acceptCertificate(SoupMessage*, GTlsCertificate* certificate,
-                           GTlsCertificateFlags systemProblems, SharedNotes* shared) {
-    ExchangeNotes& notes = **shared;
-    const GTlsCertificateFlags problems = notes.authority->problems(certificate, notes.url);
-    const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
-    notes.refused = ourAuthority ? problems : systemProblems;
-    return problems == 0;
-}
-
-// By default the library accepts a connection that ends without a TLS close notification. An
-// attacker could then cut short a response that has no Content-Length.
-void insistOnProperClose(SoupMessage*, GSocketClientEvent event, GIOStream* connection,
-                         SharedNotes*) {
-    if (event == G_SOCKET_CLIENT_TLS_HANDSHAKING && G_IS_TLS_CONNECTION(connection))
-        g_tls_connection_set_require_close_notify(G_TLS_CONNECTION(connection), TRUE);
-}
-
-// The library reads on without a turn of the main loop for as long as interim replies arrive. A
-// server that sends nothing else would stop the whole program, and no timer would end it.
-void countInterimReply(SoupMessage*, SharedNotes* shared) {
-    ExchangeNotes& notes = **shared;
-    if (++notes.interimReplies > mostInterimReplies)
-        g_cancellable_cancel(notes.cancellable.get());
 }
 
 bool fitsInHeader(const std::string& text) {
@@ -104,18 +65,9 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
                           "control character in header " + name);
         soup_message_headers_append(headers, name.c_str(), value.c_str());
     }
+    // A request that does not say so accepts every coding, and none is decoded here.
+    soup_message_headers_replace(headers, "Accept-Encoding", "identity");
     return message;
-}
-
-[[noreturn]] void fail(const GError& error, TransferPhase phase, const ExchangeNotes& notes,
-                       const UrlRequest& request, const Deadline& deadline) {
-    if (deadline.passed())
-        throw timeOutError(request.url, request.timeout);
-    if (notes.interimReplies > mostInterimReplies)
-        throw unreadableReplyError(request.url, "more interim replies than are read");
-    if (notes.refused != 0)
-        throw certificateError(notes.refused, request.url);
-    throw transportError(error, phase, request.url);
 }
 
 // The library accepts a chunked body that breaks off between two chunks, and takes a malformed
@@ -140,12 +92,11 @@ GInputStream* connectionBelow(SoupMessage* message, GInputStream* body) {
 } // namespace
 
 Response::Response(gobject::GObjectPointer<SoupMessage> message,
-                   gobject::GObjectPointer<GInputStream> stream,
-                   std::shared_ptr<const ExchangeNotes> notes, UrlRequest request,
-                   const Deadline& deadline)
+                   gobject::GObjectPointer<GInputStream> stream, std::shared_ptr<Exchange> exchange,
+                   UrlRequest request, const Deadline& deadline)
     : message(std::move(message)),
       stream(std::move(stream)),
-      notes(std::move(notes)),
+      exchange(std::move(exchange)),
       request(std::move(request)),
       deadline(deadline),
       source(this->stream.get()) {
@@ -188,7 +139,7 @@ Task<Bytes> Response::read() {
         GError* error = nullptr;
         const GBytesPointer bytes(g_input_stream_read_bytes_finish(source, result.get(), &error));
         if (const gobject::GErrorPointer failure(error); failure)
-            fail(*failure, TransferPhase::insideReply, *notes, request, deadline);
+            throw exchange->failure(*failure, deadline);
         portion = decoded(bytes.get());
     }
     co_return portion;
@@ -211,19 +162,23 @@ Bytes Response::decoded(GBytes* bytes) {
     return body;
 }
 
+gobject::GObjectPointer<SoupSession> makeSoupSession(GProxyResolver* proxies) {
+    auto session = gobject::GObjectPointer<SoupSession>::adopt(soup_session_new());
+    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
+    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
+    soup_session_set_user_agent(session.get(), std::string(deployment::userAgent).c_str());
+    if (proxies)
+        soup_session_set_proxy_resolver(session.get(), proxies);
+    return session;
+}
+
 Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession> session,
                                             std::shared_ptr<const TrustedAuthority> authority,
                                             UrlRequest request, Url firstUrl,
                                             const Deadline& deadline) {
     const gobject::GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
     GCancellable* const cancellable = deadline.cancellable();
-    const auto notes = std::make_shared<ExchangeNotes>(
-        ExchangeNotes{std::move(authority), request.url,
-                      gobject::GObjectPointer<GCancellable>::share(cancellable)});
-    gobject::connectWithState(message.get(), "accept-certificate", acceptCertificate, notes);
-    gobject::connectWithState(message.get(), "network-event", insistOnProperClose, notes);
-    gobject::connectWithState(message.get(), "got-informational", countInterimReply, notes);
-
+    const auto exchange = Exchange::follow(message.get(), std::move(authority), request, deadline);
     const auto send = [session = session.get(), message = message.get(),
                        cancellable](GAsyncReadyCallback ready, gpointer data) {
         soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, ready, data);
@@ -232,9 +187,19 @@ Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession>
     GError* error = nullptr;
     const auto stream = gobject::GObjectPointer<GInputStream>::adopt(
         soup_session_send_finish(session.get(), sent.get(), &error));
-    if (const gobject::GErrorPointer failure(error); failure)
-        fail(*failure, TransferPhase::beforeReply, *notes, request, deadline);
-    co_return std::make_unique<Response>(message, stream, notes, std::move(request), deadline);
+    if (const gobject::GErrorPointer failure(error); failure) {
+        if (exchange->mayLackProxy(*failure))
+            exchange->setProxy(
+                co_await proxyFor(gobject::GObjectPointer<GProxyResolver>::share(
+                                      soup_session_get_proxy_resolver(session.get())),
+                                  request.url, cancellable));
+        throw exchange->failure(*failure, deadline);
+    }
+    // The library passes the status of a proxy that refused off as the server's.
+    if (!exchange->hasReachedServer())
+        throw exchange->proxyRefusal(static_cast<int>(soup_message_get_status(message.get())));
+    exchange->replyHasBegun();
+    co_return std::make_unique<Response>(message, stream, exchange, std::move(request), deadline);
 }
 
 } // namespace kelo::http

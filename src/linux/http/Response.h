@@ -17,15 +17,14 @@
 namespace kelo::http {
 
 class ChunkedBody;
-struct ExchangeNotes;
+class Exchange;
 
 /// A response whose head has arrived. Its body is read from the connection piece by piece.
 class Response {
 public:
     Response(gobject::GObjectPointer<SoupMessage> message,
-             gobject::GObjectPointer<GInputStream> stream,
-             std::shared_ptr<const ExchangeNotes> notes, platform::UrlRequest request,
-             const Deadline& deadline);
+             gobject::GObjectPointer<GInputStream> stream, std::shared_ptr<Exchange> exchange,
+             platform::UrlRequest request, const Deadline& deadline);
     ~Response();
     Response(const Response&) = delete;
     Response& operator=(const Response&) = delete;
@@ -44,7 +43,7 @@ private:
 
     gobject::GObjectPointer<SoupMessage> message;
     gobject::GObjectPointer<GInputStream> stream;
-    std::shared_ptr<const ExchangeNotes> notes;
+    std::shared_ptr<Exchange> exchange;
     platform::UrlRequest request;
     const Deadline& deadline;
     GInputStream* source; ///< the stream, or the connection below it
@@ -52,9 +51,15 @@ private:
     bool finished = false;
 };
 
-/// Sends one request and waits for the head of the response. Does not follow redirects. Throws a
-/// Failure. Cookies are judged by the site of firstUrl, where the chain of redirects began. The
-/// deadline must outlive the task and the response.
+/// A session for sendRequest(). It decodes nothing, because lengths and signatures refer to the
+/// bytes on the wire, and asks nobody for a password. Many front ends of services turn away
+/// requests that do not say which program sends them, so a User-Agent names this one and its
+/// version. proxies: null for the desktop's.
+gobject::GObjectPointer<SoupSession> makeSoupSession(GProxyResolver* proxies = nullptr);
+
+/// Sends one request and waits for the head of the response. Speaks HTTP/1.1 alone. Does
+/// not follow redirects. Throws a Failure. Cookies are judged by the site of firstUrl, where the
+/// chain of redirects began. The deadline must outlive the task and the response.
 Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession> session,
                                             std::shared_ptr<const TrustedAuthority> authority,
                                             platform::UrlRequest request, Url firstUrl,

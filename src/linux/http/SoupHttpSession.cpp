@@ -59,12 +59,9 @@ Task<HttpReply> perform(gobject::GObjectPointer<SoupSession> session,
 
 } // namespace
 
-SoupHttpSession::SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority)
-    : session(gobject::GObjectPointer<SoupSession>::adopt(soup_session_new())),
-      authority(std::move(authority)) {
-    // Both features would add headers to requests.
-    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
-    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
+SoupHttpSession::SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority,
+                                 GProxyResolver* proxies)
+    : session(makeSoupSession(proxies)), authority(std::move(authority)) {
     if (cookies == Cookies::inMemory) {
         storage = std::make_unique<SoupCookieStorage>();
         soup_session_add_feature(session.get(), SOUP_SESSION_FEATURE(storage->jar()));

@@ -12,12 +12,16 @@
 namespace kelo::http {
 
 /// HttpSession on libsoup. Only https. A certificate must be valid under the system's trust store
-/// or under the given authority. Requests carry neither a User-Agent nor an Accept-Encoding header.
+/// or under the given authority. To the caller's headers are added: Host, Connection,
+/// Content-Length, User-Agent, Accept-Encoding (identity) and the cookies of the session's own
+/// store.
 class SoupHttpSession final : public platform::HttpSession {
 public:
     enum class Cookies { none, inMemory };
 
-    SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority);
+    /// proxies: null for the desktop's.
+    SoupHttpSession(Cookies cookies, std::shared_ptr<const TrustedAuthority> authority,
+                    GProxyResolver* proxies = nullptr);
     ~SoupHttpSession() override;
 
     Task<platform::HttpReply> data(platform::UrlRequest request) override;

@@ -25,6 +25,22 @@ Failure notFound(const Url& url, const GError& error) {
             causeOf(error)};
 }
 
+Failure connectionLost(const Url& url, const GError& error) {
+    return {FailureKind::cannotConnect, "The connection to " + url.host() + " was lost. Try again.",
+            causeOf(error)};
+}
+
+Failure proxyFailed(const Url& url, const std::string& proxy, const std::string& reason,
+                    std::string cause) {
+    return {FailureKind::cannotConnect,
+            "Could not connect to " + url.host() + ": The proxy " + proxy + " " + reason,
+            std::move(cause)};
+}
+
+constexpr const char* checkProxy = "Check the proxy settings of this computer.";
+constexpr const char* needsPassword =
+    "asks for a password, which Kelo does not have. Ask those who run the proxy.";
+
 Failure connectionError(const GError& error, const Url& url) {
     switch (error.code) {
     case G_IO_ERROR_CONNECTION_REFUSED:
@@ -41,12 +57,10 @@ Failure connectionError(const GError& error, const Url& url) {
     case G_IO_ERROR_PROXY_AUTH_FAILED:
     case G_IO_ERROR_PROXY_NEED_AUTH:
     case G_IO_ERROR_PROXY_NOT_ALLOWED:
-        return cannotConnect(url, "The proxy refused. Check the proxy settings of this computer.",
-                             error);
+        return cannotConnect(url, std::string("The proxy refused. ") + checkProxy, error);
     case G_IO_ERROR_CONNECTION_CLOSED:
     case G_IO_ERROR_PARTIAL_INPUT:
-        return {FailureKind::cannotConnect,
-                "The connection to " + url.host() + " was lost. Try again.", causeOf(error)};
+        return connectionLost(url, error);
     default:
         return cannotConnect(url, "The connection failed. Check the network and try again.", error);
     }
@@ -59,6 +73,11 @@ Failure transportError(const GError& error, TransferPhase phase, const Url& url)
         return unreadableReplyError(url, causeOf(error));
     if (phase == TransferPhase::insideReply)
         return replyBrokenOffError(url, causeOf(error));
+    // Nobody can tell what has become of a request that was on its way by then. GnuTLS reports an
+    // end without a close notification as an error of TLS.
+    if (phase == TransferPhase::awaitingReply ||
+        g_error_matches(&error, G_TLS_ERROR, G_TLS_ERROR_EOF))
+        return connectionLost(url, error);
     if (error.domain == G_RESOLVER_ERROR)
         return notFound(url, error);
     if (error.domain == G_TLS_ERROR)
@@ -69,6 +88,29 @@ Failure transportError(const GError& error, TransferPhase phase, const Url& url)
     if (error.domain == G_IO_ERROR)
         return connectionError(error, url);
     return cannotConnect(url, "The connection failed. Check the network and try again.", error);
+}
+
+Failure noProxyError(const GError& error, const std::string& proxy, const Url& url) {
+    return proxyFailed(url, proxy,
+                       "cannot be reached. Check the network connection and the proxy settings.",
+                       causeOf(error));
+}
+
+Failure proxyError(const GError& error, const std::string& proxy, const Url& url) {
+    const bool wantsPassword = g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_PROXY_NEED_AUTH) ||
+                               g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_PROXY_AUTH_FAILED);
+    return wantsPassword ? proxyFailed(url, proxy, needsPassword, causeOf(error))
+                         : proxyFailed(url, proxy, std::string("gave no connection. ") + checkProxy,
+                                       causeOf(error));
+}
+
+Failure proxyRefusalError(int status, const std::string& proxy, const Url& url) {
+    const std::string cause = "the proxy answered CONNECT with " + std::to_string(status);
+    if (status == SOUP_STATUS_PROXY_AUTHENTICATION_REQUIRED)
+        return proxyFailed(url, proxy, needsPassword, cause);
+    if (status >= 500)
+        return proxyFailed(url, proxy, "could not reach it. Try again later.", cause);
+    return proxyFailed(url, proxy, std::string("refused. ") + checkProxy, cause);
 }
 
 Failure certificateError(GTlsCertificateFlags problems, const Url& url) {
@@ -94,9 +136,9 @@ Failure certificateError(GTlsCertificateFlags problems, const Url& url) {
             cause};
 }
 
-Failure timeOutError(const Url& url, std::chrono::seconds limit) {
+Failure timeOutError(const std::string& whoIsSilent, std::chrono::seconds limit) {
     const std::string unit = limit.count() == 1 ? " second" : " seconds";
-    return {FailureKind::timedOut, url.host() + " did not answer within " +
+    return {FailureKind::timedOut, whoIsSilent + " did not answer within " +
                                        std::to_string(limit.count()) + unit + ". Try again later."};
 }
 

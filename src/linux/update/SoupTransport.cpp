@@ -68,14 +68,7 @@ UrlRequest requestFor(Url url, std::chrono::seconds patience) {
 
 SoupTransport::SoupTransport(std::shared_ptr<const http::TrustedAuthority> authority,
                              std::chrono::seconds patience)
-    : session(gobject::GObjectPointer<SoupSession>::adopt(soup_session_new())),
-      authority(std::move(authority)),
-      patience(patience) {
-    // Lengths and signatures refer to the bytes on the wire, so nothing is decoded. Nobody is asked
-    // for a password.
-    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
-    soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
-}
+    : session(http::makeSoupSession()), authority(std::move(authority)), patience(patience) {}
 
 SoupTransport::~SoupTransport() {
     soup_session_abort(session.get());
@@ -97,7 +90,7 @@ Task<Bytes> SoupTransport::fetch(Url url, std::size_t limit) {
         if (body.size() > limit)
             throw tooLongError(url, limit);
         if (std::chrono::steady_clock::now() > end)
-            throw http::timeOutError(url, longestFetch);
+            throw http::timeOutError(url.host(), longestFetch);
         deadline.restart();
     }
 }

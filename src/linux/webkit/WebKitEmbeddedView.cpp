@@ -296,7 +296,7 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     }
     const std::optional<Url> url = Url::parse(address);
     const std::string sentence =
-        url ? http::transportError(error, http::TransferPhase::beforeReply, *url)
+        url ? http::transportError(error, http::TransferPhase::connecting, *url)
                   .localizedDescription()
             : "The address cannot be shown here.";
     showErrorPage("This page did not load", sentence, address);
@@ -307,7 +307,7 @@ void WebKitEmbeddedView::loadTimedOut() {
     const char* const address = webkit_web_view_get_uri(view.get());
     const std::optional<Url> url = address ? Url::parse(address) : std::nullopt;
     const std::string sentence =
-        url ? http::timeOutError(*url, pageLoad->timeout()).localizedDescription()
+        url ? http::timeOutError(url->host(), pageLoad->timeout()).localizedDescription()
             : "The service did not answer. Try again later.";
     g_warning("%s made no progress for %lld seconds and was stopped",
               http::loggedAddress(address).c_str(),

@@ -160,12 +160,39 @@ TEST_F(HttpFailure, TlsThatCannotBeSetUpIsNotSecure) {
     const Url url = *Url::parse("https://localhost");
     const gobject::GErrorPointer reason(
         g_error_new_literal(G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, "no common version"));
-    const auto before = http::transportError(*reason, http::TransferPhase::beforeReply, url);
+    const auto before = http::transportError(*reason, http::TransferPhase::connecting, url);
     EXPECT_EQ(before.kind(), FailureKind::insecure);
     EXPECT_EQ(before.localizedDescription(), "Could not set up a secure connection to localhost, "
                                              "so nothing was sent. Try again later.");
     const auto inside = http::transportError(*reason, http::TransferPhase::insideReply, url);
     EXPECT_EQ(inside.localizedDescription(), cutShort);
+}
+
+TEST_F(HttpFailure, WhateverEndsTheConnectionAfterTheHandshakeLosesIt) {
+    const Url url = *Url::parse("https://localhost");
+    const std::pair<GQuark, int> reasons[] = {
+        {G_TLS_ERROR, G_TLS_ERROR_MISC},
+        {G_TLS_ERROR, G_TLS_ERROR_CERTIFICATE_REQUIRED},
+        {G_IO_ERROR, G_IO_ERROR_CONNECTION_CLOSED},
+        {G_IO_ERROR, G_IO_ERROR_NETWORK_UNREACHABLE},
+        {G_IO_ERROR, G_IO_ERROR_TIMED_OUT},
+        {G_RESOLVER_ERROR, G_RESOLVER_ERROR_INTERNAL},
+    };
+    for (const auto& [domain, code] : reasons) {
+        const gobject::GErrorPointer reason(g_error_new_literal(domain, code, "end"));
+        const auto error = http::transportError(*reason, http::TransferPhase::awaitingReply, url);
+        EXPECT_EQ(error.kind(), FailureKind::cannotConnect);
+        EXPECT_EQ(error.localizedDescription(), "The connection to localhost was lost. Try again.");
+    }
+}
+
+TEST_F(HttpFailure, EndWithoutACloseNotificationIsNeverBeforeTheHandshake) {
+    const gobject::GErrorPointer reason(
+        g_error_new_literal(G_TLS_ERROR, G_TLS_ERROR_EOF, "no close notification"));
+    EXPECT_EQ(http::transportError(*reason, http::TransferPhase::connecting,
+                                   *Url::parse("https://localhost"))
+                  .localizedDescription(),
+              "The connection to localhost was lost. Try again.");
 }
 
 TEST_F(HttpFailure, SomethingOtherThanHttpIsNoReply) {

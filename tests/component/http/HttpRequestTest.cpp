@@ -2,14 +2,28 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace kelo::test {
 
 using platform::UrlRequest;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 
 using HttpRequest = HttpFixture;
 
-TEST_F(HttpRequest, PlainGetCarriesNothingButTheHost) {
+namespace {
+
+/// The names of the headers that every request carries, and of these.
+std::vector<std::string> usualHeadersAnd(std::vector<std::string> names) {
+    names.insert(names.end(), {"accept-encoding", "connection", "host", "user-agent"});
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace
+
+TEST_F(HttpRequest, PlainGetCarriesTheUsualHeadersOnly) {
     const auto peer = server(MisbehavingServer::saying(httpReply("hello")));
     const auto reply = loop.run(session.data(peer->url("/api/csrf")));
 
@@ -19,9 +33,40 @@ TEST_F(HttpRequest, PlainGetCarriesNothingButTheHost) {
     const WireRequest seen = peer->requests().front();
     EXPECT_EQ(seen.method, "GET");
     EXPECT_EQ(seen.target, "/api/csrf");
-    EXPECT_THAT(seen.headerNames(), ElementsAre("connection", "host"));
+    EXPECT_THAT(seen.headerNames(), ElementsAreArray(usualHeadersAnd({})));
     EXPECT_EQ(seen.header("host"), "localhost:" + std::to_string(peer->port()));
     EXPECT_EQ(seen.body, "");
+}
+
+TEST_F(HttpRequest, NamesTheProgramAndAcceptsNoCoding) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
+    fetch({peer->url()});
+    const WireRequest seen = peer->requests().at(0);
+    EXPECT_THAT(seen.header("user-agent").value(), testing::MatchesRegex("Kelo/[0-9][^ ]*"));
+    EXPECT_EQ(seen.header("accept-encoding"), "identity");
+}
+
+TEST_F(HttpRequest, OffersNoProtocolButHttp1) {
+    const auto peer = server(MisbehavingServer::saying(httpReply("{}")));
+    fetch({peer->url()});
+    EXPECT_THAT(peer->offeredProtocols(), ElementsAre("http/1.1"));
+}
+
+TEST_F(HttpRequest, ConnectionThatWasClosedInBetweenIsReplaced) {
+    const auto peer = server([](ServerConnection& connection) {
+        const auto request = connection.read();
+        if (!request)
+            return;
+        connection.write(httpReply(request->target));
+        connection.close();
+    });
+    UrlRequest request{peer->url("/one")};
+    request.method = "POST";
+    EXPECT_EQ(textOf(fetch(request).body), "/one");
+    ASSERT_TRUE(loop.runUntil([&] { return peer->endedCount() == 1; }));
+    request.url = peer->url("/two");
+    EXPECT_EQ(textOf(fetch(request).body), "/two");
+    EXPECT_EQ(peer->connectionCount(), 2);
 }
 
 TEST_F(HttpRequest, PostWithoutBodyHasNoContentType) {
@@ -32,7 +77,7 @@ TEST_F(HttpRequest, PostWithoutBodyHasNoContentType) {
 
     const WireRequest seen = peer->requests().at(0);
     EXPECT_EQ(seen.method, "POST");
-    EXPECT_THAT(seen.headerNames(), ElementsAre("connection", "content-length", "host"));
+    EXPECT_THAT(seen.headerNames(), ElementsAreArray(usualHeadersAnd({"content-length"})));
     EXPECT_EQ(seen.header("content-length"), "0");
 }
 
@@ -48,8 +93,9 @@ TEST_F(HttpRequest, HeadersAndBodyArriveAsGiven) {
 
     const WireRequest seen = peer->requests().at(0);
     EXPECT_EQ(seen.target, "/api/verify?x=%2F");
-    EXPECT_THAT(seen.headerNames(), ElementsAre("connection", "content-length", "content-type",
-                                                "cookie", "host", "x-csrf-token"));
+    EXPECT_THAT(seen.headerNames(),
+                ElementsAreArray(
+                    usualHeadersAnd({"content-length", "content-type", "cookie", "x-csrf-token"})));
     EXPECT_EQ(seen.header("cookie"), "a=1; __Secure-session-token=x y\"z");
     EXPECT_EQ(seen.header("x-csrf-token"), "");
     EXPECT_EQ(seen.header("content-type"), "application/json");

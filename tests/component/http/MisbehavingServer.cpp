@@ -41,6 +41,30 @@ std::string lowered(std::string_view text) {
     return result;
 }
 
+sockaddr_in loopback(std::uint16_t port) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    return address;
+}
+
+bool sendAll(int socket, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = send(socket, bytes.data(), bytes.size(), 0);
+        if (count <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+bool relayOnce(int from, int to) {
+    char bytes[16 * 1024];
+    const ssize_t count = recv(from, bytes, sizeof bytes, 0);
+    return count > 0 && sendAll(to, {bytes, static_cast<std::size_t>(count)});
+}
+
 WireRequest parsedHead(const std::string& head) {
     WireRequest request;
     std::size_t at = head.find("\r\n");
@@ -94,11 +118,14 @@ struct MisbehavingServer::Tls {
 class MisbehavingServer::Connection final : public ServerConnection {
 public:
     Connection(MisbehavingServer& server, int socket)
-        : server(server), socket(socket), ssl(SSL_new(server.tls->context.get())) {
-        SSL_set_fd(ssl.get(), socket);
+        : server(server),
+          socket(socket),
+          ssl(server.tls ? SSL_new(server.tls->context.get()) : nullptr) {
+        if (ssl)
+            SSL_set_fd(ssl.get(), socket);
     }
 
-    bool handshake() { return SSL_accept(ssl.get()) == 1; }
+    bool handshake() { return !ssl || SSL_accept(ssl.get()) == 1; }
 
     std::optional<WireRequest> read() override {
         while (buffer.find("\r\n\r\n") == std::string::npos)
@@ -118,11 +145,13 @@ public:
     }
 
     bool write(std::string_view bytes) override {
-        return SSL_write(ssl.get(), bytes.data(), static_cast<int>(bytes.size())) > 0;
+        return ssl ? SSL_write(ssl.get(), bytes.data(), static_cast<int>(bytes.size())) > 0
+                   : sendAll(socket, bytes);
     }
 
     void close() override {
-        SSL_shutdown(ssl.get());
+        if (ssl)
+            SSL_shutdown(ssl.get());
         shutdown(socket, SHUT_WR);
     }
 
@@ -135,13 +164,31 @@ public:
 
     bool peerStirs(std::chrono::milliseconds limit) override {
         pollfd waiting = {socket, POLLIN, 0};
-        return SSL_pending(ssl.get()) > 0 || poll(&waiting, 1, static_cast<int>(limit.count())) > 0;
+        return (ssl && SSL_pending(ssl.get()) > 0) ||
+               poll(&waiting, 1, static_cast<int>(limit.count())) > 0;
+    }
+
+    void relayTo(std::uint16_t port) override {
+        const int target = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const sockaddr_in address = loopback(port);
+        bool open =
+            connect(target, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+        while (open) {
+            pollfd ends[] = {{socket, POLLIN, 0}, {target, POLLIN, 0}};
+            open = poll(ends, 2, -1) > 0;
+            if (open && ends[0].revents != 0)
+                open = relayOnce(socket, target);
+            if (open && ends[1].revents != 0)
+                open = relayOnce(target, socket);
+        }
+        ::close(target);
     }
 
 private:
     bool readMore() {
         char bytes[16 * 1024];
-        const int count = SSL_read(ssl.get(), bytes, sizeof bytes);
+        const auto count = ssl ? SSL_read(ssl.get(), bytes, sizeof bytes)
+                               : static_cast<int>(recv(socket, bytes, sizeof bytes, 0));
         if (count > 0)
             buffer.append(bytes, static_cast<std::size_t>(count));
         return count > 0;
@@ -155,11 +202,27 @@ private:
 
 MisbehavingServer::MisbehavingServer(const Identity& identity, Behaviour behaviour)
     : behaviour(std::move(behaviour)), tls(std::make_unique<Tls>(identity)) {
+    const SSL_CTX_alpn_select_cb_func note = [](SSL*, const unsigned char**, unsigned char*,
+                                                const unsigned char* offer, unsigned int size,
+                                                void* server) {
+        std::vector<std::string> protocols;
+        for (unsigned int at = 0; at < size; at += 1 + offer[at])
+            protocols.emplace_back(reinterpret_cast<const char*>(offer) + at + 1, offer[at]);
+        static_cast<MisbehavingServer*>(server)->recordOffer(std::move(protocols));
+        return SSL_TLSEXT_ERR_NOACK;
+    };
+    SSL_CTX_set_alpn_select_cb(tls->context.get(), note, this);
+    listenOnLoopback();
+}
+
+MisbehavingServer::MisbehavingServer(Behaviour behaviour) : behaviour(std::move(behaviour)) {
+    listenOnLoopback();
+}
+
+void MisbehavingServer::listenOnLoopback() {
     std::signal(SIGPIPE, SIG_IGN);
     listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address = loopback(0);
     socklen_t size = sizeof address;
     if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
         listen(listener, 16) != 0 ||
@@ -215,6 +278,11 @@ void MisbehavingServer::record(const WireRequest& request) {
     seen.push_back(request);
 }
 
+void MisbehavingServer::recordOffer(std::vector<std::string> protocols) {
+    const std::lock_guard lock(mutex);
+    offered = std::move(protocols);
+}
+
 MisbehavingServer::Behaviour MisbehavingServer::answering(Answer answer) {
     return [answer = std::move(answer)](ServerConnection& connection) {
         while (const auto request = connection.read())
@@ -239,6 +307,11 @@ Url MisbehavingServer::url(std::string_view path) const {
 
 std::string MisbehavingServer::origin() const {
     return "https://localhost:" + std::to_string(port_);
+}
+
+std::vector<std::string> MisbehavingServer::offeredProtocols() const {
+    const std::lock_guard lock(mutex);
+    return offered;
 }
 
 std::vector<WireRequest> MisbehavingServer::requests() const {

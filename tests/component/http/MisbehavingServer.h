@@ -30,7 +30,8 @@ struct WireRequest {
     std::vector<std::string> headerNames() const;
 };
 
-/// The server's end of one connection, TLS already set up. Every call blocks its own thread.
+/// The server's end of one connection, with TLS already set up if there is any. Every call blocks
+/// its own thread.
 class ServerConnection {
 public:
     virtual ~ServerConnection() = default;
@@ -47,16 +48,21 @@ public:
     /// Waits until the peer ends the connection or sends something, but no longer than this; false
     /// when neither came.
     virtual bool peerStirs(std::chrono::milliseconds limit) = 0;
+    /// Passes bytes both ways between the peer and this port until one of them ends the connection.
+    /// Without TLS only.
+    virtual void relayTo(std::uint16_t port) = 0;
 };
 
-/// An HTTPS server on a free loopback port. The behaviour runs once for each connection, in a
-/// thread of its own.
+/// An HTTPS server, or a proxy, on a free loopback port. The behaviour runs once for each
+/// connection, in a thread of its own.
 class MisbehavingServer {
 public:
     using Behaviour = std::function<void(ServerConnection&)>;
     using Answer = std::function<std::string(const WireRequest&)>;
 
     MisbehavingServer(const Identity& identity, Behaviour behaviour);
+    /// Without TLS: a proxy.
+    explicit MisbehavingServer(Behaviour behaviour);
     ~MisbehavingServer();
 
     /// Answers every request of a connection, one after another.
@@ -69,6 +75,8 @@ public:
     std::string origin() const;
     std::uint16_t port() const { return port_; }
 
+    /// The protocols that the latest peer offered by ALPN. No choice is made among them.
+    std::vector<std::string> offeredProtocols() const;
     /// All requests read so far, over all connections.
     std::vector<WireRequest> requests() const;
     /// How many connections were accepted.
@@ -80,9 +88,11 @@ private:
     class Connection;
     struct Tls;
 
+    void listenOnLoopback();
     void acceptAll();
     void serve(int socket);
     void record(const WireRequest& request);
+    void recordOffer(std::vector<std::string> protocols);
 
     Behaviour behaviour;
     std::unique_ptr<Tls> tls;
@@ -91,6 +101,7 @@ private:
 
     mutable std::mutex mutex;
     std::vector<WireRequest> seen;
+    std::vector<std::string> offered;
     std::vector<int> open;
     int accepted = 0;
     int ended = 0;

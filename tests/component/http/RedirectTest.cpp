@@ -32,7 +32,8 @@ protected:
 
     static void expectNoSecret(const WireRequest& request) {
         EXPECT_EQ(request.method, "GET");
-        EXPECT_THAT(request.headerNames(), ElementsAre("connection", "host"));
+        EXPECT_THAT(request.headerNames(),
+                    ElementsAre("accept-encoding", "connection", "host", "user-agent"));
         EXPECT_EQ(request.body, "");
     }
 };

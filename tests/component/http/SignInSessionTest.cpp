@@ -1,6 +1,5 @@
-#include "component/http/HttpFixture.h"
+#include "component/http/SessionForService.h"
 
-#include "deployment/Deployment.h"
 #include "fakes/ScopedTestDesktop.h"
 #include "passkey/PasskeyAuthenticator.h"
 
@@ -10,42 +9,7 @@
 
 namespace kelo::test {
 
-using platform::HttpReply;
-using platform::UrlRequest;
 using testing::ElementsAre;
-
-namespace {
-
-/// The session that the program signs in with, for a service on another port of the same host:
-/// what is asked of the compiled-in origin goes to the test's server. Ports do not tell cookies
-/// apart.
-class SessionForService final : public platform::HttpSession {
-public:
-    SessionForService(std::string origin, std::shared_ptr<const http::TrustedAuthority> root)
-        : origin(std::move(origin)),
-          session(http::SoupHttpSession::Cookies::inMemory, std::move(root)) {}
-
-    Task<HttpReply> data(UrlRequest request) override {
-        request.url = atService(request.url);
-        return session.data(std::move(request));
-    }
-    Task<HttpReply> data(Url url) override { return session.data(atService(url)); }
-    const platform::HttpCookieStorage* cookieStorage() const override {
-        return session.cookieStorage();
-    }
-
-private:
-    Url atService(const Url& url) const {
-        const std::string& text = url.absoluteString();
-        EXPECT_TRUE(text.starts_with(deployment::serviceOrigin)) << text;
-        return *Url::parse(origin + text.substr(deployment::serviceOrigin.size()));
-    }
-
-    std::string origin;
-    http::SoupHttpSession session;
-};
-
-} // namespace
 
 /// A sign-in over a real connection, with the real cookie store.
 class SignInSession : public HttpFixture {
@@ -69,7 +33,8 @@ protected:
 
     std::shared_ptr<fakes::FlowResult<Cookies>> signInTo(const MisbehavingServer& peer) {
         testDesktop.makeSession = [&] {
-            return std::make_unique<SessionForService>(peer.origin(), trusting(authority));
+            return std::make_unique<SessionForService>(peer.origin(), trusting(authority),
+                                                       Session::Cookies::inMemory);
         };
         passkey = std::make_shared<passkey::PasskeyAuthenticator>();
         auto flow = fakes::start(passkey->signIn());

@@ -270,7 +270,10 @@ TEST_F(UpdateServer, RemembersTheCheck) {
 TEST_F(UpdateServer, SeesNothingOfTheUserButTheRequest) {
     checkUntil("offer");
     const auto request = server->requests().at(0);
-    EXPECT_EQ(request.headerNames(), (std::vector<std::string>{"connection", "host"}));
+    EXPECT_EQ(request.headerNames(),
+              (std::vector<std::string>{"accept-encoding", "connection", "host", "user-agent"}));
+    EXPECT_THAT(request.header("user-agent").value(), testing::MatchesRegex("Kelo/[^ ]*"));
+    EXPECT_EQ(server->offeredProtocols(), std::vector<std::string>{"http/1.1"});
 }
 
 } // namespace kelo::test
