@@ -3,7 +3,9 @@
 #include "deployment/Deployment.h"
 #include "linux/gobject/AsyncResult.h"
 #include "linux/gobject/GLibHandles.h"
+#include "linux/gobject/SignalHandler.h"
 #include "linux/http/ChunkedBody.h"
+#include "linux/http/CookiePrefix.h"
 #include "linux/http/Exchange.h"
 #include "linux/http/ProxyName.h"
 #include "linux/http/SoupUri.h"
@@ -179,6 +181,14 @@ Task<std::unique_ptr<Response>> sendRequest(gobject::GObjectPointer<SoupSession>
     const gobject::GObjectPointer<SoupMessage> message = messageFor(request, firstUrl);
     GCancellable* const cancellable = deadline.cancellable();
     const auto exchange = Exchange::follow(message.get(), std::move(authority), request, deadline);
+    // Connected before the library's own cookie jar reads the headers.
+    gobject::connectWithState(
+        message.get(), "got-headers",
+        +[](SoupMessage* received, std::shared_ptr<const Url>* url) {
+            dropFalseCookies(soup_message_get_response_headers(received), **url);
+        },
+        std::make_shared<const Url>(request.url));
+
     const auto send = [session = session.get(), message = message.get(),
                        cancellable](GAsyncReadyCallback ready, gpointer data) {
         soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, ready, data);

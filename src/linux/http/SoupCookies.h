@@ -21,7 +21,8 @@ using SoupCookiePointer = std::unique_ptr<SoupCookie, SoupCookieDeleter>;
 SoupCookiePointer toSoupCookie(const platform::HttpCookie& cookie);
 platform::HttpCookie fromSoupCookie(SoupCookie* cookie);
 
-/// The cookies of one session, in memory only. Accepts every cookie.
+/// The cookies of one session, in memory only. Accepts every cookie: sendRequest() has dropped
+/// those that are false.
 class SoupCookieStorage final : public platform::HttpCookieStorage {
 public:
     SoupCookieStorage();

@@ -2,6 +2,7 @@
 
 #include "linux/gobject/AsyncResult.h"
 #include "linux/gobject/GLibHandles.h"
+#include "linux/http/CookiePrefix.h"
 #include "linux/http/SoupCookies.h"
 
 namespace kelo::webkit {
@@ -13,6 +14,11 @@ namespace {
 using Manager = gobject::GObjectPointer<WebKitCookieManager>;
 
 Task<void> add(Manager manager, HttpCookie cookie) {
+    if (!http::keepsPromiseOfName(cookie)) {
+        g_warning("A cookie of %s lacks what its name promises; it was not handed to the web view",
+                  cookie.domain.c_str());
+        co_return;
+    }
     const http::SoupCookiePointer converted = http::toSoupCookie(cookie);
     const auto start = [&manager, &converted](GAsyncReadyCallback ready, gpointer data) {
         webkit_cookie_manager_add_cookie(manager.get(), converted.get(), nullptr, ready, data);
@@ -24,6 +30,17 @@ Task<void> add(Manager manager, HttpCookie cookie) {
         g_warning("The web view refused the cookie %s: %s", cookie.name.c_str(), failure->message);
 }
 
+Task<void> remove(Manager manager, http::SoupCookiePointer cookie) {
+    const auto start = [&manager, &cookie](GAsyncReadyCallback ready, gpointer data) {
+        webkit_cookie_manager_delete_cookie(manager.get(), cookie.get(), nullptr, ready, data);
+    };
+    const auto result = co_await gobject::asyncResult(start);
+    // Nothing is lost if it fails: the next look at the store finds the cookie again.
+    webkit_cookie_manager_delete_cookie_finish(manager.get(), result.get(), nullptr);
+}
+
+// The engine stores cookies without a look at their prefixes. So another site, or a page without
+// TLS, can plant one under the name of the session's.
 Task<std::vector<HttpCookie>> all(Manager manager) {
     const auto start = [&manager](GAsyncReadyCallback ready, gpointer data) {
         webkit_cookie_manager_get_all_cookies(manager.get(), nullptr, ready, data);
@@ -35,9 +52,19 @@ Task<std::vector<HttpCookie>> all(Manager manager) {
     if (const gobject::GErrorPointer failure(error); failure)
         g_warning("The web view's cookies could not be read: %s", failure->message);
     std::vector<HttpCookie> cookies;
+    std::vector<http::SoupCookiePointer> planted;
     for (const GList* link = list.get(); link; link = link->next) {
-        const http::SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
-        cookies.push_back(http::fromSoupCookie(cookie.get()));
+        http::SoupCookiePointer cookie(static_cast<SoupCookie*>(link->data));
+        HttpCookie converted = http::fromSoupCookie(cookie.get());
+        if (http::keepsPromiseOfName(converted))
+            cookies.push_back(std::move(converted));
+        else
+            planted.push_back(std::move(cookie));
+    }
+    for (http::SoupCookiePointer& cookie : planted) {
+        g_warning("A cookie of %s lacks what its name promises; it is deleted",
+                  soup_cookie_get_domain(cookie.get()));
+        co_await remove(manager, std::move(cookie));
     }
     co_return cookies;
 }

@@ -7,7 +7,9 @@
 
 namespace kelo::webkit {
 
-/// The cookies of a network session, shared by all its web views.
+/// The cookies of a network session, shared by all its web views. Cookies that lack what the prefix
+/// of their name promises are not stored, and those that a page has planted are deleted whenever
+/// the cookies are read.
 class WebKitCookieStore final : public platform::CookieStore {
 public:
     explicit WebKitCookieStore(WebKitNetworkSession* session);

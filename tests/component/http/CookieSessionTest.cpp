@@ -83,6 +83,50 @@ TEST_F(CookieSession, CookiesThatDoNotApplyAreLeftOut) {
     EXPECT_EQ(cookiesFor(peer->url()).size(), 1u);
 }
 
+TEST_F(CookieSession, CookiesThatLackWhatTheirNamesPromiseAreNotTaken) {
+    const auto peer =
+        server(settingCookies({"__Secure-session-token=planted; Path=/",
+                               "__host-csrf=planted; Path=/; Secure; Domain=localhost",
+                               "=__Host-csrf=planted; Path=/", "real=1; Path=/"}));
+    loop.run(own.data(peer->url("/set")));
+    ASSERT_EQ(cookiesFor(peer->url()).size(), 1u);
+    EXPECT_EQ(cookiesFor(peer->url()).front().name, "real");
+    loop.run(own.data(peer->url("/next")));
+    EXPECT_EQ(peer->requests().at(1).header("cookie"), "real=1");
+}
+
+TEST_F(CookieSession, CookieThatLacksWhatItsNamePromisesReplacesNone) {
+    int replies = 0;
+    const auto peer = server(MisbehavingServer::answering([&replies](const WireRequest&) {
+        return httpReply("{}", ++replies == 1 ? "Set-Cookie: __Secure-a=real; Path=/; Secure\r\n"
+                                              : "Set-Cookie: __Secure-a=planted; Path=/\r\n");
+    }));
+    for (int request = 0; request < 3; ++request)
+        loop.run(own.data(peer->url()));
+    EXPECT_EQ(peer->requests().at(2).header("cookie"), "__Secure-a=real");
+}
+
+TEST_F(CookieSession, SiblingHostCannotPlantACookieOfThisHost) {
+    IdentityRequest names;
+    names.hosts = {"site.localhost", "evil.site.localhost"};
+    std::string port;
+    const MisbehavingServer peer(
+        authority.issue(names), MisbehavingServer::answering([&port](const WireRequest& request) {
+            if (request.target == "/plant")
+                return httpReply("",
+                                 "Location: https://site.localhost:" + port +
+                                     "/end\r\nSet-Cookie: __Host-session-token=planted; Path=/; "
+                                     "Secure; Domain=site.localhost\r\n"
+                                     "Set-Cookie: wide=1; Path=/; Domain=site.localhost\r\n",
+                                 "302 Found");
+            return httpReply("{}");
+        }));
+    port = std::to_string(peer.port());
+    loop.run(own.data(*Url::parse("https://evil.site.localhost:" + port + "/plant")));
+    EXPECT_EQ(peer.requests().back().header("host"), "site.localhost:" + port);
+    EXPECT_EQ(peer.requests().back().header("cookie"), "wide=1");
+}
+
 TEST_F(CookieSession, CookieOfARedirectIsKept) {
     const auto peer = server(MisbehavingServer::answering([](const WireRequest& request) {
         if (request.target == "/end")

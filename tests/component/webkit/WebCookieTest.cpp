@@ -131,6 +131,40 @@ TEST_F(WebCookie, CookiesThatThePageSetsAreRead) {
     EXPECT_THAT(all(), testing::UnorderedElementsAre(a, b));
 }
 
+TEST_F(WebCookie, CookieThatLacksWhatItsNamePromisesIsNotHandedOver) {
+    makeView(anywhere);
+    HttpCookie real = cookie("__Secure-session-token");
+    real.secure = true;
+    set(real);
+    HttpCookie insecure = cookie("__Secure-session-token");
+    insecure.value = "planted";
+    set(insecure);
+    HttpCookie wide = cookie("__host-session-token", ".assistant.example.com");
+    wide.secure = true;
+    set(wide);
+    ASSERT_EQ(all().size(), 1u);
+    EXPECT_EQ(all().front().value, "value");
+}
+
+TEST_F(WebCookie, PlantedCookiesAreNotReadAndDoNotStay) {
+    const MisbehavingServer peer(
+        identity, MisbehavingServer::answering([](const WireRequest& request) {
+            if (request.target != "/plant")
+                return page("hello");
+            return page("<script>document.cookie='__secure-b=planted; path=/'</script>",
+                        "Set-Cookie: __Secure-session-token=planted; Path=/\r\n"
+                        "Set-Cookie: __Host-c=planted; Path=/plant; Secure\r\n"
+                        "Set-Cookie: real=1; Path=/\r\n");
+        }));
+    makeView(peer.url());
+    open(peer.url("/plant"));
+    const auto read = all();
+    ASSERT_EQ(read.size(), 1u);
+    EXPECT_EQ(read.front().name, "real");
+    open(peer.url("/plant"));
+    EXPECT_EQ(lastCookies(peer), "real=1");
+}
+
 TEST_F(WebCookie, TwoViewsShareTheStore) {
     makeView(anywhere);
     set(cookie("a"));
