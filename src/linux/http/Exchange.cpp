@@ -14,7 +14,7 @@ constexpr int mostInterimReplies = 10;
 
 // By default the library accepts a connection that ends without a TLS close notification. An
 // attacker could then cut short a response that has no Content-Length.
-// docs/decisions/0022-http-1.md says why HTTP/2 is not offered.
+// docs/decisions/0023-http-1.md says why HTTP/2 is not offered.
 void prepareTls(GTlsConnection* connection) {
     const char* const protocols[] = {"http/1.1", nullptr};
     g_tls_connection_set_require_close_notify(connection, TRUE);
