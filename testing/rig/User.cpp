@@ -181,7 +181,9 @@ void User::awaitKeyboardInPasswordField() const {
 void User::answerPrompt(const std::string& passwordOrCode) const {
     awaitPrompt();
     desktop.screen.keyboard.type(passwordOrCode);
-    click(button("Registreer"));
+    insist(
+        "the prompt is answered", [&] { click(button("Registreer")); },
+        [&] { return !desktop.tree.find(button("Registreer")); });
 }
 
 void User::pressSignInWithPasskey() const {
@@ -198,7 +200,12 @@ void User::awaitSheet() const {
 
 void User::agreeOnSheet() const {
     awaitSheet();
-    click(button("Continue"));
+    insist(
+        "the sheet is agreed to", [&] { click(button("Continue")); },
+        [&] {
+            const auto found = desktop.tree.find(button("Continue"));
+            return !found || !found->isSensitive() || desktop.tree.find(label(passwordQuestion));
+        });
     desktop.tree.await(label(passwordQuestion));
 }
 
@@ -206,7 +213,14 @@ void User::answerSheet(const std::string& loginPassword) const {
     desktop.tree.await(label(passwordQuestion));
     awaitKeyboardInPasswordField();
     desktop.screen.keyboard.type(loginPassword);
-    desktop.screen.press("Return");
+    // The next question, if there is one, has a field of its own.
+    const auto field = desktop.tree.findFocused(Role::passwordText);
+    insist(
+        "the password is taken", [&] { desktop.screen.press("Return"); },
+        [&] {
+            const auto current = desktop.tree.findFocused(Role::passwordText);
+            return !current || !field || current->address() != field->address();
+        });
 }
 
 void User::confirmSheet(const std::string& loginPassword) const {
@@ -226,8 +240,20 @@ void User::awaitAlert(const std::string& text) const {
 }
 
 void User::closeAlert() const {
-    click(button("OK"));
-    desktop.tree.awaitGone(label("Passkey"));
+    insist(
+        "the alert is closed", [&] { click(button("OK")); },
+        [&] { return !desktop.tree.find(label("Passkey")); });
+}
+
+void User::insist(const std::string& effect, const std::function<void()>& action,
+                  const std::function<bool()>& hasHadEffect) const {
+    constexpr std::chrono::seconds patience{1};
+    for (auto waited = 0 * patience; waited < deadline; waited += patience) {
+        action();
+        if (desktop.bus.await(hasHadEffect, patience))
+            return;
+    }
+    throw std::runtime_error("Tried in vain until " + effect + ".");
 }
 
 void User::awaitError(const std::string& text) const {

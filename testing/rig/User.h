@@ -2,6 +2,7 @@
 
 #include "testing/rig/PrivateDesktop.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -53,6 +54,9 @@ private:
     std::optional<Area> placeOnScreen(const Accessible& object, WindowId pageHolder) const;
     std::optional<ScreenWindow> windowOnScreen(const Accessible& window) const;
     void awaitKeyboardInPasswordField() const;
+    /// Does it again until it has had its effect: a dialog that has just appeared takes no answer.
+    void insist(const std::string& effect, const std::function<void()>& action,
+                const std::function<bool()>& hasHadEffect) const;
 
     const PrivateDesktop& desktop;
 };

@@ -58,7 +58,7 @@ protected:
     }
 
     RunningProgram program;
-    gtk::GtkAlertPresenter presenter{program.host};
+    gtk::GtkAlertPresenter presenter{program.host, hurryingClock()};
 };
 
 TEST_F(AlertDialog, SaysWhatTheAlertSays) {
@@ -160,7 +160,7 @@ TEST_F(AlertDialog, ButtonsShareTheWholeLine) {
 TEST_F(AlertDialog, AnsweredItGoesOffTheScreenAndIsNotAnsweredAgain) {
     program.run([&] {
         int answers = 0;
-        gtk::AlertDialog held(result("Passkey"), nullptr,
+        gtk::AlertDialog held(result("Passkey"), nullptr, hurryingClock(),
                               [&](const platform::AlertOutcome&) { ++answers; });
         held.present();
         dialog("Passkey");

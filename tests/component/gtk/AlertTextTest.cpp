@@ -43,7 +43,7 @@ protected:
     static constexpr int narrowest = 250;
 
     RunningProgram program;
-    gtk::GtkAlertPresenter presenter{program.host};
+    gtk::GtkAlertPresenter presenter{program.host, hurryingClock()};
 };
 
 TEST_F(AlertText, LongOneIsScrolledWithTheKeyboard) {

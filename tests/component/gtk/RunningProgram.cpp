@@ -155,6 +155,12 @@ void RunningProgram::click(Gtk::Widget& widget) {
     screen.click(box.x + box.width / 2, box.y + box.height / 2);
 }
 
+SteadyNow hurryingClock() {
+    return [time = std::chrono::steady_clock::time_point{}]() mutable {
+        return time += std::chrono::hours(1);
+    };
+}
+
 std::vector<Gtk::Widget*> widgetsIn(Gtk::Widget& root) {
     std::vector<Gtk::Widget*> found{&root};
     for (auto* child = root.get_first_child(); child; child = child->get_next_sibling()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "base/async/Spawn.h"
 #include "component/gtk/FakeApp.h"
 #include "component/gtk/Screen.h"
@@ -62,6 +63,9 @@ public:
     Screen screen;
     int status = -1;
 };
+
+/// A clock on which an hour passes between any two looks, so that no time has to be waited for.
+SteadyNow hurryingClock();
 
 /// The root and all its descendants, visible or not, in drawing order.
 std::vector<Gtk::Widget*> widgetsIn(Gtk::Widget& root);

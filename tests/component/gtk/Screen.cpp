@@ -22,6 +22,16 @@ void Screen::press(unsigned key, const std::vector<screen::KeySymbol>& modifiers
     connection.sync();
 }
 
+void Screen::keyDown(unsigned key) {
+    keyboard.down(key);
+    connection.sync();
+}
+
+void Screen::keyUp(unsigned key) {
+    keyboard.up(key);
+    connection.sync();
+}
+
 void Screen::type(const std::string& text) {
     keyboard.type(text);
     connection.sync();

@@ -28,6 +28,9 @@ public:
     /// Presses and releases a key (GDK_KEY_...) while the modifiers are held.
     void press(unsigned key, const std::vector<screen::KeySymbol>& modifiers = {});
     void type(const std::string& text);
+    /// The server repeats a key that stays down.
+    void keyDown(unsigned key);
+    void keyUp(unsigned key);
     void click(int x, int y);
     /// Moves the pointer there and holds the button and the modifier down.
     void hold(int x, int y, unsigned button, unsigned modifier);

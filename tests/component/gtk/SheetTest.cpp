@@ -86,7 +86,7 @@ protected:
     bool isGone() { return program.windowsOnScreen().size() == 1; }
 
     RunningProgram program;
-    gtk::GtkPasskeySheetFactory factory;
+    gtk::GtkPasskeySheetFactory factory{hurryingClock()};
     authenticator::Ceremony ceremony = authenticator::Ceremony::signIn;
     std::unique_ptr<authenticator::PasskeySheet> sheet;
 };

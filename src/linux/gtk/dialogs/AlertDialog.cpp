@@ -54,9 +54,11 @@ Gtk::ScrolledWindow* makeScroll(Gtk::Widget& text) {
 
 } // namespace
 
-AlertDialog::AlertDialog(const platform::Alert& alert, Gtk::Window* parent,
+AlertDialog::AlertDialog(const platform::Alert& alert, Gtk::Window* parent, SteadyNow now,
                          std::function<void(platform::AlertOutcome)> answered)
-    : ModalWindow(parent), answered(std::move(answered)) {
+    : ModalWindow(parent),
+      answered(std::move(answered)),
+      guard(*this, std::move(now), [] { return false; }) {
     if (!alert.messageText.empty())
         set_title(alert.messageText);
     setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG);

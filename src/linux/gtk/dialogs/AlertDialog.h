@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/gtk/dialogs/ConfirmationGuard.h"
 #include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
 #include "platform/Alert.h"
@@ -14,7 +15,7 @@ namespace kelo::gtk {
 class AlertDialog final : public ModalWindow {
 public:
     /// answered is called at most once.
-    AlertDialog(const platform::Alert& alert, Gtk::Window* parent,
+    AlertDialog(const platform::Alert& alert, Gtk::Window* parent, SteadyNow now,
                 std::function<void(platform::AlertOutcome)> answered);
 
 protected:
@@ -29,6 +30,7 @@ private:
     std::unique_ptr<SecretEntry> field;
     int buttonCount = 0;
     std::function<void(platform::AlertOutcome)> answered;
+    ConfirmationGuard guard;
 };
 
 } // namespace kelo::gtk

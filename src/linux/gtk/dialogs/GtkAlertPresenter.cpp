@@ -5,6 +5,7 @@
 #include "linux/gtk/kit/ProgramWindow.h"
 
 #include <optional>
+#include <utility>
 
 namespace kelo::gtk {
 
@@ -21,15 +22,15 @@ Gtk::Window* activeOrRecentWindow(platform::Application& application) {
 
 } // namespace
 
-GtkAlertPresenter::GtkAlertPresenter(platform::Application& application)
-    : application(application) {}
+GtkAlertPresenter::GtkAlertPresenter(platform::Application& application, SteadyNow now)
+    : application(application), now(std::move(now)) {}
 
 Task<platform::AlertOutcome> GtkAlertPresenter::runModal(platform::Alert alert) {
     std::optional<AlertDialog> dialog;
     auto* parent = activeOrRecentWindow(application);
     co_return co_await withCheckedContinuation<platform::AlertOutcome>(
-        [&dialog, &alert, parent](CheckedContinuation<platform::AlertOutcome> answered) {
-            dialog.emplace(alert, parent, [answered](platform::AlertOutcome outcome) {
+        [this, &dialog, &alert, parent](CheckedContinuation<platform::AlertOutcome> answered) {
+            dialog.emplace(alert, parent, now, [answered](platform::AlertOutcome outcome) {
                 answered.resume(std::move(outcome));
             });
             dialog->present();

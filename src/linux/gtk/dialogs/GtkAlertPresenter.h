@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "platform/Alert.h"
 #include "platform/Application.h"
 
@@ -10,12 +11,14 @@ namespace kelo::gtk {
 class GtkAlertPresenter final : public platform::AlertPresenter {
 public:
     /// The application must outlive the presenter. The presenter must outlive its tasks.
-    explicit GtkAlertPresenter(platform::Application& application);
+    explicit GtkAlertPresenter(platform::Application& application,
+                               SteadyNow now = std::chrono::steady_clock::now);
 
     Task<platform::AlertOutcome> runModal(platform::Alert alert) override;
 
 private:
     platform::Application& application;
+    SteadyNow now;
 };
 
 } // namespace kelo::gtk

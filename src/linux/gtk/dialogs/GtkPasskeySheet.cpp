@@ -14,7 +14,7 @@ namespace {
 
 class GtkPasskeySheet final : public authenticator::PasskeySheet {
 public:
-    explicit GtkPasskeySheet(Gtk::Window* parent);
+    GtkPasskeySheet(Gtk::Window* parent, SteadyNow now);
 
     Task<std::optional<std::size_t>> confirm(authenticator::ConsentRequest request) override;
     Task<std::optional<SecretText>> ask(authenticator::VerificationPrompt prompt) override;
@@ -38,8 +38,8 @@ private:
     PasskeySheetWindow window;
 };
 
-GtkPasskeySheet::GtkPasskeySheet(Gtk::Window* parent)
-    : window(parent,
+GtkPasskeySheet::GtkPasskeySheet(Gtk::Window* parent, SteadyNow now)
+    : window(parent, std::move(now),
              {[this](std::size_t account) { agreed(account); },
               [this](SecretText text) { answered(std::move(text)); }, [this] { cancelled(); }}) {}
 
@@ -105,9 +105,11 @@ void GtkPasskeySheet::cancelled() {
 
 } // namespace
 
+GtkPasskeySheetFactory::GtkPasskeySheetFactory(SteadyNow now) : now(std::move(now)) {}
+
 std::unique_ptr<authenticator::PasskeySheet>
 GtkPasskeySheetFactory::makeSheet(std::shared_ptr<platform::Window> anchor) {
-    return std::make_unique<GtkPasskeySheet>(WindowHandle::resolve(anchor));
+    return std::make_unique<GtkPasskeySheet>(WindowHandle::resolve(anchor), now);
 }
 
 } // namespace kelo::gtk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "authenticator/consent/PasskeySheet.h"
+#include "base/Clock.h"
 
 #include <memory>
 
@@ -11,9 +12,14 @@ namespace kelo::gtk {
 /// destroyed never resumes. Main thread only.
 class GtkPasskeySheetFactory final : public authenticator::PasskeySheetFactory {
 public:
+    explicit GtkPasskeySheetFactory(SteadyNow now = std::chrono::steady_clock::now);
+
     /// If the anchor is null or not on the screen, the sheet has no parent window.
     std::unique_ptr<authenticator::PasskeySheet>
     makeSheet(std::shared_ptr<platform::Window> anchor) override;
+
+private:
+    SteadyNow now;
 };
 
 } // namespace kelo::gtk

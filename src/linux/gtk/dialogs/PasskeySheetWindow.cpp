@@ -50,8 +50,10 @@ Gtk::Label* makeAccount(const std::string& name) {
 
 } // namespace
 
-PasskeySheetWindow::PasskeySheetWindow(Gtk::Window* parent, Actions actions)
-    : ModalWindow(parent), actions(std::move(actions)) {
+PasskeySheetWindow::PasskeySheetWindow(Gtk::Window* parent, SteadyNow now, Actions actions)
+    : ModalWindow(parent),
+      actions(std::move(actions)),
+      guard(*this, std::move(now), [this] { return refusesEnter(); }) {
     column.set_size_request(sheetWidth, -1);
     setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_DIALOG);
     buildHeading();
@@ -112,6 +114,8 @@ void PasskeySheetWindow::buildVerification() {
     wrapCentred(statusText);
     setAccessibleRole(statusText, GTK_ACCESSIBLE_ROLE_ALERT);
     statusLine.set_visible(false);
+    statusLine.set_focusable();
+    setAccessibleRole(statusLine, GTK_ACCESSIBLE_ROLE_STATUS);
     question.set_halign(Gtk::Align::START);
     question.set_wrap();
     question.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
@@ -198,6 +202,7 @@ void PasskeySheetWindow::showQuestion(const authenticator::VerificationPrompt& p
     answerPlace.append(*answer);
     question.set_text(prompt.text);
     updateLook();
+    guard.restart();
     present();
     answer->focus();
 }
@@ -232,11 +237,22 @@ void PasskeySheetWindow::proceed() {
 void PasskeySheetWindow::startWaiting() {
     phase = Phase::waiting;
     status = {Status::Kind::placeholder, "One moment…"};
+    updateStatus();
+    // On Cancel, a second Enter would end what the first one has begun. Here a screen reader says
+    // what is waited for. The focus moves before the entry disappears: the toolkit would hand it to
+    // Cancel.
+    set_focus(statusLine);
     updateLook();
-    cancelButton.grab_focus();
+}
+
+// Each wrong answer counts towards the locking of the account, and an empty one is nearly always a
+// slip. For modules that wait for just that, the Continue button gives it.
+bool PasskeySheetWindow::refusesEnter() const {
+    return phase == Phase::question && answer->isEmpty() && get_focus() != &cancelButton;
 }
 
 void PasskeySheetWindow::updateLook() {
+    updateStatus();
     for (auto* choice : choices)
         choice->set_sensitive(phase == Phase::consent);
     // Only hidden, because the entry may still be inside its own event handling. The next question
@@ -244,13 +260,16 @@ void PasskeySheetWindow::updateLook() {
     question.set_visible(phase == Phase::question);
     answerPlace.set_visible(phase == Phase::question);
     continueButton.set_sensitive(phase != Phase::waiting);
+}
 
+void PasskeySheetWindow::updateStatus() {
     const bool isError = status.kind == Status::Kind::error;
     if (isError)
         statusText.add_css_class("kelo-red");
     else
         statusText.remove_css_class("kelo-red");
     statusText.set_text(status.text);
+    setAccessibleName(statusLine, status.text);
     spinner.set_visible(phase == Phase::waiting && !isError);
     spinner.set_spinning(spinner.get_visible());
     statusLine.set_visible(status.kind != Status::Kind::none);

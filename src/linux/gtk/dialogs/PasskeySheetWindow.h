@@ -1,6 +1,7 @@
 #pragma once
 
 #include "authenticator/consent/PasskeySheet.h"
+#include "linux/gtk/dialogs/ConfirmationGuard.h"
 #include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
 
@@ -27,7 +28,7 @@ public:
         std::function<void(SecretText answer)> answered;
         std::function<void()> cancelled;
     };
-    PasskeySheetWindow(Gtk::Window* parent, Actions actions);
+    PasskeySheetWindow(Gtk::Window* parent, SteadyNow now, Actions actions);
     ~PasskeySheetWindow() override;
 
     void showConsent(const authenticator::ConsentRequest& request);
@@ -46,7 +47,9 @@ private:
     void fillAccounts(const std::vector<std::string>& names);
     void proceed();
     void startWaiting();
+    void updateStatus();
     void updateLook();
+    bool refusesEnter() const;
     std::size_t chosenAccount() const;
 
     /// Who has to act next: the user, by agreeing or by answering, or the program.
@@ -76,6 +79,7 @@ private:
     std::unique_ptr<SecretEntry> answer;
     Gtk::Button cancelButton{"Cancel"};
     Gtk::Button continueButton{"Continue"};
+    ConfirmationGuard guard;
 };
 
 } // namespace kelo::gtk

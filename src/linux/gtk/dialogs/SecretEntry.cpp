@@ -49,6 +49,10 @@ void SecretEntry::focus() {
     line->grab_focus();
 }
 
+bool SecretEntry::isEmpty() const {
+    return *gtk_editable_get_text(GTK_EDITABLE(line->gobj())) == '\0';
+}
+
 SecretText SecretEntry::take() {
     auto* editable = GTK_EDITABLE(line->gobj());
     // Read directly from the toolkit's buffer, which is overwritten when the text is replaced. A

@@ -20,6 +20,7 @@ public:
     void setPlaceholder(const std::string& text);
     void setName(const std::string& name); ///< for assistive technology
     void focus();
+    bool isEmpty() const;
     /// Returns the text and clears the entry.
     SecretText take();
 
