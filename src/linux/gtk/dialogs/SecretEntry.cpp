@@ -1,9 +1,9 @@
 #include "linux/gtk/dialogs/SecretEntry.h"
 
+#include "linux/gtk/dialogs/MaskedEntry.h"
 #include "linux/gtk/kit/Accessibility.h"
 
 #include <gtkmm/entry.h>
-#include <gtkmm/passwordentry.h>
 #include <gtkmm/window.h>
 
 namespace kelo::gtk {
@@ -12,7 +12,7 @@ namespace {
 
 Gtk::Widget* makeLine(SecretEntry::Display display) {
     if (display == SecretEntry::Display::masked)
-        return Gtk::make_managed<Gtk::PasswordEntry>();
+        return Gtk::manage(Glib::wrap(makeMaskedEntry()));
     return Gtk::make_managed<Gtk::Entry>();
 }
 
@@ -49,17 +49,20 @@ void SecretEntry::focus() {
     line->grab_focus();
 }
 
+GtkEditable* SecretEntry::text() const {
+    return display == Display::masked ? ownTextOf(line->gobj()) : GTK_EDITABLE(line->gobj());
+}
+
 bool SecretEntry::isEmpty() const {
-    return *gtk_editable_get_text(GTK_EDITABLE(line->gobj())) == '\0';
+    return *gtk_editable_get_text(text()) == '\0';
 }
 
 SecretText SecretEntry::take() {
-    auto* editable = GTK_EDITABLE(line->gobj());
     // Read directly from the toolkit's buffer, which is overwritten when the text is replaced. A
     // ustring would be another copy.
-    SecretText text{std::string_view(gtk_editable_get_text(editable))};
-    gtk_editable_set_text(editable, "");
-    return text;
+    SecretText taken{std::string_view(gtk_editable_get_text(text()))};
+    gtk_editable_set_text(text(), "");
+    return taken;
 }
 
 } // namespace kelo::gtk

@@ -25,6 +25,8 @@ public:
     SecretText take();
 
 private:
+    GtkEditable* text() const;
+
     Display display;
     Gtk::Widget* line;
 };
