@@ -4,9 +4,9 @@
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/update/DesktopUpdater.h"
-#include "linux/webkit/ExternalLinks.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
 #include "linux/webkit/WebKitSession.h"
+#include "linux/webkit/navigation/ExternalLinks.h"
 
 #include <utility>
 

@@ -6,14 +6,14 @@
 #include "linux/webkit/CaretBrowsing.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/EngineHandles.h"
-#include "linux/webkit/ErrorPage.h"
 #include "linux/webkit/MediaPermission.h"
-#include "linux/webkit/NavigationPolicy.h"
-#include "linux/webkit/PageLoad.h"
 #include "linux/webkit/ScriptDialogs.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
+#include "linux/webkit/navigation/ErrorPage.h"
+#include "linux/webkit/navigation/NavigationPolicy.h"
+#include "linux/webkit/navigation/PageLoad.h"
 
 #include <utility>
 

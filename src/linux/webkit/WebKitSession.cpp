@@ -3,7 +3,7 @@
 #include "base/Invariant.h"
 #include "deployment/Deployment.h"
 #include "linux/webkit/CertificateProbe.h"
-#include "linux/webkit/Downloads.h"
+#include "linux/webkit/navigation/Downloads.h"
 
 #include <glib/gstdio.h>
 

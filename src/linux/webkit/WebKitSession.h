@@ -2,7 +2,7 @@
 
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
-#include "linux/webkit/ExternalLinks.h"
+#include "linux/webkit/navigation/ExternalLinks.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>

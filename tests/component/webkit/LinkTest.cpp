@@ -1,6 +1,6 @@
 #include "component/webkit/WebKitFixture.h"
 
-#include "linux/webkit/Downloads.h"
+#include "linux/webkit/navigation/Downloads.h"
 
 #include <gmock/gmock.h>
 

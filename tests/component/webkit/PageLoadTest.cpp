@@ -1,4 +1,4 @@
-#include "linux/webkit/PageLoad.h"
+#include "linux/webkit/navigation/PageLoad.h"
 #include "fakes/FakeMainLoop.h"
 
 #include <gtest/gtest.h>

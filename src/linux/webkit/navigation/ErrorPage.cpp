@@ -1,4 +1,4 @@
-#include "linux/webkit/ErrorPage.h"
+#include "linux/webkit/navigation/ErrorPage.h"
 
 #include "linux/gobject/GObjectPointer.h"
 

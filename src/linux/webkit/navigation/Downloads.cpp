@@ -1,4 +1,4 @@
-#include "linux/webkit/Downloads.h"
+#include "linux/webkit/navigation/Downloads.h"
 
 #include "linux/gobject/GObjectPointer.h"
 

@@ -1,4 +1,4 @@
-#include "linux/webkit/ExternalLinks.h"
+#include "linux/webkit/navigation/ExternalLinks.h"
 
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/startup/RendererChoice.h"

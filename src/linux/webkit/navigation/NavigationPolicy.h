@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Url.h"
-#include "linux/webkit/ExternalLinks.h"
+#include "linux/webkit/navigation/ExternalLinks.h"
 
 #include <webkit/webkit.h>
 

@@ -1,8 +1,8 @@
-#include "linux/webkit/NavigationPolicy.h"
+#include "linux/webkit/navigation/NavigationPolicy.h"
 
 #include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
-#include "linux/webkit/ErrorPage.h"
+#include "linux/webkit/navigation/ErrorPage.h"
 
 #include <array>
 #include <string>
