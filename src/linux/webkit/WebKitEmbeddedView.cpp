@@ -5,8 +5,8 @@
 #include "linux/http/TransportErrors.h"
 #include "linux/webkit/CaretBrowsing.h"
 #include "linux/webkit/CertificateProbe.h"
-#include "linux/webkit/EngineHandles.h"
 #include "linux/webkit/MediaPermission.h"
+#include "linux/webkit/NativeView.h"
 #include "linux/webkit/ScriptDialogs.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
@@ -19,56 +19,9 @@
 
 namespace kelo::webkit {
 
-using platform::InjectionTime;
 using platform::UrlRequest;
-using platform::UserScript;
-using platform::WebViewConfiguration;
 
 namespace {
-
-void addScript(WebKitUserContentManager* manager, const UserScript& script) {
-    const UserScriptPointer native(
-        webkit_user_script_new(script.source.c_str(),
-                               script.forMainFrameOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME
-                                                       : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
-                               script.injectionTime == InjectionTime::atDocumentStart
-                                   ? WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START
-                                   : WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
-                               nullptr, nullptr));
-    webkit_user_content_manager_add_script(manager, native.get());
-}
-
-gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* session,
-                                                      platform::Rectangle frame,
-                                                      const WebViewConfiguration& configuration) {
-    const auto content =
-        gobject::GObjectPointer<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
-    for (const UserScript& script : configuration.userScripts)
-        addScript(content.get(), script);
-
-    const auto settings = gobject::GObjectPointer<WebKitSettings>::adopt(webkit_settings_new());
-    // This setting does not affect user scripts.
-    webkit_settings_set_enable_javascript_markup(settings.get(),
-                                                 configuration.allowsContentJavaScript);
-    // MediaPermission enables it once there is a delegate.
-    webkit_settings_set_enable_media_stream(settings.get(), FALSE);
-
-    const auto policies = gobject::GObjectPointer<WebKitWebsitePolicies>::adopt(
-        webkit_website_policies_new_with_policies("autoplay",
-                                                  configuration.allowsAutoplay
-                                                      ? WEBKIT_AUTOPLAY_ALLOW
-                                                      : WEBKIT_AUTOPLAY_ALLOW_WITHOUT_SOUND,
-                                                  nullptr));
-    auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(g_object_new(
-        WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager", content.get(),
-        "settings", settings.get(), "website-policies", policies.get(), nullptr)));
-    gtk_widget_set_hexpand(GTK_WIDGET(view.get()), TRUE);
-    gtk_widget_set_vexpand(GTK_WIDGET(view.get()), TRUE);
-    if (frame.width > 0 && frame.height > 0)
-        gtk_widget_set_size_request(GTK_WIDGET(view.get()), static_cast<int>(frame.width),
-                                    static_cast<int>(frame.height));
-    return view;
-}
 
 // The load was replaced by another, or became a download.
 bool isReplaced(const GError& error) {
@@ -87,33 +40,20 @@ bool isLostByTheEngine(const GError& error) {
             error.code == internalError);
 }
 
-gobject::GObjectPointer<WebKitURIRequest> nativeRequest(const UrlRequest& request) {
-    auto native = gobject::GObjectPointer<WebKitURIRequest>::adopt(
-        webkit_uri_request_new(request.url.absoluteString().c_str()));
-    switch (request.cachePolicy) {
-    case platform::CachePolicy::useProtocolCachePolicy:
-        break; // What the engine does by default.
-    }
-    SoupMessageHeaders* const headers = webkit_uri_request_get_http_headers(native.get());
-    for (const auto& [name, value] : request.headers)
-        if (headers)
-            soup_message_headers_append(headers, name.c_str(), value.c_str());
-    return native;
-}
-
 } // namespace
 
 WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Rectangle frame,
-                                       const WebViewConfiguration& configuration)
+                                       const platform::WebViewConfiguration& configuration)
     : session(shared.networkSession(configuration.websiteDataStore)),
       probe(shared.certificateProbe()),
       authority(shared.settings().authority),
       view(makeNativeView(session.get(), frame, configuration)),
+      openExternally(shared.settings().openExternally),
+      shown(shared.settings().service),
       pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
       cookies(std::make_unique<WebKitCookieStore>(session.get())),
-      policy(std::make_unique<NavigationPolicy>(
-          shared.settings().service, configuration.linksOpenInBrowser,
-          shared.settings().openExternally, [this] { tryAgain(); })),
+      policy(std::make_unique<NavigationPolicy>(shown, configuration.linksOpenInBrowser,
+                                                openExternally, [this] { tryAgain(); })),
       messages(std::make_unique<ScriptMessages>(
           *this, webkit_web_view_get_user_content_manager(view.get()), shared.settings().service,
           configuration.scriptMessageHandlers)),
@@ -228,6 +168,28 @@ platform::CookieStore& WebKitEmbeddedView::cookieStore() {
     return *cookies;
 }
 
+std::optional<std::string> WebKitEmbeddedView::foreignHost() const {
+    return shown.isForeign() ? std::optional(shown.host()) : std::nullopt;
+}
+
+void WebKitEmbeddedView::returnToService() {
+    load(UrlRequest{shown.service});
+}
+
+void WebKitEmbeddedView::openInBrowser() {
+    if (const auto address = shown.addressForBrowser())
+        openExternally(*address);
+}
+
+void WebKitEmbeddedView::setPageObserver(std::weak_ptr<const std::function<void()>> newObserver) {
+    pageObserver = std::move(newObserver);
+}
+
+void WebKitEmbeddedView::tellPageObserver() const {
+    if (const auto observer = pageObserver.lock())
+        (*observer)();
+}
+
 void WebKitEmbeddedView::setNavigationDelegate(
     std::weak_ptr<platform::NavigationDelegate> newDelegate) {
     delegate = std::move(newDelegate);
@@ -259,6 +221,8 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         pageLoad->committed();
         mediaPermission->pageChanged(pageLoad->isPage() ? webkit_web_view_get_uri(view.get())
                                                         : nullptr);
+        shown.committed(webkit_web_view_get_uri(view.get()));
+        tellPageObserver();
         break;
     case WEBKIT_LOAD_FINISHED: {
         mediaPermission->navigationEnded();
@@ -284,7 +248,19 @@ void WebKitEmbeddedView::resourceStarted(WebKitWebResource* resource) {
 
 bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     pageLoad->failed();
-    if (pageLoad->awaitsErrorPage() || isReplaced(error))
+    if (pageLoad->awaitsErrorPage())
+        return true;
+    const std::optional<Url> url = Url::parse(address);
+    // Only a redirect gets this far. The policy has stopped it.
+    if (url && url->scheme() == "http") {
+        showErrorPage("This page is not secure",
+                      "It leads to " + url->host() +
+                          " without encryption, so that others could read and change what is "
+                          "sent. Ask those who run the service.",
+                      address);
+        return true;
+    }
+    if (isReplaced(error))
         return true;
     g_warning("%s did not load: %s %d: %s", http::loggedAddress(address).c_str(),
               g_quark_to_string(error.domain), error.code, error.message);
@@ -294,7 +270,6 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
         loadAgain(address);
         return true;
     }
-    const std::optional<Url> url = Url::parse(address);
     const std::string sentence =
         url ? http::transportError(error, http::TransferPhase::connecting, *url)
                   .localizedDescription()

@@ -3,11 +3,13 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/WebKitSession.h"
-#include "linux/window/HostedWidget.h"
+#include "linux/webkit/navigation/ShownPage.h"
+#include "linux/window/HostedPage.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,7 +27,7 @@ class WebKitCookieStore;
 /// EmbeddedWebView on WebKitGTK. A load that fails or times out shows an error page with the
 /// reason. The page may use the microphone and the camera if the user interface delegate grants it;
 /// every other permission is denied.
-class WebKitEmbeddedView final : public platform::EmbeddedWebView, public window::HostedWidget {
+class WebKitEmbeddedView final : public platform::EmbeddedWebView, public window::HostedPage {
 public:
     /// The least size that the widget asks for is the frame's, unless the frame is empty. The view
     /// may outlive the session object.
@@ -44,6 +46,10 @@ public:
     platform::CookieStore& cookieStore() override;
 
     GtkWidget* widget() override { return GTK_WIDGET(view.get()); }
+    std::optional<std::string> foreignHost() const override;
+    void returnToService() override;
+    void openInBrowser() override;
+    void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override;
 
 private:
     void connectLoadSignals();
@@ -51,6 +57,7 @@ private:
     template <typename Function>
     void connect(const char* signal, Function* handler);
 
+    void tellPageObserver() const;
     void startLoad(const platform::UrlRequest& request);
     void loadAgain(const std::string& address);
     void loadChanged(WebKitLoadEvent event);
@@ -71,6 +78,8 @@ private:
     std::shared_ptr<CertificateProbe> probe;
     std::shared_ptr<const http::TrustedAuthority> authority;
     gobject::GObjectPointer<WebKitWebView> view;
+    ExternalOpener openExternally;
+    ShownPage shown;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;
@@ -79,6 +88,7 @@ private:
     std::unique_ptr<ScriptDialogs> scriptDialogs;
     std::unique_ptr<SwipeGestures> swipes;
     std::weak_ptr<platform::NavigationDelegate> delegate;
+    std::weak_ptr<const std::function<void()>> pageObserver;
     // Last: disconnected before anything that the handlers use is destroyed.
     std::vector<gobject::SignalConnection> connections;
     gobject::SignalConnection documentConnection;

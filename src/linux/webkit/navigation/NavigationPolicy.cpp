@@ -1,5 +1,7 @@
 #include "linux/webkit/navigation/NavigationPolicy.h"
 
+#include "base/async/Spawn.h"
+#include "linux/gobject/AsyncResult.h"
 #include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/webkit/navigation/ErrorPage.h"
@@ -23,8 +25,8 @@ std::string schemeOf(const std::string& address) {
 }
 
 bool isShownByTheEngine(std::string_view scheme) {
-    constexpr std::array<std::string_view, 7> known = {"https", "http", "about",     "blob",
-                                                       "data",  "ws",   "javascript"};
+    constexpr std::array<std::string_view, 6> known = {"https", "about", "blob",
+                                                       "data",  "ws",    "javascript"};
     for (const auto candidate : known)
         if (scheme == candidate)
             return true;
@@ -50,11 +52,51 @@ bool isAttachment(WebKitURIResponse* response) {
     return owned && g_ascii_strcasecmp(owned.get(), "attachment") == 0;
 }
 
+bool isFollowedLink(WebKitNavigationAction* action) {
+    return webkit_navigation_action_is_user_gesture(action) &&
+           webkit_navigation_action_get_navigation_type(action) ==
+               WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+}
+
+using DecisionPointer = gobject::GObjectPointer<WebKitPolicyDecision>;
+
+// The engine does not say which frame a link belongs to. But a click or a key goes to the frame
+// with the focus. In a world of our own, because the page's scripts can replace "activeElement".
+constexpr const char* focusIsInAFrame = R"((() => {
+  let focus = document.activeElement;
+  while (focus?.shadowRoot?.activeElement) focus = focus.shadowRoot.activeElement;
+  return /^(iframe|frame|object|embed)$/.test(focus?.localName);
+})())";
+
+Task<bool> comesFromAFrame(gobject::GObjectPointer<WebKitWebView> view) {
+    const auto start = [&view](GAsyncReadyCallback ready, gpointer data) {
+        webkit_web_view_evaluate_javascript(view.get(), focusIsInAFrame, -1, "kelo-links", nullptr,
+                                            nullptr, ready, data);
+    };
+    const auto result = co_await gobject::asyncResult(start);
+    const auto answer = gobject::GObjectPointer<JSCValue>::adopt(
+        webkit_web_view_evaluate_javascript_finish(view.get(), result.get(), nullptr));
+    co_return answer.get() && jsc_value_to_boolean(answer.get());
+}
+
+// A frame follows its links itself: what the service embeds is no reason to leave the program.
+Task<void> openOutsideUnlessFromAFrame(gobject::GObjectPointer<WebKitWebView> view,
+                                       DecisionPointer decision, std::string address,
+                                       ExternalOpener open) {
+    const bool isOfAFrame = co_await comesFromAFrame(view);
+    if (isOfAFrame) {
+        webkit_policy_decision_use(decision.get());
+        co_return;
+    }
+    webkit_policy_decision_ignore(decision.get());
+    open(address);
+}
+
 } // namespace
 
-NavigationPolicy::NavigationPolicy(Url service, bool linksOpenInBrowser,
+NavigationPolicy::NavigationPolicy(const ShownPage& shown, bool linksOpenInBrowser,
                                    ExternalOpener openExternally, std::function<void()> tryAgain)
-    : service(std::move(service)),
+    : shown(shown),
       linksOpenInBrowser(linksOpenInBrowser),
       openExternally(std::move(openExternally)),
       tryAgain(std::move(tryAgain)) {}
@@ -77,17 +119,6 @@ bool NavigationPolicy::decide(WebKitWebView* view, WebKitPolicyDecision* decisio
     return false;
 }
 
-bool NavigationPolicy::belongsInBrowser(WebKitWebView* view, WebKitNavigationAction* action) const {
-    if (!linksOpenInBrowser || !webkit_navigation_action_is_user_gesture(action) ||
-        webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_LINK_CLICKED)
-        return false;
-    const auto withoutFragment = [](const std::string& address) {
-        return address.substr(0, address.find('#'));
-    };
-    const char* const shown = webkit_web_view_get_uri(view);
-    return withoutFragment(addressOf(action)) != withoutFragment(shown ? shown : "");
-}
-
 bool NavigationPolicy::decideNavigation(WebKitWebView* view, WebKitPolicyDecision* decision,
                                         WebKitNavigationAction* action) {
     const std::string address = addressOf(action);
@@ -97,17 +128,47 @@ bool NavigationPolicy::decideNavigation(WebKitWebView* view, WebKitPolicyDecisio
         return true;
     }
     const std::string scheme = schemeOf(address);
-    if ((scheme == "https" || scheme == "http") && belongsInBrowser(view, action)) {
+    const bool isFollowed = isFollowedLink(action);
+    // In frames, too, where the engine would refuse it later.
+    if (scheme == "http") {
         webkit_policy_decision_ignore(decision);
-        openExternally(address);
+        if (isFollowed)
+            openExternally(address);
         return true;
     }
+    if (scheme == "https" && isFollowed && !webkit_navigation_action_is_redirect(action))
+        return decideLink(view, decision, address);
     if (isShownByTheEngine(scheme))
         return false;
     webkit_policy_decision_ignore(decision);
     if (mayOpenAnotherProgram(scheme) && webkit_navigation_action_is_user_gesture(action))
         openExternally(address);
     return true;
+}
+
+bool NavigationPolicy::decideLink(WebKitWebView* view, WebKitPolicyDecision* decision,
+                                  const std::string& address) {
+    if (linksOpenInBrowser) {
+        if (!leavesThePage(view, address))
+            return false;
+        webkit_policy_decision_ignore(decision);
+        openExternally(address);
+        return true;
+    }
+    const std::optional<Url> url = Url::parse(address);
+    if (url && (url->hasSameOrigin(shown.service) || shown.belongsTo(*url)))
+        return false;
+    spawn(openOutsideUnlessFromAFrame(gobject::GObjectPointer<WebKitWebView>::share(view),
+                                      DecisionPointer::share(decision), address, openExternally));
+    return true;
+}
+
+bool NavigationPolicy::leavesThePage(WebKitWebView* view, const std::string& address) const {
+    const auto withoutFragment = [](const std::string& whole) {
+        return whole.substr(0, whole.find('#'));
+    };
+    const char* const current = webkit_web_view_get_uri(view);
+    return withoutFragment(address) != withoutFragment(current ? current : "");
 }
 
 void NavigationPolicy::decideNewWindow(WebKitWebView* view, WebKitPolicyDecision* decision,
@@ -117,7 +178,7 @@ void NavigationPolicy::decideNewWindow(WebKitWebView* view, WebKitPolicyDecision
         return;
     const std::string address = addressOf(action);
     const std::optional<Url> url = Url::parse(address);
-    if (url && url->hasSameOrigin(service))
+    if (url && url->hasSameOrigin(shown.service))
         webkit_web_view_load_uri(view, address.c_str());
     else if ((url && (url->scheme() == "https" || url->scheme() == "http")) ||
              mayOpenAnotherProgram(schemeOf(address)))

@@ -1,22 +1,29 @@
 #pragma once
 
-#include "base/Url.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
+#include "linux/webkit/navigation/ShownPage.h"
 
 #include <webkit/webkit.h>
 
 #include <functional>
+#include <string>
 
 namespace kelo::webkit {
 
 /// Decides where a navigation leads: into the view, to another program, into the downloads folder,
-/// or nowhere. There are no new windows: a link that asks for one opens in the view if it leads to
-/// the service, otherwise in the browser.
+/// or nowhere.
+///
+/// A link that the user follows to another origin than the service's or the shown page's opens in
+/// the browser. Redirects, forms and scripts may lead the view anywhere: the service may sign its
+/// users in through another host. Nothing is loaded over plain http.
+///
+/// There are no new windows: a link that asks for one opens in the view if it leads to the service,
+/// otherwise in the browser.
 class NavigationPolicy {
 public:
-    /// linksOpenInBrowser: as in WebViewConfiguration. tryAgain is called when the user clicks "Try
-    /// again" on an error page.
-    NavigationPolicy(Url service, bool linksOpenInBrowser, ExternalOpener openExternally,
+    /// shown: of the view; must outlive this. linksOpenInBrowser: as in WebViewConfiguration.
+    /// tryAgain is called when the user clicks "Try again" on an error page.
+    NavigationPolicy(const ShownPage& shown, bool linksOpenInBrowser, ExternalOpener openExternally,
                      std::function<void()> tryAgain);
 
     /// True if the decision was made; false leaves it to the engine.
@@ -25,12 +32,14 @@ public:
 private:
     bool decideNavigation(WebKitWebView* view, WebKitPolicyDecision* decision,
                           WebKitNavigationAction* action);
-    bool belongsInBrowser(WebKitWebView* view, WebKitNavigationAction* action) const;
+    bool decideLink(WebKitWebView* view, WebKitPolicyDecision* decision,
+                    const std::string& address);
+    bool leavesThePage(WebKitWebView* view, const std::string& address) const;
     void decideNewWindow(WebKitWebView* view, WebKitPolicyDecision* decision,
                          WebKitNavigationAction* action);
     bool decideResponse(WebKitPolicyDecision* decision, WebKitResponsePolicyDecision* response);
 
-    Url service;
+    const ShownPage& shown;
     bool linksOpenInBrowser;
     ExternalOpener openExternally;
     std::function<void()> tryAgain;

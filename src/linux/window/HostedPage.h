@@ -1,0 +1,27 @@
+#pragma once
+
+#include "linux/window/HostedWidget.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kelo::window {
+
+/// A hosted widget that shows pages of the service, and at times of others, who sign its users in.
+/// Main thread only.
+class HostedPage : public HostedWidget {
+public:
+    /// The host of the shown page if it is not the service's, spelled as in requests, with the port
+    /// if that is unusual. Empty for a page without a host.
+    virtual std::optional<std::string> foreignHost() const = 0;
+    /// Loads the service's first page in place of the shown one.
+    virtual void returnToService() = 0;
+    /// Opens the shown page in the browser; here it stays.
+    virtual void openInBrowser() = 0;
+    /// Called after any of the answers above has changed. Held weakly; replaces the former.
+    virtual void setPageObserver(std::weak_ptr<const std::function<void()>> observer) = 0;
+};
+
+} // namespace kelo::window
