@@ -21,6 +21,7 @@ enum class Role : std::uint32_t {
     progressBar = 42,
     button = 43,
     radioButton = 44,
+    statusBar = 54,
     text = 61,
     application = 75,
     entry = 79,

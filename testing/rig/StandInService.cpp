@@ -8,8 +8,6 @@ namespace kelo::rig {
 
 namespace {
 
-constexpr guint servicePort = 8443;
-
 void require(bool success, GError* error) {
     const gobject::GErrorPointer owned(error);
     if (!success)
@@ -34,12 +32,12 @@ gobject::GObjectPointer<GTlsCertificate> certificateIn(const std::filesystem::pa
 } // namespace
 
 StandInService::StandInService(const std::filesystem::path& authority,
-                               std::map<std::string, std::string> pages)
+                               std::map<std::string, std::string> pages, std::uint16_t port)
     : pages(std::move(pages)), server(makeServer(certificateIn(authority).get())) {
     serve();
     GError* error = nullptr;
     const bool listens =
-        soup_server_listen_local(server.get(), servicePort, SOUP_SERVER_LISTEN_HTTPS, &error);
+        soup_server_listen_local(server.get(), port, SOUP_SERVER_LISTEN_HTTPS, &error);
     require(listens, error);
 }
 

@@ -17,10 +17,13 @@ namespace kelo::rig {
 /// does.
 class StandInService {
 public:
+    static constexpr std::uint16_t servicePort = 8443;
+
     /// Serves these pages (path → HTML) at https://localhost:8443; any other path is answered with
-    /// an empty page. Throws std::runtime_error when the port is taken.
-    StandInService(const std::filesystem::path& authority,
-                   std::map<std::string, std::string> pages);
+    /// an empty page. At another port it is another site under the same certificate. Throws
+    /// std::runtime_error when the port is taken.
+    StandInService(const std::filesystem::path& authority, std::map<std::string, std::string> pages,
+                   std::uint16_t port = servicePort);
     /// The same from another host: at http://127.0.0.1 on a free port.
     explicit StandInService(std::map<std::string, std::string> pages);
     ~StandInService();

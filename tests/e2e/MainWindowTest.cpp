@@ -63,8 +63,13 @@ if (sessionStorage.loaded) navigator.sendBeacon('/reloaded');
 else { sessionStorage.loaded = 'once'; location.reload(); }
 </script>)";
 
-/// A page of the test's own, which knows when its window is closed.
-class ClosedMainWindow : public MainWindow {
+/// Leads to another site, as a page does that leaves the sign-in to somebody else.
+constexpr const char* startPage = R"(<!doctype html><title>Start</title>
+<h1>Start</h1>
+<button onclick="location = 'https://localhost:8444/login'">Sign in elsewhere</button>)";
+
+/// Pages of the test's own.
+class OwnPages : public MainWindow {
 protected:
     void SetUp() override {}
     void TearDown() override {
@@ -78,7 +83,6 @@ protected:
         service.reset();
         pages = std::make_unique<rig::StandInService>(authority, std::move(shown));
         startKelo();
-        user.awaitDrawn(note);
     }
     void awaitAsked(const std::string& target) const {
         desktop().tree.awaitThat("the page has asked for " + target,
@@ -87,6 +91,27 @@ protected:
 
     const rig::Wanted note = rig::pageField("Note");
     std::unique_ptr<rig::StandInService> pages;
+};
+
+using ClosedMainWindow = OwnPages;
+
+/// The page of another site, at an address that looks like the service's login page.
+class ForeignPage : public OwnPages {
+protected:
+    void TearDown() override {
+        OwnPages::TearDown();
+        elsewhere.reset();
+    }
+    void goElsewhere() {
+        showPages({{"/", startPage}});
+        elsewhere = std::make_unique<rig::StandInService>(
+            authority, std::map<std::string, std::string>{{"/login", "<h1>Elsewhere</h1>"}}, 8444);
+        user.click(rig::pageButton("Sign in elsewhere"));
+        user.awaitDrawn(rig::pageHeading("Elsewhere"));
+        user.awaitDrawn(rig::button("Back to Kelo"));
+    }
+
+    std::unique_ptr<rig::StandInService> elsewhere;
 };
 
 } // namespace
@@ -130,6 +155,7 @@ TEST_F(MainWindow, QuitInTheMenuEndsTheProcess) {
 
 TEST_F(ClosedMainWindow, PageThatMovesWithinItselfComesBackWithWhatWasTyped) {
     showPages({{"/", movingPage}});
+    user.awaitDrawn(note);
     user.typeInto(note, "keep me");
     closeWindow();
     awaitAsked("/moved?/pushed");
@@ -141,11 +167,35 @@ TEST_F(ClosedMainWindow, PageThatMovesWithinItselfComesBackWithWhatWasTyped) {
 
 TEST_F(ClosedMainWindow, PageThatGoesElsewhereIsShownThereByTheNextWindow) {
     showPages({{"/", leavingPage}, {"/next", nextPage}});
+    user.awaitDrawn(note);
     closeWindow();
     awaitAsked("/reloaded");
     openAgain();
     user.awaitDrawn(rig::pageHeading("Next"));
     EXPECT_TRUE(kelo->isRunning());
+}
+
+TEST_F(ForeignPage, IsNamedWithoutTheSignInButtonAndLeftByKeys) {
+    goElsewhere();
+    desktop().tree.await(
+        {rig::Place::windows, {rig::Role::statusBar}, "This page is from localhost:8444"});
+    desktop().tree.awaitGone(rig::button("Sign in with passkey"));
+    picture("named");
+    user.press("F6");
+    desktop().tree.awaitThat("the bar has the keyboard", [&] {
+        return desktop().tree.await(rig::button("Back to Kelo")).isFocused();
+    });
+    user.press("space");
+    user.awaitDrawn(rig::pageHeading("Start"));
+    desktop().tree.awaitGone(rig::button("Back to Kelo"));
+}
+
+TEST_F(ForeignPage, DoesNotComeBackWithTheNextWindow) {
+    goElsewhere();
+    closeWindow();
+    openAgain();
+    user.awaitDrawn(rig::pageHeading("Start"));
+    desktop().tree.awaitGone(rig::button("Back to Kelo"));
 }
 
 } // namespace kelo::e2e

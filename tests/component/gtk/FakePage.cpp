@@ -18,4 +18,10 @@ FakePage::FakePage() : FakeWebView({}, {}) {
     area.add_controller(click);
 }
 
+void FakePage::setForeignHost(std::optional<std::string> newHost) {
+    host = std::move(newHost);
+    if (const auto told = pageObserver.lock())
+        (*told)();
+}
+
 } // namespace kelo::tests

@@ -1,21 +1,39 @@
 #pragma once
 
 #include "fakes/FakeWebView.h"
-#include "linux/window/HostedWidget.h"
+#include "linux/window/HostedPage.h"
 
 #include <gtkmm/drawingarea.h>
 
 namespace kelo::tests {
 
-/// A page of one color that takes the keyboard focus and counts its clicks.
-class FakePage final : public fakes::FakeWebView, public window::HostedWidget {
+/// A page of one color that takes the keyboard focus and counts its clicks. It is the service's
+/// unless the test gives it another host.
+class FakePage final : public fakes::FakeWebView, public window::HostedPage {
 public:
     FakePage();
 
     GtkWidget* widget() override { return GTK_WIDGET(area.gobj()); }
 
+    std::optional<std::string> foreignHost() const override { return host; }
+    void returnToService() override {
+        ++returns;
+        setForeignHost(std::nullopt);
+    }
+    void openInBrowser() override { ++openings; }
+    void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override {
+        pageObserver = std::move(observer);
+    }
+    void setForeignHost(std::optional<std::string> newHost);
+
     Gtk::DrawingArea area;
     int clicks = 0;
+    int returns = 0;  ///< to the service
+    int openings = 0; ///< in the browser
+
+private:
+    std::optional<std::string> host;
+    std::weak_ptr<const std::function<void()>> pageObserver;
 };
 
 } // namespace kelo::tests

@@ -44,6 +44,13 @@ private:
         program.app.state->error = longError;
         keep(main, "long-error");
         program.app.state->error = std::nullopt;
+        program.app.page->setForeignHost("accounts.example.com");
+        keep(main, "foreign");
+        program.screen.press(GDK_KEY_F6);
+        program.app.page->setForeignHost("assistant.example.com." + std::string(200, 'x') +
+                                         ".evil.example");
+        keep(main, "foreign-long");
+        program.app.page->setForeignHost(std::nullopt);
 
         program.screen.press(GDK_KEY_F10);
         keep(main, "menu");

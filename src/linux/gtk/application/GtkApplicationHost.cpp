@@ -244,7 +244,7 @@ void GtkApplicationHost::mainWindowClosed(const std::string& identifier) {
     auto closed = mainWindows.extract(identifier);
     if (closed.empty())
         return;
-    closed.mapped()->releaseWebView();
+    closed.mapped()->leaveWebView();
     windowClosed(std::move(closed.mapped()));
 }
 

@@ -1,9 +1,12 @@
 #include "linux/gtk/main/ContentArea.h"
 
-#include "linux/window/HostedWidget.h"
+#include "linux/window/HostedPage.h"
+
+#include <gtkmm/shortcutcontroller.h>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kelo::gtk {
 
@@ -22,11 +25,34 @@ ContentArea::ContentArea(platform::Size defaultSize)
     set_vexpand();
     panel.set_visible(false);
     panel.set_parent(*this);
+    addNotices();
 }
 
 ContentArea::~ContentArea() {
     releaseWebView();
+    foreignBar.unparent();
     panel.unparent();
+}
+
+void ContentArea::addNotices() {
+    foreignBar.addButton("Back to Kelo", [this] {
+        if (hosted)
+            hosted->returnToService();
+    });
+    foreignBar.addButton("Open in Browser", [this] {
+        if (hosted)
+            hosted->openInBrowser();
+    });
+    foreignBar.set_parent(*this);
+
+    const auto shortcuts = Gtk::ShortcutController::create();
+    // Before the page sees the key.
+    shortcuts->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    shortcuts->add_shortcut(Gtk::Shortcut::create(
+        Gtk::KeyvalTrigger::create(GDK_KEY_F6),
+        Gtk::CallbackAction::create(
+            [this](Gtk::Widget&, const Glib::VariantBase&) { return switchFocus(); })));
+    add_controller(shortcuts);
 }
 
 void ContentArea::draw(const platform::WebContentDescription& description) {
@@ -35,14 +61,24 @@ void ContentArea::draw(const platform::WebContentDescription& description) {
         minimumSize = description.minimumSize;
         queue_resize();
     }
-    drawOverlay(description.overlay);
+    overlay = description.overlay;
+    drawOverlay();
+}
+
+void ContentArea::close() {
+    const auto kept = webView;
+    auto* const page = hosted;
+    // In this order, because the engine must not load for a window that is about to go.
+    releaseWebView();
+    if (page && page->foreignHost())
+        page->returnToService();
 }
 
 void ContentArea::takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& next) {
     if (next == webView)
         return;
     releaseWebView();
-    auto* part = dynamic_cast<window::HostedWidget*>(next.get());
+    auto* part = dynamic_cast<window::HostedPage*>(next.get());
     if (!part)
         return;
     webView = next;
@@ -52,6 +88,15 @@ void ContentArea::takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& 
     if (gtk_widget_get_parent(widget))
         gtk_widget_unparent(widget);
     gtk_widget_insert_after(widget, Gtk::Widget::gobj(), nullptr); // below the panel
+    pageObserver = std::make_shared<const std::function<void()>>([this] {
+        drawForeignBar();
+        drawOverlay();
+    });
+    hosted->setPageObserver(pageObserver);
+    // It came while no window showed it, or from a window that is being closed.
+    if (hosted->foreignHost())
+        hosted->returnToService();
+    drawForeignBar();
 }
 
 void ContentArea::releaseWebView() {
@@ -61,6 +106,7 @@ void ContentArea::releaseWebView() {
     if (gtk_widget_get_parent(widget) == Gtk::Widget::gobj())
         gtk_widget_unparent(widget);
     hosted = nullptr;
+    pageObserver.reset();
     webView.reset();
 }
 
@@ -80,18 +126,40 @@ void ContentArea::focusWebView() {
         gtk_widget_grab_focus(hosted->widget());
 }
 
-void ContentArea::drawOverlay(const std::optional<platform::OverlayDescription>& description) {
-    if (!description) {
-        const bool hadFocus = panel.holdsFocus();
-        panel.set_visible(false);
-        if (hadFocus)
-            focusWebView();
-        return;
+void ContentArea::drawForeignBar() {
+    const auto host = hosted ? hosted->foreignHost() : std::nullopt;
+    if (host)
+        foreignBar.setSentence("This page is from", host->empty() ? "another site" : *host);
+    setShown(foreignBar, host.has_value());
+}
+
+// Never over a page of another host: the panel would vouch for that page.
+void ContentArea::drawOverlay() {
+    const bool isShown = overlay && !(hosted && hosted->foreignHost());
+    if (isShown) {
+        panel.draw(*overlay);
+        queue_allocate();
     }
-    bottomPadding = description->bottomPadding;
-    panel.draw(*description);
-    panel.set_visible(true);
-    queue_allocate();
+    setShown(panel, isShown);
+}
+
+// A part that goes leaves the keyboard to the page.
+template <typename Part>
+void ContentArea::setShown(Part& part, bool isShown) {
+    const bool hadFocus = part.holdsFocus();
+    part.set_visible(isShown);
+    if (hadFocus && !isShown)
+        focusWebView();
+}
+
+bool ContentArea::switchFocus() {
+    if (!foreignBar.get_visible())
+        return false;
+    if (foreignBar.holdsFocus())
+        focusWebView();
+    else
+        foreignBar.takeFocus();
+    return true;
 }
 
 Gtk::SizeRequestMode ContentArea::get_request_mode_vfunc() const {
@@ -111,20 +179,28 @@ void ContentArea::size_allocate_vfunc(int width, int height, int) {
     int minimum = 0;
     int natural = 0;
     int unused = 0;
+    int top = 0;
+    if (foreignBar.get_visible()) {
+        foreignBar.measure(Gtk::Orientation::HORIZONTAL, -1, minimum, natural, unused, unused);
+        const int barWidth = std::max(minimum, width);
+        foreignBar.measure(Gtk::Orientation::VERTICAL, barWidth, minimum, natural, unused, unused);
+        foreignBar.size_allocate({0, 0, barWidth, natural}, -1);
+        top = natural;
+    }
     // A window that is being closed may still refer to a web view that another window has taken.
     if (hosted && gtk_widget_get_parent(hosted->widget()) == Gtk::Widget::gobj()) {
         gtk_widget_measure(hosted->widget(), GTK_ORIENTATION_HORIZONTAL, -1, &minimum, &natural,
                            nullptr, nullptr);
-        const GtkAllocation whole{0, 0, width, height};
-        gtk_widget_size_allocate(hosted->widget(), &whole, -1);
+        const GtkAllocation rest{0, top, width, height - top};
+        gtk_widget_size_allocate(hosted->widget(), &rest, -1);
     }
     if (!panel.get_visible())
         return;
     panel.measure(Gtk::Orientation::HORIZONTAL, -1, minimum, natural, unused, unused);
     const int panelWidth = std::max(minimum, std::min(natural, width));
     panel.measure(Gtk::Orientation::VERTICAL, panelWidth, minimum, natural, unused, unused);
-    const int top = std::max(0, height - points(bottomPadding) - natural);
-    panel.size_allocate({(width - panelWidth) / 2, top, panelWidth, natural}, -1);
+    const int panelTop = std::max(0, height - points(overlay->bottomPadding) - natural);
+    panel.size_allocate({(width - panelWidth) / 2, panelTop, panelWidth, natural}, -1);
 }
 
 } // namespace kelo::gtk

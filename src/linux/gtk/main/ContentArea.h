@@ -1,28 +1,37 @@
 #pragma once
 
+#include "linux/gtk/main/NoticeBar.h"
 #include "linux/gtk/main/OverlayPanel.h"
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/widget.h>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace kelo::window {
-class HostedWidget;
+class HostedPage;
 }
 
 namespace kelo::gtk {
 
 /// The content of a main window: a web view from edge to edge and, if the description has an
 /// overlay, a panel above its bottom centre. Outside of the panel, the page receives all input.
+///
+/// While the page is not the service's, a bar above it names its host, and there is no panel. F6
+/// moves the keyboard from the page to the bar and back.
 class ContentArea final : public Gtk::Widget {
 public:
     explicit ContentArea(platform::Size defaultSize);
     ~ContentArea() override;
 
+    /// Its web view must be a HostedPage. One that shows a page of another host when it comes is
+    /// sent back to the service.
     void draw(const platform::WebContentDescription& description);
-    /// Gives up the web view, so that another window can show it. The next draw() takes it back.
-    void releaseWebView();
+    /// The window is closed. Gives up the web view, so that another window can show it, and sends
+    /// it back to the service if its page is not the service's.
+    void close();
     /// Call it when the widget, a descendant of this one, received the keyboard focus.
     void rememberFocus(const Gtk::Widget& focus);
     /// Focuses the descendant that had the focus last, the page at first.
@@ -35,16 +44,24 @@ protected:
     void size_allocate_vfunc(int width, int height, int baseline) override;
 
 private:
+    void addNotices();
+    void releaseWebView();
     void takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& next);
     void focusWebView();
-    void drawOverlay(const std::optional<platform::OverlayDescription>& description);
+    void drawForeignBar();
+    void drawOverlay();
+    template <typename Part>
+    void setShown(Part& part, bool isShown);
+    bool switchFocus();
 
     std::shared_ptr<platform::EmbeddedWebView> webView;
-    window::HostedWidget* hosted = nullptr; ///< the same object as webView
+    window::HostedPage* hosted = nullptr; ///< the same object as webView
+    std::shared_ptr<const std::function<void()>> pageObserver;
+    NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_STATUS};
     OverlayPanel panel;
+    std::optional<platform::OverlayDescription> overlay;
     platform::Size defaultSize;
     platform::Size minimumSize;
-    double bottomPadding = 0;
     bool panelHadFocusLast = false;
 };
 

@@ -35,9 +35,9 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
 
 MainWindow::~MainWindow() = default;
 
-void MainWindow::releaseWebView() {
+void MainWindow::leaveWebView() {
     redrawing.reset();
-    content->releaseWebView();
+    content->close();
 }
 
 void MainWindow::appear() {

@@ -26,8 +26,9 @@ public:
                const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed);
     ~MainWindow() override;
 
-    /// Gives up the web view, so that the group's next window can show it.
-    void releaseWebView();
+    /// Gives up the web view, so that the group's next window can show it. A page that is not the
+    /// service's does not wait for that window: the web view goes back to the service.
+    void leaveWebView();
 
 private:
     void appear();
