@@ -100,6 +100,16 @@ TEST_F(ForeignPage, LinkToItOpensInTheBrowserWithEveryButtonAndModifier) {
     EXPECT_THAT(other->requests(), IsEmpty());
 }
 
+TEST_F(ForeignPage, LinkThatAScriptFollowsUnaskedOpensNoBrowser) {
+    html = "<a href='" + other->origin() +
+           "/'>x</a><script>document.querySelector('a').click()"
+           "</script>";
+    load(service->url("/"));
+    ASSERT_TRUE(waitForTitle("other"));
+    EXPECT_NE(hosted().foreignHost(), std::nullopt);
+    EXPECT_THAT(openedOutside, IsEmpty());
+}
+
 TEST_F(ForeignPage, LinkOfAFrameStaysInTheFrame) {
     show("<iframe src='" + other->origin() + "/'></iframe>");
     // A click or a key goes to the frame with the focus.
