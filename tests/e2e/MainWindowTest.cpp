@@ -1,7 +1,9 @@
 #include "e2e/ProgramFixture.h"
+#include "testing/rig/ProcessTree.h"
 #include "testing/rig/StandInService.h"
 
 #include <algorithm>
+#include <csignal>
 
 namespace kelo::e2e {
 
@@ -115,6 +117,15 @@ protected:
 };
 
 } // namespace
+
+TEST_F(MainWindow, APageWhoseProcessDiesIsReplacedByANoticeThatIsDrawn) {
+    for (const pid_t process : rig::processTree(kelo->identifier())) {
+        if (rig::programName(process) == "WebKitWebProces")
+            kill(process, SIGKILL);
+    }
+    user.click(rig::pageButton("Try again"));
+    user.awaitLoginPage();
+}
 
 TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
     const rig::Wanted content{rig::Place::windows, {rig::Role::widget}, "WebKitWebView"};

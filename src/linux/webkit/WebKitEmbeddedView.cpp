@@ -30,6 +30,18 @@ bool isReplaced(const GError& error) {
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
 }
 
+// Without a graphics card, the engine paints nothing of a process that replaces another one until
+// the view comes into sight again.
+void comeIntoSight(GtkWidget* view) {
+    if (!gtk_widget_get_mapped(view))
+        return;
+    const bool hadFocus = gtk_widget_has_focus(view);
+    gtk_widget_set_visible(view, FALSE);
+    gtk_widget_set_visible(view, TRUE);
+    if (hadFocus)
+        gtk_widget_grab_focus(view);
+}
+
 // Either the engine's network process has ended, an error that has no name in the library's
 // interface. Or the engine has cancelled the load by itself, which it sometimes does instead of
 // refusing a certificate.
@@ -82,8 +94,10 @@ void WebKitEmbeddedView::connectLoadSignals() {
         "notify::estimated-load-progress",
         +[](WebKitWebView*, GParamSpec*, Self self) { self->pageLoad->progressed(); });
     connect(
-        "resource-load-started", +[](WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest*,
-                                     Self self) { self->resourceStarted(resource); });
+        "resource-load-started",
+        +[](WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest* request, Self self) {
+            self->resourceStarted(resource, request);
+        });
     connect(
         "load-failed",
         +[](WebKitWebView*, WebKitLoadEvent, const char* address, GError* error,
@@ -223,6 +237,8 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
                                                         : nullptr);
         shown.committed(webkit_web_view_get_uri(view.get()));
         tellPageObserver();
+        if (std::exchange(processIsNew, false))
+            comeIntoSight(GTK_WIDGET(view.get()));
         break;
     case WEBKIT_LOAD_FINISHED: {
         mediaPermission->navigationEnded();
@@ -237,9 +253,10 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     }
 }
 
-void WebKitEmbeddedView::resourceStarted(WebKitWebResource* resource) {
+void WebKitEmbeddedView::resourceStarted(WebKitWebResource* resource, WebKitURIRequest* request) {
     if (resource != webkit_web_view_get_main_resource(view.get()))
         return;
+    pageLoad->requested(webkit_uri_request_get_http_method(request));
     documentConnection = gobject::connectSignal(
         resource, "finished",
         +[](WebKitWebResource*, WebKitEmbeddedView* self) { self->pageLoad->documentCompleted(); },
@@ -266,7 +283,7 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
               g_quark_to_string(error.domain), error.code, error.message);
     // A network process that ends forgets the allowed certificates, so one loss can cause the next.
     // The user is told only if repeating does not help.
-    if (isLostByTheEngine(error) && pageLoad->repeatLost()) {
+    if (isLostByTheEngine(error) && !pageLoad->isAnswerToForm() && pageLoad->repeatLost()) {
         loadAgain(address);
         return true;
     }
@@ -305,7 +322,13 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
     if (problems == 0 && pageLoad->allowCertificate()) {
         webkit_network_session_allow_tls_certificate_for_host(session.get(), certificate,
                                                               url->host().c_str());
-        loadAgain(address);
+        if (pageLoad->isAnswerToForm())
+            showErrorPage("This page did not load",
+                          "The connection to " + url->host() +
+                              " was lost, and nothing was sent. Try again.",
+                          address);
+        else
+            loadAgain(address);
         return true;
     }
     const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
@@ -320,6 +343,7 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
 
 void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) {
     pageLoad->processEnded();
+    processIsNew = true;
     mediaPermission->pageChanged(nullptr);
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
         return;
@@ -346,7 +370,8 @@ void WebKitEmbeddedView::permissionRequested(WebKitPermissionRequest* request) {
 
 void WebKitEmbeddedView::showErrorPage(const std::string& heading, const std::string& sentence,
                                        const std::string& address) {
-    pageLoad->requestErrorPage(address);
+    // A form is not sent again: the page with the form is shown for that.
+    pageLoad->requestErrorPage(pageLoad->isAnswerToForm() ? shown.address() : address);
     webkit_web_view_load_alternate_html(view.get(), errorPage(heading, sentence).c_str(),
                                         address.c_str(), nullptr);
 }

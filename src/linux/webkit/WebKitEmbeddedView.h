@@ -61,7 +61,7 @@ private:
     void startLoad(const platform::UrlRequest& request);
     void loadAgain(const std::string& address);
     void loadChanged(WebKitLoadEvent event);
-    void resourceStarted(WebKitWebResource* resource);
+    void resourceStarted(WebKitWebResource* resource, WebKitURIRequest* request);
     bool loadFailed(const char* address, const GError& error);
     void loadTimedOut();
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
@@ -80,6 +80,7 @@ private:
     gobject::GObjectPointer<WebKitWebView> view;
     ExternalOpener openExternally;
     ShownPage shown;
+    bool processIsNew = false;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;

@@ -135,6 +135,32 @@ TEST_F(Navigation, CrashOfTheNetworkProcessHealsWithTheNextLoad) {
     EXPECT_EQ(pageText(), "next");
 }
 
+TEST_F(Navigation, AFormThatIsLostLeadsBackToItsPageAndIsNeverSentAsAPlainRequest) {
+    const MisbehavingServer peer(identity, [](ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            if (request->method == "POST")
+                return; // the connection breaks off
+            connection.write(page("<form method=post action=/sent><button>Send</button></form>"));
+        }
+    });
+    makeView(peer.url());
+    open(peer.url("/form"));
+    evaluate("document.querySelector('button').click()");
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    evaluate("document.querySelector('a').click()");
+    ASSERT_TRUE(waitForFinished(2));
+    EXPECT_EQ(recorder->finished.back(), peer.origin() + "/form");
+    // With the process go the certificates that were allowed.
+    ASSERT_GT(killDescendants("WebKitNetworkPr"), 0);
+    evaluate("document.querySelector('button').click()");
+    ASSERT_TRUE(waitForTitle("This page did not load"));
+    evaluate("document.querySelector('a').click()");
+    ASSERT_TRUE(waitForFinished(3));
+    EXPECT_EQ(recorder->finished.back(), peer.origin() + "/form");
+    for (const auto& request : peer.requests())
+        EXPECT_EQ(request.target == "/sent", request.method == "POST") << request.target;
+}
+
 TEST_F(Navigation, LoadAfterACrashIsFresh) {
     const auto peer = site({{"/", "hello"}, {"/next", "next"}});
     makeView(peer->url());

@@ -196,6 +196,17 @@ TEST_F(PageLoadTest, LostPageIsRepeatedThreeTimes) {
     }
 }
 
+TEST_F(PageLoadTest, OnlyWhatIsNotAskedForWithGetIsTheAnswerToAForm) {
+    EXPECT_FALSE(load.isAnswerToForm());
+    load.requested("POST");
+    EXPECT_TRUE(load.isAnswerToForm());
+    load.requested("GET");
+    EXPECT_FALSE(load.isAnswerToForm());
+    load.requested("POST");
+    load.requested(nullptr);
+    EXPECT_FALSE(load.isAnswerToForm());
+}
+
 TEST_F(PageLoadTest, CertificateIsAllowedOnceUntilADocumentIsShownOrTheLoadIsRepeated) {
     EXPECT_TRUE(load.allowCertificate());
     EXPECT_FALSE(load.allowCertificate());

@@ -1,5 +1,6 @@
 #include "linux/webkit/navigation/PageLoad.h"
 
+#include <string_view>
 #include <utility>
 
 namespace kelo::webkit {
@@ -30,6 +31,10 @@ void PageLoad::started() {
     unanswered.reset();
     if (stage == Stage::page)
         startTimer();
+}
+
+void PageLoad::requested(const char* method) {
+    sentForm = method && std::string_view(method) != "GET";
 }
 
 void PageLoad::progressed() {

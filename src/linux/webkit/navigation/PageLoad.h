@@ -31,6 +31,8 @@ public:
 
     /// The engine has begun to load a document, requested or not.
     void started();
+    /// The engine asks for the document, with this method of HTTP (null: GET).
+    void requested(const char* method);
     /// More of the document has arrived.
     void progressed();
     /// The engine shows the document from now on, though the rest of it may still be missing.
@@ -45,6 +47,8 @@ public:
     /// The web process has ended, and the page with it.
     void processEnded();
 
+    /// Whether the document is the answer to a form. Its address alone asks for something else.
+    bool isAnswerToForm() const { return sentForm; }
     bool isPage() const { return stage == Stage::page; }
     /// An error page was requested and has not started. A failure that is reported now belongs to
     /// the load before it.
@@ -84,6 +88,7 @@ private:
     Stage stage = Stage::page;
     bool errorPageRequested = false;
     std::string failedAddress;
+    bool sentForm = false;
     bool processHasShownADocument = false;
     std::optional<platform::UrlRequest> unanswered;
     bool certificateAllowed = false;

@@ -18,14 +18,14 @@ std::uint16_t usualPort(const Url& url) {
 ShownPage::ShownPage(Url service) : service(std::move(service)) {}
 
 void ShownPage::committed(const char* given) {
-    address = given ? given : "";
-    isBlob = address.starts_with(blobPrefix);
+    address_ = given ? given : "";
+    isBlob = address_.starts_with(blobPrefix);
     // A page can put a document of its own making in its place. That has the origin of its maker.
-    url = Url::parse(isBlob ? address.substr(blobPrefix.size()) : address);
+    url = Url::parse(isBlob ? address_.substr(blobPrefix.size()) : address_);
 }
 
 bool ShownPage::isForeign() const {
-    return !address.empty() && !address.starts_with("about:") && !isServices();
+    return !address_.empty() && !address_.starts_with("about:") && !isServices();
 }
 
 bool ShownPage::belongsTo(const Url& other) const {
@@ -43,7 +43,7 @@ std::string ShownPage::host() const {
 std::optional<std::string> ShownPage::addressForBrowser() const {
     if (!url || (url->scheme() != "https" && url->scheme() != "http"))
         return std::nullopt;
-    return isBlob ? url->scheme() + "://" + host() + "/" : address;
+    return isBlob ? url->scheme() + "://" + host() + "/" : address_;
 }
 
 } // namespace kelo::webkit

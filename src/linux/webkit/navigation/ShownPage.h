@@ -16,6 +16,8 @@ public:
     /// The view shows the document of this address from now on; null for an unknown one.
     void committed(const char* address);
 
+    /// Empty before the first page.
+    const std::string& address() const { return address_; }
     bool isServices() const { return belongsTo(service); }
     /// Not the service's, and not empty.
     bool isForeign() const;
@@ -32,7 +34,7 @@ public:
     const Url service;
 
 private:
-    std::string address;
+    std::string address_;
     std::optional<Url> url; ///< of the page, or of the page that made a blob:
     bool isBlob = false;
 };
