@@ -69,8 +69,9 @@ private:
 AccessibilityBus::AccessibilityBus() {
     const auto session = sessionBus();
     GError* error = nullptr;
+    address_ = accessibilityAddress(session.get());
     GDBusConnection* opened = g_dbus_connection_new_for_address_sync(
-        accessibilityAddress(session.get()).c_str(),
+        address_.c_str(),
         static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                           G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
         nullptr, nullptr, &error);

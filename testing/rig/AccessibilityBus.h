@@ -37,6 +37,9 @@ public:
     AccessibilityBus(const AccessibilityBus&) = delete;
     AccessibilityBus& operator=(const AccessibilityBus&) = delete;
 
+    /// Where toolkits find it, by AT_SPI_BUS_ADDRESS.
+    const std::string& address() const { return address_; }
+
     /// Calls a method and waits a few seconds for the reply; null if the object is gone or refuses.
     VariantPointer call(const ObjectAddress& object, const char* interface, const char* method,
                         GVariant* arguments = nullptr) const;
@@ -58,6 +61,7 @@ public:
 private:
     std::vector<std::string> names() const;
 
+    std::string address_;
     gobject::GObjectPointer<GDBusConnection> connection;
     guint subscription = 0;
 };

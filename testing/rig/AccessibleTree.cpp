@@ -131,9 +131,18 @@ void AccessibleTree::awaitGone(const Wanted& wanted) const {
               [&] { return !find(wanted).has_value(); });
 }
 
+void AccessibleTree::callOffIfHopeless(const std::string& what) const {
+    if (isHopeless && isHopeless())
+        throw CalledOff("Called off the wait until " + what + ".");
+}
+
 void AccessibleTree::awaitThat(const std::string& what,
                                const std::function<bool()>& condition) const {
-    if (!bus.await(condition, deadline))
+    const auto look = [&] {
+        callOffIfHopeless(what);
+        return condition();
+    };
+    if (!bus.await(look, deadline))
         throw std::runtime_error("Waited in vain until " + what + ". What there is:\n" + picture());
 }
 
@@ -143,6 +152,7 @@ Area AccessibleTree::awaitRest(const std::string& what,
     std::optional<Area> last;
     auto lastLook = Clock::time_point::min();
     const auto rests = [&] {
+        callOffIfHopeless(what);
         if (last && Clock::now() - lastLook < twoFrames)
             return false;
         const std::optional<Area> place = look();

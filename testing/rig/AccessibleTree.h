@@ -6,7 +6,9 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelo::rig {
@@ -40,10 +42,20 @@ Wanted pageMeter(std::string name);
 /// The deadline of every step. It is long, because it passes only if something is broken.
 inline constexpr std::chrono::seconds deadline{30};
 
+/// Thrown by a wait that has been called off.
+class CalledOff : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// Everything that the accessibility bus shows, searched by role and name.
 class AccessibleTree {
 public:
     explicit AccessibleTree(const AccessibilityBus& bus);
+
+    /// Every wait throws CalledOff as soon as this holds: what it waits for will not come any more.
+    /// An empty function takes that back.
+    void callOffWaitsWhen(std::function<bool()> hopeless) { isHopeless = std::move(hopeless); }
 
     /// The first match that is shown, in tree order.
     std::optional<Accessible> find(const Wanted& wanted) const;
@@ -76,8 +88,10 @@ public:
 
 private:
     std::vector<Accessible> roots(Place place) const;
+    void callOffIfHopeless(const std::string& what) const;
 
     const AccessibilityBus& bus;
+    std::function<bool()> isHopeless;
 };
 
 } // namespace kelo::rig

@@ -19,6 +19,7 @@ public:
                 const std::vector<std::string>& options = {});
 
     void end() { process.end(); }
+    pid_t identifier() const { return process.identifier(); }
     std::string printed() const { return process.printed(); }
 
     /// Makes a certificate authority in the folder.

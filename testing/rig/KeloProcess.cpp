@@ -24,8 +24,8 @@ fs::path programToRun(const fs::path& build, const fs::path& data) {
     return folder / "kelo";
 }
 
-std::map<std::string, std::string> environment(const fs::path& data) {
-    std::map<std::string, std::string> variables;
+std::map<std::string, std::string> withFoldersBelow(const fs::path& data,
+                                                    std::map<std::string, std::string> variables) {
     for (const auto& [name, folder] :
          {std::pair{"XDG_DATA_HOME", "data"}, std::pair{"XDG_CACHE_HOME", "cache"},
           std::pair{"XDG_CONFIG_HOME", "config"}, std::pair{"XDG_STATE_HOME", "state"}}) {
@@ -45,7 +45,9 @@ std::vector<std::string> commandLine(const fs::path& program,
 } // namespace
 
 KeloProcess::KeloProcess(const fs::path& build, const fs::path& data, const fs::path& output,
-                         const std::vector<std::string>& arguments)
-    : process(commandLine(programToRun(build, data), arguments), environment(data), output) {}
+                         const std::vector<std::string>& arguments,
+                         const std::map<std::string, std::string>& environment)
+    : process(commandLine(programToRun(build, data), arguments),
+              withFoldersBelow(data, environment), output) {}
 
 } // namespace kelo::rig

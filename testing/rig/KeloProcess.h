@@ -3,6 +3,7 @@
 #include "testing/rig/ChildProcess.h"
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,10 +13,10 @@ namespace kelo::rig {
 class KeloProcess {
 public:
     /// Starts it. Cookies and passkeys are stored below `data`: a second process with the same
-    /// folder is the next start of the same user.
+    /// folder is the next start of the same user. `environment` is added to the desktop's.
     KeloProcess(const std::filesystem::path& build, const std::filesystem::path& data,
-                const std::filesystem::path& output,
-                const std::vector<std::string>& arguments = {});
+                const std::filesystem::path& output, const std::vector<std::string>& arguments = {},
+                const std::map<std::string, std::string>& environment = {});
 
     bool isRunning() { return process.isRunning(); }
     pid_t identifier() const { return process.identifier(); }

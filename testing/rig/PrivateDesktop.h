@@ -19,7 +19,7 @@ public:
     /// The login password that PAM accepts on this desktop.
     const std::string loginPassword;
     const AccessibilityBus bus;
-    const AccessibleTree tree;
+    AccessibleTree tree;
     const Screen screen;
 };
 

@@ -37,11 +37,13 @@ void ProgramFixture::TearDown() {
 
 void ProgramFixture::startService() {
     service.reset();
-    service = std::make_unique<rig::DemoService>(build(), authority, folder.path() / "service.log");
+    service = std::make_unique<rig::DemoService>(build(), authority, folder.path() / "service.log",
+                                                 serviceState);
 }
 
 void ProgramFixture::startKelo() {
-    kelo = std::make_unique<rig::KeloProcess>(build(), folder.path(), folder.path() / "kelo.log");
+    kelo = std::make_unique<rig::KeloProcess>(programs, userFolder, folder.path() / "kelo.log",
+                                              std::vector<std::string>(), environment);
 }
 
 void ProgramFixture::endKelo() {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -51,6 +52,14 @@ protected:
     const rig::User user;
     const test::TemporaryFolder folder;
     std::filesystem::path authority = build() / "demo-authority";
+    /// What the service keeps from one start to the next; nothing, unless a file is named.
+    std::filesystem::path serviceState;
+    /// Where Kelo stores what it keeps.
+    std::filesystem::path userFolder = folder.path();
+    /// Where the programs are that Kelo is started from.
+    std::filesystem::path programs = build();
+    /// Added to Kelo's.
+    std::map<std::string, std::string> environment;
     std::unique_ptr<rig::DemoService> service;
     std::unique_ptr<rig::KeloProcess> kelo;
 };

@@ -73,6 +73,11 @@ UpdateProgramFixture::UpdateProgramFixture() {
 void UpdateProgramFixture::SetUp() {
     startService();
     server = std::make_unique<rig::DownloadServer>(authority, releases);
+    reinstall();
+}
+
+void UpdateProgramFixture::reinstall() const {
+    fs::remove_all(installed);
     fs::copy(downloadedTree(build()), installed, fs::copy_options::recursive);
     stamp(installed, oldVersion, ownKey.publicHalf);
 }

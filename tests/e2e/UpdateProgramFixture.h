@@ -51,6 +51,11 @@ protected:
         desktop().tree.awaitThat(what, condition);
     }
 
+    /// Puts 1.0 in the place of whatever is installed.
+    void reinstall() const;
+    /// Ends every copy, and waits for that.
+    void endCopies();
+
     /// What the installed copy on the disk reports about itself.
     std::string installedVersion() const;
     /// Everything in the home except the XDG folders.
@@ -73,7 +78,6 @@ private:
     void stamp(const std::filesystem::path& tree, const VersionStamp& stamp,
                const std::string& publicKey) const;
     void publishSignedWith(const SigningKey& key);
-    void endCopies();
 
     const std::filesystem::path releases = folder.path() / "releases";
     const SigningKey ownKey = makeKey("own.key");

@@ -131,6 +131,12 @@ GVariantPointer SessionBus::call(const char* interface, const char* method,
     return result;
 }
 
+bool SessionBus::lockKeyring() const {
+    return call("org.freedesktop.Secret.Service", "Lock",
+                g_variant_new_parsed(
+                    "([objectpath '/org/freedesktop/secrets/aliases/default'],)")) != nullptr;
+}
+
 bool SessionBus::makeKeyringWithoutPassword() const {
     const auto opened = call("org.freedesktop.Secret.Service", "OpenSession",
                              g_variant_new_parsed("('plain', <''>)"));

@@ -48,6 +48,8 @@ public:
     bool waitForNoName(const char* name) const;
     /// Whether the owner of a name answers.
     bool ping(const char* name) const;
+    /// Locks the keyring's default collection.
+    bool lockKeyring() const;
     /// Gives the keyring daemon a default collection that opens without a question.
     bool makeKeyringWithoutPassword() const;
 

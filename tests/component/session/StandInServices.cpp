@@ -111,6 +111,11 @@ void StandInLoginManager::changeSomebodyElses(const char* property, bool value) 
          change(property, value));
 }
 
+void StandInLoginManager::prepareForSleep(bool begins) const {
+    send("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+         g_variant_new("(b)", begins));
+}
+
 GVariant* StandInLoginManager::answer(const std::string& method, GVariant* arguments) {
     if (method == "GetSession") {
         const char* asked = nullptr;

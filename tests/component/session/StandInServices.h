@@ -60,6 +60,8 @@ public:
     /// Says that a property has changed, and not what it is now.
     void invalidate(const char* property) const;
     void changeSomebodyElses(const char* property, bool value) const;
+    /// Says that the computer is about to sleep, or has woken up.
+    void prepareForSleep(bool begins) const;
 
     bool hasSession = true;
     std::map<std::string, bool> properties{{"LockedHint", false}, {"Active", true}};
