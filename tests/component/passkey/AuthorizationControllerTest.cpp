@@ -195,4 +195,27 @@ TEST_F(AuthorizationControllerTest, OffersThePasskeysOnDisk) {
     EXPECT_EQ(person.requests[0].accountNames, std::vector<std::string>{"zoe"});
 }
 
+TEST_F(AuthorizationControllerTest, AReportCountsForTheNextCeremony) {
+    using Verdict = platform::CredentialReport::Verdict;
+    savePasskey(1, "zoe");
+    savePasskey(2, "zoe the second");
+    person.choice = std::nullopt;
+    services.report({"localhost", Bytes(32, 2), Verdict::refused});
+    expectError(*perform({assertion()}), FailureKind::cancelled);
+    ASSERT_EQ(person.requests.size(), 1U);
+    EXPECT_EQ(person.requests[0].accountNames, std::vector<std::string>{"zoe"});
+    services.report({"localhost", Bytes(32, 2), Verdict::accepted});
+    expectError(*perform({assertion()}), FailureKind::cancelled);
+    ASSERT_EQ(person.requests.size(), 2U);
+    EXPECT_EQ(person.requests[1].accountNames, std::vector<std::string>{"zoe the second"});
+    const authenticator::CredentialStore store(authorization::passkeyFile());
+    EXPECT_EQ(store.find("localhost").size(), 1U);
+}
+
+TEST_F(AuthorizationControllerTest, AReportThatCannotBeNotedFailsNobody) {
+    std::filesystem::create_directories(authorization::passkeyFile());
+    services.report({"localhost", Bytes(32, 1), platform::CredentialReport::Verdict::accepted});
+    expectError(*perform({assertion()}), FailureKind::storage);
+}
+
 } // namespace kelo
