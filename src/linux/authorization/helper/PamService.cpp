@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <array>
+#include <cerrno>
 #include <utility>
 
 namespace kelo::authorization {
