@@ -1,5 +1,6 @@
 #include "linux/http/TrustedAuthority.h"
 
+#include "deployment/Deployment.h"
 #include "deployment/TrustedAuthority.h"
 
 #include <gio/gunixoutputstream.h>
@@ -9,7 +10,9 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <string>
+#include <utility>
 
 namespace kelo::http {
 
@@ -43,7 +46,8 @@ bool isForServers(GTlsCertificate* certificate) {
 
 // GIO reads authorities only from files, and reads the file again for every verification. Nobody
 // else can replace a file in memory that only this process holds.
-TrustedAuthority::TrustedAuthority(std::string_view pem) {
+TrustedAuthority::TrustedAuthority(std::string_view pem, std::vector<std::string> hosts)
+    : hosts(std::move(hosts)) {
     if (pem.empty())
         return;
     file = posix::FileDescriptor(memfd_create("kelo-authority", MFD_CLOEXEC));
@@ -65,14 +69,28 @@ TrustedAuthority::TrustedAuthority(std::string_view pem) {
 TrustedAuthority::~TrustedAuthority() = default;
 
 std::shared_ptr<const TrustedAuthority> TrustedAuthority::compiledIn() {
-    static const auto authority =
-        std::make_shared<const TrustedAuthority>(deployment::trustedAuthorityPem);
+    static const auto authority = std::make_shared<const TrustedAuthority>(
+        deployment::trustedAuthorityPem,
+        std::vector{std::string(deployment::relyingPartyIdentifier)});
     return authority;
+}
+
+std::shared_ptr<const TrustedAuthority>
+TrustedAuthority::compiledInFor(const std::string& anotherHost) {
+    return std::make_shared<const TrustedAuthority>(
+        deployment::trustedAuthorityPem,
+        std::vector{std::string(deployment::relyingPartyIdentifier), anotherHost});
+}
+
+bool TrustedAuthority::vouchesFor(const Url& url) const {
+    return database && std::any_of(hosts.begin(), hosts.end(), [&](const std::string& host) {
+               return g_ascii_strcasecmp(host.c_str(), url.host().c_str()) == 0;
+           });
 }
 
 GTlsCertificateFlags TrustedAuthority::problems(GTlsCertificate* certificate,
                                                 const Url& url) const {
-    if (!database || !certificate)
+    if (!certificate || !vouchesFor(url))
         return G_TLS_CERTIFICATE_UNKNOWN_CA;
     const auto identity = gobject::GObjectPointer<GSocketConnectable>::adopt(
         g_network_address_new(bareHost(url).c_str(), url.port().value_or(443)));

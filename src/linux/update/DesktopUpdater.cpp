@@ -56,10 +56,17 @@ std::vector<std::string> environmentAsFound() {
     return kept;
 }
 
+/// The compiled-in authority, for the feed's host as well as for the service's.
+std::shared_ptr<const http::TrustedAuthority>
+authorityFor(const updater::UpdaterSettings& settings) {
+    return settings.feed ? http::TrustedAuthority::compiledInFor(settings.feed->host())
+                         : http::TrustedAuthority::compiledIn();
+}
+
 /// The services that the updater works with.
 struct Services {
-    explicit Services(std::function<void()> terminate)
-        : transport(http::TrustedAuthority::compiledIn()),
+    Services(const updater::UpdaterSettings& settings, std::function<void()> terminate)
+        : transport(authorityFor(settings)),
           installer(updater::findInstalledCopy(bundle::programPath(), g_get_home_dir()), worker,
                     {std::move(terminate), environmentAsFound}) {}
 
@@ -74,8 +81,9 @@ struct Services {
 class DesktopUpdater final : Services, public updater::Updater {
 public:
     template <typename MakeContext>
-    DesktopUpdater(std::function<void()> terminate, const MakeContext& makeContext)
-        : Services(std::move(terminate)),
+    DesktopUpdater(const updater::UpdaterSettings& settings, std::function<void()> terminate,
+                   const MakeContext& makeContext)
+        : Services(settings, std::move(terminate)),
           updater::Updater(makeContext(static_cast<Services&>(*this))) {}
 };
 
@@ -86,10 +94,11 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
     std::function<void(const std::string& address)> openLink, std::function<void()> terminate) {
     const std::filesystem::path states = g_get_user_state_dir();
     const std::filesystem::path caches = g_get_user_cache_dir();
+    const updater::UpdaterSettings settings(
+        bundle.infoDictionary().value_or(platform::InformationDictionary()));
     const auto makeContext = [&](Services& services) {
         return updater::UpdaterContext{
-            updater::UpdaterSettings(
-                bundle.infoDictionary().value_or(platform::InformationDictionary())),
+            settings,
             thisSystem(),
             caches / "kelo" / "updates",
             services.transport,
@@ -102,7 +111,7 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
             [] { return std::random_device()(); },
             writeToLog};
     };
-    auto made = std::make_unique<DesktopUpdater>(std::move(terminate), makeContext);
+    auto made = std::make_unique<DesktopUpdater>(settings, std::move(terminate), makeContext);
     made->start();
     return made;
 }

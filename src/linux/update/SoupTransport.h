@@ -14,8 +14,8 @@ namespace kelo::update {
 /// How long a transfer may wait for the next byte.
 inline constexpr std::chrono::seconds transferPatience{60};
 
-/// The updater's transfers with libsoup. Trusts the same certificates as the program's other
-/// requests. Must outlive its tasks.
+/// The updater's transfers with libsoup. Trusts the system's certificates and those of
+/// the given authority. Must outlive its tasks.
 class SoupTransport final : public updater::Transport {
 public:
     explicit SoupTransport(std::shared_ptr<const http::TrustedAuthority> authority,

@@ -69,7 +69,8 @@ CertificateProbe::CertificateProbe(gobject::GObjectPointer<WebKitNetworkSession>
 
 void CertificateProbe::start(const Url& url) {
     const std::string origin = url.host() + ":" + std::to_string(url.port().value_or(0));
-    if (url.scheme() != "https" || authority->isEmpty() || !probedOrigins.insert(origin).second)
+    if (url.scheme() != "https" || !authority->vouchesFor(url) ||
+        !probedOrigins.insert(origin).second)
         return;
     spawn(run(std::make_shared<Probe>(Probe{session, authority, url})));
 }

@@ -21,7 +21,8 @@ public:
     CertificateProbe(gobject::GObjectPointer<WebKitNetworkSession> session,
                      std::shared_ptr<const http::TrustedAuthority> authority);
 
-    /// Probes each https origin once. Ends the connection during the TLS handshake.
+    /// Probes each https origin once whose host the authority vouches for. Ends the connection
+    /// during the TLS handshake.
     void start(const Url& url);
 
 private:

@@ -17,7 +17,7 @@ class CertificateProbe;
 struct WebKitSessionSettings {
     std::string dataFolder;
     std::string cacheFolder;
-    /// Trusted besides the system's trust store.
+    /// Trusted besides the system's trust store, for its hosts.
     std::shared_ptr<const http::TrustedAuthority> authority;
     /// The origin whose pages may post script messages and hold the microphone.
     Url service;

@@ -1,5 +1,6 @@
 #include "component/http/HttpFixture.h"
 
+#include "deployment/Deployment.h"
 #include "linux/http/TransportErrors.h"
 
 namespace kelo::test {
@@ -77,12 +78,64 @@ TEST_F(Certificate, OfAnAddressHoldsForThatAddress) {
     const auto certificate = gobject::GObjectPointer<GTlsCertificate>::adopt(
         g_tls_certificate_new_from_pem(authority.issue(request).certificate.c_str(), -1, nullptr));
     const auto problems = [&](const char* url) {
-        return trusting(authority)->problems(certificate.get(), *Url::parse(url));
+        return trusting(authority, {"[::1]", "127.0.0.1", "[::2]", "localhost"})
+            ->problems(certificate.get(), *Url::parse(url));
     };
     EXPECT_EQ(problems("https://[::1]:8443/"), 0);
     EXPECT_EQ(problems("https://127.0.0.1/"), 0);
     EXPECT_EQ(problems("https://[::2]/"), G_TLS_CERTIFICATE_BAD_IDENTITY);
     EXPECT_EQ(problems("https://localhost/"), G_TLS_CERTIFICATE_BAD_IDENTITY);
+}
+
+TEST_F(Certificate, OfTheAuthorityHoldsForItsHostsAlone) {
+    IdentityRequest names;
+    names.hosts = {"localhost", "other.localhost"};
+    identity = authority.issue(names);
+    expectRefused(identity,
+                  "The certificate of other.localhost is not trusted on this computer, so nothing "
+                  "was sent. Ask those who run the service.",
+                  "other.localhost");
+    const auto peer = server(MisbehavingServer::saying(httpReply("hello")));
+    EXPECT_EQ(
+        textOf(fetch({*Url::parse("https://LOCALHOST:" + std::to_string(peer->port()))}).body),
+        "hello");
+}
+
+TEST_F(Certificate, OfAnotherHostIsRefusedAfterARedirect) {
+    IdentityRequest names;
+    names.hosts = {"other.localhost"};
+    const MisbehavingServer other(authority.issue(names),
+                                  MisbehavingServer::saying(httpReply("secret")));
+    const auto peer = server(MisbehavingServer::saying(
+        httpReply("", "Location: https://other.localhost:" + std::to_string(other.port()) + "/\r\n",
+                  "302 Found")));
+    EXPECT_EQ(failureOf({peer->url()}).kind(), FailureKind::insecure);
+    EXPECT_TRUE(other.requests().empty());
+}
+
+TEST_F(Certificate, HostsAreComparedWhole) {
+    const auto root = trusting(authority, {"assistant.example.com"});
+    for (const char* url : {"https://assistant.example.com", "https://Assistant.Example.COM:8443/"})
+        EXPECT_TRUE(root->vouchesFor(*Url::parse(url))) << url;
+    for (const char* url :
+         {"https://example.com", "https://a.assistant.example.com",
+          "https://assistant.example.com.evil.org", "https://xassistant.example.com",
+          "https://assistant.example.com.", "https://evil.org/assistant.example.com"})
+        EXPECT_FALSE(root->vouchesFor(*Url::parse(url))) << url;
+    EXPECT_FALSE(
+        http::TrustedAuthority("", {"localhost"}).vouchesFor(*Url::parse("https://localhost")));
+}
+
+TEST_F(Certificate, OfTheCompiledInAuthorityHoldsForTheServiceAndTheHostThatIsAdded) {
+    const Url service = *Url::parse(deployment::serviceOrigin);
+    const Url feed = *Url::parse("https://updates.example.com/appcast.xml");
+    const auto compiledIn = http::TrustedAuthority::compiledIn();
+    EXPECT_TRUE(compiledIn->vouchesFor(service));
+    EXPECT_FALSE(compiledIn->vouchesFor(feed));
+    const auto withFeed = http::TrustedAuthority::compiledInFor(feed.host());
+    EXPECT_TRUE(withFeed->vouchesFor(service));
+    EXPECT_TRUE(withFeed->vouchesFor(feed));
+    EXPECT_FALSE(withFeed->vouchesFor(*Url::parse("https://example.com")));
 }
 
 TEST_F(Certificate, GraverProblemsAreNamedFirst) {
@@ -110,7 +163,8 @@ TEST_F(Certificate, IsRefusedEachTimeNotOnlyTheFirst) {
 }
 
 TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
-    Session strict(Session::Cookies::none, std::make_shared<http::TrustedAuthority>(""));
+    Session strict(Session::Cookies::none, std::make_shared<http::TrustedAuthority>(
+                                               "", std::vector<std::string>{"localhost"}));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
     EXPECT_THROW(loop.run(strict.data(peer->url())), Failure);
     EXPECT_TRUE(peer->requests().empty());
@@ -118,7 +172,8 @@ TEST_F(Certificate, WithoutAnAuthorityOnlyTheSystemCounts) {
 
 TEST_F(Certificate, UnreadableAuthorityTrustsNobody) {
     Session strict(Session::Cookies::none,
-                   std::make_shared<http::TrustedAuthority>("-----BEGIN CERTIFICATE-----\nAA\n"));
+                   std::make_shared<http::TrustedAuthority>("-----BEGIN CERTIFICATE-----\nAA\n",
+                                                            std::vector<std::string>{"localhost"}));
     const auto peer = server(MisbehavingServer::saying(httpReply("secret")));
     EXPECT_THROW(loop.run(strict.data(peer->url())), Failure);
 }

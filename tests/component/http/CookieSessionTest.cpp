@@ -28,7 +28,9 @@ protected:
         return own.cookieStorage()->cookies(url).value();
     }
 
-    Session own{Session::Cookies::inMemory, trusting(authority)};
+    Session own{Session::Cookies::inMemory,
+                trusting(authority, {"localhost", "one.localhost", "two.localhost",
+                                     "site.localhost", "evil.site.localhost"})};
 };
 
 TEST_F(CookieSession, SharedSessionHasNoStore) {

@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace kelo::test {
 
@@ -19,8 +21,9 @@ class HttpFixture : public testing::Test {
 protected:
     using Session = http::SoupHttpSession;
 
-    static std::shared_ptr<const http::TrustedAuthority> trusting(const TestAuthority& root) {
-        return std::make_shared<const http::TrustedAuthority>(root.pem());
+    static std::shared_ptr<const http::TrustedAuthority>
+    trusting(const TestAuthority& root, std::vector<std::string> hosts = {"localhost"}) {
+        return std::make_shared<const http::TrustedAuthority>(root.pem(), std::move(hosts));
     }
 
     std::unique_ptr<MisbehavingServer> server(MisbehavingServer::Behaviour behaviour) {

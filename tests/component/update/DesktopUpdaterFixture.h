@@ -128,7 +128,8 @@ protected:
     UserBefore user;
     FakeInstaller installer;
     std::vector<std::string> log;
-    update::SoupTransport transport{std::make_shared<const http::TrustedAuthority>(authority.pem()),
+    update::SoupTransport transport{std::make_shared<const http::TrustedAuthority>(
+                                        authority.pem(), std::vector<std::string>{"localhost"}),
                                     std::chrono::seconds(1)};
     gobject::WorkerThread worker;
     std::mutex mutex;

@@ -115,7 +115,7 @@ struct DesktopUpdater : testing::Test {
     TestMainLoop loop;
     std::string feed = feedOf("");
     MisbehavingServer server{
-        testAuthority().issue(),
+        testAuthority().issue({{"localhost", "feed.localhost"}}),
         MisbehavingServer::answering([this](const WireRequest&) { return httpReply(feed); })};
     TestBundle bundle;
     UserBefore user;
@@ -131,6 +131,14 @@ TEST_F(DesktopUpdater, ChecksByItselfFromItsMakingWhereTheBundleWantsIt) {
     EXPECT_EQ(server.requests().at(0).target, "/appcast.xml");
     EXPECT_TRUE(loop.runUntil([] { return std::filesystem::exists(stateFile()); }));
     EXPECT_EQ(user.shown, Texts{}) << "nothing is new, so nobody is told";
+}
+
+TEST_F(DesktopUpdater, TrustsTheBuildsAuthorityForTheHostOfTheFeed) {
+    (*bundle.dictionary)["SUFeedURL"] =
+        "https://feed.localhost:" + std::to_string(server.port()) + "/appcast.xml";
+    checkUntil("message");
+    EXPECT_EQ(server.requests().at(0).header("host"),
+              "feed.localhost:" + std::to_string(server.port()));
 }
 
 TEST_F(DesktopUpdater, ChecksAtTheUsersWordAloneWhereTheBundleDoesNot) {

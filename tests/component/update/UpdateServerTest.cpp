@@ -222,6 +222,19 @@ TEST_F(UpdateServer, ThatNobodyVouchesForIsNotAsked) {
     expectNothingLeft();
 }
 
+TEST_F(UpdateServer, MaySendTheArchiveOnToNoHostOfTheSameAuthority) {
+    IdentityRequest names;
+    names.hosts = {"other.localhost"};
+    const MisbehavingServer other(authority.issue(names),
+                                  MisbehavingServer::saying(httpReply(archive)));
+    reply("/kelo.tar.zst",
+          redirectTo("https://other.localhost:" + std::to_string(other.port()) + "/"));
+    installUntil("failure");
+    EXPECT_THAT(user.sentence, HasSubstr("not trusted on this computer"));
+    EXPECT_TRUE(other.requests().empty());
+    expectNothingLeft();
+}
+
 TEST_F(UpdateServer, IsLeftWhenTheUserCancels) {
     behave("/appcast.xml", [](ServerConnection& connection) { connection.waitForPeer(); });
     checkUntil("checking");

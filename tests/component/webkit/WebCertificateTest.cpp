@@ -1,5 +1,7 @@
 #include "component/webkit/WebKitFixture.h"
 
+#include "linux/gobject/SignalHandler.h"
+
 #include <gmock/gmock.h>
 
 namespace kelo::test {
@@ -79,6 +81,86 @@ TEST_F(WebCertificate, SubResourcesOfTheServiceComeThrough) {
     makeView(peer->url());
     open(peer->url("/"));
     EXPECT_EQ(evaluate("window.ran"), "1");
+}
+
+/// Another host under the same authority, which even shows the certificate of the service. It was
+/// opened in the main view before: that is where a certificate can be allowed.
+class WebCertificateOfAnotherHost : public WebKitFixture {
+protected:
+    static constexpr const char* host = "other.localhost";
+
+    std::string address(std::string_view scheme = "https") const {
+        return std::string(scheme) + "://" + host + ":" + std::to_string(other->port()) + "/";
+    }
+
+    /// Shows the page of the service, in which OTHER stands for the address of the other host.
+    void visitOtherAndShow(std::string html) {
+        identity = authority.issue({{"localhost", host}});
+        other = site({{"/", "<script>top.postMessage('loaded', '*')</script>"}});
+        for (auto at = html.find("OTHER"); at != std::string::npos; at = html.find("OTHER"))
+            html.replace(at, 5, address());
+        peer = site({{"/", html}});
+        makeView(peer->url());
+        load(*Url::parse(address()));
+        ASSERT_TRUE(waitForTitle("This page is not secure"));
+        EXPECT_THAT(
+            pageText(),
+            HasSubstr("The certificate of other.localhost is not trusted on this computer"));
+        open(peer->url("/"));
+    }
+    void expectRefusedAgain() {
+        const int before = other->endedCount();
+        EXPECT_TRUE(loop.runUntil([&] { return other->endedCount() > before; }));
+        EXPECT_THAT(other->requests(), IsEmpty());
+    }
+
+    std::unique_ptr<MisbehavingServer> other;
+    std::unique_ptr<MisbehavingServer> peer;
+};
+
+TEST_F(WebCertificateOfAnotherHost, KeepsItsPagesOut) {
+    visitOtherAndShow("hello");
+    EXPECT_THAT(other->requests(), IsEmpty());
+    evaluate("location = '" + address() + "'");
+    ASSERT_TRUE(waitForTitle("This page is not secure"));
+    EXPECT_THAT(other->requests(), IsEmpty());
+    open(peer->url("/"));
+    EXPECT_EQ(pageText(), "hello");
+}
+
+TEST_F(WebCertificateOfAnotherHost, KeepsItsFramesOut) {
+    visitOtherAndShow("<body><script>var messages = 0; onmessage = () => ++messages;"
+                      "function show() { document.body.append(Object.assign("
+                      "document.createElement('iframe'), {src: 'OTHER'})) }</script>");
+    evaluate("setTimeout(show)");
+    expectRefusedAgain();
+    EXPECT_EQ(evaluate("messages"), "0");
+}
+
+TEST_F(WebCertificateOfAnotherHost, KeepsPartsOfThePageOut) {
+    visitOtherAndShow(
+        "<body><script>var refused = [];"
+        "const add = (tag, properties) => document.body.append(Object.assign("
+        "document.createElement(tag), properties, {onerror: () => refused.push(tag)}));"
+        "add('script', {src: 'OTHER'}); add('img', {src: 'OTHER'});"
+        "fetch('OTHER', {mode: 'no-cors'}).catch(() => refused.push('fetch'));"
+        "new WebSocket('OTHER'.replace('https', 'wss')).onerror = () => refused.push('socket');"
+        "</script>");
+    EXPECT_TRUE(waitForScript("refused.sort().join()", "fetch,img,script,socket"))
+        << evaluate("refused.join()");
+    EXPECT_THAT(other->requests(), IsEmpty());
+}
+
+TEST_F(WebCertificateOfAnotherHost, KeepsItsDownloadsOut) {
+    visitOtherAndShow("hello");
+    const auto download = gobject::GObjectPointer<WebKitDownload>::adopt(
+        webkit_web_view_download_uri(native(), address().c_str()));
+    bool failed = false;
+    const auto connection = gobject::connectSignal(
+        download.get(), "failed", +[](WebKitDownload*, GError*, bool* told) { *told = true; },
+        &failed);
+    EXPECT_TRUE(loop.runUntil([&] { return failed; }));
+    EXPECT_THAT(other->requests(), IsEmpty());
 }
 
 } // namespace kelo::test

@@ -58,8 +58,9 @@ webkit::WebKitSession& WebKitFixture::sessionFor(const Url& service) {
     if (!session) {
         webkit::WebKitSessionSettings settings{
             (folder / "data" / "web").string(), (folder / "cache").string(),
-            std::make_shared<const http::TrustedAuthority>(authority.pem()), service,
-            [this](const std::string& address) { openedOutside.push_back(address); }};
+            std::make_shared<const http::TrustedAuthority>(authority.pem(),
+                                                           std::vector{service.host()}),
+            service, [this](const std::string& address) { openedOutside.push_back(address); }};
         session = std::make_unique<webkit::WebKitSession>(std::move(settings));
     }
     return *session;
