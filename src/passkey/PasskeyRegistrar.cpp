@@ -40,28 +40,23 @@ nlohmann::json attestationJSON(const platform::PlatformRegistrationCredential& c
 }
 
 /// Body of the verify request. The service decides whether the text is a password or a code, so it
-/// is sent under both names.
-platform::RequestBody verifyBody(nlohmann::json attestation, const SecretText& passwordOrCode) {
-    nlohmann::json body = {
-        {"response", std::move(attestation)},
-        {"label", "Mac (Kelo)"},
-        {"password", passwordOrCode.view()},
-        {"mfaCode", passwordOrCode.view()},
-    };
-    const auto wipeSecrets = [&body] {
-        wipe(body["password"].get_ref<std::string&>());
-        wipe(body["mfaCode"].get_ref<std::string&>());
-    };
-    try {
-        std::string text = service::serializeJson(body);
-        wipeSecrets();
-        Bytes bytes = bytesOf(text);
-        wipe(text);
-        return bytes;
-    } catch (...) {
-        wipeSecrets();
-        throw;
-    }
+/// is sent under both names. Written by hand, into memory that does not grow: a JSON library would
+/// leave copies of the text behind.
+platform::RequestBody verifyBody(const nlohmann::json& attestation,
+                                 const SecretText& passwordOrCode) {
+    const std::string beginning = "{\"response\":" + service::serializeJson(attestation) +
+                                  ",\"label\":\"Mac (Kelo)\",\"password\":";
+    constexpr std::string_view middle = ",\"mfaCode\":";
+    const std::string_view secret = passwordOrCode.view();
+
+    Bytes json;
+    json.reserve(beginning.size() + middle.size() + 2 * service::longestQuoted(secret) + 1);
+    json.insert(json.end(), beginning.begin(), beginning.end());
+    service::appendQuoted(json, secret);
+    json.insert(json.end(), middle.begin(), middle.end());
+    service::appendQuoted(json, secret);
+    json.push_back('}');
+    return {std::move(json)};
 }
 
 } // namespace
@@ -81,12 +76,12 @@ Task<void> PasskeyRegistrar::registerPasskey(std::vector<platform::HttpCookie> c
     const std::string token = co_await fetchCsrfToken(cookieHeader);
     nlohmann::json options = co_await fetchCreationOptions(cookieHeader, token);
     const auto credential = co_await performRegistration(std::move(options));
-    nlohmann::json attestation = attestationJSON(credential);
+    const nlohmann::json attestation = attestationJSON(credential);
 
     auto request = authorizedRequest(service::endpoint::registrationVerify, "POST", cookieHeader);
     request.headers.emplace_back("x-csrf-token", token);
     request.headers.emplace_back("Content-Type", "application/json");
-    request.body = verifyBody(std::move(attestation), passwordOrCode);
+    request.body = verifyBody(attestation, passwordOrCode);
     const HttpReply reply =
         co_await platform::Desktop::current().sharedHttpSession().data(std::move(request));
     const bool accepted = service::isServiceSuccess(reply);

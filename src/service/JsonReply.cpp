@@ -1,10 +1,38 @@
 #include "service/JsonReply.h"
 
 #include "base/Failure.h"
+#include "base/Utf8.h"
+
+#include <utility>
 
 namespace kelo::service {
 
 namespace {
+
+Failure unsendableText(std::string cause) {
+    return Failure(FailureKind::invalidJson,
+                   "The text you entered has characters that cannot be sent. Please type it again.",
+                   std::move(cause));
+}
+
+void append(Bytes& json, std::string_view text) {
+    json.insert(json.end(), text.begin(), text.end());
+}
+
+void appendEscaped(Bytes& json, char character) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    const auto byte = static_cast<unsigned char>(character);
+    if (character == '"' || character == '\\') {
+        json.push_back('\\');
+        json.push_back(byte);
+    } else if (byte < 0x20) {
+        append(json, "\\u00");
+        json.push_back(static_cast<std::uint8_t>(digits[byte >> 4]));
+        json.push_back(static_cast<std::uint8_t>(digits[byte & 15]));
+    } else {
+        json.push_back(byte);
+    }
+}
 
 /// Looks at the text alone, so that not even the part above the limit is built.
 bool isNestedTooDeeply(ByteView body) {
@@ -58,11 +86,22 @@ std::string serializeJson(const nlohmann::json& value) {
     try {
         return value.dump();
     } catch (const nlohmann::json::exception& error) {
-        throw Failure(
-            FailureKind::invalidJson,
-            "The text you entered has characters that cannot be sent. Please type it again.",
-            error.what());
+        throw unsendableText(error.what());
     }
+}
+
+std::size_t longestQuoted(std::string_view text) {
+    constexpr std::size_t longestEscape = 6;
+    return 2 + longestEscape * text.size();
+}
+
+void appendQuoted(Bytes& json, std::string_view text) {
+    if (!isWellFormedUtf8(text))
+        throw unsendableText("the text is not UTF-8");
+    json.push_back('"');
+    for (const char character : text)
+        appendEscaped(json, character);
+    json.push_back('"');
 }
 
 } // namespace kelo::service

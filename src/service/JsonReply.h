@@ -29,4 +29,12 @@ std::optional<std::string> stringMember(const nlohmann::json& value, std::string
 /// Compact JSON text. Throws a Failure of kind invalidJson for a string that is not UTF-8.
 std::string serializeJson(const nlohmann::json& value);
 
+/// Appends the text as a JSON string, with its quotation marks. Never moves what `json` holds if it
+/// has room for longestQuoted() more bytes: a secret then leaves no copy in freed memory. Throws
+/// like serializeJson().
+void appendQuoted(Bytes& json, std::string_view text);
+
+/// The most bytes that appendQuoted() appends.
+std::size_t longestQuoted(std::string_view text);
+
 } // namespace kelo::service

@@ -81,6 +81,16 @@ TEST_F(PasskeyRegistrarTest, RequestsGoOutInOrderAndToTheByte) {
     EXPECT_EQ(textOf(*verify.body).find(' '), textOf(*verify.body).find(" (Kelo)"));
 }
 
+TEST_F(PasskeyRegistrarTest, EntryIsSentAsItIsUnderBothNames) {
+    const std::string entry = "\"}, \\ \n é 😀";
+    startUpToSheet(entry);
+    confirm();
+    const auto body = nlohmann::json::parse(textOf(session.sent.at(2).request.body.value()));
+    EXPECT_EQ(body.size(), 4U);
+    EXPECT_EQ(body["password"], entry);
+    EXPECT_EQ(body["mfaCode"], entry);
+}
+
 TEST_F(PasskeyRegistrarTest, SuccessLeavesItsMessageAndTheNextStartClearsIt) {
     const auto flow = startUpToSheet();
     EXPECT_TRUE(registrar->busy);

@@ -79,6 +79,36 @@ TEST(JsonReply, TextIsWrittenCompactly) {
               "{\"a\":[1,\"é\"]}");
 }
 
+TEST(JsonReply, QuotedTextIsReadAsItWas) {
+    std::string all;
+    for (char character = 0; character < 0x7F; ++character)
+        all += character;
+    for (const std::string& text : {all + "\x7F é € 😀", std::string(), std::string("\\\"")}) {
+        Bytes json = bytesOf("[");
+        service::appendQuoted(json, text);
+        json.push_back(']');
+        EXPECT_EQ(service::parseJson(json), nlohmann::json::array({text}));
+        EXPECT_LE(json.size(), 2 + service::longestQuoted(text));
+    }
+}
+
+TEST(JsonReply, QuotedTextDoesNotMoveWhereThereIsRoom) {
+    for (const char character : {'a', '"', '\n'}) {
+        const std::string text(100, character);
+        Bytes json;
+        json.reserve(service::longestQuoted(text));
+        const auto* place = json.data();
+        service::appendQuoted(json, text);
+        EXPECT_EQ(json.data(), place);
+    }
+}
+
+TEST(JsonReply, QuotedTextMustBeUtf8) {
+    Bytes json = bytesOf("[");
+    EXPECT_THROW(service::appendQuoted(json, "secret\xFF"), Failure);
+    EXPECT_EQ(textOf(json), "[");
+}
+
 TEST(JsonReply, TextThatIsNotUtf8CannotBeWritten) {
     EXPECT_THROW(service::serializeJson({{"a", "\xFF"}}), Failure);
 }
