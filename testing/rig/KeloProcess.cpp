@@ -26,6 +26,8 @@ fs::path programToRun(const fs::path& build, const fs::path& data) {
 
 std::map<std::string, std::string> withFoldersBelow(const fs::path& data,
                                                     std::map<std::string, std::string> variables) {
+    // Known to this process alone: what Kelo has in its memory, the user has typed.
+    variables.try_emplace("KELO_PRIVATE_DESKTOP_PASSWORD", "");
     for (const auto& [name, folder] :
          {std::pair{"XDG_DATA_HOME", "data"}, std::pair{"XDG_CACHE_HOME", "cache"},
           std::pair{"XDG_CONFIG_HOME", "config"}, std::pair{"XDG_STATE_HOME", "state"}}) {

@@ -4,9 +4,11 @@
 #include "posix/FileDescriptor.h"
 
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <fstream>
 #include <random>
@@ -26,9 +28,9 @@ struct Mapping {
     std::string name;
 };
 
-std::vector<Mapping> writableMappings(const std::string& folder) {
+std::vector<Mapping> writableMappings(pid_t process) {
     std::vector<Mapping> mappings;
-    std::ifstream maps(folder + "/maps");
+    std::ifstream maps("/proc/" + std::to_string(process) + "/maps");
     for (std::string line; std::getline(maps, line);) {
         std::istringstream words(line);
         Mapping mapping;
@@ -52,21 +54,16 @@ std::string printable(const char* begin, const char* end) {
     return result;
 }
 
-/// Of a process; throws std::runtime_error if this user may not read it.
-posix::FileDescriptor opened(const std::string& path) {
-    posix::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file)
-        throw std::runtime_error(path + " cannot be read");
-    return file;
-}
-
 class MemoryReader {
 public:
-    explicit MemoryReader(const std::string& folder)
-        : memory(opened(folder + "/mem")), pages(opened(folder + "/pagemap")) {}
+    explicit MemoryReader(pid_t process)
+        : process(process),
+          pages(::open(("/proc/" + std::to_string(process) + "/pagemap").c_str(),
+                       O_RDONLY | O_CLOEXEC)) {}
 
-    /// Whether any of these bytes was ever written. A web engine reserves many gigabytes.
-    bool isUsed(std::uintptr_t begin, std::size_t size) const {
+    /// Whether any of these bytes was ever written, as far as the kernel says so. A web engine
+    /// reserves many gigabytes.
+    bool mayBeUsed(std::uintptr_t begin, std::size_t size) const {
         const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
         std::vector<std::uint64_t> entries(size / page);
         const auto bytes = entries.size() * sizeof(std::uint64_t);
@@ -76,17 +73,21 @@ public:
         constexpr std::uint64_t presentOrSwapped = std::uint64_t{3} << 62;
         return std::ranges::any_of(entries, [](auto entry) { return entry & presentOrSwapped; });
     }
-    /// As much of it as there is.
+    /// As much of it as there is. A process that protects its memory may still read its own so.
     std::string read(std::uintptr_t begin, std::size_t size) const {
         std::string bytes(size, '\0');
-        const auto count =
-            ::pread(memory.get(), bytes.data(), bytes.size(), static_cast<off_t>(begin));
+        const iovec here{bytes.data(), size};
+        const iovec there{reinterpret_cast<void*>(begin), size};
+        const auto count = ::process_vm_readv(process, &here, 1, &there, 1, 0);
+        if (count < 0 && errno == EPERM)
+            throw std::runtime_error("the memory of process " + std::to_string(process) +
+                                     " may not be read");
         bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
         return bytes;
     }
 
 private:
-    const posix::FileDescriptor memory;
+    const pid_t process;
     const posix::FileDescriptor pages;
 };
 
@@ -104,11 +105,13 @@ void search(const MemoryReader& reader, const Mapping& mapping, const DisguisedT
     constexpr std::size_t portion = std::size_t{1} << 20;
     for (auto begin = mapping.begin; begin < mapping.end; begin += portion) {
         const auto size = std::min<std::size_t>(portion, mapping.end - begin);
-        if (!reader.isUsed(begin, size))
+        if (!reader.mayBeUsed(begin, size))
             continue;
         // A text may lie across two portions.
-        std::string bytes = reader.read(begin, size + text.size() - 1);
-        for (std::size_t at = 0; at + text.size() <= bytes.size() && at < size; ++at) {
+        std::string bytes =
+            reader.read(begin, std::min<std::size_t>(size + text.size() - 1, mapping.end - begin));
+        for (std::size_t at = bytes.find(text.at(0)); at < size && at + text.size() <= bytes.size();
+             at = bytes.find(text.at(0), at + 1)) {
             if (!text.standsAt(bytes.data() + at))
                 continue;
             std::ostringstream where;
@@ -156,10 +159,9 @@ bool DisguisedText::standsAt(const char* place) const {
 }
 
 std::vector<std::string> findInMemory(pid_t process, const DisguisedText& text) {
-    const std::string folder = "/proc/" + std::to_string(process);
-    const MemoryReader reader(folder);
+    const MemoryReader reader(process);
     std::vector<std::string> found;
-    for (const auto& mapping : writableMappings(folder))
+    for (const auto& mapping : writableMappings(process))
         search(reader, mapping, text, found);
     return found;
 }

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace kelo::tests {
@@ -19,14 +20,18 @@ using testing::Not;
 /// How long the answer was; 0 until it is given. Only that is kept.
 using Length = std::shared_ptr<std::size_t>;
 
-Task<void> prompt(gtk::GtkAlertPresenter& presenter, Length length) {
+Task<void> show(gtk::GtkAlertPresenter& presenter, platform::Alert alert, Length length) {
+    const auto outcome = co_await presenter.runModal(std::move(alert));
+    *length = outcome.fieldText.view().size();
+}
+
+platform::Alert prompt() {
     platform::Alert alert;
     alert.messageText = "Sure?";
     alert.buttons = {"Yes", "No"};
     alert.accessoryView = platform::SecureTextField{240, 24, "Account password"};
     alert.accessoryIsInitialFirstResponder = true;
-    const auto outcome = co_await presenter.runModal(std::move(alert));
-    *length = outcome.fieldText.view().size();
+    return alert;
 }
 
 Task<void> ask(authenticator::PasskeySheet& sheet, bool echo, Length length) {
@@ -41,7 +46,7 @@ class SecretMemory : public testing::TestWithParam<Place> {
 protected:
     void open() {
         if (GetParam() == Place::prompt) {
-            spawn(prompt(presenter, length));
+            spawn(show(presenter, prompt(), length));
         } else {
             sheet = factory.makeSheet(program.host.keyWindow());
             spawn(ask(*sheet, GetParam() == Place::visibleQuestion, length));
@@ -96,6 +101,32 @@ TEST_P(SecretMemory, HoldsNothingAfterItIsCancelled) {
                               [] { return gtk::ModalWindow::topmost() == nullptr; });
         RunningProgram::settle();
         EXPECT_THAT(places(), IsEmpty());
+    });
+}
+
+TEST_P(SecretMemory, IsShieldedFromOthersWhileTheDialogIsOpen) {
+    program.run([&] {
+        EXPECT_EQ(::prctl(PR_GET_DUMPABLE), 1);
+        open();
+        EXPECT_EQ(::prctl(PR_GET_DUMPABLE), 0);
+        type();
+        program.screen.press(GDK_KEY_Return);
+        RunningProgram::until("it is taken", [&] { return *length == secret.size(); });
+        sheet.reset();
+        RunningProgram::settle();
+        EXPECT_EQ(::prctl(PR_GET_DUMPABLE), 1);
+    });
+}
+
+TEST(AlertWithoutAField, LeavesTheProcessAsItIs) {
+    RunningProgram program;
+    gtk::GtkAlertPresenter presenter{program.host, hurryingClock()};
+    program.run([&] {
+        platform::Alert alert;
+        alert.messageText = "Done";
+        spawn(show(presenter, std::move(alert), nullptr));
+        program.untilActive(program.window("Done"));
+        EXPECT_EQ(::prctl(PR_GET_DUMPABLE), 1);
     });
 }
 

@@ -81,6 +81,7 @@ void AlertDialog::addTexts(const platform::Alert& alert) {
 void AlertDialog::addField(const platform::Alert& alert) {
     if (!alert.accessoryView)
         return;
+    shield.emplace();
     field = std::make_unique<SecretEntry>(SecretEntry::Display::masked);
     field->setPlaceholder(alert.accessoryView->placeholder);
     field->setName(alert.accessoryView->placeholder);

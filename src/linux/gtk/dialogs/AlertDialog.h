@@ -4,9 +4,11 @@
 #include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
 #include "platform/Alert.h"
+#include "posix/MemoryShield.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace kelo::gtk {
 
@@ -27,6 +29,7 @@ private:
     void addButtons(const platform::Alert& alert);
     void answer(int index);
 
+    std::optional<posix::MemoryShield> shield; ///< only with a field
     std::unique_ptr<SecretEntry> field;
     int buttonCount = 0;
     std::function<void(platform::AlertOutcome)> answered;

@@ -4,6 +4,7 @@
 #include "linux/gtk/dialogs/ConfirmationGuard.h"
 #include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
+#include "posix/MemoryShield.h"
 
 #include <gtkmm/button.h>
 #include <gtkmm/checkbutton.h>
@@ -60,6 +61,7 @@ private:
         std::string text;
     };
 
+    const posix::MemoryShield shield;
     Actions actions;
     Phase phase = Phase::waiting;
     Status status;
