@@ -18,10 +18,11 @@ std::optional<Url> resolved(const Url& base, const std::string& location) {
     if (!from)
         return std::nullopt;
     const SoupUri target(g_uri_parse_relative(from.get(), location.c_str(), soupUriFlags, nullptr));
-    if (!target)
+    // Without a host, GLib complains of some addresses that it has parsed itself, such as "x:.///",
+    // and finds no text for them.
+    if (!target || !g_uri_get_host(target.get()))
         return std::nullopt;
     const gobject::GText text(g_uri_to_string(target.get()));
-    // GLib finds no text for some addresses that it has parsed itself, such as "x:.///".
     return text ? Url::parse(text.get()) : std::nullopt;
 }
 

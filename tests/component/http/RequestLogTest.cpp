@@ -58,7 +58,8 @@ TEST(LoggedAddress, KeepsAPathAsItIsSpelled) {
 }
 
 TEST(LoggedAddress, SaysSoWhereThereIsNone) {
-    for (const char* nothing : {static_cast<const char*>(nullptr), "", "no address", "x:.///"})
+    for (const char* nothing : {static_cast<const char*>(nullptr), "", "no address", "x:.///",
+                                "https://host%0Aline.example/"})
         EXPECT_EQ(loggedAddress(nothing), "(no address)") << (nothing ? nothing : "null");
 }
 
