@@ -1,5 +1,6 @@
 #include "bundle/InformationFile.h"
 
+#include "base/Utf8.h"
 #include "posix/FileDescriptor.h"
 
 #include <fcntl.h>
@@ -24,6 +25,10 @@ struct FreeDeleter {
 };
 using CText = std::unique_ptr<char, FreeDeleter>;
 
+bool isPresentable(std::string_view text) {
+    return isWellFormedUtf8(text) && text.find('\0') == std::string_view::npos;
+}
+
 platform::InformationValue valueOf(plist_t node) {
     switch (plist_get_node_type(node)) {
     case PLIST_BOOLEAN: {
@@ -42,14 +47,31 @@ platform::InformationValue valueOf(plist_t node) {
         return value;
     }
     case PLIST_STRING: {
-        char* text = nullptr;
-        plist_get_string_val(node, &text);
-        const CText owned(text);
-        return std::string(owned ? owned.get() : "");
+        std::uint64_t length = 0;
+        const char* const text = plist_get_string_ptr(node, &length);
+        if (const std::string_view whole(text ? text : "", text ? length : 0); isPresentable(whole))
+            return std::string(whole);
+        return std::monostate();
     }
     default:
         return std::monostate();
     }
+}
+
+/// Nothing for a key that is not presentable. The library ends the program when it is asked for a
+/// key with a NUL in it, but it can write such a key as XML.
+std::optional<std::string> keyOf(plist_t value) {
+    const plist_t node = plist_dict_item_get_key(value);
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(node, &text, &length);
+    const CText xml(text);
+    if (!text || !isPresentable({text, length}))
+        return std::nullopt;
+    char* key = nullptr;
+    plist_get_key_val(node, &key);
+    const CText owned(key);
+    return key ? std::optional<std::string>(key) : std::nullopt;
 }
 
 /// The content of a regular file; nothing if it is longer than the limit, in bytes.
@@ -77,13 +99,12 @@ std::optional<platform::InformationDictionary> parseInformation(std::string_view
     const std::unique_ptr<void, FreeDeleter> ownedPosition(position);
     platform::InformationDictionary information;
     while (true) {
-        char* key = nullptr;
         plist_t value = nullptr;
-        plist_dict_next_item(root.get(), position, &key, &value);
-        const CText ownedKey(key);
+        plist_dict_next_item(root.get(), position, nullptr, &value);
         if (!value)
             return information;
-        information.insert_or_assign(key ? key : "", valueOf(value));
+        if (const auto key = keyOf(value))
+            information.insert_or_assign(*key, valueOf(value));
     }
 }
 

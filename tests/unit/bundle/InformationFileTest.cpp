@@ -81,6 +81,45 @@ TEST(InformationFile, ThatIsCutOffAnywhereNeverEndsTheProgram) {
     }
 }
 
+/// A dictionary of one key and one text in the binary form. Each is an object as the form writes
+/// it.
+std::string binaryWith(std::string_view key, std::string_view text) {
+    std::string whole = "bplist00\xD1\x01\x02";
+    const std::size_t keyPlace = whole.size();
+    whole += key;
+    const std::size_t textPlace = whole.size();
+    whole += text;
+    const std::size_t table = whole.size();
+    whole += {'\x08', static_cast<char>(keyPlace), static_cast<char>(textPlace)};
+    whole += std::string(6, '\0') + "\x01\x01";
+    for (const std::size_t number : {std::size_t(3), std::size_t(0), table})
+        whole += std::string(7, '\0') + static_cast<char>(number);
+    return whole;
+}
+
+TEST(InformationFile, TextThatIsNotUtf8IsLeftOut) {
+    ASSERT_EQ(bundle::informationText(*parseInformation(binaryWith("Qa", "Qb")), "a"), "b");
+    const auto badText = parseInformation(binaryWith("Qa", "R\xFF\xFE"));
+    ASSERT_TRUE(badText);
+    EXPECT_EQ(badText->at("a"), platform::InformationValue());
+    const auto badKey = parseInformation(binaryWith("Q\x80", "Qb"));
+    ASSERT_TRUE(badKey);
+    EXPECT_TRUE(badKey->empty());
+}
+
+TEST(InformationFile, NulInATextOrAKeyIsLeftOutAndDoesNotEndTheProgram) {
+    constexpr std::string_view wide("\x63\0a\0\0\0b", 7);
+    const auto badText = parseInformation(binaryWith("Qa", wide));
+    ASSERT_TRUE(badText);
+    EXPECT_EQ(badText->at("a"), platform::InformationValue());
+    const auto badKey = parseInformation(binaryWith(wide, "Qb"));
+    ASSERT_TRUE(badKey);
+    EXPECT_TRUE(badKey->empty());
+    constexpr std::string_view xml("<plist><dict><key>a</key><string>b\0c</string></dict></plist>",
+                                   60);
+    EXPECT_EQ(parseInformation(xml)->at("a"), platform::InformationValue());
+}
+
 TEST(InformationFile, IsReadAnewAtEachCall) {
     const TreeFolder folder;
     EXPECT_FALSE(readInformationFile(folder / "Info.plist"));
