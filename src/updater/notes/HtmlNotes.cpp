@@ -1,3 +1,4 @@
+#include "base/Utf8.h"
 #include "updater/notes/NotesBuilder.h"
 
 #include <libxml/HTMLparser.h>
@@ -34,6 +35,13 @@ constexpr std::array<std::string_view, 2> strong = {"b", "strong"};
 constexpr std::array<std::string_view, 4> emphasized = {"i", "em", "cite", "dfn"};
 constexpr std::array<std::string_view, 4> code = {"code", "kbd", "samp", "tt"};
 
+/// The library gives back bytes that are not UTF-8 when a page only claims to be UTF-16, for
+/// instance by its first two bytes.
+void addText(std::string_view text, RunStyle style, NotesBuilder& builder) {
+    if (isWellFormedUtf8(text))
+        builder.add(text, style);
+}
+
 void walk(const xmlNode* node, RunStyle style, int depth, NotesBuilder& builder);
 
 void walkElement(const xmlNode* node, RunStyle style, int depth, NotesBuilder& builder) {
@@ -59,7 +67,7 @@ void walkElement(const xmlNode* node, RunStyle style, int depth, NotesBuilder& b
 void walk(const xmlNode* node, RunStyle style, int depth, NotesBuilder& builder) {
     for (; node && depth < deepest; node = node->next) {
         if (node->type == XML_TEXT_NODE && node->content)
-            builder.add(reinterpret_cast<const char*>(node->content), style);
+            addText(reinterpret_cast<const char*>(node->content), style, builder);
         else if (node->type == XML_ELEMENT_NODE)
             walkElement(node, style, depth, builder);
     }

@@ -18,10 +18,15 @@ bool takeUntil(std::string_view mark, std::string_view& text, RunStyle style,
     return true;
 }
 
+// Longer than any link, with its address. Without a limit, a megabyte of brackets would be searched
+// to its end for each bracket, and Kelo would stand still for half a minute.
+constexpr std::size_t longestLink = 4096;
+
 // Takes the rest of "[words](address)" after the first bracket and adds the words.
 bool takeLink(std::string_view& text, NotesBuilder& builder) {
-    const auto middle = text.find("](");
-    const auto end = middle == std::string_view::npos ? middle : text.find(')', middle);
+    const std::string_view near = text.substr(0, longestLink);
+    const auto middle = near.find("](");
+    const auto end = middle == std::string_view::npos ? middle : near.find(')', middle);
     if (end == std::string_view::npos)
         return false;
     builder.add(text.substr(0, middle), {});

@@ -37,7 +37,8 @@ private:
 ReleaseNotes readHtmlNotes(std::string_view html);
 
 /// The common part of Markdown: paragraphs, "#" headings, list items, **strong**, *emphasized* and
-/// `code` text. Of a link the text is kept. Everything else is shown as written.
+/// `code` text. Of a link the text is kept, unless it is longer than 4 KiB. Everything else is
+/// shown as written.
 ReleaseNotes readMarkdownNotes(std::string_view text);
 
 } // namespace kelo::updater

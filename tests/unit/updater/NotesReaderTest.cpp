@@ -104,6 +104,13 @@ TEST(ReleaseNotes, MarkdownWithoutAnEndStaysAsItIs) {
     EXPECT_EQ(markdown("#hash snake_case_name"), ReleaseNotes{body("#hash snake_case_name")});
 }
 
+TEST(ReleaseNotes, LinkLongerThanAnyOtherStaysAsItIs) {
+    const std::string words(2000, 'a');
+    EXPECT_EQ(markdown("[" + words + "](" + words + ")"), ReleaseNotes{body(words)});
+    const std::string link = "[" + words + "](" + words + words + ")";
+    EXPECT_EQ(markdown(link), ReleaseNotes{body(link)});
+}
+
 TEST(ReleaseNotes, PlainTextIsTakenByTheLine) {
     EXPECT_EQ(plain("One <b>\r\n\r\n  two\tthree\n"),
               (ReleaseNotes{body("One <b>"), body("two three")}));
@@ -112,6 +119,8 @@ TEST(ReleaseNotes, PlainTextIsTakenByTheLine) {
 TEST(ReleaseNotes, TextThatIsNoUtf8GivesNone) {
     EXPECT_TRUE(plain("caf\xe9").empty());
     EXPECT_TRUE(markdown("caf\xe9").empty());
+    // The first two bytes say that this page is UTF-16.
+    EXPECT_TRUE(html(std::string("\xFF\xFE<\0p\0>\0a\0", 10)).empty());
 }
 
 TEST(ReleaseNotes, ControlCharactersAreLeftOut) {
