@@ -64,7 +64,7 @@ Availability portalAvailability(const std::string& busAddress) {
                 "Start Kelo from within your desktop, or log in anew."};
 
     const Answer owner = askBus(bus, "GetNameOwner", g_variant_new("(s)", portal::busName));
-    if (!owner.value) {
+    if (!owner.value || !g_variant_is_of_type(owner.value.get(), G_VARIANT_TYPE("(s)"))) {
         // Only a running portal can tell, and this query must not start it.
         if (canBeStarted(bus))
             return {true,
