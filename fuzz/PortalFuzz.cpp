@@ -42,7 +42,7 @@ public:
 
     ~Desktop() {
         source.reset();
-        require(openSession.empty());
+        require(openSession.empty() && openRequest.empty());
         require(bus.pending.empty() && bus.subscriptions.empty());
     }
     Desktop(const Desktop&) = delete;
@@ -56,9 +56,9 @@ public:
         case 'O':
             return changeOwner(std::string(rest.substr(0, 8)));
         case 'r':
-            return bus.answer(valueOf(rest));
+            return answer(valueOf(rest));
         case 'e':
-            return bus.answer(nullptr);
+            return answer(nullptr);
         case 'R':
         case 'X':
             return respond(kind, rest);
@@ -91,11 +91,10 @@ private:
         require(owners.contains(object.owner));
         if (method == "Close") {
             require(!parameters);
-            if (object.interface == input::portal::session) {
-                require(object.path == openSession);
-                openSession.clear();
-            }
-            return;
+            std::string& open =
+                object.interface == input::portal::session ? openSession : openRequest;
+            require(object.path == open);
+            return open.clear();
         }
         const std::string type = g_variant_get_type_string(parameters);
         require(object.owner == owner);
@@ -118,9 +117,25 @@ private:
         const gobject::GVariantPointer options(g_variant_get_child_value(parameters, index));
         names['R'] = pathOf(options.get(), "handle_token", "request");
         require(!names['R'].empty());
+        openRequest = names['R'];
         if (const auto path = pathOf(options.get(), "session_handle_token", "session");
             !path.empty())
             names['S'] = path;
+    }
+
+    /// A request is over when its call is refused, and otherwise has the path that the answer
+    /// names.
+    void answer(gobject::GVariantPointer value) {
+        const bool isRequest = !bus.pending.empty() && bus.pending.front().method != "Register";
+        if (isRequest && !openRequest.empty()) {
+            openRequest.clear();
+            if (value && g_variant_is_of_type(value.get(), G_VARIANT_TYPE("(o)"))) {
+                const char* path = nullptr;
+                g_variant_get(value.get(), "(&o)", &path);
+                openRequest = path;
+            }
+        }
+        bus.answer(std::move(value));
     }
 
     void changeOwner(const std::string& name) {
@@ -141,6 +156,8 @@ private:
         const bool closes = kind == 'X' && !openSession.empty() && path == openSession;
         if (closes)
             openSession.clear();
+        if (kind == 'R' && path == openRequest)
+            openRequest.clear();
         const auto values = valueOf(text.substr(blank));
         bus.send(owner, path, kind == 'R' ? "Response" : "Closed", values.get());
         require(!closes || !isDown);
@@ -178,6 +195,8 @@ private:
     std::map<char, std::string> names{{'R', "/none"}, {'S', "/none"}, {'W', "widget"}};
     std::string owner;
     std::set<std::string> owners{""};
+    /// The path of the request that waits for its response; empty without one.
+    std::string openRequest;
     /// The path of the session for which the shortcut was asked; empty without one.
     std::string openSession;
     bool isDown = false;
