@@ -246,5 +246,22 @@ TEST(MainWindow, ActivatedWithoutAWindowTheProgramOpensNone) {
     });
 }
 
+TEST(MainWindow, TheKeysOfTheToolkitsInspectorOpenNothing) {
+    RunningProgram program;
+    program.run([&] {
+        program.untilActive(program.window("Kelo"));
+        for (const unsigned key : {GDK_KEY_i, GDK_KEY_d}) {
+            program.screen.press(key, {GDK_KEY_Control_L, GDK_KEY_Shift_L});
+            RunningProgram::settle();
+            // A question whether to open it would come before the settings.
+            program.screen.press(GDK_KEY_comma, {GDK_KEY_Control_L});
+            program.untilActive(program.window("Settings"));
+            EXPECT_EQ(program.windowsOnScreen().size(), 2U);
+            program.screen.press(GDK_KEY_w, {GDK_KEY_Control_L});
+            program.untilActive(program.window("Kelo"));
+        }
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

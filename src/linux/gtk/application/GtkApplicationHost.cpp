@@ -15,6 +15,7 @@
 #include <gdk/gdk.h>
 #include <glibmm/init.h>
 #include <glibmm/miscutils.h>
+#include <gtk/gtk.h>
 
 #include <algorithm>
 #include <utility>
@@ -29,6 +30,15 @@ constexpr const char* quitAction = "quit";
 // other rooms would group the digits of a port number.
 void keepStreamsPlain() {
     Glib::set_init_to_users_preferred_locale(false);
+}
+
+// Control + Shift + I and D open the toolkit's inspector in every window. It shows what is typed
+// into any entry. Other classes of windows copy the handler when they are first used, so this comes
+// first.
+void turnOffInspectorKeys() {
+    auto* const windowClass = static_cast<GtkWindowClass*>(g_type_class_ref(GTK_TYPE_WINDOW));
+    windowClass->enable_debugging = [](GtkWindow*, gboolean) -> gboolean { return FALSE; };
+    g_type_class_unref(windowClass);
 }
 
 // The desktop may show a busy pointer until a window of the program appears, but an action may open
@@ -89,6 +99,7 @@ void GtkApplicationHost::makeApplication() {
 }
 
 void GtkApplicationHost::startUp() {
+    turnOffInspectorKeys();
     loadStyle();
     colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
     addActions();
