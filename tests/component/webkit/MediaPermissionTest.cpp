@@ -30,8 +30,10 @@ protected:
     void visit(const std::string& host) {
         IdentityRequest request;
         request.hosts = {host};
+        const auto otherIdentity = authority.issue(request);
+        trust(otherIdentity, host.c_str());
         other = std::make_unique<MisbehavingServer>(
-            authority.issue(request),
+            otherIdentity,
             MisbehavingServer::answering([](const WireRequest&) { return page("elsewhere"); }));
         open(*Url::parse("https://" + host + ":" + std::to_string(other->port()) + "/"));
     }

@@ -134,6 +134,7 @@ TEST_F(ScriptMessages, FrameOfAnotherHostCannotPost) {
 
 TEST_F(ScriptMessages, PageOfAnotherHostCannotPost) {
     show({{"/", ""}});
+    trust(otherIdentity, "other.localhost");
     load(*Url::parse(otherAddress()));
     ASSERT_TRUE(waitForTitle("found 0"));
     open(peer->url("/"));
