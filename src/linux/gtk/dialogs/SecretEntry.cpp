@@ -6,6 +6,8 @@
 #include <gtkmm/entry.h>
 #include <gtkmm/window.h>
 
+#include <vector>
+
 namespace kelo::gtk {
 
 namespace {
@@ -14,6 +16,24 @@ Gtk::Widget* makeLine(SecretEntry::Display display) {
     if (display == SecretEntry::Display::masked)
         return Gtk::manage(Glib::wrap(makeMaskedEntry()));
     return Gtk::make_managed<Gtk::Entry>();
+}
+
+// The toolkit tells the accessibility bus what is deleted, and copies of such a message stay in
+// memory.
+void clearUnheard(GtkEditable* text) {
+    GtkEditable* const teller = gtk_editable_get_delegate(text);
+    constexpr auto stillHeard =
+        static_cast<GSignalMatchType>(G_SIGNAL_MATCH_ID | G_SIGNAL_MATCH_UNBLOCKED);
+    const guint deletion = g_signal_lookup("delete-text", GTK_TYPE_EDITABLE);
+    std::vector<gulong> blocked;
+    while (const gulong handler =
+               g_signal_handler_find(teller, stillHeard, deletion, 0, nullptr, nullptr, nullptr)) {
+        g_signal_handler_block(teller, handler);
+        blocked.push_back(handler);
+    }
+    gtk_editable_set_text(text, "");
+    for (const gulong handler : blocked)
+        g_signal_handler_unblock(teller, handler);
 }
 
 } // namespace
@@ -61,7 +81,10 @@ SecretText SecretEntry::take() {
     // Read directly from the toolkit's buffer, which is overwritten when the text is replaced. A
     // ustring would be another copy.
     SecretText taken{std::string_view(gtk_editable_get_text(text()))};
-    gtk_editable_set_text(text(), "");
+    if (display == Display::visible)
+        clearUnheard(text());
+    else
+        gtk_editable_set_text(text(), "");
     return taken;
 }
 
