@@ -5,6 +5,7 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/adjustment.h>
+#include <gtkmm/label.h>
 #include <gtkmm/passwordentry.h>
 #include <gtkmm/scrollbar.h>
 #include <gtkmm/scrolledwindow.h>
@@ -40,7 +41,7 @@ protected:
     }
 
     /// In pixels: shorter lines would be hard to read.
-    static constexpr int narrowest = 250;
+    static constexpr int narrowest = 200;
 
     RunningProgram program;
     gtk::GtkAlertPresenter presenter{program.host, hurryingClock()};
@@ -91,6 +92,46 @@ TEST_F(AlertText, EndlessOneIsCut) {
         alert.informativeText = std::string(5'000'000, 'a');
         const auto texts = textsIn(show(alert));
         EXPECT_EQ(std::ranges::count(texts, std::string(1999, 'a') + "…"), 1);
+    });
+}
+
+TEST_F(AlertText, NoWordStandsAloneOnTheLastLine) {
+    program.run([&] {
+        for (const std::string text :
+             {"Your passkey was created and can be used from now on to sign in.",
+              "The service at assistant.example.com did not take the passkey, because it could not "
+              "be verified."}) {
+            auto alert = notice();
+            alert.informativeText = text;
+            auto& window = show(alert);
+            for (auto* label : visibleIn<Gtk::Label>(window)) {
+                if (label->get_text().raw() != text)
+                    continue;
+                std::vector<int> widths;
+                for (const auto& line : label->get_layout()->get_const_lines()) {
+                    Pango::Rectangle ink;
+                    Pango::Rectangle logical;
+                    line->get_pixel_extents(ink, logical);
+                    widths.push_back(logical.get_width());
+                }
+                ASSERT_GE(widths.size(), 2U) << text;
+                EXPECT_LE(widths.size(), 3U) << text;
+                EXPECT_LT(label->get_height(), 80) << "as tall as its lines";
+                EXPECT_GT(widths.back() * 2, std::ranges::max(widths)) << text;
+            }
+            program.screen.press(GDK_KEY_Return);
+            RunningProgram::until("the alert is gone",
+                                  [&] { return program.windowsOnScreen().size() == 1; });
+        }
+    });
+}
+
+TEST_F(AlertText, WordLongerThanALineIsBrokenAndNothingSticksOut) {
+    program.run([&] {
+        auto alert = notice();
+        alert.informativeText = "No answer from " + std::string(120, 'x') + ".example.com.";
+        auto& window = show(alert);
+        EXPECT_LT(program.boxOf(window).width, 600);
     });
 }
 

@@ -113,7 +113,7 @@ private:
     }
 
     void sheets() {
-        gtk::GtkPasskeySheetFactory factory;
+        gtk::GtkPasskeySheetFactory factory(hurryingClock());
         auto sheet = factory.makeSheet(program.host.windows().front());
         authenticator::ConsentRequest request;
         request.relyingPartyIdentifier = "assistant.example.com";

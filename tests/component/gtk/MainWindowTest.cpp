@@ -263,5 +263,21 @@ TEST(MainWindow, TheKeysOfTheToolkitsInspectorOpenNothing) {
     });
 }
 
+TEST(MainWindow, MaximisedItFillsTheScreenWithoutAnEdge) {
+    RunningProgram program;
+    program.run([&] {
+        auto& window = program.window("Kelo");
+        window.maximize();
+        RunningProgram::until("it fills the screen", [&] {
+            return program.boxOf(window).width == program.screen.width();
+        });
+        program.untilDrawn(window);
+        const auto page = program.boxOf(program.app.page->area);
+        EXPECT_EQ(page.x, 0);
+        EXPECT_EQ(page.width, program.screen.width());
+        EXPECT_EQ(page.y + page.height, program.screen.height());
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

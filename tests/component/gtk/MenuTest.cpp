@@ -248,5 +248,30 @@ TEST_F(MainMenu, ClosesAndQuits) {
     EXPECT_EQ(program.status, 0);
 }
 
+TEST_F(MainMenu, HeadingIsNotLitAfterItsEntryOpenedAnotherWindow) {
+    program.run([&] {
+        auto* const heading = entry("Account")->get_parent();
+        ASSERT_TRUE(heading);
+        auto* const first = heading->get_prev_sibling();
+        ASSERT_TRUE(first);
+        const auto isLit = [&] {
+            return (first->get_state_flags() & Gtk::StateFlags::SELECTED) !=
+                   Gtk::StateFlags::NORMAL;
+        };
+        program.click(*first);
+        RunningProgram::until("the menu is open", [&] { return entry("Settings…") && isLit(); });
+        program.click(*entry("Settings…"));
+        program.untilActive(program.window("Settings"));
+        RunningProgram::until("the heading is as before", [&] { return !isLit(); });
+        program.window("Settings").close();
+        program.untilActive(program.window("Kelo"));
+        program.screen.press(GDK_KEY_F10);
+        RunningProgram::until("the menu is open", [&] { return entry("Settings…") && isLit(); });
+        program.screen.press(GDK_KEY_Return);
+        program.untilActive(program.window("Settings"));
+        RunningProgram::until("the heading is as before", [&] { return !isLit(); });
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

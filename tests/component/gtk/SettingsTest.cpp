@@ -229,5 +229,22 @@ TEST_F(SettingsWindow, OutlivesTheMainWindowAndIsTheLastOneThen) {
     EXPECT_EQ(program.status, 0);
 }
 
+TEST_F(SettingsWindow, RingAroundARowFollowsTheRoundedGroup) {
+    whileOpen([&](Gtk::Window& settings) {
+        const auto box = program.boxOf(*withClass(settings, "kelo-group"));
+        const auto corner = [&] { return program.screen.colorsIn(box.x, box.y, 2, 2); };
+        const auto edge = [&] {
+            return program.screen.colorsIn(box.x + box.width / 2, box.y, 4, 4);
+        };
+        settings.unset_focus();
+        program.untilDrawn(settings);
+        const auto cornerWithout = corner();
+        const auto edgeWithout = edge();
+        program.screen.press(GDK_KEY_Tab);
+        RunningProgram::until("the ring is drawn", [&] { return edge() != edgeWithout; });
+        EXPECT_EQ(corner(), cornerWithout);
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

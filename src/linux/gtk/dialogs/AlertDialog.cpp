@@ -2,6 +2,7 @@
 
 #include "base/ShownText.h"
 #include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/BalancedText.h"
 
 #include <gtkmm/adjustment.h>
 #include <gtkmm/button.h>
@@ -26,9 +27,9 @@ Gtk::Label* makeText(const std::string& text, const char* cssClass) {
     auto* label = Gtk::make_managed<Gtk::Label>(text);
     label->set_wrap();
     label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label->set_max_width_chars(textWidthInCharacters);
     label->set_justify(Gtk::Justification::CENTER);
     label->add_css_class(cssClass);
+    balanceLines(*label, textWidthInCharacters);
     return label;
 }
 

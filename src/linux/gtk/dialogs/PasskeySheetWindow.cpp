@@ -2,6 +2,7 @@
 
 #include "base/ShownText.h"
 #include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/Style.h"
 
 #include <gdk/gdkkeysyms.h>
@@ -22,7 +23,7 @@ constexpr int textWidthInCharacters = 44;
 void wrapCentred(Gtk::Label& label) {
     label.set_wrap();
     label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label.set_max_width_chars(textWidthInCharacters);
+    label.set_halign(Gtk::Align::CENTER);
     label.set_justify(Gtk::Justification::CENTER);
 }
 
@@ -42,9 +43,14 @@ std::string explanationOf(const authenticator::ConsentRequest& request) {
 Gtk::Label* makeAccount(const std::string& name) {
     auto* label = Gtk::make_managed<Gtk::Label>(name);
     label->set_ellipsize(Pango::EllipsizeMode::END);
-    label->set_tooltip_text(name);
-    label->set_xalign(0);
     label->set_hexpand();
+    label->set_has_tooltip();
+    label->signal_query_tooltip().connect(
+        [label, name](int, int, bool, const Glib::RefPtr<Gtk::Tooltip>& tooltip) {
+            tooltip->set_text(name);
+            return label->get_layout()->is_ellipsized(); // otherwise it would say nothing new
+        },
+        false);
     return label;
 }
 
@@ -84,8 +90,6 @@ void PasskeySheetWindow::buildHeading() {
 void PasskeySheetWindow::buildAccounts() {
     accountsCaption.add_css_class("kelo-caption");
     accountsCaption.add_css_class("kelo-dim");
-    accountsCaption.set_halign(Gtk::Align::START);
-    accountsScroll.add_css_class("kelo-group");
     accounts.add_css_class("kelo-accounts");
     accountsScroll.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     accountsScroll.set_propagate_natural_height();
@@ -147,7 +151,9 @@ void PasskeySheetWindow::showConsent(const authenticator::ConsentRequest& reques
     phase = Phase::consent;
     title.set_text(titleOf(request.ceremony));
     set_title(title.get_text());
+    balanceLines(title, textWidthInCharacters);
     explanation.set_markup(explanationOf(request));
+    balanceLines(explanation, textWidthInCharacters);
     fillAccounts(request.accountNames);
     updateLook();
     present();
@@ -163,15 +169,22 @@ void PasskeySheetWindow::fillAccounts(const std::vector<std::string>& names) {
         accounts.remove(*row);
     accountsCaption.set_visible(!names.empty());
     accountsScroll.set_visible(!names.empty());
-    accountsCaption.set_text(names.size() > 1 ? "Choose an account" : "Account");
+    const bool isChoice = names.size() > 1;
+    accountsCaption.set_text(isChoice ? "Choose an account" : "Account");
+    accountsCaption.set_halign(isChoice ? Gtk::Align::START : Gtk::Align::CENTER);
+    // A frame around the only one would look like an entry to type into.
+    setClass(accountsScroll, "kelo-group", isChoice);
+    setClass(accountsScroll, "kelo-only-account", !isChoice);
     for (const auto& chosenByService : names) {
         const std::string name = shownName(chosenByService);
-        if (names.size() == 1) {
-            accounts.append(*makeAccount(name));
+        auto* account = makeAccount(name);
+        account->set_xalign(isChoice ? 0 : 0.5F);
+        if (!isChoice) {
+            accounts.append(*account);
             return;
         }
         auto* choice = Gtk::make_managed<Gtk::CheckButton>();
-        choice->set_child(*makeAccount(name));
+        choice->set_child(*account);
         setAccessibleName(*choice, name);
         if (choices.empty())
             choice->set_active();
@@ -264,11 +277,9 @@ void PasskeySheetWindow::updateLook() {
 
 void PasskeySheetWindow::updateStatus() {
     const bool isError = status.kind == Status::Kind::error;
-    if (isError)
-        statusText.add_css_class("kelo-red");
-    else
-        statusText.remove_css_class("kelo-red");
+    setClass(statusText, "kelo-red", isError);
     statusText.set_text(status.text);
+    balanceLines(statusText, textWidthInCharacters);
     setAccessibleName(statusLine, status.text);
     spinner.set_visible(phase == Phase::waiting && !isError);
     spinner.set_spinning(spinner.get_visible());

@@ -1,5 +1,6 @@
 #include "linux/gtk/kit/ModalWindow.h"
 
+#include "linux/gtk/kit/Style.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gtkmm/windowhandle.h>
@@ -45,6 +46,8 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
     handle->set_child(column);
     set_child(*handle);
 
+    signal_map().connect([this] { dimParent(true); });
+    signal_unmap().connect([this] { dimParent(false); });
     signal_close_request().connect(
         [this] {
             dismissed();
@@ -61,6 +64,11 @@ ModalWindow::~ModalWindow() {
     std::erase(stack(), this);
     unset_default_widget();
     unset_child();
+}
+
+void ModalWindow::dimParent(bool isDimmed) {
+    if (auto* parent = get_transient_for())
+        setClass(*parent, "kelo-dimmed", isDimmed);
 }
 
 } // namespace kelo::gtk

@@ -6,7 +6,7 @@
 namespace kelo::gtk {
 
 /// A modal dialog: the other windows of the program take no input while it is open. Dialogs stack:
-/// a new one opens above the one that is open.
+/// a new one opens above the one that is open. What a dialog lies over has the class "kelo-dimmed".
 class ModalWindow : public Gtk::Window {
 public:
     /// Opens above the topmost dialog, or above the parent if no dialog is open. Has no parent if
@@ -24,6 +24,9 @@ protected:
     /// Called when the user pressed Escape or closed the dialog through the window manager. The
     /// derived dialog must close itself.
     virtual void dismissed() = 0;
+
+private:
+    void dimParent(bool isDimmed);
 };
 
 } // namespace kelo::gtk

@@ -27,6 +27,13 @@ void loadStyle() {
                                                 GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 }
 
+void setClass(Gtk::Widget& widget, const char* name, bool isPresent) {
+    if (isPresent)
+        widget.add_css_class(name);
+    else
+        widget.remove_css_class(name);
+}
+
 std::string iconName(std::string_view systemImage) {
     // All programs share the theme's folder, hence the prefix.
     static constexpr std::array<std::pair<std::string_view, std::string_view>, 2> drawn{{

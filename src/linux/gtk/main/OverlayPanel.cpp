@@ -22,13 +22,6 @@ int points(double length) {
     return static_cast<int>(std::lround(length));
 }
 
-void setClass(Gtk::Widget& widget, const char* name, bool present) {
-    if (present)
-        widget.add_css_class(name);
-    else
-        widget.remove_css_class(name);
-}
-
 } // namespace
 
 OverlayPanel::OverlayPanel() : Gtk::Box(Gtk::Orientation::VERTICAL) {

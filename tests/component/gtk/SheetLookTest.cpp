@@ -1,0 +1,92 @@
+#include "component/gtk/RunningProgram.h"
+#include "linux/gobject/GObjectPointer.h"
+#include "linux/gtk/dialogs/GtkPasskeySheet.h"
+
+#include <gtest/gtest.h>
+#include <gtkmm/label.h>
+
+namespace kelo::tests {
+namespace {
+
+/// The passkey sheet as it asks for consent.
+class SheetLook : public testing::Test {
+protected:
+    void run(const std::function<void()>& body) {
+        program.run([&] {
+            body();
+            sheet.reset();
+        });
+    }
+    void startConsent(std::vector<std::string> accounts = {"ada@example.com"}) {
+        sheet = factory.makeSheet(program.host.keyWindow());
+        authenticator::ConsentRequest request;
+        request.relyingPartyIdentifier = "assistant.example.com";
+        request.accountNames = std::move(accounts);
+        spawn(confirm(*sheet, std::move(request)));
+        program.untilDrawn(window());
+    }
+    static Task<void> confirm(authenticator::PasskeySheet& sheet,
+                              authenticator::ConsentRequest request) {
+        co_await sheet.confirm(std::move(request));
+    }
+    Gtk::Window& window() { return program.window("Sign in with a passkey?"); }
+
+    RunningProgram program;
+    gtk::GtkPasskeySheetFactory factory{hurryingClock()};
+    std::unique_ptr<authenticator::PasskeySheet> sheet;
+};
+
+TEST_F(SheetLook, OnlyAccountIsNotInAFrameLikeAnEntry) {
+    run([&] {
+        startConsent();
+        EXPECT_FALSE(withClass(window(), "kelo-group"));
+        // Nor is there room for one: the buttons follow.
+        const auto name = program.boxOf(*withClass(window(), "kelo-only-account"));
+        EXPECT_LT(name.height, 30);
+    });
+}
+
+TEST_F(SheetLook, SeveralAccountsAreAGroup) {
+    run([&] {
+        startConsent({"ada@example.com", "grace@example.com"});
+        EXPECT_TRUE(withClass(window(), "kelo-group"));
+    });
+}
+
+TEST_F(SheetLook, NameHasATooltipOnlyWhereItIsCut) {
+    run([&] {
+        const std::string tooLong(64, 'W');
+        startConsent({"ada@example.com", tooLong});
+        program.untilDrawn(window());
+        for (auto* label : visibleIn<Gtk::Label>(window())) {
+            const std::string name = label->get_text().raw();
+            if (name != "ada@example.com" && name != tooLong)
+                continue;
+            const auto tooltip = gobject::GObjectPointer<GtkTooltip>::adopt(
+                GTK_TOOLTIP(g_object_new(GTK_TYPE_TOOLTIP, nullptr)));
+            gboolean isShown = FALSE;
+            g_signal_emit_by_name(label->gobj(), "query-tooltip", 1, 1, FALSE, tooltip.get(),
+                                  &isShown);
+            EXPECT_EQ(isShown != FALSE, name == tooLong) << name;
+        }
+    });
+}
+
+TEST_F(SheetLook, PageBehindItIsDimmed) {
+    run([&] {
+        const auto page = program.boxOf(program.app.page->area);
+        const auto shown = [&] { return program.screen.colorAt(page.x + 20, page.y + 20); };
+        const auto before = shown();
+        startConsent();
+        window();
+        RunningProgram::until("the page is dimmed", [&] {
+            const auto now = shown();
+            return now.red < before.red * 3 / 4 && now.blue < before.blue * 3 / 4;
+        });
+        sheet.reset();
+        RunningProgram::until("the page is as before", [&] { return shown() == before; });
+    });
+}
+
+} // namespace
+} // namespace kelo::tests
