@@ -62,9 +62,10 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       view(makeNativeView(session.get(), frame, configuration)),
       openExternally(shared.settings().openExternally),
       shown(shared.settings().service),
+      downloads(session.get(), view.get(), shown),
       pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
       cookies(std::make_unique<WebKitCookieStore>(session.get())),
-      policy(std::make_unique<NavigationPolicy>(shown, configuration.linksOpenInBrowser,
+      policy(std::make_unique<NavigationPolicy>(shown, downloads, configuration.linksOpenInBrowser,
                                                 openExternally, [this] { tryAgain(); })),
       messages(std::make_unique<ScriptMessages>(
           *this, webkit_web_view_get_user_content_manager(view.get()), shared.settings().service,
@@ -236,6 +237,7 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         mediaPermission->pageChanged(pageLoad->isPage() ? webkit_web_view_get_uri(view.get())
                                                         : nullptr);
         shown.committed(webkit_web_view_get_uri(view.get()));
+        downloads.pageChanged();
         tellPageObserver();
         if (std::exchange(processIsNew, false))
             comeIntoSight(GTK_WIDGET(view.get()));
@@ -378,8 +380,11 @@ void WebKitEmbeddedView::showErrorPage(const std::string& heading, const std::st
 
 void WebKitEmbeddedView::tryAgain() {
     // Empty if the link is not on an error page: any page can have such a link.
-    if (const std::string address = pageLoad->addressToTryAgain(); !address.empty())
-        loadAgain(address);
+    const std::string address = pageLoad->addressToTryAgain();
+    if (address.empty())
+        return;
+    downloads.requested(address);
+    loadAgain(address);
 }
 
 } // namespace kelo::webkit

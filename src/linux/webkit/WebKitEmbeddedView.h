@@ -3,6 +3,7 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/WebKitSession.h"
+#include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/ShownPage.h"
 #include "linux/window/HostedPage.h"
 #include "platform/EmbeddedWebView.h"
@@ -81,6 +82,7 @@ private:
     ExternalOpener openExternally;
     ShownPage shown;
     bool processIsNew = false;
+    Downloads downloads;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;

@@ -50,7 +50,7 @@ WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(
     // Otherwise the engine would store passwords of HTTP authentication in the keyring.
     webkit_network_session_set_persistent_credential_storage_enabled(session.get(), FALSE);
     webkit_network_session_set_tls_errors_policy(session.get(), WEBKIT_TLS_ERRORS_POLICY_FAIL);
-    saveDownloadsOf(session.get());
+    refuseDownloadsWithoutView(session.get());
     probe = std::make_shared<CertificateProbe>(session, settings_.authority);
 }
 

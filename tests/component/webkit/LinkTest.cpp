@@ -1,10 +1,6 @@
 #include "component/webkit/WebKitFixture.h"
 
-#include "linux/webkit/navigation/Downloads.h"
-
 #include <gmock/gmock.h>
-
-#include <fstream>
 
 namespace kelo::test {
 
@@ -118,50 +114,6 @@ TEST_F(Link, MicrophoneCameraAndLocationAreRefused) {
         return sound == "no" || sound == "none";
     }));
     gtk_window_destroy(GTK_WINDOW(window));
-}
-
-TEST_F(Link, AttachmentGoesToTheDownloadsFolderAndLeavesThePage) {
-    const MisbehavingServer files(
-        identity, MisbehavingServer::answering([](const WireRequest& request) {
-            if (request.target == "/file")
-                return httpReply("contents", "Content-Type: text/plain\r\nContent-Disposition: "
-                                             "attachment; filename=\"../re port.txt\"\r\n");
-            return page("<a href='/file'>get</a>");
-        }));
-    makeView(files.url());
-    open(files.url("/"));
-    click();
-    const std::filesystem::path home = g_get_home_dir();
-    std::filesystem::path saved;
-    ASSERT_TRUE(loop.runUntil([&] {
-        for (const auto& entry : std::filesystem::directory_iterator(home))
-            if (entry.path().extension() == ".txt" && std::filesystem::file_size(entry) == 8)
-                saved = entry.path();
-        return !saved.empty();
-    }));
-    EXPECT_EQ(saved.parent_path(), home);
-    EXPECT_EQ(recorder->finished.size(), 1u);
-    EXPECT_EQ(pageText(), "get");
-    std::filesystem::remove(saved);
-}
-
-TEST(DownloadPath, IsFreeAndStaysInTheFolder) {
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("kelo-downloads." + std::to_string(getpid()));
-    std::filesystem::create_directories(folder);
-    const auto free = [&](const std::string& name) {
-        return std::filesystem::path(webkit::freePathFor(folder, name)).filename().string();
-    };
-    EXPECT_EQ(free("report.pdf"), "report.pdf");
-    std::ofstream(folder / "report.pdf") << "x";
-    EXPECT_EQ(free("report.pdf"), "report (2).pdf");
-    std::ofstream(folder / "report (2).pdf") << "x";
-    EXPECT_EQ(free("report.pdf"), "report (3).pdf");
-    EXPECT_EQ(free("../../etc/passwd"), "_.._etc_passwd");
-    EXPECT_EQ(free(".bashrc"), "bashrc");
-    EXPECT_EQ(free(""), "download");
-    EXPECT_EQ(free(".."), "download");
-    std::filesystem::remove_all(folder);
 }
 
 } // namespace kelo::test

@@ -1,3 +1,4 @@
+#include "component/webkit/ManualTimers.h"
 #include "component/webkit/WebKitFixture.h"
 
 #include <gmock/gmock.h>
@@ -15,35 +16,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
-
-/// The GLib loop, with timers that the test fires.
-class ManualTimers final : public MainLoop {
-public:
-    void post(std::function<void()> job) override { loop.post(std::move(job)); }
-    std::shared_ptr<Timer> scheduleTimer(std::chrono::duration<double> delay,
-                                         std::function<void()> action) override {
-        ++scheduled;
-        delays.push_back(delay);
-        pending = std::make_shared<ManualTimer>(std::move(action));
-        return pending;
-    }
-
-    bool isPending() const { return pending && pending->action; }
-    void fire() { std::exchange(pending->action, nullptr)(); }
-
-    int scheduled = 0;
-    std::vector<std::chrono::duration<double>> delays;
-
-private:
-    struct ManualTimer final : Timer {
-        explicit ManualTimer(std::function<void()> action) : action(std::move(action)) {}
-        void invalidate() override { action = nullptr; }
-        std::function<void()> action;
-    };
-
-    gobject::GLibMainLoop loop;
-    std::shared_ptr<ManualTimer> pending;
-};
 
 const std::string chunkedHead = "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\n"
                                 "Transfer-Encoding: chunked\r\n\r\n";

@@ -6,13 +6,14 @@
 #include <gio/gio.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kelo::test {
 
-/// Listens without encryption on a free loopback port, and notes whether it is sent anything. A
-/// connection alone is none of that: the engine opens one in advance for a link that is clicked.
-/// Works while the main loop runs.
+/// Listens without encryption on a free loopback port, notes whether it is sent anything, and
+/// answers with a file. A connection alone does not count: the engine opens one in advance for a
+/// link that is clicked. Works while the main loop runs.
 class PlainListener {
 public:
     PlainListener()
@@ -40,6 +41,15 @@ public:
     bool wasAsked() const { return asked; }
 
 private:
+    void answer() {
+        asked = true;
+        static constexpr std::string_view reply =
+            "HTTP/1.1 200 OK\r\nContent-Type: application/x-file\r\nContent-Length: 8\r\n"
+            "Content-Disposition: attachment; filename=plain.txt\r\n\r\ncontents";
+        for (const auto& connection : connections)
+            g_output_stream_write_all(g_io_stream_get_output_stream(G_IO_STREAM(connection.get())),
+                                      reply.data(), reply.size(), nullptr, nullptr, nullptr);
+    }
     void awaitBytes(GSocketConnection* connection) {
         const GAsyncReadyCallback arrived = [](GObject* stream, GAsyncResult* result,
                                                gpointer self) {
@@ -51,7 +61,7 @@ private:
                 return;
             const gobject::GBytesPointer owned(bytes);
             if (owned && g_bytes_get_size(bytes) > 0)
-                static_cast<PlainListener*>(self)->asked = true;
+                static_cast<PlainListener*>(self)->answer();
         };
         connections.push_back(gobject::GObjectPointer<GSocketConnection>::share(connection));
         g_input_stream_read_bytes_async(g_io_stream_get_input_stream(G_IO_STREAM(connection)), 1,

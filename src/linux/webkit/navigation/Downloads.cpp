@@ -4,17 +4,30 @@
 
 #include <glib/gstdio.h>
 
+#include <algorithm>
+#include <array>
+#include <chrono>
 #include <filesystem>
-#include <memory>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace kelo::webkit {
 
 namespace {
 
-std::string downloadsFolder() {
-    const char* const folder = g_get_user_special_dir(G_USER_DIRECTORY_DOWNLOAD);
-    return folder ? folder : g_get_home_dir();
+// For so long, the engine may still count what a script does as part of the user's gesture: it
+// passes a click on to what the script awaits.
+constexpr std::chrono::seconds longestGesture{10};
+
+std::string withoutFragment(const std::string& address) {
+    return address.substr(0, address.find('#'));
+}
+
+std::string addressOf(WebKitDownload* download) {
+    WebKitURIRequest* const request = webkit_download_get_request(download);
+    const char* const address = request ? webkit_uri_request_get_uri(request) : nullptr;
+    return address ? address : "";
 }
 
 void notify(const char* identifier, const std::string& title, const std::string& body) {
@@ -27,7 +40,19 @@ void notify(const char* identifier, const std::string& title, const std::string&
     g_application_send_notification(application, identifier, notification.get());
 }
 
+bool isPlain(WebKitDownload* download) {
+    WebKitURIResponse* const response = webkit_download_get_response(download);
+    const char* const address = response ? webkit_uri_response_get_uri(response) : nullptr;
+    const char* const scheme = address ? g_uri_peek_scheme(address) : nullptr;
+    return scheme && std::string_view(scheme) == "http";
+}
+
 gboolean decideDestination(WebKitDownload* download, const char* suggestion, gpointer) {
+    // A redirect may have led there.
+    if (isPlain(download)) {
+        webkit_download_cancel(download);
+        return TRUE;
+    }
     const std::string path = freePathFor(downloadsFolder(), suggestion ? suggestion : "");
     webkit_download_set_destination(download, path.c_str());
     return TRUE;
@@ -51,16 +76,154 @@ void finished(WebKitDownload* download, gpointer) {
                fileNameOf(download) + " is in your downloads folder.");
 }
 
-void started(WebKitNetworkSession*, WebKitDownload* download, gpointer) {
+void save(WebKitDownload* download) {
     g_signal_connect(download, "decide-destination", G_CALLBACK(decideDestination), nullptr);
     g_signal_connect(download, "failed", G_CALLBACK(failed), nullptr);
     g_signal_connect(download, "finished", G_CALLBACK(finished), nullptr);
 }
 
+bool savesAFile(WebKitContextMenuItem* item) {
+    constexpr std::array actions = {WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_LINK_TO_DISK,
+                                    WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_IMAGE_TO_DISK,
+                                    WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_VIDEO_TO_DISK,
+                                    WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_AUDIO_TO_DISK};
+    return std::ranges::find(actions, webkit_context_menu_item_get_stock_action(item)) !=
+           actions.end();
+}
+
 } // namespace
 
-void saveDownloadsOf(WebKitNetworkSession* session) {
-    g_signal_connect(session, "download-started", G_CALLBACK(started), nullptr);
+Downloads::Downloads(WebKitNetworkSession* session, WebKitWebView* view, const ShownPage& shown)
+    : view(view),
+      shown(shown),
+      startConnection(gobject::connectSignal(
+          session, "download-started",
+          +[](WebKitNetworkSession*, WebKitDownload* download, Downloads* self) {
+              if (webkit_download_get_web_view(download) == self->view)
+                  self->started(download);
+          },
+          this)),
+      menuConnection(gobject::connectSignal(
+          view, "context-menu",
+          +[](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*,
+              Downloads* self) -> gboolean {
+              self->watchMenu(menu);
+              return FALSE;
+          },
+          this)) {
+    watchInput();
+}
+
+Downloads::~Downloads() {
+    if (timer)
+        timer->invalidate();
+}
+
+void Downloads::watchInput() {
+    GtkEventController* const input = gtk_event_controller_legacy_new();
+    gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
+    gtk_widget_add_controller(GTK_WIDGET(view), input);
+    inputConnection = gobject::connectSignal(
+        input, "event",
+        +[](GtkEventControllerLegacy*, GdkEvent* event, Downloads* self) -> gboolean {
+            const GdkEventType type = gdk_event_get_event_type(event);
+            if (type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS || type == GDK_TOUCH_BEGIN)
+                self->nextGesture();
+            return FALSE;
+        },
+        this);
+}
+
+void Downloads::watchMenu(WebKitContextMenu* menu) {
+    menuChoices.clear();
+    for (GList* item = webkit_context_menu_get_items(menu); item; item = item->next) {
+        auto* const entry = WEBKIT_CONTEXT_MENU_ITEM(item->data);
+        if (!savesAFile(entry))
+            continue;
+        menuChoices.push_back(gobject::connectSignal(
+            webkit_context_menu_item_get_gaction(entry), "activate",
+            +[](GAction*, GVariant*, Downloads* self) { self->isChosenInMenu = true; }, this));
+    }
+}
+
+void Downloads::requested(const std::string& address) {
+    waiting.insert_or_assign(withoutFragment(address), gesture);
+}
+
+void Downloads::redirected(const std::string& from, const std::string& to) {
+    if (const auto found = waiting.find(withoutFragment(from)); found != waiting.end())
+        waiting.insert_or_assign(withoutFragment(to), found->second);
+}
+
+void Downloads::pageChanged() {
+    waiting.clear();
+    isChosenInMenu = false;
+}
+
+std::optional<Downloads::Gesture> Downloads::gestureFor(WebKitDownload* download) {
+    if (std::exchange(isChosenInMenu, false)) {
+        nextGesture();
+        return gesture;
+    }
+    const auto found = waiting.find(withoutFragment(addressOf(download)));
+    if (found == waiting.end())
+        return std::nullopt;
+    const Gesture cause = found->second;
+    waiting.erase(found);
+    return cause;
+}
+
+void Downloads::started(WebKitDownload* download) {
+    const std::optional<Gesture> cause = gestureFor(download);
+    if (cause && shown.isServices() && spent.insert(*cause).second) {
+        // Assistive technology presses links without a key or a click that this program sees.
+        if (*cause == gesture)
+            timer = MainLoop::main().scheduleTimer(longestGesture, [this] { nextGesture(); });
+        save(download);
+        return;
+    }
+    webkit_download_cancel(download);
+    if (!cause) {
+        g_warning("A download was refused that the user had not asked for");
+        return;
+    }
+    g_warning("A download was refused: %s", shown.isServices() ? "it is the second of one gesture"
+                                                               : "the page is not the service's");
+    notify("download-refused", "Not downloaded",
+           shown.isServices()
+               ? "A page can save one file with each click. Click again for the next one."
+               : "Kelo saves files from " + shown.service.host() +
+                     " only. Open this page in your browser to save the file.");
+}
+
+void Downloads::nextGesture() {
+    ++gesture;
+    if (const auto pending = std::exchange(timer, nullptr))
+        pending->invalidate();
+}
+
+void refuseDownloadsWithoutView(WebKitNetworkSession* session) {
+    const auto refuse = +[](WebKitDownload* download, const char*, gpointer) -> gboolean {
+        g_warning("A download was refused that no page had started");
+        webkit_download_cancel(download);
+        return TRUE;
+    };
+    // Connected after the handler of Downloads, and so asked only where that is missing.
+    g_signal_connect_after(
+        session, "download-started",
+        G_CALLBACK(+[](WebKitNetworkSession*, WebKitDownload* download, GCallback refuse) {
+            g_signal_connect(download, "decide-destination", refuse, nullptr);
+        }),
+        reinterpret_cast<gpointer>(refuse));
+}
+
+std::string downloadsFolder() {
+    const char* const known = g_get_user_special_dir(G_USER_DIRECTORY_DOWNLOAD);
+    const gobject::GText usual(g_build_filename(g_get_home_dir(), "Downloads", nullptr));
+    const std::string folder = known ? known : usual.get();
+    if (g_mkdir_with_parents(folder.c_str(), 0700) != 0)
+        g_warning("The downloads folder could not be made: %s", g_strerror(errno));
+    return folder;
 }
 
 std::string freePathFor(const std::string& folder, const std::string& suggestion) {

@@ -1,14 +1,69 @@
 #pragma once
 
+#include "base/async/MainLoop.h"
+#include "linux/gobject/SignalHandler.h"
+#include "linux/webkit/navigation/ShownPage.h"
+
 #include <webkit/webkit.h>
 
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace kelo::webkit {
 
-/// Saves every download of the session in the user's downloads folder, under a name that is not
-/// taken, and shows a desktop notification when it has finished or failed.
-void saveDownloadsOf(WebKitNetworkSession* session);
+/// The downloads of a view. Each is saved in the user's downloads folder, under a name that is not
+/// taken, and a desktop notification says when it has finished or failed.
+///
+/// The page can start one download with each gesture of the user, which is a key, a click or a
+/// touch, and only while it is the service's. Any other is cancelled before anything is saved. Main
+/// thread only.
+class Downloads {
+public:
+    /// shown: of the view. All three must outlive this.
+    Downloads(WebKitNetworkSession* session, WebKitWebView* view, const ShownPage& shown);
+    ~Downloads();
+    Downloads(const Downloads&) = delete;
+    Downloads& operator=(const Downloads&) = delete;
+
+    /// The user's gesture leads to this address, which may turn out to be a file.
+    void requested(const std::string& address);
+    /// What was requested at one address is at another.
+    void redirected(const std::string& from, const std::string& to);
+    /// The view shows another document: what was requested before has not become a file.
+    void pageChanged();
+
+private:
+    using Gesture = unsigned; ///< counted
+
+    void started(WebKitDownload* download);
+    std::optional<Gesture> gestureFor(WebKitDownload* download);
+    void watchMenu(WebKitContextMenu* menu);
+    void watchInput();
+    void nextGesture();
+
+    WebKitWebView* view;
+    const ShownPage& shown;
+    Gesture gesture = 0;                    ///< the latest
+    std::map<std::string, Gesture> waiting; ///< by address: not a file yet
+    std::set<Gesture> spent;                ///< these have led to a download
+    bool isChosenInMenu = false;            ///< the next download is
+    std::shared_ptr<Timer> timer;
+    gobject::SignalConnection startConnection;
+    gobject::SignalConnection menuConnection;
+    gobject::SignalConnection inputConnection;
+    std::vector<gobject::SignalConnection> menuChoices; ///< of the last menu
+};
+
+/// Cancels every download of the session that no view's Downloads has taken, for instance of a view
+/// that is gone. The engine would save it. Call it before there is a view.
+void refuseDownloadsWithoutView(WebKitNetworkSession* session);
+
+/// The user's downloads folder, which is made if there is none.
+std::string downloadsFolder();
 
 /// A path in the folder that does not exist yet: "report.pdf", "report (2).pdf", and so on. The
 /// suggested name comes from the server, so folders and leading dots are removed.

@@ -94,9 +94,11 @@ Task<void> openOutsideUnlessFromAFrame(gobject::GObjectPointer<WebKitWebView> vi
 
 } // namespace
 
-NavigationPolicy::NavigationPolicy(const ShownPage& shown, bool linksOpenInBrowser,
-                                   ExternalOpener openExternally, std::function<void()> tryAgain)
+NavigationPolicy::NavigationPolicy(const ShownPage& shown, Downloads& downloads,
+                                   bool linksOpenInBrowser, ExternalOpener openExternally,
+                                   std::function<void()> tryAgain)
     : shown(shown),
+      downloads(downloads),
       linksOpenInBrowser(linksOpenInBrowser),
       openExternally(std::move(openExternally)),
       tryAgain(std::move(tryAgain)) {}
@@ -127,6 +129,7 @@ bool NavigationPolicy::decideNavigation(WebKitWebView* view, WebKitPolicyDecisio
         tryAgain();
         return true;
     }
+    noteRequest(view, action, address);
     const std::string scheme = schemeOf(address);
     const bool isFollowed = isFollowedLink(action);
     // In frames, too, where the engine would refuse it later.
@@ -146,6 +149,31 @@ bool NavigationPolicy::decideNavigation(WebKitWebView* view, WebKitPolicyDecisio
     return true;
 }
 
+void NavigationPolicy::noteRequest(WebKitWebView* view, WebKitNavigationAction* action,
+                                   const std::string& address) {
+    const bool isRedirect = webkit_navigation_action_is_redirect(action);
+    // A load that the program starts carries no gesture, and neither do its redirects.
+    if (const char* const current = webkit_web_view_get_uri(view); current && current == address) {
+        if (isRedirect)
+            downloads.redirected(ownLoad, address);
+        ownLoad = address;
+    }
+    if (!webkit_navigation_action_is_user_gesture(action))
+        return;
+    // Only a foreign frame saves what is behind a foreign link. Elsewhere the browser opens it.
+    if (isFollowedLink(action) && !isRedirect && schemeOf(address) != "data" &&
+        !isOfThePage(address))
+        return;
+    downloads.requested(address);
+}
+
+bool NavigationPolicy::isOfThePage(const std::string& address) const {
+    const std::string_view prefix = "blob:";
+    const auto url =
+        Url::parse(address.starts_with(prefix) ? address.substr(prefix.size()) : address);
+    return url && (url->hasSameOrigin(shown.service) || shown.belongsTo(*url));
+}
+
 bool NavigationPolicy::decideLink(WebKitWebView* view, WebKitPolicyDecision* decision,
                                   const std::string& address) {
     if (linksOpenInBrowser) {
@@ -155,8 +183,7 @@ bool NavigationPolicy::decideLink(WebKitWebView* view, WebKitPolicyDecision* dec
         openExternally(address);
         return true;
     }
-    const std::optional<Url> url = Url::parse(address);
-    if (url && (url->hasSameOrigin(shown.service) || shown.belongsTo(*url)))
+    if (isOfThePage(address))
         return false;
     spawn(openOutsideUnlessFromAFrame(gobject::GObjectPointer<WebKitWebView>::share(view),
                                       DecisionPointer::share(decision), address, openExternally));
@@ -178,20 +205,28 @@ void NavigationPolicy::decideNewWindow(WebKitWebView* view, WebKitPolicyDecision
         return;
     const std::string address = addressOf(action);
     const std::optional<Url> url = Url::parse(address);
-    if (url && url->hasSameOrigin(shown.service))
+    if (url && url->hasSameOrigin(shown.service)) {
+        downloads.requested(address);
         webkit_web_view_load_uri(view, address.c_str());
-    else if ((url && (url->scheme() == "https" || url->scheme() == "http")) ||
-             mayOpenAnotherProgram(schemeOf(address)))
+    } else if ((url && (url->scheme() == "https" || url->scheme() == "http")) ||
+               mayOpenAnotherProgram(schemeOf(address)))
         openExternally(address);
 }
 
 bool NavigationPolicy::decideResponse(WebKitPolicyDecision* decision,
                                       WebKitResponsePolicyDecision* response) {
-    const bool shown = webkit_response_policy_decision_is_mime_type_supported(response) &&
-                       !isAttachment(webkit_response_policy_decision_get_response(response));
-    if (shown || !webkit_response_policy_decision_is_main_frame_main_resource(response))
+    WebKitURIResponse* const reply = webkit_response_policy_decision_get_response(response);
+    const bool isFile = isAttachment(reply);
+    if (webkit_response_policy_decision_is_main_frame_main_resource(response)) {
+        if (!isFile && webkit_response_policy_decision_is_mime_type_supported(response))
+            return false;
+        webkit_policy_decision_download(decision);
+        return true;
+    }
+    const auto url = Url::parse(webkit_uri_response_get_uri(reply));
+    if (!isFile || (url && url->hasSameOrigin(shown.service)))
         return false;
-    webkit_policy_decision_download(decision);
+    webkit_policy_decision_ignore(decision);
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
 #include "linux/webkit/navigation/ShownPage.h"
 
@@ -11,7 +12,7 @@
 namespace kelo::webkit {
 
 /// Decides where a navigation leads: into the view, to another program, into the downloads folder,
-/// or nowhere.
+/// or nowhere. A file that a frame is sent is saved only if it comes from the service.
 ///
 /// A link that the user follows to another origin than the service's or the shown page's opens in
 /// the browser. Redirects, forms and scripts may lead the view anywhere: the service may sign its
@@ -21,10 +22,10 @@ namespace kelo::webkit {
 /// otherwise in the browser.
 class NavigationPolicy {
 public:
-    /// shown: of the view; must outlive this. linksOpenInBrowser: as in WebViewConfiguration.
-    /// tryAgain is called when the user clicks "Try again" on an error page.
-    NavigationPolicy(const ShownPage& shown, bool linksOpenInBrowser, ExternalOpener openExternally,
-                     std::function<void()> tryAgain);
+    /// shown, downloads: of the view; must outlive this. linksOpenInBrowser: as in
+    /// WebViewConfiguration. tryAgain is called when the user clicks "Try again" on an error page.
+    NavigationPolicy(const ShownPage& shown, Downloads& downloads, bool linksOpenInBrowser,
+                     ExternalOpener openExternally, std::function<void()> tryAgain);
 
     /// True if the decision was made; false leaves it to the engine.
     bool decide(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
@@ -32,6 +33,11 @@ public:
 private:
     bool decideNavigation(WebKitWebView* view, WebKitPolicyDecision* decision,
                           WebKitNavigationAction* action);
+    /// Tells the downloads of a request that the user has caused.
+    void noteRequest(WebKitWebView* view, WebKitNavigationAction* action,
+                     const std::string& address);
+    /// Whether the address has the service's origin or the shown page's.
+    bool isOfThePage(const std::string& address) const;
     bool decideLink(WebKitWebView* view, WebKitPolicyDecision* decision,
                     const std::string& address);
     bool leavesThePage(WebKitWebView* view, const std::string& address) const;
@@ -40,6 +46,8 @@ private:
     bool decideResponse(WebKitPolicyDecision* decision, WebKitResponsePolicyDecision* response);
 
     const ShownPage& shown;
+    Downloads& downloads;
+    std::string ownLoad; ///< where the view's own load has got to
     bool linksOpenInBrowser;
     ExternalOpener openExternally;
     std::function<void()> tryAgain;
