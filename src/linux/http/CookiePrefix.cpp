@@ -3,8 +3,6 @@
 #include "linux/http/SoupCookies.h"
 #include "linux/http/SoupUri.h"
 
-#include <strings.h>
-
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +13,7 @@ namespace {
 
 bool beginsWith(std::string_view text, std::string_view prefix) {
     return text.size() >= prefix.size() &&
-           strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
+           g_ascii_strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
 }
 
 } // namespace
@@ -52,7 +50,8 @@ void dropFalseCookies(SoupMessageHeaders* reply, const Url& url) {
     const char* value = nullptr;
     soup_message_headers_iter_init(&fields, reply);
     while (soup_message_headers_iter_next(&fields, &name, &value))
-        if (strcasecmp(name, "Set-Cookie") == 0)
+        // Not strcasecmp(): in Turkish, "I" is not the capital of "i".
+        if (g_ascii_strcasecmp(name, "Set-Cookie") == 0)
             judge(value);
     if (!dropped)
         return;

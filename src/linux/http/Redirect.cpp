@@ -3,8 +3,6 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/SoupUri.h"
 
-#include <strings.h>
-
 #include <algorithm>
 
 namespace kelo::http {
@@ -27,7 +25,7 @@ std::optional<Url> resolved(const Url& base, const std::string& location) {
 }
 
 bool describesBody(const std::string& header) {
-    return strncasecmp(header.c_str(), "Content-", 8) == 0;
+    return g_ascii_strncasecmp(header.c_str(), "Content-", 8) == 0;
 }
 
 bool becomesGet(const std::string& method, int status) {

@@ -4,6 +4,7 @@
 #include "bundle/ProgramPlace.h"
 #include "linux/startup/RendererChoice.h"
 #include "linux/startup/UnsafeVariables.h"
+#include "linux/startup/UserLocale.h"
 #include "updater/install/InstallRecovery.h"
 
 #include <malloc.h>
@@ -51,6 +52,7 @@ std::optional<std::filesystem::path> programTree() {
 
 void prepareProcess() {
     unsetUnsafeVariables();
+    followUserLocale();
     fixMappingThreshold();
     if (const auto root = programTree())
         updater::repairInstalledTree(*root);

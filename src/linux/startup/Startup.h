@@ -6,6 +6,7 @@ namespace kelo::startup {
 /// it sets environment variables.
 ///
 /// - Removes environment variables that open the program to others (UnsafeVariables.h).
+/// - Follows the user's locale (UserLocale.h).
 /// - Limits the memory that the allocator keeps.
 /// - If an update of the tree that this program runs from was interrupted, moves the missing pieces
 ///   back, before anything in the tree is read.

@@ -26,8 +26,8 @@ namespace {
 
 constexpr const char* quitAction = "quit";
 
-// Texts follow the user's language. But with the user's locale as the global C++ locale, streams in
-// other rooms would group the digits of a port number.
+// With the user's locale as the global C++ locale, streams in other rooms would group the digits of
+// a port number. The C library has the user's locale since the start of the process.
 void keepStreamsPlain() {
     Glib::set_init_to_users_preferred_locale(false);
 }

@@ -4,7 +4,6 @@
 #include <giomm/dbuserror.h>
 #include <gtkmm/stylecontext.h>
 
-#include <cctype>
 #include <functional>
 #include <string>
 #include <utility>
@@ -30,7 +29,7 @@ constexpr const char* redOnDark = "@define-color kelo_red #ff938c;";
 
 bool namesDarkTheme(std::string theme) {
     for (char& character : theme)
-        character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+        character = g_ascii_tolower(character);
     return theme.find("dark") != std::string::npos;
 }
 
