@@ -1,6 +1,9 @@
 #include "linux/webkit/NativeView.h"
 
+#include "deployment/Deployment.h"
 #include "linux/webkit/EngineHandles.h"
+
+#include <string>
 
 namespace kelo::webkit {
 
@@ -37,6 +40,10 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
     // This setting does not affect user scripts.
     webkit_settings_set_enable_javascript_markup(settings.get(),
                                                  configuration.allowsContentJavaScript);
+    // After the engine's own, which pages look into for what the engine can do.
+    const std::string agent = webkit_settings_get_user_agent(settings.get());
+    webkit_settings_set_user_agent(settings.get(),
+                                   (agent + " " + std::string(deployment::userAgent)).c_str());
     // MediaPermission enables it once there is a delegate.
     webkit_settings_set_enable_media_stream(settings.get(), FALSE);
 

@@ -48,6 +48,18 @@ TEST_F(Navigation, ErrorStatusIsAFinishedPage) {
     EXPECT_EQ(view->url()->path(), "/missing");
 }
 
+TEST_F(Navigation, ServerAndPageAreToldTheEngineAndThenTheProgram) {
+    const auto peer = site({{"/", "<iframe src='/frame'></iframe>"}, {"/frame", "inner"}});
+    makeView(peer->url());
+    open(peer->url("/"));
+    const std::string agent = evaluate("navigator.userAgent");
+    EXPECT_THAT(agent, testing::MatchesRegex("Mozilla/5\\.0 .*AppleWebKit/.*Safari/[0-9.]+ "
+                                             "Kelo/[0-9][^ ]*"));
+    ASSERT_FALSE(peer->requests().empty());
+    for (const WireRequest& request : peer->requests())
+        EXPECT_EQ(request.header("user-agent"), agent) << request.target;
+}
+
 TEST_F(Navigation, RefusedConnectionShowsAnErrorPageAndDoesNotFinish) {
     const Url nobody = site({})->url("/login");
     makeView(nobody);
