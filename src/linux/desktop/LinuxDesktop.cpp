@@ -1,6 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
 #include "linux/desktop/HotkeyReport.h"
+#include "linux/desktop/ProgramVersion.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/update/DesktopUpdater.h"
@@ -13,7 +14,7 @@
 namespace kelo::desktop {
 
 LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
-    : application_(std::move(arguments), {hotkeyStatusOption()}),
+    : application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}),
       alerts_(application_),
       passkeys(sheets) {}
 

@@ -31,6 +31,11 @@ public:
                      application.terminate();
                  }}};
     }
+    void sayWhatWasLoaded() const {
+        if (fake.page)
+            for (const auto& request : fake.page->loads)
+                std::cout << "load " << request.url.absoluteString() << std::endl;
+    }
 
 private:
     kelo::platform::Application& application;
@@ -46,6 +51,7 @@ int main(int count, char** words) {
         {words, words + count}, {{"weather", "Say what it is like", [] { return "fine\n"; }}});
     EndingApp app(host);
     const int status = host.run(app);
+    app.sayWhatWasLoaded();
     // Streams of other rooms would group the digits of a port number under the user's locale.
     return std::locale() == std::locale::classic() ? status : 1;
 }

@@ -1,4 +1,5 @@
 #include "component/gtk/RunningProgram.h"
+#include "deployment/Deployment.h"
 
 #include <glibmm/iochannel.h>
 #include <glibmm/main.h>
@@ -8,13 +9,19 @@
 
 #include <algorithm>
 #include <chrono>
+#include <sys/wait.h>
 
 namespace kelo::tests {
 namespace {
 
+std::string origin() {
+    return std::string(deployment::serviceOrigin);
+}
+
 struct Ended {
     int status = -1;
     std::string output;
+    std::string errors;
 };
 
 /// The environment of this process with the variables given set, or taken away where empty.
@@ -40,7 +47,7 @@ Ended startAndWait(const std::vector<std::string>& environment,
     std::vector<std::string> command{KELO_START_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
     Glib::spawn_sync("", command, environment, Glib::SpawnFlags::DEFAULT, {}, &ended.output,
-                     nullptr, &ended.status);
+                     &ended.errors, &ended.status);
     return ended;
 }
 
@@ -95,6 +102,43 @@ TEST(SecondStart, WithAnActionAsksTheRunningProgramForItAndOpensNoWindow) {
     });
 }
 
+TEST(SecondStart, WithAPageOfTheServiceShowsItInTheWindowOfTheRunningProgram) {
+    RunningProgram program;
+    program.run([&] {
+        const std::string address = origin() + "/chat/7?from=mail#last";
+        for (const bool isOpen : {true, false}) {
+            if (!isOpen)
+                program.window("Kelo").close();
+            RunningProgram::settle();
+            program.app.page->loads.clear();
+            const auto ended = runBeside({KELO_START_PROGRAM, address});
+            EXPECT_EQ(ended.status, 0);
+            EXPECT_EQ(ended.output, "");
+            program.window("Kelo");
+            RunningProgram::until("the page is loaded",
+                                  [&] { return !program.app.page->loads.empty(); });
+            EXPECT_EQ(program.app.page->loads.back().url.absoluteString(), address);
+        }
+        RunningProgram::until("the closed window appeared again",
+                              [&] { return program.app.count("appear") == 2; });
+    });
+}
+
+TEST(RunningInstance, ShowsNoPageOfAnotherSiteWhoeverAsks) {
+    RunningProgram program;
+    program.run([&] {
+        for (const char* address : {"https://elsewhere.example/", "file:///etc/passwd", ""})
+            EXPECT_EQ(runBeside({"gdbus", "call", "--session", "--dest", "app.kelo.Kelo",
+                                 "--object-path", "/app/kelo/Kelo", "--method",
+                                 "org.freedesktop.Application.ActivateAction", "show-page",
+                                 "[<'" + std::string(address) + "'>]", "{}"})
+                          .status,
+                      0);
+        RunningProgram::settle();
+        EXPECT_TRUE(program.app.page->loads.empty());
+    });
+}
+
 TEST(RunningInstance, OffersItsActionsOnTheSessionBus) {
     RunningProgram program;
     program.run([&] {
@@ -111,6 +155,31 @@ TEST(FirstStart, WithAnActionRunsItAndOpensNoWindow) {
     const auto ended = startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {"--wave"});
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.output, "body\nwave\n"); // the tray and its menu are there all the same
+}
+
+TEST(FirstStart, WithAPageOfTheServiceOpensTheWindowOnIt) {
+    const auto ended =
+        startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {origin() + "/chat/7"});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "body\nappear\nload " + origin() + "/chat/7\n");
+}
+
+TEST(FirstStart, WithAnotherAddressThanOneOfTheServiceIsRefusedWithASentence) {
+    const std::string secondAddress = origin() + "/b";
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"https://elsewhere.example/"},
+          {"http" + origin().substr(5)},
+          {origin() + "1/"},
+          {"document.txt"},
+          {origin() + "/a", secondAddress}}) {
+        const auto ended =
+            startAndWait(environmentWith({{"GTK_A11Y", "none"}, {"DISPLAY", ""}}), arguments);
+        EXPECT_EQ(WEXITSTATUS(ended.status), 2) << arguments.front();
+        EXPECT_EQ(ended.output, "") << arguments.front();
+        EXPECT_EQ(ended.errors, "kelo: Kelo opens one page of " + origin() +
+                                    ". Open other addresses in your browser.\n"
+                                    "Try \"kelo --help\".\n");
+    }
 }
 
 TEST(FirstStart, LeavesTheStreamsAsTheyAreUnderTheUsersLocale) {
@@ -132,7 +201,7 @@ TEST(FirstStart, WithAReportPrintsItAndStartsNothing) {
 }
 
 TEST(FirstStart, WithWhatItDoesNotKnowIsRefused) {
-    for (const char* argument : {"--fly", "document.txt"}) {
+    for (const char* argument : {"--fly", "-x"}) {
         const auto ended = startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {argument});
         EXPECT_NE(ended.status, 0) << argument;
         EXPECT_EQ(ended.output, "") << argument;

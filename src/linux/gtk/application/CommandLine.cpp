@@ -1,5 +1,7 @@
 #include "linux/gtk/application/CommandLine.h"
 
+#include "deployment/Deployment.h"
+
 #include <glibmm/error.h>
 #include <glibmm/optioncontext.h>
 #include <glibmm/optionentry.h>
@@ -27,9 +29,10 @@ public:
         return given;
     }
 
-    /// Throws Glib::Error. Prints the help and ends the process if it was requested.
-    void read(std::vector<std::string> words) {
-        Glib::OptionContext context;
+    /// Returns the words that are no options. Throws Glib::Error. Prints the help and ends the
+    /// process if it was requested.
+    std::vector<std::string> read(std::vector<std::string> words) {
+        Glib::OptionContext context("[ADDRESS]");
         context.set_main_group(group);
         std::vector<char*> pointers;
         for (auto& word : words)
@@ -38,9 +41,7 @@ public:
         int count = static_cast<int>(words.size());
         char** start = pointers.data();
         context.parse(count, start);
-        if (count > 1)
-            throw Glib::OptionError(Glib::OptionError::UNKNOWN_OPTION,
-                                    std::string("Unexpected argument: ") + start[1]);
+        return {start + 1, start + count};
     }
 
 private:
@@ -48,7 +49,18 @@ private:
     std::deque<bool> values; ///< a deque, because the group keeps pointers to the elements
 };
 
+int refuse(const std::string& sentence) {
+    std::cerr << "kelo: " << sentence << "\nTry \"kelo --help\".\n";
+    return wrongUsageStatus;
+}
+
 } // namespace
+
+std::optional<Url> pageOfService(const std::string& address) {
+    const auto service = Url::parse(deployment::serviceOrigin);
+    const auto page = Url::parse(address);
+    return page && service && page->hasSameOrigin(*service) ? page : std::nullopt;
+}
 
 CommandLine readCommandLine(const std::vector<std::string>& words,
                             const std::vector<ReportOption>& reports,
@@ -62,11 +74,19 @@ CommandLine readCommandLine(const std::vector<std::string>& words,
         reportSwitches.emplace_back(&switches.add(report.name, report.description), &report);
 
     CommandLine result;
+    std::vector<std::string> addresses;
     try {
-        switches.read(words);
+        addresses = switches.read(words);
     } catch (const Glib::Error& error) {
-        std::cerr << "kelo: " << error.what() << "\nTry \"kelo --help\".\n";
-        result.exitStatus = wrongUsageStatus;
+        result.exitStatus = refuse(error.what());
+        return result;
+    }
+    if (!addresses.empty())
+        result.page = pageOfService(addresses.front());
+    if (addresses.size() > 1 || (!addresses.empty() && !result.page)) {
+        result.exitStatus =
+            refuse("Kelo opens one page of " + std::string(deployment::serviceOrigin) +
+                   ". Open other addresses in your browser.");
         return result;
     }
     for (const auto& [given, report] : reportSwitches)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Url.h"
 #include "platform/Application.h"
 
 #include <functional>
@@ -23,11 +24,16 @@ struct CommandLine {
     std::optional<int> exitStatus;
     /// Names of the requested actions. Empty means to open the main window.
     std::vector<std::string> actions;
+    /// The page to show in the main window.
+    std::optional<Url> page;
 };
 
+/// The address, if it is one of the service's pages.
+std::optional<Url> pageOfService(const std::string& address);
+
 /// Parses the arguments of main(), the program's name included, and prints the requested reports.
-/// For
-/// "--help" it prints the help and ends the process.
+/// For "--help" it prints the help and ends the process. One address may be among the arguments, of
+/// a page of the service.
 CommandLine readCommandLine(const std::vector<std::string>& words,
                             const std::vector<ReportOption>& reports,
                             const std::vector<platform::ProgramAction>& actions);

@@ -68,13 +68,15 @@ int GtkApplicationHost::run(platform::App& toRun) {
     auto asked = readCommandLine(arguments, reports, actions);
     if (asked.exitStatus)
         return *asked.exitStatus;
-    if (!asked.actions.empty() && askRunningInstance(asked.actions))
+    const bool asksForMore = !asked.actions.empty() || asked.page;
+    if (asksForMore && askRunningInstance(asked.actions, asked.page))
         return 0;
     // No process is running, so there is nothing to quit.
     if (std::find(asked.actions.begin(), asked.actions.end(), quitAction) != asked.actions.end())
         return 0;
     app = &toRun;
     requestedActions = std::move(asked.actions);
+    requestedPage = std::move(asked.page);
     makeApplication();
     const int status = application->run();
     mainWindows.clear();
@@ -133,6 +135,10 @@ void GtkApplicationHost::addActions() {
             run();
             endStartUpNotice();
         });
+    application->add_action_with_parameter(
+        showPageAction, Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& address) {
+            showPage(Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(address).get());
+        });
 }
 
 std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
@@ -149,7 +155,7 @@ platform::CommandMenu GtkApplicationHost::programMenu() {
     if (settingsScene()) {
         menu.push_back(MenuItem{"Settings…", true, [this] { openSettings(); },
                                 platform::KeyboardShortcut{",", KeyModifier::command}});
-        menu.push_back(platform::MenuSeparator{});
+        menu.emplace_back(std::in_place_type<platform::MenuSeparator>);
     }
     menu.push_back(MenuItem{"Close Window", true, [this] { closeActiveWindow(); },
                             platform::KeyboardShortcut{"w", KeyModifier::command}});
@@ -178,15 +184,28 @@ void GtkApplicationHost::activated() {
     const auto requested = std::exchange(requestedActions, {});
     for (const auto& action : requested)
         application->activate_action(action);
-    if (!requested.empty())
-        return;
-    openMainWindow();
+    if (const auto page = std::exchange(requestedPage, std::nullopt))
+        showPage(page->absoluteString());
+    else if (requested.empty())
+        openMainWindow();
 }
 
 void GtkApplicationHost::openMainWindow() {
     readScenes();
     if (const auto* first = firstWindowGroup())
         openWindow(first->identifier);
+}
+
+// Checked again, because every program of the user can ask for it.
+void GtkApplicationHost::showPage(const std::string& address) {
+    const auto page = pageOfService(address);
+    if (!page) {
+        g_warning("A page that is not the service's was asked for; it is not shown");
+        return;
+    }
+    openMainWindow();
+    if (const auto* group = firstWindowGroup())
+        group->content.body().webView->load(platform::UrlRequest{*page});
 }
 
 void GtkApplicationHost::activate() {

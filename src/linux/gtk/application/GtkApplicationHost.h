@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,6 +60,8 @@ private:
     void readScenes();
     void activated();
     void openMainWindow();
+    /// Shows a page of the service in the main window; logs any other address.
+    void showPage(const std::string& address);
     void present(Gtk::Window& window);
     const platform::WindowGroup* firstWindowGroup() const;
     const platform::WindowGroup* windowGroup(std::string_view identifier) const;
@@ -70,6 +73,7 @@ private:
     const std::vector<std::string> arguments;
     const std::vector<ReportOption> reports;
     std::vector<std::string> requestedActions; ///< on the command line, instead of a window
+    std::optional<Url> requestedPage;          ///< on the command line
     Glib::RefPtr<Gtk::Application> application;
     platform::App* app = nullptr; ///< during run()
     std::vector<platform::ProgramAction> actions;

@@ -14,6 +14,7 @@ namespace kelo::gtk {
 
 namespace {
 
+using Parameters = std::vector<Glib::VariantBase>;
 using Data = std::map<Glib::ustring, Glib::VariantBase>;
 
 std::string objectPath() {
@@ -36,17 +37,22 @@ Data startUpData() {
 
 } // namespace
 
-bool askRunningInstance(const std::vector<std::string>& actions) {
+bool askRunningInstance(const std::vector<std::string>& actions, const std::optional<Url>& page) {
     constexpr int milliseconds = 5000;
     const std::string name(deployment::applicationIdentifier);
     try {
         Gio::init();
         const auto bus = Gio::DBus::Connection::get_sync(Gio::DBus::BusType::SESSION);
-        for (const auto& action : actions)
+        const auto ask = [&](const std::string& action, const Parameters& parameters) {
             bus->call_sync(objectPath(), "org.freedesktop.Application", "ActivateAction",
-                           Glib::Variant<std::tuple<Glib::ustring, std::vector<Glib::VariantBase>,
-                                                    Data>>::create({action, {}, startUpData()}),
+                           Glib::Variant<std::tuple<Glib::ustring, Parameters, Data>>::create(
+                               {action, parameters, startUpData()}),
                            name, milliseconds, Gio::DBus::CallFlags::NO_AUTO_START);
+        };
+        for (const auto& action : actions)
+            ask(action, {});
+        if (page)
+            ask(showPageAction, {Glib::Variant<Glib::ustring>::create(page->absoluteString())});
         return true;
     } catch (const Glib::Error&) {
         return false;
