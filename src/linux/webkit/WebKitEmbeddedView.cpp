@@ -3,7 +3,6 @@
 #include "base/Invariant.h"
 #include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
-#include "linux/webkit/CaretBrowsing.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/MediaPermission.h"
 #include "linux/webkit/NativeView.h"
@@ -11,6 +10,7 @@
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
+#include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
 #include "linux/webkit/navigation/PageLoad.h"
@@ -76,7 +76,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       swipes(std::make_unique<SwipeGestures>(view.get())) {
     connectLoadSignals();
     connectPolicySignals();
-    offerCaretBrowsing(view.get());
+    attachPageKeyboard(view.get());
 }
 
 WebKitEmbeddedView::~WebKitEmbeddedView() = default;
