@@ -10,6 +10,7 @@
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
+#include "linux/webkit/WebProcess.h"
 #include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
@@ -28,18 +29,6 @@ bool isReplaced(const GError& error) {
     return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
            g_error_matches(&error, WEBKIT_POLICY_ERROR,
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
-}
-
-// Without a graphics card, the engine paints nothing of a process that replaces another one until
-// the view comes into sight again.
-void comeIntoSight(GtkWidget* view) {
-    if (!gtk_widget_get_mapped(view))
-        return;
-    const bool hadFocus = gtk_widget_has_focus(view);
-    gtk_widget_set_visible(view, FALSE);
-    gtk_widget_set_visible(view, TRUE);
-    if (hadFocus)
-        gtk_widget_grab_focus(view);
 }
 
 // Either the engine's network process has ended, an error that has no name in the library's
@@ -73,7 +62,11 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       mediaPermission(
           std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)),
       scriptDialogs(std::make_unique<ScriptDialogs>(view.get())),
-      swipes(std::make_unique<SwipeGestures>(view.get())) {
+      swipes(std::make_unique<SwipeGestures>(view.get())),
+      process(std::make_unique<WebProcess>(
+          view.get(), WebProcess::Handlers{[this] { responsivenessChanged(); },
+                                           [this](auto reason) { processFailed(reason); },
+                                           [this] { processEnded(); }})) {
     connectLoadSignals();
     connectPolicySignals();
     attachPageKeyboard(view.get());
@@ -109,12 +102,6 @@ void WebKitEmbeddedView::connectLoadSignals() {
             GTlsCertificateFlags problems, Self self) -> gboolean {
             return self->certificateRefused(address, certificate, problems);
         });
-    connect(
-        "web-process-terminated", +[](WebKitWebView*, WebKitWebProcessTerminationReason reason,
-                                      Self self) { self->processEnded(reason); });
-    connect(
-        "notify::is-web-process-responsive",
-        +[](WebKitWebView*, GParamSpec*, Self self) { self->responsivenessChanged(); });
 }
 
 void WebKitEmbeddedView::connectPolicySignals() {
@@ -142,7 +129,7 @@ void WebKitEmbeddedView::load(UrlRequest request) {
         invariantBroken("a web view is asked for pages with GET and no body");
     // A page that waits for an answer loads no other page, and would pass for one that hangs.
     scriptDialogs->close();
-    endUnresponsiveProcess();
+    process->endIfItHangs();
     startLoad(request);
     probe->start(request.url);
 }
@@ -157,21 +144,15 @@ void WebKitEmbeddedView::loadAgain(const std::string& address) {
     webkit_web_view_load_uri(view.get(), address.c_str());
 }
 
-// The engine reports this when a process has not answered for some seconds. A request to load a
-// page is such a question.
+// A request to load a page is among what a process that hangs does not take.
 void WebKitEmbeddedView::responsivenessChanged() {
-    if (!pageLoad->isUnanswered() || webkit_web_view_get_is_web_process_responsive(view.get()))
-        return;
-    g_warning("The page hangs. Its process is ended so that another page can be loaded");
-    const auto request = pageLoad->takeUnanswered();
-    endUnresponsiveProcess();
-    startLoad(*request);
-}
-
-// A process that hangs would never load another page.
-void WebKitEmbeddedView::endUnresponsiveProcess() {
-    if (!webkit_web_view_get_is_web_process_responsive(view.get()))
-        webkit_web_view_terminate_web_process(view.get());
+    if (pageLoad->isUnanswered() && !process->answers()) {
+        g_warning("The page hangs. Its process is ended so that another page can be loaded");
+        const auto request = pageLoad->takeUnanswered();
+        process->endIfItHangs();
+        startLoad(*request);
+    }
+    tellPageObserver();
 }
 
 std::optional<Url> WebKitEmbeddedView::url() const {
@@ -194,6 +175,18 @@ void WebKitEmbeddedView::returnToService() {
 void WebKitEmbeddedView::openInBrowser() {
     if (const auto address = shown.addressForBrowser())
         openExternally(*address);
+}
+
+bool WebKitEmbeddedView::answers() const {
+    return process->answers();
+}
+
+void WebKitEmbeddedView::reload() {
+    const char* const address = webkit_web_view_get_uri(view.get());
+    const std::string shownAddress = address ? address : shown.service.absoluteString();
+    scriptDialogs->close();
+    process->endIfItHangs();
+    loadAgain(shownAddress);
 }
 
 void WebKitEmbeddedView::setPageObserver(std::weak_ptr<const std::function<void()>> newObserver) {
@@ -239,8 +232,7 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         shown.committed(webkit_web_view_get_uri(view.get()));
         downloads.pageChanged();
         tellPageObserver();
-        if (std::exchange(processIsNew, false))
-            comeIntoSight(GTK_WIDGET(view.get()));
+        process->pageChanged();
         break;
     case WEBKIT_LOAD_FINISHED: {
         mediaPermission->navigationEnded();
@@ -307,7 +299,7 @@ void WebKitEmbeddedView::loadTimedOut() {
               http::loggedAddress(address).c_str(),
               static_cast<long long>(pageLoad->timeout().count()));
     const std::string failedAddress = address ? address : "";
-    endUnresponsiveProcess();
+    process->endIfItHangs();
     webkit_web_view_stop_loading(view.get());
     showErrorPage("This page did not load", sentence, failedAddress);
 }
@@ -343,12 +335,12 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
     return true;
 }
 
-void WebKitEmbeddedView::processEnded(WebKitWebProcessTerminationReason reason) {
+void WebKitEmbeddedView::processEnded() {
     pageLoad->processEnded();
-    processIsNew = true;
     mediaPermission->pageChanged(nullptr);
-    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
-        return;
+}
+
+void WebKitEmbeddedView::processFailed(WebKitWebProcessTerminationReason reason) {
     // The process died before it began to load the requested page. So that page is loaded, and
     // nothing is said about the former one.
     if (const auto request = pageLoad->takeUnanswered()) {

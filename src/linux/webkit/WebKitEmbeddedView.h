@@ -24,6 +24,7 @@ class ScriptDialogs;
 class ScriptMessages;
 class SwipeGestures;
 class WebKitCookieStore;
+class WebProcess;
 
 /// EmbeddedWebView on WebKitGTK. A load that fails or times out shows an error page with the
 /// reason. The page may use the microphone and the camera if the user interface delegate grants it;
@@ -50,6 +51,8 @@ public:
     std::optional<std::string> foreignHost() const override;
     void returnToService() override;
     void openInBrowser() override;
+    bool answers() const override;
+    void reload() override;
     void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override;
 
 private:
@@ -67,9 +70,9 @@ private:
     void loadTimedOut();
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
                             GTlsCertificateFlags problems);
-    void processEnded(WebKitWebProcessTerminationReason reason);
     void responsivenessChanged();
-    void endUnresponsiveProcess();
+    void processEnded();
+    void processFailed(WebKitWebProcessTerminationReason reason);
     void permissionRequested(WebKitPermissionRequest* request);
     void showErrorPage(const std::string& heading, const std::string& sentence,
                        const std::string& address);
@@ -81,7 +84,6 @@ private:
     gobject::GObjectPointer<WebKitWebView> view;
     ExternalOpener openExternally;
     ShownPage shown;
-    bool processIsNew = false;
     Downloads downloads;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
@@ -90,6 +92,7 @@ private:
     std::unique_ptr<MediaPermission> mediaPermission;
     std::unique_ptr<ScriptDialogs> scriptDialogs;
     std::unique_ptr<SwipeGestures> swipes;
+    std::unique_ptr<WebProcess> process;
     std::weak_ptr<platform::NavigationDelegate> delegate;
     std::weak_ptr<const std::function<void()>> pageObserver;
     // Last: disconnected before anything that the handlers use is destroyed.

@@ -20,6 +20,11 @@ public:
     virtual void returnToService() = 0;
     /// Opens the shown page in the browser; here it stays.
     virtual void openInBrowser() = 0;
+    /// False once the page has not answered for some seconds, until it does. It is asked when the
+    /// user does something in it.
+    virtual bool answers() const = 0;
+    /// Loads the shown page again, also one that does not answer. What was typed in it is lost.
+    virtual void reload() = 0;
     /// Called after any of the answers above has changed. Held weakly; replaces the former.
     virtual void setPageObserver(std::weak_ptr<const std::function<void()>> observer) = 0;
 };

@@ -24,4 +24,10 @@ void FakePage::setForeignHost(std::optional<std::string> newHost) {
         (*told)();
 }
 
+void FakePage::setHangs(bool nowHangs) {
+    hangs = nowHangs;
+    if (const auto told = pageObserver.lock())
+        (*told)();
+}
+
 } // namespace kelo::tests

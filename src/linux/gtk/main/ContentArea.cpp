@@ -24,34 +24,23 @@ ContentArea::ContentArea(platform::Size defaultSize)
     set_hexpand();
     set_vexpand();
     panel.set_visible(false);
-    panel.set_parent(*this);
-    addNotices();
+    panel.insert_at_start(*this);
+    offerBarsByKey();
 }
 
 ContentArea::~ContentArea() {
     releaseWebView();
-    foreignBar.unparent();
     panel.unparent();
 }
 
-void ContentArea::addNotices() {
-    foreignBar.addButton("Back to Kelo", [this] {
-        if (hosted)
-            hosted->returnToService();
-    });
-    foreignBar.addButton("Open in Browser", [this] {
-        if (hosted)
-            hosted->openInBrowser();
-    });
-    foreignBar.set_parent(*this);
-
+void ContentArea::offerBarsByKey() {
     const auto shortcuts = Gtk::ShortcutController::create();
     // Before the page sees the key.
     shortcuts->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     shortcuts->add_shortcut(Gtk::Shortcut::create(
         Gtk::KeyvalTrigger::create(GDK_KEY_F6),
         Gtk::CallbackAction::create(
-            [this](Gtk::Widget&, const Glib::VariantBase&) { return switchFocus(); })));
+            [this](Gtk::Widget&, const Glib::VariantBase&) { return bars.switchFocus(); })));
     add_controller(shortcuts);
 }
 
@@ -89,14 +78,14 @@ void ContentArea::takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& 
         gtk_widget_unparent(widget);
     gtk_widget_insert_after(widget, Gtk::Widget::gobj(), nullptr); // below the panel
     pageObserver = std::make_shared<const std::function<void()>>([this] {
-        drawForeignBar();
+        bars.draw();
         drawOverlay();
     });
     hosted->setPageObserver(pageObserver);
     // It came while no window showed it, or from a window that is being closed.
     if (hosted->foreignHost())
         hosted->returnToService();
-    drawForeignBar();
+    bars.setPage(hosted);
 }
 
 void ContentArea::releaseWebView() {
@@ -106,6 +95,7 @@ void ContentArea::releaseWebView() {
     if (gtk_widget_get_parent(widget) == Gtk::Widget::gobj())
         gtk_widget_unparent(widget);
     hosted = nullptr;
+    bars.setPage(nullptr);
     pageObserver.reset();
     webView.reset();
 }
@@ -126,13 +116,6 @@ void ContentArea::focusWebView() {
         gtk_widget_grab_focus(hosted->widget());
 }
 
-void ContentArea::drawForeignBar() {
-    const auto host = hosted ? hosted->foreignHost() : std::nullopt;
-    if (host)
-        foreignBar.setSentence("This page is from", host->empty() ? "another site" : *host);
-    setShown(foreignBar, host.has_value());
-}
-
 // Never over a page of another host: the panel would vouch for that page.
 void ContentArea::drawOverlay() {
     const bool isShown = overlay && !(hosted && hosted->foreignHost());
@@ -140,26 +123,11 @@ void ContentArea::drawOverlay() {
         panel.draw(*overlay);
         queue_allocate();
     }
-    setShown(panel, isShown);
-}
-
-// A part that goes leaves the keyboard to the page.
-template <typename Part>
-void ContentArea::setShown(Part& part, bool isShown) {
-    const bool hadFocus = part.holdsFocus();
-    part.set_visible(isShown);
+    const bool hadFocus = panel.holdsFocus();
+    panel.set_visible(isShown);
+    // A panel that goes leaves the keyboard to the page.
     if (hadFocus && !isShown)
         focusWebView();
-}
-
-bool ContentArea::switchFocus() {
-    if (!foreignBar.get_visible())
-        return false;
-    if (foreignBar.holdsFocus())
-        focusWebView();
-    else
-        foreignBar.takeFocus();
-    return true;
 }
 
 Gtk::SizeRequestMode ContentArea::get_request_mode_vfunc() const {
@@ -179,14 +147,7 @@ void ContentArea::size_allocate_vfunc(int width, int height, int) {
     int minimum = 0;
     int natural = 0;
     int unused = 0;
-    int top = 0;
-    if (foreignBar.get_visible()) {
-        foreignBar.measure(Gtk::Orientation::HORIZONTAL, -1, minimum, natural, unused, unused);
-        const int barWidth = std::max(minimum, width);
-        foreignBar.measure(Gtk::Orientation::VERTICAL, barWidth, minimum, natural, unused, unused);
-        foreignBar.size_allocate({0, 0, barWidth, natural}, -1);
-        top = natural;
-    }
+    const int top = bars.allocate(width);
     // A window that is being closed may still refer to a web view that another window has taken.
     if (hosted && gtk_widget_get_parent(hosted->widget()) == Gtk::Widget::gobj()) {
         gtk_widget_measure(hosted->widget(), GTK_ORIENTATION_HORIZONTAL, -1, &minimum, &natural,

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/gtk/main/NoticeBar.h"
 #include "linux/gtk/main/OverlayPanel.h"
+#include "linux/gtk/main/PageBars.h"
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/widget.h>
@@ -10,17 +10,13 @@
 #include <memory>
 #include <optional>
 
-namespace kelo::window {
-class HostedPage;
-}
-
 namespace kelo::gtk {
 
 /// The content of a main window: a web view from edge to edge and, if the description has an
 /// overlay, a panel above its bottom centre. Outside of the panel, the page receives all input.
 ///
-/// While the page is not the service's, a bar above it names its host, and there is no panel. F6
-/// moves the keyboard from the page to the bar and back.
+/// Bars say what is to be said about the page; F6 moves the keyboard to a bar and back. There is no
+/// panel while the page is not the service's.
 class ContentArea final : public Gtk::Widget {
 public:
     explicit ContentArea(platform::Size defaultSize);
@@ -44,20 +40,16 @@ protected:
     void size_allocate_vfunc(int width, int height, int baseline) override;
 
 private:
-    void addNotices();
+    void offerBarsByKey();
     void releaseWebView();
     void takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& next);
     void focusWebView();
-    void drawForeignBar();
     void drawOverlay();
-    template <typename Part>
-    void setShown(Part& part, bool isShown);
-    bool switchFocus();
 
     std::shared_ptr<platform::EmbeddedWebView> webView;
     window::HostedPage* hosted = nullptr; ///< the same object as webView
     std::shared_ptr<const std::function<void()>> pageObserver;
-    NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_STATUS};
+    PageBars bars{*this};
     OverlayPanel panel;
     std::optional<platform::OverlayDescription> overlay;
     platform::Size defaultSize;

@@ -1,0 +1,127 @@
+#include "linux/gtk/main/PageBars.h"
+
+#include "linux/window/HostedPage.h"
+
+#include <algorithm>
+
+namespace kelo::gtk {
+
+namespace {
+
+/// Returns the bar's height, 0 if it is hidden.
+int allocateBar(NoticeBar& bar, int top, int width) {
+    if (!bar.get_visible())
+        return 0;
+    int minimum = 0;
+    int natural = 0;
+    int unused = 0;
+    bar.measure(Gtk::Orientation::HORIZONTAL, -1, minimum, natural, unused, unused);
+    const int barWidth = std::max(minimum, width);
+    bar.measure(Gtk::Orientation::VERTICAL, barWidth, minimum, natural, unused, unused);
+    bar.size_allocate({0, top, barWidth, natural}, -1);
+    return natural;
+}
+
+} // namespace
+
+PageBars::PageBars(Gtk::Widget& parent) {
+    foreignBar.addButton("Back to Kelo", [this] {
+        if (page)
+            page->returnToService();
+    });
+    foreignBar.addButton("Open in Browser", [this] {
+        if (page)
+            page->openInBrowser();
+    });
+    foreignBar.set_parent(parent);
+    hangBar.setSentence("This page does not answer.");
+    hangBar.addButton("Wait", [this] {
+        userWaits = true;
+        draw();
+    });
+    hangBar.addButton("Reload", [this] {
+        if (page)
+            page->reload();
+    });
+    hangBar.set_parent(parent);
+}
+
+PageBars::~PageBars() {
+    setPage(nullptr);
+    hangBar.unparent();
+    foreignBar.unparent();
+}
+
+void PageBars::setPage(window::HostedPage* newPage) {
+    if (page)
+        gtk_widget_remove_controller(page->widget(), GTK_EVENT_CONTROLLER(input->gobj()));
+    page = newPage;
+    if (page)
+        watchInput();
+    draw();
+}
+
+// The engine reports only once that a page does not answer.
+void PageBars::watchInput() {
+    input = Gtk::EventControllerLegacy::create();
+    input->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    input->signal_event().connect(
+        [this](const Glib::RefPtr<const Gdk::Event>& event) {
+            using Type = Gdk::Event::Type;
+            const auto type = event->get_event_type();
+            if (type == Type::BUTTON_PRESS || type == Type::KEY_PRESS ||
+                type == Type::TOUCH_BEGIN) {
+                userWaits = false;
+                draw();
+            }
+            return false;
+        },
+        false);
+    // The page lets go of its controllers with a reference of its own.
+    gtk_widget_add_controller(page->widget(), GTK_EVENT_CONTROLLER(g_object_ref(input->gobj())));
+}
+
+void PageBars::draw() {
+    const auto host = page ? page->foreignHost() : std::nullopt;
+    if (host)
+        foreignBar.setSentence("This page is from", host->empty() ? "another site" : *host);
+    show(foreignBar, host.has_value());
+    const bool hangs = page && !page->answers();
+    if (!hangs)
+        userWaits = false;
+    show(hangBar, hangs && !userWaits);
+}
+
+// A bar that goes leaves the keyboard to the page.
+void PageBars::show(NoticeBar& bar, bool isShown) {
+    const bool hadFocus = bar.holdsFocus();
+    bar.set_visible(isShown);
+    if (hadFocus && !isShown)
+        focusPage();
+}
+
+void PageBars::focusPage() {
+    if (page)
+        gtk_widget_grab_focus(page->widget());
+}
+
+bool PageBars::switchFocus() {
+    NoticeBar& bar = hangBar.get_visible() ? hangBar : foreignBar;
+    if (!bar.get_visible())
+        return false;
+    if (bar.holdsFocus())
+        focusPage();
+    else
+        bar.takeFocus();
+    return true;
+}
+
+// A page that does not answer could not lay itself out anew. So it stays where it is, and the bar
+// covers its upper edge.
+int PageBars::allocate(int width) {
+    const int top = allocateBar(foreignBar, 0, width);
+    allocateBar(hangBar, top, width);
+    return top;
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "linux/gtk/main/NoticeBar.h"
+
+#include <gtkmm/eventcontrollerlegacy.h>
+
+namespace kelo::window {
+class HostedPage;
+}
+
+namespace kelo::gtk {
+
+/// The bars of a main window that say something about its page.
+///
+/// While the page is not the service's, a bar above it names its host. While the page does not
+/// answer, a bar over its upper edge offers to load it again, or to wait; a user who waits is asked
+/// again when the page does not take a key or a click. The widget that shows the page is the bars'
+/// parent: it draws, moves and removes them.
+class PageBars {
+public:
+    explicit PageBars(Gtk::Widget& parent);
+    ~PageBars();
+    PageBars(const PageBars&) = delete;
+    PageBars& operator=(const PageBars&) = delete;
+
+    /// The bars are about this page from now on; null for none. It must outlive its time here.
+    void setPage(window::HostedPage* page);
+    /// Call it after an answer of the page has changed.
+    void draw();
+    /// Gives the shown bars their places in an area of this width. Returns the page's upper edge.
+    int allocate(int width);
+    /// Moves the keyboard from the page to a bar or back. False if no bar is shown.
+    bool switchFocus();
+
+private:
+    void watchInput();
+    void show(NoticeBar& bar, bool isShown);
+    void focusPage();
+
+    window::HostedPage* page = nullptr;
+    NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_STATUS};
+    NoticeBar hangBar{GTK_ACCESSIBLE_ROLE_ALERT};
+    bool userWaits = false;                         ///< for a page that does not answer
+    Glib::RefPtr<Gtk::EventControllerLegacy> input; ///< of the page
+};
+
+} // namespace kelo::gtk

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "base/async/MainLoop.h"
+#include "linux/gobject/SignalHandler.h"
+
+#include <webkit/webkit.h>
+
+#include <functional>
+#include <memory>
+
+namespace kelo::webkit {
+
+/// The process that runs a view's page. When it has ended, the engine starts another one for the
+/// next page of the view. Main thread only.
+class WebProcess {
+public:
+    struct Handlers {
+        /// What answers() says has changed.
+        std::function<void()> responsivenessChanged;
+        /// The process has ended, and the page with it. Not called for endIfItHangs().
+        std::function<void(WebKitWebProcessTerminationReason reason)> failed;
+        /// Called before failed, and for endIfItHangs() as well.
+        std::function<void()> ended;
+    };
+
+    WebProcess(WebKitWebView* view, Handlers handlers);
+    ~WebProcess();
+    WebProcess(const WebProcess&) = delete;
+    WebProcess& operator=(const WebProcess&) = delete;
+
+    /// False once the process has not answered for some seconds, until it does. It is asked with
+    /// each key, click and touch, and when it is to load a page. A page that shows an alert
+    /// answers.
+    bool answers() const;
+    /// A process that hangs would never load another page.
+    void endIfItHangs();
+    /// The view shows another document from now on.
+    void pageChanged();
+
+private:
+    void watchInput();
+    void userActs();
+    void ask();
+    void answered();
+    void dialogOpened();
+    void stopTimer();
+    void terminated(WebKitWebProcessTerminationReason reason);
+
+    WebKitWebView* view;
+    Handlers handlers;
+    bool isNew = false;       ///< and takes the place of another
+    bool isAsked = false;     ///< and has not answered yet
+    bool isOverdue = false;   ///< the answer is
+    bool showsDialog = false; ///< of a script, which waits for the user
+    std::shared_ptr<Timer> timer;
+    std::shared_ptr<WebProcess*> self; ///< for answers that come when this is gone
+    gobject::SignalConnection inputConnection;
+    gobject::SignalConnection dialogConnection;
+    gobject::SignalConnection responsivenessConnection;
+    gobject::SignalConnection terminationConnection;
+};
+
+} // namespace kelo::webkit
