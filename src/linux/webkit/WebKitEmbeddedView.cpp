@@ -52,6 +52,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       openExternally(shared.settings().openExternally),
       shown(shared.settings().service),
       downloads(session.get(), view.get(), shown),
+      pageControls(view.get()),
       pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
       cookies(std::make_unique<WebKitCookieStore>(session.get())),
       policy(std::make_unique<NavigationPolicy>(shown, downloads, configuration.linksOpenInBrowser,
@@ -182,9 +183,14 @@ bool WebKitEmbeddedView::answers() const {
 }
 
 void WebKitEmbeddedView::reload() {
+    scriptDialogs->close();
+    // The engine would send a form again.
+    if (answers() && !pageLoad->isAnswerToForm()) {
+        webkit_web_view_reload(view.get());
+        return;
+    }
     const char* const address = webkit_web_view_get_uri(view.get());
     const std::string shownAddress = address ? address : shown.service.absoluteString();
-    scriptDialogs->close();
     process->endIfItHangs();
     loadAgain(shownAddress);
 }

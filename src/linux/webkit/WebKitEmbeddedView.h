@@ -3,6 +3,7 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/WebKitSession.h"
+#include "linux/webkit/controls/WebKitPageControls.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/ShownPage.h"
 #include "linux/window/HostedPage.h"
@@ -53,6 +54,7 @@ public:
     void openInBrowser() override;
     bool answers() const override;
     void reload() override;
+    window::PageControls& controls() override { return pageControls; }
     void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override;
 
 private:
@@ -85,6 +87,7 @@ private:
     ExternalOpener openExternally;
     ShownPage shown;
     Downloads downloads;
+    WebKitPageControls pageControls;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;

@@ -9,6 +9,8 @@
 
 namespace kelo::window {
 
+class PageControls;
+
 /// A hosted widget that shows pages of the service, and at times of others, who sign its users in.
 /// Main thread only.
 class HostedPage : public HostedWidget {
@@ -25,6 +27,8 @@ public:
     virtual bool answers() const = 0;
     /// Loads the shown page again, also one that does not answer. What was typed in it is lost.
     virtual void reload() = 0;
+    /// What else users do with the page.
+    virtual PageControls& controls() = 0;
     /// Called after any of the answers above has changed. Held weakly; replaces the former.
     virtual void setPageObserver(std::weak_ptr<const std::function<void()>> observer) = 0;
 };

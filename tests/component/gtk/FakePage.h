@@ -2,10 +2,58 @@
 
 #include "fakes/FakeWebView.h"
 #include "linux/window/HostedPage.h"
+#include "linux/window/PageControls.h"
 
 #include <gtkmm/drawingarea.h>
 
+#include <string>
+#include <vector>
+
 namespace kelo::tests {
+
+/// Records what the user does with the page.
+class FakePageControls final : public window::PageControls {
+public:
+    bool canGoBack() const override { return isAfterAnother; }
+    bool canGoForward() const override { return isBeforeAnother; }
+    void goBack() override { done.emplace_back("back"); }
+    void goForward() override { done.emplace_back("forward"); }
+    void setHistoryObserver(std::weak_ptr<const std::function<void()>> observer) override {
+        historyObserver = std::move(observer);
+    }
+    void reloadFromServer() override { done.emplace_back("reload from server"); }
+    void print(GtkWindow*) override { done.emplace_back("print"); }
+    double zoom() const override { return factor; }
+    void setZoom(double newFactor) override { factor = newFactor; }
+    void find(const std::string& text) override {
+        done.push_back("find " + text);
+        if (const auto told = findObserver.lock())
+            (*told)(text.empty() ? 0 : places);
+    }
+    void findNext() override { done.emplace_back("next"); }
+    void findPrevious() override { done.emplace_back("previous"); }
+    void endFind() override { done.emplace_back("end"); }
+    void
+    setFindObserver(std::weak_ptr<const std::function<void(unsigned places)>> observer) override {
+        findObserver = std::move(observer);
+    }
+    void setHistory(bool before, bool after) {
+        isAfterAnother = before;
+        isBeforeAnother = after;
+        if (const auto told = historyObserver.lock())
+            (*told)();
+    }
+
+    std::vector<std::string> done;
+    double factor = 1;
+    unsigned places = 3; ///< where each text is found
+
+private:
+    bool isAfterAnother = false;
+    bool isBeforeAnother = false;
+    std::weak_ptr<const std::function<void()>> historyObserver;
+    std::weak_ptr<const std::function<void(unsigned places)>> findObserver;
+};
 
 /// A page of one color that takes the keyboard focus and counts its clicks. It is the service's
 /// unless the test gives it another host, and hangs on command.
@@ -21,6 +69,7 @@ public:
         setForeignHost(std::nullopt);
     }
     void openInBrowser() override { ++openings; }
+    window::PageControls& controls() override { return pageControls; }
     void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override {
         pageObserver = std::move(observer);
     }
@@ -37,6 +86,7 @@ public:
     int returns = 0;  ///< to the service
     int openings = 0; ///< in the browser
     int reloads = 0;
+    FakePageControls pageControls;
 
 private:
     bool hangs = false;

@@ -11,6 +11,7 @@
 #include "linux/gtk/main/MainWindow.h"
 #include "linux/gtk/main/MenuBar.h"
 #include "linux/gtk/main/SettingsWindow.h"
+#include "linux/gtk/main/ViewCommands.h"
 
 #include <gdk/gdk.h>
 #include <glibmm/init.h>
@@ -173,6 +174,7 @@ void GtkApplicationHost::addCommandMenus() {
         if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
             for (const auto& menu : group->commands)
                 menuBar->append(menu);
+    menuBar->append("View", ViewCommands::menu());
 }
 
 void GtkApplicationHost::readScenes() {

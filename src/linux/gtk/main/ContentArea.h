@@ -28,6 +28,8 @@ public:
     /// The window is closed. Gives up the web view, so that another window can show it, and sends
     /// it back to the service if its page is not the service's.
     void close();
+    /// The page of the web view; null once the window is closed.
+    window::HostedPage* page() const { return hosted; }
     /// Call it when the widget, a descendant of this one, received the keyboard focus.
     void rememberFocus(const Gtk::Widget& focus);
     /// Focuses the descendant that had the focus last, the page at first.

@@ -3,7 +3,9 @@
 #include "base/async/MainLoop.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/gtk/main/ContentArea.h"
+#include "linux/gtk/main/FindBar.h"
 #include "linux/gtk/main/MenuBar.h"
+#include "linux/gtk/main/ViewCommands.h"
 
 #include <utility>
 
@@ -15,6 +17,7 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     : ProgramWindow(std::move(closed)),
       group(group),
       content(std::make_unique<ContentArea>(group.defaultSize)),
+      findBar(std::make_unique<FindBar>(*content)),
       menuBar(menu) {
     set_title(programName);
     add_css_class("kelo-main");
@@ -25,7 +28,10 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     exposeShortcuts(menuBar);
     set_titlebar(header);
     content->draw(description);
-    set_child(*content);
+    viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar);
+    column.append(*findBar);
+    column.append(*content);
+    set_child(column);
     if (group.content.observed)
         redrawing.emplace(group.content.observed(),
                           [this] { content->draw(this->group.content.body()); });

@@ -5,6 +5,7 @@
 #include "platform/SceneGraph.h"
 
 #include <giomm/menumodel.h>
+#include <gtkmm/box.h>
 #include <gtkmm/headerbar.h>
 #include <gtkmm/popovermenubar.h>
 
@@ -15,6 +16,8 @@
 namespace kelo::gtk {
 
 class ContentArea;
+class FindBar;
+class ViewCommands;
 
 /// A window of a window group, with the main menu in its header bar and the group's content below.
 class MainWindow final : public ProgramWindow {
@@ -37,6 +40,9 @@ private:
 
     const platform::WindowGroup& group;
     std::unique_ptr<ContentArea> content;
+    std::unique_ptr<FindBar> findBar;
+    std::unique_ptr<ViewCommands> viewCommands;
+    Gtk::Box column{Gtk::Orientation::VERTICAL};
     Gtk::HeaderBar header;
     Gtk::PopoverMenuBar menuBar;
     bool focusIsInMenu = false;

@@ -153,6 +153,10 @@ void MenuBar::append(platform::CommandMenu menu) {
     model_->append_submenu(menu::withoutMnemonics(menus.back()->title()), menus.back()->model());
 }
 
+void MenuBar::append(const std::string& title, const Glib::RefPtr<Gio::MenuModel>& menu) {
+    model_->append_submenu(menu::withoutMnemonics(title), menu);
+}
+
 void exposeShortcuts(Gtk::Widget& menuBar) {
     visitDescendants(menuBar.gobj(), [](GtkWidget* widget) {
         if (!GTK_IS_POPOVER_MENU(widget))

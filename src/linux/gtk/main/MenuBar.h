@@ -69,6 +69,8 @@ public:
     explicit MenuBar(MenuActions actions) : actions(std::move(actions)) {}
 
     void append(platform::CommandMenu menu);
+    /// Appends a menu whose actions are somebody else's.
+    void append(const std::string& title, const Glib::RefPtr<Gio::MenuModel>& menu);
 
     const Glib::RefPtr<Gio::Menu>& model() const { return model_; }
 

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "linux/gobject/SignalHandler.h"
+#include "linux/window/PageControls.h"
+
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <vector>
+
+namespace kelo::webkit {
+
+/// PageControls of a web view, which must outlive this.
+class WebKitPageControls final : public window::PageControls {
+public:
+    explicit WebKitPageControls(WebKitWebView* view);
+    WebKitPageControls(const WebKitPageControls&) = delete;
+    WebKitPageControls& operator=(const WebKitPageControls&) = delete;
+
+    bool canGoBack() const override;
+    bool canGoForward() const override;
+    void goBack() override;
+    void goForward() override;
+    void setHistoryObserver(std::weak_ptr<const std::function<void()>> observer) override;
+    void reloadFromServer() override;
+    void print(GtkWindow* parent) override;
+    double zoom() const override;
+    void setZoom(double factor) override;
+    void find(const std::string& text) override;
+    void findNext() override;
+    void findPrevious() override;
+    void endFind() override;
+    void
+    setFindObserver(std::weak_ptr<const std::function<void(unsigned places)>> observer) override;
+
+private:
+    void found(unsigned places) const;
+
+    WebKitWebView* view;
+    WebKitFindController* finder; ///< the view's
+    bool isFinding = false;
+    std::weak_ptr<const std::function<void()>> historyObserver;
+    std::weak_ptr<const std::function<void(unsigned places)>> findObserver;
+    std::vector<gobject::SignalConnection> connections;
+};
+
+} // namespace kelo::webkit

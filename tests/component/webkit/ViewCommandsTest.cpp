@@ -1,0 +1,122 @@
+#include "component/webkit/MainWindowFixture.h"
+
+#include <gtkmm/label.h>
+#include <gtkmm/searchentry.h>
+
+namespace kelo::test {
+
+/// The keys and the mouse of the main window, with a real page that hears them first.
+class ViewCommands : public MainWindowFixture {
+protected:
+    void SetUp() override {
+        openInMainWindow({{"/", R"(<title>first</title><body>one two <b>One</b> three
+            <a id=next href=/next>next</a><script>
+            taken = '';
+            onkeydown = (event) => { if (event.key === taken) event.preventDefault(); };
+            </script>)"},
+                          {"/next", "<title>next</title>"}});
+    }
+    void goToNext() {
+        evaluate("location = '/next'; 1");
+        ASSERT_TRUE(waitForTitle("next"));
+    }
+    template <typename Kind>
+    Kind* visible(Gtk::Widget& root) {
+        for (auto* child = root.get_first_child(); child; child = child->get_next_sibling()) {
+            if (!child->get_mapped())
+                continue;
+            if (auto* found = dynamic_cast<Kind*>(child))
+                return found;
+            if (auto* found = visible<Kind>(*child))
+                return found;
+        }
+        return nullptr;
+    }
+    bool isFinding() { return visible<Gtk::SearchEntry>(*window) != nullptr; }
+    bool says(Gtk::Widget& root, const std::string& text) {
+        for (auto* child = root.get_first_child(); child; child = child->get_next_sibling()) {
+            const auto* label = dynamic_cast<Gtk::Label*>(child);
+            if ((label && label->get_text().raw() == text) || says(*child, text))
+                return true;
+        }
+        return false;
+    }
+    screen::Point middleOfPage() { return placeOf("html"); }
+};
+
+TEST_F(ViewCommands, ReloadKeyLoadsThePageAgain) {
+    const auto before = recorder->finished.size();
+    press("F5");
+    EXPECT_TRUE(waitForFinished(before + 1));
+    press("r", {"Control_L", "Shift_L"});
+    EXPECT_TRUE(waitForFinished(before + 2));
+}
+
+TEST_F(ViewCommands, KeysGoThroughTheHistory) {
+    goToNext();
+    press("Left", {"Alt_L"});
+    ASSERT_TRUE(waitForTitle("first"));
+    press("Right", {"Alt_L"});
+    ASSERT_TRUE(waitForTitle("next"));
+    press("Home", {"Alt_L"});
+    EXPECT_TRUE(waitForTitle("first"));
+}
+
+TEST_F(ViewCommands, MouseButtonsGoThroughTheHistory) {
+    goToNext();
+    const auto place = middleOfPage();
+    pointer.click(place, 8);
+    ASSERT_TRUE(waitForTitle("first"));
+    settle();
+    EXPECT_EQ(evaluate("history.length"), "2");
+    pointer.click(place, 9);
+    EXPECT_TRUE(waitForTitle("next"));
+}
+
+TEST_F(ViewCommands, BackFollowsWhatAScriptAddsToTheHistory) {
+    evaluate("history.pushState({}, '', '/pushed'); 1");
+    ASSERT_TRUE(loop.runUntil([this] { return webkit_web_view_can_go_back(native()) != FALSE; }));
+    press("Left", {"Alt_L"});
+    EXPECT_TRUE(waitForScript("location.pathname", "/"));
+}
+
+TEST_F(ViewCommands, PageMayTakeTheKeyOfFind) {
+    evaluate("taken = 'f'; 1");
+    press("f", {"Control_L"});
+    settle();
+    EXPECT_FALSE(isFinding());
+    evaluate("taken = ''; 1");
+    press("f", {"Control_L"});
+    EXPECT_TRUE(loop.runUntil([this] { return isFinding(); }));
+}
+
+TEST_F(ViewCommands, FindCountsAndMarksInAnyCase) {
+    press("f", {"Control_L"});
+    ASSERT_TRUE(loop.runUntil([this] { return isFinding(); }));
+    for (const char* const key : {"o", "n", "e"})
+        press(key);
+    EXPECT_TRUE(loop.runUntil([this] { return says(*window, "2 places"); }));
+    press("Return");
+    settle();
+    press("Escape");
+    ASSERT_TRUE(loop.runUntil([this] { return !isFinding(); }));
+    EXPECT_TRUE(waitForScript("getSelection().toString().toLowerCase()", "one"));
+}
+
+TEST_F(ViewCommands, FindSaysWhatIsNotThere) {
+    press("f", {"Control_L"});
+    ASSERT_TRUE(loop.runUntil([this] { return isFinding(); }));
+    for (const char* const key : {"x", "y", "z"})
+        press(key);
+    EXPECT_TRUE(loop.runUntil([this] { return says(*window, "Not found"); }));
+}
+
+TEST_F(ViewCommands, ZoomMakesThePageLarger) {
+    const double width = std::stod(evaluate("innerWidth"));
+    press("equal", {"Control_L"});
+    ASSERT_TRUE(loop.runUntil([&] { return std::stod(evaluate("innerWidth")) < width; }));
+    press("0", {"Control_L"});
+    EXPECT_TRUE(loop.runUntil([&] { return std::stod(evaluate("innerWidth")) == width; }));
+}
+
+} // namespace kelo::test
