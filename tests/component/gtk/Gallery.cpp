@@ -56,6 +56,15 @@ private:
         keep(main, "menu");
         program.screen.press(GDK_KEY_Right);
         keep(main, "menu-account");
+        program.screen.press(GDK_KEY_Right);
+        keep(main, "menu-view");
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the page has the keyboard",
+                              [&] { return program.app.page->area.has_focus(); });
+        program.screen.press(GDK_KEY_f, {GDK_KEY_Control_L});
+        keep(main, "find");
+        program.screen.type("abc");
+        keep(main, "find-count");
         program.screen.press(GDK_KEY_Escape);
         program.host.openSettings();
         keep(program.window("Settings"), "settings");
