@@ -183,13 +183,12 @@ bool WebKitEmbeddedView::answers() const {
 }
 
 void WebKitEmbeddedView::reload() {
+    const char* const address = webkit_web_view_get_uri(view.get());
     scriptDialogs->close();
-    // The engine would send a form again.
-    if (answers() && !pageLoad->isAnswerToForm()) {
+    if (address && answers()) {
         webkit_web_view_reload(view.get());
         return;
     }
-    const char* const address = webkit_web_view_get_uri(view.get());
     const std::string shownAddress = address ? address : shown.service.absoluteString();
     process->endIfItHangs();
     loadAgain(shownAddress);

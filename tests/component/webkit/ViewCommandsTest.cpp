@@ -1,9 +1,12 @@
 #include "component/webkit/MainWindowFixture.h"
 
+#include <gmock/gmock.h>
 #include <gtkmm/label.h>
 #include <gtkmm/searchentry.h>
 
 namespace kelo::test {
+
+using testing::ElementsAre;
 
 /// The keys and the mouse of the main window, with a real page that hears them first.
 class ViewCommands : public MainWindowFixture {
@@ -50,6 +53,25 @@ TEST_F(ViewCommands, ReloadKeyLoadsThePageAgain) {
     EXPECT_TRUE(waitForFinished(before + 1));
     press("r", {"Control_L", "Shift_L"});
     EXPECT_TRUE(waitForFinished(before + 2));
+}
+
+TEST_F(ViewCommands, ReloadSendsNoFormAgain) {
+    evaluate("document.body.innerHTML = '<form method=post action=/next></form>';"
+             "document.forms[0].submit(); 1");
+    ASSERT_TRUE(waitForTitle("next"));
+    const auto methods = [this] {
+        std::vector<std::string> all;
+        for (const auto& request : server->requests())
+            if (request.target == "/next")
+                all.push_back(request.method);
+        return all;
+    };
+    ASSERT_THAT(methods(), ElementsAre("POST"));
+    press("F5");
+    ASSERT_TRUE(loop.runUntil([&] { return methods().size() == 2; }));
+    press("F5", {"Control_L"});
+    ASSERT_TRUE(loop.runUntil([&] { return methods().size() == 3; }));
+    EXPECT_THAT(methods(), ElementsAre("POST", "GET", "GET"));
 }
 
 TEST_F(ViewCommands, KeysGoThroughTheHistory) {

@@ -129,6 +129,13 @@ bool NavigationPolicy::decideNavigation(WebKitWebView* view, WebKitPolicyDecisio
         tryAgain();
         return true;
     }
+    // By a reload, or on the way back. What the form asked for would be done twice.
+    if (webkit_navigation_action_get_navigation_type(action) ==
+        WEBKIT_NAVIGATION_TYPE_FORM_RESUBMITTED) {
+        webkit_policy_decision_ignore(decision);
+        webkit_web_view_load_uri(view, address.c_str());
+        return true;
+    }
     noteRequest(view, action, address);
     const std::string scheme = schemeOf(address);
     const bool isFollowed = isFollowedLink(action);

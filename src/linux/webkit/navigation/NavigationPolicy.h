@@ -12,7 +12,8 @@
 namespace kelo::webkit {
 
 /// Decides where a navigation leads: into the view, to another program, into the downloads folder,
-/// or nowhere. A file that a frame is sent is saved only if it comes from the service.
+/// or nowhere. A form is not sent again by a reload: its address alone is loaded. A file that a
+/// frame is sent is saved only if it comes from the service.
 ///
 /// A link that the user follows to another origin than the service's or the shown page's opens in
 /// the browser. Redirects, forms and scripts may lead the view anywhere: the service may sign its
