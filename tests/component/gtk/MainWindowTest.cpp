@@ -279,5 +279,18 @@ TEST(MainWindow, MaximisedItFillsTheScreenWithoutAnEdge) {
     });
 }
 
+TEST(MainWindow, AsksForTheLeastSizeOfItsContent) {
+    RunningProgram program;
+    program.run([&] {
+        auto& window = program.window("Kelo");
+        program.untilDrawn(window);
+        const auto around = program.boxOf(window);
+        const auto page = program.boxOf(program.app.page->area);
+        const auto limits = program.screen.sizeLimits(window.get_surface()->gobj());
+        EXPECT_EQ(limits.minimumWidth, 800 + around.width - page.width);
+        EXPECT_EQ(limits.minimumHeight, 600 + around.height - page.height);
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

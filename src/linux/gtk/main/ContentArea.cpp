@@ -46,10 +46,6 @@ void ContentArea::offerBarsByKey() {
 
 void ContentArea::draw(const platform::WebContentDescription& description) {
     takeWebView(description.webView);
-    if (minimumSize != description.minimumSize) {
-        minimumSize = description.minimumSize;
-        queue_resize();
-    }
     overlay = description.overlay;
     drawOverlay();
 }
@@ -137,8 +133,8 @@ Gtk::SizeRequestMode ContentArea::get_request_mode_vfunc() const {
 void ContentArea::measure_vfunc(Gtk::Orientation orientation, int, int& minimum, int& natural,
                                 int& minimumBaseline, int& naturalBaseline) const {
     const bool horizontal = orientation == Gtk::Orientation::HORIZONTAL;
-    minimum = points(horizontal ? minimumSize.width : minimumSize.height);
-    natural = std::max(minimum, points(horizontal ? defaultSize.width : defaultSize.height));
+    minimum = 0; // the window asks for more, where there is room
+    natural = points(horizontal ? defaultSize.width : defaultSize.height);
     minimumBaseline = -1;
     naturalBaseline = -1;
 }

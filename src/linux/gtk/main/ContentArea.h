@@ -55,7 +55,6 @@ private:
     OverlayPanel panel;
     std::optional<platform::OverlayDescription> overlay;
     platform::Size defaultSize;
-    platform::Size minimumSize;
     bool panelHadFocusLast = false;
 };
 

@@ -4,6 +4,7 @@
 #include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/gtk/main/ContentArea.h"
 #include "linux/gtk/main/FindBar.h"
+#include "linux/gtk/main/FittingMinimum.h"
 #include "linux/gtk/main/MenuBar.h"
 #include "linux/gtk/main/ViewCommands.h"
 
@@ -27,19 +28,24 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     menuBar.set_valign(Gtk::Align::CENTER);
     exposeShortcuts(menuBar);
     set_titlebar(header);
-    content->draw(description);
+    minimum = std::make_unique<FittingMinimum>(*this, *content);
+    draw(description);
     viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar);
     column.append(*findBar);
     column.append(*content);
     set_child(column);
     if (group.content.observed)
-        redrawing.emplace(group.content.observed(),
-                          [this] { content->draw(this->group.content.body()); });
+        redrawing.emplace(group.content.observed(), [this] { draw(this->group.content.body()); });
     signal_map().connect([this] { appear(); });
     property_focus_widget().signal_changed().connect([this] { followFocus(); });
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::draw(const platform::WebContentDescription& description) {
+    content->draw(description);
+    minimum->set(description.minimumSize);
+}
 
 void MainWindow::leaveWebView() {
     redrawing.reset();

@@ -17,6 +17,7 @@ namespace kelo::gtk {
 
 class ContentArea;
 class FindBar;
+class FittingMinimum;
 class ViewCommands;
 
 /// A window of a window group, with the main menu in its header bar and the group's content below.
@@ -34,12 +35,14 @@ public:
     void leaveWebView();
 
 private:
+    void draw(const platform::WebContentDescription& description);
     void appear();
     void followFocus();
     void leaveMenus();
 
     const platform::WindowGroup& group;
     std::unique_ptr<ContentArea> content;
+    std::unique_ptr<FittingMinimum> minimum;
     std::unique_ptr<FindBar> findBar;
     std::unique_ptr<ViewCommands> viewCommands;
     Gtk::Box column{Gtk::Orientation::VERTICAL};
