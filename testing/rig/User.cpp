@@ -198,7 +198,7 @@ void User::awaitSheet() const {
     });
 }
 
-void User::agreeOnSheet() const {
+void User::pressContinue() const {
     awaitSheet();
     insist(
         "the sheet is agreed to", [&] { click(button("Continue")); },
@@ -206,6 +206,10 @@ void User::agreeOnSheet() const {
             const auto found = desktop.tree.find(button("Continue"));
             return !found || !found->isSensitive() || desktop.tree.find(label(passwordQuestion));
         });
+}
+
+void User::agreeOnSheet() const {
+    pressContinue();
     desktop.tree.await(label(passwordQuestion));
 }
 

@@ -39,7 +39,9 @@ public:
     void answerPrompt(const std::string& passwordOrCode) const;
     void pressSignInWithPasskey() const;
     void awaitSheet() const;
-    /// "Continue"; waits for the password question.
+    /// "Continue"; waits until the sheet has taken it.
+    void pressContinue() const;
+    /// The same, and waits for the password question.
     void agreeOnSheet() const;
     void answerSheet(const std::string& loginPassword) const;
     /// Both.

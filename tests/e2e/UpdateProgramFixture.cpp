@@ -145,9 +145,13 @@ void UpdateProgramFixture::startInstalled(const std::vector<std::string>& argume
 }
 
 void UpdateProgramFixture::ask(const std::string& option) const {
+    EXPECT_EQ(exitStatusOf(option), 0) << readFile(folder.path() / "second.log");
+}
+
+std::optional<int> UpdateProgramFixture::exitStatusOf(const std::string& option) const {
     rig::ChildProcess second({installed / "bin/kelo", option}, {{"HOME", home}},
                              folder.path() / "second.log");
-    EXPECT_EQ(second.awaitExit(patience), 0) << second.printed();
+    return second.awaitExit(patience);
 }
 
 void UpdateProgramFixture::awaitInFront(const std::string& title) const {

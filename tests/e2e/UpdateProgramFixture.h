@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,8 @@ protected:
                         std::map<std::string, std::string> environment = {});
     /// Starts it a second time, which only notifies the running one, and waits for its end.
     void ask(const std::string& option) const;
+    /// The same for one that may be killed. Nothing if it has not ended in time.
+    std::optional<int> exitStatusOf(const std::string& option) const;
     void askForUpdates() const { ask("--check-for-updates"); }
 
     /// Waits for a heading or a sentence of one of Kelo's windows, drawn.

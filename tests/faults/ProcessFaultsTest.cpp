@@ -63,8 +63,7 @@ TEST_F(ProcessFaults, AHelperThatStandsStillCanBeLeft) {
 TEST_P(LyingHelper, VerifiesNobody) {
     replaceHelper(GetParam());
     user.pressSignInWithPasskey();
-    user.awaitSheet();
-    user.click(rig::button("Continue"));
+    user.pressContinue();
     user.awaitError(notVerified);
     bringHelperBack();
     expectNothingIsLost();
