@@ -1,7 +1,7 @@
 #include "linux/webkit/MediaPermission.h"
 
-#include "linux/webkit/CrossOriginFrames.h"
-#include "linux/webkit/EngineHandles.h"
+#include "linux/webkit/content/CrossOriginFrames.h"
+#include "linux/webkit/content/EngineHandles.h"
 
 #include <optional>
 #include <string_view>

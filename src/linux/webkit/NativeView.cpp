@@ -1,7 +1,7 @@
 #include "linux/webkit/NativeView.h"
 
 #include "deployment/Deployment.h"
-#include "linux/webkit/EngineHandles.h"
+#include "linux/webkit/content/EngineHandles.h"
 
 #include <string>
 

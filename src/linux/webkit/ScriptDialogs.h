@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/gobject/SignalHandler.h"
-#include "linux/webkit/EngineHandles.h"
+#include "linux/webkit/content/EngineHandles.h"
 
 namespace kelo::webkit {
 

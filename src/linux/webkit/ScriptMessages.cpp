@@ -3,7 +3,7 @@
 #include "base/Invariant.h"
 #include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/SignalHandler.h"
-#include "linux/webkit/DocumentStartScript.h"
+#include "linux/webkit/content/DocumentStartScript.h"
 
 #include <algorithm>
 #include <string>

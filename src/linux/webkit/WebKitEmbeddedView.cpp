@@ -11,6 +11,8 @@
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
 #include "linux/webkit/WebProcess.h"
+#include "linux/webkit/content/DroppedFiles.h"
+#include "linux/webkit/content/PastedImages.h"
 #include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
@@ -71,6 +73,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
     connectLoadSignals();
     connectPolicySignals();
     attachPageKeyboard(view.get());
+    offerPastedImages(view.get(), shown.service);
+    offerDroppedFiles(view.get(), shown.service);
 }
 
 WebKitEmbeddedView::~WebKitEmbeddedView() = default;

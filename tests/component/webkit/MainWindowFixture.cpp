@@ -79,27 +79,29 @@ void MainWindowFixture::settle() {
     untilIdle();
 }
 
+screen::Point MainWindowFixture::onScreen(GtkWidget* widget, double x, double y) {
+    GtkNative* const native = gtk_widget_get_native(widget);
+    double left = 0;
+    double top = 0;
+    gtk_widget_translate_coordinates(widget, GTK_WIDGET(native), x, y, &x, &y);
+    gtk_native_get_surface_transform(native, &left, &top);
+    GdkSurface* const surface = gtk_native_get_surface(native);
+    auto* const display = gdk_x11_display_get_xdisplay(gdk_surface_get_display(surface));
+    int originX = 0;
+    int originY = 0;
+    ::Window child = 0;
+    XTranslateCoordinates(display, gdk_x11_surface_get_xid(surface), DefaultRootWindow(display), 0,
+                          0, &originX, &originY, &child);
+    return {originX + static_cast<int>(left + x), originY + static_cast<int>(top + y)};
+}
+
 screen::Point MainWindowFixture::placeOf(const std::string& selector) {
     const auto middle = [&](const char* start, const char* size) {
         return std::stod(evaluate("(() => { const box = document.querySelector('" + selector +
                                   "').getBoundingClientRect(); return box." + start + " + box." +
                                   size + " / 2; })()"));
     };
-    double x = 0;
-    double y = 0;
-    gtk_widget_translate_coordinates(GTK_WIDGET(native()), GTK_WIDGET(window->gobj()),
-                                     middle("left", "width"), middle("top", "height"), &x, &y);
-    double left = 0;
-    double top = 0;
-    gtk_native_get_surface_transform(GTK_NATIVE(window->gobj()), &left, &top);
-    GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(window->gobj()));
-    int originX = 0;
-    int originY = 0;
-    ::Window child = 0;
-    auto* const display = gdk_x11_display_get_xdisplay(gdk_surface_get_display(surface));
-    XTranslateCoordinates(display, gdk_x11_surface_get_xid(surface), DefaultRootWindow(display), 0,
-                          0, &originX, &originY, &child);
-    return {originX + static_cast<int>(left + x), originY + static_cast<int>(top + y)};
+    return onScreen(GTK_WIDGET(native()), middle("left", "width"), middle("top", "height"));
 }
 
 GtkWidget* MainWindowFixture::childOfView(std::string_view typeName) const {

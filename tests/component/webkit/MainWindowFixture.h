@@ -27,6 +27,8 @@ protected:
     void press(const std::string& key, const std::vector<std::string>& modifiers = {}) const;
     /// Waits until the keys that were pressed have gone to the page, and from there to the window.
     void settle();
+    /// A point of a mapped widget, on the screen.
+    static screen::Point onScreen(GtkWidget* widget, double x, double y);
     /// The middle of an element of the page, on the screen.
     screen::Point placeOf(const std::string& selector);
     /// The visible child of the web view whose type has this name; null if there is none.

@@ -1,6 +1,6 @@
-#include "linux/webkit/CrossOriginFrames.h"
+#include "linux/webkit/content/CrossOriginFrames.h"
 
-#include "linux/webkit/DocumentStartScript.h"
+#include "linux/webkit/content/DocumentStartScript.h"
 
 namespace kelo::webkit {
 

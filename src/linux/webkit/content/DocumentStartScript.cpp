@@ -1,8 +1,8 @@
-#include "linux/webkit/DocumentStartScript.h"
+#include "linux/webkit/content/DocumentStartScript.h"
 
 #include "base/Invariant.h"
 #include "linux/gobject/GObjectPointer.h"
-#include "linux/webkit/EngineHandles.h"
+#include "linux/webkit/content/EngineHandles.h"
 
 namespace kelo::webkit {
 
