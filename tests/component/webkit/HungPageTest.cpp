@@ -84,6 +84,19 @@ TEST_F(HungPage, IsNotOneWhoseScriptWaitsForTheUser) {
     EXPECT_TRUE(hosted().answers());
 }
 
+TEST_F(HungPage, IsNotOneThatTakesEachClick) {
+    open(server->url("/"));
+    ManualTimers timers;
+    const MainLoop::Installation installation{timers};
+    const screen::XConnection display;
+    for (const int clicks : {1, 2}) {
+        screen::Pointer(display).click({200, 150});
+        EXPECT_TRUE(loop.runUntil([&] { return timers.scheduled == clicks; }));
+        EXPECT_EQ(timers.delays.back(), std::chrono::seconds(4));
+        EXPECT_TRUE(loop.runUntil([&] { return !timers.isPending(); })) << "not answered in time";
+    }
+}
+
 TEST_F(HungPage, IsLoadedAgain) {
     hang();
     mended = true;
