@@ -11,8 +11,10 @@
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
 #include "linux/webkit/WebProcess.h"
+#include "linux/webkit/content/ContextMenus.h"
 #include "linux/webkit/content/DroppedFiles.h"
 #include "linux/webkit/content/PastedImages.h"
+#include "linux/webkit/content/SpellChecking.h"
 #include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
@@ -73,6 +75,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
     connectLoadSignals();
     connectPolicySignals();
     attachPageKeyboard(view.get());
+    removeUselessMenuItems(view.get());
+    checkSpelling(webkit_web_view_get_context(view.get()));
     offerPastedImages(view.get(), shown.service);
     offerDroppedFiles(view.get(), shown.service);
 }
