@@ -19,6 +19,7 @@
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
 #include "linux/webkit/navigation/PageLoad.h"
+#include "linux/webkit/popup/Popups.h"
 
 #include <utility>
 
@@ -74,6 +75,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
                                            [this] { processEnded(); }})) {
     connectLoadSignals();
     connectPolicySignals();
+    if (!configuration.linksOpenInBrowser)
+        offerPopups(view.get(), shown.service, openExternally);
     attachPageKeyboard(view.get());
     removeUselessMenuItems(view.get());
     checkSpelling(webkit_web_view_get_context(view.get()));
