@@ -89,6 +89,8 @@ struct MenuItem {
     /// of the program, for a menu bar extra while its menu is open, if the desktop's tray supports
     /// it.
     std::optional<KeyboardShortcut> shortcut = std::nullopt;
+    /// For an item of the main menu that is on or off: whether a check mark stands beside it.
+    std::optional<bool> checked = std::nullopt;
 };
 
 struct MenuSeparator {};

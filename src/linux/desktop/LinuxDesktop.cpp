@@ -9,12 +9,26 @@
 #include "linux/webkit/WebKitSession.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
 
+#include <glib.h>
+
+#include <filesystem>
 #include <utility>
 
 namespace kelo::desktop {
 
+namespace {
+
+gtk::HostSettings hostSettings() {
+    gtk::HostSettings settings;
+    settings.version = programVersion();
+    settings.stateFile = std::filesystem::path(g_get_user_state_dir()) / "kelo" / "windows";
+    return settings;
+}
+
+} // namespace
+
 LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
-    : application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}),
+    : application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}, hostSettings()),
       alerts_(application_),
       passkeys(sheets) {}
 

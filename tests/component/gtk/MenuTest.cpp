@@ -214,9 +214,11 @@ TEST_F(MainMenu, BeginsWithTheProgramsOwnMenu) {
         RunningProgram::until("the first menu is open", [&] { return entry("Settings…"); });
         const auto texts = textsIn(program.window("Kelo"));
         // The last one is the window's title.
-        const std::vector<std::string> expected{"Kelo",   "Settings…", "Ctrl+,", "Close Window",
-                                                "Ctrl+W", "Quit",      "Ctrl+Q", "Account",
-                                                "View",   "Kelo"};
+        const std::vector<std::string> expected{
+            "Kelo",   "Settings…",  "Ctrl+,",       "Keyboard Shortcuts",
+            "Ctrl+?", "About Kelo", "Close Window", "Ctrl+W",
+            "Quit",   "Ctrl+Q",     "Account",      "View",
+            "Kelo"};
         EXPECT_EQ(texts, expected);
         program.screen.press(GDK_KEY_Escape);
         RunningProgram::until("the menu is closed", [&] { return !entry("Quit"); });

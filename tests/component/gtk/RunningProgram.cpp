@@ -16,7 +16,8 @@ constexpr std::chrono::seconds deadline{20};
 
 } // namespace
 
-RunningProgram::RunningProgram() = default;
+RunningProgram::RunningProgram(gtk::HostSettings settings)
+    : host({"kelo"}, {}, std::move(settings)) {}
 
 RunningProgram::~RunningProgram() {
     dropSpawnedTasks();

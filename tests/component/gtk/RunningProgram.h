@@ -21,7 +21,7 @@ namespace kelo::tests {
 /// The desktop side of the program with a fake app, on a real display.
 class RunningProgram {
 public:
-    RunningProgram();
+    explicit RunningProgram(gtk::HostSettings settings = {});
     ~RunningProgram();
 
     /// Starts the program, runs the body inside its main loop once the main window has appeared,

@@ -48,7 +48,7 @@ void MainWindowFixture::openInMainWindow(std::map<std::string, std::string> page
     makeView(server->url(), std::move(configuration));
     group.defaultSize = {700, 500};
     const platform::WebContentDescription content{view, overlay(), {300, 200}};
-    window = std::make_unique<gtk::MainWindow>(group, content, menu(), [] {});
+    window = std::make_unique<gtk::MainWindow>(group, content, menu(), state, [] {});
     window->present();
     ASSERT_TRUE(loop.runUntil([this] { return gtk_widget_get_mapped(GTK_WIDGET(native())); }));
     open(server->url("/"));

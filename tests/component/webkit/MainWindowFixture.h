@@ -1,6 +1,7 @@
 #pragma once
 
 #include "component/webkit/WebKitFixture.h"
+#include "linux/gtk/kit/StateFile.h"
 #include "linux/gtk/main/MainWindow.h"
 #include "testing/screen/Keyboard.h"
 #include "testing/screen/Pointer.h"
@@ -39,6 +40,7 @@ protected:
     const screen::Keyboard keyboard{connection};
     const screen::Pointer pointer{connection};
     platform::WindowGroup group;
+    gtk::StateFile state{""};
     std::unique_ptr<gtk::MainWindow> window;
 };
 

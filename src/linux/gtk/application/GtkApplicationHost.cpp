@@ -8,9 +8,11 @@
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/kit/Style.h"
 #include "linux/gtk/kit/WindowPresentation.h"
+#include "linux/gtk/main/AboutWindow.h"
 #include "linux/gtk/main/MainWindow.h"
 #include "linux/gtk/main/MenuBar.h"
 #include "linux/gtk/main/SettingsWindow.h"
+#include "linux/gtk/main/ShortcutsWindow.h"
 #include "linux/gtk/main/ViewCommands.h"
 
 #include <gdk/gdk.h>
@@ -55,8 +57,11 @@ void endStartUpNotice() {
 } // namespace
 
 GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
-                                       std::vector<ReportOption> reports)
-    : arguments(std::move(arguments)), reports(std::move(reports)) {
+                                       std::vector<ReportOption> reports, HostSettings given)
+    : arguments(std::move(arguments)),
+      reports(std::move(reports)),
+      given(std::move(given)),
+      state(this->given.stateFile) {
     keepStreamsPlain();
 }
 
@@ -81,7 +86,8 @@ int GtkApplicationHost::run(platform::App& toRun) {
     makeApplication();
     const int status = application->run();
     mainWindows.clear();
-    settings.reset();
+    for (auto* slot : {&settings, &about, &shortcuts})
+        slot->reset();
     menuBarExtras.reset();
     menuBar.reset();
     colorScheme.reset();
@@ -113,7 +119,7 @@ void GtkApplicationHost::startUp() {
                 action, accelerator.empty() ? std::vector<Glib::ustring>{}
                                             : std::vector<Glib::ustring>{accelerator});
         }});
-    menuBar->append(programMenu());
+    menuBar->append(programMenu(programMenuActions()));
     // After the window, because the user is waiting for it. The color scheme is destroyed when the
     // run ends.
     MainLoop::main().post([this, running = std::weak_ptr(colorScheme)] {
@@ -149,20 +155,16 @@ std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
         {quitAction, "End the running program, if there is one", [this] { terminate(); }}};
 }
 
-platform::CommandMenu GtkApplicationHost::programMenu() {
-    using platform::KeyModifier;
-    using platform::MenuItem;
-    platform::Menu menu;
-    if (settingsScene()) {
-        menu.push_back(MenuItem{"Settings…", true, [this] { openSettings(); },
-                                platform::KeyboardShortcut{",", KeyModifier::command}});
-        menu.emplace_back(std::in_place_type<platform::MenuSeparator>);
-    }
-    menu.push_back(MenuItem{"Close Window", true, [this] { closeActiveWindow(); },
-                            platform::KeyboardShortcut{"w", KeyModifier::command}});
-    menu.push_back(MenuItem{"Quit", true, [this] { terminate(); },
-                            platform::KeyboardShortcut{"q", KeyModifier::command}});
-    return {programName, {[menu] { return menu; }}};
+ProgramMenuActions GtkApplicationHost::programMenuActions() {
+    ProgramMenuActions chosen;
+    if (settingsScene())
+        chosen.openSettings = [this] { openSettings(); };
+    chosen.openShortcuts = [this] { openShortcuts(); };
+    chosen.openAbout = [this] { openAbout(); };
+    chosen.loginStart = given.loginStart;
+    chosen.closeWindow = [this] { closeActiveWindow(); };
+    chosen.quit = [this] { terminate(); };
+    return chosen;
 }
 
 // Not before the first main window: computing the menus makes the objects that they show, and those
@@ -174,7 +176,7 @@ void GtkApplicationHost::addCommandMenus() {
         if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
             for (const auto& menu : group->commands)
                 menuBar->append(menu);
-    menuBar->append("View", ViewCommands::menu());
+    menuBar->append(ViewCommands::shortcuts(), ViewCommands::menu());
 }
 
 void GtkApplicationHost::readScenes() {
@@ -218,6 +220,8 @@ void GtkApplicationHost::activate() {
 }
 
 void GtkApplicationHost::terminate() {
+    for (const auto& [name, window] : mainWindows)
+        window->rememberPlacement();
     application->quit();
 }
 
@@ -235,7 +239,7 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
     const auto description = group->content.body();
     addCommandMenus();
     const auto window =
-        std::make_shared<MainWindow>(*group, description, menuBar->model(),
+        std::make_shared<MainWindow>(*group, description, menuBar->model(), state,
                                      [this, name = group->identifier] { mainWindowClosed(name); });
     mainWindows.emplace(group->identifier, window);
     application->add_window(*window);
@@ -244,17 +248,41 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
 
 void GtkApplicationHost::openSettings() {
     readScenes();
-    if (!settings) {
-        const auto* scene = settingsScene();
-        if (!scene)
-            return;
-        settings = std::make_shared<SettingsWindow>(
-            *scene, [this] { windowClosed(std::exchange(settings, nullptr)); });
-        application->add_window(*settings);
+    const auto* scene = settingsScene();
+    if (!scene)
+        return;
+    openSole(settings, [scene](std::function<void()> closed) {
+        return std::make_shared<SettingsWindow>(*scene, std::move(closed));
+    });
+}
+
+void GtkApplicationHost::openAbout() {
+    openSole(about, [this](std::function<void()> closed) {
+        return std::make_shared<AboutWindow>(given.version, std::move(closed));
+    });
+}
+
+void GtkApplicationHost::openShortcuts() {
+    openSole(shortcuts, [this](std::function<void()> closed) {
+        auto groups = menuBar->shortcuts();
+        groups.push_back({"Page",
+                          {{"Caret in the text, on or off", "F7"},
+                           {"To the bar above the page and back", "F6"}}});
+        groups.push_back({"Everywhere", {{"Voice widget", "<Control><Alt>"}}});
+        return std::make_shared<ShortcutsWindow>(groups, std::move(closed));
+    });
+}
+
+void GtkApplicationHost::openSole(
+    std::shared_ptr<ProgramWindow>& slot,
+    const std::function<std::shared_ptr<ProgramWindow>(std::function<void()>)>& make) {
+    if (!slot) {
+        slot = make([this, &slot] { windowClosed(std::exchange(slot, nullptr)); });
+        application->add_window(*slot);
         if (!mainWindows.empty())
-            settings->set_transient_for(*mainWindows.begin()->second);
+            slot->set_transient_for(*mainWindows.begin()->second);
     }
-    present(*settings);
+    present(*slot);
 }
 
 void GtkApplicationHost::present(Gtk::Window& window) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "linux/gtk/application/CommandLine.h"
+#include "linux/gtk/application/ProgramMenu.h"
+#include "linux/gtk/kit/StateFile.h"
 #include "platform/Application.h"
 
 #include <gtkmm/application.h>
@@ -18,7 +20,15 @@ class MainWindow;
 class MenuBar;
 class MenuBarExtras;
 class ProgramWindow;
-class SettingsWindow;
+
+/// What the windows are given beside the app.
+struct HostSettings {
+    /// For the window about the program.
+    std::string version = "?";
+    /// Where the windows remember things; empty to remember nothing.
+    std::string stateFile = "";
+    std::optional<LoginStart> loginStart = std::nullopt;
+};
 
 /// The program as a desktop application with one process for each user: a second process activates
 /// the first one over the session bus and exits. Without a session bus every process runs for
@@ -31,7 +41,7 @@ class GtkApplicationHost final : public platform::Application {
 public:
     /// arguments: of main(), the program's name included. reports: options for the command line.
     explicit GtkApplicationHost(std::vector<std::string> arguments = {"kelo"},
-                                std::vector<ReportOption> reports = {});
+                                std::vector<ReportOption> reports = {}, HostSettings given = {});
     ~GtkApplicationHost() override;
 
     int run(platform::App& app) override;
@@ -45,16 +55,20 @@ public:
 
     /// Opens or raises the settings window. Does nothing if the program has no settings.
     void openSettings();
+    void openAbout();
+    void openShortcuts();
 
 private:
+    /// Shows the window of which there is one at a time; makes it if it is not open.
+    void openSole(std::shared_ptr<ProgramWindow>& slot,
+                  const std::function<std::shared_ptr<ProgramWindow>(std::function<void()>)>& make);
     void makeApplication();
     void startUp();
     void addActions();
     void showMenuBarExtras();
     /// The program's actions that every desktop application has; the app adds its own.
     std::vector<platform::ProgramAction> standardActions();
-    /// The menu with the program's name, first in the main menu.
-    platform::CommandMenu programMenu();
+    ProgramMenuActions programMenuActions();
     void addCommandMenus();
     void closeActiveWindow();
     void readScenes();
@@ -72,6 +86,8 @@ private:
 
     const std::vector<std::string> arguments;
     const std::vector<ReportOption> reports;
+    const HostSettings given;
+    StateFile state;
     std::vector<std::string> requestedActions; ///< on the command line, instead of a window
     std::optional<Url> requestedPage;          ///< on the command line
     Glib::RefPtr<Gtk::Application> application;
@@ -84,7 +100,9 @@ private:
     std::unique_ptr<MenuBar> menuBar;
     bool hasCommandMenus = false;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
-    std::shared_ptr<SettingsWindow> settings;
+    std::shared_ptr<ProgramWindow> settings;
+    std::shared_ptr<ProgramWindow> about;
+    std::shared_ptr<ProgramWindow> shortcuts;
 };
 
 } // namespace kelo::gtk

@@ -12,6 +12,7 @@ ProgramWindow::ProgramWindow(std::function<void()> closed) : closed(std::move(cl
     showProgramIcon(*this);
     signal_close_request().connect(
         [this] {
+            closing();
             set_visible(false);
             if (const auto tell = std::exchange(this->closed, nullptr))
                 tell();

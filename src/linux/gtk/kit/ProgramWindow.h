@@ -42,6 +42,10 @@ public:
 
     const std::shared_ptr<WindowHandle>& handle() const { return handle_; }
 
+protected:
+    /// Called when the user closes the window, while it is still on the screen.
+    virtual void closing() {}
+
 private:
     std::shared_ptr<WindowHandle> handle_ = std::make_shared<WindowHandle>(*this);
     std::function<void()> closed;

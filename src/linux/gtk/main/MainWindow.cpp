@@ -7,6 +7,7 @@
 #include "linux/gtk/main/FittingMinimum.h"
 #include "linux/gtk/main/MenuBar.h"
 #include "linux/gtk/main/ViewCommands.h"
+#include "linux/gtk/main/WindowMemory.h"
 
 #include <utility>
 
@@ -14,7 +15,8 @@ namespace kelo::gtk {
 
 MainWindow::MainWindow(const platform::WindowGroup& group,
                        const platform::WebContentDescription& description,
-                       const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed)
+                       const Glib::RefPtr<Gio::MenuModel>& menu, StateFile& state,
+                       std::function<void()> closed)
     : ProgramWindow(std::move(closed)),
       group(group),
       content(std::make_unique<ContentArea>(group.defaultSize)),
@@ -30,10 +32,11 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     set_titlebar(header);
     minimum = std::make_unique<FittingMinimum>(*this, *content);
     draw(description);
-    viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar);
+    viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar, state);
     column.append(*findBar);
     column.append(*content);
     set_child(column);
+    memory = std::make_unique<WindowMemory>(*this, state);
     if (group.content.observed)
         redrawing.emplace(group.content.observed(), [this] { draw(this->group.content.body()); });
     signal_map().connect([this] { appear(); });
@@ -50,6 +53,14 @@ void MainWindow::draw(const platform::WebContentDescription& description) {
 void MainWindow::leaveWebView() {
     redrawing.reset();
     content->close();
+}
+
+void MainWindow::rememberPlacement() {
+    memory->remember();
+}
+
+void MainWindow::closing() {
+    rememberPlacement();
 }
 
 void MainWindow::appear() {

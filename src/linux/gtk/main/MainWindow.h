@@ -18,23 +18,30 @@ namespace kelo::gtk {
 class ContentArea;
 class FindBar;
 class FittingMinimum;
+class StateFile;
 class ViewCommands;
+class WindowMemory;
 
 /// A window of a window group, with the main menu in its header bar and the group's content below.
 class MainWindow final : public ProgramWindow {
 public:
     /// description: the group's content, computed before the window so that its web view is already
-    /// loading. The group must outlive the window.
+    /// loading. The group and the state, which keeps how the window was, must outlive the window.
     MainWindow(const platform::WindowGroup& group,
                const platform::WebContentDescription& description,
-               const Glib::RefPtr<Gio::MenuModel>& menu, std::function<void()> closed);
+               const Glib::RefPtr<Gio::MenuModel>& menu, StateFile& state,
+               std::function<void()> closed);
     ~MainWindow() override;
 
     /// Gives up the web view, so that the group's next window can show it. A page that is not the
     /// service's does not wait for that window: the web view goes back to the service.
     void leaveWebView();
 
+    /// Remembers how the window is now, for the next one.
+    void rememberPlacement();
+
 private:
+    void closing() override;
     void draw(const platform::WebContentDescription& description);
     void appear();
     void followFocus();
@@ -48,6 +55,7 @@ private:
     Gtk::Box column{Gtk::Orientation::VERTICAL};
     Gtk::HeaderBar header;
     Gtk::PopoverMenuBar menuBar;
+    std::unique_ptr<WindowMemory> memory;
     bool focusIsInMenu = false;
     std::optional<Redrawing> redrawing;
 };

@@ -116,6 +116,8 @@ void CommandMenuModel::drawAction(std::size_t index) {
         return;
     auto& entry = actionFor(index);
     entry.action->set_enabled(item && item->enabled);
+    if (item && item->checked)
+        entry.action->set_state(Glib::Variant<bool>::create(*item->checked));
     const auto accelerator = acceleratorOf(item);
     if (std::exchange(entry.accelerator, accelerator) != accelerator)
         actions.setAccelerator(actionName(index), accelerator);
@@ -125,6 +127,15 @@ const platform::MenuItem* CommandMenuModel::itemAt(std::size_t index) const {
     return index < items.size() ? std::get_if<platform::MenuItem>(&items[index]) : nullptr;
 }
 
+ShortcutGroup CommandMenuModel::shortcuts() const {
+    ShortcutGroup group{menu::withoutMnemonics(menu.title), {}};
+    for (const auto& entry : items)
+        if (const auto* item = std::get_if<platform::MenuItem>(&entry))
+            if (const auto accelerator = acceleratorOf(item); !accelerator.empty())
+                group.rows.push_back({menu::withoutMnemonics(item->label), accelerator});
+    return group;
+}
+
 std::string CommandMenuModel::actionName(std::size_t index) const {
     return "app." + actionPrefix + std::to_string(index);
 }
@@ -132,7 +143,11 @@ std::string CommandMenuModel::actionName(std::size_t index) const {
 CommandMenuModel::EntryAction& CommandMenuModel::actionFor(std::size_t index) {
     while (entryActions.size() <= index) {
         const std::size_t number = entryActions.size();
-        auto action = Gio::SimpleAction::create(actionPrefix + std::to_string(number));
+        const auto* first = itemAt(number);
+        const std::string name = actionPrefix + std::to_string(number);
+        auto action = first && first->checked
+                          ? Gio::SimpleAction::create_bool(name, *first->checked)
+                          : Gio::SimpleAction::create(name);
         action->signal_activate().connect([this, number](const Glib::VariantBase&) {
             const auto* item = itemAt(number);
             if (!item || !item->enabled)
@@ -153,8 +168,17 @@ void MenuBar::append(platform::CommandMenu menu) {
     model_->append_submenu(menu::withoutMnemonics(menus.back()->title()), menus.back()->model());
 }
 
-void MenuBar::append(const std::string& title, const Glib::RefPtr<Gio::MenuModel>& menu) {
-    model_->append_submenu(menu::withoutMnemonics(title), menu);
+void MenuBar::append(ShortcutGroup keys, const Glib::RefPtr<Gio::MenuModel>& menu) {
+    model_->append_submenu(menu::withoutMnemonics(keys.title), menu);
+    otherKeys.push_back(std::move(keys));
+}
+
+std::vector<ShortcutGroup> MenuBar::shortcuts() const {
+    std::vector<ShortcutGroup> groups;
+    for (const auto& menu : menus)
+        groups.push_back(menu->shortcuts());
+    groups.insert(groups.end(), otherKeys.begin(), otherKeys.end());
+    return groups;
 }
 
 void exposeShortcuts(Gtk::Widget& menuBar) {

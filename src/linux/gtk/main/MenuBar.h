@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/gtk/kit/Redrawing.h"
+#include "linux/gtk/main/ShortcutsWindow.h"
 #include "platform/SceneGraph.h"
 
 #include <giomm/actionmap.h>
@@ -39,6 +40,8 @@ public:
 
     const std::string& title() const { return menu.title; }
     const Glib::RefPtr<Gio::Menu>& model() const { return model_; }
+    /// The keys of the menu's entries, under its title.
+    ShortcutGroup shortcuts() const;
 
 private:
     struct EntryAction {
@@ -69,15 +72,18 @@ public:
     explicit MenuBar(MenuActions actions) : actions(std::move(actions)) {}
 
     void append(platform::CommandMenu menu);
-    /// Appends a menu whose actions are somebody else's.
-    void append(const std::string& title, const Glib::RefPtr<Gio::MenuModel>& menu);
+    /// Appends a menu whose actions and keys are somebody else's, under the group's title.
+    void append(ShortcutGroup keys, const Glib::RefPtr<Gio::MenuModel>& menu);
 
     const Glib::RefPtr<Gio::Menu>& model() const { return model_; }
+    /// The keys of the entries, a group for each menu.
+    std::vector<ShortcutGroup> shortcuts() const;
 
 private:
     MenuActions actions;
     Glib::RefPtr<Gio::Menu> model_ = Gio::Menu::create();
     std::vector<std::unique_ptr<CommandMenuModel>> menus;
+    std::vector<ShortcutGroup> otherKeys;
 };
 
 /// Makes the widget that shows a menu bar expose the shortcuts of its entries to assistive

@@ -1,5 +1,6 @@
 #include "linux/gtk/main/ViewCommands.h"
 
+#include "linux/gtk/kit/StateFile.h"
 #include "linux/gtk/main/ContentArea.h"
 #include "linux/gtk/main/FindBar.h"
 #include "linux/window/HostedPage.h"
@@ -61,19 +62,24 @@ double zoomAfter(double factor, int steps) {
     return zoomLevels.at(static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(index, 0, last)));
 }
 
+constexpr const char* stateGroup = "page";
+constexpr const char* zoomKey = "zoom";
+
 constexpr unsigned backButton = 8;
 constexpr unsigned forwardButton = 9;
 
 } // namespace
 
-ViewCommands::ViewCommands(Gtk::ApplicationWindow& window, ContentArea& content, FindBar& findBar)
-    : window(window), content(content), findBar(findBar) {
+ViewCommands::ViewCommands(Gtk::ApplicationWindow& window, ContentArea& content, FindBar& findBar,
+                           StateFile& state)
+    : window(window), content(content), findBar(findBar), state(state) {
     addActions();
     addKeys(Gtk::PropagationPhase::CAPTURE);
     addKeys(Gtk::PropagationPhase::BUBBLE);
     addMouse();
     historyObserver = std::make_shared<const std::function<void()>>([this] { followHistory(); });
     followHistory();
+    restoreZoom();
 }
 
 Glib::RefPtr<Gio::MenuModel> ViewCommands::menu() {
@@ -94,6 +100,14 @@ Glib::RefPtr<Gio::MenuModel> ViewCommands::menu() {
     }
     all->append_section({}, section);
     return all;
+}
+
+ShortcutGroup ViewCommands::shortcuts() {
+    ShortcutGroup group{"View", {}};
+    for (const auto& command : commands())
+        if (command.label)
+            group.rows.push_back({command.label, command.keys.front()});
+    return group;
 }
 
 window::HostedPage* ViewCommands::page() const {
@@ -117,7 +131,7 @@ void ViewCommands::addActions() {
     back = add("back", [](auto& page) { page.controls().goBack(); });
     forward = add("forward", [](auto& page) { page.controls().goForward(); });
     add("start-page", [](auto& page) { page.returnToService(); });
-    add("usual-size", [](auto& page) { page.controls().setZoom(1); });
+    window.add_action("usual-size", [this] { setZoom(1); });
     window.add_action("find", [this] { findBar.open(); });
     window.add_action("find-next", [this] { findBar.next(); });
     window.add_action("find-previous", [this] { findBar.previous(); });
@@ -187,10 +201,27 @@ void ViewCommands::followHistory() {
     forward->set_enabled(shown && shown->controls().canGoForward());
 }
 
+void ViewCommands::restoreZoom() {
+    const auto percent = state.number(stateGroup, zoomKey);
+    auto* const shown = page();
+    // Another program may have written the file.
+    if (shown && percent)
+        shown->controls().setZoom(zoomAfter(*percent / 100.0, 0));
+}
+
+void ViewCommands::setZoom(double factor) {
+    auto* const shown = page();
+    if (!shown)
+        return;
+    shown->controls().setZoom(factor);
+    state.setNumber(stateGroup, zoomKey, static_cast<int>(std::lround(factor * 100)));
+    state.save();
+}
+
 void ViewCommands::zoomBy(int steps) {
     auto* const shown = page();
     if (shown && steps != 0)
-        shown->controls().setZoom(zoomAfter(shown->controls().zoom(), steps));
+        setZoom(zoomAfter(shown->controls().zoom(), steps));
 }
 
 void ViewCommands::toggleFullScreen() {

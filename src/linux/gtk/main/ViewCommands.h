@@ -1,5 +1,7 @@
 #pragma once
 
+#include "linux/gtk/main/ShortcutsWindow.h"
+
 #include <giomm/menu.h>
 #include <giomm/simpleaction.h>
 #include <gtkmm/applicationwindow.h>
@@ -16,25 +18,32 @@ namespace kelo::gtk {
 
 class ContentArea;
 class FindBar;
+class StateFile;
 
 /// What a main window does with its page: the actions of its "View" menu, their keys, zooming with
 /// the wheel, and the mouse buttons that lead back and forward. The page hears the keys first and
-/// may take them, unless it does not answer, and except those that lead to another page.
+/// may take them, unless it does not answer, and except those that lead to another page. How large
+/// the page is drawn is remembered.
 class ViewCommands {
 public:
     /// All of them must outlive this.
-    ViewCommands(Gtk::ApplicationWindow& window, ContentArea& content, FindBar& findBar);
+    ViewCommands(Gtk::ApplicationWindow& window, ContentArea& content, FindBar& findBar,
+                 StateFile& state);
     ViewCommands(const ViewCommands&) = delete;
     ViewCommands& operator=(const ViewCommands&) = delete;
 
     /// The entries of the menu, for every window that has these commands.
     static Glib::RefPtr<Gio::MenuModel> menu();
+    /// The keys of the menu's entries.
+    static ShortcutGroup shortcuts();
 
 private:
     void addActions();
     void addKeys(Gtk::PropagationPhase phase);
     void addMouse();
     void followHistory();
+    void restoreZoom();
+    void setZoom(double factor);
     void zoomBy(int steps);
     void toggleFullScreen();
     window::HostedPage* page() const;
@@ -42,6 +51,7 @@ private:
     Gtk::ApplicationWindow& window;
     ContentArea& content;
     FindBar& findBar;
+    StateFile& state;
     Glib::RefPtr<Gio::SimpleAction> back;
     Glib::RefPtr<Gio::SimpleAction> forward;
     std::shared_ptr<const std::function<void()>> historyObserver;

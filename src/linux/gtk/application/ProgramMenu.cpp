@@ -1,0 +1,54 @@
+#include "linux/gtk/application/ProgramMenu.h"
+
+#include "linux/gtk/kit/WindowPresentation.h"
+
+namespace kelo::gtk {
+
+namespace {
+
+using platform::KeyboardShortcut;
+using platform::MenuItem;
+
+MenuItem item(const char* label, const std::function<void()>& action, const char* key = nullptr) {
+    MenuItem made{label, true, action};
+    if (key)
+        made.shortcut = KeyboardShortcut{key, platform::KeyModifier::command};
+    return made;
+}
+
+MenuItem loginItem(const LoginStart& loginStart) {
+    const bool isOn = loginStart.isOn();
+    auto made = item("Start at Login", [set = loginStart.setOn, isOn] { set(!isOn); });
+    made.checked = isOn;
+    return made;
+}
+
+platform::Menu entries(const ProgramMenuActions& actions) {
+    platform::Menu menu;
+    if (actions.openSettings)
+        menu.emplace_back(item("Settings…", actions.openSettings, ","));
+    if (actions.loginStart)
+        menu.emplace_back(loginItem(*actions.loginStart));
+    menu.emplace_back(std::in_place_type<platform::MenuSeparator>);
+    menu.emplace_back(item("Keyboard Shortcuts", actions.openShortcuts, "?"));
+    menu.emplace_back(item("About Kelo", actions.openAbout));
+    menu.emplace_back(std::in_place_type<platform::MenuSeparator>);
+    menu.emplace_back(item("Close Window", actions.closeWindow, "w"));
+    menu.emplace_back(item("Quit", actions.quit, "q"));
+    return menu;
+}
+
+} // namespace
+
+platform::CommandMenu programMenu(const ProgramMenuActions& actions) {
+    platform::CommandMenu menu;
+    menu.title = programName;
+    menu.items.body = [actions] { return entries(actions); };
+    if (actions.loginStart)
+        menu.items.observed = [observed = actions.loginStart->observed] {
+            return std::vector{observed};
+        };
+    return menu;
+}
+
+} // namespace kelo::gtk
