@@ -1,6 +1,7 @@
 #include "component/gtk/RunningProgram.h"
 #include "deployment/Deployment.h"
 
+#include <giomm/dbusconnection.h>
 #include <glibmm/iochannel.h>
 #include <glibmm/main.h>
 #include <glibmm/miscutils.h>
@@ -220,6 +221,41 @@ TEST(StartWithoutSessionBus, RunsForItselfAndDoesNotWait) {
         // A call on a missing bus would fail only after 25 s.
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(25)) << address;
     }
+}
+
+/// Has the program's name on the session bus, and ends as soon as it is asked anything.
+class DyingProgram {
+public:
+    DyingProgram() {
+        connection->call_sync("/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+                              Glib::Variant<std::tuple<Glib::ustring, guint32>>::create(
+                                  {std::string(deployment::applicationIdentifier), 0}),
+                              "org.freedesktop.DBus");
+        g_dbus_connection_add_filter(connection->gobj(), &endWhenAsked, nullptr, nullptr);
+    }
+
+private:
+    static GDBusMessage* endWhenAsked(GDBusConnection* connection, GDBusMessage* message,
+                                      gboolean isIncoming, gpointer) {
+        if (isIncoming &&
+            g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL)
+            g_dbus_connection_close(connection, nullptr, nullptr, nullptr);
+        return message;
+    }
+
+    const Glib::RefPtr<Gio::DBus::Connection> connection =
+        Gio::DBus::Connection::create_for_address_sync(
+            Glib::getenv("DBUS_SESSION_BUS_ADDRESS"),
+            Gio::DBus::ConnectionFlags::AUTHENTICATION_CLIENT |
+                Gio::DBus::ConnectionFlags::MESSAGE_BUS_CONNECTION);
+};
+
+TEST(StartBesideAProgramThatEnds, RunsForItself) {
+    RunningProgram program;
+    const DyingProgram other;
+    program.run([&] { EXPECT_EQ(program.app.count("appear"), 1); });
+    EXPECT_EQ(program.status, 0);
+    EXPECT_EQ(program.app.count("appear"), 1);
 }
 
 } // namespace
