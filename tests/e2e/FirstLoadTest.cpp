@@ -19,7 +19,7 @@ protected:
 
 TEST_F(FirstLoad, WithoutAServiceSaysSoAndTriesAgainOnRequest) {
     startKelo();
-    user.awaitDrawn(pageHeading("This page did not load"));
+    user.awaitDrawn(pageHeading("Kelo cannot reach localhost"));
     desktop().tree.awaitGone(button("Sign in with passkey"));
     picture("notice");
     startService();

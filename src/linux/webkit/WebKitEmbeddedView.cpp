@@ -17,6 +17,7 @@
 #include "linux/webkit/content/SpellChecking.h"
 #include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
+#include "linux/webkit/navigation/LoadErrors.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
 #include "linux/webkit/navigation/PageLoad.h"
 #include "linux/webkit/popup/Popups.h"
@@ -26,27 +27,6 @@
 namespace kelo::webkit {
 
 using platform::UrlRequest;
-
-namespace {
-
-// The load was replaced by another, or became a download.
-bool isReplaced(const GError& error) {
-    return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
-           g_error_matches(&error, WEBKIT_POLICY_ERROR,
-                           WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
-}
-
-// Either the engine's network process has ended, an error that has no name in the library's
-// interface. Or the engine has cancelled the load by itself, which it sometimes does instead of
-// refusing a certificate.
-bool isLostByTheEngine(const GError& error) {
-    constexpr int internalError = 300;
-    return g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
-           (error.domain == g_quark_from_static_string("WebKitErrorDomain") &&
-            error.code == internalError);
-}
-
-} // namespace
 
 WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Rectangle frame,
                                        const platform::WebViewConfiguration& configuration)
@@ -58,6 +38,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       shown(shared.settings().service),
       downloads(session.get(), view.get(), shown),
       pageControls(view.get()),
+      retries(view.get(), [this] { tryAgain(); }),
       pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
       cookies(std::make_unique<WebKitCookieStore>(session.get())),
       policy(std::make_unique<NavigationPolicy>(shown, downloads, configuration.linksOpenInBrowser,
@@ -236,6 +217,8 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     switch (event) {
     case WEBKIT_LOAD_STARTED:
         pageLoad->started();
+        if (pageLoad->isPage())
+            retries.loadStarted();
         mediaPermission->navigationStarted();
         break;
     case WEBKIT_LOAD_REDIRECTED:
@@ -243,6 +226,8 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         break;
     case WEBKIT_LOAD_COMMITTED:
         pageLoad->committed();
+        if (pageLoad->isPage())
+            retries.pageArrived();
         mediaPermission->pageChanged(pageLoad->isPage() ? webkit_web_view_get_uri(view.get())
                                                         : nullptr);
         shown.committed(webkit_web_view_get_uri(view.get()));
@@ -301,7 +286,7 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
         url ? http::transportError(error, http::TransferPhase::connecting, *url)
                   .localizedDescription()
             : "The address cannot be shown here.";
-    showErrorPage("This page did not load", sentence, address);
+    showUnreachable(sentence, address);
     return true;
 }
 
@@ -317,7 +302,7 @@ void WebKitEmbeddedView::loadTimedOut() {
     const std::string failedAddress = address ? address : "";
     process->endIfItHangs();
     webkit_web_view_stop_loading(view.get());
-    showErrorPage("This page did not load", sentence, failedAddress);
+    showUnreachable(sentence, failedAddress);
 }
 
 bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate* certificate,
@@ -333,10 +318,9 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
         webkit_network_session_allow_tls_certificate_for_host(session.get(), certificate,
                                                               url->host().c_str());
         if (pageLoad->isAnswerToForm())
-            showErrorPage("This page did not load",
-                          "The connection to " + url->host() +
-                              " was lost, and nothing was sent. Try again.",
-                          address);
+            showUnreachable("The connection to " + url->host() +
+                                " was lost, and nothing was sent. Try again.",
+                            address);
         else
             loadAgain(address);
         return true;
@@ -379,11 +363,18 @@ void WebKitEmbeddedView::permissionRequested(WebKitPermissionRequest* request) {
 }
 
 void WebKitEmbeddedView::showErrorPage(const std::string& heading, const std::string& sentence,
-                                       const std::string& address) {
+                                       const std::string& address,
+                                       std::optional<std::chrono::seconds> retryIn) {
     // A form is not sent again: the page with the form is shown for that.
     pageLoad->requestErrorPage(pageLoad->isAnswerToForm() ? shown.address() : address);
-    webkit_web_view_load_alternate_html(view.get(), errorPage(heading, sentence).c_str(),
+    webkit_web_view_load_alternate_html(view.get(), errorPage(heading, sentence, retryIn).c_str(),
                                         address.c_str(), nullptr);
+}
+
+void WebKitEmbeddedView::showUnreachable(const std::string& sentence, const std::string& address) {
+    // A form is sent by the user alone.
+    showErrorPage(unreachableHeading(Url::parse(address), isOnline()), sentence, address,
+                  pageLoad->isAnswerToForm() ? std::nullopt : retries.noticeShown());
 }
 
 void WebKitEmbeddedView::tryAgain() {

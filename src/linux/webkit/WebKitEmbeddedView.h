@@ -5,6 +5,7 @@
 #include "linux/webkit/WebKitSession.h"
 #include "linux/webkit/controls/WebKitPageControls.h"
 #include "linux/webkit/navigation/Downloads.h"
+#include "linux/webkit/navigation/Retries.h"
 #include "linux/webkit/navigation/ShownPage.h"
 #include "linux/window/HostedPage.h"
 #include "platform/EmbeddedWebView.h"
@@ -77,7 +78,9 @@ private:
     void processFailed(WebKitWebProcessTerminationReason reason);
     void permissionRequested(WebKitPermissionRequest* request);
     void showErrorPage(const std::string& heading, const std::string& sentence,
-                       const std::string& address);
+                       const std::string& address,
+                       std::optional<std::chrono::seconds> retryIn = std::nullopt);
+    void showUnreachable(const std::string& sentence, const std::string& address);
     void tryAgain();
 
     gobject::GObjectPointer<WebKitNetworkSession> session;
@@ -88,6 +91,7 @@ private:
     ShownPage shown;
     Downloads downloads;
     WebKitPageControls pageControls;
+    Retries retries;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;

@@ -212,7 +212,7 @@ TEST_F(ForeignPage, ThatDoesNotLoadIsNamedInItsErrorPage) {
     const int port = other->port();
     other.reset();
     evaluate("location = 'https://localhost:" + std::to_string(port) + "/'; 1");
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    ASSERT_TRUE(waitForTitle("Kelo cannot reach localhost"));
     EXPECT_THAT(hosted().foreignHost(), Optional("localhost:" + std::to_string(port)));
 }
 

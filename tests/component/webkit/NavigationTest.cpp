@@ -1,5 +1,6 @@
 #include "component/webkit/Descendants.h"
 #include "component/webkit/WebKitFixture.h"
+#include "linux/webkit/navigation/LoadErrors.h"
 
 #include <gmock/gmock.h>
 
@@ -64,7 +65,7 @@ TEST_F(Navigation, RefusedConnectionShowsAnErrorPageAndDoesNotFinish) {
     const Url nobody = site({})->url("/login");
     makeView(nobody);
     load(nobody);
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    ASSERT_TRUE(waitForTitle("Kelo cannot reach localhost"));
     EXPECT_THAT(pageText(), HasSubstr("Could not connect to localhost: Connection refused."));
     EXPECT_THAT(pageText(), HasSubstr("Try again"));
     EXPECT_THAT(recorder->finished, IsEmpty());
@@ -74,7 +75,7 @@ TEST_F(Navigation, UnknownHostShowsAnErrorPage) {
     const auto nowhere = *Url::parse("https://no-such-host.invalid/");
     makeView(nowhere);
     load(nowhere);
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    ASSERT_TRUE(waitForTitle(webkit::unreachableHeading(nowhere, webkit::isOnline())));
     EXPECT_THAT(pageText(), HasSubstr("Could not find no-such-host.invalid."));
     EXPECT_THAT(recorder->finished, IsEmpty());
 }
@@ -90,7 +91,7 @@ TEST_F(Navigation, TryAgainLoadsThePageOnceTheServerIsThere) {
     });
     makeView(peer.url());
     load(peer.url("/"));
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    ASSERT_TRUE(waitForTitle("Kelo cannot reach localhost"));
     up = true;
     evaluate("document.querySelector('a').click()");
     ASSERT_TRUE(waitForFinished(1));
@@ -102,8 +103,9 @@ TEST_F(Navigation, FailureAfterAPageLeavesTheDelegateAlone) {
     const auto peer = site({{"/", "hello"}});
     makeView(peer->url());
     open(peer->url("/"));
-    load(*Url::parse("https://no-such-host.invalid/"));
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    const auto nowhere = *Url::parse("https://no-such-host.invalid/");
+    load(nowhere);
+    ASSERT_TRUE(waitForTitle(webkit::unreachableHeading(nowhere, webkit::isOnline())));
     EXPECT_THAT(recorder->finished, ElementsAre(peer->origin() + "/"));
     open(peer->url("/"));
     EXPECT_EQ(recorder->finished.size(), 2u);
@@ -158,14 +160,14 @@ TEST_F(Navigation, AFormThatIsLostLeadsBackToItsPageAndIsNeverSentAsAPlainReques
     makeView(peer.url());
     open(peer.url("/form"));
     evaluate("document.querySelector('button').click()");
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    ASSERT_TRUE(waitForTitle("Kelo cannot reach localhost"));
     evaluate("document.querySelector('a').click()");
     ASSERT_TRUE(waitForFinished(2));
     EXPECT_EQ(recorder->finished.back(), peer.origin() + "/form");
     // With the process go the certificates that were allowed.
     ASSERT_GT(killDescendants("WebKitNetworkPr"), 0);
     evaluate("document.querySelector('button').click()");
-    ASSERT_TRUE(waitForTitle("This page did not load"));
+    ASSERT_TRUE(waitForTitle("Kelo cannot reach localhost"));
     evaluate("document.querySelector('a').click()");
     ASSERT_TRUE(waitForFinished(3));
     EXPECT_EQ(recorder->finished.back(), peer.origin() + "/form");

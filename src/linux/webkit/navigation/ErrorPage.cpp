@@ -26,16 +26,37 @@ h1 { font-size: 1.25em; margin: 0 0 .5em; }
 p { color: var(--quiet); margin: 0 0 1.75em; overflow-wrap: anywhere; }
 a { display: inline-block; padding: .55em 1.4em; border-radius: .6em; background: var(--button);
     color: var(--label); text-decoration: none; font-weight: 600; }
+p.retry { font-size: .9em; margin: 1.25em 0 0; font-variant-numeric: tabular-nums; }
+svg { width: 3.5em; height: 3.5em; color: var(--quiet); margin-bottom: .75em; }
 a:focus-visible { outline: 3px solid var(--text); outline-offset: 3px; }
 )";
 
+// A cloud that is crossed out.
+constexpr const char* icon =
+    R"(<svg viewBox="0 0 48 48" fill="none" stroke="currentColor" stroke-width="3" )"
+    R"(stroke-linecap="round" stroke-linejoin="round" aria-hidden="true">)"
+    R"(<path d="M13 37h22a8 8 0 0 0 1-16 12 12 0 0 0-23-2 9 9 0 0 0 0 18zM8 8l32 34"/></svg>)";
+
+/// The seconds that are left, counted by the style sheet.
+std::string countdown(std::chrono::seconds whole) {
+    const std::string seconds = std::to_string(whole.count());
+    return "<style>@property --left { syntax: '<integer>'; inherits: false; initial-value: " +
+           seconds + "; } @keyframes left { from { --left: " + seconds +
+           "; } to { --left: 0; } } .retry::after { counter-reset: left var(--left); content: "
+           "counter(left) ' s'; animation: left " +
+           seconds + "s steps(" + seconds +
+           ") forwards; }</style><p class=\"retry\">Trying again in </p>";
+}
+
 } // namespace
 
-std::string errorPage(const std::string& heading, const std::string& sentence) {
+std::string errorPage(const std::string& heading, const std::string& sentence,
+                      std::optional<std::chrono::seconds> retryIn) {
     return "<!doctype html><html lang=\"en\"><head><meta charset=\"utf-8\"><title>" +
-           escaped(heading) + "</title><style>" + style + "</style></head><body><main><h1>" +
-           escaped(heading) + "</h1><p>" + escaped(sentence) + "</p><a role=\"button\" href=\"" +
-           tryAgainAddress + "\">Try again</a></main></body></html>";
+           escaped(heading) + "</title><style>" + style + "</style></head><body><main>" + icon +
+           "<h1>" + escaped(heading) + "</h1><p>" + escaped(sentence) +
+           "</p><a role=\"button\" autofocus href=\"" + tryAgainAddress + "\">Try again</a>" +
+           (retryIn ? countdown(*retryIn) : "") + "</main></body></html>";
 }
 
 } // namespace kelo::webkit

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 
 namespace kelo::webkit {
@@ -9,7 +11,9 @@ namespace kelo::webkit {
 inline constexpr const char* tryAgainAddress = "kelo:try-again";
 
 /// The HTML of a page that is shown in place of one that did not load: a heading, a sentence, and
-/// "Try again". Both texts are plain text, not HTML. The page has no scripts and loads nothing.
-std::string errorPage(const std::string& heading, const std::string& sentence);
+/// "Try again", which has the focus. Both texts are plain text, not HTML. retryIn: when the page is
+/// asked for again by itself; the notice counts the seconds. It has no scripts and loads nothing.
+std::string errorPage(const std::string& heading, const std::string& sentence,
+                      std::optional<std::chrono::seconds> retryIn = std::nullopt);
 
 } // namespace kelo::webkit
