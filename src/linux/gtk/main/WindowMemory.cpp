@@ -113,11 +113,17 @@ Gdk::Rectangle reachable(Gdk::Rectangle window, const std::vector<Gdk::Rectangle
 
 WindowMemory::WindowMemory(Gtk::Window& window, StateFile& file) : window(window), file(file) {
     restoreSize();
-    window.signal_map().connect([this] { restorePlace(); });
-    window.property_is_active().signal_changed().connect([this] {
+    connections.push_back(window.signal_map().connect([this] { restorePlace(); }));
+    connections.push_back(window.property_is_active().signal_changed().connect([this] {
         if (!this->window.is_active())
             remember();
-    });
+    }));
+}
+
+// The window still changes while it is being destroyed.
+WindowMemory::~WindowMemory() {
+    for (auto& connection : connections)
+        connection.disconnect();
 }
 
 void WindowMemory::restoreSize() {

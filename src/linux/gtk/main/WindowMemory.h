@@ -2,6 +2,7 @@
 
 #include <gdkmm/rectangle.h>
 #include <gtkmm/window.h>
+#include <sigc++/connection.h>
 
 #include <vector>
 
@@ -16,6 +17,7 @@ public:
     /// Restores what is remembered; the window must not have been shown yet. Both must outlive this
     /// object. The toolkit keeps the window from becoming smaller than its content allows.
     WindowMemory(Gtk::Window& window, StateFile& file);
+    ~WindowMemory();
     WindowMemory(const WindowMemory&) = delete;
     WindowMemory& operator=(const WindowMemory&) = delete;
 
@@ -29,6 +31,7 @@ private:
 
     Gtk::Window& window;
     StateFile& file;
+    std::vector<sigc::connection> connections;
 };
 
 /// Where a window may stay: at its own place if enough of its upper edge is on a monitor to take
