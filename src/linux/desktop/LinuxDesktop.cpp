@@ -2,6 +2,7 @@
 
 #include "linux/desktop/HotkeyReport.h"
 #include "linux/desktop/ProgramVersion.h"
+#include "linux/desktop/StartAtLogin.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/update/DesktopUpdater.h"
@@ -21,6 +22,8 @@ namespace {
 gtk::HostSettings hostSettings() {
     gtk::HostSettings settings;
     settings.version = programVersion();
+    settings.loginStart =
+        StartAtLogin::menuItem(std::make_shared<StartAtLogin>(StartAtLogin::Settings::standard()));
     settings.stateFile = std::filesystem::path(g_get_user_state_dir()) / "kelo" / "windows";
     return settings;
 }

@@ -183,6 +183,16 @@ TEST(FirstStart, WithAnotherAddressThanOneOfTheServiceIsRefusedWithASentence) {
     }
 }
 
+TEST(FirstStart, InTheBackgroundOpensNoWindow) {
+    const std::string program = KELO_START_PROGRAM;
+    const auto both =
+        runBeside({"sh", "-c",
+                   program + " --background & gdbus wait --session --timeout 30 app.kelo.Kelo && " +
+                       program + " --background && " + program + " --wave; wait"});
+    EXPECT_EQ(both.status, 0);
+    EXPECT_EQ(both.output, "body\nwave\n");
+}
+
 TEST(FirstStart, LeavesTheStreamsAsTheyAreUnderTheUsersLocale) {
     const auto ended =
         startAndWait(environmentWith({{"GTK_A11Y", "none"}, {"LC_ALL", "C.UTF-8"}}), {"--wave"});

@@ -4,6 +4,7 @@
 #include "deployment/Deployment.h"
 #include "linux/gtk/application/MenuBarExtras.h"
 #include "linux/gtk/application/RunningInstance.h"
+#include "linux/gtk/application/StayingNotice.h"
 #include "linux/gtk/kit/ColorScheme.h"
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/kit/Style.h"
@@ -106,6 +107,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
         slot->reset();
     menuBarExtras.reset();
     menuBar.reset();
+    stayingNotice.reset();
     colorScheme.reset();
     scenes.clear();
     app = nullptr;
@@ -127,6 +129,7 @@ void GtkApplicationHost::startUp() {
     turnOffInspectorKeys();
     loadStyle();
     colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
+    stayingNotice = std::make_unique<StayingNotice>(*application, state);
     addActions();
     readScenes();
     menuBar = std::make_unique<MenuBar>(MenuActions{
@@ -168,6 +171,8 @@ std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
     return {
         {"open", "Open the main window, or raise it when it is open", [this] { openMainWindow(); }},
         {"settings", "Open the settings", [this] { openSettings(); }},
+        // Doing something else than to open the window is all that it does.
+        {"background", "Start without a window", [] {}},
         {quitAction, "End the running program, if there is one", [this] { terminate(); }}};
 }
 
@@ -259,6 +264,7 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
                                      [this, name = group->identifier] { mainWindowClosed(name); });
     mainWindows.emplace(group->identifier, window);
     application->add_window(*window);
+    stayingNotice->windowOpened();
     present(*window);
 }
 
@@ -328,9 +334,12 @@ void GtkApplicationHost::windowClosed(std::shared_ptr<ProgramWindow> window) {
     application->remove_window(*window);
     // Destroyed later, because the window is still inside its own event handling.
     MainLoop::main().post([window = std::move(window)]() mutable { window.reset(); });
-    if (programWindows().empty() &&
-        app->applicationDelegate().applicationShouldTerminateAfterLastWindowClosed())
+    if (!programWindows().empty())
+        return;
+    if (app->applicationDelegate().applicationShouldTerminateAfterLastWindowClosed())
         terminate();
+    else
+        stayingNotice->windowClosed();
 }
 
 std::shared_ptr<platform::Window> GtkApplicationHost::keyWindow() {

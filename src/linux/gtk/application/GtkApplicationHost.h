@@ -20,6 +20,7 @@ class MainWindow;
 class MenuBar;
 class MenuBarExtras;
 class ProgramWindow;
+class StayingNotice;
 
 /// What the windows are given beside the app.
 struct HostSettings {
@@ -100,6 +101,7 @@ private:
     std::unique_ptr<MenuBar> menuBar;
     bool hasCommandMenus = false;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
+    std::unique_ptr<StayingNotice> stayingNotice;
     std::shared_ptr<ProgramWindow> settings;
     std::shared_ptr<ProgramWindow> about;
     std::shared_ptr<ProgramWindow> shortcuts;
