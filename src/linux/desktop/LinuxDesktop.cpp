@@ -2,9 +2,9 @@
 
 #include "linux/desktop/HotkeyReport.h"
 #include "linux/desktop/ProgramVersion.h"
-#include "linux/desktop/StartAtLogin.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
+#include "linux/login/StartAtLogin.h"
 #include "linux/update/DesktopUpdater.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
 #include "linux/webkit/WebKitSession.h"
@@ -22,8 +22,10 @@ namespace {
 gtk::HostSettings hostSettings() {
     gtk::HostSettings settings;
     settings.version = programVersion();
-    settings.loginStart =
-        StartAtLogin::menuItem(std::make_shared<StartAtLogin>(StartAtLogin::Settings::standard()));
+    const auto start =
+        std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());
+    settings.loginStart = gtk::LoginStart{[start] { return start->isOn(); },
+                                          [start](bool on) { start->setOn(on); }, start};
     settings.stateFile = std::filesystem::path(g_get_user_state_dir()) / "kelo" / "windows";
     return settings;
 }

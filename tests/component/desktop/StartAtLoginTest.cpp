@@ -1,4 +1,4 @@
-#include "linux/desktop/StartAtLogin.h"
+#include "linux/login/StartAtLogin.h"
 
 #include "component/ScopedMainLoop.h"
 #include "component/session/StandInServices.h"
@@ -58,8 +58,8 @@ private:
 class StartAtLogin : public testing::Test {
 protected:
     void make(const std::string& address) {
-        start = std::make_shared<desktop::StartAtLogin>(
-            desktop::StartAtLogin::Settings{address, entry, "/home/ada/kelo/bin/kelo"});
+        start = std::make_shared<login::StartAtLogin>(
+            login::StartAtLogin::Settings{address, entry, "/home/ada/kelo/bin/kelo"});
         observation = start->observe([this] { ++changes; });
     }
     /// Has it turned on or off, and waits until that is settled.
@@ -82,7 +82,7 @@ protected:
     const TemporaryFolder folder;
     const std::string entry = folder / "autostart" / "app.kelo.Kelo.desktop";
     SessionBus bus{folder.path()};
-    std::shared_ptr<desktop::StartAtLogin> start;
+    std::shared_ptr<login::StartAtLogin> start;
     Observation observation;
     int changes = 0;
 };
@@ -188,9 +188,9 @@ TEST_F(StartAtLoginWithPortal, TellsItToStop) {
 }
 
 TEST(ExecWord, IsTheSameWordAfterTheDesktopHasReadIt) {
-    EXPECT_EQ(desktop::execWord("/opt/kelo"), "\"/opt/kelo\"");
-    EXPECT_EQ(desktop::execWord("/a b/100%/kelo"), "\"/a b/100%%/kelo\"");
-    EXPECT_EQ(desktop::execWord("/$a/\"b\"/`c`/d\\e"),
+    EXPECT_EQ(login::execWord("/opt/kelo"), "\"/opt/kelo\"");
+    EXPECT_EQ(login::execWord("/a b/100%/kelo"), "\"/a b/100%%/kelo\"");
+    EXPECT_EQ(login::execWord("/$a/\"b\"/`c`/d\\e"),
               "\"/\\\\$a/\\\\\"b\\\\\"/\\\\`c\\\\`/d\\\\\\\\e\"");
 }
 

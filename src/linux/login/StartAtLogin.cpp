@@ -1,15 +1,20 @@
-#include "linux/desktop/StartAtLogin.h"
+#include "linux/login/StartAtLogin.h"
 
 #include "bundle/ProgramPlace.h"
 #include "deployment/Deployment.h"
+#include "linux/bus/Calls.h"
+#include "linux/bus/Connection.h"
+#include "linux/bus/Signal.h"
 #include "linux/gobject/GLibHandles.h"
 
 #include <glib/gstdio.h>
 
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <utility>
 
-namespace kelo::desktop {
+namespace kelo::login {
 
 namespace {
 
@@ -46,53 +51,82 @@ StartAtLogin::Settings StartAtLogin::Settings::standard() {
     return {bus::sessionAddress(), folder / "autostart" / name, bundle::programPath()};
 }
 
+/// One question to the portal.
+class StartAtLogin::Portal {
+public:
+    /// Receives what is to be, once: the wish, unless the user refused it.
+    using Settled = std::function<void(bool wanted)>;
+
+    Portal(const Settings& settings, bool wanted, Settled settled)
+        : program(settings.program),
+          wanted(wanted),
+          settled(std::move(settled)),
+          bus(std::make_shared<bus::SharedConnection>(settings.bus)) {
+        bus->whenOpen([this, alive = std::weak_ptr(alive)](const bus::Connection& opened) {
+            if (alive.expired())
+                return;
+            if (opened)
+                ask(opened);
+            else
+                this->settled(this->wanted);
+        });
+    }
+
+private:
+    void ask(const bus::Connection& opened) {
+        // Subscribed before the call, so that no response is missed.
+        response.emplace(opened,
+                         bus::Object{background.owner, "", "org.freedesktop.portal.Request"},
+                         "Response", [this](const std::string& from, GVariant* values) {
+                             if (from == request)
+                                 responded(values);
+                         });
+        calls.call(
+            opened, background, "RequestBackground", requestFor(program, wanted),
+            [this](const gobject::GVariantPointer& answer, const gobject::GErrorPointer& failure) {
+                taken(answer.get(), failure.get());
+            });
+    }
+
+    void taken(GVariant* answer, const GError* failure) {
+        if (answer && g_variant_is_of_type(answer, G_VARIANT_TYPE("(o)"))) {
+            const char* path = nullptr;
+            g_variant_get(answer, "(&o)", &path);
+            request = path;
+            return;
+        }
+        g_debug("start at login: no portal: %s", failure ? failure->message : "");
+        settled(wanted);
+    }
+
+    void responded(GVariant* values) {
+        constexpr guint32 refusedByUser = 1;
+        guint32 answer = 0;
+        if (g_variant_is_of_type(values, G_VARIANT_TYPE("(ua{sv})")))
+            g_variant_get_child(values, 0, "u", &answer);
+        settled(wanted && answer != refusedByUser);
+    }
+
+    const std::string program;
+    const bool wanted;
+    const Settled settled;
+    std::shared_ptr<bus::SharedConnection> bus;
+    bus::Calls calls;
+    std::optional<bus::Signal> response;
+    std::string request; ///< path of the portal's object that is waited for
+    std::shared_ptr<bool> alive = std::make_shared<bool>(true);
+};
+
 StartAtLogin::StartAtLogin(Settings given)
     : settings(std::move(given)), on(*this, startsProgram(settings.entry)) {}
+
+StartAtLogin::~StartAtLogin() = default;
 
 void StartAtLogin::setOn(bool wanted) {
     // Turning it off waits for nobody.
     if (!wanted)
         settle(false);
-    connection = std::make_shared<bus::SharedConnection>(settings.bus);
-    connection->whenOpen([weak = weak_from_this(), wanted](const bus::Connection& opened) {
-        const auto self = weak.lock();
-        if (!self)
-            return;
-        if (opened)
-            self->askPortal(opened, wanted);
-        else
-            self->settle(wanted);
-    });
-}
-
-void StartAtLogin::askPortal(const bus::Connection& opened, bool wanted) {
-    request.clear();
-    // Subscribed before the call, so that no response is missed.
-    response.emplace(opened, bus::Object{background.owner, "", "org.freedesktop.portal.Request"},
-                     "Response", [this, wanted](const std::string& from, GVariant* values) {
-                         if (from == request)
-                             portalResponded(wanted, values);
-                     });
-    calls.call(opened, background, "RequestBackground", requestFor(settings.program, wanted),
-               [this, wanted](const gobject::GVariantPointer& answer,
-                              const gobject::GErrorPointer& failure) {
-                   if (answer && g_variant_is_of_type(answer.get(), G_VARIANT_TYPE("(o)"))) {
-                       const char* path = nullptr;
-                       g_variant_get(answer.get(), "(&o)", &path);
-                       request = path;
-                       return;
-                   }
-                   g_debug("start at login: no portal: %s", failure ? failure->message : "");
-                   settle(wanted);
-               });
-}
-
-void StartAtLogin::portalResponded(bool wanted, GVariant* values) {
-    constexpr guint32 refusedByUser = 1;
-    guint32 answer = 0;
-    if (g_variant_is_of_type(values, G_VARIANT_TYPE("(ua{sv})")))
-        g_variant_get_child(values, 0, "u", &answer);
-    settle(wanted && answer != refusedByUser);
+    portal = std::make_unique<Portal>(settings, wanted, [this](bool settled) { settle(settled); });
 }
 
 // The portal may have written the entry, but not every portal knows under which name.
@@ -119,11 +153,6 @@ void StartAtLogin::writeEntry() const {
         g_warning("The entry for the start at login cannot be written: %s", owned->message);
 }
 
-gtk::LoginStart StartAtLogin::menuItem(const std::shared_ptr<StartAtLogin>& start) {
-    return {[start] { return start->isOn(); }, [start](bool wanted) { start->setOn(wanted); },
-            start};
-}
-
 // Quoted once for the command line and once more for the file, in which a backslash is written
 // twice. A percent sign would begin a field code.
 std::string execWord(const std::string& word) {
@@ -141,4 +170,4 @@ std::string execWord(const std::string& word) {
     return quoted + "\"";
 }
 
-} // namespace kelo::desktop
+} // namespace kelo::login
