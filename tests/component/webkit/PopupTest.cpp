@@ -105,10 +105,18 @@ TEST_F(Popup, IsNotOpenedWithoutEncryption) {
     EXPECT_THAT(openedOutside, ElementsAre("http://example.org/"));
 }
 
+// A script that runs on our behalf counts as the user.
 TEST_F(Popup, LeadsNowhereWithoutEncryption) {
     clickToOpen("'/popup', '', 'width=400,height=300'");
+    ASSERT_TRUE(waitForPopup(true));
     ASSERT_TRUE(waitForScript("heard.join()", "hello"));
-    evaluate("opened.location = 'http://example.org/'; 1");
+    webkit_web_view_evaluate_javascript(
+        WEBKIT_WEB_VIEW(gtk_window_get_child(popup())),
+        "const link = document.createElement('a'); link.href = 'http://example.org/';"
+        "document.body.append(link); link.click()",
+        -1, nullptr, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(loop.runUntil([this] { return !openedOutside.empty(); }));
+    EXPECT_THAT(openedOutside, ElementsAre("http://example.org/"));
     evaluate("opened.postMessage('still here', '*'); 1");
     EXPECT_TRUE(waitForScript("heard.join()", "hello,echo still here"));
 }
