@@ -3,6 +3,7 @@
 #include <gdk/gdkkeysyms.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <gtkmm/label.h>
 #include <gtkmm/searchentry.h>
 
 namespace kelo::tests {
@@ -107,6 +108,25 @@ TEST_F(FindBar, KeyForTheNextPlaceOpensItFirst) {
         program.screen.press(GDK_KEY_g, {GDK_KEY_Control_L});
         RunningProgram::until("the bar is open", [&] { return entry() != nullptr; });
         EXPECT_THAT(done(), Not(Contains("next")));
+    });
+}
+
+TEST_F(FindBar, OpenedFromTheMenuHasTheKeyboard) {
+    program.run([&] {
+        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        const auto label = [&](const std::string& text) {
+            for (auto* found : visibleIn<Gtk::Label>(main()))
+                if (found->get_text().raw() == text)
+                    return found;
+            return static_cast<Gtk::Label*>(nullptr);
+        };
+        program.click(*label("View"));
+        RunningProgram::until("the menu is open", [&] { return label("Find…") != nullptr; });
+        program.click(*label("Find…"));
+        RunningProgram::until("the bar is open", [&] { return entry() && !label("Find…"); });
+        RunningProgram::settle();
+        ASSERT_TRUE(main().get_focus());
+        EXPECT_TRUE(main().get_focus()->is_ancestor(*entry()));
     });
 }
 

@@ -275,5 +275,23 @@ TEST_F(MainMenu, HeadingIsNotLitAfterItsEntryOpenedAnotherWindow) {
     });
 }
 
+TEST_F(MainMenu, PointerOverAHeadingLeavesTheKeyboardToThePage) {
+    program.run([&] {
+        auto& page = program.app.page->area;
+        RunningProgram::until("the page has the keyboard", [&] { return page.has_focus(); });
+        auto* const heading = entry("Account")->get_parent();
+        const auto box = program.boxOf(*heading);
+        program.screen.moveTo(box.x + 2, box.y + 2);
+        program.screen.moveTo(box.x + box.width / 2, box.y + box.height / 2);
+        RunningProgram::until("the heading is lit", [&] {
+            return (heading->get_state_flags() & Gtk::StateFlags::SELECTED) !=
+                   Gtk::StateFlags::NORMAL;
+        });
+        RunningProgram::settle();
+        EXPECT_TRUE(page.has_focus());
+        program.screen.moveTo(box.x, program.screen.height() - 1);
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

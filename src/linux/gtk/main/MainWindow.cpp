@@ -29,6 +29,7 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     header.pack_start(menuBar);
     menuBar.set_valign(Gtk::Align::CENTER);
     exposeShortcuts(menuBar);
+    leaveKeyboardAlone(menuBar);
     set_titlebar(header);
     minimum = std::make_unique<FittingMinimum>(*this, *content);
     draw(description);
@@ -72,15 +73,15 @@ void MainWindow::appear() {
 
 void MainWindow::followFocus() {
     auto* focus = get_focus();
-    if (focus && focus->is_ancestor(*content))
+    const bool wasInMenu = focusIsInMenu;
+    focusIsInMenu = focus && focus->is_ancestor(menuBar);
+    if (!wasInMenu && !isLeavingMenus && focus && focus->is_ancestor(*content))
         content->rememberFocus(*focus);
-    const bool isOnBar = focus && focus->get_parent() == &menuBar;
-    const bool leftMenu = isOnBar && focusIsInMenu;
-    focusIsInMenu = focus && focus->is_ancestor(menuBar) && !isOnBar;
-    if (!leftMenu)
+    if (!wasInMenu || focusIsInMenu || std::exchange(isLeavingMenus, true))
         return;
-    // When a menu closes, the toolkit leaves the focus on the bar, but people expect it back in the
-    // content. Another menu may be opening instead, which the next turn of the main loop shows.
+    // When a menu closes, the toolkit chooses who gets the focus, but people expect it back where
+    // it was in the content. Another menu may be opening instead, which the next turn of the main
+    // loop shows, or a command may have chosen.
     MainLoop::main().post([this, handle = handle()] {
         if (WindowHandle::resolve(handle))
             leaveMenus();
@@ -88,8 +89,9 @@ void MainWindow::followFocus() {
 }
 
 void MainWindow::leaveMenus() {
+    isLeavingMenus = false;
     auto* focus = get_focus();
-    if (focus && focus->get_parent() == &menuBar)
+    if (!focusIsInMenu && !(focus && focus->is_ancestor(*findBar)))
         content->takeFocus();
 }
 

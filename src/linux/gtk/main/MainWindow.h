@@ -57,6 +57,7 @@ private:
     Gtk::PopoverMenuBar menuBar;
     std::unique_ptr<WindowMemory> memory;
     bool focusIsInMenu = false;
+    bool isLeavingMenus = false;
     std::optional<Redrawing> redrawing;
 };
 

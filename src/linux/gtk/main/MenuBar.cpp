@@ -181,6 +181,11 @@ std::vector<ShortcutGroup> MenuBar::shortcuts() const {
     return groups;
 }
 
+void leaveKeyboardAlone(Gtk::Widget& menuBar) {
+    for (auto* heading = menuBar.get_first_child(); heading; heading = heading->get_next_sibling())
+        heading->set_focusable(false);
+}
+
 void exposeShortcuts(Gtk::Widget& menuBar) {
     visitDescendants(menuBar.gobj(), [](GtkWidget* widget) {
         if (!GTK_IS_POPOVER_MENU(widget))

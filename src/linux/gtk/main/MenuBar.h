@@ -86,6 +86,10 @@ private:
     std::vector<ShortcutGroup> otherKeys;
 };
 
+/// Has the widget that shows a menu bar leave the keyboard where it is while no menu is open. It
+/// would take it as soon as the pointer passes over a heading.
+void leaveKeyboardAlone(Gtk::Widget& menuBar);
+
 /// Makes the widget that shows a menu bar expose the shortcuts of its entries to assistive
 /// technology.
 void exposeShortcuts(Gtk::Widget& menuBar);
