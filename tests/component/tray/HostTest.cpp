@@ -277,7 +277,7 @@ TEST_F(ProgramWithoutTray, IsReachedByStartingItAgain) {
     screen.until("the window is open", [&] { return screen.hasWindow("Kelo"); });
     screen.close("Kelo");
     EXPECT_EQ(start({"--open"})->awaitExit(deadline), 0);
-    EXPECT_TRUE(program->awaitPrinted("appeared\nappeared\n", deadline));
+    EXPECT_TRUE(program->awaitPrinted("appeared again\n", deadline));
     EXPECT_EQ(start({"--settings"})->awaitExit(deadline), 0);
     screen.until("the settings are open", [&] { return screen.hasWindow("Settings"); });
     EXPECT_EQ(start({"--quit"})->awaitExit(deadline), 0);

@@ -28,7 +28,7 @@ public:
             content.minimumSize = {300, 200};
             return content;
         };
-        main.onAppear = [] { say("appeared"); };
+        main.onAppear = [this] { say(appearances++ == 0 ? "appeared" : "appeared again"); };
         main.defaultSize = {500, 300};
         platform::MenuBarExtra extra{"Kelo", "brain", {[this] { return menu(); }}};
         platform::SettingsDescription settings{{{"Version", "1.0 (1)"}}, {360, 140}};
@@ -36,6 +36,8 @@ public:
     }
 
 private:
+    int appearances = 0;
+
     static void say(const char* what) { std::cout << what << std::endl; }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }
 
