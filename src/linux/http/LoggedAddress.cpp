@@ -15,8 +15,10 @@ bool canBeWritten(GUri* uri) {
     return g_uri_get_host(uri) || !g_str_has_prefix(g_uri_get_path(uri), "//");
 }
 
-bool isOneLine(std::string_view text) {
-    return std::ranges::none_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7f; });
+/// On one line, and without what would look like a query or a fragment.
+bool isOriginAndPath(std::string_view text) {
+    return std::ranges::none_of(
+        text, [](unsigned char c) { return c < 0x20 || c == 0x7f || c == '?' || c == '#'; });
 }
 
 } // namespace
@@ -31,7 +33,7 @@ std::string loggedAddress(const char* address) {
         static_cast<GUriHideFlags>(G_URI_HIDE_USERINFO | G_URI_HIDE_QUERY | G_URI_HIDE_FRAGMENT);
     const gobject::GText text(g_uri_to_string_partial(uri.get(), hidden));
     // The host is decoded all the same.
-    return text && isOneLine(text.get()) ? text.get() : "(no address)";
+    return text && isOriginAndPath(text.get()) ? text.get() : "(no address)";
 }
 
 } // namespace kelo::http

@@ -58,8 +58,9 @@ TEST(LoggedAddress, KeepsAPathAsItIsSpelled) {
 }
 
 TEST(LoggedAddress, SaysSoWhereThereIsNone) {
-    for (const char* nothing : {static_cast<const char*>(nullptr), "", "no address", "x:.///",
-                                "https://host%0Aline.example/"})
+    for (const char* nothing :
+         {static_cast<const char*>(nullptr), "", "no address", "x:.///",
+          "https://host%0Aline.example/", "https://host%23.example/", "https://host%3F.example/"})
         EXPECT_EQ(loggedAddress(nothing), "(no address)") << (nothing ? nothing : "null");
 }
 
