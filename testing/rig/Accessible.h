@@ -12,6 +12,7 @@ namespace kelo::rig {
 enum class Role : std::uint32_t {
     alert = 2,
     checkBox = 7,
+    checkMenuItem = 8,
     widget = 20, ///< of no particular kind
     label = 29,
     menu = 33,

@@ -119,14 +119,18 @@ void User::chooseFromMenu(const std::string& menuName, const std::string& itemNa
     const Wanted item = menuItem(itemName);
     click(menu(menuName));
     desktop.tree.await(item);
+    const auto focusedItem = [this] {
+        auto found = desktop.tree.findFocused(Role::menuItem);
+        return found ? found : desktop.tree.findFocused(Role::checkMenuItem);
+    };
     // The first item has the keyboard when the menu has opened; the others are further down.
     desktop.tree.awaitThat("the menu " + menuName + " has the keyboard",
-                           [&] { return desktop.tree.findFocused(Role::menuItem).has_value(); });
-    auto focused = desktop.tree.findFocused(Role::menuItem);
+                           [&] { return focusedItem().has_value(); });
+    auto focused = focusedItem();
     while (!focused || focused->name() != itemName) {
         desktop.screen.press("Down");
         desktop.tree.awaitThat("the next item of the menu has the keyboard", [&] {
-            const auto next = desktop.tree.findFocused(Role::menuItem);
+            const auto next = focusedItem();
             if (!next || (focused && next->address() == focused->address()))
                 return false;
             focused = next;
