@@ -30,8 +30,9 @@ constexpr const char* hangingWidget = R"(<!doctype html><h1 id="heading">Hangs</
 if (localStorage.hung) document.getElementById('heading').textContent = 'Works';
 else addEventListener('load', () => setTimeout(() => {
   localStorage.hung = 'once';
-  fetch('/hanging');
-  setTimeout(() => { while (true) {} }, 100);
+  const request = new XMLHttpRequest();
+  request.open('GET', '/hanging', false);
+  try { request.send(); } finally { while (true) {} }
 }, 0));
 </script>)";
 

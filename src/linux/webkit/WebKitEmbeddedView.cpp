@@ -131,6 +131,9 @@ void WebKitEmbeddedView::startLoad(const UrlRequest& request) {
     mediaPermission->navigationStarted();
     pageLoad->requestPage(request);
     webkit_web_view_load_request(view.get(), nativeRequest(request).get());
+    // The engine does not ask a process whose view was out of sight.
+    if (pageLoad->isUnanswered())
+        process->expectAnswer();
 }
 
 void WebKitEmbeddedView::loadAgain(const std::string& address) {

@@ -64,13 +64,13 @@ void WebProcess::watchInput() {
         +[](GtkEventControllerLegacy*, GdkEvent* event, WebProcess* self) -> gboolean {
             const GdkEventType type = gdk_event_get_event_type(event);
             if (type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS || type == GDK_TOUCH_BEGIN)
-                self->userActs();
+                self->expectAnswer();
             return FALSE;
         },
         this);
 }
 
-void WebProcess::userActs() {
+void WebProcess::expectAnswer() {
     ask();
     if (timer || isOverdue || showsDialog)
         return;

@@ -32,6 +32,8 @@ public:
     /// each key, click and touch, and when it is to load a page. A page that shows an alert
     /// answers.
     bool answers() const;
+    /// Asks the process. Called for each key, click and touch as well.
+    void expectAnswer();
     /// A process that hangs would never load another page.
     void endIfItHangs();
     /// The view shows another document from now on.
@@ -39,7 +41,6 @@ public:
 
 private:
     void watchInput();
-    void userActs();
     void ask();
     void answered();
     void dialogOpened();
