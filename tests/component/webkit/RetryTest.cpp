@@ -37,7 +37,7 @@ protected:
     std::vector<seconds> waits() const {
         std::vector<seconds> all;
         for (const auto delay : timers.delays)
-            if (delay != loadTimeout)
+            if (delay != loadTimeout && delay != answerTimeout)
                 all.push_back(std::chrono::duration_cast<seconds>(delay));
         return all;
     }
@@ -57,6 +57,7 @@ protected:
     }
 
     static constexpr seconds loadTimeout{7};
+    static constexpr seconds answerTimeout{4}; ///< of a process that is to load a page
     ManualTimers timers;
     MainLoop::Installation installation{timers};
     std::atomic<bool> isDown = true;
