@@ -1,6 +1,7 @@
 #include "service/JsonReply.h"
 
 #include "base/Failure.h"
+#include "base/JsonString.h"
 #include "base/Utf8.h"
 
 #include <utility>
@@ -13,25 +14,6 @@ Failure unsendableText(std::string cause) {
     return Failure(FailureKind::invalidJson,
                    "The text you entered has characters that cannot be sent. Please type it again.",
                    std::move(cause));
-}
-
-void append(Bytes& json, std::string_view text) {
-    json.insert(json.end(), text.begin(), text.end());
-}
-
-void appendEscaped(Bytes& json, char character) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    const auto byte = static_cast<unsigned char>(character);
-    if (character == '"' || character == '\\') {
-        json.push_back('\\');
-        json.push_back(byte);
-    } else if (byte < 0x20) {
-        append(json, "\\u00");
-        json.push_back(static_cast<std::uint8_t>(digits[byte >> 4]));
-        json.push_back(static_cast<std::uint8_t>(digits[byte & 15]));
-    } else {
-        json.push_back(byte);
-    }
 }
 
 /// Looks at the text alone, so that not even the part above the limit is built.
@@ -98,10 +80,7 @@ std::size_t longestQuoted(std::string_view text) {
 void appendQuoted(Bytes& json, std::string_view text) {
     if (!isWellFormedUtf8(text))
         throw unsendableText("the text is not UTF-8");
-    json.push_back('"');
-    for (const char character : text)
-        appendEscaped(json, character);
-    json.push_back('"');
+    appendJsonString(json, text);
 }
 
 } // namespace kelo::service
