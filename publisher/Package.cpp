@@ -163,7 +163,7 @@ Package readPackage(const std::filesystem::path& path) {
         throw Failure("The Info.plist in \"" + path.string() +
                       "\" is damaged. Pack the release again.");
     const auto text = [&](std::string_view key) {
-        return bundle::informationText(*information, key).value_or("");
+        return platform::informationValue<std::string>(*information, key).value_or("");
     };
     Package package{text("CFBundleVersion"), text("CFBundleShortVersionString"), text("SUFeedURL"),
                     text("SUPublicEDKey"), systemOf(*found.program)};

@@ -114,12 +114,4 @@ readInformationFile(const std::filesystem::path& path) {
     return bytes ? parseInformation(*bytes) : std::nullopt;
 }
 
-std::optional<std::string> informationText(const platform::InformationDictionary& information,
-                                           std::string_view key) {
-    const auto entry = information.find(key);
-    const auto* const text =
-        entry == information.end() ? nullptr : std::get_if<std::string>(&entry->second);
-    return text ? std::optional(*text) : std::nullopt;
-}
-
 } // namespace kelo::bundle

@@ -20,8 +20,4 @@ std::optional<platform::InformationDictionary> parseInformation(std::string_view
 std::optional<platform::InformationDictionary>
 readInformationFile(const std::filesystem::path& path);
 
-/// The value of a key; nothing if it is absent or not a string.
-std::optional<std::string> informationText(const platform::InformationDictionary& information,
-                                           std::string_view key);
-
 } // namespace kelo::bundle

@@ -10,17 +10,10 @@ namespace kelo::updater {
 namespace {
 
 using platform::InformationDictionary;
-
-template <typename T>
-std::optional<T> value(const InformationDictionary& dictionary, std::string_view key) {
-    const auto found = dictionary.find(key);
-    if (found == dictionary.end() || !std::holds_alternative<T>(found->second))
-        return std::nullopt;
-    return std::get<T>(found->second);
-}
+using platform::informationValue;
 
 std::string text(const InformationDictionary& dictionary, std::string_view key) {
-    return value<std::string>(dictionary, key).value_or("");
+    return informationValue<std::string>(dictionary, key).value_or("");
 }
 
 std::chrono::seconds intervalIn(const InformationDictionary& dictionary) {
@@ -28,7 +21,7 @@ std::chrono::seconds intervalIn(const InformationDictionary& dictionary) {
     constexpr std::chrono::seconds usual = std::chrono::hours(24);
     // Small enough for sums of dates not to overflow.
     constexpr std::chrono::seconds longest = std::chrono::hours(24 * 365 * 100);
-    const auto seconds = value<std::int64_t>(dictionary, "SUScheduledCheckInterval");
+    const auto seconds = informationValue<std::int64_t>(dictionary, "SUScheduledCheckInterval");
     if (!seconds)
         return usual;
     if (*seconds == 0)
@@ -39,10 +32,11 @@ std::chrono::seconds intervalIn(const InformationDictionary& dictionary) {
 } // namespace
 
 UpdaterSettings::UpdaterSettings(const InformationDictionary& dictionary)
-    : automaticChecks(value<bool>(dictionary, "SUEnableAutomaticChecks")),
+    : automaticChecks(informationValue<bool>(dictionary, "SUEnableAutomaticChecks")),
       checkInterval(intervalIn(dictionary)),
-      downloadsUnasked(value<bool>(dictionary, "SUAutomaticallyUpdate").value_or(false) &&
-                       value<bool>(dictionary, "SUAllowsAutomaticUpdates").value_or(true)),
+      downloadsUnasked(
+          informationValue<bool>(dictionary, "SUAutomaticallyUpdate").value_or(false) &&
+          informationValue<bool>(dictionary, "SUAllowsAutomaticUpdates").value_or(true)),
       programName(text(dictionary, "CFBundleName")),
       installedVersion(text(dictionary, "CFBundleVersion")),
       installedDisplayVersion(text(dictionary, "CFBundleShortVersionString")) {

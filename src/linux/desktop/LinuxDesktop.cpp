@@ -21,7 +21,7 @@ namespace {
 
 gtk::HostSettings hostSettings() {
     gtk::HostSettings settings;
-    settings.version = programVersion();
+    settings.version = programVersion;
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());
     settings.loginStart = gtk::LoginStart{[start] { return start->isOn(); },

@@ -107,7 +107,8 @@ void TreeInstaller::checkStaged(const std::string& version) const {
     const auto place = root.parent_path() / workFolderName(root) / "new";
     const auto information = bundle::readInformationFile(bundle::informationPath(place));
     const auto found =
-        information ? bundle::informationText(*information, "CFBundleVersion") : std::nullopt;
+        information ? platform::informationValue<std::string>(*information, "CFBundleVersion")
+                    : std::nullopt;
     if (!found || compareVersions(*found, version) != 0)
         throw unfitArchive("it says that it is version " + found.value_or("nothing") + ", not " +
                            version);

@@ -16,7 +16,7 @@ struct Login : ObservableObject {
 
     static gtk::HostSettings settings(const std::shared_ptr<Login>& login) {
         gtk::HostSettings given;
-        given.version = "1.4.2 (57)";
+        given.version = [] { return std::string("1.4.2 (57)"); };
         given.loginStart = gtk::LoginStart{[login] { return login->on.get(); },
                                            [login](bool on) { login->on = on; }, login};
         return given;
@@ -28,12 +28,7 @@ constexpr const char* loginAction = "menu-0-1";
 
 class ProgramMenu : public testing::Test {
 protected:
-    Gtk::Label* entry(const std::string& text) {
-        for (auto* label : visibleIn<Gtk::Label>(program.window("Kelo")))
-            if (label->get_text().raw() == text)
-                return label;
-        return nullptr;
-    }
+    Gtk::Label* entry(const std::string& text) { return labelSaying(program.window("Kelo"), text); }
     void choose(const std::string& text) {
         program.screen.press(GDK_KEY_F10);
         RunningProgram::until("the menu is open", [&] { return entry(text); });

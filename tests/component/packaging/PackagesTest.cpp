@@ -96,7 +96,7 @@ TEST(Tree, NamesTheVersionThatWasBuilt) {
     const auto information =
         bundle::readInformationFile(Packages::ofThisBuild().tree() / "share/kelo/Info.plist");
     ASSERT_TRUE(information);
-    EXPECT_EQ(bundle::informationText(*information, "CFBundleShortVersionString"),
+    EXPECT_EQ(platform::informationValue<std::string>(*information, "CFBundleShortVersionString"),
               KELO_PACKAGE_VERSION);
 }
 

@@ -106,10 +106,10 @@ TEST_F(Release, GoesFromAKeyToAnInstalledUpdate) {
     const auto started =
         runCommand("HOME=" + quoted(home) + " " + quoted(installed / "bin/kelo") + " --help");
     EXPECT_EQ(started.status, 0) << started.output;
-    EXPECT_EQ(
-        bundle::informationText(*bundle::readInformationFile(installed / "share/kelo/Info.plist"),
-                                "CFBundleShortVersionString"),
-        "1.1");
+    EXPECT_EQ(platform::informationValue<std::string>(
+                  *bundle::readInformationFile(installed / "share/kelo/Info.plist"),
+                  "CFBundleShortVersionString"),
+              "1.1");
     updater::confirmInstalledTree(installed);
     EXPECT_EQ(contentsOf(home), [&] {
         Contents expected;

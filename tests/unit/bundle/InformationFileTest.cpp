@@ -98,7 +98,9 @@ std::string binaryWith(std::string_view key, std::string_view text) {
 }
 
 TEST(InformationFile, TextThatIsNotUtf8IsLeftOut) {
-    ASSERT_EQ(bundle::informationText(*parseInformation(binaryWith("Qa", "Qb")), "a"), "b");
+    ASSERT_EQ(
+        platform::informationValue<std::string>(*parseInformation(binaryWith("Qa", "Qb")), "a"),
+        "b");
     const auto badText = parseInformation(binaryWith("Qa", "R\xFF\xFE"));
     ASSERT_TRUE(badText);
     EXPECT_EQ(badText->at("a"), platform::InformationValue());
@@ -124,13 +126,13 @@ TEST(InformationFile, IsReadAnewAtEachCall) {
     const TreeFolder folder;
     EXPECT_FALSE(readInformationFile(folder / "Info.plist"));
     writeFile(folder / "Info.plist", information("1.0"));
-    EXPECT_EQ(
-        bundle::informationText(*readInformationFile(folder / "Info.plist"), "CFBundleVersion"),
-        "1.0");
+    EXPECT_EQ(platform::informationValue<std::string>(*readInformationFile(folder / "Info.plist"),
+                                                      "CFBundleVersion"),
+              "1.0");
     writeFile(folder / "Info.plist", information("1.1"));
-    EXPECT_EQ(
-        bundle::informationText(*readInformationFile(folder / "Info.plist"), "CFBundleVersion"),
-        "1.1");
+    EXPECT_EQ(platform::informationValue<std::string>(*readInformationFile(folder / "Info.plist"),
+                                                      "CFBundleVersion"),
+              "1.1");
 }
 
 TEST(InformationFile, ThatIsNoFileOrLongerThanTheLimitIsNone) {
@@ -149,8 +151,8 @@ TEST(InformationFile, ThatIsNoFileOrLongerThanTheLimitIsNone) {
 
 TEST(InformationText, IsNoneForAnotherKindOfValue) {
     const auto information = parseInformation(everyKind);
-    EXPECT_FALSE(bundle::informationText(*information, "number"));
-    EXPECT_FALSE(bundle::informationText(*information, "absent"));
+    EXPECT_FALSE(platform::informationValue<std::string>(*information, "number"));
+    EXPECT_FALSE(platform::informationValue<std::string>(*information, "absent"));
 }
 
 TEST(InstallationPrefix, IsAboveBinAndInABuildTreeBesideTheProgram) {

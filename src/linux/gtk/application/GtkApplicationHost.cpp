@@ -280,7 +280,7 @@ void GtkApplicationHost::openSettings() {
 
 void GtkApplicationHost::openAbout() {
     openSole(about, [this](std::function<void()> closed) {
-        return std::make_shared<AboutWindow>(given.version, std::move(closed));
+        return std::make_shared<AboutWindow>(given.version(), std::move(closed));
     });
 }
 

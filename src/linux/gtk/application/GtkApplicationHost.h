@@ -24,8 +24,8 @@ class StayingNotice;
 
 /// What the windows are given beside the app.
 struct HostSettings {
-    /// For the window about the program.
-    std::string version = "?";
+    /// For the window about the program, and asked for when that opens.
+    std::function<std::string()> version = [] { return std::string("?"); };
     /// Where the windows remember things; empty to remember nothing.
     std::string stateFile = "";
     std::optional<LoginStart> loginStart = std::nullopt;
