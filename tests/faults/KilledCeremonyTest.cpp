@@ -27,9 +27,7 @@ protected:
         int killed = 0;
         for (int number = 0; number < instants.count(); ++number) {
             const auto instant = instants.next(length);
-            SCOPED_TRACE("seed " + std::to_string(instants.seed()) + ", kill " +
-                         std::to_string(number) + " after " + std::to_string(instant.count()) +
-                         " microseconds");
+            SCOPED_TRACE(instants.describe(number, instant));
             comeToTheLoginPage();
             toTheBeginning();
             killed += wasKilled(instant, road) ? 1 : 0;

@@ -72,9 +72,7 @@ TEST_F(KilledUpdate, AtAnyInstantLeavesAWholeProgram) {
     int killed = 0;
     for (int number = 0; number < instants.count(); ++number) {
         const auto instant = instants.next(length);
-        SCOPED_TRACE("seed " + std::to_string(instants.seed()) + ", kill " +
-                     std::to_string(number) + " after " + std::to_string(instant.count()) +
-                     " microseconds");
+        SCOPED_TRACE(instants.describe(number, instant));
         startOldVersion();
         killed += wasKilled(instant) ? 1 : 0;
         endCopies(); // of an update that was quicker than the kill

@@ -33,4 +33,9 @@ std::chrono::microseconds RandomInstants::next(std::chrono::microseconds lengthO
     return std::chrono::microseconds(any(numbers));
 }
 
+std::string RandomInstants::describe(int number, std::chrono::microseconds instant) const {
+    return "seed " + std::to_string(begin) + ", kill " + std::to_string(number) + " after " +
+           std::to_string(instant.count()) + " microseconds";
+}
+
 } // namespace kelo::faults

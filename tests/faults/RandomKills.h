@@ -7,6 +7,7 @@
 #include <mutex>
 #include <random>
 #include <stop_token>
+#include <string>
 #include <thread>
 
 namespace kelo::faults {
@@ -32,6 +33,8 @@ public:
     /// Evenly from the road's beginning to its end.
     std::chrono::microseconds next(std::chrono::microseconds lengthOfRoad);
     std::uint64_t seed() const { return begin; }
+    /// For a failure's trace: which kill of which series, and when.
+    std::string describe(int number, std::chrono::microseconds instant) const;
 
 private:
     std::uint64_t begin;

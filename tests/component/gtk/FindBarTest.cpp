@@ -1,8 +1,7 @@
-#include "component/gtk/RunningProgram.h"
+#include "component/gtk/PageFixture.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <gtkmm/label.h>
 #include <gtkmm/searchentry.h>
 
@@ -14,17 +13,15 @@ using testing::ElementsAre;
 using testing::Not;
 
 /// Finding a text in the page.
-class FindBar : public testing::Test {
+class FindBar : public PageFixture {
 protected:
-    Gtk::Window& main() { return program.window("Kelo"); }
-    FakePage& page() { return *program.app.page; }
     std::vector<std::string>& done() { return page().pageControls.done; }
     Gtk::SearchEntry* entry() {
         const auto entries = visibleIn<Gtk::SearchEntry>(main());
         return entries.empty() ? nullptr : entries.front();
     }
     void open() {
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        untilPageHasKeyboard();
         program.screen.press(GDK_KEY_f, {GDK_KEY_Control_L});
         RunningProgram::until("the bar has the keyboard", [&] {
             return entry() && main().get_focus() && main().get_focus()->is_ancestor(*entry());
@@ -35,8 +32,6 @@ protected:
         RunningProgram::until("it is looked for",
                               [&] { return !done().empty() && done().back() == "find " + text; });
     }
-
-    RunningProgram program;
 };
 
 TEST_F(FindBar, CountsThePlacesAndLeadsFromOneToTheNext) {
@@ -51,8 +46,8 @@ TEST_F(FindBar, CountsThePlacesAndLeadsFromOneToTheNext) {
         program.screen.press(GDK_KEY_F3, {GDK_KEY_Shift_L});
         RunningProgram::until("all is done", [&] { return done().size() >= 4; });
         EXPECT_THAT(done(), ElementsAre("next", "previous", "next", "previous"));
-        program.click(*buttonNamed(main(), "Next"));
-        program.click(*buttonNamed(main(), "Previous"));
+        pressButton("Next");
+        pressButton("Previous");
         RunningProgram::until("the buttons ran", [&] { return done().size() >= 6; });
         EXPECT_EQ(done()[4], "next");
         EXPECT_EQ(done()[5], "previous");
@@ -82,7 +77,7 @@ TEST_F(FindBar, EscapeClosesItAndGivesTheKeyboardToThePage) {
         program.screen.press(GDK_KEY_Escape);
         RunningProgram::until("the bar is gone", [&] { return !entry(); });
         EXPECT_EQ(done().back(), "end");
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        untilPageHasKeyboard();
         RunningProgram::until("the page has the bar's place",
                               [&] { return program.boxOf(page().area).y < lower.y; });
     });
@@ -104,7 +99,7 @@ TEST_F(FindBar, OpenedAgainItOffersTheFormerTextToBeReplaced) {
 
 TEST_F(FindBar, KeyForTheNextPlaceOpensItFirst) {
     program.run([&] {
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        untilPageHasKeyboard();
         program.screen.press(GDK_KEY_g, {GDK_KEY_Control_L});
         RunningProgram::until("the bar is open", [&] { return entry() != nullptr; });
         EXPECT_THAT(done(), Not(Contains("next")));
@@ -113,17 +108,13 @@ TEST_F(FindBar, KeyForTheNextPlaceOpensItFirst) {
 
 TEST_F(FindBar, OpenedFromTheMenuHasTheKeyboard) {
     program.run([&] {
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
-        const auto label = [&](const std::string& text) {
-            for (auto* found : visibleIn<Gtk::Label>(main()))
-                if (found->get_text().raw() == text)
-                    return found;
-            return static_cast<Gtk::Label*>(nullptr);
-        };
-        program.click(*label("View"));
-        RunningProgram::until("the menu is open", [&] { return label("Find…") != nullptr; });
-        program.click(*label("Find…"));
-        RunningProgram::until("the bar is open", [&] { return entry() && !label("Find…"); });
+        untilPageHasKeyboard();
+        program.click(*labelSaying(main(), "View"));
+        RunningProgram::until("the menu is open",
+                              [&] { return labelSaying(main(), "Find…") != nullptr; });
+        program.click(*labelSaying(main(), "Find…"));
+        RunningProgram::until("the bar is open",
+                              [&] { return entry() && !labelSaying(main(), "Find…"); });
         RunningProgram::settle();
         ASSERT_TRUE(main().get_focus());
         EXPECT_TRUE(main().get_focus()->is_ancestor(*entry()));

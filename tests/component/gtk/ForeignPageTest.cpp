@@ -1,6 +1,5 @@
-#include "component/gtk/RunningProgram.h"
+#include "component/gtk/PageFixture.h"
 
-#include <gtest/gtest.h>
 #include <gtkmm/label.h>
 
 #include <algorithm>
@@ -9,26 +8,13 @@ namespace kelo::tests {
 namespace {
 
 /// A page of another host in the main window.
-class ForeignPage : public testing::Test {
+class ForeignPage : public PageFixture {
 protected:
-    Gtk::Window& main() { return program.window("Kelo"); }
-    FakePage& page() { return *program.app.page; }
-    Gtk::Widget* bar() { return withClass(main(), "kelo-notice"); }
     void show(const std::string& host) {
         page().setForeignHost(host);
         RunningProgram::settle();
         program.untilDrawn(main());
     }
-    void press(const char* name) {
-        auto* const button = buttonNamed(main(), name);
-        ASSERT_TRUE(button) << name;
-        program.click(*button);
-    }
-    void untilPageHasFocus() {
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
-    }
-
-    RunningProgram program;
 };
 
 TEST_F(ForeignPage, IsNamedByABarWhileItIsShown) {
@@ -98,17 +84,17 @@ TEST_F(ForeignPage, LongHostLosesItsBeginningAndMovesNoButton) {
 TEST_F(ForeignPage, IsLeftByTheButtonAndThePageHasTheKeyboardAgain) {
     program.run([&] {
         show("accounts.example.com");
-        press("Back to Kelo");
+        pressButton("Back to Kelo");
         RunningProgram::until("the page is left", [&] { return page().returns == 1; });
         EXPECT_FALSE(bar());
-        untilPageHasFocus();
+        untilPageHasKeyboard();
     });
 }
 
 TEST_F(ForeignPage, OpensInTheBrowserByTheButtonAndStays) {
     program.run([&] {
         show("accounts.example.com");
-        press("Open in Browser");
+        pressButton("Open in Browser");
         RunningProgram::until("it is opened", [&] { return page().openings == 1; });
         EXPECT_TRUE(bar());
         EXPECT_EQ(page().returns, 0);
@@ -117,14 +103,14 @@ TEST_F(ForeignPage, OpensInTheBrowserByTheButtonAndStays) {
 
 TEST_F(ForeignPage, BarIsReachedByKeysAndLeftByThem) {
     program.run([&] {
-        untilPageHasFocus();
+        untilPageHasKeyboard();
         show("accounts.example.com");
         EXPECT_TRUE(page().area.has_focus()) << "the bar took the keyboard by itself";
         program.screen.press(GDK_KEY_F6);
         RunningProgram::until("the bar has the keyboard",
                               [&] { return buttonNamed(main(), "Back to Kelo")->has_focus(); });
         program.screen.press(GDK_KEY_F6);
-        untilPageHasFocus();
+        untilPageHasKeyboard();
         program.screen.press(GDK_KEY_F6);
         program.screen.press(GDK_KEY_Tab);
         RunningProgram::until("the second button has the keyboard",
@@ -136,7 +122,7 @@ TEST_F(ForeignPage, BarIsReachedByKeysAndLeftByThem) {
 
 TEST_F(ForeignPage, KeyIsThePagesWhileThereIsNoBar) {
     program.run([&] {
-        untilPageHasFocus();
+        untilPageHasKeyboard();
         program.screen.press(GDK_KEY_F6);
         RunningProgram::settle();
         EXPECT_TRUE(page().area.has_focus());

@@ -1,6 +1,4 @@
-#include "component/gtk/RunningProgram.h"
-
-#include <gtest/gtest.h>
+#include "component/gtk/PageFixture.h"
 
 #include <algorithm>
 
@@ -8,27 +6,17 @@ namespace kelo::tests {
 namespace {
 
 /// A page in the main window that does not answer.
-class HungPage : public testing::Test {
+class HungPage : public PageFixture {
 protected:
-    Gtk::Window& main() { return program.window("Kelo"); }
-    FakePage& page() { return *program.app.page; }
-    Gtk::Widget* bar() { return withClass(main(), "kelo-notice"); }
     void hang() {
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        untilPageHasKeyboard();
         page().setHangs(true);
         RunningProgram::settle();
         program.untilDrawn(main());
     }
-    void press(const char* name) {
-        auto* const button = buttonNamed(main(), name);
-        ASSERT_TRUE(button) << name;
-        program.click(*button);
-    }
     void untilBarIsGone() {
         RunningProgram::until("the bar is gone", [&] { return !bar(); });
     }
-
-    RunningProgram program;
 };
 
 TEST_F(HungPage, HasABarAsLongAsItDoesNotAnswer) {
@@ -70,7 +58,7 @@ TEST_F(HungPage, OfAnotherHostHasBothBars) {
         ASSERT_TRUE(back && reload);
         const auto upper = program.boxOf(*back);
         EXPECT_GE(program.boxOf(*reload).y, upper.y + upper.height);
-        press("Back to Kelo");
+        pressButton("Back to Kelo");
         RunningProgram::until("the page is left", [&] { return page().returns == 1; });
     });
 }
@@ -78,10 +66,10 @@ TEST_F(HungPage, OfAnotherHostHasBothBars) {
 TEST_F(HungPage, IsLoadedAgainByTheButtonAndHasTheKeyboard) {
     program.run([&] {
         hang();
-        press("Reload");
+        pressButton("Reload");
         RunningProgram::until("it is loaded again", [&] { return page().reloads == 1; });
         EXPECT_FALSE(bar());
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        untilPageHasKeyboard();
     });
 }
 
@@ -100,13 +88,13 @@ TEST_F(HungPage, IsLoadedAgainByKeys) {
 TEST_F(HungPage, IsWaitedForUntilTheUserTriesItInVain) {
     program.run([&] {
         hang();
-        press("Wait");
+        pressButton("Wait");
         untilBarIsGone();
         EXPECT_EQ(page().reloads, 0);
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
+        untilPageHasKeyboard();
         program.click(page().area);
         RunningProgram::until("the bar is back", [&] { return bar() != nullptr; });
-        press("Wait");
+        pressButton("Wait");
         untilBarIsGone();
         program.screen.press(GDK_KEY_a);
         RunningProgram::until("the bar is back", [&] { return bar() != nullptr; });
@@ -116,7 +104,7 @@ TEST_F(HungPage, IsWaitedForUntilTheUserTriesItInVain) {
 TEST_F(HungPage, ThatAnsweredInTheMeantimeHasABarWhenItHangsAgain) {
     program.run([&] {
         hang();
-        press("Wait");
+        pressButton("Wait");
         untilBarIsGone();
         page().setHangs(false);
         EXPECT_FALSE(bar());

@@ -46,12 +46,7 @@ private:
 class MainMenu : public testing::Test {
 protected:
     /// The visible label with the text; null when there is none.
-    Gtk::Label* entry(const std::string& text) {
-        for (auto* label : visibleIn<Gtk::Label>(program.window("Kelo")))
-            if (label->get_text().raw() == text)
-                return label;
-        return nullptr;
-    }
+    Gtk::Label* entry(const std::string& text) { return labelSaying(program.window("Kelo"), text); }
     void openAccountMenu() {
         program.screen.press(GDK_KEY_F10);
         RunningProgram::until("the first menu is open", [&] { return entry("Settings…"); });

@@ -186,6 +186,13 @@ bool isNamed(Gtk::Widget& widget, const std::string& name) {
     return same;
 }
 
+Gtk::Label* labelSaying(Gtk::Widget& root, const std::string& text) {
+    for (auto* label : visibleIn<Gtk::Label>(root))
+        if (label->get_text().raw() == text)
+            return label;
+    return nullptr;
+}
+
 Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name) {
     for (auto* button : visibleIn<Gtk::Button>(root))
         if (button->get_label().raw() == name || isNamed(*button, name))

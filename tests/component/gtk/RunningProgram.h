@@ -8,6 +8,7 @@
 #include "linux/gtk/application/GtkApplicationHost.h"
 
 #include <gtkmm/button.h>
+#include <gtkmm/label.h>
 #include <gtkmm/window.h>
 
 #include <functional>
@@ -81,6 +82,9 @@ std::vector<Kind*> visibleIn(Gtk::Widget& root) {
 
 /// The texts of all visible labels, in drawing order.
 std::vector<std::string> textsIn(Gtk::Widget& root);
+
+/// The visible label with the text; null if there is none.
+Gtk::Label* labelSaying(Gtk::Widget& root, const std::string& text);
 
 /// The visible button with the accessible name; null if there is none.
 Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name);

@@ -1,10 +1,8 @@
-#include "component/gtk/RunningProgram.h"
+#include "component/gtk/PageFixture.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <gtkmm/eventcontrollerkey.h>
-#include <gtkmm/label.h>
 
 namespace kelo::tests {
 namespace {
@@ -12,30 +10,21 @@ namespace {
 using testing::ElementsAre;
 
 /// The "View" menu of the main window, its keys, and the mouse.
-class ViewCommands : public testing::Test {
+class ViewCommands : public PageFixture {
 protected:
-    Gtk::Window& main() { return program.window("Kelo"); }
-    FakePage& page() { return *program.app.page; }
     std::vector<std::string>& done() { return page().pageControls.done; }
-    void untilPageHasKeyboard() {
-        RunningProgram::until("the page has the keyboard", [&] { return page().area.has_focus(); });
-    }
     void press(unsigned key, const std::vector<screen::KeySymbol>& modifiers = {}) {
         program.screen.press(key, modifiers);
         RunningProgram::settle();
     }
     std::vector<std::string> openMenu() {
-        for (auto* label : visibleIn<Gtk::Label>(main()))
-            if (label->get_text() == "View")
-                program.click(*label);
+        program.click(*labelSaying(main(), "View"));
         RunningProgram::until("the menu is open", [&] {
             const auto texts = textsIn(main());
             return std::ranges::count(texts, "Full Screen") == 1;
         });
         return textsIn(main());
     }
-
-    RunningProgram program;
 };
 
 TEST_F(ViewCommands, HaveTheKeysOfBrowsers) {
@@ -61,11 +50,7 @@ TEST_F(ViewCommands, StandInTheMenuWithTheirKeys) {
         for (const auto* text : {"Reload", "Back", "Forward", "Start Page", "Find…", "Print…",
                                  "Zoom In", "Zoom Out", "Usual Size", "Full Screen", "F5", "F11"})
             EXPECT_EQ(std::ranges::count(texts, text), 1) << text;
-        for (auto* label : visibleIn<Gtk::Label>(main()))
-            if (label->get_text() == "Print…") {
-                program.click(*label);
-                break;
-            }
+        program.click(*labelSaying(main(), "Print…"));
         RunningProgram::until("the command ran", [&] { return !done().empty(); });
         EXPECT_THAT(done(), ElementsAre("print"));
     });
