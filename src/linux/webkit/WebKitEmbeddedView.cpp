@@ -53,7 +53,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       process(std::make_unique<WebProcess>(
           view.get(), WebProcess::Handlers{[this] { responsivenessChanged(); },
                                            [this](auto reason) { processFailed(reason); },
-                                           [this] { processEnded(); }})) {
+                                           [this] { processEnded(); },
+                                           [this] { return pageLoad->isUnanswered(); }})) {
     connectLoadSignals();
     connectPolicySignals();
     if (!configuration.linksOpenInBrowser)
@@ -129,9 +130,10 @@ void WebKitEmbeddedView::load(UrlRequest request) {
 
 void WebKitEmbeddedView::startLoad(const UrlRequest& request) {
     mediaPermission->navigationStarted();
+    // The end of the former document says nothing about this one.
+    documentConnection = {};
     pageLoad->requestPage(request);
     webkit_web_view_load_request(view.get(), nativeRequest(request).get());
-    // The engine does not ask a process whose view was out of sight.
     if (pageLoad->isUnanswered())
         process->expectAnswer();
 }

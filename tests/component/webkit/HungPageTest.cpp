@@ -115,6 +115,26 @@ TEST_F(HungPage, IsLeftForTheService) {
     EXPECT_EQ(server->requests().back().target, "/");
 }
 
+TEST_F(HungPage, ThatHangsWhileAnotherPageIsOnItsWayIsLeft) {
+    std::atomic<int> requests = 0;
+    MisbehavingServer slow(identity, [&](ServerConnection& connection) {
+        while (const auto request = connection.read()) {
+            if (request->target == "/next" && ++requests == 1)
+                return connection.waitForPeer();
+            connection.write(page("<title>" + request->target + "</title>"));
+        }
+    });
+    makeView(slow.url());
+    open(slow.url("/first"));
+    load(slow.url("/next"));
+    ASSERT_TRUE(loop.runUntil([&] { return requests == 1; }));
+    ASSERT_EQ(evaluate("document.title"), "/first") << "it answers while the page is on its way";
+    webkit_web_view_evaluate_javascript(native(), "while (true) {}", -1, nullptr, nullptr, nullptr,
+                                        nullptr, nullptr);
+    EXPECT_TRUE(waitForTitle("/next"));
+    EXPECT_EQ(requests, 2);
+}
+
 TEST_F(HungPage, AnswersAgainWhenItsScriptEnds) {
     open(server->url("/"));
     hosted().setPageObserver(observer);

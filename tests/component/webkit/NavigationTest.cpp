@@ -175,6 +175,30 @@ TEST_F(Navigation, AFormThatIsLostLeadsBackToItsPageAndIsNeverSentAsAPlainReques
         EXPECT_EQ(request.target == "/sent", request.method == "POST") << request.target;
 }
 
+/// What a service with forms was asked for.
+std::vector<std::string> sentForms(const MisbehavingServer& server) {
+    std::vector<std::string> targets;
+    for (const auto& request : server.requests())
+        if (request.method == "POST")
+            targets.push_back(request.target);
+    return targets;
+}
+
+TEST_F(Navigation, AFormIsNotSentAgainOnTheWayBack) {
+    const auto peer = site({{"/form", "<form method=post action=/sent></form>"},
+                            {"/sent", "sent"},
+                            {"/after", "after"}});
+    makeView(peer->url());
+    open(peer->url("/form"));
+    evaluate("document.forms[0].submit()");
+    ASSERT_TRUE(waitForFinished(2));
+    open(peer->url("/after"));
+    webkit_web_view_go_back(native());
+    ASSERT_TRUE(waitForFinished(4));
+    EXPECT_EQ(view->url()->path(), "/sent");
+    EXPECT_EQ(sentForms(*peer), std::vector<std::string>{"/sent"});
+}
+
 TEST_F(Navigation, LoadAfterACrashIsFresh) {
     const auto peer = site({{"/", "hello"}, {"/next", "next"}});
     makeView(peer->url());

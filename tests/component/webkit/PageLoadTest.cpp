@@ -178,12 +178,37 @@ TEST_F(PageLoadTest, RequestIsUnansweredOnceTheProcessHasShownADocument) {
     EXPECT_TRUE(load.isUnanswered());
     EXPECT_EQ(load.takeUnanswered()->url.path(), "/page");
     EXPECT_FALSE(load.isUnanswered());
-    load.requestPage(request());
-    load.started();
-    EXPECT_FALSE(load.isUnanswered());
     load.processEnded();
     load.requestPage(request());
     EXPECT_FALSE(load.isUnanswered());
+}
+
+TEST_F(PageLoadTest, RequestIsUnansweredUntilItsPageIsShown) {
+    showPage();
+    load.requestPage(request());
+    load.started();
+    EXPECT_TRUE(load.isUnanswered()) << "the process may hang before the page is here";
+    load.committed();
+    EXPECT_FALSE(load.isUnanswered());
+    EXPECT_FALSE(load.takeUnanswered());
+}
+
+TEST_F(PageLoadTest, NothingMoreIsExpectedOfARequestThatFailed) {
+    showPage();
+    load.requestPage(request());
+    load.failed();
+    EXPECT_FALSE(load.isUnanswered());
+    load.requestErrorPage("https://example.org/page");
+    EXPECT_FALSE(load.takeUnanswered());
+}
+
+TEST_F(PageLoadTest, RequestOutlivesTheProcessThatDiedBeforeItsPageWasShown) {
+    showPage();
+    load.requestPage(request());
+    load.started();
+    load.processEnded();
+    EXPECT_FALSE(load.isUnanswered());
+    EXPECT_TRUE(load.takeUnanswered());
 }
 
 TEST_F(PageLoadTest, LostPageIsRepeatedThreeTimes) {

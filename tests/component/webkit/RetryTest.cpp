@@ -37,7 +37,7 @@ protected:
     std::vector<seconds> waits() const {
         std::vector<seconds> all;
         for (const auto delay : timers.delays)
-            if (delay != loadTimeout && delay != answerTimeout)
+            if (delay != loadTimeout && delay != answerTimeout && delay != askedAgainAfter)
                 all.push_back(std::chrono::duration_cast<seconds>(delay));
         return all;
     }
@@ -58,6 +58,7 @@ protected:
 
     static constexpr seconds loadTimeout{7};
     static constexpr seconds answerTimeout{4}; ///< of a process that is to load a page
+    static constexpr seconds askedAgainAfter{1};
     ManualTimers timers;
     MainLoop::Installation installation{timers};
     std::atomic<bool> isDown = true;

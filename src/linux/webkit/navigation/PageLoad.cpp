@@ -23,12 +23,12 @@ void PageLoad::requestErrorPage(std::string address) {
     stage = Stage::failed;
     failedAddress = std::move(address);
     errorPageRequested = true;
+    unanswered.reset();
     stopTimer();
 }
 
 void PageLoad::started() {
     stage = std::exchange(errorPageRequested, false) ? Stage::errorPage : Stage::page;
-    unanswered.reset();
     if (stage == Stage::page)
         startTimer();
 }
@@ -44,6 +44,7 @@ void PageLoad::progressed() {
 
 void PageLoad::committed() {
     processHasShownADocument = true;
+    unanswered.reset();
     certificateAllowed = false;
     repetitions = 0;
     progressed();

@@ -57,10 +57,12 @@ public:
     /// error page is shown.
     std::string addressToTryAgain() const;
 
-    /// The requested page, while a web process that has shown a page before has not begun to load
-    /// it: that process may hang. Each request is handed out once.
+    /// The requested page, unless it is shown, has failed, or was requested of a web process that
+    /// has shown no document before. Each request is handed out once: in case the process hangs or
+    /// dies.
     std::optional<platform::UrlRequest> takeUnanswered();
-    bool isUnanswered() const { return unanswered.has_value(); }
+    /// Whether there is one, and it is still expected.
+    bool isUnanswered() const { return unanswered && timer; }
 
     /// Whether a page that the engine lost through its own fault may be loaded again: three times
     /// until a document is shown.
