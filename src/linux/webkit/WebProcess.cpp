@@ -8,6 +8,7 @@ namespace kelo::webkit {
 namespace {
 
 constexpr std::chrono::seconds patience{4};
+constexpr std::chrono::seconds repeatedAfter{1};
 
 // Without a graphics card, the engine paints nothing of a process that replaces another one until
 // the view comes into sight again.
@@ -45,29 +46,13 @@ WebProcess::WebProcess(WebKitWebView* view, Handlers given)
           +[](WebKitWebView*, WebKitWebProcessTerminationReason reason, WebProcess* self) {
               self->terminated(reason);
           },
-          this)) {
-    watchInput();
-}
+          this)),
+      // The engine asks by itself, but not for a click that follows a movement of the mouse: it
+      // keeps the click back until the page has taken the movement.
+      input(GTK_WIDGET(view), [this] { expectAnswer(); }) {}
 
 WebProcess::~WebProcess() {
-    stopTimer();
-}
-
-// The engine asks by itself, but not for a click that follows a movement of the mouse: it keeps the
-// click back until the page has taken the movement.
-void WebProcess::watchInput() {
-    GtkEventController* const input = gtk_event_controller_legacy_new();
-    gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
-    gtk_widget_add_controller(GTK_WIDGET(view), input);
-    inputConnection = gobject::connectSignal(
-        input, "event",
-        +[](GtkEventControllerLegacy*, GdkEvent* event, WebProcess* self) -> gboolean {
-            const GdkEventType type = gdk_event_get_event_type(event);
-            if (type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS || type == GDK_TOUCH_BEGIN)
-                self->expectAnswer();
-            return FALSE;
-        },
-        this);
+    stopTimers();
 }
 
 void WebProcess::expectAnswer() {
@@ -90,8 +75,10 @@ void WebProcess::ask() {
     const GAsyncReadyCallback ready = [](GObject* view, GAsyncResult* result, gpointer data) {
         const std::unique_ptr<Asker> asker(static_cast<Asker*>(data));
         webkit_web_view_can_execute_editing_command_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
-        if (const auto process = asker->lock())
+        if (const auto process = asker->lock()) {
             (*process)->answered();
+            (*process)->askAgain();
+        }
     };
     webkit_web_view_can_execute_editing_command(view, WEBKIT_EDITING_COMMAND_COPY, nullptr, ready,
                                                 std::make_unique<Asker>(self).release());
@@ -100,21 +87,32 @@ void WebProcess::ask() {
 void WebProcess::answered() {
     isAsked = false;
     showsDialog = false;
-    stopTimer();
+    stopTimers();
     if (std::exchange(isOverdue, false))
         handlers.responsivenessChanged();
+}
+
+// A process may begin to hang after it has answered, and before what is expected of it is there.
+void WebProcess::askAgain() {
+    if (handlers.isAwaited())
+        repetition = MainLoop::main().scheduleTimer(repeatedAfter, [this] {
+            repetition = nullptr;
+            if (handlers.isAwaited())
+                expectAnswer();
+        });
 }
 
 // A script that waits for the user answers nothing. The answer tells that it goes on.
 void WebProcess::dialogOpened() {
     showsDialog = true;
-    stopTimer();
+    stopTimers();
     ask();
 }
 
-void WebProcess::stopTimer() {
-    if (const auto pending = std::exchange(timer, nullptr))
-        pending->invalidate();
+void WebProcess::stopTimers() {
+    for (auto* const each : {&timer, &repetition})
+        if (const auto pending = std::exchange(*each, nullptr))
+            pending->invalidate();
 }
 
 bool WebProcess::answers() const {

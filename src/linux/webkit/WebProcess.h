@@ -2,6 +2,7 @@
 
 #include "base/async/MainLoop.h"
 #include "linux/gobject/SignalHandler.h"
+#include "linux/window/InputWatch.h"
 
 #include <webkit/webkit.h>
 
@@ -21,6 +22,8 @@ public:
         std::function<void(WebKitWebProcessTerminationReason reason)> failed;
         /// Called before failed, and for endIfItHangs() as well.
         std::function<void()> ended;
+        /// Whether something is expected of the process. While it is, expectAnswer() is repeated.
+        std::function<bool()> isAwaited;
     };
 
     WebProcess(WebKitWebView* view, Handlers handlers);
@@ -40,11 +43,11 @@ public:
     void pageChanged();
 
 private:
-    void watchInput();
     void ask();
     void answered();
     void dialogOpened();
-    void stopTimer();
+    void askAgain();
+    void stopTimers();
     void terminated(WebKitWebProcessTerminationReason reason);
 
     WebKitWebView* view;
@@ -54,11 +57,12 @@ private:
     bool isOverdue = false;   ///< the answer is
     bool showsDialog = false; ///< of a script, which waits for the user
     std::shared_ptr<Timer> timer;
+    std::shared_ptr<Timer> repetition;
     std::shared_ptr<WebProcess*> self; ///< for answers that come when this is gone
-    gobject::SignalConnection inputConnection;
     gobject::SignalConnection dialogConnection;
     gobject::SignalConnection responsivenessConnection;
     gobject::SignalConnection terminationConnection;
+    window::InputWatch input;
 };
 
 } // namespace kelo::webkit

@@ -47,7 +47,7 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
     set_child(*handle);
 
     signal_map().connect([this] { dimParent(true); });
-    signal_unmap().connect([this] { dimParent(false); });
+    unmapping = signal_unmap().connect([this] { dimParent(false); });
     signal_close_request().connect(
         [this] {
             dismissed();
@@ -61,6 +61,8 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
 }
 
 ModalWindow::~ModalWindow() {
+    unmapping.disconnect();
+    dimParent(false);
     std::erase(stack(), this);
     unset_default_widget();
     unset_child();

@@ -2,6 +2,7 @@
 
 #include <gtkmm/box.h>
 #include <gtkmm/window.h>
+#include <sigc++/connection.h>
 
 namespace kelo::gtk {
 
@@ -27,6 +28,8 @@ protected:
 
 private:
     void dimParent(bool isDimmed);
+
+    sigc::connection unmapping;
 };
 
 } // namespace kelo::gtk

@@ -53,32 +53,15 @@ PageBars::~PageBars() {
 }
 
 void PageBars::setPage(window::HostedPage* newPage) {
-    if (page)
-        gtk_widget_remove_controller(page->widget(), GTK_EVENT_CONTROLLER(input->gobj()));
     page = newPage;
+    input.reset();
+    // The engine reports only once that a page does not answer.
     if (page)
-        watchInput();
+        input.emplace(page->widget(), [this] {
+            userWaits = false;
+            draw();
+        });
     draw();
-}
-
-// The engine reports only once that a page does not answer.
-void PageBars::watchInput() {
-    input = Gtk::EventControllerLegacy::create();
-    input->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
-    input->signal_event().connect(
-        [this](const Glib::RefPtr<const Gdk::Event>& event) {
-            using Type = Gdk::Event::Type;
-            const auto type = event->get_event_type();
-            if (type == Type::BUTTON_PRESS || type == Type::KEY_PRESS ||
-                type == Type::TOUCH_BEGIN) {
-                userWaits = false;
-                draw();
-            }
-            return false;
-        },
-        false);
-    // The page lets go of its controllers with a reference of its own.
-    gtk_widget_add_controller(page->widget(), GTK_EVENT_CONTROLLER(g_object_ref(input->gobj())));
 }
 
 void PageBars::draw() {

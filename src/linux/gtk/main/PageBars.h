@@ -1,8 +1,9 @@
 #pragma once
 
 #include "linux/gtk/main/NoticeBar.h"
+#include "linux/window/InputWatch.h"
 
-#include <gtkmm/eventcontrollerlegacy.h>
+#include <optional>
 
 namespace kelo::window {
 class HostedPage;
@@ -33,15 +34,14 @@ public:
     bool switchFocus();
 
 private:
-    void watchInput();
     void show(NoticeBar& bar, bool isShown);
     void focusPage();
 
     window::HostedPage* page = nullptr;
     NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_STATUS};
     NoticeBar hangBar{GTK_ACCESSIBLE_ROLE_ALERT};
-    bool userWaits = false;                         ///< for a page that does not answer
-    Glib::RefPtr<Gtk::EventControllerLegacy> input; ///< of the page
+    bool userWaits = false;                  ///< for a page that does not answer
+    std::optional<window::InputWatch> input; ///< of the page
 };
 
 } // namespace kelo::gtk

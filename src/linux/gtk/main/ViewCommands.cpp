@@ -215,7 +215,6 @@ void ViewCommands::setZoom(double factor) {
         return;
     shown->controls().setZoom(factor);
     state.setNumber(stateGroup, zoomKey, static_cast<int>(std::lround(factor * 100)));
-    state.save();
 }
 
 void ViewCommands::zoomBy(int steps) {

@@ -26,7 +26,7 @@ class StateFile;
 /// the page is drawn is remembered.
 class ViewCommands {
 public:
-    /// All of them must outlive this.
+    /// All of them must outlive this. Who owns the state saves it.
     ViewCommands(Gtk::ApplicationWindow& window, ContentArea& content, FindBar& findBar,
                  StateFile& state);
     ViewCommands(const ViewCommands&) = delete;

@@ -165,8 +165,12 @@ void WindowMemory::restorePlace() {
 }
 
 void WindowMemory::remember() {
-    if (!window.get_mapped() || ModalWindow::topmost())
-        return;
+    if (window.get_mapped() && !ModalWindow::topmost())
+        notePlacement();
+    file.save();
+}
+
+void WindowMemory::notePlacement() {
     const bool fillsTheScreen = window.is_maximized() || window.is_fullscreen();
     file.setFlag(group, "maximized", window.is_maximized());
     // The toolkit keeps the size that the window has when it does not fill the screen.
@@ -181,7 +185,6 @@ void WindowMemory::remember() {
         file.setNumber(group, "x", place->first);
         file.setNumber(group, "y", place->second);
     }
-    file.save();
 }
 
 } // namespace kelo::gtk

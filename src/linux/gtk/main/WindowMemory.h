@@ -21,13 +21,14 @@ public:
     WindowMemory(const WindowMemory&) = delete;
     WindowMemory& operator=(const WindowMemory&) = delete;
 
-    /// Remembers how the window is now, if it is on the screen. Also happens each time it loses the
-    /// keyboard. Does nothing while a dialog is open.
+    /// Remembers how the window is now, if it is on the screen and no dialog is open, and saves the
+    /// file. Also happens each time the window loses the keyboard.
     void remember();
 
 private:
     void restoreSize();
     void restorePlace();
+    void notePlacement();
 
     Gtk::Window& window;
     StateFile& file;

@@ -110,28 +110,12 @@ Downloads::Downloads(WebKitNetworkSession* session, WebKitWebView* view, const S
               self->watchMenu(menu);
               return FALSE;
           },
-          this)) {
-    watchInput();
-}
+          this)),
+      input(GTK_WIDGET(view), [this] { nextGesture(); }) {}
 
 Downloads::~Downloads() {
     if (timer)
         timer->invalidate();
-}
-
-void Downloads::watchInput() {
-    GtkEventController* const input = gtk_event_controller_legacy_new();
-    gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
-    gtk_widget_add_controller(GTK_WIDGET(view), input);
-    inputConnection = gobject::connectSignal(
-        input, "event",
-        +[](GtkEventControllerLegacy*, GdkEvent* event, Downloads* self) -> gboolean {
-            const GdkEventType type = gdk_event_get_event_type(event);
-            if (type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS || type == GDK_TOUCH_BEGIN)
-                self->nextGesture();
-            return FALSE;
-        },
-        this);
 }
 
 void Downloads::watchMenu(WebKitContextMenu* menu) {

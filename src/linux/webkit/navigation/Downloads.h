@@ -3,6 +3,7 @@
 #include "base/async/MainLoop.h"
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/navigation/ShownPage.h"
+#include "linux/window/InputWatch.h"
 
 #include <webkit/webkit.h>
 
@@ -42,7 +43,6 @@ private:
     void started(WebKitDownload* download);
     std::optional<Gesture> gestureFor(WebKitDownload* download);
     void watchMenu(WebKitContextMenu* menu);
-    void watchInput();
     void nextGesture();
 
     WebKitWebView* view;
@@ -54,8 +54,8 @@ private:
     std::shared_ptr<Timer> timer;
     gobject::SignalConnection startConnection;
     gobject::SignalConnection menuConnection;
-    gobject::SignalConnection inputConnection;
     std::vector<gobject::SignalConnection> menuChoices; ///< of the last menu
+    window::InputWatch input;
 };
 
 /// Cancels every download of the session that no view's Downloads has taken, for instance of a view
