@@ -56,6 +56,7 @@ public:
     bool answers() const override;
     void reload() override;
     window::PageControls& controls() override { return pageControls; }
+    const window::PageControls& controls() const override { return pageControls; }
     void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override;
 
 private:

@@ -27,8 +27,9 @@ public:
     virtual bool answers() const = 0;
     /// Loads the shown page again, also one that does not answer. What was typed in it is lost.
     virtual void reload() = 0;
-    /// What else users do with the page.
+    /// What else is to be shown of the page, and done with it.
     virtual PageControls& controls() = 0;
+    virtual const PageControls& controls() const = 0;
     /// Called after any of the answers above has changed. Held weakly; replaces the former.
     virtual void setPageObserver(std::weak_ptr<const std::function<void()>> observer) = 0;
 };

@@ -4,14 +4,22 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kelo::window {
 
-/// What users do with a page in every browser. Main thread only.
+/// What every browser shows of a page and lets its users do with it. Main thread only.
 class PageControls {
 public:
     virtual ~PageControls() = default;
+
+    /// What the page calls itself; empty before it does.
+    virtual std::string title() const = 0;
+    /// How much of the page has arrived, from 0 to 1; nothing while none is on its way.
+    virtual std::optional<double> loadProgress() const = 0;
+    /// Called after either may have changed. Held weakly; replaces the former.
+    virtual void setLoadObserver(std::weak_ptr<const std::function<void()>> observer) = 0;
 
     virtual bool canGoBack() const = 0;
     virtual bool canGoForward() const = 0;

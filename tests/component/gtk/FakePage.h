@@ -14,6 +14,11 @@ namespace kelo::tests {
 /// Records what the user does with the page.
 class FakePageControls final : public window::PageControls {
 public:
+    std::string title() const override { return pageTitle; }
+    std::optional<double> loadProgress() const override { return progress; }
+    void setLoadObserver(std::weak_ptr<const std::function<void()>> observer) override {
+        loadObserver = std::move(observer);
+    }
     bool canGoBack() const override { return isAfterAnother; }
     bool canGoForward() const override { return isBeforeAnother; }
     void goBack() override { done.emplace_back("back"); }
@@ -44,11 +49,28 @@ public:
             (*told)();
     }
 
+    void setTitle(const std::string& title) {
+        pageTitle = title;
+        tellLoadObserver();
+    }
+    void setLoadProgress(std::optional<double> arrived) {
+        progress = arrived;
+        tellLoadObserver();
+    }
+
     std::vector<std::string> done;
     double factor = 1;
     unsigned places = 3; ///< where each text is found
 
 private:
+    void tellLoadObserver() const {
+        if (const auto told = loadObserver.lock())
+            (*told)();
+    }
+
+    std::string pageTitle;
+    std::optional<double> progress;
+    std::weak_ptr<const std::function<void()>> loadObserver;
     bool isAfterAnother = false;
     bool isBeforeAnother = false;
     std::weak_ptr<const std::function<void()>> historyObserver;
@@ -70,6 +92,7 @@ public:
     }
     void openInBrowser() override { ++openings; }
     window::PageControls& controls() override { return pageControls; }
+    const window::PageControls& controls() const override { return pageControls; }
     void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override {
         pageObserver = std::move(observer);
     }

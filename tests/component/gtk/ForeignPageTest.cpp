@@ -25,7 +25,7 @@ TEST_F(ForeignPage, IsNamedByABarWhileItIsShown) {
         EXPECT_TRUE(isNamed(*bar(), "This page is from accounts.example.com"));
         EXPECT_TRUE(gtk_test_accessible_has_role(GTK_ACCESSIBLE(bar()->gobj()),
                                                  GTK_ACCESSIBLE_ROLE_STATUS));
-        const auto texts = textsIn(main());
+        const auto texts = textsIn(*bar());
         EXPECT_EQ(std::ranges::count(texts, "This page is from"), 1);
         EXPECT_EQ(std::ranges::count(texts, "accounts.example.com"), 1);
         show("other.example.com");

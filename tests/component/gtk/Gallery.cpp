@@ -23,6 +23,8 @@ public:
 
     void show() {
         program.run([this] {
+            // What fades in is there at once.
+            Gtk::Settings::get_default()->property_gtk_enable_animations() = false;
             walk("light");
             Gtk::Settings::get_default()->property_gtk_application_prefer_dark_theme() = true;
             program.screen.press(GDK_KEY_Escape);
@@ -44,6 +46,13 @@ private:
         program.app.state->error = longError;
         keep(main, "long-error");
         program.app.state->error = std::nullopt;
+        auto& controls = program.app.page->pageControls;
+        controls.setTitle("Inbox (3)");
+        controls.setHistory(true, false);
+        controls.setLoadProgress(0.4);
+        keep(main, "loading");
+        controls.setLoadProgress(std::nullopt);
+        controls.setTitle("Your account");
         program.app.page->setForeignHost("accounts.example.com");
         keep(main, "foreign");
         program.screen.press(GDK_KEY_F6);
@@ -51,6 +60,8 @@ private:
                                          ".evil.example");
         keep(main, "foreign-long");
         program.app.page->setForeignHost(std::nullopt);
+        controls.setTitle("");
+        controls.setHistory(false, false);
 
         program.screen.press(GDK_KEY_F10);
         keep(main, "menu");

@@ -1,4 +1,6 @@
 #include "component/webkit/MainWindowFixture.h"
+#include "linux/window/HostedPage.h"
+#include "linux/window/PageControls.h"
 
 #include <gmock/gmock.h>
 #include <gtkmm/label.h>
@@ -46,6 +48,31 @@ protected:
     }
     screen::Point middleOfPage() { return placeOf("html"); }
 };
+
+TEST_F(ViewCommands, WindowHasThePagesTitle) {
+    EXPECT_TRUE(loop.runUntil([this] { return window->get_title() == "first – Kelo"; }));
+    goToNext();
+    EXPECT_TRUE(loop.runUntil([this] { return window->get_title() == "next – Kelo"; }));
+    evaluate("document.title = ''; 1");
+    EXPECT_TRUE(loop.runUntil([this] { return window->get_title() == "Kelo"; }));
+}
+
+TEST_F(ViewCommands, LoadHasProgressUntilThePageIsHere) {
+    struct Seen {
+        window::PageControls& controls;
+        std::vector<bool> loads;
+    } seen{dynamic_cast<window::HostedPage&>(*view).controls(), {}};
+    EXPECT_FALSE(seen.controls.loadProgress());
+    const auto connection = gobject::connectSignal(
+        native(), "notify::is-loading",
+        +[](WebKitWebView*, GParamSpec*, Seen* seen) {
+            seen->loads.push_back(seen->controls.loadProgress().has_value());
+        },
+        &seen);
+    evaluate("location = '/next'; 1");
+    EXPECT_TRUE(loop.runUntil([&] { return seen.loads.size() == 2; }));
+    EXPECT_THAT(seen.loads, ElementsAre(true, false));
+}
 
 TEST_F(ViewCommands, ReloadKeyLoadsThePageAgain) {
     const auto before = recorder->finished.size();

@@ -1,6 +1,7 @@
 #include "linux/gtk/main/ContentArea.h"
 
 #include "linux/window/HostedPage.h"
+#include "linux/window/PageControls.h"
 
 #include <gtkmm/shortcutcontroller.h>
 
@@ -76,12 +77,19 @@ void ContentArea::takeWebView(const std::shared_ptr<platform::EmbeddedWebView>& 
     pageObserver = std::make_shared<const std::function<void()>>([this] {
         bars.draw();
         drawOverlay();
+        pageChanged.emit();
     });
     hosted->setPageObserver(pageObserver);
+    loadObserver = std::make_shared<const std::function<void()>>([this] {
+        bars.drawLoad();
+        pageChanged.emit();
+    });
+    hosted->controls().setLoadObserver(loadObserver);
     // It came while no window showed it, or from a window that is being closed.
     if (hosted->foreignHost())
         hosted->returnToService();
     bars.setPage(hosted);
+    pageChanged.emit();
 }
 
 void ContentArea::releaseWebView() {
@@ -93,6 +101,7 @@ void ContentArea::releaseWebView() {
     hosted = nullptr;
     bars.setPage(nullptr);
     pageObserver.reset();
+    loadObserver.reset();
     webView.reset();
 }
 

@@ -5,6 +5,7 @@
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/widget.h>
+#include <sigc++/signal.h>
 
 #include <functional>
 #include <memory>
@@ -30,6 +31,8 @@ public:
     void close();
     /// The page of the web view; null once the window is closed.
     window::HostedPage* page() const { return hosted; }
+    /// Emitted after the page, its title or its host has changed.
+    sigc::signal<void()>& signalPageChanged() { return pageChanged; }
     /// Call it when the widget, a descendant of this one, received the keyboard focus.
     void rememberFocus(const Gtk::Widget& focus);
     /// Focuses the descendant that had the focus last, the page at first.
@@ -51,6 +54,8 @@ private:
     std::shared_ptr<platform::EmbeddedWebView> webView;
     window::HostedPage* hosted = nullptr; ///< the same object as webView
     std::shared_ptr<const std::function<void()>> pageObserver;
+    std::shared_ptr<const std::function<void()>> loadObserver;
+    sigc::signal<void()> pageChanged;
     PageBars bars{*this};
     OverlayPanel panel;
     std::optional<platform::OverlayDescription> overlay;

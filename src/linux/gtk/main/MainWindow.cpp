@@ -5,7 +5,7 @@
 #include "linux/gtk/main/ContentArea.h"
 #include "linux/gtk/main/FindBar.h"
 #include "linux/gtk/main/FittingMinimum.h"
-#include "linux/gtk/main/MenuBar.h"
+#include "linux/gtk/main/TitleBar.h"
 #include "linux/gtk/main/ViewCommands.h"
 #include "linux/gtk/main/WindowMemory.h"
 
@@ -21,16 +21,13 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
       group(group),
       content(std::make_unique<ContentArea>(group.defaultSize)),
       findBar(std::make_unique<FindBar>(*content)),
-      menuBar(menu) {
+      titleBar(std::make_unique<TitleBar>(menu)) {
     set_title(programName);
     add_css_class("kelo-main");
     if (!get_display()->is_composited())
         add_css_class("kelo-opaque");
-    header.pack_start(menuBar);
-    menuBar.set_valign(Gtk::Align::CENTER);
-    exposeShortcuts(menuBar);
-    leaveKeyboardAlone(menuBar);
-    set_titlebar(header);
+    set_titlebar(*titleBar);
+    content->signalPageChanged().connect([this] { titleBar->draw(content->page()); });
     minimum = std::make_unique<FittingMinimum>(*this, *content);
     draw(description);
     viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar, state);
@@ -74,7 +71,7 @@ void MainWindow::appear() {
 void MainWindow::followFocus() {
     auto* focus = get_focus();
     const bool wasInMenu = focusIsInMenu;
-    focusIsInMenu = focus && focus->is_ancestor(menuBar);
+    focusIsInMenu = focus && focus->is_ancestor(titleBar->mainMenu());
     if (!wasInMenu && !isLeavingMenus && focus && focus->is_ancestor(*content))
         content->rememberFocus(*focus);
     if (!wasInMenu || focusIsInMenu || std::exchange(isLeavingMenus, true))

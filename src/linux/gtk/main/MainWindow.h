@@ -6,8 +6,6 @@
 
 #include <giomm/menumodel.h>
 #include <gtkmm/box.h>
-#include <gtkmm/headerbar.h>
-#include <gtkmm/popovermenubar.h>
 
 #include <functional>
 #include <memory>
@@ -19,10 +17,11 @@ class ContentArea;
 class FindBar;
 class FittingMinimum;
 class StateFile;
+class TitleBar;
 class ViewCommands;
 class WindowMemory;
 
-/// A window of a window group, with the main menu in its header bar and the group's content below.
+/// A window of a window group, with the main menu in its title bar and the group's content below.
 class MainWindow final : public ProgramWindow {
 public:
     /// description: the group's content, computed before the window so that its web view is already
@@ -53,8 +52,7 @@ private:
     std::unique_ptr<FindBar> findBar;
     std::unique_ptr<ViewCommands> viewCommands;
     Gtk::Box column{Gtk::Orientation::VERTICAL};
-    Gtk::HeaderBar header;
-    Gtk::PopoverMenuBar menuBar;
+    std::unique_ptr<TitleBar> titleBar;
     std::unique_ptr<WindowMemory> memory;
     bool focusIsInMenu = false;
     bool isLeavingMenus = false;

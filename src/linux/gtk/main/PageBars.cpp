@@ -1,6 +1,9 @@
 #include "linux/gtk/main/PageBars.h"
 
+#include "base/Translation.h"
+#include "linux/gtk/kit/Accessibility.h"
 #include "linux/window/HostedPage.h"
+#include "linux/window/PageControls.h"
 
 #include <algorithm>
 
@@ -9,7 +12,7 @@ namespace kelo::gtk {
 namespace {
 
 /// Returns the bar's height, 0 if it is hidden.
-int allocateBar(NoticeBar& bar, int top, int width) {
+int allocateBar(Gtk::Widget& bar, int top, int width) {
     if (!bar.get_visible())
         return 0;
     int minimum = 0;
@@ -44,10 +47,17 @@ PageBars::PageBars(Gtk::Widget& parent) {
             page->reload();
     });
     hangBar.set_parent(parent);
+    loadBar.add_css_class("osd");
+    loadBar.add_css_class("kelo-loading");
+    loadBar.set_can_target(false);
+    loadBar.set_visible(false);
+    setAccessibleName(loadBar, translated("Loading"));
+    loadBar.set_parent(parent);
 }
 
 PageBars::~PageBars() {
     setPage(nullptr);
+    loadBar.unparent();
     hangBar.unparent();
     foreignBar.unparent();
 }
@@ -62,6 +72,7 @@ void PageBars::setPage(window::HostedPage* newPage) {
             draw();
         });
     draw();
+    drawLoad();
 }
 
 void PageBars::draw() {
@@ -73,6 +84,13 @@ void PageBars::draw() {
     if (!hangs)
         userWaits = false;
     show(hangBar, hangs && !userWaits);
+}
+
+void PageBars::drawLoad() {
+    const auto progress = page ? page->controls().loadProgress() : std::nullopt;
+    if (progress)
+        loadBar.set_fraction(std::clamp(*progress, 0.0, 1.0));
+    loadBar.set_visible(progress.has_value());
 }
 
 // A bar that goes leaves the keyboard to the page.
@@ -104,6 +122,7 @@ bool PageBars::switchFocus() {
 int PageBars::allocate(int width) {
     const int top = allocateBar(foreignBar, 0, width);
     allocateBar(hangBar, top, width);
+    allocateBar(loadBar, top, width);
     return top;
 }
 

@@ -3,6 +3,8 @@
 #include "linux/gtk/main/NoticeBar.h"
 #include "linux/window/InputWatch.h"
 
+#include <gtkmm/progressbar.h>
+
 #include <optional>
 
 namespace kelo::window {
@@ -13,6 +15,7 @@ namespace kelo::gtk {
 
 /// The bars of a main window that say something about its page.
 ///
+/// While a page is on its way, a thin bar over the upper edge shows how much of it has arrived.
 /// While the page is not the service's, a bar above it names its host. While the page does not
 /// answer, a bar over its upper edge offers to load it again, or to wait; a user who waits is asked
 /// again when the page does not take a key or a click. The widget that shows the page is the bars'
@@ -28,6 +31,8 @@ public:
     void setPage(window::HostedPage* page);
     /// Call it after an answer of the page has changed.
     void draw();
+    /// Call it after more of the page has arrived.
+    void drawLoad();
     /// Gives the shown bars their places in an area of this width. Returns the page's upper edge.
     int allocate(int width);
     /// Moves the keyboard from the page to a bar or back. False if no bar is shown.
@@ -40,6 +45,7 @@ private:
     window::HostedPage* page = nullptr;
     NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_STATUS};
     NoticeBar hangBar{GTK_ACCESSIBLE_ROLE_ALERT};
+    Gtk::ProgressBar loadBar;
     bool userWaits = false;                  ///< for a page that does not answer
     std::optional<window::InputWatch> input; ///< of the page
 };

@@ -15,6 +15,15 @@ constexpr guint anyCase = WEBKIT_FIND_OPTIONS_CASE_INSENSITIVE | WEBKIT_FIND_OPT
 WebKitPageControls::WebKitPageControls(WebKitWebView* view)
     : view(view), finder(webkit_web_view_get_find_controller(view)) {
     using Self = WebKitPageControls*;
+    for (const char* signal :
+         {"notify::title", "notify::is-loading", "notify::estimated-load-progress"})
+        connections.push_back(gobject::connectSignal(
+            view, signal,
+            +[](WebKitWebView*, GParamSpec*, Self self) {
+                if (const auto told = self->loadObserver.lock())
+                    (*told)();
+            },
+            this));
     connections.push_back(gobject::connectSignal(
         webkit_web_view_get_back_forward_list(view), "changed",
         +[](WebKitBackForwardList*, WebKitBackForwardListItem*, gpointer, Self self) {
@@ -28,6 +37,21 @@ WebKitPageControls::WebKitPageControls(WebKitWebView* view)
     connections.push_back(gobject::connectSignal(
         finder, "failed-to-find-text", +[](WebKitFindController*, Self self) { self->found(0); },
         this));
+}
+
+std::string WebKitPageControls::title() const {
+    const char* const title = webkit_web_view_get_title(view);
+    return title ? title : "";
+}
+
+std::optional<double> WebKitPageControls::loadProgress() const {
+    if (!webkit_web_view_is_loading(view))
+        return std::nullopt;
+    return webkit_web_view_get_estimated_load_progress(view);
+}
+
+void WebKitPageControls::setLoadObserver(std::weak_ptr<const std::function<void()>> observer) {
+    loadObserver = std::move(observer);
 }
 
 bool WebKitPageControls::canGoBack() const {

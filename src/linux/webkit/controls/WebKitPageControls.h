@@ -6,6 +6,8 @@
 #include <webkit/webkit.h>
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace kelo::webkit {
@@ -17,6 +19,9 @@ public:
     WebKitPageControls(const WebKitPageControls&) = delete;
     WebKitPageControls& operator=(const WebKitPageControls&) = delete;
 
+    std::string title() const override;
+    std::optional<double> loadProgress() const override;
+    void setLoadObserver(std::weak_ptr<const std::function<void()>> observer) override;
     bool canGoBack() const override;
     bool canGoForward() const override;
     void goBack() override;
@@ -39,6 +44,7 @@ private:
     WebKitWebView* view;
     WebKitFindController* finder; ///< the view's
     bool isFinding = false;
+    std::weak_ptr<const std::function<void()>> loadObserver;
     std::weak_ptr<const std::function<void()>> historyObserver;
     std::weak_ptr<const std::function<void(unsigned places)>> findObserver;
     std::vector<gobject::SignalConnection> connections;
