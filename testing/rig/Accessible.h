@@ -13,8 +13,11 @@ enum class Role : std::uint32_t {
     alert = 2,
     checkBox = 7,
     checkMenuItem = 8,
+    dialog = 16,
     widget = 20, ///< of no particular kind
+    window = 23,
     label = 29,
+    listItem = 32,
     menu = 33,
     menuBar = 34,
     menuItem = 35,

@@ -1,8 +1,11 @@
 #include "testing/rig/AccessibleTree.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace kelo::rig {
@@ -34,6 +37,32 @@ bool matches(const Accessible& object, const Wanted& wanted) {
     // The role is asked first: it is the cheaper answer, and most objects fail it.
     return std::ranges::find(wanted.roles, object.role()) != wanted.roles.end() &&
            isNamed(object.name(), wanted) && object.isShown();
+}
+
+// The toolkit has private widgets inside its own that it names so. They are nothing to be used.
+bool isPartOfTheToolkit(const std::string& name) {
+    constexpr std::array parts{"GtkBuiltinIcon",    "GtkPopoverContent", "GtkRange",
+                               "GtkScrollbar",      "GtkStackPage",      "GtkGizmo",
+                               "GtkScrolledWindow", "GtkViewport"};
+    return std::ranges::find(parts, name) != parts.end();
+}
+
+bool isNameOfAClass(const std::string& name) {
+    if (isPartOfTheToolkit(name))
+        return false;
+    for (const std::string_view prefix : {"gtkmm__", "Gtk", "Kelo", "WebKit"})
+        if (name.starts_with(prefix) && name.size() > prefix.size() &&
+            (prefix == "gtkmm__" || std::isupper(static_cast<unsigned char>(name[prefix.size()]))))
+            return true;
+    return false;
+}
+
+bool isControl(const Accessible& object) {
+    constexpr std::array roles{
+        Role::checkBox, Role::checkMenuItem, Role::listItem,    Role::menu,   Role::menuBar,
+        Role::menuItem, Role::passwordText,  Role::progressBar, Role::button, Role::radioButton,
+        Role::entry,    Role::levelBar,      Role::alert,       Role::dialog, Role::window};
+    return std::ranges::find(roles, object.role()) != roles.end();
 }
 
 } // namespace
@@ -183,6 +212,20 @@ std::optional<Accessible> AccessibleTree::findFocused(Role role) const {
         walk(root, 0, [&](const Accessible& object, int) {
             if (object.role() == role && object.isFocused())
                 found = object;
+            return true;
+        });
+    }
+    return found;
+}
+
+std::vector<std::string> AccessibleTree::badlyNamed() const {
+    std::vector<std::string> found;
+    for (const auto& root : roots(Place::windows)) {
+        walk(root, 0, [&](const Accessible& object, int) {
+            const std::string name = object.name();
+            if (object.isShown() && (isNameOfAClass(name) || (name.empty() && isControl(object))))
+                found.push_back("role " + std::to_string(static_cast<unsigned>(object.role())) +
+                                " \"" + name + "\"");
             return true;
         });
     }

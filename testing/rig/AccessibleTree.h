@@ -80,6 +80,9 @@ public:
 
     /// The object with the keyboard focus, if it is in a native window and has this role.
     std::optional<Accessible> findFocused(Role role) const;
+    /// What is shown in the windows and cannot be announced: controls without a name of their own,
+    /// and all that is named after a class of the program.
+    std::vector<std::string> badlyNamed() const;
     /// The largest window of all programs, which is the one with the page.
     std::optional<Accessible> mainWindow() const;
 

@@ -82,7 +82,7 @@ protected:
                                        [](pid_t process) { return kill(process, 0) != 0; });
         });
     }
-    const rig::Wanted mainPage{rig::Place::windows, {rig::Role::widget}, "WebKitWebView"};
+    const rig::Wanted mainPage{rig::Place::windows, {rig::Role::widget}, "Web page"};
     const rig::Wanted bar = rig::alert("This page does not answer.");
 };
 

@@ -128,7 +128,7 @@ TEST_F(MainWindow, APageWhoseProcessDiesIsReplacedByANoticeThatIsDrawn) {
 }
 
 TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
-    const rig::Wanted content{rig::Place::windows, {rig::Role::widget}, "WebKitWebView"};
+    const rig::Wanted content{rig::Place::windows, {rig::Role::widget}, "Web page"};
     const rig::Area area = user.awaitDrawn(content);
     EXPECT_EQ(area.width, 1100);
     EXPECT_EQ(area.height, 760);

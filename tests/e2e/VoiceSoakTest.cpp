@@ -153,7 +153,7 @@ TEST_F(VoiceSoak, TwoThousandTapsLeaveOnePanelOneViewAndNothingBehind) {
     EXPECT_EQ(panels, 1U);
     // One in the main window, one in the panel.
     EXPECT_EQ(
-        desktop().tree.findAll({rig::Place::windows, {rig::Role::widget}, "WebKitWebView"}).size(),
+        desktop().tree.findAll({rig::Place::windows, {rig::Role::widget}, "Web page"}).size(),
         2U);
 }
 

@@ -1,5 +1,6 @@
 #include "linux/gtk/main/AboutWindow.h"
 
+#include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gdkmm/texture.h>
@@ -31,7 +32,8 @@ AboutWindow::AboutWindow(const std::string& version, std::function<void()> close
     auto* icon = Gtk::make_managed<Gtk::Picture>(
         Gdk::Texture::create_from_resource("/app/kelo/Kelo/window-128.png"));
     icon->set_size_request(iconSize, iconSize);
-    icon->set_alternative_text("The program's icon");
+    // The name is below it.
+    setAccessibleRole(*icon, GTK_ACCESSIBLE_ROLE_PRESENTATION);
     auto* versionLine = makeLine("Version " + version, "kelo-dim");
     // To be copied into a report.
     versionLine->set_selectable();

@@ -1,5 +1,6 @@
 #include "linux/gtk/main/ContentArea.h"
 
+#include "linux/gtk/kit/Accessibility.h"
 #include "linux/window/HostedPage.h"
 #include "linux/window/PageControls.h"
 
@@ -21,6 +22,7 @@ int points(double length) {
 
 ContentArea::ContentArea(platform::Size defaultSize)
     : Glib::ObjectBase("KeloContentArea"), defaultSize(defaultSize) {
+    setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_GROUP);
     add_css_class("kelo-content");
     set_hexpand();
     set_vexpand();

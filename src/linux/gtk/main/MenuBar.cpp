@@ -64,6 +64,14 @@ void exposeShortcutOf(GtkWidget* widget) {
                                       GTK_ACCESSIBLE_PROPERTY_KEY_SHORTCUTS);
 }
 
+// The toolkit would name a menu after the class of its widget.
+void nameAfterHeading(GtkWidget* menu) {
+    GtkWidget* const heading = gtk_widget_get_first_child(gtk_widget_get_parent(menu));
+    if (GTK_IS_LABEL(heading))
+        gtk_accessible_update_property(GTK_ACCESSIBLE(menu), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                       gtk_label_get_text(GTK_LABEL(heading)), -1);
+}
+
 } // namespace
 
 CommandMenuModel::CommandMenuModel(MenuActions actions, std::string actionPrefix,
@@ -186,10 +194,11 @@ void leaveKeyboardAlone(Gtk::Widget& menuBar) {
         heading->set_focusable(false);
 }
 
-void exposeShortcuts(Gtk::Widget& menuBar) {
+void makeAccessible(Gtk::Widget& menuBar) {
     visitDescendants(menuBar.gobj(), [](GtkWidget* widget) {
         if (!GTK_IS_POPOVER_MENU(widget))
             return;
+        nameAfterHeading(widget);
         // At each opening, because the toolkit makes new buttons when a menu changes.
         g_signal_connect(widget, "map", G_CALLBACK(+[](GtkWidget* opened, gpointer) {
                              visitDescendants(opened, &exposeShortcutOf);

@@ -90,8 +90,8 @@ private:
 /// would take it as soon as the pointer passes over a heading.
 void leaveKeyboardAlone(Gtk::Widget& menuBar);
 
-/// Makes the widget that shows a menu bar expose the shortcuts of its entries to assistive
-/// technology.
-void exposeShortcuts(Gtk::Widget& menuBar);
+/// Makes the widget that shows a menu bar tell assistive technology what its menus are called, and
+/// the shortcuts of their entries.
+void makeAccessible(Gtk::Widget& menuBar);
 
 } // namespace kelo::gtk

@@ -29,6 +29,7 @@ OverlayPanel::OverlayPanel() : Gtk::Box(Gtk::Orientation::VERTICAL) {
     get_style_context()->add_provider(outline, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
     label.set_ellipsize(Pango::EllipsizeMode::END);
     caption.set_halign(Gtk::Align::CENTER);
+    setAccessibleRole(icon, GTK_ACCESSIBLE_ROLE_PRESENTATION);
     caption.append(icon);
     caption.append(label);
     button.set_child(labelArea);

@@ -64,6 +64,7 @@ void SettingsWindow::draw() {
         rows.append(*makeRow(row));
         auto* last = rows.get_row_at_index(static_cast<int>(&row - description.rows.data()));
         last->set_activatable(false);
+        setAccessibleName(*last, row.label + ": " + row.value);
     }
 }
 

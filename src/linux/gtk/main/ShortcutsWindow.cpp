@@ -28,7 +28,9 @@ Gtk::Widget* makeLine(const ShortcutRow& row) {
     title->set_halign(Gtk::Align::START);
     title->set_hexpand();
     line->append(*title);
-    line->append(*Gtk::make_managed<Gtk::ShortcutLabel>(row.accelerator));
+    auto* keys = Gtk::make_managed<Gtk::ShortcutLabel>(row.accelerator);
+    setAccessibleRole(*keys, GTK_ACCESSIBLE_ROLE_GROUP);
+    line->append(*keys);
     return line;
 }
 

@@ -39,8 +39,9 @@ TitleBar::TitleBar(const Glib::RefPtr<Gio::MenuModel>& menu) : menuBar(menu) {
     addButton(reload, "view-refresh-symbolic", "Reload", "win.reload");
     pack_start(menuBar);
     menuBar.set_valign(Gtk::Align::CENTER);
-    exposeShortcuts(menuBar);
+    makeAccessible(menuBar);
     leaveKeyboardAlone(menuBar);
+    setAccessibleName(menuBar, translated("Main menu"));
     prepareLabel(title, "title");
     prepareLabel(host, "subtitle");
     // The end of a host says whose it is.

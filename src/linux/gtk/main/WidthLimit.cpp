@@ -1,10 +1,13 @@
 #include "linux/gtk/main/WidthLimit.h"
 
+#include "linux/gtk/kit/Accessibility.h"
+
 #include <algorithm>
 
 namespace kelo::gtk {
 
 WidthLimit::WidthLimit(Gtk::Widget& child) : Glib::ObjectBase("KeloWidthLimit"), child(child) {
+    setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_GROUP);
     child.set_parent(*this);
 }
 

@@ -36,6 +36,7 @@ UpdateWindow::UpdateWindow() {
 
     icon.set_from_icon_name(std::string(deployment::applicationIdentifier));
     icon.set_pixel_size(iconSize);
+    setAccessibleRole(icon, GTK_ACCESSIBLE_ROLE_PRESENTATION);
     icon.set_valign(Gtk::Align::START);
     makeParagraph(heading);
     heading.add_css_class("kelo-title");

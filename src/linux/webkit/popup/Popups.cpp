@@ -1,5 +1,6 @@
 #include "linux/webkit/popup/Popups.h"
 
+#include "base/Translation.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/content/ContextMenus.h"
@@ -58,6 +59,8 @@ public:
           window(GTK_WINDOW(gtk_window_new())) {
         connectAll();
         offerPopups(view, context.service, context.openExternally);
+        gtk_accessible_update_property(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                       translated("Web page").c_str(), -1);
         attachPageKeyboard(view);
         removeUselessMenuItems(view);
         offerPastedImages(view, context.service);
