@@ -1,5 +1,7 @@
 #include "base/Failure.h"
 
+#include "base/Translation.h"
+
 namespace kelo {
 
 std::string localizedDescription(const std::exception_ptr& error) {
@@ -8,7 +10,7 @@ std::string localizedDescription(const std::exception_ptr& error) {
     } catch (const LocalizedError& known) {
         return known.localizedDescription();
     } catch (...) {
-        return "Something unexpected went wrong. Please try again.";
+        return translated("Something unexpected went wrong. Please try again.");
     }
 }
 

@@ -11,7 +11,8 @@ namespace kelo {
 /// The catalogue of translations, by the name that gettext knows it under.
 inline constexpr const char* translationDomain = "kelo";
 
-/// text: a literal, so that it is found for the translators.
+/// text: a literal, so that it is found for the translators (scripts/translations), or a text from
+/// untranslated(). Not empty.
 std::string translated(const char* text);
 
 /// The same, with the first value in place of "%1", the second in place of "%2", and so on to "%9".
@@ -21,5 +22,15 @@ std::string translated(const char* text, std::initializer_list<std::string_view>
 /// The text for this many of something, with the number in place of "%1". one, many: literals, how
 /// English says it.
 std::string translatedCount(const char* one, const char* many, unsigned long count);
+
+/// The same, with the first value in place of "%2", the second in place of "%3", and so on.
+std::string translatedCount(const char* one, const char* many, unsigned long count,
+                            std::initializer_list<std::string_view> values);
+
+/// The text itself, marked for the translators: for tables that are made before the user's language
+/// is known. Hand it to translated() where it is shown.
+constexpr const char* untranslated(const char* text) {
+    return text;
+}
 
 } // namespace kelo

@@ -27,5 +27,17 @@ TEST(Translation, OneAndManyAreTold) {
     EXPECT_EQ(translatedCount("%1 place", "%1 places", 12), "12 places");
 }
 
+TEST(Translation, OneAndManyTakeFurtherValues) {
+    const auto text = [](unsigned long count) {
+        return translatedCount("%2 has %1 place", "%2 has %1 places", count, {"It"});
+    };
+    EXPECT_EQ(text(1), "It has 1 place");
+    EXPECT_EQ(text(2), "It has 2 places");
+}
+
+TEST(Translation, AMarkedTextIsItself) {
+    static_assert(std::string_view(untranslated("Later")) == "Later");
+}
+
 } // namespace
 } // namespace kelo
