@@ -1,5 +1,6 @@
 #include "updater/UpdateCheck.h"
 
+#include "base/Translation.h"
 #include "updater/UpdateTexts.h"
 #include "updater/archive/Download.h"
 #include "updater/error/UpdateError.h"
@@ -68,7 +69,7 @@ template <typename T>
 Task<T> UpdateCheck::unlessCancelled(Task<T> task) {
     std::optional<T> result = co_await untilCancelled(cancellation, std::move(task));
     if (!result)
-        throw UpdateError(UpdateErrorKind::cancelled, "The update was cancelled.");
+        throw UpdateError(UpdateErrorKind::cancelled, translated("The update was cancelled."));
     co_return std::move(*result);
 }
 

@@ -1,51 +1,53 @@
 #include "updater/UpdateTexts.h"
 
+#include "base/Translation.h"
 #include "updater/appcast/Version.h"
 
 namespace kelo::updater {
 
 UpdateMessage upToDateMessage(const UpdaterSettings& settings) {
-    return {settings.programName + " is up to date", settings.programName + " " +
-                                                         settings.installedDisplayVersion +
-                                                         " is the newest version there is."};
+    return {translated("%1 is up to date", {settings.programName}),
+            translated("%1 %2 is the newest version there is.",
+                       {settings.programName, settings.installedDisplayVersion})};
 }
 
 UpdateMessage unsupportedMessage(const UpdaterSettings& settings, const AppcastItem& item,
                                  const SystemDescription& system) {
     const bool tooOld =
         !item.minimumSystemVersion.empty() && isOlder(system.version, item.minimumSystemVersion);
-    const std::string version = settings.programName + " " + item.displayVersion();
-    return {"This computer cannot run the newest version",
-            tooOld ? version + " is available, but needs a newer system than this one. Update "
-                               "the system first, then check again."
-                   : version + " is available, but was made for an older system than this one. "
-                               "Please check again later."};
+    const std::string version = item.displayVersion();
+    return {translated("This computer cannot run the newest version"),
+            tooOld ? translated("%1 %2 is available, but needs a newer system than this one. "
+                                "Update the system first, then check again.",
+                                {settings.programName, version})
+                   : translated("%1 %2 is available, but was made for an older system than this "
+                                "one. Please check again later.",
+                                {settings.programName, version})};
 }
 
 UpdateMessage notSetUpMessage(const UpdaterSettings& settings) {
     if (settings.feedRefused)
-        return {"Updates are not set up safely",
-                "This copy of " + settings.programName +
-                    " has an update address that is not secure (https), so it is not used. Please "
-                    "ask its publisher."};
-    return {"Updates are not set up",
-            "This copy of " + settings.programName +
-                " was built without an update address. Get newer versions from where you got this "
-                "one."};
+        return {translated("Updates are not set up safely"),
+                translated("This copy of %1 has an update address that is not secure (https), so "
+                           "it is not used. Please ask its publisher.",
+                           {settings.programName})};
+    return {translated("Updates are not set up"),
+            translated("This copy of %1 was built without an update address. Get newer versions "
+                       "from where you got this one.",
+                       {settings.programName})};
 }
 
 UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item) {
-    return {"A newer version is available",
-            settings.programName + " " + item.displayVersion() +
-                " cannot be installed from here. Get it from where you got this copy."};
+    return {translated("A newer version is available"),
+            translated("%1 %2 cannot be installed from here. Get it from where you got this copy.",
+                       {settings.programName, item.displayVersion()})};
 }
 
 UpdateMessage handedOverMessage(const UpdaterSettings& settings, const AppcastItem& item) {
-    return {"The update is ready to install",
-            settings.programName + " " + item.displayVersion() +
-                " was verified and opened in the system's installer. Follow the steps there, then "
-                "start " +
-                settings.programName + " again."};
+    return {translated("The update is ready to install"),
+            translated("%1 %2 was verified and opened in the system's installer. Follow the steps "
+                       "there, then start %1 again.",
+                       {settings.programName, item.displayVersion()})};
 }
 
 UpdateOffer offerOf(const UpdaterSettings& settings, const SelectedUpdate& update) {

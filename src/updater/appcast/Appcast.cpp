@@ -1,5 +1,6 @@
 #include "updater/appcast/Appcast.h"
 
+#include "base/Translation.h"
 #include "updater/appcast/AppcastReader.h"
 #include "updater/appcast/XmlDocument.h"
 #include "updater/error/UpdateError.h"
@@ -13,8 +14,8 @@ namespace {
 [[noreturn]] void refuse(const std::string& cause) {
     throw UpdateError(
         UpdateErrorKind::feed,
-        "The list of updates could not be read. Please try again later, or ask Kelo's "
-        "publisher.",
+        translated("The list of updates could not be read. Please try again later, or ask Kelo's "
+                   "publisher."),
         cause);
 }
 

@@ -1,5 +1,6 @@
 #include "updater/archive/Download.h"
 
+#include "base/Translation.h"
 #include "updater/error/UpdateError.h"
 
 #include <fcntl.h>
@@ -13,28 +14,35 @@ namespace kelo::updater {
 namespace {
 
 UpdateError unverified(std::string cause) {
-    return {UpdateErrorKind::signature,
+    return {
+        UpdateErrorKind::signature,
+        translated(
             "Nothing shows that this update comes from Kelo's publisher, so it was not installed. "
-            "Please ask the publisher, and keep using the version you have.",
-            std::move(cause)};
+            "Please ask the publisher, and keep using the version you have."),
+        std::move(cause)};
 }
 
 UpdateError wrongLength(std::string cause) {
-    return {UpdateErrorKind::archive,
+    return {
+        UpdateErrorKind::archive,
+        translated(
             "The update is not the file that was announced, so it was deleted. Please try again "
-            "later.",
-            std::move(cause)};
+            "later."),
+        std::move(cause)};
 }
 
 UpdateError writeFailure(const std::filesystem::path& file) {
     const bool full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
     const std::string cause = failureLine("Could not write", file);
-    return {UpdateErrorKind::storage,
-            full ? "There is not enough room on the disk for the update. Please make room and try "
-                   "again."
-                 : "The update could not be written to the disk. Please check that there is room "
-                   "in your home folder and that you may write there.",
-            cause};
+    return {
+        UpdateErrorKind::storage,
+        full ? translated(
+                   "There is not enough room on the disk for the update. Please make room and try "
+                   "again.")
+             : translated(
+                   "The update could not be written to the disk. Please check that there is room "
+                   "in your home folder and that you may write there."),
+        cause};
 }
 
 /// A file that is being downloaded. The worker shares it, because the task may be dropped while a
@@ -108,10 +116,11 @@ bool isSafe(char c) {
 
 AnnouncedArchive announcedArchive(const Enclosure& enclosure, const std::optional<PublicKey>& key) {
     if (!key)
-        throw UpdateError(UpdateErrorKind::signature,
-                          "This copy of Kelo has no key to verify updates with, so nothing was "
-                          "installed. Please ask its publisher.",
-                          "no SUPublicEDKey of 32 bytes in the information dictionary");
+        throw UpdateError(
+            UpdateErrorKind::signature,
+            translated("This copy of Kelo has no key to verify updates with, so nothing was "
+                       "installed. Please ask its publisher."),
+            "no SUPublicEDKey of 32 bytes in the information dictionary");
     if (!enclosure.signature)
         throw unverified("the archive has no signature");
     const auto signature = parseSignature(*enclosure.signature);
@@ -121,8 +130,8 @@ AnnouncedArchive announcedArchive(const Enclosure& enclosure, const std::optiona
         throw wrongLength("the feed announces no length");
     if (*enclosure.length > archiveLimit)
         throw UpdateError(UpdateErrorKind::archive,
-                          "The update is larger than any release of Kelo, so it was not "
-                          "downloaded. Please ask Kelo's publisher.",
+                          translated("The update is larger than any release of Kelo, so it was not "
+                                     "downloaded. Please ask Kelo's publisher."),
                           std::to_string(*enclosure.length) + " bytes announced");
     return {*enclosure.length, *signature, *key};
 }

@@ -1,5 +1,6 @@
 #include "updater/install/SystemInstaller.h"
 
+#include "base/Translation.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/ProgramStart.h"
 #include "updater/install/TreeInstaller.h"
@@ -95,28 +96,31 @@ Task<void> SystemInstaller::exchangeAndRelaunch() {
     const auto install = [installing = tree] { installing->install(); };
     co_await onWorker(worker, install);
     if (!relaunchAfterThisProcess(tree->program(), host.environment()))
-        throw UpdateError(UpdateErrorKind::installing,
-                          "The update is in place. Quit Kelo and start it again to use it.",
-                          "the new program could not be told to start");
+        throw UpdateError(
+            UpdateErrorKind::installing,
+            translated("The update is in place. Quit Kelo and start it again to use it."),
+            "the new program could not be told to start");
     host.terminate();
 }
 
 Task<void> SystemInstaller::handToPackageManager() {
     const auto handed = package;
     if (!isVerifiedFile(*handed))
-        throw UpdateError(UpdateErrorKind::installing,
-                          "The package was changed after it had been verified, so it was not "
-                          "opened. Check for updates again.");
+        throw UpdateError(
+            UpdateErrorKind::installing,
+            translated("The package was changed after it had been verified, so it was not "
+                       "opened. Check for updates again."));
     const std::string path = packagePath(*handed);
     const auto open = [opener = host.opener, path] {
         return opensFile(opener, path, openerDeadline);
     };
     const bool opened = co_await onWorker(worker, open);
     if (!opened)
-        throw UpdateError(UpdateErrorKind::installing,
-                          "No program was found that installs packages. While Kelo runs, the "
-                          "verified package is “" +
-                              path + "”: install it with your system's own tools.");
+        throw UpdateError(
+            UpdateErrorKind::installing,
+            translated("No program was found that installs packages. While Kelo runs, the verified "
+                       "package is “%1”: install it with your system's own tools.",
+                       {path}));
 }
 
 } // namespace kelo::updater

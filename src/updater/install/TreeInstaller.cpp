@@ -1,5 +1,6 @@
 #include "updater/install/TreeInstaller.h"
 
+#include "base/Translation.h"
 #include "bundle/InformationFile.h"
 #include "bundle/ProgramPlace.h"
 #include "updater/appcast/Version.h"
@@ -39,8 +40,9 @@ TreeInstaller::~TreeInstaller() {
 
 void TreeInstaller::stage(int archive, const std::string& version) {
     if (installed)
-        throw UpdateError(UpdateErrorKind::installing,
-                          "An update is in place already. Quit Kelo and start it again to use it.");
+        throw UpdateError(
+            UpdateErrorKind::installing,
+            translated("An update is in place already. Quit Kelo and start it again to use it."));
     discard();
     openPlace();
     makeWorkFolder();
@@ -93,8 +95,9 @@ void TreeInstaller::makeWorkFolder() {
         if (errno != EEXIST)
             throw installFailure(errno, root, "mkdir " + name);
         throw UpdateError(UpdateErrorKind::installing,
-                          "Another Kelo is installing an update into “" + root.string() +
-                              "”. Wait until it has ended, then try again.");
+                          translated("Another Kelo is installing an update into “%1”. Wait until "
+                                     "it has ended, then try again.",
+                                     {root.string()}));
     }
     work = openFolder(parent.get(), name);
     if (!work)
@@ -113,9 +116,10 @@ void TreeInstaller::checkStaged(const std::string& version) const {
         throw unfitArchive("it says that it is version " + found.value_or("nothing") + ", not " +
                            version);
     if (!printsHelp(place / "bin" / "kelo", probeDeadline))
-        throw UpdateError(UpdateErrorKind::installing,
-                          "The new version does not start on this computer, so yours stays. It may "
-                          "need a newer system; ask its publisher.");
+        throw UpdateError(
+            UpdateErrorKind::installing,
+            translated("The new version does not start on this computer, so yours stays. It may "
+                       "need a newer system; ask its publisher."));
 }
 
 void TreeInstaller::checkUnchanged() const {
