@@ -1,5 +1,7 @@
 #include "authenticator/AuthorizationGesture.h"
 
+#include "base/Translation.h"
+
 #include <utility>
 
 namespace kelo::authenticator {
@@ -29,24 +31,27 @@ Task<bool> AuthorizationGesture::verify(VerificationNeed need) {
     case VerificationOutcome::unavailable:
         if (need == VerificationNeed::preferred)
             co_return false;
-        throw Failure(FailureKind::notAllowed,
-                      "This computer has no way to check that it is you, so the passkey was not "
-                      "used. Make sure that Kelo is installed completely, with its PAM service "
-                      "\"kelo\".",
-                      "user verification is unavailable");
+        throw Failure(
+            FailureKind::notAllowed,
+            translated("This computer has no way to check that it is you, so the passkey was not "
+                       "used. Make sure that Kelo is installed completely, with its PAM service "
+                       "\"kelo\"."),
+            "user verification is unavailable");
     case VerificationOutcome::undecided:
-        throw Failure(FailureKind::notAllowed,
-                      "The system's check that it is you did not work, so the passkey was not "
-                      "used. Please try again. If that does not help, see whether you can still "
-                      "unlock your screen.",
-                      "user verification could not decide");
+        throw Failure(
+            FailureKind::notAllowed,
+            translated("The system's check that it is you did not work, so the passkey was not "
+                       "used. Please try again. If that does not help, see whether you can still "
+                       "unlock your screen."),
+            "user verification could not decide");
     case VerificationOutcome::failed:
         break;
     }
-    throw Failure(FailureKind::notAllowed,
-                  "Kelo could not verify that it is you, so the passkey was not used. Please try "
-                  "again.",
-                  "user verification failed");
+    throw Failure(
+        FailureKind::notAllowed,
+        translated("Kelo could not verify that it is you, so the passkey was not used. Please try "
+                   "again."),
+        "user verification failed");
 }
 
 } // namespace kelo::authenticator

@@ -4,6 +4,7 @@
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/ClientData.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <utility>
@@ -45,9 +46,9 @@ std::vector<CredentialRecord> onePerAccount(std::vector<CredentialRecord> newest
 
 [[noreturn]] void noCredential(const std::string& relyingPartyIdentifier) {
     throw Failure(FailureKind::noCredential,
-                  "There is no passkey for " + relyingPartyIdentifier +
-                      " on this computer. Sign in another way, then register one from "
-                      "the Account menu.",
+                  translated("There is no passkey for %1 on this computer. Sign in another way, "
+                             "then register one from the Account menu.",
+                             {relyingPartyIdentifier}),
                   "no credential matches the request");
 }
 

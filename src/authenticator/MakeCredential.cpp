@@ -4,6 +4,7 @@
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/webauthn/AuthenticatorData.h"
 #include "authenticator/webauthn/ClientData.h"
+#include "base/Translation.h"
 
 #include <utility>
 
@@ -17,8 +18,8 @@ constexpr std::size_t longestUserId = 64;
 void requireUserId(const Bytes& userId) {
     if (userId.empty() || userId.size() > longestUserId)
         throw Failure(FailureKind::notAllowed,
-                      "The service sent an account that a passkey cannot be made for. "
-                      "Nothing was registered.",
+                      translated("The service sent an account that a passkey cannot be made for. "
+                                 "Nothing was registered."),
                       "user id of " + std::to_string(userId.size()) + " bytes");
 }
 

@@ -1,6 +1,7 @@
 #include "authenticator/keys/Cryptography.h"
 
 #include "base/Failure.h"
+#include "base/Translation.h"
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>
@@ -32,9 +33,11 @@ void fillRandom(std::uint8_t* memory, std::size_t count) {
 }
 
 void cryptographyFailed(std::string_view operation) {
-    throw Failure(FailureKind::cryptography,
-                  "The cryptographic library of this computer failed. Restart Kelo and try again.",
-                  "OpenSSL failed at: " + std::string(operation));
+    throw Failure(
+        FailureKind::cryptography,
+        translated(
+            "The cryptographic library of this computer failed. Restart Kelo and try again."),
+        "OpenSSL failed at: " + std::string(operation));
 }
 
 } // namespace kelo::authenticator

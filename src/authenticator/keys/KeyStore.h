@@ -3,6 +3,7 @@
 #include "authenticator/webauthn/AttestedCredentialData.h"
 #include "base/Bytes.h"
 #include "base/Failure.h"
+#include "base/Translation.h"
 #include "base/async/Task.h"
 
 #include <string>
@@ -30,7 +31,8 @@ public:
 
 /// The failure of a passkey request that the user or the program gave up.
 inline Failure requestCancelled(std::string cause = {}) {
-    return Failure(FailureKind::cancelled, "The passkey request was cancelled.", std::move(cause));
+    return Failure(FailureKind::cancelled, translated("The passkey request was cancelled."),
+                   std::move(cause));
 }
 
 } // namespace kelo::authenticator

@@ -2,6 +2,7 @@
 
 #include "authenticator/keys/KeyWrapping.h"
 #include "base/Failure.h"
+#include "base/Translation.h"
 
 #include <utility>
 
@@ -37,11 +38,12 @@ CreatedKey createNow(WrappingKeySource& source, const std::stop_token& stop) {
 }
 
 [[noreturn]] void wrappingKeyLost(std::string cause) {
-    throw Failure(FailureKind::storage,
-                  "This passkey can no longer be used, because your keyring no longer holds the "
-                  "key that protects it. Sign in another way, then register a new passkey from "
-                  "the Account menu.",
-                  std::move(cause));
+    throw Failure(
+        FailureKind::storage,
+        translated("This passkey can no longer be used, because your keyring no longer holds the "
+                   "key that protects it. Sign in another way, then register a new passkey from "
+                   "the Account menu."),
+        std::move(cause));
 }
 
 Bytes signNow(WrappingKeySource& source, ByteView wrapped, ByteView digest,
@@ -54,10 +56,11 @@ Bytes signNow(WrappingKeySource& source, ByteView wrapped, ByteView digest,
     if (const auto* failure = std::get_if<UnwrapFailure>(&opened)) {
         if (*failure == UnwrapFailure::otherWrappingKey)
             wrappingKeyLost("the keyring holds another wrapping key");
-        throw Failure(FailureKind::storage,
-                      "This passkey is damaged on disk and cannot be used. Sign in another way, "
-                      "then register a new passkey from the Account menu.",
-                      "a wrapped private key is not authentic");
+        throw Failure(
+            FailureKind::storage,
+            translated("This passkey is damaged on disk and cannot be used. Sign in another way, "
+                       "then register a new passkey from the Account menu."),
+            "a wrapped private key is not authentic");
     }
     return std::get<P256Key>(opened).sign(digest);
 }

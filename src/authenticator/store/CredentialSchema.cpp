@@ -1,6 +1,7 @@
 #include "authenticator/store/CredentialSchema.h"
 
 #include "base/Failure.h"
+#include "base/Translation.h"
 
 #include <string>
 
@@ -41,15 +42,17 @@ std::int64_t schemaVersion(Database& database) {
         database.integer("SELECT count(*) FROM sqlite_schema") == 0)
         return schema::none;
     if (application != applicationId)
-        throw Failure(FailureKind::storage,
-                      "The file with your passkeys belongs to another program. It was left as it "
-                      "is; move it away and register new passkeys.",
-                      "another application_id");
+        throw Failure(
+            FailureKind::storage,
+            translated("The file with your passkeys belongs to another program. It was left as it "
+                       "is; move it away and register new passkeys."),
+            "another application_id");
     if (version > schema::current)
         throw Failure(
             FailureKind::storage,
-            "Your passkeys were written by a newer version of Kelo. Update Kelo, then try "
-            "again.",
+            translated(
+                "Your passkeys were written by a newer version of Kelo. Update Kelo, then try "
+                "again."),
             "user_version " + std::to_string(version));
     if (version != schema::current && version != schema::onePerAccount)
         storageFailed(SQLITE_CORRUPT, "user_version " + std::to_string(version));

@@ -3,6 +3,7 @@
 #include "authenticator/store/CredentialSchema.h"
 #include "authenticator/store/Database.h"
 #include "base/Failure.h"
+#include "base/Translation.h"
 #include "posix/FileDescriptor.h"
 
 #include <fcntl.h>
@@ -64,8 +65,9 @@ bool present(const std::filesystem::path& file) {
     }
     if (!S_ISREG(status.st_mode))
         throw Failure(FailureKind::storage,
-                      "There is something else in the place of the file with your passkeys. Move " +
-                          file.string() + " away and try again.",
+                      translated("There is something else in the place of the file with your "
+                                 "passkeys. Move %1 away and try again.",
+                                 {file.string()}),
                       "not a regular file");
     if ((status.st_mode & 077) != 0 && ::chmod(file.c_str(), 0600) != 0)
         storageFailed(SQLITE_PERM, systemReason("chmod"));

@@ -1,6 +1,7 @@
 #include "authenticator/store/Database.h"
 
 #include "base/Failure.h"
+#include "base/Translation.h"
 
 #include <utility>
 
@@ -8,32 +9,38 @@ namespace kelo::authenticator {
 
 namespace {
 
-const char* sentenceFor(int code) {
+std::string sentenceFor(int code) {
     switch (code & 0xFF) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        return "The file with your passkeys is damaged. It was left as it is; restore it from a "
-               "backup, "
-               "or move it away and register new passkeys.";
+        return translated(
+            "The file with your passkeys is damaged. It was left as it is; restore it from a "
+            "backup, "
+            "or move it away and register new passkeys.");
     case SQLITE_FULL:
-        return "There is no room left on the disk for your passkeys. Free some space and try "
-               "again.";
+        return translated(
+            "There is no room left on the disk for your passkeys. Free some space and try "
+            "again.");
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        return "Another program is using the file with your passkeys. Try again in a moment.";
+        return translated(
+            "Another program is using the file with your passkeys. Try again in a moment.");
     case SQLITE_READONLY:
     case SQLITE_PERM:
     case SQLITE_AUTH:
-        return "Kelo may not write the file with your passkeys. Check the permissions of its "
-               "folder and "
-               "try again.";
+        return translated(
+            "Kelo may not write the file with your passkeys. Check the permissions of its "
+            "folder and "
+            "try again.");
     case SQLITE_CANTOPEN:
-        return "The file with your passkeys could not be opened. Check the permissions of its "
-               "folder "
-               "and try again.";
+        return translated(
+            "The file with your passkeys could not be opened. Check the permissions of its "
+            "folder "
+            "and try again.");
     default:
-        return "Your passkeys could not be read or written. Check the disk they are on and try "
-               "again.";
+        return translated(
+            "Your passkeys could not be read or written. Check the disk they are on and try "
+            "again.");
     }
 }
 

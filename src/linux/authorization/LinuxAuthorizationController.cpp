@@ -3,6 +3,7 @@
 #include "authenticator/GetAssertion.h"
 #include "authenticator/MakeCredential.h"
 #include "base/Failure.h"
+#include "base/Translation.h"
 #include "base/async/Spawn.h"
 #include "linux/authorization/LocalAuthenticator.h"
 
@@ -79,7 +80,8 @@ LinuxAuthorizationController::perform(std::shared_ptr<LinuxAuthorizationControll
 
 Task<Authorization> LinuxAuthorizationController::ceremony() {
     if (requests.size() != 1)
-        throw Failure(FailureKind::notAllowed, "Only one passkey can be asked for at a time.",
+        throw Failure(FailureKind::notAllowed,
+                      translated("Only one passkey can be asked for at a time."),
                       "a controller runs one request");
     std::shared_ptr<platform::Window> anchor;
     if (const auto context = provider.lock())

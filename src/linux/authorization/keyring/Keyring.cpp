@@ -2,6 +2,7 @@
 
 #include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Failure.h"
+#include "base/Translation.h"
 #include "linux/authorization/keyring/AbandonableCall.h"
 
 #include <memory>
@@ -147,10 +148,11 @@ void Keyring::unlock(GDBusProxy* locked) {
     if (error)
         fail(error.take(), "unlock");
     if (unlocked < 1)
-        throw Failure(FailureKind::storage,
-                      "Your keyring is locked, and a passkey needs it. Try again and unlock the "
-                      "keyring when it asks.",
-                      "the unlock prompt was dismissed");
+        throw Failure(
+            FailureKind::storage,
+            translated("Your keyring is locked, and a passkey needs it. Try again and unlock the "
+                       "keyring when it asks."),
+            "the unlock prompt was dismissed");
 }
 
 std::optional<SecretBytes> Keyring::load() {
@@ -173,12 +175,13 @@ std::optional<SecretBytes> Keyring::load() {
     const Secret secret(secret_item_get_secret(item.get()));
     std::optional<SecretBytes> key = secret ? decodeKey(*secret) : std::nullopt;
     if (!key)
-        throw Failure(FailureKind::storage,
-                      "The key that protects your passkeys is damaged in your keyring. Delete \"" +
-                          std::string(label) +
-                          "\" there, sign in another way, then register a new passkey from the "
-                          "Account menu.",
-                      "the secret is not a key");
+        throw Failure(
+            FailureKind::storage,
+            translated(
+                "The key that protects your passkeys is damaged in your keyring. Delete \"%1\" "
+                "there, sign in another way, then register a new passkey from the Account menu.",
+                {label}),
+            "the secret is not a key");
     return key;
 }
 
@@ -203,14 +206,17 @@ void Keyring::fail(gobject::GErrorPointer error, const char* operation) const {
     if (g_cancellable_is_cancelled(cancellable.get()))
         throw authenticator::requestCancelled(cause);
     if (!service)
-        throw Failure(FailureKind::storage,
-                      "No keyring is running, and without one a passkey cannot be kept safe. Start "
-                      "your desktop's keyring or password manager and try again.",
-                      cause);
-    throw Failure(FailureKind::storage,
-                  "Your keyring did not keep or give the key that protects your passkeys. Check "
-                  "that it is unlocked and try again.",
-                  cause);
+        throw Failure(
+            FailureKind::storage,
+            translated(
+                "No keyring is running, and without one a passkey cannot be kept safe. Start "
+                "your desktop's keyring or password manager and try again."),
+            cause);
+    throw Failure(
+        FailureKind::storage,
+        translated("Your keyring did not keep or give the key that protects your passkeys. Check "
+                   "that it is unlocked and try again."),
+        cause);
 }
 
 } // namespace kelo::authorization

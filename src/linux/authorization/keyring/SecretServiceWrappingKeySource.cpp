@@ -2,6 +2,7 @@
 
 #include "authenticator/keys/Cryptography.h"
 #include "base/Failure.h"
+#include "base/Translation.h"
 #include "linux/authorization/keyring/Keyring.h"
 
 namespace kelo::authorization {
@@ -23,10 +24,11 @@ SecretBytes SecretServiceWrappingKeySource::findOrCreate(std::stop_token stop) {
     // passkey whose wrapping key was not stored could never be used.
     auto kept = keyring.load();
     if (!kept)
-        throw Failure(FailureKind::storage,
-                      "Your keyring did not keep the key that protects passkeys. Try again "
-                      "and let the keyring store it when it asks.",
-                      "the stored key was not found");
+        throw Failure(
+            FailureKind::storage,
+            translated("Your keyring did not keep the key that protects passkeys. Try again "
+                       "and let the keyring store it when it asks."),
+            "the stored key was not found");
     return std::move(*kept);
 }
 

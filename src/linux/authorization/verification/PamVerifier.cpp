@@ -1,6 +1,7 @@
 #include "linux/authorization/verification/PamVerifier.h"
 
 #include "authenticator/keys/Cryptography.h"
+#include "base/Translation.h"
 #include "base/async/Cancellation.h"
 #include "linux/authorization/verification/HelperProcess.h"
 
@@ -65,8 +66,8 @@ private:
             conversation.showError(std::move(message.payload));
             break;
         case MessageType::tryAgain:
-            conversation.showError(askedPassword ? "Wrong password. Try again."
-                                                 : "Not recognized. Try again.");
+            conversation.showError(askedPassword ? translated("Wrong password. Try again.")
+                                                 : translated("Not recognized. Try again."));
             askedPassword = false;
             break;
         case MessageType::hiddenPrompt:
