@@ -104,7 +104,7 @@ bool Exchange::mayLackProxy(const GError& error) const {
 Failure Exchange::failure(const GError& error, const Deadline& deadline) const {
     const bool proxyFailed = phase == TransferPhase::connecting && !proxy.empty();
     if (deadline.passed())
-        return timeOutError(proxyFailed ? "The proxy " + proxy : url.host(), timeout);
+        return proxyFailed ? proxyTimeOutError(proxy, timeout) : timeOutError(url.host(), timeout);
     if (interimReplies > mostInterimReplies)
         return unreadableReplyError(url, "more interim replies than are read");
     if (refused != 0)

@@ -1,5 +1,6 @@
 #include "linux/http/Redirect.h"
 
+#include "base/Translation.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/SoupUri.h"
 
@@ -45,15 +46,18 @@ std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
 
     const std::optional<Url> target = resolved(request.url, *location);
     if (!target)
-        throw Failure(FailureKind::badReply,
-                      request.url.host() + " sent Kelo on to an address that does not "
-                                           "exist. Try again later.",
-                      "Location: " + *location);
+        throw Failure(
+            FailureKind::badReply,
+            translated("%1 sent Kelo on to an address that does not exist. Try again later.",
+                       {request.url.host()}),
+            "Location: " + *location);
     if (target->scheme() != "https")
-        throw Failure(FailureKind::insecure,
-                      request.url.host() + " sent Kelo on to an address that is not secure, "
-                                           "so nothing more was sent.",
-                      "Location: " + *location);
+        throw Failure(
+            FailureKind::insecure,
+            translated(
+                "%1 sent Kelo on to an address that is not secure, so nothing more was sent.",
+                {request.url.host()}),
+            "Location: " + *location);
 
     UrlRequest next = request;
     next.url = *target;
@@ -70,9 +74,10 @@ std::optional<UrlRequest> redirected(const UrlRequest& request, int status,
 }
 
 Failure tooManyRedirects(const Url& firstUrl) {
-    return Failure(FailureKind::badReply, firstUrl.host() +
-                                              " sent Kelo from one address to the next without "
-                                              "end. Try again later.");
+    return Failure(
+        FailureKind::badReply,
+        translated("%1 sent Kelo from one address to the next without end. Try again later.",
+                   {firstUrl.host()}));
 }
 
 } // namespace kelo::http

@@ -1,5 +1,6 @@
 #include "linux/http/Response.h"
 
+#include "base/Translation.h"
 #include "deployment/Deployment.h"
 #include "linux/gobject/AsyncResult.h"
 #include "linux/gobject/GLibHandles.h"
@@ -43,8 +44,8 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     const SoupUri site = soupUri(firstUrl);
     if (!uri || !site || request.url.scheme() != "https")
         throw Failure(FailureKind::insecure,
-                      "Could not connect to " + request.url.host() +
-                          ": its address is not a secure one.",
+                      translated("Could not connect to %1: its address is not a secure one.",
+                                 {request.url.host()}),
                       request.url.absoluteString());
 
     auto message = gobject::GObjectPointer<SoupMessage>::adopt(
@@ -61,9 +62,9 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
         // Values come from cookies and replies. A line break in a value would add a header.
         if (!fitsInHeader(name) || !fitsInHeader(value))
             throw Failure(FailureKind::badReply,
-                          "The request to " + request.url.host() +
-                              " was not sent, because the service handed out a value that "
-                              "no request can carry. Try again later.",
+                          translated("The request to %1 was not sent, because the service handed "
+                                     "out a value that no request can carry. Try again later.",
+                                     {request.url.host()}),
                           "control character in header " + name);
         soup_message_headers_append(headers, name.c_str(), value.c_str());
     }

@@ -1,5 +1,7 @@
 #include "linux/http/TransportErrors.h"
 
+#include "base/Translation.h"
+
 #include <libsoup/soup.h>
 
 #include <string>
@@ -14,55 +16,64 @@ std::string causeOf(const GError& error) {
            error.message;
 }
 
-Failure cannotConnect(const Url& url, const std::string& reason, const GError& error) {
-    return {FailureKind::cannotConnect, "Could not connect to " + url.host() + ": " + reason,
-            causeOf(error)};
+// text: of untranslated(), with the host for "%1".
+Failure cannotConnect(const char* text, const Url& url, const GError& error) {
+    return {FailureKind::cannotConnect, translated(text, {url.host()}), causeOf(error)};
 }
 
 Failure notFound(const Url& url, const GError& error) {
-    return {FailureKind::cannotConnect,
-            "Could not find " + url.host() + ". Check the network connection and try again.",
-            causeOf(error)};
+    return cannotConnect(
+        untranslated("Could not find %1. Check the network connection and try again."), url, error);
 }
 
 Failure connectionLost(const Url& url, const GError& error) {
-    return {FailureKind::cannotConnect, "The connection to " + url.host() + " was lost. Try again.",
-            causeOf(error)};
+    return cannotConnect(untranslated("The connection to %1 was lost. Try again."), url, error);
 }
 
-Failure proxyFailed(const Url& url, const std::string& proxy, const std::string& reason,
-                    std::string cause) {
-    return {FailureKind::cannotConnect,
-            "Could not connect to " + url.host() + ": The proxy " + proxy + " " + reason,
-            std::move(cause)};
+Failure connectionFailed(const Url& url, const GError& error) {
+    return cannotConnect(
+        untranslated(
+            "Could not connect to %1: The connection failed. Check the network and try again."),
+        url, error);
 }
 
-constexpr const char* checkProxy = "Check the proxy settings of this computer.";
+// text: of untranslated(), with the host for "%1" and the proxy for "%2".
+Failure proxyFailed(const char* text, const Url& url, const std::string& proxy, std::string cause) {
+    return {FailureKind::cannotConnect, translated(text, {url.host(), proxy}), std::move(cause)};
+}
+
 constexpr const char* needsPassword =
-    "asks for a password, which Kelo does not have. Ask those who run the proxy.";
+    untranslated("Could not connect to %1: The proxy %2 asks for a password, which Kelo does not "
+                 "have. Ask those who run the proxy.");
 
 Failure connectionError(const GError& error, const Url& url) {
     switch (error.code) {
     case G_IO_ERROR_CONNECTION_REFUSED:
-        return cannotConnect(url, "Connection refused.", error);
+        return cannotConnect(untranslated("Could not connect to %1: Connection refused."), url,
+                             error);
     case G_IO_ERROR_HOST_NOT_FOUND:
         return notFound(url, error);
     case G_IO_ERROR_HOST_UNREACHABLE:
     case G_IO_ERROR_NETWORK_UNREACHABLE:
-        return cannotConnect(url, "The network does not reach it. Check the network connection.",
-                             error);
+        return cannotConnect(untranslated("Could not connect to %1: The network does not reach it. "
+                                          "Check the network connection."),
+                             url, error);
     case G_IO_ERROR_TIMED_OUT:
-        return cannotConnect(url, "It did not answer. Try again later.", error);
+        return cannotConnect(
+            untranslated("Could not connect to %1: It did not answer. Try again later."), url,
+            error);
     case G_IO_ERROR_PROXY_FAILED:
     case G_IO_ERROR_PROXY_AUTH_FAILED:
     case G_IO_ERROR_PROXY_NEED_AUTH:
     case G_IO_ERROR_PROXY_NOT_ALLOWED:
-        return cannotConnect(url, std::string("The proxy refused. ") + checkProxy, error);
+        return cannotConnect(untranslated("Could not connect to %1: The proxy refused. Check the "
+                                          "proxy settings of this computer."),
+                             url, error);
     case G_IO_ERROR_CONNECTION_CLOSED:
     case G_IO_ERROR_PARTIAL_INPUT:
         return connectionLost(url, error);
     default:
-        return cannotConnect(url, "The connection failed. Check the network and try again.", error);
+        return connectionFailed(url, error);
     }
 }
 
@@ -81,83 +92,100 @@ Failure transportError(const GError& error, TransferPhase phase, const Url& url)
     if (error.domain == G_RESOLVER_ERROR)
         return notFound(url, error);
     if (error.domain == G_TLS_ERROR)
-        return {FailureKind::insecure,
-                "Could not set up a secure connection to " + url.host() +
-                    ", so nothing was sent. Try again later.",
-                causeOf(error)};
+        return {
+            FailureKind::insecure,
+            translated(
+                "Could not set up a secure connection to %1, so nothing was sent. Try again later.",
+                {url.host()}),
+            causeOf(error)};
     if (error.domain == G_IO_ERROR)
         return connectionError(error, url);
-    return cannotConnect(url, "The connection failed. Check the network and try again.", error);
+    return connectionFailed(url, error);
 }
 
 Failure noProxyError(const GError& error, const std::string& proxy, const Url& url) {
-    return proxyFailed(url, proxy,
-                       "cannot be reached. Check the network connection and the proxy settings.",
-                       causeOf(error));
+    return proxyFailed(untranslated("Could not connect to %1: The proxy %2 cannot be reached. "
+                                    "Check the network connection and the proxy settings."),
+                       url, proxy, causeOf(error));
 }
 
 Failure proxyError(const GError& error, const std::string& proxy, const Url& url) {
     const bool wantsPassword = g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_PROXY_NEED_AUTH) ||
                                g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_PROXY_AUTH_FAILED);
-    return wantsPassword ? proxyFailed(url, proxy, needsPassword, causeOf(error))
-                         : proxyFailed(url, proxy, std::string("gave no connection. ") + checkProxy,
-                                       causeOf(error));
+    return proxyFailed(wantsPassword
+                           ? needsPassword
+                           : untranslated("Could not connect to %1: The proxy %2 gave no "
+                                          "connection. Check the proxy settings of this computer."),
+                       url, proxy, causeOf(error));
 }
 
 Failure proxyRefusalError(int status, const std::string& proxy, const Url& url) {
     const std::string cause = "the proxy answered CONNECT with " + std::to_string(status);
     if (status == SOUP_STATUS_PROXY_AUTHENTICATION_REQUIRED)
-        return proxyFailed(url, proxy, needsPassword, cause);
+        return proxyFailed(needsPassword, url, proxy, cause);
     if (status >= 500)
-        return proxyFailed(url, proxy, "could not reach it. Try again later.", cause);
-    return proxyFailed(url, proxy, std::string("refused. ") + checkProxy, cause);
+        return proxyFailed(
+            untranslated(
+                "Could not connect to %1: The proxy %2 could not reach it. Try again later."),
+            url, proxy, cause);
+    return proxyFailed(untranslated("Could not connect to %1: The proxy %2 refused. Check the "
+                                    "proxy settings of this computer."),
+                       url, proxy, cause);
 }
 
 Failure certificateError(GTlsCertificateFlags problems, const Url& url) {
     const std::string cause = "certificate flags " + std::to_string(static_cast<int>(problems));
     // Under an unknown authority, names and dates in the certificate prove nothing.
-    std::string problem = "is not trusted on this computer";
-    std::string advice = "Ask those who run the service.";
+    const char* text = untranslated("The certificate of %1 is not trusted on this computer, so "
+                                    "nothing was sent. Ask those who run the service.");
     if ((problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0) {
         if (problems & G_TLS_CERTIFICATE_REVOKED) {
-            problem = "was withdrawn";
+            text = untranslated("The certificate of %1 was withdrawn, so nothing was sent. Ask "
+                                "those who run the service.");
         } else if (problems & G_TLS_CERTIFICATE_BAD_IDENTITY) {
-            problem = "is made out to another host";
+            text = untranslated("The certificate of %1 is made out to another host, so nothing was "
+                                "sent. Ask those who run the service.");
         } else if (problems & G_TLS_CERTIFICATE_EXPIRED) {
-            problem = "has expired";
-            advice = "Check the clock of this computer, or ask those who run the service.";
+            text = untranslated("The certificate of %1 has expired, so nothing was sent. Check the "
+                                "clock of this computer, or ask those who run the service.");
         } else if (problems & G_TLS_CERTIFICATE_NOT_ACTIVATED) {
-            problem = "is not valid yet";
-            advice = "Check the clock of this computer.";
+            text = untranslated("The certificate of %1 is not valid yet, so nothing was sent. "
+                                "Check the clock of this computer.");
         }
     }
-    return {FailureKind::insecure,
-            "The certificate of " + url.host() + " " + problem + ", so nothing was sent. " + advice,
-            cause};
+    return {FailureKind::insecure, translated(text, {url.host()}), cause};
 }
 
-Failure timeOutError(const std::string& whoIsSilent, std::chrono::seconds limit) {
-    const std::string unit = limit.count() == 1 ? " second" : " seconds";
-    return {FailureKind::timedOut, whoIsSilent + " did not answer within " +
-                                       std::to_string(limit.count()) + unit + ". Try again later."};
+Failure timeOutError(const std::string& host, std::chrono::seconds limit) {
+    return {FailureKind::timedOut,
+            translatedCount("%2 did not answer within %1 second. Try again later.",
+                            "%2 did not answer within %1 seconds. Try again later.",
+                            static_cast<unsigned long>(limit.count()), {host})};
+}
+
+Failure proxyTimeOutError(const std::string& proxy, std::chrono::seconds limit) {
+    return {FailureKind::timedOut,
+            translatedCount("The proxy %2 did not answer within %1 second. Try again later.",
+                            "The proxy %2 did not answer within %1 seconds. Try again later.",
+                            static_cast<unsigned long>(limit.count()), {proxy})};
 }
 
 Failure replyBrokenOffError(const Url& url, std::string cause) {
     return {FailureKind::badReply,
-            "The reply from " + url.host() + " broke off before its end. Try again.",
+            translated("The reply from %1 broke off before its end. Try again.", {url.host()}),
             std::move(cause)};
 }
 
 Failure unreadableReplyError(const Url& url, std::string cause) {
     return {FailureKind::badReply,
-            url.host() + " sent a reply that Kelo could not read. Try again later.",
+            translated("%1 sent a reply that Kelo could not read. Try again later.", {url.host()}),
             std::move(cause)};
 }
 
 Failure replyTooLongError(const Url& url) {
-    return {FailureKind::badReply, "The reply from " + url.host() +
-                                       " was longer than 1 MiB and was dropped. Try again "
-                                       "later."};
+    return {FailureKind::badReply,
+            translated("The reply from %1 was longer than 1 MiB and was dropped. Try again later.",
+                       {url.host()})};
 }
 
 } // namespace kelo::http

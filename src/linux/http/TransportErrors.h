@@ -29,8 +29,9 @@ Failure proxyRefusalError(int status, const std::string& proxy, const Url& url);
 /// The Failure for a refused certificate. The problems must not be zero.
 Failure certificateError(GTlsCertificateFlags problems, const Url& url);
 
-/// whoIsSilent: a host, or words for a proxy; the beginning of a sentence.
-Failure timeOutError(const std::string& whoIsSilent, std::chrono::seconds limit);
+Failure timeOutError(const std::string& host, std::chrono::seconds limit);
+/// proxy: its host and port.
+Failure proxyTimeOutError(const std::string& proxy, std::chrono::seconds limit);
 Failure replyTooLongError(const Url& url);
 Failure replyBrokenOffError(const Url& url, std::string cause = {});
 Failure unreadableReplyError(const Url& url, std::string cause = {});

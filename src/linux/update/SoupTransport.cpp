@@ -1,6 +1,7 @@
 #include "linux/update/SoupTransport.h"
 
 #include "base/Failure.h"
+#include "base/Translation.h"
 #include "linux/http/Deadline.h"
 #include "linux/http/Redirect.h"
 #include "linux/http/Response.h"
@@ -23,17 +24,21 @@ constexpr std::chrono::minutes longestFetch{10};
 Failure statusError(const Url& url, int status) {
     const std::string cause = url.absoluteString() + " answered with " + std::to_string(status);
     if (status >= 500)
-        return {FailureKind::badReply,
-                url.host() + " cannot provide updates at the moment. Try again later.", cause};
+        return {
+            FailureKind::badReply,
+            translated("%1 cannot provide updates at the moment. Try again later.", {url.host()}),
+            cause};
     return {FailureKind::badReply,
-            url.host() + " does not have this update. Try again later, or ask Kelo's publisher.",
+            translated("%1 does not have this update. Try again later, or ask Kelo's publisher.",
+                       {url.host()}),
             cause};
 }
 
 Failure tooLongError(const Url& url, std::size_t limit) {
     return {FailureKind::badReply,
-            url.host() + " sent more than the updater accepts, so the download was stopped. Try "
-                         "again later, or ask Kelo's publisher.",
+            translated("%1 sent more than the updater accepts, so the download was stopped. Try "
+                       "again later, or ask Kelo's publisher.",
+                       {url.host()}),
             url.absoluteString() + " is longer than " + std::to_string(limit) + " bytes"};
 }
 
@@ -55,7 +60,7 @@ followToReply(gobject::GObjectPointer<SoupSession> session,
         request = std::move(*next);
     }
     throw Failure(FailureKind::badReply,
-                  first.host() + " redirected Kelo too often. Try again later.");
+                  translated("%1 redirected Kelo too often. Try again later.", {first.host()}));
 }
 
 UrlRequest requestFor(Url url, std::chrono::seconds patience) {
