@@ -3,6 +3,7 @@
 #include "app/MenuBarContent.h"
 #include "app/RegistrationCommand.h"
 #include "app/SettingsView.h"
+#include "base/Translation.h"
 #include "web/ContentView.h"
 
 namespace kelo::app {
@@ -24,9 +25,9 @@ platform::SceneGraph KeloApp::body() {
 }
 
 std::vector<platform::ProgramAction> KeloApp::actions() {
-    return {{"widget", "Show the voice widget, or hide it when it is shown",
+    return {{"widget", translated("Show the voice widget, or hide it when it is shown"),
              [voice = voice] { voice.get()->toggleWidget(); }},
-            {"check-for-updates", "Look for a newer version", &checkForUpdates}};
+            {"check-for-updates", translated("Look for a newer version"), &checkForUpdates}};
 }
 
 platform::WindowGroup KeloApp::mainWindowGroup() const {

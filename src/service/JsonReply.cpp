@@ -2,6 +2,7 @@
 
 #include "base/Failure.h"
 #include "base/JsonString.h"
+#include "base/Translation.h"
 #include "base/Utf8.h"
 
 #include <utility>
@@ -11,9 +12,11 @@ namespace kelo::service {
 namespace {
 
 Failure unsendableText(std::string cause) {
-    return Failure(FailureKind::invalidJson,
-                   "The text you entered has characters that cannot be sent. Please type it again.",
-                   std::move(cause));
+    return Failure(
+        FailureKind::invalidJson,
+        translated(
+            "The text you entered has characters that cannot be sent. Please type it again."),
+        std::move(cause));
 }
 
 /// Looks at the text alone, so that not even the part above the limit is built.
@@ -50,8 +53,9 @@ std::optional<nlohmann::json> parsedJson(ByteView body) {
 nlohmann::json parseJson(ByteView body) {
     auto value = parsedJson(body);
     if (!value)
-        throw Failure(FailureKind::invalidJson,
-                      "The service sent a reply that is not valid JSON. Please try again later.");
+        throw Failure(
+            FailureKind::invalidJson,
+            translated("The service sent a reply that is not valid JSON. Please try again later."));
     return *std::move(value);
 }
 
