@@ -1,5 +1,6 @@
 #include "linux/desktop/HotkeyReport.h"
 
+#include "base/Translation.h"
 #include "linux/panel/DesktopPanels.h"
 
 namespace kelo::desktop {
@@ -7,11 +8,11 @@ namespace kelo::desktop {
 namespace {
 
 std::string line(const input::SourceStatus& source) {
-    std::string text = source.name;
-    text += source.availability.available ? ": available. " : ": not available. ";
-    text += source.availability.reason;
-    if (!source.availability.advice.empty())
-        text += " " + source.availability.advice;
+    const auto& [available, reason, advice] = source.availability;
+    std::string text = available ? translated("%1: available. %2", {source.name, reason})
+                                 : translated("%1: not available. %2", {source.name, reason});
+    if (!advice.empty())
+        text += " " + advice;
     return text + "\n";
 }
 
@@ -23,12 +24,12 @@ std::string hotkeyReport(const std::vector<input::SourceStatus>& sources,
     for (const auto& source : sources)
         report += line(source);
     if (!panel.empty())
-        report += "Voice panel: " + panel + "\n";
+        report += translated("Voice panel: %1", {panel}) + "\n";
     return report;
 }
 
 gtk::ReportOption hotkeyStatusOption() {
-    return {"hotkey-status", "Show which input sources the hotkey can use, then exit",
+    return {"hotkey-status", translated("Show which input sources the hotkey can use, then exit"),
             [] { return hotkeyReport(input::hotkeyStatus(), panel::panelStatus()); }};
 }
 

@@ -1,5 +1,6 @@
 #include "linux/desktop/ProgramVersion.h"
 
+#include "base/Translation.h"
 #include "bundle/InstalledBundle.h"
 
 namespace kelo::desktop {
@@ -10,7 +11,7 @@ std::string programVersion() {
 }
 
 gtk::ReportOption versionOption() {
-    return {"version", "Show the version, then exit",
+    return {"version", translated("Show the version, then exit"),
             [] { return "Kelo " + programVersion() + "\n"; }};
 }
 

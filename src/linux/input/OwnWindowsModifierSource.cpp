@@ -1,5 +1,7 @@
 #include "linux/input/OwnWindowsModifierSource.h"
 
+#include "base/Translation.h"
+
 #include <gdk/gdk.h>
 
 #include <utility>
@@ -40,8 +42,9 @@ OwnWindowsModifierSource::~OwnWindowsModifierSource() {
 
 Availability OwnWindowsModifierSource::availability() const {
     if (!defaultKeyboard())
-        return {false, "There is no keyboard.", "Plug one in and start Kelo again."};
-    return {true, "Control + Alt works in Kelo's own windows.", ""};
+        return {false, translated("There is no keyboard."),
+                translated("Plug one in and start Kelo again.")};
+    return {true, translated("Control + Alt works in Kelo's own windows."), ""};
 }
 
 bool OwnWindowsModifierSource::start(Handler wanted) {

@@ -1,5 +1,6 @@
 #include "linux/panel/DesktopPanels.h"
 
+#include "base/Translation.h"
 #include "linux/panel/MonitorScreen.h"
 #include "linux/panel/PlainPanel.h"
 #include "linux/panel/X11Panel.h"
@@ -87,20 +88,25 @@ std::optional<platform::Screen> DesktopPanels::mainScreen() const {
 std::string panelStatus() {
     GdkDisplay* const display = openDisplay();
     if (!display)
-        return "The voice panel cannot be shown, because no display can be opened; start Kelo from "
-               "within a graphical session.";
+        return translated(
+            "The voice panel cannot be shown, because no display can be opened; start Kelo from "
+            "within a graphical session.");
     if (GDK_IS_X11_DISPLAY(display))
-        return "The voice panel floats over all windows and takes the keyboard (X11).";
+        return translated("The voice panel floats over all windows and takes the keyboard (X11).");
     if (hasLayerShell())
-        return "The voice panel floats over all windows and takes the keyboard (Wayland, layer "
-               "shell).";
-    const std::string ordinary = "The voice panel is an ordinary window that the desktop may put "
-                                 "behind others, because ";
+        return translated(
+            "The voice panel floats over all windows and takes the keyboard (Wayland, layer "
+            "shell).");
+
     if (!knowsLayerShell)
-        return ordinary + "this build of Kelo was made without gtk4-layer-shell; install a build "
-                          "with it, or keep the window on top with the desktop's own means.";
-    return ordinary + "this Wayland desktop has no layer shell; keep the window on top with the "
-                      "desktop's own means, or log in to an X11 session.";
+        return translated(
+            "The voice panel is an ordinary window that the desktop may put behind others, "
+            "because this build of Kelo was made without gtk4-layer-shell; install a build with "
+            "it, or keep the window on top with the desktop's own means.");
+    return translated(
+        "The voice panel is an ordinary window that the desktop may put behind others, because "
+        "this Wayland desktop has no layer shell; keep the window on top with the desktop's own "
+        "means, or log in to an X11 session.");
 }
 
 } // namespace kelo::panel

@@ -1,5 +1,6 @@
 #include "linux/panel/PanelWindow.h"
 
+#include "base/Translation.h"
 #include "linux/window/HostedWidget.h"
 #include "linux/window/Toplevels.h"
 
@@ -52,7 +53,7 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
     gtk_window_set_decorated(window.get(), FALSE);
     gtk_window_set_resizable(window.get(), FALSE);
     // Shown nowhere. Screen readers read it aloud.
-    gtk_window_set_title(window.get(), "Kelo voice assistant");
+    gtk_window_set_title(window.get(), translated("Kelo voice assistant").c_str());
     gtk_widget_set_size_request(frame.get(), wholePoints(size_.width), wholePoints(size_.height));
     gtk_widget_set_margin_start(frame.get(), margin);
     gtk_widget_set_margin_end(frame.get(), margin);

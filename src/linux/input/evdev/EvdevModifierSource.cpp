@@ -1,5 +1,6 @@
 #include "linux/input/evdev/EvdevModifierSource.h"
 
+#include "base/Translation.h"
 #include "linux/input/evdev/EvdevKeyboard.h"
 #include "linux/input/evdev/FolderWatch.h"
 #include "linux/input/evdev/KeyCapabilities.h"
@@ -199,27 +200,31 @@ Availability EvdevModifierSource::availability() const {
         }
         const auto answer = EvdevKeyboard::admit(*device);
         if (answer == EvdevKeyboard::Refusal::none)
-            return {true,
-                    "The Ctrl keys and the left Alt key are read from the keyboards in " +
-                        devices.folder.string() +
-                        ". While one of them is down, Kelo also learns that another key is "
-                        "pressed, and leaves such shortcuts alone. At other times it learns of no "
-                        "other key.",
-                    ""};
+            return {
+                true,
+                translated(
+                    "The Ctrl keys and the left Alt key are read from the keyboards in %1. While "
+                    "one of them is down, Kelo also learns that another key is pressed, and leaves "
+                    "such shortcuts alone. At other times it learns of no other key.",
+                    {devices.folder.string()}),
+                ""};
         everyKey = everyKey || answer == EvdevKeyboard::Refusal::everyKey;
     }
     if (everyKey)
         return {false,
-                "This kernel cannot hold back the other keys of a keyboard, and Kelo does not "
-                "read what you type.",
-                "Use Linux 4.4 or later."};
+                translated(
+                    "This kernel cannot hold back the other keys of a keyboard, and Kelo does not "
+                    "read what you type."),
+                translated("Use Linux 4.4 or later.")};
     if (refused)
-        return {false, "The devices in " + devices.folder.string() + " cannot be read.",
+        return {
+            false, translated("The devices in %1 cannot be read.", {devices.folder.string()}),
+            translated(
                 "Have an administrator add you to the group \"input\" and log in again, or add a "
                 "udev rule that lets you read keyboards. Mind that every program you run can then "
-                "read all that is typed."};
-    return {false, "There is no keyboard in " + devices.folder.string() + ".",
-            "Connect a keyboard and start Kelo again."};
+                "read all that is typed.")};
+    return {false, translated("There is no keyboard in %1.", {devices.folder.string()}),
+            translated("Connect a keyboard and start Kelo again.")};
 }
 
 bool EvdevModifierSource::start(Handler handler) {

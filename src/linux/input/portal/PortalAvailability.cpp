@@ -1,5 +1,6 @@
 #include "linux/input/portal/PortalAvailability.h"
 
+#include "base/Translation.h"
 #include "linux/bus/Connection.h"
 #include "linux/gobject/GLibHandles.h"
 #include "linux/input/portal/PortalRequest.h"
@@ -12,9 +13,6 @@ namespace kelo::input {
 namespace {
 
 constexpr int patienceInMilliseconds = 1000;
-
-constexpr const char* otherWay =
-    "In your desktop's keyboard settings, give the command \"kelo --widget\" a shortcut.";
 
 struct Answer {
     gobject::GVariantPointer value;
@@ -55,39 +53,48 @@ bool canBeStarted(const bus::Connection& bus) {
 
 Availability portalAvailability(const std::string& busAddress) {
     if (busAddress.empty())
-        return {false, "There is no session bus to reach the desktop's portal by.",
-                "Start Kelo from within your desktop."};
+        return {false, translated("There is no session bus to reach the desktop's portal by."),
+                translated("Start Kelo from within your desktop.")};
     const auto bus = bus::openConnection(busAddress);
     if (!bus)
         return {false,
-                "The session bus, by which the desktop's portal is reached, does not answer.",
-                "Start Kelo from within your desktop, or log in anew."};
+                translated(
+                    "The session bus, by which the desktop's portal is reached, does not answer."),
+                translated("Start Kelo from within your desktop, or log in anew.")};
 
     const Answer owner = askBus(bus, "GetNameOwner", g_variant_new("(s)", portal::busName));
     if (!owner.value || !g_variant_is_of_type(owner.value.get(), G_VARIANT_TYPE("(s)"))) {
         // Only a running portal can tell, and this query must not start it.
         if (canBeStarted(bus))
             return {true,
-                    "The desktop's portal is started when Kelo needs it, and asked for "
-                    "Ctrl+Alt+Space then, if it offers global shortcuts.",
-                    "Ask again while Kelo is running to see whether it does."};
-        return {false, "This desktop has no portal.",
-                std::string("Install xdg-desktop-portal and its part for your desktop, or: ") +
-                    otherWay};
+                    translated("The desktop's portal is started when Kelo needs it, and asked for "
+                               "Ctrl+Alt+Space then, if it offers global shortcuts."),
+                    translated("Ask again while Kelo is running to see whether it does.")};
+        return {
+            false, translated("This desktop has no portal."),
+            translated(
+                "Install xdg-desktop-portal and its part for your desktop, or: In your desktop's "
+                "keyboard settings, give the command \"kelo --widget\" a shortcut.")};
     }
     const char* unique = nullptr;
     g_variant_get(owner.value.get(), "(&s)", &unique);
     const Answer version = ask(bus, unique, portal::path, "org.freedesktop.DBus.Properties", "Get",
                                g_variant_new("(ss)", portal::globalShortcuts, "version"));
     if (version.late)
-        return {false, "The desktop's portal does not answer.",
-                std::string("Log in anew, or: ") + otherWay};
+        return {false, translated("The desktop's portal does not answer."),
+                translated(
+                    "Log in anew, or: In your desktop's keyboard settings, give the command \"kelo "
+                    "--widget\" a shortcut.")};
     if (!version.value)
-        return {false, "The desktop's portal does not offer global shortcuts.", otherWay};
-    return {true,
+        return {false, translated("The desktop's portal does not offer global shortcuts."),
+                translated("In your desktop's keyboard settings, give the command \"kelo "
+                           "--widget\" a shortcut.")};
+    return {
+        true,
+        translated(
             "The desktop's portal watches for Ctrl+Alt+Space, or for the keys that you choose when "
-            "it asks. It does not tell of other keys, and no other shortcut counts.",
-            ""};
+            "it asks. It does not tell of other keys, and no other shortcut counts."),
+        ""};
 }
 
 } // namespace kelo::input

@@ -1,5 +1,6 @@
 #include "linux/input/portal/ShortcutSession.h"
 
+#include "base/Translation.h"
 #include "deployment/Deployment.h"
 
 #include <string_view>
@@ -10,14 +11,15 @@ namespace kelo::input {
 namespace {
 
 constexpr const char* shortcut = "widget";
-constexpr const char* description = "Voice widget";
+
 /// The portal does not accept modifiers alone. The user may choose other keys.
 constexpr const char* trigger = "CTRL+ALT+space";
 
 GVariant* shortcuts() {
     GVariantBuilder properties;
     g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
-    g_variant_builder_add(&properties, "{sv}", "description", g_variant_new_string(description));
+    g_variant_builder_add(&properties, "{sv}", "description",
+                          g_variant_new_string(translated("Voice widget").c_str()));
     g_variant_builder_add(&properties, "{sv}", "preferred_trigger", g_variant_new_string(trigger));
     GVariantBuilder list;
     g_variant_builder_init(&list, G_VARIANT_TYPE("a(sa{sv})"));

@@ -1,5 +1,6 @@
 #include "linux/input/xkb/XkbModifierSource.h"
 
+#include "base/Translation.h"
 #include "linux/gobject/MainLoopSource.h"
 #include "linux/input/xkb/RawPresses.h"
 #include "linux/input/xkb/XkbModifierMap.h"
@@ -220,19 +221,25 @@ Availability XkbModifierSource::availability() const {
     const bool watching = watch != nullptr;
     const Connection display = watching ? nullptr : connectTo(displayName);
     if (!watching && !display)
-        return {false, "There is no X display to watch.", "Start Kelo from a graphical session."};
+        return {false, translated("There is no X display to watch."),
+                translated("Start Kelo from a graphical session.")};
     if (!watching && !keyboardEvents(display.get()))
-        return {false, "The X display has no keyboard extension (XKEYBOARD), which tells of keys.",
-                "Enable the XKEYBOARD extension of the X server."};
+        return {
+            false,
+            translated("The X display has no keyboard extension (XKEYBOARD), which tells of keys."),
+            translated("Enable the XKEYBOARD extension of the X server.")};
     if (!watching && !RawPresses::of(display.get()))
-        return {true,
+        return {
+            true,
+            translated(
                 "Control + Alt works in every program. This X display does not tell of other keys, "
-                "so shortcuts such as Ctrl+Alt+T count as Control + Alt, too.",
-                "Use an X server with XInput 2.1 or later."};
+                "so shortcuts such as Ctrl+Alt+T count as Control + Alt, too."),
+            translated("Use an X server with XInput 2.1 or later.")};
     return {
         true,
-        "Control + Alt works in every program. While one of them is down, Kelo also learns that "
-        "another key or a mouse button is pressed, and leaves such shortcuts alone.",
+        translated("Control + Alt works in every program. While one of them is down, Kelo also "
+                   "learns that "
+                   "another key or a mouse button is pressed, and leaves such shortcuts alone."),
         ""};
 }
 
