@@ -1,5 +1,6 @@
 #include "linux/gtk/application/CommandLine.h"
 
+#include "base/Translation.h"
 #include "deployment/Deployment.h"
 
 #include <glibmm/error.h>
@@ -32,7 +33,7 @@ public:
     /// Returns the words that are no options. Throws Glib::Error. Prints the help and ends the
     /// process if it was requested.
     std::vector<std::string> read(std::vector<std::string> words) {
-        Glib::OptionContext context("[ADDRESS]");
+        Glib::OptionContext context(translated("[ADDRESS]"));
         context.set_main_group(group);
         std::vector<char*> pointers;
         for (auto& word : words)
@@ -50,7 +51,7 @@ private:
 };
 
 int refuse(const std::string& sentence) {
-    std::cerr << "kelo: " << sentence << "\nTry \"kelo --help\".\n";
+    std::cerr << "kelo: " << sentence << "\n" << translated("Try \"%1\".", {"kelo --help"}) << "\n";
     return wrongUsageStatus;
 }
 
@@ -85,8 +86,8 @@ CommandLine readCommandLine(const std::vector<std::string>& words,
         result.page = pageOfService(addresses.front());
     if (addresses.size() > 1 || (!addresses.empty() && !result.page)) {
         result.exitStatus =
-            refuse("Kelo opens one page of " + std::string(deployment::serviceOrigin) +
-                   ". Open other addresses in your browser.");
+            refuse(translated("Kelo opens one page of %1. Open other addresses in your browser.",
+                              {deployment::serviceOrigin}));
         return result;
     }
     for (const auto& [given, report] : reportSwitches)

@@ -1,5 +1,6 @@
 #include "linux/gtk/application/GtkApplicationHost.h"
 
+#include "base/Translation.h"
 #include "base/async/MainLoop.h"
 #include "deployment/Deployment.h"
 #include "linux/gtk/application/MenuBarExtras.h"
@@ -168,12 +169,13 @@ void GtkApplicationHost::addActions() {
 }
 
 std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
-    return {
-        {"open", "Open the main window, or raise it when it is open", [this] { openMainWindow(); }},
-        {"settings", "Open the settings", [this] { openSettings(); }},
-        // Doing something else than to open the window is all that it does.
-        {"background", "Start without a window", [] {}},
-        {quitAction, "End the running program, if there is one", [this] { terminate(); }}};
+    return {{"open", translated("Open the main window, or raise it when it is open"),
+             [this] { openMainWindow(); }},
+            {"settings", translated("Open the settings"), [this] { openSettings(); }},
+            // Doing something else than to open the window is all that it does.
+            {"background", translated("Start without a window"), [] {}},
+            {quitAction, translated("End the running program, if there is one"),
+             [this] { terminate(); }}};
 }
 
 ProgramMenuActions GtkApplicationHost::programMenuActions() {
@@ -287,10 +289,11 @@ void GtkApplicationHost::openAbout() {
 void GtkApplicationHost::openShortcuts() {
     openSole(shortcuts, [this](std::function<void()> closed) {
         auto groups = menuBar->shortcuts();
-        groups.push_back({"Page",
-                          {{"Caret in the text, on or off", "F7"},
-                           {"To the bar above the page and back", "F6"}}});
-        groups.push_back({"Everywhere", {{"Voice widget", "<Control><Alt>"}}});
+        groups.push_back({translated("Page"),
+                          {{translated("Caret in the text, on or off"), "F7"},
+                           {translated("To the bar above the page and back"), "F6"}}});
+        groups.push_back(
+            {translated("Everywhere"), {{translated("Voice widget"), "<Control><Alt>"}}});
         return std::make_shared<ShortcutsWindow>(groups, std::move(closed));
     });
 }

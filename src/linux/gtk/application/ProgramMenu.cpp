@@ -1,5 +1,6 @@
 #include "linux/gtk/application/ProgramMenu.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
 namespace kelo::gtk {
@@ -9,7 +10,8 @@ namespace {
 using platform::KeyboardShortcut;
 using platform::MenuItem;
 
-MenuItem item(const char* label, const std::function<void()>& action, const char* key = nullptr) {
+MenuItem item(const std::string& label, const std::function<void()>& action,
+              const char* key = nullptr) {
     MenuItem made{label, true, action};
     if (key)
         made.shortcut = KeyboardShortcut{key, platform::KeyModifier::command};
@@ -18,7 +20,7 @@ MenuItem item(const char* label, const std::function<void()>& action, const char
 
 MenuItem loginItem(const LoginStart& loginStart) {
     const bool isOn = loginStart.isOn();
-    auto made = item("Start at Login", [set = loginStart.setOn, isOn] { set(!isOn); });
+    auto made = item(translated("Start at Login"), [set = loginStart.setOn, isOn] { set(!isOn); });
     made.checked = isOn;
     return made;
 }
@@ -30,11 +32,11 @@ platform::Menu entries(const ProgramMenuActions& actions) {
     if (actions.loginStart)
         menu.emplace_back(loginItem(*actions.loginStart));
     menu.emplace_back(std::in_place_type<platform::MenuSeparator>);
-    menu.emplace_back(item("Keyboard Shortcuts", actions.openShortcuts, "?"));
-    menu.emplace_back(item("About Kelo", actions.openAbout));
+    menu.emplace_back(item(translated("Keyboard Shortcuts"), actions.openShortcuts, "?"));
+    menu.emplace_back(item(translated("About Kelo"), actions.openAbout));
     menu.emplace_back(std::in_place_type<platform::MenuSeparator>);
-    menu.emplace_back(item("Close Window", actions.closeWindow, "w"));
-    menu.emplace_back(item("Quit", actions.quit, "q"));
+    menu.emplace_back(item(translated("Close Window"), actions.closeWindow, "w"));
+    menu.emplace_back(item(translated("Quit"), actions.quit, "q"));
     return menu;
 }
 

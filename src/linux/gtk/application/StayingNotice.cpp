@@ -1,5 +1,7 @@
 #include "linux/gtk/application/StayingNotice.h"
 
+#include "base/Translation.h"
+
 #include <giomm/dbusconnection.h>
 #include <giomm/notification.h>
 #include <glibmm/error.h>
@@ -47,10 +49,10 @@ void StayingNotice::windowOpened() {
 }
 
 void StayingNotice::show() {
-    const auto notice = Gio::Notification::create("Kelo keeps running");
-    notice->set_body("Start Kelo again to see its window.");
+    const auto notice = Gio::Notification::create(translated("Kelo keeps running"));
+    notice->set_body(translated("Start Kelo again to see its window."));
     notice->set_default_action("app.open");
-    notice->add_button("Quit", "app.quit");
+    notice->add_button(translated("Quit"), "app.quit");
     application.send_notification(identifier, notice);
     state.setFlag(group, identifier, true);
     state.save();

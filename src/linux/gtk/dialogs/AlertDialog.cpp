@@ -1,6 +1,7 @@
 #include "linux/gtk/dialogs/AlertDialog.h"
 
 #include "base/ShownText.h"
+#include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/BalancedText.h"
 
@@ -15,7 +16,6 @@ namespace kelo::gtk {
 
 namespace {
 
-constexpr const char* acknowledgement = "OK";
 constexpr int textWidthInCharacters = 44;
 /// In pixels: about fifteen lines, which every screen has room for.
 constexpr int tallestText = 300;
@@ -95,7 +95,7 @@ void AlertDialog::addField(const platform::Alert& alert) {
 
 void AlertDialog::addButtons(const platform::Alert& alert) {
     const std::vector<std::string> labels =
-        alert.buttons.empty() ? std::vector<std::string>{acknowledgement} : alert.buttons;
+        alert.buttons.empty() ? std::vector<std::string>{translated("OK")} : alert.buttons;
     buttonCount = static_cast<int>(labels.size());
     auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
     row->set_homogeneous();

@@ -1,6 +1,7 @@
 #include "linux/gtk/dialogs/PasskeySheetWindow.h"
 
 #include "base/ShownText.h"
+#include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/Style.h"
@@ -28,16 +29,18 @@ void wrapCentred(Gtk::Label& label) {
 }
 
 std::string titleOf(authenticator::Ceremony ceremony) {
-    return ceremony == authenticator::Ceremony::registration ? "Create a passkey?"
-                                                             : "Sign in with a passkey?";
+    return ceremony == authenticator::Ceremony::registration
+               ? translated("Create a passkey?")
+               : translated("Sign in with a passkey?");
 }
 
 std::string explanationOf(const authenticator::ConsentRequest& request) {
     const std::string who =
         "<b>" + Glib::Markup::escape_text(request.relyingPartyIdentifier).raw() + "</b>";
     if (request.ceremony == authenticator::Ceremony::registration)
-        return who + " asks to keep a passkey for you on this computer.";
-    return who + " asks you to sign in with a passkey that is kept on this computer.";
+        return translated("%1 asks to keep a passkey for you on this computer.", {who});
+    return translated("%1 asks you to sign in with a passkey that is kept on this computer.",
+                      {who});
 }
 
 Gtk::Label* makeAccount(const std::string& name) {
@@ -170,7 +173,7 @@ void PasskeySheetWindow::fillAccounts(const std::vector<std::string>& names) {
     accountsCaption.set_visible(!names.empty());
     accountsScroll.set_visible(!names.empty());
     const bool isChoice = names.size() > 1;
-    accountsCaption.set_text(isChoice ? "Choose an account" : "Account");
+    accountsCaption.set_text(isChoice ? translated("Choose an account") : translated("Account"));
     accountsCaption.set_halign(isChoice ? Gtk::Align::START : Gtk::Align::CENTER);
     // A frame around the only one would look like an entry to type into.
     setClass(accountsScroll, "kelo-group", isChoice);
@@ -249,7 +252,7 @@ void PasskeySheetWindow::proceed() {
 
 void PasskeySheetWindow::startWaiting() {
     phase = Phase::waiting;
-    status = {Status::Kind::placeholder, "One moment…"};
+    status = {Status::Kind::placeholder, translated("One moment…")};
     updateStatus();
     // On Cancel, a second Enter would end what the first one has begun. Here a screen reader says
     // what is waited for. The focus moves before the entry disappears: the toolkit would hand it to

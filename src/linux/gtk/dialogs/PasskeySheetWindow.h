@@ -1,6 +1,7 @@
 #pragma once
 
 #include "authenticator/consent/PasskeySheet.h"
+#include "base/Translation.h"
 #include "linux/gtk/dialogs/ConfirmationGuard.h"
 #include "linux/gtk/dialogs/SecretEntry.h"
 #include "linux/gtk/kit/ModalWindow.h"
@@ -79,8 +80,8 @@ private:
     Gtk::Label question;
     Gtk::Box answerPlace;
     std::unique_ptr<SecretEntry> answer;
-    Gtk::Button cancelButton{"Cancel"};
-    Gtk::Button continueButton{"Continue"};
+    Gtk::Button cancelButton{translated("Cancel")};
+    Gtk::Button continueButton{translated("Continue")};
     ConfirmationGuard guard;
 };
 

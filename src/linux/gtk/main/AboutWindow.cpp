@@ -1,5 +1,6 @@
 #include "linux/gtk/main/AboutWindow.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
@@ -24,7 +25,7 @@ Gtk::Label* makeLine(const std::string& text, const char* cssClass) {
 
 AboutWindow::AboutWindow(const std::string& version, std::function<void()> closed)
     : ProgramWindow(std::move(closed)) {
-    set_title("About Kelo");
+    set_title(translated("About Kelo"));
     add_css_class("kelo-main");
     set_titlebar(header);
     set_resizable(false);
@@ -34,14 +35,15 @@ AboutWindow::AboutWindow(const std::string& version, std::function<void()> close
     icon->set_size_request(iconSize, iconSize);
     // The name is below it.
     setAccessibleRole(*icon, GTK_ACCESSIBLE_ROLE_PRESENTATION);
-    auto* versionLine = makeLine("Version " + version, "kelo-dim");
+    auto* versionLine = makeLine(translated("Version %1", {version}), "kelo-dim");
     // To be copied into a report.
     versionLine->set_selectable();
     column.set_margin(24);
     column.append(*icon);
     column.append(*makeLine(programName, "kelo-title"));
     column.append(*versionLine);
-    column.append(*makeLine("Your web assistant in a window of its own", "kelo-caption"));
+    column.append(
+        *makeLine(translated("Your web assistant in a window of its own"), "kelo-caption"));
     set_child(column);
     whenEscapeIsPressed(*this, [this] {
         close();

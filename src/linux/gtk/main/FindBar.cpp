@@ -1,5 +1,6 @@
 #include "linux/gtk/main/FindBar.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/Style.h"
 #include "linux/gtk/main/ContentArea.h"
@@ -23,7 +24,7 @@ FindBar::FindBar(ContentArea& content)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL, 6), content(content) {
     add_css_class("kelo-notice");
     setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_SEARCH);
-    setAccessibleName(*this, "Find in page");
+    setAccessibleName(*this, translated("Find in page"));
     set_visible(false);
     buildEntry();
     buildButtons();
@@ -35,8 +36,8 @@ void FindBar::buildEntry() {
     entry.set_max_width_chars(entryWidthInCharacters);
     entry.set_hexpand();
     entry.set_halign(Gtk::Align::START);
-    entry.set_property("placeholder-text", Glib::ustring("Find in page"));
-    setAccessibleName(entry, "Find in page");
+    entry.set_property("placeholder-text", Glib::ustring(translated("Find in page")));
+    setAccessibleName(entry, translated("Find in page"));
     entry.signal_search_changed().connect([this] { search(); });
     entry.signal_stop_search().connect([this] { close(); });
     entry.signal_activate().connect([this] { next(); });
@@ -64,9 +65,9 @@ void FindBar::buildEntry() {
 }
 
 void FindBar::buildButtons() {
-    addButton(previousButton, "go-up-symbolic", "Previous", [this] { previous(); });
-    addButton(nextButton, "go-down-symbolic", "Next", [this] { next(); });
-    addButton(closeButton, "window-close-symbolic", "Close", [this] { close(); });
+    addButton(previousButton, "go-up-symbolic", translated("Previous"), [this] { previous(); });
+    addButton(nextButton, "go-down-symbolic", translated("Next"), [this] { next(); });
+    addButton(closeButton, "window-close-symbolic", translated("Close"), [this] { close(); });
 }
 
 void FindBar::addButton(Gtk::Button& button, const char* icon, const std::string& name,
@@ -131,9 +132,9 @@ void FindBar::showCount(unsigned places) {
     if (!hasText())
         count.set_text("");
     else if (isMissing)
-        count.set_text("Not found");
+        count.set_text(translated("Not found"));
     else
-        count.set_text(places == 1 ? "1 place" : std::to_string(places) + " places");
+        count.set_text(translatedCount("%1 place", "%1 places", places));
 }
 
 } // namespace kelo::gtk

@@ -1,5 +1,6 @@
 #include "linux/gtk/main/SettingsWindow.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
@@ -32,7 +33,7 @@ Gtk::Widget* makeRow(const platform::LabeledRow& row) {
 
 SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void()> closed)
     : ProgramWindow(std::move(closed)), scene(std::move(scene)) {
-    set_title("Settings");
+    set_title(translated("Settings"));
     add_css_class("kelo-main");
     set_titlebar(header);
     set_resizable(false);
@@ -41,7 +42,7 @@ SettingsWindow::SettingsWindow(platform::SettingsScene scene, std::function<void
     rows.set_margin(16);
     rows.set_hexpand();
     rows.add_css_class("kelo-group");
-    setAccessibleName(rows, "Settings");
+    setAccessibleName(rows, translated("Settings"));
     draw();
     space.append(rows);
     set_child(limit);

@@ -1,5 +1,6 @@
 #include "linux/gtk/main/ShortcutsWindow.h"
 
+#include "base/Translation.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/WindowPresentation.h"
@@ -39,7 +40,7 @@ Gtk::Widget* makeLine(const ShortcutRow& row) {
 ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups,
                                  std::function<void()> closed)
     : ProgramWindow(std::move(closed)) {
-    set_title("Keyboard Shortcuts");
+    set_title(translated("Keyboard Shortcuts"));
     add_css_class("kelo-main");
     set_titlebar(header);
     column.set_margin(16);

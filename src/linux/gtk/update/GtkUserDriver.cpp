@@ -1,5 +1,6 @@
 #include "linux/gtk/update/GtkUserDriver.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/gtk/update/UpdateWindow.h"
 
@@ -28,16 +29,16 @@ UpdateContent::Progress asProgress(const updater::DownloadProgress& progress) {
     const double fraction =
         static_cast<double>(progress.received) / static_cast<double>(*progress.expected);
     return {std::min(fraction, 1.0),
-            sizeText(progress.received) + " of " + sizeText(*progress.expected)};
+            translated("%1 of %2", {sizeText(progress.received), sizeText(*progress.expected)})};
 }
 
 std::string offerSentence(const UpdateOffer& offer) {
-    std::string sentence = "Version " + offer.offeredVersion + " is available. You have version " +
-                           offer.installedVersion + ".";
+    std::string sentence = translated("Version %1 is available. You have version %2.",
+                                      {offer.offeredVersion, offer.installedVersion});
     if (offer.informationalOnly)
-        sentence += " It cannot be installed from here.";
+        sentence += " " + translated("It cannot be installed from here.");
     else if (offer.critical)
-        sentence += " It is important to install it.";
+        sentence += " " + translated("It is important to install it.");
     return sentence;
 }
 
@@ -107,23 +108,24 @@ Task<Answer> GtkUserDriver::ask(UpdateContent content, std::vector<Button<Answer
 
 void GtkUserDriver::showChecking(std::function<void()> cancel) {
     UpdateContent content;
-    content.heading = "Checking for updates…";
+    content.heading = translated("Checking for updates…");
     content.progress = UpdateContent::Progress{std::nullopt, ""};
-    content.choices = {{"Cancel", cancel, false, false}};
+    content.choices = {{translated("Cancel"), cancel, false, false}};
     content.dismissed = cancel;
     show(std::move(content), Attention::take);
 }
 
 Task<UpdateChoice> GtkUserDriver::showOffer(UpdateOffer offer, CheckKind kind) {
     UpdateContent content;
-    content.heading = "A new version of " + offer.programName + " is available";
+    content.heading = translated("A new version of %1 is available", {offer.programName});
     content.sentence = offerSentence(offer);
     content.notes = offer.releaseNotes;
-    const std::string install = offer.informationalOnly ? "Learn More…" : "Install Update";
+    const std::string install =
+        offer.informationalOnly ? translated("Learn More…") : translated("Install Update");
     std::vector<Button<UpdateChoice>> answers;
     if (!offer.critical) {
-        answers.push_back({"Skip This Version", UpdateChoice::skipThisVersion, true});
-        answers.push_back({"Remind Me Later", UpdateChoice::remindLater});
+        answers.push_back({translated("Skip This Version"), UpdateChoice::skipThisVersion, true});
+        answers.push_back({translated("Remind Me Later"), UpdateChoice::remindLater});
     }
     answers.push_back({install, UpdateChoice::install, false, !offer.informationalOnly});
     return ask(std::move(content), std::move(answers), UpdateChoice::remindLater,
@@ -136,9 +138,9 @@ void GtkUserDriver::showDownload(updater::DownloadProgress progress, std::functi
         return;
     }
     UpdateContent content;
-    content.heading = "Downloading the update…";
+    content.heading = translated("Downloading the update…");
     content.progress = asProgress(progress);
-    content.choices = {{"Cancel", cancel, false, false}};
+    content.choices = {{translated("Cancel"), cancel, false, false}};
     content.dismissed = cancel;
     show(std::move(content), Attention::leave);
     isDownloading = true;
@@ -146,20 +148,21 @@ void GtkUserDriver::showDownload(updater::DownloadProgress progress, std::functi
 
 void GtkUserDriver::showPreparing() {
     UpdateContent content;
-    content.heading = "Preparing the update…";
-    content.sentence = "Its signature is checked before anything is installed.";
+    content.heading = translated("Preparing the update…");
+    content.sentence = translated("Its signature is checked before anything is installed.");
     content.progress = UpdateContent::Progress{std::nullopt, ""};
     show(std::move(content), Attention::leave);
 }
 
 Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
     UpdateContent content;
-    content.heading = "The update is ready";
-    content.sentence =
-        offer.programName + " will close, and open again as version " + offer.offeredVersion + ".";
+    content.heading = translated("The update is ready");
+    content.sentence = translated("%1 will close, and open again as version %2.",
+                                  {offer.programName, offer.offeredVersion});
     std::vector<Button<RelaunchChoice>> answers;
-    answers.push_back({"Later", RelaunchChoice::later});
-    answers.push_back({"Install and Relaunch", RelaunchChoice::installAndRelaunch, false, true});
+    answers.push_back({translated("Later"), RelaunchChoice::later});
+    answers.push_back(
+        {translated("Install and Relaunch"), RelaunchChoice::installAndRelaunch, false, true});
     return ask(std::move(content), std::move(answers), RelaunchChoice::later, Attention::leave);
 }
 
@@ -168,7 +171,7 @@ Task<void> GtkUserDriver::tell(std::string heading, std::string sentence) {
     content.heading = std::move(heading);
     content.sentence = std::move(sentence);
     std::vector<Button<bool>> answers;
-    answers.push_back({"OK", true});
+    answers.push_back({translated("OK"), true});
     co_await ask(std::move(content), std::move(answers), true, Attention::take);
 }
 
@@ -177,18 +180,18 @@ Task<void> GtkUserDriver::showMessage(std::string heading, std::string sentence)
 }
 
 Task<void> GtkUserDriver::showFailure(std::string sentence) {
-    return tell("The update did not work", std::move(sentence));
+    return tell(translated("The update did not work"), std::move(sentence));
 }
 
 Task<bool> GtkUserDriver::askForAutomaticChecks(std::string programName) {
     UpdateContent content;
-    content.heading = "Check for updates automatically?";
-    content.sentence = programName +
-                       " can look for new versions by itself. You can always look yourself from "
-                       "its menu.";
+    content.heading = translated("Check for updates automatically?");
+    content.sentence = translated(
+        "%1 can look for new versions by itself. You can always look yourself from its menu.",
+        {programName});
     std::vector<Button<bool>> answers;
-    answers.push_back({"Don’t Check", false});
-    answers.push_back({"Check Automatically", true});
+    answers.push_back({translated("Don’t Check"), false});
+    answers.push_back({translated("Check Automatically"), true});
     // This question follows a check that the user started, so the window may take the focus.
     return ask(std::move(content), std::move(answers), false, Attention::take);
 }

@@ -1,5 +1,6 @@
 #include "linux/gtk/update/ReleaseNotesView.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 
 #include <pango/pango-layout.h>
@@ -85,7 +86,7 @@ ReleaseNotesView::ReleaseNotesView() {
     text.set_right_margin(12);
     text.set_top_margin(10);
     text.set_bottom_margin(10);
-    setAccessibleName(text, "Release notes");
+    setAccessibleName(text, translated("Release notes"));
     addTags(*text.get_buffer());
     set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     set_min_content_height(smallestHeight);

@@ -1,5 +1,6 @@
 #include "linux/gtk/update/UpdateWindow.h"
 
+#include "base/Translation.h"
 #include "deployment/Deployment.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/WindowPresentation.h"
@@ -29,7 +30,7 @@ void makeParagraph(Gtk::Label& label) {
 } // namespace
 
 UpdateWindow::UpdateWindow() {
-    set_title("Software Update");
+    set_title(translated("Software Update"));
     set_resizable(false);
     add_css_class("kelo-update");
     showProgramIcon(*this);
@@ -50,13 +51,13 @@ UpdateWindow::UpdateWindow() {
     top->append(icon);
     top->append(*texts);
 
-    setAccessibleName(bar, "Progress");
+    setAccessibleName(bar, translated("Progress"));
     progressText.set_xalign(0);
     progressText.add_css_class("kelo-caption");
     progressText.add_css_class("kelo-dim");
     progressText.add_css_class("kelo-figures");
     spinner.set_spinning();
-    setAccessibleName(spinner, "Working");
+    setAccessibleName(spinner, translated("Working"));
     auto* words = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
     words->append(spinner);
     words->append(progressText);
