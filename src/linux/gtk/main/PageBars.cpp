@@ -28,21 +28,21 @@ int allocateBar(Gtk::Widget& bar, int top, int width) {
 } // namespace
 
 PageBars::PageBars(Gtk::Widget& parent) {
-    foreignBar.addButton("Back to Kelo", [this] {
+    foreignBar.addButton(translated("Back to Kelo"), [this] {
         if (page)
             page->returnToService();
     });
-    foreignBar.addButton("Open in Browser", [this] {
+    foreignBar.addButton(translated("Open in Browser"), [this] {
         if (page)
             page->openInBrowser();
     });
     foreignBar.set_parent(parent);
-    hangBar.setSentence("This page does not answer.");
-    hangBar.addButton("Wait", [this] {
+    hangBar.setSentence(translated("This page does not answer."));
+    hangBar.addButton(translated("Wait"), [this] {
         userWaits = true;
         draw();
     });
-    hangBar.addButton("Reload", [this] {
+    hangBar.addButton(translated("Reload"), [this] {
         if (page)
             page->reload();
     });
@@ -78,7 +78,9 @@ void PageBars::setPage(window::HostedPage* newPage) {
 void PageBars::draw() {
     const auto host = page ? page->foreignHost() : std::nullopt;
     if (host)
-        foreignBar.setSentence("This page is from", host->empty() ? "another site" : *host);
+        // Translators: the name of a host follows, or "another site".
+        foreignBar.setSentence(translated("This page is from"),
+                               host->empty() ? translated("another site") : *host);
     show(foreignBar, host.has_value());
     const bool hangs = page && !page->answers();
     if (!hangs)

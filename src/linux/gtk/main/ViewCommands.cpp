@@ -1,5 +1,6 @@
 #include "linux/gtk/main/ViewCommands.h"
 
+#include "base/Translation.h"
 #include "linux/gtk/kit/StateFile.h"
 #include "linux/gtk/main/ContentArea.h"
 #include "linux/gtk/main/FindBar.h"
@@ -23,7 +24,7 @@ namespace {
 
 struct Command {
     const char* action;
-    /// In the menu; null for a command that only has keys.
+    /// In the menu, of untranslated(); null for a command that only has keys.
     const char* label;
     /// The first one is shown beside the label.
     std::vector<const char*> keys;
@@ -34,19 +35,22 @@ struct Command {
 
 const std::vector<Command>& commands() {
     static const std::vector<Command> all{
-        {"reload", "Reload", {"F5", "<Control>r"}},
+        {"reload", untranslated("Reload"), {"F5", "<Control>r"}},
         {"reload-from-server", nullptr, {"<Control><Shift>r", "<Control>F5", "<Shift>F5"}},
-        {"back", "Back", {"<Alt>Left"}, false, true},
-        {"forward", "Forward", {"<Alt>Right"}, false, true},
-        {"start-page", "Start Page", {"<Alt>Home"}, false, true},
-        {"find", "Find…", {"<Control>f"}, true},
+        {"back", untranslated("Back"), {"<Alt>Left"}, false, true},
+        {"forward", untranslated("Forward"), {"<Alt>Right"}, false, true},
+        {"start-page", untranslated("Start Page"), {"<Alt>Home"}, false, true},
+        {"find", untranslated("Find…"), {"<Control>f"}, true},
         {"find-next", nullptr, {"<Control>g", "F3"}},
         {"find-previous", nullptr, {"<Control><Shift>g", "<Shift>F3"}},
-        {"print", "Print…", {"<Control>p"}},
-        {"zoom-in", "Zoom In", {"<Control>plus", "<Control>equal", "<Control>KP_Add"}, true},
-        {"zoom-out", "Zoom Out", {"<Control>minus", "<Control>KP_Subtract"}},
-        {"usual-size", "Usual Size", {"<Control>0", "<Control>KP_0"}},
-        {"full-screen", "Full Screen", {"F11"}, true},
+        {"print", untranslated("Print…"), {"<Control>p"}},
+        {"zoom-in",
+         untranslated("Zoom In"),
+         {"<Control>plus", "<Control>equal", "<Control>KP_Add"},
+         true},
+        {"zoom-out", untranslated("Zoom Out"), {"<Control>minus", "<Control>KP_Subtract"}},
+        {"usual-size", untranslated("Usual Size"), {"<Control>0", "<Control>KP_0"}},
+        {"full-screen", untranslated("Full Screen"), {"F11"}, true},
     };
     return all;
 }
@@ -93,7 +97,7 @@ Glib::RefPtr<Gio::MenuModel> ViewCommands::menu() {
             section = Gio::Menu::create();
         }
         const auto item =
-            Gio::MenuItem::create(command.label, std::string("win.") + command.action);
+            Gio::MenuItem::create(translated(command.label), std::string("win.") + command.action);
         item->set_attribute_value("accel",
                                   Glib::Variant<Glib::ustring>::create(command.keys.front()));
         section->append_item(item);
@@ -103,10 +107,10 @@ Glib::RefPtr<Gio::MenuModel> ViewCommands::menu() {
 }
 
 ShortcutGroup ViewCommands::shortcuts() {
-    ShortcutGroup group{"View", {}};
+    ShortcutGroup group{translated("View"), {}};
     for (const auto& command : commands())
         if (command.label)
-            group.rows.push_back({command.label, command.keys.front()});
+            group.rows.push_back({translated(command.label), command.keys.front()});
     return group;
 }
 
