@@ -1,6 +1,7 @@
 #include "linux/webkit/WebKitEmbeddedView.h"
 
 #include "base/Invariant.h"
+#include "base/Translation.h"
 #include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
 #include "linux/webkit/CertificateProbe.h"
@@ -270,10 +271,10 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     const std::optional<Url> url = Url::parse(address);
     // Only a redirect gets this far. The policy has stopped it.
     if (url && url->scheme() == "http") {
-        showErrorPage("This page is not secure",
-                      "It leads to " + url->host() +
-                          " without encryption, so that others could read and change what is "
-                          "sent. Ask those who run the service.",
+        showErrorPage(translated("This page is not secure"),
+                      translated("It leads to %1 without encryption, so that others could read and "
+                                 "change what is sent. Ask those who run the service.",
+                                 {url->host()}),
                       address);
         return true;
     }
@@ -290,7 +291,7 @@ bool WebKitEmbeddedView::loadFailed(const char* address, const GError& error) {
     const std::string sentence =
         url ? http::transportError(error, http::TransferPhase::connecting, *url)
                   .localizedDescription()
-            : "The address cannot be shown here.";
+            : translated("The address cannot be shown here.");
     showUnreachable(sentence, address);
     return true;
 }
@@ -300,7 +301,7 @@ void WebKitEmbeddedView::loadTimedOut() {
     const std::optional<Url> url = address ? Url::parse(address) : std::nullopt;
     const std::string sentence =
         url ? http::timeOutError(url->host(), pageLoad->timeout()).localizedDescription()
-            : "The service did not answer. Try again later.";
+            : translated("The service did not answer. Try again later.");
     g_warning("%s made no progress for %lld seconds and was stopped",
               http::loggedAddress(address).c_str(),
               static_cast<long long>(pageLoad->timeout().count()));
@@ -323,9 +324,10 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
         webkit_network_session_allow_tls_certificate_for_host(session.get(), certificate,
                                                               url->host().c_str());
         if (pageLoad->isAnswerToForm())
-            showUnreachable("The connection to " + url->host() +
-                                " was lost, and nothing was sent. Try again.",
-                            address);
+            showUnreachable(
+                translated("The connection to %1 was lost, and nothing was sent. Try again.",
+                           {url->host()}),
+                address);
         else
             loadAgain(address);
         return true;
@@ -333,7 +335,7 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
     const bool ourAuthority = (problems & G_TLS_CERTIFICATE_UNKNOWN_CA) == 0;
     g_warning("The certificate of %s was refused (%#x)", url->host().c_str(),
               static_cast<unsigned>(systemProblems));
-    showErrorPage("This page is not secure",
+    showErrorPage(translated("This page is not secure"),
                   http::certificateError(ourAuthority ? problems : systemProblems, *url)
                       .localizedDescription(),
                   address);
@@ -353,10 +355,10 @@ void WebKitEmbeddedView::processFailed(WebKitWebProcessTerminationReason reason)
         return;
     }
     const char* const address = webkit_web_view_get_uri(view.get());
-    showErrorPage("This page stopped working",
+    showErrorPage(translated("This page stopped working"),
                   reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
-                      ? "It needed more memory than this computer can give it."
-                      : "Something went wrong while it was shown.",
+                      ? translated("It needed more memory than this computer can give it.")
+                      : translated("Something went wrong while it was shown."),
                   address ? address : "");
 }
 

@@ -1,5 +1,6 @@
 #include "linux/webkit/keyboard/KeyboardMenu.h"
 
+#include "base/Translation.h"
 #include "base/async/Spawn.h"
 #include "base/async/Task.h"
 #include "linux/gobject/AsyncResult.h"
@@ -105,13 +106,14 @@ public:
           actions(gobject::GObjectPointer<GSimpleActionGroup>::adopt(g_simple_action_group_new())) {
     }
 
+    /// label: of untranslated().
     GSimpleAction* add(const char* label, const char* name, GCallback handler) {
         const auto action =
             gobject::GObjectPointer<GSimpleAction>::adopt(g_simple_action_new(name, nullptr));
         g_signal_connect_object(action.get(), "activate", handler, view,
                                 static_cast<GConnectFlags>(0));
         g_action_map_add_action(G_ACTION_MAP(actions.get()), G_ACTION(action.get()));
-        g_menu_append(menu.get(), label, (std::string("page.") + name).c_str());
+        g_menu_append(menu.get(), translated(label).c_str(), (std::string("page.") + name).c_str());
         return action.get();
     }
 
@@ -150,16 +152,16 @@ private:
 void showMenuFor(WebKitWebView* view, const Focus& focus) {
     MenuBuilder menu(view);
     if (!focus.link.empty()) {
-        menu.add("_Open Link", "open-link", G_CALLBACK(openLink));
-        g_object_set_data_full(
-            G_OBJECT(menu.add("Copy Link _Address", "copy-link", G_CALLBACK(copyLink))),
-            "kelo-link", g_strdup(focus.link.c_str()), g_free);
+        menu.add(untranslated("_Open Link"), "open-link", G_CALLBACK(openLink));
+        g_object_set_data_full(G_OBJECT(menu.add(untranslated("Copy Link _Address"), "copy-link",
+                                                 G_CALLBACK(copyLink))),
+                               "kelo-link", g_strdup(focus.link.c_str()), g_free);
     }
     const Item items[] = {
-        {"Cu_t", WEBKIT_EDITING_COMMAND_CUT, focus.editable && focus.selected},
-        {"_Copy", WEBKIT_EDITING_COMMAND_COPY, focus.selected},
-        {"_Paste", WEBKIT_EDITING_COMMAND_PASTE, focus.editable},
-        {"Select _All", WEBKIT_EDITING_COMMAND_SELECT_ALL, true},
+        {untranslated("Cu_t"), WEBKIT_EDITING_COMMAND_CUT, focus.editable && focus.selected},
+        {untranslated("_Copy"), WEBKIT_EDITING_COMMAND_COPY, focus.selected},
+        {untranslated("_Paste"), WEBKIT_EDITING_COMMAND_PASTE, focus.editable},
+        {untranslated("Select _All"), WEBKIT_EDITING_COMMAND_SELECT_ALL, true},
     };
     for (const Item& item : items)
         if (item.isShown)

@@ -1,6 +1,9 @@
 #include "linux/webkit/navigation/ErrorPage.h"
 
+#include "base/Translation.h"
 #include "linux/gobject/GObjectPointer.h"
+
+#include <algorithm>
 
 namespace kelo::webkit {
 
@@ -40,22 +43,31 @@ constexpr const char* icon =
 /// The seconds that are left, counted by the style sheet.
 std::string countdown(std::chrono::seconds whole) {
     const std::string seconds = std::to_string(whole.count());
+    // Translators: %1 is a number that counts down.
+    const std::string text = translated("Trying again in %1 s");
+    const std::size_t number = std::min(text.find("%1"), text.size());
+    const std::string before = text.substr(0, number);
+    const std::string after = number < text.size() ? text.substr(number + 2) : "";
     return "<style>@property --left { syntax: '<integer>'; inherits: false; initial-value: " +
            seconds + "; } @keyframes left { from { --left: " + seconds +
            "; } to { --left: 0; } } .retry::after { counter-reset: left var(--left); content: "
-           "counter(left) ' s'; animation: left " +
+           "counter(left) attr(data-after); animation: left " +
            seconds + "s steps(" + seconds +
-           ") forwards; }</style><p class=\"retry\">Trying again in </p>";
+           ") forwards; }</style><p class=\"retry\" data-after=\"" + escaped(after) + "\">" +
+           escaped(before) + "</p>";
 }
 
 } // namespace
 
 std::string errorPage(const std::string& heading, const std::string& sentence,
                       std::optional<std::chrono::seconds> retryIn) {
-    return "<!doctype html><html lang=\"en\"><head><meta charset=\"utf-8\"><title>" +
-           escaped(heading) + "</title><style>" + style + "</style></head><body><main>" + icon +
-           "<h1>" + escaped(heading) + "</h1><p>" + escaped(sentence) +
-           "</p><a role=\"button\" autofocus href=\"" + tryAgainAddress + "\">Try again</a>" +
+    // Translators: the code of your language, for instance "de".
+    const std::string language = translated("en");
+    return "<!doctype html><html lang=\"" + escaped(language) +
+           "\"><head><meta charset=\"utf-8\"><title>" + escaped(heading) + "</title><style>" +
+           style + "</style></head><body><main>" + icon + "<h1>" + escaped(heading) + "</h1><p>" +
+           escaped(sentence) + "</p><a role=\"button\" autofocus href=\"" + tryAgainAddress +
+           "\">" + escaped(translated("Try again")) + "</a>" +
            (retryIn ? countdown(*retryIn) : "") + "</main></body></html>";
 }
 

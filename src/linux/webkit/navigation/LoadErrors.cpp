@@ -1,5 +1,7 @@
 #include "linux/webkit/navigation/LoadErrors.h"
 
+#include "base/Translation.h"
+
 #include <webkit/webkit.h>
 
 namespace kelo::webkit {
@@ -35,9 +37,10 @@ bool isOnline() {
 
 std::string unreachableHeading(const std::optional<Url>& page, bool isOnline) {
     if (!page)
-        return "This page did not load";
-    return isOnline || needsNoNetwork(page->host()) ? "Kelo cannot reach " + page->host()
-                                                    : "You seem to be offline";
+        return translated("This page did not load");
+    return isOnline || needsNoNetwork(page->host())
+               ? translated("Kelo cannot reach %1", {page->host()})
+               : translated("You seem to be offline");
 }
 
 } // namespace kelo::webkit
