@@ -53,6 +53,7 @@ std::optional<std::filesystem::path> programTree() {
 void prepareProcess() {
     unsetUnsafeVariables();
     followUserLocale();
+    findTranslations(bundle::installationPrefix(bundle::programPath()));
     fixMappingThreshold();
     if (const auto root = programTree())
         updater::repairInstalledTree(*root);

@@ -6,7 +6,8 @@ namespace kelo::startup {
 /// it sets environment variables.
 ///
 /// - Removes environment variables that open the program to others (UnsafeVariables.h).
-/// - Follows the user's locale (UserLocale.h).
+/// - Follows the user's locale, with translations from where this program is installed
+///   (UserLocale.h).
 /// - Limits the memory that the allocator keeps.
 /// - If an update of the tree that this program runs from was interrupted, moves the missing pieces
 ///   back, before anything in the tree is read.

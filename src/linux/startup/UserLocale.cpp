@@ -1,5 +1,9 @@
 #include "linux/startup/UserLocale.h"
 
+#include "base/Translation.h"
+
+#include <libintl.h>
+
 #include <clocale>
 #include <string_view>
 
@@ -15,6 +19,12 @@ void followUserLocale() {
     const std::string_view characters(std::setlocale(LC_CTYPE, nullptr));
     if (characters == "C" || characters == "POSIX")
         std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+void findTranslations(const std::filesystem::path& prefix) {
+    bindtextdomain(translationDomain, (prefix / "share" / "locale").c_str());
+    // Otherwise they would come in the characters of the locale, which may be older than UTF-8.
+    bind_textdomain_codeset(translationDomain, "UTF-8");
 }
 
 } // namespace kelo::startup

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+
 namespace kelo::startup {
 
 /// Makes the C library and all that is built on it speak the user's language: the toolkit's texts
@@ -11,5 +13,11 @@ namespace kelo::startup {
 /// - Text is UTF-8 where the environment names no locale, and where it names one that is not
 ///   installed. Such a name never ends the program: what is not installed stays in English.
 void followUserLocale();
+
+/// Has the program's own texts (base/Translation.h) translated from the catalogues in
+/// share/locale below this folder. Where there is none for the user's language, texts stay in
+/// English. Without a locale, or with the locale "C", all do. Call it before the first thread.
+/// prefix: where the program is installed, or its build tree (bundle/ProgramPlace.h).
+void findTranslations(const std::filesystem::path& prefix);
 
 } // namespace kelo::startup

@@ -1,5 +1,6 @@
 #include "linux/startup/UserLocale.h"
 
+#include "base/Translation.h"
 #include "component/ScopedVariable.h"
 #include "testing/LocaleFolder.h"
 
@@ -23,6 +24,7 @@ protected:
     static void SetUpTestSuite() {
         locales = std::make_unique<LocaleFolder>();
         locales->add("de_DE");
+        locales->add("de_DE", "ISO-8859-1");
     }
     static void TearDownTestSuite() { locales.reset(); }
 
@@ -40,6 +42,17 @@ protected:
     const ScopedVariable path{"LOCPATH", locales->path()};
     const ScopedVariable all{"LC_ALL", ""};
     const ScopedVariable language{"LANG", "de_DE.UTF-8"};
+    const ScopedVariable languages{"LANGUAGE", std::nullopt};
+};
+
+/// The same process with the catalogues of this build.
+class TranslationCatalogues : public UserLocale {
+protected:
+    static std::string close() {
+        startup::followUserLocale();
+        startup::findTranslations(KELO_BUILD_FOLDER);
+        return translated("Close");
+    }
 };
 
 } // namespace
@@ -89,6 +102,42 @@ TEST_F(UserLocale, OfOneCategoryThatIsNotInstalledLeavesTheOthers) {
     EXPECT_EQ(of(LC_MESSAGES), "de_DE.UTF-8");
     EXPECT_EQ(of(LC_CTYPE), "de_DE.UTF-8");
     EXPECT_EQ(sunday(), "Sunday");
+}
+
+TEST_F(TranslationCatalogues, AreThoseOfTheUsersLanguage) {
+    EXPECT_EQ(close(), "Schließen");
+}
+
+TEST_F(TranslationCatalogues, AreTriedInTheOrderThatTheUserWants) {
+    const ScopedVariable wanted("LANGUAGE", "sv:nl:de");
+    EXPECT_EQ(close(), "Sluiten");
+}
+
+TEST_F(TranslationCatalogues, AreUtf8WhateverTheLocaleHas) {
+    const ScopedVariable old("LC_ALL", "de_DE.ISO-8859-1");
+    EXPECT_EQ(close(), "Schließen");
+    EXPECT_EQ(characters(), "ISO-8859-1");
+}
+
+TEST_F(TranslationCatalogues, AreNotUsedWhereNoLanguageIsNamed) {
+    const ScopedVariable unnamed("LC_ALL", "C");
+    const ScopedVariable wanted("LANGUAGE", "de");
+    EXPECT_EQ(close(), "Close");
+}
+
+TEST_F(TranslationCatalogues, ThatAreMissingLeaveEnglish) {
+    startup::followUserLocale();
+    startup::findTranslations(locales->path());
+    EXPECT_EQ(translated("Close"), "Close");
+}
+
+TEST_F(TranslationCatalogues, KnowOneAndMany) {
+    close();
+    EXPECT_EQ(translatedCount("%1 place", "%1 places", 1), "1 Stelle");
+    EXPECT_EQ(translatedCount("%1 place", "%1 places", 2), "2 Stellen");
+    const ScopedVariable french("LANGUAGE", "fr");
+    close();
+    EXPECT_EQ(translatedCount("%1 place", "%1 places", 0), "0 endroit");
 }
 
 } // namespace kelo::test
