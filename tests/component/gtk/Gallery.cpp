@@ -1,9 +1,12 @@
 // Shows every window of the desktop side, one after the other, and keeps a picture of each.
 //   with-display with-window-manager openbox gallery FOLDER
+// It speaks the language of the environment: LANGUAGE=de shows whether German fits.
+#include "base/Translation.h"
 #include "component/gtk/RunningProgram.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/gtk/update/GtkUserDriver.h"
+#include "linux/startup/UserLocale.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/settings.h>
@@ -78,8 +81,8 @@ private:
         keep(main, "find-count");
         program.screen.press(GDK_KEY_Escape);
         program.host.openSettings();
-        keep(program.window("Settings"), "settings");
-        program.window("Settings").close();
+        keep(program.window(translated("Settings")), "settings");
+        program.window(translated("Settings")).close();
         alerts();
         sheets();
         updates();
@@ -139,7 +142,7 @@ private:
         request.relyingPartyIdentifier = "assistant.example.com";
         request.accountNames = {"demo@example.com"};
         spawn(converse(*sheet, request, false));
-        auto& signIn = program.window("Sign in with a passkey?");
+        auto& signIn = program.window(translated("Sign in with a passkey?"));
         program.untilActive(signIn);
         keep(signIn, "sheet-sign-in");
         program.screen.press(GDK_KEY_Return);
@@ -147,7 +150,7 @@ private:
             return textsIn(signIn).back() != "" && withClass(signIn, "password");
         });
         keep(signIn, "sheet-password");
-        sheet->showError("Wrong password. Try again.");
+        sheet->showError(translated("Wrong password. Try again."));
         keep(signIn, "sheet-wrong-password");
         program.screen.type("secret");
         program.screen.press(GDK_KEY_Return);
@@ -160,7 +163,7 @@ private:
         sheet = factory.makeSheet(program.host.windows().front());
         request.ceremony = authenticator::Ceremony::registration;
         spawn(converse(*sheet, request, true));
-        auto& create = program.window("Create a passkey?");
+        auto& create = program.window(translated("Create a passkey?"));
         program.untilActive(create);
         keep(create, "sheet-create");
         dropSpawnedTasks();
@@ -171,7 +174,7 @@ private:
         request.accountNames = {"demo@example.com", "someone.else@example.com",
                                 "a.very.long.account.name.that.does.not.fit@subdomain.example.com"};
         spawn(converse(*sheet, request, false));
-        auto& choose = program.window("Sign in with a passkey?");
+        auto& choose = program.window(translated("Sign in with a passkey?"));
         program.untilActive(choose);
         program.screen.press(GDK_KEY_Down);
         keep(choose, "sheet-accounts");
@@ -184,7 +187,7 @@ private:
     }
 
     void keepUpdate(const std::string& name) {
-        auto& window = program.window("Software Update");
+        auto& window = program.window(translated("Software Update"));
         program.untilActive(window);
         keep(window, "update-" + name);
     }
@@ -244,6 +247,8 @@ int main(int count, char** arguments) {
         std::cerr << "usage: gallery FOLDER\n";
         return 2;
     }
+    kelo::startup::followUserLocale();
+    kelo::startup::findTranslations(KELO_BUILD_FOLDER);
     kelo::tests::Gallery(arguments[1]).show();
     return 0;
 }
