@@ -1,6 +1,7 @@
 #include "component/packaging/Packages.h"
 
 #include "bundle/InformationFile.h"
+#include "testing/LocaleFolder.h"
 #include "updater/install/InstalledCopy.h"
 
 #include <gmock/gmock.h>
@@ -45,7 +46,11 @@ TEST(DebianPackage, HoldsEverythingInItsPlace) {
           "./usr/share/man/man1/kelo-appcast.1.gz\n", "./usr/share/doc/kelo/copyright\n",
           "./usr/share/doc/kelo/changelog.gz\n", "./usr/share/applications/app.kelo.Kelo.desktop\n",
           "./usr/share/metainfo/app.kelo.Kelo.metainfo.xml\n",
-          "./usr/share/icons/hicolor/scalable/apps/app.kelo.Kelo.svg\n"})
+          "./usr/share/icons/hicolor/scalable/apps/app.kelo.Kelo.svg\n",
+          "./usr/share/locale/de/LC_MESSAGES/kelo.mo\n",
+          "./usr/share/locale/es/LC_MESSAGES/kelo.mo\n",
+          "./usr/share/locale/fr/LC_MESSAGES/kelo.mo\n",
+          "./usr/share/locale/nl/LC_MESSAGES/kelo.mo\n"})
         EXPECT_THAT(listed.output, HasSubstr(path));
     EXPECT_THAT(listed.output, Not(HasSubstr(updater::treeListPath)));
     EXPECT_THAT(listed.output, Not(HasSubstr("rws")));
@@ -110,6 +115,23 @@ TEST(Tree, RunsFromWhereItWasUnpacked) {
     EXPECT_EQ(keys.status, 0) << keys.output;
     const auto tool = runCommand(quoted(tree / "bin/kelo-appcast") + " --help");
     EXPECT_EQ(tool.status, 0) << tool.output;
+}
+
+TEST(Tree, SpeaksTheUsersLanguageWhereverItWasUnpacked) {
+    test::LocaleFolder locales;
+    locales.add("de_DE");
+    if (!locales.holds("de_DE"))
+        GTEST_SKIP() << "this machine cannot make locales";
+    const auto& tree = Packages::ofThisBuild().tree();
+    const auto help = runCommand("HOME=" + quoted(tree.parent_path()) +
+                                 " LANGUAGE= LOCPATH=" + quoted(locales.path()) +
+                                 " LC_ALL=de_DE.UTF-8 " + quoted(tree / "bin/kelo") + " --help");
+    EXPECT_THAT(help.output, HasSubstr("Die Einstellungen öffnen"));
+    // A tool of the publisher, whose output goes into scripts and logs.
+    const auto tool =
+        runCommand("LANGUAGE= LOCPATH=" + quoted(locales.path()) + " LC_ALL=de_DE.UTF-8 " +
+                   quoted(tree / "bin/kelo-appcast") + " --help");
+    EXPECT_THAT(tool.output, HasSubstr("Usage:"));
 }
 
 } // namespace kelo::tests
