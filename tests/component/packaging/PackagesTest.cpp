@@ -123,14 +123,13 @@ TEST(Tree, SpeaksTheUsersLanguageWhereverItWasUnpacked) {
     if (!locales.holds("de_DE"))
         GTEST_SKIP() << "this machine cannot make locales";
     const auto& tree = Packages::ofThisBuild().tree();
-    const auto help = runCommand("HOME=" + quoted(tree.parent_path()) +
-                                 " LANGUAGE= LOCPATH=" + quoted(locales.path()) +
-                                 " LC_ALL=de_DE.UTF-8 " + quoted(tree / "bin/kelo") + " --help");
+    const std::string german =
+        "HOME=" + quoted(tree.parent_path()) +
+        " LANGUAGE= LC_ALL=de_DE.UTF-8 LOCPATH=" + quoted(fs::path(locales.path())) + " ";
+    const auto help = runCommand(german + quoted(tree / "bin/kelo") + " --help");
     EXPECT_THAT(help.output, HasSubstr("Die Einstellungen öffnen"));
     // A tool of the publisher, whose output goes into scripts and logs.
-    const auto tool =
-        runCommand("LANGUAGE= LOCPATH=" + quoted(locales.path()) + " LC_ALL=de_DE.UTF-8 " +
-                   quoted(tree / "bin/kelo-appcast") + " --help");
+    const auto tool = runCommand(german + quoted(tree / "bin/kelo-appcast") + " --help");
     EXPECT_THAT(tool.output, HasSubstr("Usage:"));
 }
 

@@ -11,8 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::Contains;
-using testing::IsEmpty;
-using testing::IsSupersetOf;
 using testing::Not;
 
 const fs::path source = KELO_SOURCE_FOLDER;
@@ -104,6 +102,23 @@ TEST_P(Catalogue, NamesItsOwnLanguageForPages) {
     const auto code = std::ranges::find(entries, "en", &CatalogueEntry::text);
     ASSERT_NE(code, entries.end());
     EXPECT_EQ(code->translations.front(), GetParam());
+}
+
+TEST(Languages, AreThoseOfTheCataloguesAndOfTheDesktopEntry) {
+    const auto languages = readLanguages(source / "po/LINGUAS");
+    std::vector<std::string> catalogues;
+    for (const auto& file : fs::directory_iterator(source / "po"))
+        if (file.path().extension() == ".po")
+            catalogues.push_back(file.path().stem());
+    EXPECT_THAT(catalogues, testing::UnorderedElementsAreArray(languages));
+    const std::string entry = contentOf(source / "data/app.kelo.Kelo.desktop");
+    std::vector<std::string> described;
+    const std::string key = "\nComment[";
+    for (auto at = entry.find(key); at != std::string::npos; at = entry.find(key, at + 1)) {
+        const auto begin = at + key.size();
+        described.push_back(entry.substr(begin, entry.find(']', begin) - begin));
+    }
+    EXPECT_THAT(described, testing::UnorderedElementsAreArray(languages));
 }
 
 // Everyone reads these in the same words, whatever the language of the desktop.
