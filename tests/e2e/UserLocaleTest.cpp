@@ -29,13 +29,16 @@ protected:
         service.reset();
         pages = std::make_unique<rig::StandInService>(
             authority, std::map<std::string, std::string>{{"/", page}});
-        environment = {{"LOCPATH", locales.path()}, {"LC_ALL", locale}, {"LANGUAGE", ""}};
-        startKelo();
+        startKeloUnder(locale);
         user.awaitDrawn(rig::pageHeading("Languages"));
     }
-    std::string help(const std::string& locale) const {
-        rig::KeloProcess asked(build(), folder.path(), folder.path() / "help.log", {"--help"},
-                               {{"LOCPATH", locales.path()}, {"LC_ALL", locale}});
+    void startKeloUnder(const std::string& locale) {
+        environment = {{"LOCPATH", locales.path()}, {"LC_ALL", locale}, {"LANGUAGE", ""}};
+        startKelo();
+    }
+    std::string answer(const std::string& option, const std::string& locale) const {
+        rig::KeloProcess asked(build(), folder.path(), folder.path() / "answer.log", {option},
+                               {{"LOCPATH", locales.path()}, {"LC_ALL", locale}, {"LANGUAGE", ""}});
         EXPECT_EQ(asked.awaitExit(rig::deadline), 0);
         return asked.printed();
     }
@@ -50,7 +53,11 @@ protected:
 };
 
 constexpr int middleOfWindow = 550;
+/// With the no-break space that German has before an ellipsis.
+constexpr const char* findItem = "Suchen\u00a0…";
+constexpr const char* findEntry = "Auf der Seite suchen";
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 
 } // namespace
@@ -74,8 +81,65 @@ TEST_F(UserLocale, IsThatOfTheHelp) {
     locales.add("de_DE");
     if (!locales.holds("de_DE"))
         GTEST_SKIP() << "this machine cannot make locales";
-    EXPECT_THAT(help("de_DE.UTF-8"), HasSubstr("Aufruf:\n  kelo [OPTION …]"));
-    EXPECT_THAT(help("C"), HasSubstr("Usage:\n  kelo [OPTION…]"));
+    const std::string german = answer("--help", "de_DE.UTF-8");
+    EXPECT_THAT(german, HasSubstr("Aufruf:\n  kelo [OPTION …] [ADRESSE]"));
+    EXPECT_THAT(german, ContainsRegex("--settings +Die Einstellungen öffnen\n"));
+    const std::string english = answer("--help", "C");
+    EXPECT_THAT(english, HasSubstr("Usage:\n  kelo [OPTION…] [ADDRESS]"));
+    EXPECT_THAT(english, ContainsRegex("--settings +Open the settings\n"));
+    EXPECT_EQ(answer("--version", "de_DE.UTF-8"), answer("--version", "C"));
+}
+
+TEST_F(UserLocale, GermanIsWhatKeloSpeaks) {
+    locales.add("de_DE");
+    if (!locales.holds("de_DE"))
+        GTEST_SKIP() << "this machine cannot make locales";
+    startUnder("de_DE.UTF-8");
+    desktop().tree.await({rig::Place::windows, {rig::Role::menuItem}, "Account"});
+    user.click({rig::Place::windows, {rig::Role::menuItem}, "Ansicht"});
+    desktop().tree.await(rig::menuItem("Neu laden"));
+    picture("view");
+    user.press("Escape");
+    desktop().tree.awaitGone(rig::menuItem("Neu laden"));
+    user.chooseFromMenu("Ansicht", findItem);
+    desktop().tree.awaitThat("the find bar has the keyboard", [] {
+        const auto entry = desktop().tree.findFocused(rig::Role::entry);
+        return entry && entry->name() == findEntry;
+    });
+    desktop().screen.keyboard.type("Languages");
+    desktop().tree.await({rig::Place::windows, {rig::Role::statusBar}, "1 Stelle"});
+    picture("find");
+    user.press("Escape");
+    // Nobody answers any more.
+    pages.reset();
+    user.press("F5");
+    user.awaitDrawn(rig::pageHeading("Kelo kann localhost nicht erreichen"));
+    user.awaitDrawn(rig::pageButton("Noch einmal versuchen"));
+    EXPECT_TRUE(
+        desktop().tree.pageSays("Verbindung zu localhost nicht möglich: Verbindung abgelehnt."));
+    EXPECT_TRUE(desktop().tree.pageSays("Neuer Versuch in "));
+}
+
+TEST_F(UserLocale, GermanAsksForThePasskeyAfterThePromptThatIsTheSameEverywhere) {
+    locales.add("de_DE");
+    if (!locales.holds("de_DE"))
+        GTEST_SKIP() << "this machine cannot make locales";
+    startService();
+    startKeloUnder("de_DE.UTF-8");
+    user.awaitLoginPage();
+    user.signInWithPassword(ada.email, ada.password);
+    user.awaitSignedIn(ada.firstName);
+    user.chooseRegister();
+    user.answerPrompt(ada.password);
+    desktop().tree.await(rig::label("Passkey anlegen?"));
+    desktop().tree.await(rig::button("Weiter"));
+    desktop().tree.awaitThat("the sheet has the keyboard", [] {
+        const auto active = desktop().screen.windows.active();
+        return active && active->title == "Passkey anlegen?";
+    });
+    picture("sheet");
+    user.press("Escape");
+    user.awaitAlert("Die Passkey-Anfrage wurde abgebrochen.");
 }
 
 TEST_F(UserLocale, ArabicMirrorsTheWindow) {
