@@ -83,6 +83,12 @@ private:
         program.host.openSettings();
         keep(program.window(translated("Settings")), "settings");
         program.window(translated("Settings")).close();
+        program.host.openShortcuts();
+        keep(program.window(translated("Keyboard Shortcuts")), "shortcuts");
+        program.window(translated("Keyboard Shortcuts")).close();
+        program.host.openAbout();
+        keep(program.window(translated("About Kelo")), "about");
+        program.window(translated("About Kelo")).close();
         alerts();
         sheets();
         updates();
