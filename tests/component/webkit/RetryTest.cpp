@@ -76,6 +76,16 @@ TEST_F(Retry, PageIsAskedForAfterFiveFifteenAndSixtySeconds) {
     EXPECT_FALSE(timers.isPending());
 }
 
+// What is generated is no text of the page: before and after the number stand what is translated.
+TEST_F(Retry, NoticeCountsTheSecondsInAWholeSentence) {
+    loadInVain();
+    EXPECT_EQ(evaluate("document.querySelector('.retry').textContent"), "Trying again in ");
+    EXPECT_EQ(evaluate("document.querySelector('.retry').dataset.after"), " s");
+    EXPECT_THAT(evaluate("getComputedStyle(document.querySelector('.retry'), '::after').content"),
+                HasSubstr("counter(left)"));
+    EXPECT_EQ(evaluate("document.documentElement.lang"), "en");
+}
+
 TEST_F(Retry, PageThatIsBackIsShownAndTheWaitsBeginAnew) {
     loadInVain();
     waitInVain(1);
