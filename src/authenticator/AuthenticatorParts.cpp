@@ -1,6 +1,7 @@
 #include "authenticator/AuthenticatorParts.h"
 
 #include "base/Failure.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 
@@ -11,10 +12,11 @@ AuthenticatorParts::requireAssociation(std::string_view relyingPartyIdentifier) 
     const auto found = std::ranges::find(associations, relyingPartyIdentifier,
                                          &Association::relyingPartyIdentifier);
     if (found == associations.end())
-        throw Failure(FailureKind::notAllowed,
-                      "Kelo does not serve passkeys for " + std::string(relyingPartyIdentifier) +
-                          ". Use a web browser for that service.",
-                      "not an associated relying party");
+        throw Failure(
+            FailureKind::notAllowed,
+            translated("Kelo does not serve passkeys for %1. Use a web browser for that service.",
+                       {relyingPartyIdentifier}),
+            "not an associated relying party");
     return *found;
 }
 

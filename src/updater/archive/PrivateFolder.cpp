@@ -1,5 +1,6 @@
 #include "updater/archive/PrivateFolder.h"
 
+#include "base/Translation.h"
 #include "updater/error/UpdateError.h"
 
 #include <fcntl.h>
@@ -22,10 +23,11 @@ namespace {
 constexpr std::string_view namePrefix = "download-";
 
 [[noreturn]] void fail(const std::string& cause) {
-    throw UpdateError(UpdateErrorKind::storage,
-                      "There was no safe place to keep the update. Please check that there is room "
-                      "in your home folder and that you may write there.",
-                      cause);
+    throw UpdateError(
+        UpdateErrorKind::storage,
+        translated("There was no safe place to keep the update. Please check that there is room "
+                   "in your home folder and that you may write there."),
+        cause);
 }
 
 bool isOurFolder(int descriptor) {
