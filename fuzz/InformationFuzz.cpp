@@ -58,7 +58,7 @@ bool areTheSame(const InformationDictionary& one, const InformationDictionary& o
 void examine(const InformationDictionary& information) {
     for (const auto& [key, value] : information) {
         const auto* const text = std::get_if<std::string>(&value);
-        const auto found = bundle::informationText(information, key);
+        const auto found = platform::informationValue<std::string>(information, key);
         require(found.has_value() == (text != nullptr) && (!text || *found == *text));
         require(key.find('\0') == std::string::npos && isWellFormedUtf8(key));
         require(!text || (text->find('\0') == std::string::npos && isWellFormedUtf8(*text)));

@@ -152,9 +152,8 @@ TEST_F(VoiceSoak, TwoThousandTapsLeaveOnePanelOneViewAndNothingBehind) {
                   each.width == settled.width && each.height == settled.height;
     EXPECT_EQ(panels, 1U);
     // One in the main window, one in the panel.
-    EXPECT_EQ(
-        desktop().tree.findAll({rig::Place::windows, {rig::Role::widget}, "Web page"}).size(),
-        2U);
+    EXPECT_EQ(desktop().tree.findAll({rig::Place::windows, {rig::Role::widget}, "Web page"}).size(),
+              2U);
 }
 
 } // namespace kelo::e2e

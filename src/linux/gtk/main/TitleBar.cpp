@@ -35,8 +35,8 @@ void prepareLabel(Gtk::Label& label, const char* style) {
 } // namespace
 
 TitleBar::TitleBar(const Glib::RefPtr<Gio::MenuModel>& menu) : menuBar(menu) {
-    addButton(back, "go-previous-symbolic", "Back", "win.back");
-    addButton(reload, "view-refresh-symbolic", "Reload", "win.reload");
+    addButton(back, "go-previous-symbolic", untranslated("Back"), "win.back");
+    addButton(reload, "view-refresh-symbolic", untranslated("Reload"), "win.reload");
     pack_start(menuBar);
     menuBar.set_valign(Gtk::Align::CENTER);
     makeAccessible(menuBar);
