@@ -4,6 +4,7 @@
 #include "deployment/Deployment.h"
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/navigation/Downloads.h"
+#include "linux/webkit/navigation/SavedDownload.h"
 
 #include <glib/gstdio.h>
 
@@ -50,6 +51,10 @@ WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(
     // Otherwise the engine would store passwords of HTTP authentication in the keyring.
     webkit_network_session_set_persistent_credential_storage_enabled(session.get(), FALSE);
     webkit_network_session_set_tls_errors_policy(session.get(), WEBKIT_TLS_ERRORS_POLICY_FAIL);
+    if (!settings_.downloads)
+        settings_.downloads = std::make_shared<downloads::DownloadList>(
+            downloads::desktopFileHandling(settings_.openExternally));
+    setDownloadList(session.get(), settings_.downloads);
     refuseDownloadsWithoutView(session.get());
     probe = std::make_shared<CertificateProbe>(session, settings_.authority);
 }

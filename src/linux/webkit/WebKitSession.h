@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/downloads/DownloadList.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
@@ -22,6 +23,8 @@ struct WebKitSessionSettings {
     /// The origin whose pages may post script messages and hold the microphone.
     Url service;
     ExternalOpener openExternally;
+    /// Of all views. Null: the session makes one.
+    std::shared_ptr<downloads::DownloadList> downloads = nullptr;
 
     /// $XDG_DATA_HOME/kelo/web, $XDG_CACHE_HOME/kelo, the compiled-in authority and service.
     static WebKitSessionSettings standard();

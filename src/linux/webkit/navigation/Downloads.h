@@ -14,17 +14,21 @@
 #include <string>
 #include <vector>
 
+namespace kelo::downloads {
+class DownloadList;
+}
+
 namespace kelo::webkit {
 
-/// The downloads of a view. Each is saved in the user's downloads folder, under a name that is not
-/// taken, and a desktop notification says when it has finished or failed.
+/// Which downloads of a view are allowed. Those are saved, and the session's list of downloads
+/// tells of them; of a refused one it tells if the user caused it.
 ///
 /// The page can start one download with each gesture of the user, which is a key, a click or a
 /// touch, and only while it is the service's. Any other is cancelled before anything is saved. Main
 /// thread only.
 class Downloads {
 public:
-    /// shown: of the view. All three must outlive this.
+    /// shown: of the view. All three must outlive this. The session has its list of downloads.
     Downloads(WebKitNetworkSession* session, WebKitWebView* view, const ShownPage& shown);
     ~Downloads();
     Downloads(const Downloads&) = delete;
@@ -47,6 +51,7 @@ private:
 
     WebKitWebView* view;
     const ShownPage& shown;
+    std::shared_ptr<downloads::DownloadList> list;
     Gesture gesture = 0;                    ///< the latest
     std::map<std::string, Gesture> waiting; ///< by address: not a file yet
     std::set<Gesture> spent;                ///< these have led to a download
@@ -61,12 +66,5 @@ private:
 /// Cancels every download of the session that no view's Downloads has taken, for instance of a view
 /// that is gone. The engine would save it. Call it before there is a view.
 void refuseDownloadsWithoutView(WebKitNetworkSession* session);
-
-/// The user's downloads folder, which is made if there is none.
-std::string downloadsFolder();
-
-/// A path in the folder that does not exist yet: "report.pdf", "report (2).pdf", and so on. The
-/// suggested name comes from the server, so folders and leading dots are removed.
-std::string freePathFor(const std::string& folder, const std::string& suggestion);
 
 } // namespace kelo::webkit
