@@ -2,6 +2,9 @@
 
 #include "linux/desktop/HotkeyReport.h"
 #include "linux/desktop/ProgramVersion.h"
+#include "linux/downloads/DownloadFolder.h"
+#include "linux/downloads/DownloadList.h"
+#include "linux/downloads/QuitQuestion.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/login/StartAtLogin.h"
@@ -17,23 +20,25 @@
 
 namespace kelo::desktop {
 
-namespace {
-
-gtk::HostSettings hostSettings() {
+gtk::HostSettings LinuxDesktop::hostSettings() {
     gtk::HostSettings settings;
     settings.version = programVersion;
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());
     settings.loginStart = gtk::LoginStart{[start] { return start->isOn(); },
                                           [start](bool on) { start->setOn(on); }, start};
+    settings.downloads = downloadList;
+    settings.beforeQuit = {
+        [this] { return downloads::mayEndDownloads(downloadList, alerts_); },
+    };
     settings.stateFile = std::filesystem::path(g_get_user_state_dir()) / "kelo" / "windows";
     return settings;
 }
 
-} // namespace
-
 LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
-    : application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}, hostSettings()),
+    : downloadList(std::make_shared<downloads::DownloadList>(
+          downloads::desktopFileHandling(webkit::openWithDefaultProgram))),
+      application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}, hostSettings()),
       alerts_(application_),
       passkeys(sheets) {}
 
@@ -51,8 +56,12 @@ platform::HttpSession& LinuxDesktop::sharedHttpSession() {
 
 std::shared_ptr<platform::EmbeddedWebView>
 LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfiguration configuration) {
-    if (!webKitSession)
-        webKitSession = std::make_unique<webkit::WebKitSession>();
+    if (!webKitSession) {
+        auto settings = webkit::WebKitSessionSettings::standard();
+        settings.downloads = downloadList;
+        webKitSession = std::make_unique<webkit::WebKitSession>(std::move(settings));
+        downloads::removeLeftoversInBackground();
+    }
     return std::make_shared<webkit::WebKitEmbeddedView>(*webKitSession, frame, configuration);
 }
 

@@ -14,6 +14,10 @@
 
 #include <memory>
 
+namespace kelo::downloads {
+class DownloadList;
+}
+
 namespace kelo::webkit {
 class WebKitSession;
 }
@@ -48,6 +52,9 @@ public:
     std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController() override;
 
 private:
+    gtk::HostSettings hostSettings();
+
+    std::shared_ptr<downloads::DownloadList> downloadList;
     gtk::GtkApplicationHost application_;
     gtk::GtkAlertPresenter alerts_;
     gtk::GtkPasskeySheetFactory sheets;

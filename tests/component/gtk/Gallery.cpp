@@ -3,6 +3,7 @@
 // It speaks the language of the environment: LANGUAGE=de shows whether German fits.
 #include "base/Translation.h"
 #include "component/gtk/RunningProgram.h"
+#include "linux/downloads/DownloadList.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/gtk/update/GtkUserDriver.h"
@@ -19,6 +20,12 @@ namespace {
 constexpr const char* longError =
     "Could not connect to assistant.example.com: Connection refused. Check your connection and "
     "try again.";
+
+gtk::HostSettings withDownloads(const std::shared_ptr<downloads::DownloadList>& list) {
+    gtk::HostSettings settings;
+    settings.downloads = list;
+    return settings;
+}
 
 class Gallery {
 public:
@@ -80,6 +87,7 @@ private:
         program.screen.type("abc");
         keep(main, "find-count");
         program.screen.press(GDK_KEY_Escape);
+        downloading(main);
         program.host.openSettings();
         keep(program.window(translated("Settings")), "settings");
         program.window(translated("Settings")).close();
@@ -92,6 +100,22 @@ private:
         alerts();
         sheets();
         updates();
+    }
+
+    void downloading(Gtk::Window& main) {
+        const unsigned report = list->begin("Annual report.pdf", [] {});
+        list->progress(report, 3'100'000, 12'000'000);
+        keep(main, "download");
+        const unsigned film = list->begin("Film.mp4", [] {});
+        list->refuse("Archive of all letters that were ever written to anybody, "
+                     "part one of many.tar.gz",
+                     "The downloads folder cannot be written to. Change its permissions, or choose "
+                     "another one in the settings of your desktop.");
+        keep(main, "downloads");
+        list->finish(report, "/tmp/Annual report.pdf");
+        keep(main, "downloads-finished");
+        list->cancel(film);
+        list->dismissEnded();
     }
 
     void keep(Gtk::Window& window, const std::string& name) {
@@ -241,7 +265,10 @@ private:
 
     std::string folder;
     std::string prefix;
-    RunningProgram program;
+    const std::shared_ptr<downloads::DownloadList> list = std::make_shared<downloads::DownloadList>(
+        downloads::FileHandling{[](const std::string&) { return true; }, [](const std::string&) {},
+                                [](const std::string&) {}});
+    RunningProgram program{withDownloads(list)};
     gtk::GtkAlertPresenter presenter{program.host};
 };
 

@@ -3,9 +3,11 @@
 #include "base/Translation.h"
 #include "base/async/MainLoop.h"
 #include "deployment/Deployment.h"
+#include "linux/gtk/application/DownloadNotices.h"
 #include "linux/gtk/application/MenuBarExtras.h"
 #include "linux/gtk/application/RunningInstance.h"
 #include "linux/gtk/application/StayingNotice.h"
+#include "linux/gtk/application/ToolkitStart.h"
 #include "linux/gtk/kit/ColorScheme.h"
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/kit/Style.h"
@@ -17,10 +19,7 @@
 #include "linux/gtk/main/ShortcutsWindow.h"
 #include "linux/gtk/main/ViewCommands.h"
 
-#include <gdk/gdk.h>
-#include <glibmm/init.h>
 #include <glibmm/miscutils.h>
-#include <gtk/gtk.h>
 
 #include <algorithm>
 #include <utility>
@@ -31,46 +30,6 @@ namespace {
 
 constexpr const char* quitAction = "quit";
 
-// With the user's locale as the global C++ locale, streams in other rooms would group the digits of
-// a port number. The C library has the user's locale since the start of the process.
-void keepStreamsPlain() {
-    Glib::set_init_to_users_preferred_locale(false);
-}
-
-// Control + Shift + I and D open the toolkit's inspector in every window. It shows what is typed
-// into any entry. Other classes of windows copy the handler when they are first used, so this comes
-// first.
-void turnOffInspectorKeys() {
-    auto* const windowClass = static_cast<GtkWindowClass*>(g_type_class_ref(GTK_TYPE_WINDOW));
-    windowClass->enable_debugging = [](GtkWindow*, gboolean) -> gboolean { return FALSE; };
-    g_type_class_unref(windowClass);
-}
-
-// The program that runs may be at its end, and then breaks the conversation off. The next attempt
-// no longer finds it. What else may be wrong, the toolkit reports when the application runs.
-void registerApplication(Gtk::Application& application) {
-    constexpr int mostAttempts = 5;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        try {
-            application.register_application();
-            return;
-        } catch (const Glib::Error& error) {
-            if (!error.matches(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY))
-                return;
-        }
-    }
-}
-
-// The desktop may show a busy pointer until a window of the program appears, but an action may open
-// no window.
-void endStartUpNotice() {
-    GdkDisplay* const display = gdk_display_get_default();
-    const char* const identifier =
-        display ? gdk_display_get_startup_notification_id(display) : nullptr;
-    if (identifier)
-        gdk_display_notify_startup_complete(display, identifier);
-}
-
 } // namespace
 
 GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
@@ -78,7 +37,8 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
     : arguments(std::move(arguments)),
       reports(std::move(reports)),
       given(std::move(given)),
-      state(this->given.stateFile) {
+      state(this->given.stateFile),
+      departure(this->given.beforeQuit, [this] { leave(); }) {
     keepStreamsPlain();
 }
 
@@ -109,6 +69,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     menuBarExtras.reset();
     menuBar.reset();
     stayingNotice.reset();
+    downloadNotices.reset();
     colorScheme.reset();
     scenes.clear();
     app = nullptr;
@@ -132,6 +93,7 @@ void GtkApplicationHost::startUp() {
     colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
     stayingNotice = std::make_unique<StayingNotice>(*application, state);
     addActions();
+    announceDownloads();
     readScenes();
     menuBar = std::make_unique<MenuBar>(MenuActions{
         *application, [this](const std::string& action, const std::string& accelerator) {
@@ -166,6 +128,17 @@ void GtkApplicationHost::addActions() {
         showPageAction, Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& address) {
             showPage(Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(address).get());
         });
+}
+
+void GtkApplicationHost::announceDownloads() {
+    if (!given.downloads)
+        return;
+    const auto isSeen = [this] {
+        return std::ranges::any_of(mainWindows,
+                                   [](const auto& each) { return each.second->is_active(); });
+    };
+    downloadNotices = std::make_shared<DownloadNotices>(*application, given.downloads, isSeen);
+    given.downloads->addObserver(downloadNotices);
 }
 
 std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
@@ -243,6 +216,10 @@ void GtkApplicationHost::activate() {
 }
 
 void GtkApplicationHost::terminate() {
+    departure.request();
+}
+
+void GtkApplicationHost::leave() {
     for (const auto& [name, window] : mainWindows)
         window->rememberPlacement();
     application->quit();
@@ -264,6 +241,8 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
     const auto window =
         std::make_shared<MainWindow>(*group, description, menuBar->model(), state,
                                      [this, name = group->identifier] { mainWindowClosed(name); });
+    if (given.downloads)
+        window->showDownloads(given.downloads);
     mainWindows.emplace(group->identifier, window);
     application->add_window(*window);
     stayingNotice->windowOpened();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/gtk/application/CommandLine.h"
+#include "linux/gtk/application/Departure.h"
 #include "linux/gtk/application/ProgramMenu.h"
 #include "linux/gtk/kit/StateFile.h"
 #include "platform/Application.h"
@@ -13,9 +14,14 @@
 #include <string>
 #include <vector>
 
+namespace kelo::downloads {
+class DownloadList;
+}
+
 namespace kelo::gtk {
 
 class ColorScheme;
+class DownloadNotices;
 class MainWindow;
 class MenuBar;
 class MenuBarExtras;
@@ -29,6 +35,10 @@ struct HostSettings {
     /// Where the windows remember things; empty to remember nothing.
     std::string stateFile = "";
     std::optional<LoginStart> loginStart = std::nullopt;
+    /// Shown in the main windows, and told of by notifications. Null for none.
+    std::shared_ptr<downloads::DownloadList> downloads = nullptr;
+    /// Asked in this order before the program ends.
+    std::vector<Departure::Question> beforeQuit = {};
 };
 
 /// The program as a desktop application with one process for each user: a second process activates
@@ -47,6 +57,7 @@ public:
 
     int run(platform::App& app) override;
     void activate() override;
+    /// The user may be asked first, and may keep the program.
     void terminate() override;
     /// Does nothing if no window group has the identifier.
     void openWindow(std::string_view identifier) override;
@@ -81,6 +92,8 @@ private:
     const platform::WindowGroup* firstWindowGroup() const;
     const platform::WindowGroup* windowGroup(std::string_view identifier) const;
     const platform::SettingsScene* settingsScene() const;
+    void leave();
+    void announceDownloads();
     void mainWindowClosed(const std::string& identifier);
     void windowClosed(std::shared_ptr<ProgramWindow> window);
     std::vector<ProgramWindow*> programWindows();
@@ -89,6 +102,7 @@ private:
     const std::vector<ReportOption> reports;
     const HostSettings given;
     StateFile state;
+    Departure departure;
     std::vector<std::string> requestedActions; ///< on the command line, instead of a window
     std::optional<Url> requestedPage;          ///< on the command line
     Glib::RefPtr<Gtk::Application> application;
@@ -102,6 +116,7 @@ private:
     bool hasCommandMenus = false;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
     std::unique_ptr<StayingNotice> stayingNotice;
+    std::shared_ptr<DownloadNotices> downloadNotices;
     std::shared_ptr<ProgramWindow> settings;
     std::shared_ptr<ProgramWindow> about;
     std::shared_ptr<ProgramWindow> shortcuts;

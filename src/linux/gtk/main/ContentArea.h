@@ -35,6 +35,8 @@ public:
     sigc::signal<void()>& signalPageChanged() { return pageChanged; }
     /// Call it when the widget, a descendant of this one, received the keyboard focus.
     void rememberFocus(const Gtk::Widget& focus);
+    /// Whether F6 leads from where the keyboard is to a bar about the page.
+    bool leadsToBar() { return bars.areShown() && !bars.holdFocus(); }
     /// Focuses the descendant that had the focus last, the page at first.
     void takeFocus();
 

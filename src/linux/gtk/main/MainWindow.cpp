@@ -3,11 +3,15 @@
 #include "base/async/MainLoop.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 #include "linux/gtk/main/ContentArea.h"
+#include "linux/gtk/main/DownloadBar.h"
 #include "linux/gtk/main/FindBar.h"
 #include "linux/gtk/main/FittingMinimum.h"
 #include "linux/gtk/main/TitleBar.h"
 #include "linux/gtk/main/ViewCommands.h"
 #include "linux/gtk/main/WindowMemory.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtkmm/shortcutcontroller.h>
 
 #include <utility>
 
@@ -46,6 +50,31 @@ MainWindow::~MainWindow() = default;
 void MainWindow::draw(const platform::WebContentDescription& description) {
     content->draw(description);
     minimum->set(description.minimumSize);
+}
+
+void MainWindow::showDownloads(const std::shared_ptr<downloads::DownloadList>& list) {
+    downloadBar = std::make_unique<DownloadBar>(list, [this] { content->takeFocus(); });
+    column.append(*downloadBar);
+    const auto shortcuts = Gtk::ShortcutController::create();
+    // Before the content, which leads on to the bars about its page.
+    shortcuts->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    shortcuts->add_shortcut(Gtk::Shortcut::create(
+        Gtk::KeyvalTrigger::create(GDK_KEY_F6),
+        Gtk::CallbackAction::create(
+            [this](Gtk::Widget&, const Glib::VariantBase&) { return switchToDownloads(); })));
+    add_controller(shortcuts);
+}
+
+// From the page to the bar about it, from there to the downloads, and back to the page.
+bool MainWindow::switchToDownloads() {
+    if (downloadBar->holdsFocus()) {
+        content->takeFocus();
+        return true;
+    }
+    if (!downloadBar->get_visible() || content->leadsToBar())
+        return false;
+    downloadBar->takeFocus();
+    return true;
 }
 
 void MainWindow::leaveWebView() {

@@ -11,9 +11,14 @@
 #include <memory>
 #include <optional>
 
+namespace kelo::downloads {
+class DownloadList;
+}
+
 namespace kelo::gtk {
 
 class ContentArea;
+class DownloadBar;
 class FindBar;
 class FittingMinimum;
 class StateFile;
@@ -32,6 +37,9 @@ public:
                std::function<void()> closed);
     ~MainWindow() override;
 
+    /// Shows the downloads below the content from now on. Call it once.
+    void showDownloads(const std::shared_ptr<downloads::DownloadList>& list);
+
     /// Gives up the web view, so that the group's next window can show it. A page that is not the
     /// service's does not wait for that window: the web view goes back to the service.
     void leaveWebView();
@@ -45,12 +53,14 @@ private:
     void appear();
     void followFocus();
     void leaveMenus();
+    bool switchToDownloads();
 
     const platform::WindowGroup& group;
     std::unique_ptr<ContentArea> content;
     std::unique_ptr<FittingMinimum> minimum;
     std::unique_ptr<FindBar> findBar;
     std::unique_ptr<ViewCommands> viewCommands;
+    std::unique_ptr<DownloadBar> downloadBar;
     Gtk::Box column{Gtk::Orientation::VERTICAL};
     std::unique_ptr<TitleBar> titleBar;
     std::unique_ptr<WindowMemory> memory;

@@ -35,6 +35,8 @@ public:
     void drawLoad();
     /// Gives the shown bars their places in an area of this width. Returns the page's upper edge.
     int allocate(int width);
+    bool areShown() const { return hangBar.get_visible() || foreignBar.get_visible(); }
+    bool holdFocus() { return hangBar.holdsFocus() || foreignBar.holdsFocus(); }
     /// Moves the keyboard from the page to a bar or back. False if no bar is shown.
     bool switchFocus();
 

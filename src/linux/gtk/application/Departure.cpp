@@ -1,0 +1,61 @@
+#include "linux/gtk/application/Departure.h"
+
+#include "base/async/Spawn.h"
+#include "linux/gtk/kit/ModalWindow.h"
+
+#include <utility>
+
+namespace kelo::gtk {
+
+struct Departure::State {
+    std::vector<Question> questions;
+    std::function<void()> leave; ///< empty once the departure is gone
+    bool isAsking = false;       ///< or about to
+};
+
+namespace {
+
+/// The flow may be dropped while a question is open.
+class Asking {
+public:
+    explicit Asking(bool& flag) : flag(flag) {}
+    ~Asking() { flag = false; }
+    Asking(const Asking&) = delete;
+    Asking& operator=(const Asking&) = delete;
+
+private:
+    bool& flag;
+};
+
+} // namespace
+
+Departure::Departure(std::vector<Question> questions, std::function<void()> leave)
+    : state(std::make_shared<State>(State{std::move(questions), std::move(leave)})) {}
+
+Departure::~Departure() {
+    state->leave = nullptr;
+}
+
+void Departure::request() {
+    if (state->questions.empty()) {
+        state->leave();
+        return;
+    }
+    if (std::exchange(state->isAsking, true)) {
+        if (auto* const question = ModalWindow::topmost())
+            question->present();
+        return;
+    }
+    spawn(ask(state));
+}
+
+Task<void> Departure::ask(std::shared_ptr<State> state) {
+    const Asking asking(state->isAsking);
+    bool mayLeave = true;
+    for (std::size_t at = 0; mayLeave && at < state->questions.size(); ++at)
+        mayLeave = co_await state->questions[at]();
+    if (mayLeave && state->leave)
+        state->leave();
+}
+
+} // namespace kelo::gtk

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/async/Task.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace kelo::gtk {
+
+/// How the program ends when its user wants it to, in whichever way: those who have a reason to
+/// stay ask the user first, one after the other. Main thread only.
+class Departure {
+public:
+    /// Whether the program may end, for all that this one knows.
+    using Question = std::function<Task<bool>()>;
+
+    /// leave is called when every question was answered with yes. Without questions, it is called
+    /// at once.
+    Departure(std::vector<Question> questions, std::function<void()> leave);
+    ~Departure();
+    Departure(const Departure&) = delete;
+    Departure& operator=(const Departure&) = delete;
+
+    /// While a question is open, it is brought to the front, and not asked again.
+    void request();
+
+private:
+    struct State;
+
+    static Task<void> ask(std::shared_ptr<State> state);
+
+    std::shared_ptr<State> state;
+};
+
+} // namespace kelo::gtk

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <gtkmm/application.h>
+
+/// What the toolkit would do otherwise, or not at all, while the program starts. Main thread only.
+namespace kelo::gtk {
+
+/// Call it before the toolkit is initialized.
+void keepStreamsPlain();
+
+/// Call it before there is a window.
+void turnOffInspectorKeys();
+
+/// Finds the running program, or becomes it.
+void registerApplication(Gtk::Application& application);
+
+/// What the user has started is done.
+void endStartUpNotice();
+
+} // namespace kelo::gtk

@@ -1,0 +1,96 @@
+#include "component/gtk/DownloadFixture.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gmock/gmock.h>
+
+namespace kelo::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* question = "A download is not finished";
+
+class Departure : public DownloadFixture {
+protected:
+    void answer(const char* button) {
+        auto& dialog = program.window(question);
+        program.untilActive(dialog);
+        auto* const found = buttonNamed(dialog, button);
+        ASSERT_TRUE(found) << button;
+        program.click(*found);
+    }
+    bool isAsked() {
+        for (auto* window : program.windowsOnScreen())
+            if (window->get_title() == question)
+                return true;
+        return false;
+    }
+};
+
+TEST_F(Departure, EndsTheProgramOnceTheUserAgrees) {
+    program.runToItsOwnEnd([&] {
+        begin("report.pdf");
+        untilPageHasKeyboard();
+        program.screen.press(GDK_KEY_q, {GDK_KEY_Control_L});
+        answer("Quit Anyway");
+    });
+    EXPECT_EQ(program.status, 0);
+    EXPECT_THAT(cancelled, ElementsAre("report.pdf"));
+}
+
+TEST_F(Departure, IsCalledOffByKeepDownloadingAndByEscape) {
+    run([&] {
+        begin("report.pdf");
+        for (const bool byKey : {false, true}) {
+            program.host.terminate();
+            if (byKey) {
+                program.untilActive(program.window(question));
+                program.screen.press(GDK_KEY_Escape);
+            } else {
+                answer("Keep Downloading");
+            }
+            RunningProgram::until("the question is gone", [&] { return !isAsked(); });
+            RunningProgram::until("nothing is asked any more",
+                                  [&] { return spawnedTaskCount() == 0; });
+        }
+        EXPECT_THAT(cancelled, IsEmpty());
+        EXPECT_EQ(list->runningCount(), 1u);
+    });
+}
+
+TEST_F(Departure, AsksOnceHoweverOftenItIsWanted) {
+    run([&] {
+        begin("report.pdf");
+        program.host.terminate();
+        program.untilActive(program.window(question));
+        program.host.terminate();
+        RunningProgram::settle();
+        int asked = 0;
+        for (auto* window : program.windowsOnScreen())
+            asked += window->get_title() == question ? 1 : 0;
+        EXPECT_EQ(asked, 1);
+    });
+}
+
+TEST_F(Departure, AsksNothingWithoutAReason) {
+    program.runToItsOwnEnd([&] {
+        finish(begin("report.pdf"), "report.pdf");
+        program.host.terminate();
+    });
+    EXPECT_EQ(program.status, 0);
+}
+
+TEST_F(Departure, AsksWithoutAWindow) {
+    program.runToItsOwnEnd([&] {
+        begin("report.pdf");
+        main().close();
+        RunningProgram::settle();
+        program.host.terminate();
+        answer("Quit Anyway");
+    });
+    EXPECT_THAT(cancelled, ElementsAre("report.pdf"));
+}
+
+} // namespace
+} // namespace kelo::tests
