@@ -29,6 +29,20 @@ gobject::GObjectPointer<GTlsCertificate> certificateIn(const std::filesystem::pa
     return certificate;
 }
 
+void beginFile(SoupServerMessage& message, const std::string& name) {
+    constexpr std::size_t length = 64 * 1024;
+    static const std::string beginning(length, 'x');
+    soup_server_message_set_status(&message, SOUP_STATUS_OK, nullptr);
+    SoupMessageHeaders* const headers = soup_server_message_get_response_headers(&message);
+    soup_message_headers_set_content_type(headers, "application/pdf", nullptr);
+    soup_message_headers_replace(headers, "Content-Disposition",
+                                 ("attachment; filename=\"" + name + "\"").c_str());
+    // The server waits for more chunks, and none comes.
+    soup_message_headers_set_encoding(headers, SOUP_ENCODING_CHUNKED);
+    soup_message_body_append(soup_server_message_get_response_body(&message), SOUP_MEMORY_STATIC,
+                             beginning.data(), length);
+}
+
 } // namespace
 
 StandInService::StandInService(const std::filesystem::path& authority,
@@ -68,11 +82,19 @@ void StandInService::answer(SoupServerMessage& message) {
     const std::string path = g_uri_get_path(address);
     const char* query = g_uri_get_query(address);
     received.push_back(query ? path + "?" + query : path);
+    if (const auto file = endlessFiles.find(path); file != endlessFiles.end()) {
+        beginFile(message, file->second);
+        return;
+    }
     const auto page = pages.find(path);
     const std::string text = page == pages.end() ? std::string() : page->second;
     soup_server_message_set_status(&message, SOUP_STATUS_OK, nullptr);
     soup_server_message_set_response(&message, "text/html; charset=utf-8", SOUP_MEMORY_COPY,
                                      text.data(), text.size());
+}
+
+void StandInService::serveEndlessly(const std::string& path, const std::string& fileName) {
+    endlessFiles.insert_or_assign(path, fileName);
 }
 
 std::string StandInService::origin() const {

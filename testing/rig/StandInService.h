@@ -30,6 +30,9 @@ public:
     StandInService(const StandInService&) = delete;
     StandInService& operator=(const StandInService&) = delete;
 
+    /// Serves a file of this name at the path, and never comes to its end.
+    void serveEndlessly(const std::string& path, const std::string& fileName);
+
     /// "http://127.0.0.1:4711"
     std::string origin() const;
     /// Path and query of every request so far.
@@ -41,6 +44,7 @@ private:
     void answer(SoupServerMessage& message);
 
     std::map<std::string, std::string> pages;
+    std::map<std::string, std::string> endlessFiles; ///< names by path
     std::vector<std::string> received;
     gobject::GObjectPointer<SoupServer> server;
 };

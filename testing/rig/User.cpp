@@ -253,6 +253,18 @@ void User::closeAlert() const {
         [&] { return !desktop.tree.find(label("Passkey")); });
 }
 
+void User::answerAlert(const std::string& buttonName) const {
+    const Wanted wanted = button(buttonName);
+    desktop.tree.await(wanted);
+    insist(
+        "the alert is answered",
+        [&] {
+            if (desktop.tree.find(wanted))
+                click(wanted);
+        },
+        [&] { return !desktop.tree.find(wanted); });
+}
+
 void User::insist(const std::string& effect, const std::function<void()>& action,
                   const std::function<bool()>& hasHadEffect) const {
     constexpr std::chrono::seconds patience{1};

@@ -49,6 +49,8 @@ public:
     void cancelSheet() const;
     void awaitAlert(const std::string& text) const;
     void closeAlert() const;
+    /// Presses the alert's button, and waits until the alert is gone.
+    void answerAlert(const std::string& buttonName) const;
     /// Waits for the red text below the sign-in button.
     void awaitError(const std::string& text) const;
 

@@ -114,6 +114,9 @@ private:
         keep(main, "downloads");
         list->finish(report, "/tmp/Annual report.pdf");
         keep(main, "downloads-finished");
+        Gtk::Widget::set_default_direction(Gtk::TextDirection::RTL);
+        keep(main, "downloads-right-to-left");
+        Gtk::Widget::set_default_direction(Gtk::TextDirection::LTR);
         list->cancel(film);
         list->dismissEnded();
     }

@@ -39,6 +39,7 @@ DownloadBar::DownloadBar(std::shared_ptr<downloads::DownloadList> list, std::fun
     scroll.set_propagate_natural_height();
     scroll.set_max_content_height(tallestRows);
     scroll.set_hexpand();
+    rows.set_valign(Gtk::Align::CENTER);
     scroll.set_child(rows);
     append(scroll);
     closeButton.set_icon_name("window-close-symbolic");
