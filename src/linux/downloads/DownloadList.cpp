@@ -10,15 +10,7 @@
 
 namespace kelo::downloads {
 
-namespace {
-
-// The engine reports every few kilobytes. People read no faster than this.
-constexpr std::chrono::milliseconds betweenNews{200};
-
-} // namespace
-
-DownloadList::DownloadList(FileHandling files, SteadyNow now)
-    : files(std::move(files)), now(std::move(now)) {}
+DownloadList::DownloadList(FileHandling files) : files(std::move(files)) {}
 
 std::size_t DownloadList::runningCount() const {
     return running.size();
@@ -93,11 +85,6 @@ void DownloadList::progress(unsigned identifier, std::uint64_t received,
         download->received = received;
         // What arrives may be more than was announced, for instance when it was sent compressed.
         download->length = length && *length >= received ? length : std::nullopt;
-        const auto instant = now();
-        if (instant - lastProgress < betweenNews)
-            return;
-        lastProgress = instant;
-        changed();
     }
 }
 

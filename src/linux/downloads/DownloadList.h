@@ -1,9 +1,7 @@
 #pragma once
 
-#include "base/Clock.h"
 #include "linux/downloads/FileHandling.h"
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -34,7 +32,8 @@ struct Download {
 class DownloadObserver {
 public:
     virtual ~DownloadObserver() = default;
-    /// Anything about them has changed. While files arrive, a few times in a second.
+    /// Anything about them has changed, except how much has arrived: look at that as often as the
+    /// user should see it.
     virtual void downloadsChanged() = 0;
     /// It has just finished or failed. Not called for one that the user cancels.
     virtual void downloadEnded(const Download& download) = 0;
@@ -44,7 +43,7 @@ public:
 /// not put away. Main thread only.
 class DownloadList {
 public:
-    explicit DownloadList(FileHandling files, SteadyNow now = std::chrono::steady_clock::now);
+    explicit DownloadList(FileHandling files);
     DownloadList(const DownloadList&) = delete;
     DownloadList& operator=(const DownloadList&) = delete;
 
@@ -90,13 +89,11 @@ private:
     void tell(Function function);
 
     FileHandling files;
-    SteadyNow now;
     unsigned last = 0;
     std::vector<Download> downloads; ///< in the order in which they began
     std::vector<Running> running;
     std::set<std::string> saved; ///< the paths
     std::vector<std::weak_ptr<DownloadObserver>> observers;
-    std::chrono::steady_clock::time_point lastProgress; ///< when it was told of
 };
 
 } // namespace kelo::downloads

@@ -11,7 +11,7 @@ platform::Alert question(std::size_t count) {
     platform::Alert alert;
     alert.messageText =
         translatedCount("A download is not finished", "%1 downloads are not finished", count);
-    alert.informativeText = translated("If you quit now, what has arrived so far is thrown away.");
+    alert.informativeText = translated("What has arrived so far will be lost.");
     alert.buttons = {translated("Quit Anyway"), translated("Keep Downloading")};
     return alert;
 }

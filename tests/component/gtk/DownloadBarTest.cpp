@@ -13,6 +13,10 @@ using testing::IsEmpty;
 
 class DownloadBar : public DownloadFixture {
 protected:
+    void untilSaid(const std::string& text) {
+        RunningProgram::until("the bar says " + text,
+                              [&] { return labelSaying(main(), text) != nullptr; });
+    }
     bool hasKeyboard(const std::string& button) {
         auto* const found = buttonNamed(main(), button);
         return found && found->has_focus();
@@ -41,15 +45,18 @@ TEST_F(DownloadBar, ShowsHowMuchHasArrived) {
     run([&] {
         list->progress(begin("report.pdf"), 3'100'000, 12'400'000);
         EXPECT_THAT(textsIn(main()), Contains("report.pdf"));
-        EXPECT_THAT(textsIn(main()), Contains("3.1\u00a0MB of 12.4\u00a0MB"));
+        untilSaid("3.1\u00a0MB of 12.4\u00a0MB");
         EXPECT_DOUBLE_EQ(visibleIn<Gtk::ProgressBar>(*bar()).at(0)->get_fraction(), 0.25);
     });
 }
 
 TEST_F(DownloadBar, ShowsTheAmountAloneWithoutALength) {
     run([&] {
-        list->progress(begin("report.pdf"), 3'100'000, std::nullopt);
-        EXPECT_THAT(textsIn(main()), Contains("3.1\u00a0MB"));
+        const unsigned report = begin("report.pdf");
+        list->progress(report, 3'100'000, std::nullopt);
+        untilSaid("3.1\u00a0MB");
+        list->progress(report, 3'200'000, std::nullopt);
+        untilSaid("3.2\u00a0MB");
     });
 }
 

@@ -105,6 +105,8 @@ private:
     void downloading(Gtk::Window& main) {
         const unsigned report = list->begin("Annual report.pdf", [] {});
         list->progress(report, 3'100'000, 12'000'000);
+        program.until("the amount is shown",
+                      [&] { return labelSaying(main, "3.1\u00a0MB of 12.0\u00a0MB") != nullptr; });
         keep(main, "download");
         const unsigned film = list->begin("Film.mp4", [] {});
         list->refuse("Archive of all letters that were ever written to anybody, "

@@ -4,6 +4,8 @@
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/main/DownloadRow.h"
 
+#include <glibmm/main.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -13,6 +15,8 @@ namespace {
 
 /// In pixels: about three rows. The page is what the window is for.
 constexpr int tallestRows = 160;
+/// In milliseconds. People read no faster than this.
+constexpr unsigned betweenDrawings = 200;
 
 } // namespace
 
@@ -54,6 +58,7 @@ DownloadBar::DownloadBar(std::shared_ptr<downloads::DownloadList> list, std::fun
 }
 
 DownloadBar::~DownloadBar() {
+    clock.disconnect();
     scroll.unset_child();
 }
 
@@ -70,6 +75,21 @@ void DownloadBar::draw() {
     }));
     set_visible(!all.empty());
     keepFocus(hadFocus);
+    followProgress();
+}
+
+// The engine reports every few kilobytes, which nobody needs to see.
+void DownloadBar::followProgress() {
+    if (list->runningCount() == 0)
+        clock.disconnect();
+    else if (!clock.connected())
+        clock = Glib::signal_timeout().connect(
+            [this] {
+                if (get_mapped())
+                    draw();
+                return list->runningCount() > 0;
+            },
+            betweenDrawings);
 }
 
 // Rows that stay are kept, and with them the button that has the keyboard.

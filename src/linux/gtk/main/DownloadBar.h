@@ -6,6 +6,8 @@
 #include <gtkmm/button.h>
 #include <gtkmm/scrolledwindow.h>
 
+#include <sigc++/connection.h>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -32,6 +34,7 @@ private:
     void draw();
     void drawRows();
     void keepFocus(bool hadFocus);
+    void followProgress();
 
     const std::shared_ptr<downloads::DownloadList> list;
     std::function<void()> leave;
@@ -40,6 +43,7 @@ private:
     Gtk::Button closeButton;
     std::map<unsigned, std::unique_ptr<DownloadRow>> byIdentifier;
     std::shared_ptr<downloads::DownloadObserver> observer;
+    sigc::connection clock; ///< while a download runs
 };
 
 } // namespace kelo::gtk
