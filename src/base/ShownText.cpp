@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <utility>
 
 namespace kelo {
 
@@ -24,6 +25,10 @@ constexpr std::array blankRanges = {
     Range{0x09, 0x0D},     Range{0x20, 0x20},     Range{0x85, 0x85},     Range{0xA0, 0xA0},
     Range{0x1680, 0x1680}, Range{0x2000, 0x200A}, Range{0x2028, 0x2029}, Range{0x202F, 0x202F},
     Range{0x205F, 0x205F}, Range{0x3000, 0x3000}};
+
+// Beside the pair of carriage return and line feed.
+constexpr std::array lineBreakRanges = {Range{0x0A, 0x0D}, Range{0x85, 0x85},
+                                        Range{0x2028, 0x2029}};
 
 // The two joiners U+200C and U+200D stay: some scripts cannot be spelled without them.
 constexpr std::array hiddenRanges = {
@@ -131,6 +136,31 @@ std::string shownName(std::string_view name) {
     if (isCut)
         text += ellipsis;
     return text;
+}
+
+std::string shownText(std::string_view text, std::size_t most) {
+    std::string shown;
+    std::string blanks; // so far not followed by anything
+    std::size_t count = 0;
+    for (std::size_t at = 0; at < text.size() && count <= most;) {
+        const Utf8Sequence sequence = utf8SequenceAt(text, at);
+        const char32_t character =
+            sequence.wellFormed ? characterIn(text.substr(at, sequence.length)) : replacement;
+        at += sequence.length;
+        if (character == U'\r' && at < text.size() && text[at] == '\n')
+            continue;
+        const bool isBlank = isIn(blankRanges, character);
+        if (!isBlank && isIn(hiddenRanges, character))
+            continue;
+        ++count;
+        if (isBlank) {
+            blanks += isIn(lineBreakRanges, character) ? '\n' : ' ';
+        } else {
+            shown += std::exchange(blanks, {});
+            append(shown, character);
+        }
+    }
+    return shortened(shown, most);
 }
 
 std::string shortened(std::string_view text, std::size_t most) {

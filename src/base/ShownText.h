@@ -14,6 +14,11 @@ namespace kelo {
 /// more of them than the line may have.
 std::string shownName(std::string_view name);
 
+/// A text of several lines, of at most `most` characters; a longer one ends with "…". Every kind of
+/// line break becomes "\n", every other blank a space. What shownName() leaves out and replaces,
+/// this does, too. Blanks at the end are left out.
+std::string shownText(std::string_view text, std::size_t most);
+
 /// The text, or its first characters and "…" if it has more than `most`. Never cuts a character.
 std::string shortened(std::string_view text, std::size_t most);
 

@@ -68,6 +68,25 @@ TEST(ShownName, NoBlankStandsBeforeTheEllipsis) {
     EXPECT_EQ(shownName(repeated(62, "a") + " bcd"), repeated(62, "a") + "…");
 }
 
+TEST(ShownText, KeepsLinesAndLeavesOutWhatHidesOrTurnsAround) {
+    EXPECT_EQ(shownText("", 9), "");
+    EXPECT_EQ(shownText("one\ntwo\n\nthree", 99), "one\ntwo\n\nthree");
+    EXPECT_EQ(shownText("a\r\nb\rc\u2028d\u2029e\u0085f\vg\fh", 99), "a\nb\nc\nd\ne\nf\ng\nh");
+    EXPECT_EQ(shownText("a\tb\u3000c", 99), "a b c");
+    EXPECT_EQ(shownText("\u202Eabc\u2066\u200B\x01 d", 99), "abc d");
+    EXPECT_EQ(shownText(" a  b \n \n", 99), " a  b");
+    EXPECT_EQ(shownText("a\xFFz", 99), "a\uFFFDz");
+    EXPECT_EQ(shownText(std::string("a\0b", 3), 99), "ab");
+    EXPECT_EQ(shownText("\u202Eabc\r", 3), "abc");
+}
+
+TEST(ShownText, HasAtMostSoManyCharacters) {
+    EXPECT_EQ(shownText("äöü", 3), "äöü");
+    EXPECT_EQ(shownText("äöüß", 3), "äö…");
+    EXPECT_EQ(shownText(repeated(5'000'000, "\n") + "x", 3).size() < 20, true);
+    EXPECT_EQ(shownText(repeated(5'000'000, "é"), 10), repeated(9, "é") + "…");
+}
+
 TEST(Shortened, TextHasAtMostSoManyCharactersWithTheEllipsis) {
     EXPECT_EQ(shortened("", 3), "");
     EXPECT_EQ(shortened("äöü", 3), "äöü");
