@@ -22,6 +22,7 @@ namespace kelo::desktop {
 
 gtk::HostSettings LinuxDesktop::hostSettings() {
     gtk::HostSettings settings;
+    settings.pages = pages;
     settings.version = programVersion;
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());
@@ -59,6 +60,7 @@ LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfigurat
     if (!webKitSession) {
         auto settings = webkit::WebKitSessionSettings::standard();
         settings.downloads = downloadList;
+        settings.dialogs = {std::make_shared<gtk::GtkPageDialogs>(), pages};
         webKitSession = std::make_unique<webkit::WebKitSession>(std::move(settings));
         downloads::removeLeftoversInBackground();
     }

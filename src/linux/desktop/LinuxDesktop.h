@@ -5,10 +5,12 @@
 #include "linux/desktop/PosixFileSystem.h"
 #include "linux/gtk/application/GtkApplicationHost.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
+#include "linux/gtk/dialogs/GtkPageDialogs.h"
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/input/KeyboardMonitors.h"
 #include "linux/panel/DesktopPanels.h"
 #include "linux/session/LinuxUserSession.h"
+#include "linux/window/OpenPages.h"
 #include "platform/Desktop.h"
 #include "posix/SystemClock.h"
 
@@ -55,6 +57,7 @@ private:
     gtk::HostSettings hostSettings();
 
     std::shared_ptr<downloads::DownloadList> downloadList;
+    std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();
     gtk::GtkApplicationHost application_;
     gtk::GtkAlertPresenter alerts_;
     gtk::GtkPasskeySheetFactory sheets;

@@ -7,7 +7,6 @@
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/MediaPermission.h"
 #include "linux/webkit/NativeView.h"
-#include "linux/webkit/ScriptDialogs.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
@@ -16,6 +15,7 @@
 #include "linux/webkit/content/DroppedFiles.h"
 #include "linux/webkit/content/PastedImages.h"
 #include "linux/webkit/content/SpellChecking.h"
+#include "linux/webkit/dialogs/ScriptDialogs.h"
 #include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/LoadErrors.h"
@@ -49,17 +49,21 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
           configuration.scriptMessageHandlers)),
       mediaPermission(
           std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)),
-      scriptDialogs(std::make_unique<ScriptDialogs>(view.get())),
       swipes(std::make_unique<SwipeGestures>(view.get())),
       process(std::make_unique<WebProcess>(
           view.get(), WebProcess::Handlers{[this] { responsivenessChanged(); },
                                            [this](auto reason) { processFailed(reason); },
                                            [this] { processEnded(); },
-                                           [this] { return pageLoad->isUnanswered(); }})) {
+                                           [this] { return pageLoad->isUnanswered(); }})),
+      scriptDialogs(std::make_unique<ScriptDialogs>(
+          view.get(), shown, servicesFor(configuration, shared.settings().dialogs),
+          ScriptDialogs::Handlers{[this] { process->dialogOpened(); },
+                                  [this] { process->dialogAnswered(); },
+                                  [this] { pageStayed(); }})) {
     connectLoadSignals();
     connectPolicySignals();
     if (!configuration.linksOpenInBrowser)
-        offerPopups(view.get(), shown.service, openExternally);
+        offerPopups(view.get(), {shown.service, openExternally, shared.settings().dialogs});
     attachPageKeyboard(view.get());
     removeUselessMenuItems(view.get());
     checkSpelling(webkit_web_view_get_context(view.get()));
@@ -123,7 +127,7 @@ void WebKitEmbeddedView::load(UrlRequest request) {
     if (request.method != "GET" || request.body)
         invariantBroken("a web view is asked for pages with GET and no body");
     // A page that waits for an answer loads no other page, and would pass for one that hangs.
-    scriptDialogs->close();
+    scriptDialogs->loadRequested();
     process->endIfItHangs();
     startLoad(request);
     probe->start(request.url);
@@ -154,6 +158,13 @@ void WebKitEmbeddedView::responsivenessChanged() {
     tellPageObserver();
 }
 
+// Nothing was loaded, so nothing is waited for.
+void WebKitEmbeddedView::pageStayed() {
+    pageLoad->documentCompleted();
+    pageLoad->takeUnanswered();
+    mediaPermission->navigationEnded();
+}
+
 std::optional<Url> WebKitEmbeddedView::url() const {
     const char* const address = webkit_web_view_get_uri(view.get());
     return address ? Url::parse(address) : std::nullopt;
@@ -182,7 +193,7 @@ bool WebKitEmbeddedView::answers() const {
 
 void WebKitEmbeddedView::reload() {
     const char* const address = webkit_web_view_get_uri(view.get());
-    scriptDialogs->close();
+    scriptDialogs->loadRequested();
     if (address && answers()) {
         webkit_web_view_reload(view.get());
         return;
@@ -192,18 +203,9 @@ void WebKitEmbeddedView::reload() {
     loadAgain(shownAddress);
 }
 
-void WebKitEmbeddedView::setPageObserver(std::weak_ptr<const std::function<void()>> newObserver) {
-    pageObserver = std::move(newObserver);
-}
-
 void WebKitEmbeddedView::tellPageObserver() const {
     if (const auto observer = pageObserver.lock())
         (*observer)();
-}
-
-void WebKitEmbeddedView::setNavigationDelegate(
-    std::weak_ptr<platform::NavigationDelegate> newDelegate) {
-    delegate = std::move(newDelegate);
 }
 
 void WebKitEmbeddedView::setUserInterfaceDelegate(

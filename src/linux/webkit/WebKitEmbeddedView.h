@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelo::webkit {
@@ -43,7 +44,9 @@ public:
 
     void load(platform::UrlRequest request) override;
     std::optional<Url> url() const override;
-    void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> delegate) override;
+    void setNavigationDelegate(std::weak_ptr<platform::NavigationDelegate> newDelegate) override {
+        delegate = std::move(newDelegate);
+    }
     void setUserInterfaceDelegate(std::weak_ptr<platform::UserInterfaceDelegate> delegate) override;
     void setAllowsBackForwardNavigationGestures(bool allowed) override;
     void setAllowsMediaCapture(bool allowed) override;
@@ -57,7 +60,9 @@ public:
     void reload() override;
     window::PageControls& controls() override { return pageControls; }
     const window::PageControls& controls() const override { return pageControls; }
-    void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override;
+    void setPageObserver(std::weak_ptr<const std::function<void()>> observer) override {
+        pageObserver = std::move(observer);
+    }
 
 private:
     void connectLoadSignals();
@@ -75,6 +80,7 @@ private:
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
                             GTlsCertificateFlags problems);
     void responsivenessChanged();
+    void pageStayed();
     void processEnded();
     void processFailed(WebKitWebProcessTerminationReason reason);
     void permissionRequested(WebKitPermissionRequest* request);
@@ -98,9 +104,9 @@ private:
     std::unique_ptr<NavigationPolicy> policy;
     std::unique_ptr<ScriptMessages> messages;
     std::unique_ptr<MediaPermission> mediaPermission;
-    std::unique_ptr<ScriptDialogs> scriptDialogs;
     std::unique_ptr<SwipeGestures> swipes;
     std::unique_ptr<WebProcess> process;
+    std::unique_ptr<ScriptDialogs> scriptDialogs;
     std::weak_ptr<platform::NavigationDelegate> delegate;
     std::weak_ptr<const std::function<void()>> pageObserver;
     // Last: disconnected before anything that the handlers use is destroyed.

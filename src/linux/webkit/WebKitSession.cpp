@@ -34,8 +34,12 @@ Url compiledInService() {
 
 WebKitSessionSettings WebKitSessionSettings::standard() {
     const std::string data = inFolder(g_get_user_data_dir(), "kelo");
-    return {inFolder(data.c_str(), "web"), inFolder(g_get_user_cache_dir(), "kelo"),
-            http::TrustedAuthority::compiledIn(), compiledInService(), openWithDefaultProgram};
+    return {inFolder(data.c_str(), "web"),
+            inFolder(g_get_user_cache_dir(), "kelo"),
+            http::TrustedAuthority::compiledIn(),
+            compiledInService(),
+            openWithDefaultProgram,
+            {}};
 }
 
 WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(given)) {

@@ -3,6 +3,7 @@
 #include "linux/downloads/DownloadList.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/http/TrustedAuthority.h"
+#include "linux/webkit/dialogs/ScriptDialogs.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
 #include "platform/EmbeddedWebView.h"
 
@@ -25,6 +26,7 @@ struct WebKitSessionSettings {
     ExternalOpener openExternally;
     /// Of all views. Null: the session makes one.
     std::shared_ptr<downloads::DownloadList> downloads = nullptr;
+    DialogServices dialogs = {};
 
     /// $XDG_DATA_HOME/kelo/web, $XDG_CACHE_HOME/kelo, the compiled-in authority and service.
     static WebKitSessionSettings standard();

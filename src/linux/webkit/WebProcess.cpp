@@ -28,13 +28,6 @@ WebProcess::WebProcess(WebKitWebView* view, Handlers given)
     : view(view),
       handlers(std::move(given)),
       self(std::make_shared<WebProcess*>(this)),
-      dialogConnection(gobject::connectSignal(
-          view, "script-dialog",
-          +[](WebKitWebView*, WebKitScriptDialog*, WebProcess* self) -> gboolean {
-              self->dialogOpened();
-              return FALSE;
-          },
-          this)),
       responsivenessConnection(gobject::connectSignal(
           view, "notify::is-web-process-responsive",
           +[](WebKitWebView*, GParamSpec*, WebProcess* self) {
@@ -107,6 +100,10 @@ void WebProcess::dialogOpened() {
     showsDialog = true;
     stopTimers();
     ask();
+}
+
+void WebProcess::dialogAnswered() {
+    showsDialog = false;
 }
 
 void WebProcess::stopTimers() {

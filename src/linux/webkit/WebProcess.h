@@ -39,13 +39,16 @@ public:
     void expectAnswer();
     /// A process that hangs would never load another page.
     void endIfItHangs();
+    /// A script has opened a dialog, and the process waits for the user from now on.
+    void dialogOpened();
+    /// The dialog is answered, and the process goes on, or should.
+    void dialogAnswered();
     /// The view shows another document from now on.
     void pageChanged();
 
 private:
     void ask();
     void answered();
-    void dialogOpened();
     void askAgain();
     void stopTimers();
     void terminated(WebKitWebProcessTerminationReason reason);
@@ -59,7 +62,6 @@ private:
     std::shared_ptr<Timer> timer;
     std::shared_ptr<Timer> repetition;
     std::shared_ptr<WebProcess*> self; ///< for answers that come when this is gone
-    gobject::SignalConnection dialogConnection;
     gobject::SignalConnection responsivenessConnection;
     gobject::SignalConnection terminationConnection;
     window::InputWatch input;

@@ -5,6 +5,7 @@
 #include "component/gtk/RunningProgram.h"
 #include "linux/downloads/DownloadList.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
+#include "linux/gtk/dialogs/GtkPageDialogs.h"
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/startup/UserLocale.h"
@@ -98,6 +99,7 @@ private:
         keep(program.window(translated("About Kelo")), "about");
         program.window(translated("About Kelo")).close();
         alerts();
+        pageDialogs();
         sheets();
         updates();
     }
@@ -161,6 +163,35 @@ private:
         while (result.informativeText.size() < 6000)
             result.informativeText += std::string(" ") + longError;
         alert(result, "result-endless");
+    }
+
+    void pageDialog(window::PageQuestion question, const std::string& title,
+                    const std::string& name) {
+        program.untilActive(program.window("Kelo"));
+        gtk::GtkPageDialogs dialogs;
+        const auto open = dialogs.show(question, program.window("Kelo").gobj(), [](const auto&) {});
+        auto& dialog = program.window(title);
+        program.untilActive(dialog);
+        keep(dialog, "page-" + name);
+    }
+
+    void pageDialogs() {
+        using Kind = window::PageQuestionKind;
+        const std::string host = "assistant.example.com";
+        const std::string says = host + " says";
+        pageDialog({Kind::alert, host, "The conversation was saved."}, says, "alert");
+        pageDialog({Kind::confirm, host, "Delete this conversation?\n\n- 12 messages\n- 3 files",
+                    "", true},
+                   says, "confirm-refusable");
+        pageDialog({Kind::prompt, host, "What should the conversation be called?", "Untitled"},
+                   says, "prompt");
+        pageDialog({Kind::beforeUnload, host}, "Leave this page?", "leave");
+        window::PageQuestion endless{Kind::prompt, host, "", "", true};
+        while (endless.message.size() < 6000)
+            endless.message += std::string(longError) + "\n";
+        pageDialog(endless, says, "endless");
+        const std::string longHost = std::string(60, 'x') + "." + std::string(60, 'y') + ".example";
+        pageDialog({Kind::alert, longHost, "שלום עולם"}, longHost + " says", "long-host");
     }
 
     static Task<void> converse(authenticator::PasskeySheet& sheet,

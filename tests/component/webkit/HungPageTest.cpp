@@ -56,17 +56,8 @@ TEST_F(HungPage, IsReportedOnceTheUserTriesIt) {
 
 TEST_F(HungPage, IsNotOneWhoseScriptWaitsForTheUser) {
     open(server->url("/"));
-    bool asks = false;
-    const auto connection = gobject::connectSignal(
-        native(), "script-dialog",
-        +[](WebKitWebView*, WebKitScriptDialog*, bool* asks) -> gboolean {
-            *asks = true;
-            return FALSE;
-        },
-        &asks);
-    webkit_web_view_evaluate_javascript(native(), "alert('well?')", -1, nullptr, nullptr, nullptr,
-                                        nullptr, nullptr);
-    ASSERT_TRUE(loop.runUntil([&] { return asks; }));
+    begin("alert('well?')");
+    ASSERT_TRUE(waitForQuestion());
     ManualTimers timers;
     const MainLoop::Installation installation{timers};
     const screen::XConnection display;

@@ -231,34 +231,6 @@ TEST_F(Navigation, LoadReplacesAPageThatHangs) {
     EXPECT_EQ(pageText(), "next");
 }
 
-TEST_F(Navigation, LoadClosesAnAlertAndEndsNoProcess) {
-    const auto peer = site({{"/", "<title>Home</title>"}, {"/next", "next"}});
-    makeView(peer->url());
-    open(peer->url("/"));
-    bool isAsking = false;
-    const gobject::SignalConnection watch = gobject::connectSignal(
-        native(), "script-dialog",
-        +[](WebKitWebView*, WebKitScriptDialog*, bool* asking) -> gboolean {
-            *asking = true;
-            return FALSE;
-        },
-        &isAsking);
-    int endedProcesses = 0;
-    const gobject::SignalConnection ends = gobject::connectSignal(
-        native(), "web-process-terminated",
-        +[](WebKitWebView*, WebKitWebProcessTerminationReason, int* count) { ++*count; },
-        &endedProcesses);
-    for (const char* question : {"alert('here')", "confirm('sure')", "prompt('name')"}) {
-        isAsking = false;
-        webkit_web_view_evaluate_javascript(native(), question, -1, nullptr, nullptr, nullptr,
-                                            nullptr, nullptr);
-        ASSERT_TRUE(loop.runUntil([&] { return isAsking; }));
-        open(peer->url("/next"));
-        EXPECT_EQ(pageText(), "next") << question;
-    }
-    EXPECT_EQ(endedProcesses, 0);
-}
-
 TEST_F(Navigation, LoadReplacesAPageThatIsKnownToHang) {
     const auto peer = site({{"/", "<title>hangs</title>"}, {"/next", "next"}});
     makeView(peer->url());

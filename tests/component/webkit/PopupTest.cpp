@@ -105,6 +105,40 @@ TEST_F(Popup, IsNotOpenedWithoutEncryption) {
     EXPECT_THAT(openedOutside, ElementsAre("http://example.org/"));
 }
 
+TEST_F(Popup, ShowsItsDialogsAboveItsWindow) {
+    clickToOpen("'/popup', 'name', 'width=400,height=300'");
+    ASSERT_TRUE(waitForPopup(true));
+    ASSERT_TRUE(waitForScript("heard.join()", "hello"));
+    begin("opened.setTimeout(() => opened.opener.postMessage(opened.confirm('sure?'), '*'))");
+    ASSERT_TRUE(waitForQuestion());
+    EXPECT_EQ(dialogs->asked.back().parent, popup());
+    EXPECT_EQ(dialogs->asked.back().question.host,
+              server->url().host() + ":" + std::to_string(server->port()));
+    dialogs->answer({true});
+    EXPECT_TRUE(waitForScript("heard.join()", "hello,true"));
+}
+
+TEST_F(Popup, IsNotClosedAgainstTheUsersWillIfItsPageObjects) {
+    clickToOpen("'/popup', 'name', 'width=400,height=300'");
+    ASSERT_TRUE(waitForPopup(true));
+    ASSERT_TRUE(waitForScript("heard.join()", "hello"));
+    evaluate("opened.onbeforeunload = (event) => event.preventDefault();"
+             "opened.onclick = () => heard.push('clicked'); 1");
+    ASSERT_TRUE(loop.runUntil([this] { return gtk_window_is_active(popup()); }));
+    pointer.click(onScreen(gtk_window_get_child(popup()), 100, 100));
+    ASSERT_TRUE(waitForScript("heard.join()", "hello,clicked"));
+    press("Escape");
+    ASSERT_TRUE(waitForQuestion());
+    EXPECT_EQ(dialogs->asked.back().question.kind, window::PageQuestionKind::beforeUnload);
+    dialogs->answer({false});
+    settle();
+    ASSERT_TRUE(popup());
+    gtk_window_close(popup());
+    ASSERT_TRUE(waitForQuestion(2));
+    dialogs->answer({true});
+    EXPECT_TRUE(waitForPopup(false));
+}
+
 // A script that runs on our behalf counts as the user.
 TEST_F(Popup, LeadsNowhereWithoutEncryption) {
     clickToOpen("'/popup', '', 'width=400,height=300'");

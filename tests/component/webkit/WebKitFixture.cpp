@@ -57,10 +57,13 @@ std::unique_ptr<MisbehavingServer> WebKitFixture::site(std::map<std::string, std
 webkit::WebKitSession& WebKitFixture::sessionFor(const Url& service) {
     if (!session) {
         webkit::WebKitSessionSettings settings{
-            (folder / "data" / "web").string(), (folder / "cache").string(),
+            (folder / "data" / "web").string(),
+            (folder / "cache").string(),
             std::make_shared<const http::TrustedAuthority>(authority.pem(),
                                                            std::vector{service.host()}),
-            service, [this](const std::string& address) { openedOutside.push_back(address); }};
+            service,
+            [this](const std::string& address) { openedOutside.push_back(address); },
+            {dialogs, pages}};
         session = std::make_unique<webkit::WebKitSession>(std::move(settings));
     }
     return *session;
@@ -118,6 +121,15 @@ bool WebKitFixture::waitForTitle(const std::string& title) {
 
 std::string WebKitFixture::evaluate(const std::string& script) {
     return loop.run(evaluated(native(), script));
+}
+
+void WebKitFixture::begin(const std::string& script) const {
+    webkit_web_view_evaluate_javascript(native(), script.c_str(), -1, nullptr, nullptr, nullptr,
+                                        nullptr, nullptr);
+}
+
+bool WebKitFixture::waitForQuestion(std::size_t count) {
+    return loop.runUntil([&] { return dialogs->asked.size() >= count; });
 }
 
 bool WebKitFixture::waitForScript(const std::string& script, const std::string& result) {

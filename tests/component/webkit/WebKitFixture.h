@@ -3,6 +3,7 @@
 #include "component/http/MisbehavingServer.h"
 #include "component/http/TestAuthority.h"
 #include "component/http/TestMainLoop.h"
+#include "component/webkit/FakePageDialogs.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
 #include "linux/window/HostedWidget.h"
 
@@ -60,6 +61,10 @@ protected:
     bool waitForTitle(const std::string& title);
     /// The result of a script in the page, as text.
     std::string evaluate(const std::string& script);
+    /// Starts a script that perhaps waits for the user.
+    void begin(const std::string& script) const;
+    /// Waits until the pages have asked the user so often.
+    bool waitForQuestion(std::size_t count = 1);
     bool waitForScript(const std::string& script, const std::string& result);
     std::string pageText() { return evaluate("document.body.innerText"); }
 
@@ -68,6 +73,8 @@ protected:
     Identity identity = authority.issue();
     std::filesystem::path folder;
     std::vector<std::string> openedOutside;
+    std::shared_ptr<FakePageDialogs> dialogs = std::make_shared<FakePageDialogs>();
+    std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();
     std::unique_ptr<webkit::WebKitSession> session;
     std::shared_ptr<platform::EmbeddedWebView> view;
     std::shared_ptr<NavigationRecorder> recorder = std::make_shared<NavigationRecorder>();

@@ -220,6 +220,17 @@ void GtkApplicationHost::terminate() {
 }
 
 void GtkApplicationHost::leave() {
+    if (!given.pages)
+        return quit();
+    given.pages->leaveAll([this](bool leave) {
+        if (leave)
+            quit();
+        else if (mainWindows.empty()) // where the page is that the user wants to go on with
+            openMainWindow();
+    });
+}
+
+void GtkApplicationHost::quit() {
     for (const auto& [name, window] : mainWindows)
         window->rememberPlacement();
     application->quit();

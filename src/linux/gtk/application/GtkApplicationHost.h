@@ -4,6 +4,7 @@
 #include "linux/gtk/application/Departure.h"
 #include "linux/gtk/application/ProgramMenu.h"
 #include "linux/gtk/kit/StateFile.h"
+#include "linux/window/OpenPages.h"
 #include "platform/Application.h"
 
 #include <gtkmm/application.h>
@@ -39,6 +40,8 @@ struct HostSettings {
     std::shared_ptr<downloads::DownloadList> downloads = nullptr;
     /// Asked in this order before the program ends.
     std::vector<Departure::Question> beforeQuit = {};
+    /// Asked after that; null if there are none.
+    std::shared_ptr<window::OpenPages> pages = nullptr;
 };
 
 /// The program as a desktop application with one process for each user: a second process activates
@@ -57,7 +60,7 @@ public:
 
     int run(platform::App& app) override;
     void activate() override;
-    /// The user may be asked first, and may keep the program.
+    /// The user may be asked first, and may keep the program; so may a page.
     void terminate() override;
     /// Does nothing if no window group has the identifier.
     void openWindow(std::string_view identifier) override;
@@ -75,6 +78,7 @@ private:
     void openSole(std::shared_ptr<ProgramWindow>& slot,
                   const std::function<std::shared_ptr<ProgramWindow>(std::function<void()>)>& make);
     void makeApplication();
+    void quit();
     void startUp();
     void addActions();
     void showMenuBarExtras();

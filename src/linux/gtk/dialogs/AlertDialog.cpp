@@ -2,58 +2,14 @@
 
 #include "base/ShownText.h"
 #include "base/Translation.h"
+#include "linux/gtk/dialogs/DialogText.h"
 #include "linux/gtk/kit/Accessibility.h"
-#include "linux/gtk/kit/BalancedText.h"
 
-#include <gtkmm/adjustment.h>
 #include <gtkmm/button.h>
-#include <gtkmm/label.h>
-#include <gtkmm/scrolledwindow.h>
 
 #include <utility>
 
 namespace kelo::gtk {
-
-namespace {
-
-constexpr int textWidthInCharacters = 44;
-/// In pixels: about fifteen lines, which every screen has room for.
-constexpr int tallestText = 300;
-/// In characters. The toolkit's time for a long word grows with the square of its length: one of
-/// 10,000 letters stops the program for ten seconds.
-constexpr std::size_t longestText = 2000;
-
-Gtk::Label* makeText(const std::string& text, const char* cssClass) {
-    auto* label = Gtk::make_managed<Gtk::Label>(text);
-    label->set_wrap();
-    label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label->set_justify(Gtk::Justification::CENTER);
-    label->add_css_class(cssClass);
-    balanceLines(*label, textWidthInCharacters);
-    return label;
-}
-
-/// Lets the user scroll what is taller than an alert should be. The reason that a service gives may
-/// have any length.
-Gtk::ScrolledWindow* makeScroll(Gtk::Widget& text) {
-    auto* scroll = Gtk::make_managed<Gtk::ScrolledWindow>();
-    scroll->set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
-    scroll->set_propagate_natural_width();
-    scroll->set_propagate_natural_height();
-    // Always seen, because nothing else says that the text goes on.
-    scroll->set_overlay_scrolling(false);
-    scroll->set_max_content_height(tallestText);
-    scroll->set_child(text);
-    // The keyboard stops at the text only where there is something to scroll.
-    scroll->set_focusable(false);
-    const auto place = scroll->get_vadjustment();
-    place->signal_changed().connect([scroll, adjustment = place.get()] {
-        scroll->set_focusable(adjustment->get_upper() > adjustment->get_page_size());
-    });
-    return scroll;
-}
-
-} // namespace
 
 AlertDialog::AlertDialog(const platform::Alert& alert, Gtk::Window* parent, SteadyNow now,
                          std::function<void(platform::AlertOutcome)> answered)
@@ -70,11 +26,11 @@ AlertDialog::AlertDialog(const platform::Alert& alert, Gtk::Window* parent, Stea
 
 void AlertDialog::addTexts(const platform::Alert& alert) {
     if (!alert.messageText.empty())
-        column.append(*makeText(alert.messageText, "kelo-title"));
+        column.append(*makeDialogText(alert.messageText, "kelo-title"));
     if (alert.informativeText.empty())
         return;
-    const std::string text = shortened(alert.informativeText, longestText);
-    column.append(*makeScroll(*makeText(text, "kelo-body")));
+    const std::string text = shortened(alert.informativeText, longestDialogText);
+    column.append(*makeDialogScroll(*makeDialogText(text, "kelo-body")));
     gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
                                    text.c_str(), -1);
 }

@@ -6,6 +6,7 @@
 #include "linux/webkit/content/ContextMenus.h"
 #include "linux/webkit/content/DroppedFiles.h"
 #include "linux/webkit/content/PastedImages.h"
+#include "linux/webkit/dialogs/ScriptDialogs.h"
 #include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
@@ -23,12 +24,6 @@ namespace {
 constexpr int smallestSize = 240;
 constexpr int usualWidth = 640;
 constexpr int usualHeight = 720;
-
-/// What the windows have from the view of their opener.
-struct Context {
-    Url service;
-    ExternalOpener openExternally;
-};
 
 struct Size {
     int width = 0;
@@ -49,16 +44,18 @@ const char* addressOf(WebKitNavigationAction* action) {
 /// A view and its window, which owns this.
 class Popup {
 public:
-    Popup(WebKitWebView* opener, const Context& context, std::string address)
+    Popup(WebKitWebView* opener, const PopupContext& context, std::string address)
         : context(context),
           address(std::move(address)),
           shown(context.service),
           view(makeView(opener)),
           downloads(webkit_web_view_get_network_session(view), view, shown),
           policy(shown, downloads, false, context.openExternally, [] {}),
-          window(GTK_WINDOW(gtk_window_new())) {
+          window(GTK_WINDOW(gtk_window_new())),
+          dialogs(view, shown, context.dialogs,
+                  {[] {}, [] {}, [] {}, [this] { gtk_window_destroy(window); }}) {
         connectAll();
-        offerPopups(view, context.service, context.openExternally);
+        offerPopups(view, context);
         gtk_accessible_update_property(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_PROPERTY_LABEL,
                                        translated("Web page").c_str(), -1);
         attachPageKeyboard(view);
@@ -90,8 +87,6 @@ private:
 
     void connectAll() {
         connect("ready-to-show", readyToShow);
-        connect(
-            "close", +[](WebKitWebView*, Popup* self) { gtk_window_destroy(self->window); });
         connect("load-changed", loadChanged);
         connect(
             "permission-request",
@@ -108,6 +103,7 @@ private:
     void buildWindow(WebKitWebView* opener) {
         gtk_window_set_title(window, "Kelo");
         gtk_window_set_child(window, GTK_WIDGET(view));
+        gtk_widget_add_css_class(GTK_WIDGET(window), "kelo-popup");
         if (GApplication* const application = g_application_get_default();
             GTK_IS_APPLICATION(application))
             gtk_window_set_application(window, GTK_APPLICATION(application));
@@ -123,13 +119,18 @@ private:
                                 G_CONNECT_SWAPPED);
         GtkEventController* const keys = gtk_event_controller_key_new();
         // What the page does not take comes to the window.
-        const auto pressed = +[](GtkEventController*, guint key, guint, GdkModifierType,
-                                 GtkWindow* window) -> gboolean {
+        const auto pressed =
+            +[](GtkEventController*, guint key, guint, GdkModifierType, Popup* self) -> gboolean {
             if (key == GDK_KEY_Escape)
-                gtk_window_destroy(window);
+                self->close();
             return key == GDK_KEY_Escape;
         };
-        g_signal_connect(keys, "key-pressed", G_CALLBACK(pressed), window);
+        g_signal_connect(keys, "key-pressed", G_CALLBACK(pressed), this);
+        const auto closing = +[](GtkWindow*, Popup* self) -> gboolean {
+            self->close();
+            return TRUE;
+        };
+        g_signal_connect(window, "close-request", G_CALLBACK(closing), this);
         gtk_widget_add_controller(GTK_WIDGET(window), keys);
     }
 
@@ -172,13 +173,22 @@ private:
         gtk_widget_grab_focus(GTK_WIDGET(view));
     }
 
-    Context context;
+    // The page may have a question before it goes.
+    void close() {
+        dialogs.tryToLeave([this](bool leaves) {
+            if (leaves)
+                gtk_window_destroy(window);
+        });
+    }
+
+    PopupContext context;
     std::string address; ///< that it was opened with
     ShownPage shown;
     WebKitWebView* view;
     Downloads downloads;
     NavigationPolicy policy;
     GtkWindow* window;
+    ScriptDialogs dialogs;
     std::vector<Size> usualSizes;
     // Last: disconnected before anything that the handlers use is destroyed.
     std::vector<gobject::SignalConnection> connections;
@@ -186,7 +196,8 @@ private:
 
 // Null refuses, and window.open() then gives null. Links that ask for a new window do not get this
 // far: the policy knows where they lead.
-GtkWidget* create(WebKitWebView* opener, WebKitNavigationAction* action, const Context* context) {
+GtkWidget* create(WebKitWebView* opener, WebKitNavigationAction* action,
+                  const PopupContext* context) {
     if (!webkit_navigation_action_is_user_gesture(action))
         return nullptr;
     const std::string address = addressOf(action);
@@ -209,11 +220,11 @@ GtkWidget* create(WebKitWebView* opener, WebKitNavigationAction* action, const C
 
 } // namespace
 
-void offerPopups(WebKitWebView* opener, const Url& service, ExternalOpener openExternally) {
-    auto context = std::make_unique<Context>(Context{service, std::move(openExternally)});
+void offerPopups(WebKitWebView* opener, PopupContext given) {
+    auto context = std::make_unique<PopupContext>(std::move(given));
     g_signal_connect(opener, "create", G_CALLBACK(create), context.get());
     g_object_set_data_full(G_OBJECT(opener), "kelo-popups", context.release(), [](gpointer data) {
-        std::unique_ptr<Context>(static_cast<Context*>(data));
+        std::unique_ptr<PopupContext>(static_cast<PopupContext*>(data));
     });
 }
 

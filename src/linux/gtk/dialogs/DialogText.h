@@ -1,0 +1,25 @@
+#pragma once
+
+#include <gtkmm/label.h>
+#include <gtkmm/scrolledwindow.h>
+
+#include <cstddef>
+#include <string>
+
+/// The texts of dialogs, which others may have written. Main thread only.
+namespace kelo::gtk {
+
+/// In characters. The toolkit's time for a long word grows with the square of its length: one of
+/// 10,000 letters stops the program for ten seconds.
+inline constexpr std::size_t longestDialogText = 2000;
+
+/// A label of balanced lines; text has at most as many characters.
+Gtk::Label* makeDialogText(const std::string& text, const char* cssClass);
+
+/// In pixels: about fifteen lines, which every screen has room for.
+inline constexpr int tallestDialogText = 300;
+
+/// Lets the user scroll a text that is taller than this, in pixels.
+Gtk::ScrolledWindow* makeDialogScroll(Gtk::Widget& text, int tallest = tallestDialogText);
+
+} // namespace kelo::gtk
