@@ -48,6 +48,8 @@ Options parseOptions(std::span<const char* const> arguments) {
             options.origin = parseOrigin(value());
         else if (name == "--stranger")
             options.stranger = true;
+        else if (name == "--gallery")
+            options.gallery = value();
         else
             throw UsageError("There is no option \"" + std::string(name) + "\".");
         if (options.action == Options::Action::help)
@@ -62,7 +64,7 @@ std::string helpText() {
     return "Usage:\n"
            "  kelo-demo-service --init --authority DIRECTORY\n"
            "  kelo-demo-service --authority DIRECTORY [--port PORT] [--state FILE] [--origin URL]\n"
-           "                    [--stranger]\n"
+           "                    [--stranger] [--gallery DIRECTORY]\n"
            "\n"
            "A complete assistant service for one computer: it answers on the loopback\n"
            "addresses only, over HTTPS, with passkeys.\n"
@@ -75,6 +77,7 @@ std::string helpText() {
            "  --origin     origin to expect in passkeys (default: the one it listens on)\n"
            "  --stranger   put a frame of a foreign origin into the widget page, which tries\n"
            "               to get at the microphone and to close the panel\n"
+           "  --gallery    serve the pages of this folder below /gallery/\n"
            "  --help       this text\n"
            "\n"
            "Accounts:\n"

@@ -19,6 +19,7 @@ struct Options {
     std::optional<std::filesystem::path> state;
     std::optional<std::string> origin; ///< expected of passkeys instead of the service's own
     bool stranger = false;             ///< the widget page holds a frame of a foreign origin
+    std::optional<std::filesystem::path> gallery; ///< a folder of more pages
 };
 
 /// The command line is invalid; the text says why.

@@ -19,12 +19,13 @@ void addSafetyHeaders(Reply& reply) {
     addUnlessGiven(reply, "Content-Security-Policy", contentPolicy);
     addUnlessGiven(reply, "X-Frame-Options", "DENY");
     addUnlessGiven(reply, "Cache-Control", "no-store");
+    addUnlessGiven(
+        reply, "Permissions-Policy",
+        "microphone=(self), publickey-credentials-get=(self), camera=(), geolocation=()");
     reply.with("X-Content-Type-Options", "nosniff")
         .with("Referrer-Policy", "same-origin")
         .with("Cross-Origin-Opener-Policy", "same-origin")
-        .with("Cross-Origin-Resource-Policy", "same-origin")
-        .with("Permissions-Policy",
-              "microphone=(self), publickey-credentials-get=(self), camera=(), geolocation=()");
+        .with("Cross-Origin-Resource-Policy", "same-origin");
 }
 
 std::string namesOf(const auto& methods) {
@@ -76,6 +77,13 @@ void Service::routeApi() {
     routes["/api/account/passkey/register/verify"]["POST"] = [this](const Request& request) {
         return registration.verify(request);
     };
+}
+
+void Service::show(const Gallery& gallery) {
+    for (const std::string& name : gallery.names())
+        routes["/gallery/" + name]["GET"] = [&gallery, name](const Request&) {
+            return gallery.file(name);
+        };
 }
 
 Reply Service::answer(const Request& request) {

@@ -4,6 +4,7 @@
 #include "demo/ServiceContext.h"
 #include "demo/SignInApi.h"
 #include "demo/http/Http.h"
+#include "demo/pages/Gallery.h"
 #include "demo/pages/Pages.h"
 
 #include <functional>
@@ -18,6 +19,9 @@ class Service {
 public:
     /// The context must outlive this.
     explicit Service(ServiceContext& context);
+
+    /// Serves the pages below /gallery/ from now on. It must outlive this.
+    void show(const Gallery& gallery);
 
     Reply answer(const Request& request);
 

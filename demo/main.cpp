@@ -56,6 +56,9 @@ int serve(const Options& options) {
     ServiceContext context(origin, options.origin.value_or(origin), StateFile(options.state));
     context.showsStranger = options.stranger;
     Service service(context);
+    std::optional<Gallery> gallery;
+    if (options.gallery)
+        service.show(gallery.emplace(*options.gallery));
     server.setHandler([&service](const Request& request) { return service.answer(request); });
 
     const std::unique_ptr<GMainLoop, LoopRelease> loop(g_main_loop_new(nullptr, FALSE));

@@ -1,5 +1,7 @@
 #include "DemoFixture.h"
 
+#include <fstream>
+
 namespace kelo::demo {
 namespace {
 
@@ -172,6 +174,24 @@ TEST_F(PagesOfTheService, OversizeBodyIsRefused) {
     EXPECT_EQ(response.status, 413u);
     EXPECT_EQ(response.reason(), "The request is too large");
     EXPECT_EQ(browser->get("/login").status, 200u);
+}
+
+TEST_F(PagesOfTheService, GalleryIsServedOnlyOnRequestAndNothingBesideIt) {
+    EXPECT_EQ(browser->get("/gallery/index.html").status, 404u);
+    const test::TemporaryFolder folder;
+    std::ofstream(folder.path() / "index.html") << "<script>1</script>";
+    std::ofstream(folder.path() / "style.css") << "p {}";
+    service.reset();
+    startService({"--gallery", folder.path().string()});
+    const auto page = browser->get("/gallery/index.html");
+    EXPECT_EQ(page.body, "<script>1</script>");
+    EXPECT_EQ(page.header("content-type"), "text/html; charset=utf-8");
+    EXPECT_NE(page.header("content-security-policy").find("'unsafe-inline'"), std::string::npos);
+    EXPECT_EQ(browser->get("/gallery/style.css").header("content-type"), "text/css; charset=utf-8");
+    EXPECT_EQ(browser->get("/gallery/../etc/passwd").status, 404u);
+    EXPECT_EQ(browser->get("/gallery/other.html").status, 404u);
+    EXPECT_EQ(browser->get("/login").header("content-security-policy").find("'unsafe-inline'"),
+              std::string::npos);
 }
 
 } // namespace
