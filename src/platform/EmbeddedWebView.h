@@ -75,7 +75,8 @@ public:
     virtual std::optional<Url> url() const = 0;
     /// Held weakly.
     virtual void setNavigationDelegate(std::weak_ptr<NavigationDelegate> delegate) = 0;
-    /// Held weakly. Without a delegate, every permission request is denied.
+    /// Held weakly. In a view that never had a delegate, the desktop asks its user for what the
+    /// service's page requests.
     virtual void setUserInterfaceDelegate(std::weak_ptr<UserInterfaceDelegate> delegate) = 0;
     virtual void setAllowsBackForwardNavigationGestures(bool allowed) = 0;
     /// Allowed at first. While it is not, the microphone and the camera are off: a capture that

@@ -1,10 +1,12 @@
 #include "linux/desktop/LinuxDesktop.h"
 
+#include "deployment/Deployment.h"
 #include "linux/desktop/HotkeyReport.h"
 #include "linux/desktop/ProgramVersion.h"
 #include "linux/downloads/DownloadFolder.h"
 #include "linux/downloads/DownloadList.h"
 #include "linux/downloads/QuitQuestion.h"
+#include "linux/gtk/dialogs/GtkPermissionAsker.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
 #include "linux/login/StartAtLogin.h"
@@ -20,9 +22,18 @@
 
 namespace kelo::desktop {
 
+namespace {
+
+std::filesystem::path stateFolder() {
+    return std::filesystem::path(g_get_user_state_dir()) / "kelo";
+}
+
+} // namespace
+
 gtk::HostSettings LinuxDesktop::hostSettings() {
     gtk::HostSettings settings;
     settings.pages = pages;
+    settings.permissions = permissions;
     settings.version = programVersion;
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());
@@ -32,12 +43,14 @@ gtk::HostSettings LinuxDesktop::hostSettings() {
     settings.beforeQuit = {
         [this] { return downloads::mayEndDownloads(downloadList, alerts_); },
     };
-    settings.stateFile = std::filesystem::path(g_get_user_state_dir()) / "kelo" / "windows";
+    settings.stateFile = stateFolder() / "windows";
     return settings;
 }
 
 LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
-    : downloadList(std::make_shared<downloads::DownloadList>(
+    : permissions(std::make_shared<permission::Permissions>(
+          stateFolder() / "permissions", std::string(deployment::serviceOrigin))),
+      downloadList(std::make_shared<downloads::DownloadList>(
           downloads::desktopFileHandling(webkit::openWithDefaultProgram))),
       application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}, hostSettings()),
       alerts_(application_),
@@ -61,6 +74,7 @@ LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfigurat
         auto settings = webkit::WebKitSessionSettings::standard();
         settings.downloads = downloadList;
         settings.dialogs = {std::make_shared<gtk::GtkPageDialogs>(), pages};
+        settings.userChoice = {permissions, std::make_shared<gtk::GtkPermissionAsker>()};
         webKitSession = std::make_unique<webkit::WebKitSession>(std::move(settings));
         downloads::removeLeftoversInBackground();
     }

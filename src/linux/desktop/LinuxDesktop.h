@@ -9,6 +9,7 @@
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 #include "linux/input/KeyboardMonitors.h"
 #include "linux/panel/DesktopPanels.h"
+#include "linux/permission/Permissions.h"
 #include "linux/session/LinuxUserSession.h"
 #include "linux/window/OpenPages.h"
 #include "platform/Desktop.h"
@@ -56,6 +57,7 @@ public:
 private:
     gtk::HostSettings hostSettings();
 
+    std::shared_ptr<permission::Permissions> permissions;
     std::shared_ptr<downloads::DownloadList> downloadList;
     std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();
     gtk::GtkApplicationHost application_;

@@ -45,7 +45,7 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
     const std::string agent = webkit_settings_get_user_agent(settings.get());
     webkit_settings_set_user_agent(settings.get(),
                                    (agent + " " + std::string(deployment::userAgent)).c_str());
-    // MediaPermission enables it once there is a delegate.
+    // MediaPermission enables it where somebody decides about it.
     webkit_settings_set_enable_media_stream(settings.get(), FALSE);
 
     const auto policies = gobject::GObjectPointer<WebKitWebsitePolicies>::adopt(

@@ -5,7 +5,6 @@
 #include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
 #include "linux/webkit/CertificateProbe.h"
-#include "linux/webkit/MediaPermission.h"
 #include "linux/webkit/NativeView.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
@@ -21,6 +20,7 @@
 #include "linux/webkit/navigation/LoadErrors.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
 #include "linux/webkit/navigation/PageLoad.h"
+#include "linux/webkit/permission/PagePermissions.h"
 #include "linux/webkit/popup/Popups.h"
 
 #include <utility>
@@ -47,8 +47,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       messages(std::make_unique<ScriptMessages>(
           *this, webkit_web_view_get_user_content_manager(view.get()), shared.settings().service,
           configuration.scriptMessageHandlers)),
-      mediaPermission(
-          std::make_unique<MediaPermission>(*this, view.get(), shared.settings().service)),
+      permissions(std::make_unique<PagePermissions>(*this, view.get(), shared.settings().service,
+                                                    shared.settings().userChoice)),
       swipes(std::make_unique<SwipeGestures>(view.get())),
       process(std::make_unique<WebProcess>(
           view.get(), WebProcess::Handlers{[this] { responsivenessChanged(); },
@@ -109,18 +109,6 @@ void WebKitEmbeddedView::connectPolicySignals() {
         "decide-policy",
         +[](WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
             Self self) -> gboolean { return self->policy->decide(view, decision, type); });
-    connect(
-        "permission-request",
-        +[](WebKitWebView*, WebKitPermissionRequest* request, Self self) -> gboolean {
-            self->permissionRequested(request);
-            return TRUE;
-        });
-    connect(
-        "query-permission-state",
-        +[](WebKitWebView*, WebKitPermissionStateQuery* query, Self self) -> gboolean {
-            webkit_permission_state_query_finish(query, self->mediaPermission->stateFor(query));
-            return TRUE;
-        });
 }
 
 void WebKitEmbeddedView::load(UrlRequest request) {
@@ -134,7 +122,7 @@ void WebKitEmbeddedView::load(UrlRequest request) {
 }
 
 void WebKitEmbeddedView::startLoad(const UrlRequest& request) {
-    mediaPermission->navigationStarted();
+    permissions->navigationStarted();
     // The end of the former document says nothing about this one.
     documentConnection = {};
     pageLoad->requestPage(request);
@@ -210,7 +198,7 @@ void WebKitEmbeddedView::tellPageObserver() const {
 
 void WebKitEmbeddedView::setUserInterfaceDelegate(
     std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
-    mediaPermission->setDelegate(std::move(newDelegate));
+    permissions->setDelegate(std::move(newDelegate));
 }
 
 void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
@@ -218,7 +206,7 @@ void WebKitEmbeddedView::setAllowsBackForwardNavigationGestures(bool allowed) {
 }
 
 void WebKitEmbeddedView::setAllowsMediaCapture(bool allowed) {
-    mediaPermission->setAllowed(allowed);
+    permissions->setAllowed(allowed);
 }
 
 void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
@@ -227,7 +215,7 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         pageLoad->started();
         if (pageLoad->isPage())
             retries.loadStarted();
-        mediaPermission->navigationStarted();
+        permissions->navigationStarted();
         break;
     case WEBKIT_LOAD_REDIRECTED:
         pageLoad->progressed();
@@ -236,15 +224,15 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         pageLoad->committed();
         if (pageLoad->isPage())
             retries.pageArrived();
-        mediaPermission->pageChanged(pageLoad->isPage() ? webkit_web_view_get_uri(view.get())
-                                                        : nullptr);
+        permissions->pageChanged(pageLoad->isPage() ? webkit_web_view_get_uri(view.get())
+                                                    : nullptr);
         shown.committed(webkit_web_view_get_uri(view.get()));
         downloads.pageChanged();
         tellPageObserver();
         process->pageChanged();
         break;
     case WEBKIT_LOAD_FINISHED: {
-        mediaPermission->navigationEnded();
+        permissions->navigationEnded();
         const bool arrived = pageLoad->finished();
         if (arrived)
             g_debug("page: %s has arrived",
@@ -346,7 +334,7 @@ bool WebKitEmbeddedView::certificateRefused(const char* address, GTlsCertificate
 
 void WebKitEmbeddedView::processEnded() {
     pageLoad->processEnded();
-    mediaPermission->pageChanged(nullptr);
+    permissions->pageChanged(nullptr);
 }
 
 void WebKitEmbeddedView::processFailed(WebKitWebProcessTerminationReason reason) {
@@ -362,13 +350,6 @@ void WebKitEmbeddedView::processFailed(WebKitWebProcessTerminationReason reason)
                       ? translated("It needed more memory than this computer can give it.")
                       : translated("Something went wrong while it was shown."),
                   address ? address : "");
-}
-
-void WebKitEmbeddedView::permissionRequested(WebKitPermissionRequest* request) {
-    if (WEBKIT_IS_USER_MEDIA_PERMISSION_REQUEST(request))
-        mediaPermission->decide(WEBKIT_USER_MEDIA_PERMISSION_REQUEST(request));
-    else
-        webkit_permission_request_deny(request);
 }
 
 void WebKitEmbeddedView::showErrorPage(const std::string& heading, const std::string& sentence,

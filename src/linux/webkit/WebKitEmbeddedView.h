@@ -20,9 +20,9 @@
 
 namespace kelo::webkit {
 
-class MediaPermission;
 class NavigationPolicy;
 class PageLoad;
+class PagePermissions;
 class ScriptDialogs;
 class ScriptMessages;
 class SwipeGestures;
@@ -30,8 +30,7 @@ class WebKitCookieStore;
 class WebProcess;
 
 /// EmbeddedWebView on WebKitGTK. A load that fails or times out shows an error page with the
-/// reason. The page may use the microphone and the camera if the user interface delegate grants it;
-/// every other permission is denied.
+/// reason. PagePermissions says what the page may do besides.
 class WebKitEmbeddedView final : public platform::EmbeddedWebView, public window::HostedPage {
 public:
     /// The least size that the widget asks for is the frame's, unless the frame is empty. The view
@@ -83,7 +82,6 @@ private:
     void pageStayed();
     void processEnded();
     void processFailed(WebKitWebProcessTerminationReason reason);
-    void permissionRequested(WebKitPermissionRequest* request);
     void showErrorPage(const std::string& heading, const std::string& sentence,
                        const std::string& address,
                        std::optional<std::chrono::seconds> retryIn = std::nullopt);
@@ -103,7 +101,7 @@ private:
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;
     std::unique_ptr<ScriptMessages> messages;
-    std::unique_ptr<MediaPermission> mediaPermission;
+    std::unique_ptr<PagePermissions> permissions;
     std::unique_ptr<SwipeGestures> swipes;
     std::unique_ptr<WebProcess> process;
     std::unique_ptr<ScriptDialogs> scriptDialogs;

@@ -5,6 +5,7 @@
 #include "linux/http/TrustedAuthority.h"
 #include "linux/webkit/dialogs/ScriptDialogs.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
+#include "linux/webkit/permission/UserConsent.h"
 #include "platform/EmbeddedWebView.h"
 
 #include <webkit/webkit.h>
@@ -27,8 +28,11 @@ struct WebKitSessionSettings {
     /// Of all views. Null: the session makes one.
     std::shared_ptr<downloads::DownloadList> downloads = nullptr;
     DialogServices dialogs = {};
+    /// How the user decides what the service's page may use, in views without a delegate.
+    UserChoice userChoice = {};
 
     /// $XDG_DATA_HOME/kelo/web, $XDG_CACHE_HOME/kelo, the compiled-in authority and service.
+    /// The user is not asked for anything.
     static WebKitSessionSettings standard();
 };
 

@@ -7,6 +7,8 @@
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
 #include "linux/gtk/dialogs/GtkPageDialogs.h"
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
+#include "linux/gtk/dialogs/GtkPermissionAsker.h"
+#include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/startup/UserLocale.h"
 
@@ -22,9 +24,12 @@ constexpr const char* longError =
     "Could not connect to assistant.example.com: Connection refused. Check your connection and "
     "try again.";
 
-gtk::HostSettings withDownloads(const std::shared_ptr<downloads::DownloadList>& list) {
+gtk::HostSettings settingsWith(const std::shared_ptr<downloads::DownloadList>& list) {
     gtk::HostSettings settings;
     settings.downloads = list;
+    settings.permissions = std::make_shared<permission::Permissions>("", "");
+    settings.permissions->remember(permission::Capability::microphone,
+                                   permission::Answer::allowed);
     return settings;
 }
 
@@ -92,12 +97,17 @@ private:
         program.host.openSettings();
         keep(program.window(translated("Settings")), "settings");
         program.window(translated("Settings")).close();
+        program.host.openPermissions();
+        keep(program.window(translated("Permissions")), "permissions");
+        program.window(translated("Permissions")).close();
         program.host.openShortcuts();
         keep(program.window(translated("Keyboard Shortcuts")), "shortcuts");
         program.window(translated("Keyboard Shortcuts")).close();
         program.host.openAbout();
         keep(program.window(translated("About Kelo")), "about");
         program.window(translated("About Kelo")).close();
+        question({permission::Capability::microphone}, "microphone");
+        question({permission::Capability::microphone, permission::Capability::camera}, "devices");
         alerts();
         pageDialogs();
         sheets();
@@ -130,6 +140,16 @@ private:
         program.untilDrawn(window);
         program.untilDrawn(window);
         program.screen.save(prefix + name + ".png");
+    }
+
+    void question(std::vector<permission::Capability> capabilities, const std::string& name) {
+        gtk::GtkPermissionAsker asker;
+        const auto asked =
+            asker.ask(GTK_WIDGET(program.app.page->area.gobj()),
+                      {"assistant.example.com", std::move(capabilities)}, [](auto) {});
+        auto* const dialog = gtk::ModalWindow::topmost();
+        program.untilActive(*dialog);
+        keep(*dialog, name);
     }
 
     static Task<void> showAlert(gtk::GtkAlertPresenter& presenter, platform::Alert alert) {
@@ -304,7 +324,7 @@ private:
     const std::shared_ptr<downloads::DownloadList> list = std::make_shared<downloads::DownloadList>(
         downloads::FileHandling{[](const std::string&) { return true; }, [](const std::string&) {},
                                 [](const std::string&) {}});
-    RunningProgram program{withDownloads(list)};
+    RunningProgram program{settingsWith(list)};
     gtk::GtkAlertPresenter presenter{program.host};
 };
 

@@ -14,6 +14,10 @@ void MediaFixture::makeMediaView(const Url& service) {
     makeView(service);
     view->setUserInterfaceDelegate(decider);
     useMakeBelieveDevices();
+    showInWindow();
+}
+
+void MediaFixture::showInWindow() {
     gtk_window_set_child(GTK_WINDOW(window), GTK_WIDGET(native()));
     gtk_window_present(GTK_WINDOW(window));
 }

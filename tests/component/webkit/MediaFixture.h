@@ -38,6 +38,10 @@ protected:
 
     /// A view with the decider as its delegate.
     void makeMediaView(const Url& service);
+    /// Puts the view into the window.
+    void showInWindow();
+    /// What a main window does with its view when it is closed.
+    void leaveWindow() { gtk_window_set_child(GTK_WINDOW(window), nullptr); }
     void useMakeBelieveDevices();
 
     /// What becomes of an expression for a promise of a stream: "captured", or the error's name.

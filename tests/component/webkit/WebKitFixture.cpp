@@ -63,7 +63,9 @@ webkit::WebKitSession& WebKitFixture::sessionFor(const Url& service) {
                                                            std::vector{service.host()}),
             service,
             [this](const std::string& address) { openedOutside.push_back(address); },
-            {dialogs, pages}};
+            nullptr,
+            {dialogs, pages},
+            userChoice};
         session = std::make_unique<webkit::WebKitSession>(std::move(settings));
     }
     return *session;

@@ -75,6 +75,8 @@ protected:
     std::vector<std::string> openedOutside;
     std::shared_ptr<FakePageDialogs> dialogs = std::make_shared<FakePageDialogs>();
     std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();
+    /// How the user of the next session decides; nobody is asked, unless it is set.
+    webkit::UserChoice userChoice;
     std::unique_ptr<webkit::WebKitSession> session;
     std::shared_ptr<platform::EmbeddedWebView> view;
     std::shared_ptr<NavigationRecorder> recorder = std::make_shared<NavigationRecorder>();

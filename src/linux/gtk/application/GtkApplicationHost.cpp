@@ -15,6 +15,7 @@
 #include "linux/gtk/main/AboutWindow.h"
 #include "linux/gtk/main/MainWindow.h"
 #include "linux/gtk/main/MenuBar.h"
+#include "linux/gtk/main/PermissionsWindow.h"
 #include "linux/gtk/main/SettingsWindow.h"
 #include "linux/gtk/main/ShortcutsWindow.h"
 #include "linux/gtk/main/ViewCommands.h"
@@ -64,7 +65,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     registerApplication(*application);
     const int status = application->run();
     mainWindows.clear();
-    for (auto* slot : {&settings, &about, &shortcuts})
+    for (auto* slot : {&settings, &about, &shortcuts, &permissions})
         slot->reset();
     menuBarExtras.reset();
     menuBar.reset();
@@ -155,6 +156,8 @@ ProgramMenuActions GtkApplicationHost::programMenuActions() {
     ProgramMenuActions chosen;
     if (settingsScene())
         chosen.openSettings = [this] { openSettings(); };
+    if (given.permissions)
+        chosen.openPermissions = [this] { openPermissions(); };
     chosen.openShortcuts = [this] { openShortcuts(); };
     chosen.openAbout = [this] { openAbout(); };
     chosen.loginStart = given.loginStart;
@@ -273,6 +276,12 @@ void GtkApplicationHost::openSettings() {
 void GtkApplicationHost::openAbout() {
     openSole(about, [this](std::function<void()> closed) {
         return std::make_shared<AboutWindow>(given.version(), std::move(closed));
+    });
+}
+
+void GtkApplicationHost::openPermissions() {
+    openSole(permissions, [this](std::function<void()> closed) {
+        return std::make_shared<PermissionsWindow>(given.permissions, std::move(closed));
     });
 }
 

@@ -4,6 +4,7 @@
 #include "linux/gtk/application/Departure.h"
 #include "linux/gtk/application/ProgramMenu.h"
 #include "linux/gtk/kit/StateFile.h"
+#include "linux/permission/Permissions.h"
 #include "linux/window/OpenPages.h"
 #include "platform/Application.h"
 
@@ -42,6 +43,8 @@ struct HostSettings {
     std::vector<Departure::Question> beforeQuit = {};
     /// Asked after that; null if there are none.
     std::shared_ptr<window::OpenPages> pages = nullptr;
+    /// What the user has allowed the pages; null to show no window about it.
+    std::shared_ptr<permission::Permissions> permissions = nullptr;
 };
 
 /// The program as a desktop application with one process for each user: a second process activates
@@ -72,6 +75,7 @@ public:
     void openSettings();
     void openAbout();
     void openShortcuts();
+    void openPermissions();
 
 private:
     /// Shows the window of which there is one at a time; makes it if it is not open.
@@ -124,6 +128,7 @@ private:
     std::shared_ptr<ProgramWindow> settings;
     std::shared_ptr<ProgramWindow> about;
     std::shared_ptr<ProgramWindow> shortcuts;
+    std::shared_ptr<ProgramWindow> permissions;
 };
 
 } // namespace kelo::gtk

@@ -29,6 +29,8 @@ platform::Menu entries(const ProgramMenuActions& actions) {
     platform::Menu menu;
     if (actions.openSettings)
         menu.emplace_back(item("Settings…", actions.openSettings, ","));
+    if (actions.openPermissions)
+        menu.emplace_back(item(translated("Permissions…").c_str(), actions.openPermissions));
     if (actions.loginStart)
         menu.emplace_back(loginItem(*actions.loginStart));
     menu.emplace_back(std::in_place_type<platform::MenuSeparator>);

@@ -21,6 +21,8 @@ struct LoginStart {
 struct ProgramMenuActions {
     /// Empty if the program has no settings.
     std::function<void()> openSettings;
+    /// Empty if pages can be allowed nothing.
+    std::function<void()> openPermissions;
     std::function<void()> openShortcuts;
     std::function<void()> openAbout;
     std::optional<LoginStart> loginStart;

@@ -2,7 +2,6 @@
 
 #include <gdk/gdkkeysyms.h>
 #include <gdk/x11/gdkx.h>
-#include <gtkmm/button.h>
 #include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/gestureclick.h>
 
@@ -74,7 +73,7 @@ void ConfirmationGuard::watchClicks() {
     controller->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     controller->signal_pressed().connect(
         [this, gesture = controller.get()](int, double x, double y) {
-            if (now() < shown + deadTime && isOnDefaultButton(x, y))
+            if (now() < shown + deadTime && isOnGuardedButton(x, y))
                 gesture->set_state(Gtk::EventSequenceState::CLAIMED);
         });
     window.add_controller(controller);
@@ -105,10 +104,12 @@ bool ConfirmationGuard::takesKey(guint key, guint code) {
     return repeats || tooEarly || (isEnter(key) && refusesEnter());
 }
 
-bool ConfirmationGuard::isOnDefaultButton(double x, double y) {
-    auto* button = window.get_default_widget();
+bool ConfirmationGuard::isOnGuardedButton(double x, double y) {
     auto* target = window.pick(x, y);
-    return button && target && (target == button || target->is_ancestor(*button));
+    const auto isHit = [target](Gtk::Widget* button) {
+        return button && target && (target == button || target->is_ancestor(*button));
+    };
+    return isHit(window.get_default_widget()) || std::ranges::any_of(guarded, isHit);
 }
 
 } // namespace kelo::gtk

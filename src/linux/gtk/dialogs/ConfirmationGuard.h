@@ -2,11 +2,13 @@
 
 #include "base/Clock.h"
 
+#include <gtkmm/button.h>
 #include <gtkmm/window.h>
 
 #include <chrono>
 #include <functional>
 #include <set>
+#include <vector>
 
 namespace kelo::gtk {
 
@@ -14,8 +16,10 @@ namespace kelo::gtk {
 ///
 /// - A held key counts once, however often it repeats. This holds for Enter, Escape, and the space
 ///   bar on a button, also if the key went down in another window.
-/// - For a short time after the dialog has appeared, these keys and clicks on the default button do
-///   nothing, because they were meant for whatever was there before. Escape works at once.
+/// - For a short time after the dialog has appeared, these keys and clicks on the default button,
+/// and
+///   on those that are named, do nothing, because they were meant for whatever was there before.
+///   Escape works at once.
 ///
 /// Assistive technology that presses a button by name is not held back.
 class ConfirmationGuard {
@@ -31,6 +35,9 @@ public:
     ConfirmationGuard& operator=(const ConfirmationGuard&) = delete;
     ~ConfirmationGuard();
 
+    /// Holds clicks on this button back, too. It must be in the window.
+    void guard(Gtk::Button& button) { guarded.push_back(&button); }
+
     /// The dead time begins anew: the window asks something else now.
     void restart();
 
@@ -41,11 +48,12 @@ private:
     void watchClicks();
     void activityChanged();
     bool takesKey(guint key, guint code);
-    bool isOnDefaultButton(double x, double y);
+    bool isOnGuardedButton(double x, double y);
 
     Gtk::Window& window;
     SteadyNow now;
     std::function<bool()> refusesEnter;
+    std::vector<Gtk::Widget*> guarded;
     std::set<guint> held; ///< hardware codes
     Time shown;           ///< when the window appeared with what it asks
     Time active;          ///< when it got the keyboard

@@ -1,4 +1,4 @@
-#include "linux/webkit/MediaPermission.h"
+#include "linux/webkit/permission/MediaPermission.h"
 
 #include "linux/webkit/content/CrossOriginFrames.h"
 #include "linux/webkit/content/EngineHandles.h"
@@ -9,6 +9,8 @@
 
 namespace kelo::webkit {
 
+using permission::Answer;
+using permission::Capability;
 using platform::MediaCaptureType;
 using platform::PermissionDecision;
 using platform::SecurityOrigin;
@@ -36,10 +38,23 @@ std::optional<MediaCaptureType> typeOf(WebKitUserMediaPermissionRequest* request
     return microphone ? MediaCaptureType::microphone : MediaCaptureType::camera;
 }
 
+std::vector<Capability> devicesOf(MediaCaptureType type) {
+    switch (type) {
+    case MediaCaptureType::microphone:
+        return {Capability::microphone};
+    case MediaCaptureType::camera:
+        return {Capability::camera};
+    case MediaCaptureType::cameraAndMicrophone:
+        return {Capability::microphone, Capability::camera};
+    }
+    return {};
+}
+
 } // namespace
 
 struct MediaPermission::Page {
     std::optional<SecurityOrigin> origin;
+    bool isServices = false;
     bool isBeingLeft = false;
 };
 
@@ -75,8 +90,13 @@ private:
 };
 
 MediaPermission::MediaPermission(platform::EmbeddedWebView& view, WebKitWebView* native,
-                                 const Url& service)
-    : view(view), native(native), service(service), page(std::make_shared<Page>()) {
+                                 const Url& service, UserConsent& consent, const UserChoice& choice)
+    : view(view),
+      native(native),
+      service(service),
+      consent(consent),
+      userDecides(static_cast<bool>(choice)),
+      page(std::make_shared<Page>()) {
     const auto changed =
         +[](WebKitWebView*, GParamSpec*, MediaPermission* self) { self->stopUnlessAllowed(); };
     // A capture that was granted before may begin only after it was forbidden.
@@ -84,12 +104,27 @@ MediaPermission::MediaPermission(platform::EmbeddedWebView& view, WebKitWebView*
         gobject::connectSignal(native, "notify::microphone-capture-state", changed, this);
     cameraConnection =
         gobject::connectSignal(native, "notify::camera-capture-state", changed, this);
+    if (!userDecides)
+        return;
+    unmapConnection = gobject::connectSignal(
+        native, "unmap", +[](GtkWidget*, MediaPermission* self) { self->stopUnlessAllowed(); },
+        this);
+    // Observers are told before the change.
+    choiceObservation = choice.remembered->observe(
+        [this] { choiceChanged.after({}, [this] { stopUnlessAllowed(); }); });
+    offerDevices();
 }
 
 void MediaPermission::setDelegate(std::weak_ptr<platform::UserInterfaceDelegate> newDelegate) {
     delegate = std::move(newDelegate);
-    if (!std::exchange(crossOriginFramesDenied, true))
-        denyMediaToCrossOriginFrames(webkit_web_view_get_user_content_manager(native), service);
+    userDecides = false;
+    offerDevices();
+}
+
+void MediaPermission::offerDevices() {
+    if (std::exchange(devicesOffered, true))
+        return;
+    denyMediaToCrossOriginFrames(webkit_web_view_get_user_content_manager(native), service);
     webkit_settings_set_enable_media_stream(webkit_web_view_get_settings(native), TRUE);
 }
 
@@ -101,12 +136,30 @@ void MediaPermission::setAllowed(bool allowed) {
     stopUnlessAllowed();
 }
 
-// Stopped and not muted: a muted capture would go on as soon as somebody lifts the mute.
-void MediaPermission::stopUnlessAllowed() const {
-    if (isAllowed)
+// Nobody can see a closed window listen, so what runs in it ends.
+bool MediaPermission::mayCapture(Capability device) const {
+    if (!userDecides)
+        return isAllowed;
+    return isAllowed && consent.isAllowed(device) && gtk_widget_get_mapped(GTK_WIDGET(native));
+}
+
+// Stopped and not muted: a muted capture would go on as soon as somebody lifts the mute. The engine
+// answers each stop with a signal that nothing has changed yet, so the next one waits a little.
+void MediaPermission::stopUnlessAllowed() {
+    constexpr std::chrono::milliseconds pause{50};
+    const bool stopsMicrophone =
+        webkit_web_view_get_microphone_capture_state(native) != WEBKIT_MEDIA_CAPTURE_STATE_NONE &&
+        !mayCapture(Capability::microphone);
+    const bool stopsCamera =
+        webkit_web_view_get_camera_capture_state(native) != WEBKIT_MEDIA_CAPTURE_STATE_NONE &&
+        !mayCapture(Capability::camera);
+    if (stopAgain.isWaiting() || !(stopsMicrophone || stopsCamera))
         return;
-    webkit_web_view_set_microphone_capture_state(native, WEBKIT_MEDIA_CAPTURE_STATE_NONE);
-    webkit_web_view_set_camera_capture_state(native, WEBKIT_MEDIA_CAPTURE_STATE_NONE);
+    stopAgain.after(pause, [this] { stopUnlessAllowed(); });
+    if (stopsMicrophone)
+        webkit_web_view_set_microphone_capture_state(native, WEBKIT_MEDIA_CAPTURE_STATE_NONE);
+    if (stopsCamera)
+        webkit_web_view_set_camera_capture_state(native, WEBKIT_MEDIA_CAPTURE_STATE_NONE);
 }
 
 void MediaPermission::navigationStarted() {
@@ -118,24 +171,49 @@ void MediaPermission::navigationEnded() {
 }
 
 void MediaPermission::pageChanged(const char* address) {
-    page = std::make_shared<Page>(Page{originOf(address)});
+    const auto url = address ? Url::parse(address) : std::nullopt;
+    page = std::make_shared<Page>(Page{originOf(address), url && url->hasSameOrigin(service)});
+}
+
+bool MediaPermission::isServicesPage() const {
+    return page->isServices && !page->isBeingLeft;
 }
 
 void MediaPermission::decide(WebKitUserMediaPermissionRequest* request) {
     const auto decision = std::make_shared<Decision>(request, page);
     const auto type = typeOf(request);
-    const auto decider = delegate.lock();
-    if (!isAllowed || !type || !decider || !page->origin || page->isBeingLeft)
+    if (!isAllowed || !type || !page->origin || page->isBeingLeft)
         return;
-    const SecurityOrigin origin = *page->origin;
-    decider->requestMediaCapturePermission(
-        view, origin, *type, [decision](PermissionDecision answer) { decision->take(answer); });
+    if (const auto decider = delegate.lock()) {
+        askDelegate(*decider, *type, decision);
+        return;
+    }
+    if (userDecides && isServicesPage())
+        consent.request(devicesOf(*type), [decision](bool isGranted) {
+            decision->take(isGranted ? PermissionDecision::grant : PermissionDecision::deny);
+        });
 }
 
-WebKitPermissionState MediaPermission::stateFor(WebKitPermissionStateQuery* query) const {
-    const std::string_view name = webkit_permission_state_query_get_name(query);
-    const bool askable = (name == "microphone" || name == "camera") && !delegate.expired();
-    return askable ? WEBKIT_PERMISSION_STATE_PROMPT : WEBKIT_PERMISSION_STATE_DENIED;
+void MediaPermission::askDelegate(platform::UserInterfaceDelegate& decider, MediaCaptureType type,
+                                  std::shared_ptr<Decision> decision) {
+    const SecurityOrigin origin = *page->origin;
+    decider.requestMediaCapturePermission(
+        view, origin, type,
+        [decision = std::move(decision)](PermissionDecision answer) { decision->take(answer); });
+}
+
+WebKitPermissionState MediaPermission::stateOf(Capability device) const {
+    if (!userDecides)
+        return delegate.expired() ? WEBKIT_PERMISSION_STATE_DENIED : WEBKIT_PERMISSION_STATE_PROMPT;
+    switch (isServicesPage() ? consent.answer(device) : Answer::denied) {
+    case Answer::ask:
+        return WEBKIT_PERMISSION_STATE_PROMPT;
+    case Answer::allowed:
+        return WEBKIT_PERMISSION_STATE_GRANTED;
+    case Answer::denied:
+        break;
+    }
+    return WEBKIT_PERMISSION_STATE_DENIED;
 }
 
 } // namespace kelo::webkit

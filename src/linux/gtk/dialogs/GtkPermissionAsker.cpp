@@ -1,0 +1,137 @@
+#include "linux/gtk/dialogs/GtkPermissionAsker.h"
+
+#include "base/ShownText.h"
+#include "base/Translation.h"
+#include "base/async/MainLoop.h"
+#include "linux/gtk/dialogs/ConfirmationGuard.h"
+#include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/BalancedText.h"
+#include "linux/gtk/kit/ModalWindow.h"
+
+#include <gtkmm/button.h>
+#include <gtkmm/label.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kelo::gtk {
+
+namespace {
+
+using permission::Capability;
+using Answered = permission::PermissionAsker::Answered;
+
+constexpr int textWidthInCharacters = 44;
+
+std::string headingOf(const permission::Question& question) {
+    const auto asksFor = [&question](Capability capability) {
+        return std::ranges::find(question.capabilities, capability) != question.capabilities.end();
+    };
+    const std::string host = shownName(question.host);
+    if (asksFor(Capability::notifications))
+        return translated("Allow %1 to show notifications?", {host});
+    if (!asksFor(Capability::camera))
+        return translated("Allow %1 to use the microphone?", {host});
+    if (!asksFor(Capability::microphone))
+        return translated("Allow %1 to use the camera?", {host});
+    return translated("Allow %1 to use the microphone and the camera?", {host});
+}
+
+Gtk::Label* makeText(const std::string& text, const char* cssClass) {
+    auto* label = Gtk::make_managed<Gtk::Label>(text);
+    label->set_wrap();
+    label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    label->set_justify(Gtk::Justification::CENTER);
+    label->add_css_class(cssClass);
+    balanceLines(*label, textWidthInCharacters);
+    return label;
+}
+
+class PermissionDialog final : public ModalWindow {
+public:
+    PermissionDialog(const permission::Question& question, Gtk::Window* parent, SteadyNow now,
+                     Answered answered)
+        : ModalWindow(parent),
+          answered(std::move(answered)),
+          guard(*this, std::move(now), [] { return false; }) {
+        const std::string heading = headingOf(question);
+        const std::string sentence =
+            translated("You can change this at any time under “Permissions” in Kelo’s menu.");
+        set_title(heading);
+        setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG);
+        gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
+                                       sentence.c_str(), -1);
+        auto* text = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 12);
+        text->append(*makeText(heading, "kelo-title"));
+        text->append(*makeText(sentence, "kelo-body"));
+        column.append(*text);
+        auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+        row->set_homogeneous();
+        row->add_css_class("kelo-buttons");
+        addButton(*row, translated("Don’t Allow"), false);
+        addButton(*row, translated("Allow"), true);
+        column.append(*row);
+        // Somebody who types into the page must not answer by the next space.
+        text->set_focusable();
+        setAccessibleName(*text, heading);
+        text->grab_focus();
+    }
+
+    void withdraw() {
+        answered = nullptr;
+        set_visible(false);
+    }
+
+protected:
+    void dismissed() override { answer(std::nullopt); }
+
+private:
+    void addButton(Gtk::Box& row, const std::string& label, bool allows) {
+        auto* button = Gtk::make_managed<Gtk::Button>(label);
+        button->set_hexpand();
+        button->signal_clicked().connect([this, allows] { answer(allows); });
+        row.append(*button);
+        guard.guard(*button);
+    }
+
+    void answer(std::optional<bool> isAllowed) {
+        const auto tell = std::exchange(answered, nullptr);
+        if (!tell)
+            return;
+        set_visible(false);
+        tell(isAllowed);
+    }
+
+    Answered answered;
+    ConfirmationGuard guard;
+};
+
+/// The dialog is destroyed later, because it may be inside of its own event handling.
+class OpenDialog final : public permission::PermissionAsker::Asked {
+public:
+    explicit OpenDialog(std::shared_ptr<PermissionDialog> dialog) : dialog(std::move(dialog)) {}
+    OpenDialog(const OpenDialog&) = delete;
+    OpenDialog& operator=(const OpenDialog&) = delete;
+    ~OpenDialog() override {
+        dialog->withdraw();
+        MainLoop::main().post([last = std::move(dialog)]() mutable { last.reset(); });
+    }
+
+private:
+    std::shared_ptr<PermissionDialog> dialog;
+};
+
+} // namespace
+
+GtkPermissionAsker::GtkPermissionAsker(SteadyNow now) : now(std::move(now)) {}
+
+std::unique_ptr<permission::PermissionAsker::Asked>
+GtkPermissionAsker::ask(GtkWidget* page, const permission::Question& question, Answered answered) {
+    GtkRoot* const root = gtk_widget_get_root(page);
+    auto* parent = GTK_IS_WINDOW(root) ? Glib::wrap(GTK_WINDOW(root)) : nullptr;
+    auto dialog = std::make_shared<PermissionDialog>(question, parent, now, std::move(answered));
+    dialog->present();
+    return std::make_unique<OpenDialog>(std::move(dialog));
+}
+
+} // namespace kelo::gtk

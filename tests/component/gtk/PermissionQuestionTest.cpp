@@ -1,0 +1,173 @@
+#include "component/gtk/RunningProgram.h"
+#include "linux/gtk/dialogs/ConfirmationGuard.h"
+#include "linux/gtk/dialogs/GtkPermissionAsker.h"
+#include "linux/gtk/kit/ModalWindow.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <gtest/gtest.h>
+#include <gtkmm/eventcontrollerkey.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::tests {
+namespace {
+
+using permission::Capability;
+
+class PermissionQuestion : public testing::Test {
+protected:
+    void ask(std::vector<Capability> capabilities = {Capability::microphone},
+             const std::string& host = "assistant.example.com") {
+        asked = asker.ask(GTK_WIDGET(program.app.page->area.gobj()),
+                          {host, std::move(capabilities)}, [this](std::optional<bool> isAllowed) {
+                              asked.reset();
+                              answers.push_back(!isAllowed ? "none" : *isAllowed ? "yes" : "no");
+                          });
+        auto keys = Gtk::EventControllerKey::create();
+        keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+        keys->signal_key_released().connect(
+            [this](guint, guint, Gdk::ModifierType) { ++released; });
+        dialog().add_controller(keys);
+        program.untilActive(dialog());
+    }
+    static Gtk::Window& dialog() { return *gtk::ModalWindow::topmost(); }
+    void passDeadTime() { time += gtk::ConfirmationGuard::deadTime; }
+    void press(unsigned key) {
+        const int before = released;
+        program.screen.press(key);
+        RunningProgram::until("the key has come", [&] { return released > before; });
+        RunningProgram::settle();
+    }
+    void click(const std::string& button) {
+        program.click(*buttonNamed(dialog(), button));
+        RunningProgram::settle();
+    }
+    void untilAnswered(const std::string& answer) {
+        RunningProgram::until("the user was heard", [&] { return !answers.empty(); });
+        EXPECT_EQ(answers, std::vector{answer});
+        EXPECT_EQ(gtk::ModalWindow::topmost(), nullptr);
+    }
+    void expectOpen() const {
+        EXPECT_TRUE(answers.empty());
+        EXPECT_NE(gtk::ModalWindow::topmost(), nullptr);
+        EXPECT_TRUE(asked);
+    }
+
+    RunningProgram program;
+    std::chrono::steady_clock::time_point time{std::chrono::hours(1)};
+    gtk::GtkPermissionAsker asker{[this] { return time; }};
+    std::unique_ptr<permission::PermissionAsker::Asked> asked;
+    std::vector<std::string> answers;
+    int released = 0;
+};
+
+TEST_F(PermissionQuestion, SaysWhoAsksForWhat) {
+    program.run([&] {
+        const std::vector<std::pair<std::vector<Capability>, std::string>> all{
+            {{Capability::microphone}, "Allow a.example to use the microphone?"},
+            {{Capability::camera}, "Allow a.example to use the camera?"},
+            {{Capability::microphone, Capability::camera},
+             "Allow a.example to use the microphone and the camera?"},
+            {{Capability::notifications}, "Allow a.example to show notifications?"}};
+        for (const auto& [capabilities, heading] : all) {
+            ask(capabilities, "a.example");
+            EXPECT_EQ(textsIn(dialog()).front(), heading);
+            EXPECT_EQ(dialog().get_transient_for(), &program.window("Kelo"));
+            asked.reset();
+            RunningProgram::settle();
+        }
+    });
+}
+
+TEST_F(PermissionQuestion, AllowIsYes) {
+    program.run([&] {
+        ask();
+        passDeadTime();
+        click("Allow");
+        untilAnswered("yes");
+    });
+}
+
+TEST_F(PermissionQuestion, DontAllowIsNo) {
+    program.run([&] {
+        ask();
+        passDeadTime();
+        click("Don’t Allow");
+        untilAnswered("no");
+    });
+}
+
+TEST_F(PermissionQuestion, EscapeIsNoAnswer) {
+    program.run([&] {
+        ask();
+        program.screen.press(GDK_KEY_Escape);
+        untilAnswered("none");
+    });
+}
+
+TEST_F(PermissionQuestion, ClosingIsNoAnswer) {
+    program.run([&] {
+        ask();
+        dialog().close();
+        untilAnswered("none");
+    });
+}
+
+TEST_F(PermissionQuestion, ClickForWhatWasThereBeforeAnswersNothing) {
+    program.run([&] {
+        for (const char* const button : {"Allow", "Don’t Allow"}) {
+            ask();
+            click(button);
+            expectOpen();
+            asked.reset();
+            RunningProgram::settle();
+        }
+    });
+}
+
+TEST_F(PermissionQuestion, SomebodyWhoTypesIntoThePageAnswersNothing) {
+    program.run([&] {
+        ask();
+        passDeadTime();
+        for (const unsigned key : {GDK_KEY_a, GDK_KEY_space, GDK_KEY_Return, GDK_KEY_KP_Enter})
+            press(key);
+        expectOpen();
+    });
+}
+
+TEST_F(PermissionQuestion, KeyboardReachesBothButtons) {
+    program.run([&] {
+        ask();
+        passDeadTime();
+        press(GDK_KEY_Tab);
+        EXPECT_TRUE(buttonNamed(dialog(), "Don’t Allow")->has_focus());
+        press(GDK_KEY_Tab);
+        EXPECT_TRUE(buttonNamed(dialog(), "Allow")->has_focus());
+        program.screen.press(GDK_KEY_Return);
+        untilAnswered("yes");
+    });
+}
+
+TEST_F(PermissionQuestion, GoesWhenItIsTakenAway) {
+    program.run([&] {
+        ask();
+        asked.reset();
+        EXPECT_EQ(gtk::ModalWindow::topmost(), nullptr);
+        RunningProgram::settle();
+        EXPECT_TRUE(answers.empty());
+    });
+}
+
+TEST_F(PermissionQuestion, HostCannotChangeTheSentence) {
+    program.run([&] {
+        ask({Capability::camera}, "a\u202Eb<b>\nc");
+        EXPECT_EQ(textsIn(dialog()).front(), "Allow ab<b> c to use the camera?");
+    });
+}
+
+} // namespace
+} // namespace kelo::tests

@@ -1,0 +1,105 @@
+#include "e2e/ProgramFixture.h"
+#include "testing/rig/StandInService.h"
+
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace kelo::e2e {
+
+namespace {
+
+/// Tells by its heading what the microphone does.
+constexpr const char* listeningPage = R"(<!doctype html><title>Listening</title>
+<h1>Quiet</h1><button>Listen</button>
+<script>
+const heading = document.querySelector('h1');
+document.querySelector('button').onclick = async () => {
+  try {
+    const stream = await navigator.mediaDevices.getUserMedia({audio: true});
+    heading.textContent = 'Listening';
+    stream.getTracks()[0].onended = () => heading.textContent = 'Ended';
+  } catch (error) {
+    heading.textContent = error.name;
+  }
+};
+</script>)";
+
+constexpr const char* question = "Allow localhost to use the microphone?";
+
+class PagePermission : public ProgramFixture {
+protected:
+    void SetUp() override {
+        if (!std::getenv("PULSE_SERVER"))
+            GTEST_SKIP() << "There is no microphone here: run it inside "
+                            "tests/component/with-microphone.";
+        // The demo service makes the certificate that its stand-in uses as well.
+        startService();
+        service.reset();
+        pages = std::make_unique<rig::StandInService>(
+            authority, std::map<std::string, std::string>{{"/", listeningPage}});
+        startKelo();
+    }
+    void TearDown() override {
+        ProgramFixture::TearDown();
+        pages.reset();
+    }
+
+    void listen() const { user.click(rig::pageButton("Listen")); }
+    void awaitHeading(const std::string& text) const { user.awaitDrawn(rig::pageHeading(text)); }
+    void startAgain() {
+        endKelo();
+        startKelo();
+        awaitHeading("Quiet");
+    }
+    bool questionIsOpen() const { return desktop().tree.find(rig::label(question)).has_value(); }
+
+    std::unique_ptr<rig::StandInService> pages;
+};
+
+} // namespace
+
+TEST_F(PagePermission, MicrophoneIsAskedForOnceAndTakenBack) {
+    listen();
+    user.awaitDrawn(rig::label(question));
+    picture("question");
+    user.click(rig::button("Allow"));
+    awaitHeading("Listening");
+    picture("listening");
+
+    startAgain();
+    listen();
+    awaitHeading("Listening");
+    EXPECT_FALSE(questionIsOpen());
+
+    user.chooseFromMenu("Kelo", "Permissions…");
+    user.awaitDrawn(rig::choice("Microphone: Ask"));
+    picture("permissions");
+    user.click(rig::choice("Microphone: Don’t Allow"));
+    awaitHeading("Ended");
+    picture("ended");
+}
+
+TEST_F(PagePermission, RefusalIsRemembered) {
+    listen();
+    user.awaitDrawn(rig::label(question));
+    user.click(rig::button("Don’t Allow"));
+    awaitHeading("NotAllowedError");
+    startAgain();
+    listen();
+    awaitHeading("NotAllowedError");
+    EXPECT_FALSE(questionIsOpen());
+}
+
+TEST_F(PagePermission, EscapeRefusesThisOnce) {
+    listen();
+    user.awaitDrawn(rig::label(question));
+    user.press("Escape");
+    awaitHeading("NotAllowedError");
+    startAgain();
+    listen();
+    user.awaitDrawn(rig::label(question));
+}
+
+} // namespace kelo::e2e
