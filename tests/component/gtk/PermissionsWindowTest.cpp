@@ -111,6 +111,10 @@ TEST(PermissionsMenu, HasNoEntryWhereNothingCanBeAllowed) {
             return labelSaying(program.window("Kelo"), "Settings…") != nullptr;
         });
         EXPECT_EQ(labelSaying(program.window("Kelo"), "Permissions…"), nullptr);
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the menu is closed", [&] {
+            return labelSaying(program.window("Kelo"), "Settings…") == nullptr;
+        });
     });
 }
 

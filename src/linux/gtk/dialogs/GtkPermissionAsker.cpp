@@ -39,10 +39,13 @@ std::string headingOf(const permission::Question& question) {
 
 Gtk::Label* makeText(const std::string& text, const char* cssClass) {
     auto* label = Gtk::make_managed<Gtk::Label>(text);
+    label->add_css_class(cssClass);
+    // The toolkit keeps room for a second line where the text may wrap, even if it never does.
+    if (label->get_text().size() < textWidthInCharacters)
+        return label;
     label->set_wrap();
     label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
     label->set_justify(Gtk::Justification::CENTER);
-    label->add_css_class(cssClass);
     balanceLines(*label, textWidthInCharacters);
     return label;
 }
@@ -61,10 +64,8 @@ public:
         setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG);
         gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
                                        sentence.c_str(), -1);
-        auto* text = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 12);
-        text->append(*makeText(heading, "kelo-title"));
-        text->append(*makeText(sentence, "kelo-body"));
-        column.append(*text);
+        column.append(*makeText(heading, "kelo-title"));
+        column.append(*makeText(sentence, "kelo-body"));
         auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
         row->set_homogeneous();
         row->add_css_class("kelo-buttons");
@@ -72,9 +73,8 @@ public:
         addButton(*row, translated("Allow"), true);
         column.append(*row);
         // Somebody who types into the page must not answer by the next space.
-        text->set_focusable();
-        setAccessibleName(*text, heading);
-        text->grab_focus();
+        column.set_focusable();
+        column.grab_focus();
     }
 
     void withdraw() {
