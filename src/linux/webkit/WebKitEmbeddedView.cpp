@@ -150,7 +150,7 @@ void WebKitEmbeddedView::responsivenessChanged() {
 void WebKitEmbeddedView::pageStayed() {
     pageLoad->documentCompleted();
     pageLoad->takeUnanswered();
-    mediaPermission->navigationEnded();
+    permissions->navigationEnded();
 }
 
 std::optional<Url> WebKitEmbeddedView::url() const {

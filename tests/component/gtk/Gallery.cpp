@@ -28,8 +28,7 @@ gtk::HostSettings settingsWith(const std::shared_ptr<downloads::DownloadList>& l
     gtk::HostSettings settings;
     settings.downloads = list;
     settings.permissions = std::make_shared<permission::Permissions>("", "");
-    settings.permissions->remember(permission::Capability::microphone,
-                                   permission::Answer::allowed);
+    settings.permissions->remember(permission::Capability::microphone, permission::Answer::allowed);
     return settings;
 }
 

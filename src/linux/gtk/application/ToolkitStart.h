@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtkmm/application.h>
-
 /// What the toolkit would do otherwise, or not at all, while the program starts. Main thread only.
 namespace kelo::gtk {
 
@@ -10,9 +8,6 @@ void keepStreamsPlain();
 
 /// Call it before there is a window.
 void turnOffInspectorKeys();
-
-/// Finds the running program, or becomes it.
-void registerApplication(Gtk::Application& application);
 
 /// What the user has started is done.
 void endStartUpNotice();
