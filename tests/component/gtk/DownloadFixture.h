@@ -23,8 +23,9 @@ protected:
         given.beforeQuit = {[this] { return downloads::mayEndDownloads(list, *alerts); }};
         return given;
     }
-    /// Runs the program to its own end after the body.
+    /// Runs the program to its own end after the body, which must not end it.
     void run(const std::function<void()>& body) {
+        bool goesOn = false;
         program.runToItsOwnEnd([&] {
             try {
                 body();
@@ -33,8 +34,13 @@ protected:
             }
             dropSpawnedTasks();
             list->cancelAll();
-            program.host.terminate();
+            // A program that was told to end does not come to this any more.
+            MainLoop::main().post([&] {
+                goesOn = true;
+                program.host.terminate();
+            });
         });
+        EXPECT_TRUE(goesOn);
     }
     unsigned begin(const std::string& name) {
         return list->begin(name, [this, name] { cancelled.push_back(name); });
