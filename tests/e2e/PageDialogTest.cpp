@@ -27,16 +27,39 @@ addEventListener('beforeunload', (event) => {
 });
 </script>)page";
 
+/// Asks for the key "a". After the key "b" it asks when it leaves the screen.
+constexpr const char* askingWidget = R"page(<!doctype html><h1>Waits</h1>
+<script>
+const say = (what) => document.querySelector('h1').textContent = 'Heard ' + what;
+addEventListener('keydown', (event) => {
+  if (event.key === 'a') say(confirm('Shall I?'));
+  if (event.key === 'b') {
+    say('the wish');
+    document.addEventListener('visibilitychange', () => {
+      if (document.hidden) navigator.sendBeacon('/hidden?' + confirm('Is anybody there?'));
+    });
+  }
+});
+</script>)page";
+
 class PageDialog : public VoiceProgramFixture {
 protected:
-    void SetUp() override {
+    void SetUp() override {}
+
+    void show() {
         // The demo service makes the certificate that its stand-in uses as well.
         startService();
         standIn({{"/", askingPage}});
-    }
-    void show() {
         startKelo();
         desktop().tree.await(rig::pageHeading("Asks"));
+    }
+    rig::ScreenWindow showPanel() {
+        VoiceProgramFixture::SetUp();
+        standIn({{"/widget", askingWidget}});
+        const auto shown = tapToShow();
+        awaitKeyboard(shown);
+        user.awaitDrawn(rig::pageHeading("Waits"), shown.identifier);
+        return shown;
     }
     void enterNote() const { user.typeInto(rig::pageField("Note"), "x"); }
     void awaitDialog(const std::string& name) const {
@@ -152,6 +175,32 @@ TEST_F(PageDialog, QuitOfAClosedWindowAsksAsWellAndShowsThePageThatStays) {
     quit();
     answer(leaving, "Return");
     awaitEnd();
+}
+
+TEST_F(PageDialog, OfThePanelStandsInItsPlaceAndGivesItTheKeyboardBack) {
+    const auto shown = showPanel();
+    user.press("a");
+    awaitDialog(says);
+    picture("dialog");
+    answer(says, "Return");
+    user.awaitDrawn(rig::pageHeading("Heard true"), shown.identifier);
+    awaitKeyboard(shown);
+}
+
+TEST_F(PageDialog, OfThePanelGoesWithItAndNoneComesFromAHiddenOne) {
+    const auto shown = showPanel();
+    user.press("a");
+    awaitDialog(says);
+    tapToHide();
+    desktop().tree.awaitGone(rig::label(says));
+    const auto again = tapToShow();
+    awaitKeyboard(again);
+    user.awaitDrawn(rig::pageHeading("Waits"), again.identifier);
+    user.press("b");
+    user.awaitDrawn(rig::pageHeading("Heard the wish"), again.identifier);
+    tapToHide();
+    awaitAsked(*pages, "/hidden?false");
+    EXPECT_FALSE(desktop().tree.find(rig::label(says)));
 }
 
 TEST_F(PageDialog, QuitWithAnOpenDialogNeedsNoAnswerToIt) {
