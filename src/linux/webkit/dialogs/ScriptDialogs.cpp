@@ -57,7 +57,9 @@ ScriptDialogs::ScriptDialogs(WebKitWebView* view, const ShownPage& shown, Dialog
       shown(shown),
       services(std::move(given)),
       handlers(std::move(handlers)),
-      now(std::move(now)) {
+      now(std::move(now)),
+      // The engine lets a page ask before it is left although nobody has done anything in it.
+      input(GTK_WIDGET(view), [this] { isUsed = true; }) {
     connectAll();
     if (services.pages)
         services.pages->add(*this);
@@ -91,24 +93,8 @@ void ScriptDialogs::connectAll() {
                                       Self self) { self->processEnded(); });
     connect(
         "close", +[](WebKitWebView*, Self self) { self->pageClosed(); });
-    watchInput();
     connect(
         "unmap", +[](WebKitWebView*, Self self) { self->leaveTheScreen(); });
-}
-
-// The engine lets a page ask before it is left although nobody has done anything in it.
-void ScriptDialogs::watchInput() {
-    GtkEventController* const input = gtk_event_controller_legacy_new();
-    gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
-    gtk_widget_add_controller(GTK_WIDGET(view), input);
-    const auto seen =
-        +[](GtkEventControllerLegacy*, GdkEvent* event, ScriptDialogs* self) -> gboolean {
-        const GdkEventType type = gdk_event_get_event_type(event);
-        self->isUsed = self->isUsed || type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS ||
-                       type == GDK_TOUCH_BEGIN;
-        return FALSE;
-    };
-    connections.push_back(gobject::connectSignal(input, "event", seen, this));
 }
 
 void ScriptDialogs::asked(WebKitScriptDialog* given) {

@@ -5,6 +5,7 @@
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/content/EngineHandles.h"
 #include "linux/webkit/navigation/ShownPage.h"
+#include "linux/window/InputWatch.h"
 #include "linux/window/OpenPages.h"
 #include "linux/window/PageDialogs.h"
 #include "platform/EmbeddedWebView.h"
@@ -71,7 +72,6 @@ private:
     using Time = std::chrono::steady_clock::time_point;
 
     void connectAll();
-    void watchInput();
     void asked(WebKitScriptDialog* given);
     bool isRefused(bool isBeforeUnload) const;
     void show(WebKitScriptDialog* given);
@@ -101,6 +101,7 @@ private:
     std::shared_ptr<Timer> limit; ///< for the page to say whether it objects
     std::function<void(bool leaves)> decided;
     std::vector<gobject::SignalConnection> connections;
+    window::InputWatch input;
 };
 
 } // namespace kelo::webkit
