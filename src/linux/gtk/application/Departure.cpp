@@ -1,5 +1,6 @@
 #include "linux/gtk/application/Departure.h"
 
+#include "base/async/Continuation.h"
 #include "base/async/Spawn.h"
 #include "linux/gtk/kit/ModalWindow.h"
 
@@ -47,6 +48,25 @@ void Departure::request() {
         return;
     }
     spawn(ask(state));
+}
+
+namespace {
+
+Task<bool> askPages(std::shared_ptr<window::OpenPages> pages, std::function<void()> stayed) {
+    const bool leave = co_await withCheckedContinuation<bool>([&pages](auto continuation) {
+        pages->leaveAll([continuation](bool leave) { continuation.resume(leave); });
+    });
+    if (!leave)
+        stayed();
+    co_return leave;
+}
+
+} // namespace
+
+Departure::Question questionOf(std::shared_ptr<window::OpenPages> pages,
+                               std::function<void()> stayed) {
+    return
+        [pages = std::move(pages), stayed = std::move(stayed)] { return askPages(pages, stayed); };
 }
 
 Task<void> Departure::ask(std::shared_ptr<State> state) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/async/Task.h"
+#include "linux/window/OpenPages.h"
 
 #include <functional>
 #include <memory>
@@ -32,5 +33,9 @@ private:
 
     std::shared_ptr<State> state;
 };
+
+/// The question of all these pages. stayed is called when one of them is to stay.
+Departure::Question questionOf(std::shared_ptr<window::OpenPages> pages,
+                               std::function<void()> stayed);
 
 } // namespace kelo::gtk

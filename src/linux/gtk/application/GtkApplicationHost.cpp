@@ -39,7 +39,7 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
       reports(std::move(reports)),
       given(std::move(given)),
       state(this->given.stateFile),
-      departure(this->given.beforeQuit, [this] { leave(); }) {
+      departure(questionsBeforeQuit(), [this] { quit(); }) {
     keepStreamsPlain();
 }
 
@@ -222,15 +222,16 @@ void GtkApplicationHost::terminate() {
     departure.request();
 }
 
-void GtkApplicationHost::leave() {
-    if (!given.pages)
-        return quit();
-    given.pages->leaveAll([this](bool leave) {
-        if (leave)
-            quit();
-        else if (mainWindows.empty()) // where the page is that the user wants to go on with
+// The pages come first, because other answers may give something up at once.
+std::vector<Departure::Question> GtkApplicationHost::questionsBeforeQuit() {
+    auto questions = given.beforeQuit;
+    const auto showPage = [this] {
+        if (mainWindows.empty())
             openMainWindow();
-    });
+    };
+    if (given.pages)
+        questions.insert(questions.begin(), questionOf(given.pages, showPage));
+    return questions;
 }
 
 void GtkApplicationHost::quit() {

@@ -39,10 +39,10 @@ struct HostSettings {
     std::optional<LoginStart> loginStart = std::nullopt;
     /// Shown in the main windows, and told of by notifications. Null for none.
     std::shared_ptr<downloads::DownloadList> downloads = nullptr;
-    /// Asked in this order before the program ends.
-    std::vector<Departure::Question> beforeQuit = {};
-    /// Asked after that; null if there are none.
+    /// Asked first before the program ends; null if there are none.
     std::shared_ptr<window::OpenPages> pages = nullptr;
+    /// Asked after them, in this order.
+    std::vector<Departure::Question> beforeQuit = {};
     /// What the user has allowed the pages; null to show no window about it.
     std::shared_ptr<permission::Permissions> permissions = nullptr;
 };
@@ -100,7 +100,7 @@ private:
     const platform::WindowGroup* firstWindowGroup() const;
     const platform::WindowGroup* windowGroup(std::string_view identifier) const;
     const platform::SettingsScene* settingsScene() const;
-    void leave();
+    std::vector<Departure::Question> questionsBeforeQuit();
     void announceDownloads();
     void mainWindowClosed(const std::string& identifier);
     void windowClosed(std::shared_ptr<ProgramWindow> window);
