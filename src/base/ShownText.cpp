@@ -92,11 +92,11 @@ void append(std::string& text, char32_t character) {
     }
 }
 
-/// The characters that are shown, up to a few more than a name may have.
-std::u32string visibleBeginning(std::string_view name) {
+/// The characters that are shown, up to a few more than the line may have.
+std::u32string visibleBeginning(std::string_view name, std::size_t most) {
     std::u32string shown;
     bool blank = false;
-    for (std::size_t at = 0; at < name.size() && shown.size() <= longestName;) {
+    for (std::size_t at = 0; at < name.size() && shown.size() <= most;) {
         const Utf8Sequence sequence = utf8SequenceAt(name, at);
         const char32_t character =
             sequence.wellFormed ? characterIn(name.substr(at, sequence.length)) : replacement;
@@ -113,23 +113,27 @@ std::u32string visibleBeginning(std::string_view name) {
     return shown;
 }
 
-/// Where a name that is too long is cut, so that the ellipsis has room.
-std::size_t cutIn(std::u32string_view shown) {
-    std::size_t cut = longestName - 1;
+/// Where a line that is too long is cut, so that the ellipsis has room.
+std::size_t cutIn(std::u32string_view shown, std::size_t most) {
+    std::size_t cut = most - 1;
     while (cut > 0 && continues(shown, cut))
         --cut;
     if (cut == 0)
-        return longestName - 1;
+        return most - 1;
     return shown[cut - 1] == U' ' ? cut - 1 : cut;
 }
 
 } // namespace
 
 std::string shownName(std::string_view name) {
-    std::u32string shown = visibleBeginning(name);
-    const bool isCut = shown.size() > longestName;
+    return shownLine(name, longestName);
+}
+
+std::string shownLine(std::string_view line, std::size_t most) {
+    std::u32string shown = visibleBeginning(line, most);
+    const bool isCut = shown.size() > most;
     if (isCut)
-        shown.resize(cutIn(shown));
+        shown.resize(cutIn(shown, most));
     std::string text;
     for (const char32_t character : shown)
         append(text, character);

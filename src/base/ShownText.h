@@ -14,6 +14,9 @@ namespace kelo {
 /// more of them than the line may have.
 std::string shownName(std::string_view name);
 
+/// The same for a longer text: one line of at most this many characters, which is not 0.
+std::string shownLine(std::string_view text, std::size_t most);
+
 /// A text of several lines, of at most `most` characters; a longer one ends with "…". Every kind of
 /// line break becomes "\n", every other blank a space. What shownName() leaves out and replaces,
 /// this does, too. Blanks at the end are left out.

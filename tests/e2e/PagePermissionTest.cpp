@@ -1,10 +1,14 @@
+#include "component/gtk/DesktopOnBus.h"
 #include "e2e/ProgramFixture.h"
 #include "testing/rig/StandInService.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace kelo::e2e {
 
@@ -28,6 +32,19 @@ document.querySelector('button').onclick = async () => {
 
 constexpr const char* question = "Allow localhost to use the microphone?";
 
+/// Tells by its heading what becomes of a notification.
+constexpr const char* notifyingPage = R"(<!doctype html><title>Notifying</title>
+<h1>Quiet</h1><button>Notify</button>
+<script>
+const heading = document.querySelector('h1');
+document.querySelector('button').onclick = async () => {
+  heading.textContent = await Notification.requestPermission();
+  if (Notification.permission !== 'granted') return;
+  const notification = new Notification('Dinner', {body: 'At eight'});
+  notification.onclick = () => { heading.textContent = 'Clicked'; notification.close(); };
+};
+</script>)";
+
 class PagePermission : public ProgramFixture {
 protected:
     void SetUp() override {
@@ -38,7 +55,8 @@ protected:
         startService();
         service.reset();
         pages = std::make_unique<rig::StandInService>(
-            authority, std::map<std::string, std::string>{{"/", listeningPage}});
+            authority,
+            std::map<std::string, std::string>{{"/", listeningPage}, {"/notify", notifyingPage}});
         startKelo();
     }
     void TearDown() override {
@@ -52,6 +70,22 @@ protected:
         endKelo();
         startKelo();
         awaitHeading("Quiet");
+    }
+    std::optional<rig::ScreenWindow> mainWindow() const {
+        const auto windows = desktop().screen.windows.managed();
+        const auto found =
+            std::ranges::find(windows, kelo->identifier(), &rig::ScreenWindow::process);
+        return found == windows.end() ? std::nullopt : std::optional(*found);
+    }
+    void closeWindow() const {
+        desktop().screen.windows.tellManager(mainWindow()->identifier, "_NET_CLOSE_WINDOW");
+        desktop().tree.awaitThat("Kelo's window is gone", [&] { return !mainWindow(); });
+    }
+    /// As somebody does who starts Kelo with an address.
+    void showPage(const std::string& address) const {
+        awaitHeading("Quiet");
+        rig::KeloProcess second(build(), folder.path(), folder.path() / "second.log", {address});
+        ASSERT_EQ(second.awaitExit(rig::deadline), 0) << second.printed();
     }
     bool questionIsOpen() const { return desktop().tree.find(rig::label(question)).has_value(); }
 
@@ -100,6 +134,23 @@ TEST_F(PagePermission, EscapeRefusesThisOnce) {
     startAgain();
     listen();
     user.awaitDrawn(rig::label(question));
+}
+
+TEST_F(PagePermission, ClickOnANotificationOpensTheWindowAndReachesThePage) {
+    tests::DesktopOnBus notified(/*hasTray=*/true);
+    showPage("https://localhost:8443/notify");
+    user.click(rig::pageButton("Notify"));
+    user.awaitDrawn(rig::label("Allow localhost to show notifications?"));
+    picture("question");
+    user.click(rig::button("Allow"));
+    desktop().tree.awaitThat("the notification is shown", [&] { return !notified.shown.empty(); });
+    EXPECT_EQ(notified.shown, std::vector<std::string>{"Dinner"});
+    EXPECT_EQ(notified.body, "At eight");
+    awaitHeading("granted");
+
+    closeWindow();
+    notified.press("default");
+    awaitHeading("Clicked");
 }
 
 } // namespace kelo::e2e

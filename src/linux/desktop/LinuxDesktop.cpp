@@ -74,7 +74,8 @@ LinuxDesktop::makeWebView(platform::Rectangle frame, platform::WebViewConfigurat
         auto settings = webkit::WebKitSessionSettings::standard();
         settings.downloads = downloadList;
         settings.dialogs = {std::make_shared<gtk::GtkPageDialogs>(), pages};
-        settings.userChoice = {permissions, std::make_shared<gtk::GtkPermissionAsker>()};
+        settings.userChoice = {permissions, std::make_shared<gtk::GtkPermissionAsker>(),
+                               application_.pageNotifications()};
         webKitSession = std::make_unique<webkit::WebKitSession>(std::move(settings));
         downloads::removeLeftoversInBackground();
     }

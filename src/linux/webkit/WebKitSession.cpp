@@ -5,6 +5,7 @@
 #include "linux/webkit/CertificateProbe.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/SavedDownload.h"
+#include "linux/webkit/permission/WebNotifications.h"
 
 #include <glib/gstdio.h>
 
@@ -61,6 +62,8 @@ WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(
     setDownloadList(session.get(), settings_.downloads);
     refuseDownloadsWithoutView(session.get());
     probe = std::make_shared<CertificateProbe>(session, settings_.authority);
+    notificationChoice = announceNotificationChoice(webkit_web_context_get_default(),
+                                                    settings_.service, settings_.userChoice);
 }
 
 const gobject::GObjectPointer<WebKitNetworkSession>&

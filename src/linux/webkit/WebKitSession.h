@@ -2,6 +2,7 @@
 
 #include "linux/downloads/DownloadList.h"
 #include "linux/gobject/GObjectPointer.h"
+#include "linux/gobject/SignalHandler.h"
 #include "linux/http/TrustedAuthority.h"
 #include "linux/webkit/dialogs/ScriptDialogs.h"
 #include "linux/webkit/navigation/ExternalLinks.h"
@@ -57,6 +58,7 @@ private:
     WebKitSessionSettings settings_;
     gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<CertificateProbe> probe;
+    gobject::SignalConnection notificationChoice;
 };
 
 } // namespace kelo::webkit

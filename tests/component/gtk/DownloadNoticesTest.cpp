@@ -1,5 +1,5 @@
+#include "component/gtk/DesktopAnswers.h"
 #include "component/gtk/DownloadFixture.h"
-#include "component/gtk/NotifyingDesktop.h"
 
 #include <gmock/gmock.h>
 
@@ -32,7 +32,7 @@ protected:
                                        g_variant_new_string(path.c_str()));
     }
 
-    NotifyingDesktop desktop{/*hasTray=*/true};
+    DesktopOnBus desktop{/*hasTray=*/true};
 };
 
 TEST_F(DownloadNotices, AreNotShownWhileTheWindowIsInUse) {
@@ -52,7 +52,7 @@ TEST_F(DownloadNotices, OpenTheFile) {
         const auto path = finish(report, "report.pdf");
         awaitNotice();
         EXPECT_THAT(desktop.shown, ElementsAre("Download finished"));
-        EXPECT_THAT(desktop.bodies, ElementsAre("report.pdf"));
+        EXPECT_EQ(desktop.body, "report.pdf");
         desktop.press("default");
         RunningProgram::until("the file is opened", [&] { return !opened.empty(); });
         EXPECT_THAT(opened, ElementsAre(path));
@@ -92,7 +92,7 @@ TEST_F(DownloadNotices, SayWhyADownloadFailed) {
         list->fail(report, "The disk is full.");
         awaitNotice();
         EXPECT_THAT(desktop.shown, ElementsAre("Download failed"));
-        EXPECT_THAT(desktop.bodies, ElementsAre("report.pdf\nThe disk is full."));
+        EXPECT_EQ(desktop.body, "report.pdf\nThe disk is full.");
     });
 }
 

@@ -1,4 +1,4 @@
-#include "component/gtk/NotifyingDesktop.h"
+#include "component/gtk/DesktopAnswers.h"
 #include "component/gtk/RunningProgram.h"
 
 #include "testing/TemporaryFolder.h"
@@ -17,7 +17,7 @@ void closeWindow(RunningProgram& program) {
 }
 
 /// The toolkit can withdraw a notice only after it has the desktop's answer.
-void awaitNotice(const NotifyingDesktop& desktop) {
+void awaitNotice(const DesktopOnBus& desktop) {
     RunningProgram::until("the notice is shown", [&] { return !desktop.shown.empty(); });
     awaitAnswers(desktop);
 }
@@ -26,7 +26,7 @@ TEST(StayingNotice, SaysOnceThatTheProgramKeepsRunning) {
     const test::TemporaryFolder folder;
     gtk::HostSettings settings;
     settings.stateFile = (folder / "windows").string();
-    NotifyingDesktop desktop(/*hasTray=*/false);
+    DesktopOnBus desktop(/*hasTray=*/false);
     for (int start = 0; start < 2; ++start) {
         RunningProgram program(settings);
         program.run([&] {
@@ -42,7 +42,7 @@ TEST(StayingNotice, SaysOnceThatTheProgramKeepsRunning) {
 }
 
 TEST(StayingNotice, GoesWithTheNextWindow) {
-    NotifyingDesktop desktop(/*hasTray=*/false);
+    DesktopOnBus desktop(/*hasTray=*/false);
     RunningProgram program;
     program.run([&] {
         closeWindow(program);
@@ -54,7 +54,7 @@ TEST(StayingNotice, GoesWithTheNextWindow) {
 }
 
 TEST(StayingNotice, EndsTheProgramByItsButton) {
-    NotifyingDesktop desktop(/*hasTray=*/false);
+    DesktopOnBus desktop(/*hasTray=*/false);
     RunningProgram program;
     program.runToItsOwnEnd([&] {
         closeWindow(program);
@@ -67,7 +67,7 @@ TEST(StayingNotice, EndsTheProgramByItsButton) {
 }
 
 TEST(StayingNotice, IsNotShownWhereATrayShowsTheProgram) {
-    NotifyingDesktop desktop(/*hasTray=*/true);
+    DesktopOnBus desktop(/*hasTray=*/true);
     RunningProgram program;
     program.run([&] {
         closeWindow(program);

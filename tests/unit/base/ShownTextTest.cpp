@@ -26,6 +26,12 @@ TEST(ShownName, NameOfSixtyFourCharactersIsWholeAndOneMoreIsCut) {
     EXPECT_EQ(shownName(repeated(65, "🔑")), repeated(63, "🔑") + "…");
 }
 
+TEST(ShownName, LongerTextIsOneLineOfTheLengthThatIsAskedFor) {
+    EXPECT_EQ(shownLine(repeated(100, "é"), 100), repeated(100, "é"));
+    EXPECT_EQ(shownLine(repeated(101, "é"), 100), repeated(99, "é") + "…");
+    EXPECT_EQ(shownLine("a\n\u202Eb", 100), "a b");
+}
+
 TEST(ShownName, LineBreaksAndRunsOfBlanksBecomeOneBlank) {
     EXPECT_EQ(shownName("Ada\r\n\t Lovelace"), "Ada Lovelace");
     EXPECT_EQ(shownName("Ada\u2028Lovelace\u00A0\u3000King"), "Ada Lovelace King");

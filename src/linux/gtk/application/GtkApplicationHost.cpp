@@ -5,6 +5,7 @@
 #include "deployment/Deployment.h"
 #include "linux/gtk/application/DownloadNotices.h"
 #include "linux/gtk/application/MenuBarExtras.h"
+#include "linux/gtk/application/PageNotices.h"
 #include "linux/gtk/application/RunningInstance.h"
 #include "linux/gtk/application/StayingNotice.h"
 #include "linux/gtk/application/ToolkitStart.h"
@@ -39,7 +40,8 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
       reports(std::move(reports)),
       given(std::move(given)),
       state(this->given.stateFile),
-      departure(questionsBeforeQuit(), [this] { quit(); }) {
+      departure(questionsBeforeQuit(), [this] { quit(); }),
+      pageNotices(std::make_shared<PageNotices>()) {
     keepStreamsPlain();
 }
 
@@ -64,6 +66,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     makeApplication();
     registerApplication(*application);
     const int status = application->run();
+    pageNotices->detach();
     mainWindows.clear();
     for (auto* slot : {&settings, &about, &shortcuts, &permissions})
         slot->reset();
@@ -93,6 +96,7 @@ void GtkApplicationHost::startUp() {
     loadStyle();
     colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
     stayingNotice = std::make_unique<StayingNotice>(*application, state);
+    pageNotices->attach(application, [this] { openMainWindow(); });
     addActions();
     announceDownloads();
     readScenes();
@@ -264,6 +268,10 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
     present(*window);
 }
 
+std::shared_ptr<notification::DesktopNotifications> GtkApplicationHost::pageNotifications() const {
+    return pageNotices;
+}
+
 void GtkApplicationHost::openSettings() {
     readScenes();
     const auto* scene = settingsScene();
@@ -288,13 +296,7 @@ void GtkApplicationHost::openPermissions() {
 
 void GtkApplicationHost::openShortcuts() {
     openSole(shortcuts, [this](std::function<void()> closed) {
-        auto groups = menuBar->shortcuts();
-        groups.push_back({translated("Page"),
-                          {{translated("Caret in the text, on or off"), "F7"},
-                           {translated("To the bar above the page and back"), "F6"}}});
-        groups.push_back(
-            {translated("Everywhere"), {{translated("Voice widget"), "<Control><Alt>"}}});
-        return std::make_shared<ShortcutsWindow>(groups, std::move(closed));
+        return std::make_shared<ShortcutsWindow>(menuBar->shortcuts(), std::move(closed));
     });
 }
 

@@ -4,6 +4,7 @@
 #include "linux/gtk/application/Departure.h"
 #include "linux/gtk/application/ProgramMenu.h"
 #include "linux/gtk/kit/StateFile.h"
+#include "linux/notification/DesktopNotifications.h"
 #include "linux/permission/Permissions.h"
 #include "linux/window/OpenPages.h"
 #include "platform/Application.h"
@@ -27,6 +28,7 @@ class DownloadNotices;
 class MainWindow;
 class MenuBar;
 class MenuBarExtras;
+class PageNotices;
 class ProgramWindow;
 class StayingNotice;
 
@@ -71,6 +73,9 @@ public:
     std::vector<std::shared_ptr<platform::Window>> windows() override;
     std::shared_ptr<platform::Window> makePlainWindow() override;
 
+    /// Shows notifications while run() runs.
+    std::shared_ptr<notification::DesktopNotifications> pageNotifications() const;
+
     /// Opens or raises the settings window. Does nothing if the program has no settings.
     void openSettings();
     void openAbout();
@@ -111,6 +116,7 @@ private:
     const HostSettings given;
     StateFile state;
     Departure departure;
+    const std::shared_ptr<PageNotices> pageNotices;
     std::vector<std::string> requestedActions; ///< on the command line, instead of a window
     std::optional<Url> requestedPage;          ///< on the command line
     Glib::RefPtr<Gtk::Application> application;

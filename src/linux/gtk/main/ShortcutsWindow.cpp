@@ -35,6 +35,13 @@ Gtk::Widget* makeLine(const ShortcutRow& row) {
     return line;
 }
 
+std::vector<ShortcutGroup> keysOutsideMenus() {
+    return {{translated("Page"),
+             {{translated("Caret in the text, on or off"), "F7"},
+              {translated("To the bars about the page and back"), "F6"}}},
+            {translated("Everywhere"), {{translated("Voice widget"), "<Control><Alt>"}}}};
+}
+
 } // namespace
 
 ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups,
@@ -47,6 +54,8 @@ ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups,
     for (const auto& group : groups)
         if (!group.rows.empty())
             add(group);
+    for (const auto& group : keysOutsideMenus())
+        add(group);
     view.set_child(column);
     view.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     view.set_propagate_natural_height();

@@ -22,7 +22,7 @@ struct ShortcutGroup {
     std::vector<ShortcutRow> rows;
 };
 
-/// Lists what keys do, in groups under their titles.
+/// Lists what keys do, in groups under their titles: those of menus, and those that no menu names.
 class ShortcutsWindow final : public ProgramWindow {
 public:
     ShortcutsWindow(const std::vector<ShortcutGroup>& groups, std::function<void()> closed);

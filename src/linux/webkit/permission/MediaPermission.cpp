@@ -9,7 +9,6 @@
 
 namespace kelo::webkit {
 
-using permission::Answer;
 using permission::Capability;
 using platform::MediaCaptureType;
 using platform::PermissionDecision;
@@ -175,8 +174,8 @@ void MediaPermission::pageChanged(const char* address) {
     page = std::make_shared<Page>(Page{originOf(address), url && url->hasSameOrigin(service)});
 }
 
-bool MediaPermission::isServicesPage() const {
-    return page->isServices && !page->isBeingLeft;
+bool MediaPermission::isUsersPage() const {
+    return userDecides && page->isServices && !page->isBeingLeft;
 }
 
 void MediaPermission::decide(WebKitUserMediaPermissionRequest* request) {
@@ -188,7 +187,7 @@ void MediaPermission::decide(WebKitUserMediaPermissionRequest* request) {
         askDelegate(*decider, *type, decision);
         return;
     }
-    if (userDecides && isServicesPage())
+    if (isUsersPage())
         consent.request(devicesOf(*type), [decision](bool isGranted) {
             decision->take(isGranted ? PermissionDecision::grant : PermissionDecision::deny);
         });
@@ -202,18 +201,8 @@ void MediaPermission::askDelegate(platform::UserInterfaceDelegate& decider, Medi
         [decision = std::move(decision)](PermissionDecision answer) { decision->take(answer); });
 }
 
-WebKitPermissionState MediaPermission::stateOf(Capability device) const {
-    if (!userDecides)
-        return delegate.expired() ? WEBKIT_PERMISSION_STATE_DENIED : WEBKIT_PERMISSION_STATE_PROMPT;
-    switch (isServicesPage() ? consent.answer(device) : Answer::denied) {
-    case Answer::ask:
-        return WEBKIT_PERMISSION_STATE_PROMPT;
-    case Answer::allowed:
-        return WEBKIT_PERMISSION_STATE_GRANTED;
-    case Answer::denied:
-        break;
-    }
-    return WEBKIT_PERMISSION_STATE_DENIED;
+bool MediaPermission::delegateDecides() const {
+    return !userDecides && !delegate.expired();
 }
 
 } // namespace kelo::webkit

@@ -43,10 +43,10 @@ public:
     void pageChanged(const char* address);
 
     void decide(WebKitUserMediaPermissionRequest* request);
-    /// What the permission of one device is, in the service's page or the delegate's.
-    WebKitPermissionState stateOf(permission::Capability device) const;
-    /// Whether the page shown is the service's and not being left.
-    bool isServicesPage() const;
+    bool delegateDecides() const;
+    /// Whether the user decides about the shown page: it is the service's and not being left, and
+    /// there never was a delegate.
+    bool isUsersPage() const;
 
 private:
     struct Page;

@@ -10,7 +10,8 @@
 namespace kelo::webkit {
 
 /// What the pages of a view may do besides showing themselves: use the microphone and the camera,
-/// if the delegate or the user grants it. Every other permission is denied. Main thread only.
+/// if the delegate or the user grants it, and show notifications if the user does. Every other
+/// permission is denied. Main thread only.
 class PagePermissions {
 public:
     /// The views must outlive this object.

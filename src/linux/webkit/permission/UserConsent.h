@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/notification/DesktopNotifications.h"
 #include "linux/permission/PermissionAsker.h"
 #include "linux/permission/Permissions.h"
 
@@ -14,11 +15,13 @@
 
 namespace kelo::webkit {
 
-/// How the program asks its user what pages may use, and remembers the answers.
+/// How the program asks its user what pages may use, and remembers the answers; and what it shows
+/// to the user for them.
 struct UserChoice {
     /// Null where there is nobody to ask: nothing is allowed then.
     std::shared_ptr<permission::Permissions> remembered;
     std::shared_ptr<permission::PermissionAsker> asker;
+    std::shared_ptr<notification::DesktopNotifications> notifications = {};
 
     explicit operator bool() const { return remembered && asker; }
 };

@@ -94,6 +94,13 @@ private:
                 webkit_permission_request_deny(request);
                 return TRUE;
             });
+        // The engine would show it by itself.
+        connect(
+            "show-notification",
+            +[](WebKitWebView*, WebKitNotification* notification, Popup*) -> gboolean {
+                webkit_notification_close(notification);
+                return TRUE;
+            });
         connect(
             "decide-policy",
             +[](WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,

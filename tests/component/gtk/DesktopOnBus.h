@@ -1,10 +1,8 @@
 #pragma once
 
-#include "component/gtk/RunningProgram.h"
-
 #include <gio/gio.h>
-#include <giomm/dbusconnection.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,9 +10,9 @@ namespace kelo::tests {
 
 /// The desktop as the program finds it on the session bus: what shows notifications, and, where it
 /// has one, the tray. In this process, on a connection of its own.
-class NotifyingDesktop {
+class DesktopOnBus {
 public:
-    explicit NotifyingDesktop(bool hasTray) {
+    explicit DesktopOnBus(bool hasTray) {
         const char* const address = g_getenv("DBUS_SESSION_BUS_ADDRESS");
         connection = g_dbus_connection_new_for_address_sync(
             address,
@@ -36,35 +34,42 @@ public:
                   "<property name='IsStatusNotifierHostRegistered' type='b' access='read'/>"
                   "</interface></node>");
     }
-    ~NotifyingDesktop() {
+    ~DesktopOnBus() {
+        // Calls that have come already must not reach this object any more.
+        for (const unsigned registration : registrations)
+            g_dbus_connection_unregister_object(connection, registration);
         g_dbus_connection_close_sync(connection, nullptr, nullptr);
         g_object_unref(connection);
     }
-    NotifyingDesktop(const NotifyingDesktop&) = delete;
-    NotifyingDesktop& operator=(const NotifyingDesktop&) = delete;
+    DesktopOnBus(const DesktopOnBus&) = delete;
+    DesktopOnBus& operator=(const DesktopOnBus&) = delete;
 
-    /// Presses the notification's button, as the desktop tells of it.
+    /// Presses a button of the notification that was shown last, as the desktop tells of it. A
+    /// click on the notification itself is the button "default".
     void press(const std::string& button) const {
         g_dbus_connection_emit_signal(connection, nullptr, "/org/freedesktop/Notifications",
                                       "org.freedesktop.Notifications", "ActionInvoked",
-                                      g_variant_new("(us)", 7U, button.c_str()), nullptr);
+                                      g_variant_new("(us)", lastNumber, button.c_str()), nullptr);
     }
 
     std::string name() const { return g_dbus_connection_get_unique_name(connection); }
 
     int questionsForTray = 0;
     int closed = 0;
-    std::vector<std::string> shown; ///< the summaries
-    std::vector<std::string> bodies;
+    std::vector<std::string> shown;   ///< the summaries
     std::vector<std::string> buttons; ///< of the last one: each action, then its label
+    // Of the last one, too.
+    std::string body;
+    std::string icon;
+    std::uint32_t lastNumber = 6;
 
 private:
     void serve(const char* name, const char* path, const char* description) {
         GDBusNodeInfo* const node = g_dbus_node_info_new_for_xml(description, nullptr);
         static const GDBusInterfaceVTable methods{
-            &NotifyingDesktop::called, &NotifyingDesktop::asked, nullptr, {}};
-        g_dbus_connection_register_object(connection, path, node->interfaces[0], &methods, this,
-                                          nullptr, nullptr);
+            &DesktopOnBus::called, &DesktopOnBus::asked, nullptr, {}};
+        registrations.push_back(g_dbus_connection_register_object(
+            connection, path, node->interfaces[0], &methods, this, nullptr, nullptr));
         g_dbus_node_info_unref(node);
         GVariant* const answer = g_dbus_connection_call_sync(
             connection, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
@@ -73,14 +78,15 @@ private:
     }
     static void called(GDBusConnection*, const char*, const char*, const char*, const char* method,
                        GVariant* arguments, GDBusMethodInvocation* invocation, gpointer data) {
-        auto* const self = static_cast<NotifyingDesktop*>(data);
+        auto* const self = static_cast<DesktopOnBus*>(data);
         if (std::string(method) == "Notify") {
             const char* summary = nullptr;
             g_variant_get_child(arguments, 3, "&s", &summary);
             self->shown.emplace_back(summary);
-            const char* body = nullptr;
-            g_variant_get_child(arguments, 4, "&s", &body);
-            self->bodies.emplace_back(body);
+            const char* text = nullptr;
+            g_variant_get_child(arguments, 4, "&s", &text);
+            self->body = text;
+            self->readIcon(arguments);
             GVariant* const actions = g_variant_get_child_value(arguments, 5);
             self->buttons.clear();
             for (gsize index = 0; index < g_variant_n_children(actions); ++index) {
@@ -89,32 +95,29 @@ private:
                 self->buttons.emplace_back(word);
             }
             g_variant_unref(actions);
-            g_dbus_method_invocation_return_value(invocation, g_variant_new("(u)", 7U));
+            g_dbus_method_invocation_return_value(invocation,
+                                                  g_variant_new("(u)", ++self->lastNumber));
             return;
         }
         if (std::string(method) == "CloseNotification")
             ++self->closed;
         g_dbus_method_invocation_return_value(invocation, nullptr);
     }
+    void readIcon(GVariant* arguments) {
+        GVariant* const hints = g_variant_get_child_value(arguments, 6);
+        const char* name = "";
+        g_variant_lookup(hints, "image-path", "&s", &name);
+        icon = name;
+        g_variant_unref(hints);
+    }
     static GVariant* asked(GDBusConnection*, const char*, const char*, const char*, const char*,
                            GError**, gpointer data) {
-        ++static_cast<NotifyingDesktop*>(data)->questionsForTray;
+        ++static_cast<DesktopOnBus*>(data)->questionsForTray;
         return g_variant_new_boolean(TRUE);
     }
 
     GDBusConnection* connection = nullptr;
+    std::vector<unsigned> registrations;
 };
-
-/// Until the program has what the desktop has answered by now. On the program's own connection,
-/// messages keep their order.
-inline void awaitAnswers(const NotifyingDesktop& desktop) {
-    bool isAnswered = false;
-    const auto bus = Gio::DBus::Connection::get_sync(Gio::DBus::BusType::SESSION);
-    bus->call(
-        "/", "org.freedesktop.DBus.Peer", "Ping", {},
-        [&](const Glib::RefPtr<Gio::AsyncResult>&) { isAnswered = true; }, desktop.name());
-    RunningProgram::until("the desktop has answered", [&] { return isAnswered; });
-    RunningProgram::settle();
-}
 
 } // namespace kelo::tests

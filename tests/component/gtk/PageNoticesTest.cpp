@@ -1,0 +1,72 @@
+#include "component/gtk/DesktopAnswers.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kelo::tests {
+namespace {
+
+class PageNotices : public testing::Test {
+protected:
+    void show(const std::string& identifier, const std::string& title,
+              const std::string& body = "") {
+        const auto before = desktop.shown.size();
+        program.host.pageNotifications()->show(identifier, {title, body}, [this] { ++clicks; });
+        RunningProgram::until("it is shown", [&] { return desktop.shown.size() > before; });
+        // The toolkit can replace and withdraw it only after it has the desktop's answer.
+        awaitAnswers(desktop);
+    }
+
+    DesktopOnBus desktop{/*hasTray=*/true};
+    RunningProgram program;
+    int clicks = 0;
+};
+
+TEST_F(PageNotices, ShowTheTextAsItIsAndTheProgramsIcon) {
+    program.run([&] {
+        show("one", "A title", "a & <b>bold</b>");
+        EXPECT_EQ(desktop.shown.back(), "A title");
+        EXPECT_EQ(desktop.body, "a ＆ ‹b›bold‹/b›");
+        EXPECT_EQ(desktop.icon, "app.kelo.Kelo");
+    });
+}
+
+TEST_F(PageNotices, ClickOpensTheWindowAndReachesThePage) {
+    program.run([&] {
+        show("one", "A title");
+        program.window("Kelo").close();
+        RunningProgram::until("the window is gone",
+                              [&] { return program.windowsOnScreen().empty(); });
+        desktop.press("default");
+        RunningProgram::until("the page was told", [&] { return clicks == 1; });
+        program.untilActive(program.window("Kelo"));
+    });
+}
+
+TEST_F(PageNotices, WithdrawnOneGoesFromTheDesktop) {
+    program.run([&] {
+        show("one", "First");
+        show("two", "Second");
+        program.host.pageNotifications()->withdraw("one");
+        RunningProgram::until("it is gone", [&] { return desktop.closed == 1; });
+        program.host.pageNotifications()->withdraw("one");
+        program.host.pageNotifications()->withdraw("never shown");
+        program.host.pageNotifications()->withdraw("two");
+        RunningProgram::until("the other is gone", [&] { return desktop.closed == 2; });
+    });
+}
+
+TEST_F(PageNotices, GoWithTheProgram) {
+    program.run([&] { show("one", "First"); });
+    RunningProgram::until("it is gone", [&] { return desktop.closed == 1; });
+}
+
+TEST_F(PageNotices, WithoutARunningProgramThereAreNone) {
+    program.host.pageNotifications()->show("one", {"A title", ""}, [] {});
+    program.host.pageNotifications()->withdraw("one");
+    EXPECT_TRUE(desktop.shown.empty());
+}
+
+} // namespace
+} // namespace kelo::tests
