@@ -9,6 +9,19 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+/// A page that its user does not want to leave.
+class StayingPage final : public window::OpenPage {
+public:
+    explicit StayingPage(window::OpenPages& pages) : pages(pages) { pages.add(*this); }
+    ~StayingPage() override { pages.remove(*this); }
+    StayingPage(const StayingPage&) = delete;
+    StayingPage& operator=(const StayingPage&) = delete;
+    void tryToLeave(std::function<void(bool leaves)> decided) override { decided(false); }
+
+private:
+    window::OpenPages& pages;
+};
+
 constexpr const char* question = "A download is not finished";
 
 class Departure : public DownloadFixture {
@@ -90,6 +103,27 @@ TEST_F(Departure, AsksWithoutAWindow) {
         answer("Quit Anyway");
     });
     EXPECT_THAT(cancelled, ElementsAre("report.pdf"));
+}
+
+TEST_F(Departure, LosesNoDownloadForAPageThatStays) {
+    run([&] {
+        const StayingPage page(*pages);
+        begin("report.pdf");
+        program.host.terminate();
+        RunningProgram::until("nothing is asked any more", [&] { return spawnedTaskCount() == 0; });
+        EXPECT_FALSE(isAsked());
+        EXPECT_THAT(cancelled, IsEmpty());
+    });
+}
+
+TEST_F(Departure, ShowsTheWindowOfAPageThatStays) {
+    run([&] {
+        const StayingPage page(*pages);
+        main().close();
+        RunningProgram::settle();
+        program.host.terminate();
+        program.untilActive(main());
+    });
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "linux/downloads/DownloadList.h"
 #include "linux/downloads/QuitQuestion.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
+#include "linux/window/OpenPages.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +21,7 @@ protected:
     gtk::HostSettings settings() {
         gtk::HostSettings given;
         given.downloads = list;
+        given.pages = pages;
         given.beforeQuit = {[this] { return downloads::mayEndDownloads(list, *alerts); }};
         return given;
     }
@@ -72,6 +74,7 @@ protected:
         downloads::FileHandling{[](const std::string& path) { return !path.ends_with(".html"); },
                                 [this](const std::string& path) { opened.push_back(path); },
                                 [this](const std::string& path) { shown.push_back(path); }});
+    const std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();
     std::unique_ptr<gtk::GtkAlertPresenter> alerts;
     RunningProgram program{settings()};
 
