@@ -57,8 +57,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
                                            [this] { return pageLoad->isUnanswered(); }})),
       scriptDialogs(std::make_unique<ScriptDialogs>(
           view.get(), shown, servicesFor(configuration, shared.settings().dialogs),
-          ScriptDialogs::Handlers{[this] { process->dialogOpened(); },
-                                  [this] { process->dialogAnswered(); },
+          ScriptDialogs::Handlers{[this] { dialogOpened(); }, [this] { dialogAnswered(); },
                                   [this] { pageStayed(); }})) {
     connectLoadSignals();
     connectPolicySignals();
@@ -146,8 +145,19 @@ void WebKitEmbeddedView::responsivenessChanged() {
     tellPageObserver();
 }
 
+void WebKitEmbeddedView::dialogOpened() {
+    process->dialogOpened();
+    pageLoad->pause();
+}
+
+void WebKitEmbeddedView::dialogAnswered() {
+    process->dialogAnswered();
+    pageLoad->goOn();
+}
+
 // Nothing was loaded, so nothing is waited for.
 void WebKitEmbeddedView::pageStayed() {
+    pageControls.loadGivenUp();
     pageLoad->documentCompleted();
     pageLoad->takeUnanswered();
     permissions->navigationEnded();

@@ -79,6 +79,8 @@ private:
     bool certificateRefused(const char* address, GTlsCertificate* certificate,
                             GTlsCertificateFlags problems);
     void responsivenessChanged();
+    void dialogOpened();
+    void dialogAnswered();
     void pageStayed();
     void processEnded();
     void processFailed(WebKitWebProcessTerminationReason reason);

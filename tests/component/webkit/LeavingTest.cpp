@@ -83,6 +83,7 @@ TEST_F(Leaving, ByReloadBackAndTheServicesFirstPageIsUpToTheUser) {
         dialogs->answer({false});
         EXPECT_TRUE(isStillThere());
         EXPECT_EQ(evaluate("location.pathname"), "/");
+        EXPECT_FALSE(hosted().controls().loadProgress());
     }
     hosted().controls().goBack();
     ASSERT_TRUE(waitForQuestion(++questions));
@@ -101,6 +102,18 @@ TEST_F(Leaving, ThatIsNotWantedLetsNoLoadTimeOut) {
     EXPECT_GT(timers.scheduled, 0);
     EXPECT_TRUE(loop.runUntil([&] { return !timers.anyPending(); }));
     EXPECT_TRUE(isStillThere());
+}
+
+TEST_F(Leaving, TakesTheUserAsLongAsItTakes) {
+    click();
+    ManualTimers timers;
+    const MainLoop::Installation installation{timers};
+    load(server->url("/next"));
+    ASSERT_TRUE(waitForQuestion());
+    EXPECT_FALSE(timers.anyPending());
+    dialogs->answer({true});
+    EXPECT_TRUE(waitForFinished(2));
+    EXPECT_EQ(pageText(), "next");
 }
 
 TEST_F(Leaving, IsUpToTheUserHoweverManyDialogsWereRefused) {

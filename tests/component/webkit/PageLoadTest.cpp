@@ -211,6 +211,31 @@ TEST_F(PageLoadTest, RequestOutlivesTheProcessThatDiedBeforeItsPageWasShown) {
     EXPECT_TRUE(load.takeUnanswered());
 }
 
+TEST_F(PageLoadTest, TimeThatTheUserTakesDoesNotCount) {
+    load.requestPage(request());
+    load.started();
+    load.pause();
+    loop.advance(seconds(3600));
+    EXPECT_EQ(timeouts, 0);
+    load.goOn();
+    loop.advance(load.timeout() - seconds(1));
+    EXPECT_EQ(timeouts, 0);
+    loop.advance(seconds(1));
+    EXPECT_EQ(timeouts, 1);
+}
+
+TEST_F(PageLoadTest, DialogOfAPageThatIsHereStartsNoTimeout) {
+    showPage();
+    load.pause();
+    load.goOn();
+    EXPECT_EQ(loop.pendingTimers(), 0u);
+    load.requestPage(request());
+    load.pause();
+    load.documentCompleted();
+    load.goOn();
+    EXPECT_EQ(loop.pendingTimers(), 0u);
+}
+
 TEST_F(PageLoadTest, LostPageIsRepeatedThreeTimes) {
     for (int round = 0; round < 2; ++round) {
         for (int repetition = 0; repetition < 3; ++repetition)

@@ -18,12 +18,15 @@ WebKitPageControls::WebKitPageControls(WebKitWebView* view)
     for (const char* signal :
          {"notify::title", "notify::is-loading", "notify::estimated-load-progress"})
         connections.push_back(gobject::connectSignal(
-            view, signal,
-            +[](WebKitWebView*, GParamSpec*, Self self) {
-                if (const auto told = self->loadObserver.lock())
-                    (*told)();
-            },
+            view, signal, +[](WebKitWebView*, GParamSpec*, Self self) { self->tellLoadObserver(); },
             this));
+    connections.push_back(gobject::connectSignal(
+        view, "load-changed",
+        +[](WebKitWebView*, WebKitLoadEvent, Self self) {
+            self->isLoadGivenUp = false;
+            self->tellLoadObserver();
+        },
+        this));
     connections.push_back(gobject::connectSignal(
         webkit_web_view_get_back_forward_list(view), "changed",
         +[](WebKitBackForwardList*, WebKitBackForwardListItem*, gpointer, Self self) {
@@ -45,7 +48,7 @@ std::string WebKitPageControls::title() const {
 }
 
 std::optional<double> WebKitPageControls::loadProgress() const {
-    if (!webkit_web_view_is_loading(view))
+    if (isLoadGivenUp || !webkit_web_view_is_loading(view))
         return std::nullopt;
     return webkit_web_view_get_estimated_load_progress(view);
 }
@@ -120,6 +123,16 @@ void WebKitPageControls::endFind() {
 void WebKitPageControls::setFindObserver(
     std::weak_ptr<const std::function<void(unsigned places)>> observer) {
     findObserver = std::move(observer);
+}
+
+void WebKitPageControls::loadGivenUp() {
+    isLoadGivenUp = true;
+    tellLoadObserver();
+}
+
+void WebKitPageControls::tellLoadObserver() const {
+    if (const auto told = loadObserver.lock())
+        (*told)();
 }
 
 void WebKitPageControls::found(unsigned places) const {

@@ -38,12 +38,18 @@ public:
     void
     setFindObserver(std::weak_ptr<const std::function<void(unsigned places)>> observer) override;
 
+    /// The page stays, and what was to be loaded in its place is not. The engine goes on to say
+    /// that it loads.
+    void loadGivenUp();
+
 private:
+    void tellLoadObserver() const;
     void found(unsigned places) const;
 
     WebKitWebView* view;
     WebKitFindController* finder; ///< the view's
     bool isFinding = false;
+    bool isLoadGivenUp = false;
     std::weak_ptr<const std::function<void()>> loadObserver;
     std::weak_ptr<const std::function<void()>> historyObserver;
     std::weak_ptr<const std::function<void(unsigned places)>> findObserver;

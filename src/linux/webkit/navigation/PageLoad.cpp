@@ -73,6 +73,17 @@ std::string PageLoad::addressToTryAgain() const {
     return stage == Stage::errorPage ? failedAddress : std::string();
 }
 
+void PageLoad::pause() {
+    const bool isWaiting = timer != nullptr;
+    stopTimer();
+    isPaused = isWaiting;
+}
+
+void PageLoad::goOn() {
+    if (isPaused)
+        startTimer();
+}
+
 std::optional<platform::UrlRequest> PageLoad::takeUnanswered() {
     return std::exchange(unanswered, std::nullopt);
 }
@@ -99,6 +110,7 @@ void PageLoad::startTimer() {
 }
 
 void PageLoad::stopTimer() {
+    isPaused = false;
     if (const auto pending = std::exchange(timer, nullptr))
         pending->invalidate();
 }

@@ -57,6 +57,11 @@ public:
     /// error page is shown.
     std::string addressToTryAgain() const;
 
+    /// The user is asked something before the load goes on. Until goOn(), the timeout rests; then
+    /// it begins anew.
+    void pause();
+    void goOn();
+
     /// The requested page, unless it is shown, has failed, or was requested of a web process that
     /// has shown no document before. Each request is handed out once: in case the process hangs or
     /// dies.
@@ -93,6 +98,7 @@ private:
     bool sentForm = false;
     bool processHasShownADocument = false;
     std::optional<platform::UrlRequest> unanswered;
+    bool isPaused = false; ///< while the timeout would run
     bool certificateAllowed = false;
     int repetitions = 0;
 };
