@@ -73,6 +73,29 @@ TEST_F(PageDialog, SaysWhoSpeaksAndWhatAndIsConfirmedByEnter) {
     });
 }
 
+/// A dialog that says nothing.
+class EmptyDialog final : public gtk::ModalWindow {
+public:
+    explicit EmptyDialog(Gtk::Window& parent) : ModalWindow(&parent) { present(); }
+
+private:
+    void dismissed() override {}
+};
+
+TEST_F(PageDialog, ThatFollowsAnotherLiesOverADimmedPageAsWell) {
+    program.run([&] {
+        auto& parent = program.window("Kelo");
+        auto first = std::make_unique<EmptyDialog>(parent);
+        first->set_visible(false);
+        auto second = std::make_unique<EmptyDialog>(parent);
+        program.untilActive(*second);
+        first.reset();
+        EXPECT_TRUE(parent.has_css_class("kelo-dimmed"));
+        second.reset();
+        EXPECT_FALSE(parent.has_css_class("kelo-dimmed"));
+    });
+}
+
 TEST_F(PageDialog, OfAPageWithoutAHostNamesNone) {
     program.run([&] {
         auto asked = question(PageQuestionKind::alert, "Saved.");

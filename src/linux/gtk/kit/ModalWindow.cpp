@@ -62,7 +62,9 @@ ModalWindow::ModalWindow(Gtk::Window* parent) {
 
 ModalWindow::~ModalWindow() {
     unmapping.disconnect();
-    dimParent(false);
+    // One that has been closed may be followed by another.
+    if (get_mapped())
+        dimParent(false);
     std::erase(stack(), this);
     unset_default_widget();
     unset_child();

@@ -38,6 +38,7 @@ AboutWindow::AboutWindow(const std::string& version, std::function<void()> close
     auto* versionLine = makeLine(translated("Version %1", {version}), "kelo-dim");
     // To be copied into a report.
     versionLine->set_selectable();
+    versionLine->set_focusable(false); // a label that gets the focus selects its text
     column.set_margin(24);
     column.append(*icon);
     column.append(*makeLine(programName, "kelo-title"));
