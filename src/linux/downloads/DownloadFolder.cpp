@@ -102,6 +102,11 @@ DownloadPlace::~DownloadPlace() {
         g_warning("The rest of a download could not be removed: %s", failure.message().c_str());
 }
 
+void DownloadPlace::discard() const {
+    std::error_code ignored;
+    fs::remove_all(hidden, ignored);
+}
+
 std::string DownloadPlace::complete() {
     while (!moveWithoutReplacing(growingPath(), path)) {
         Names::reserved().erase(path);

@@ -32,6 +32,8 @@ public:
     /// Gives the complete file its name, and returns its path. If another program has taken the
     /// name, the file gets the next one; nothing is overwritten. Throws std::system_error.
     std::string complete();
+    /// Removes what is in the hidden folder now, as far as nobody else is busy with it.
+    void discard() const;
 
 private:
     std::filesystem::path hidden;

@@ -138,10 +138,12 @@ private:
         return translated("The service did not give the file. Try again later.");
     }
 
-    /// Afterwards the engine reports a failure.
+    // Afterwards the engine reports a failure. Until then, it may still be busy in the folder,
+    // which goes at once if it can: the program may be about to end.
     void stop() {
+        isStopped = true;
         webkit_download_cancel(download);
-        place.reset();
+        place->discard();
     }
 
     void tell() const {
@@ -169,6 +171,9 @@ private:
 
     // The engine emits it after a failure as well.
     void finished() {
+        // The whole file may have come before the engine heard of it.
+        if (isStopped)
+            place.reset();
         if (hasFailed || !place)
             return;
         try {
@@ -184,6 +189,7 @@ private:
     std::shared_ptr<downloads::DownloadList> list;
     std::optional<unsigned> identifier; ///< once the name is known
     std::unique_ptr<downloads::DownloadPlace> place;
+    bool isStopped = false; ///< by the user
     bool hasFailed = false;
 };
 
