@@ -265,6 +265,17 @@ void User::answerAlert(const std::string& buttonName) const {
         [&] { return !desktop.tree.find(wanted); });
 }
 
+void User::clickUntil(const std::string& effect, const Wanted& wanted,
+                      const std::function<bool()>& hasHadEffect) const {
+    insist(
+        effect,
+        [&] {
+            if (!hasHadEffect())
+                click(wanted);
+        },
+        hasHadEffect);
+}
+
 void User::insist(const std::string& effect, const std::function<void()>& action,
                   const std::function<bool()>& hasHadEffect) const {
     constexpr std::chrono::seconds patience{1};

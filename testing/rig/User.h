@@ -21,6 +21,9 @@ public:
     /// Waits until it can be clicked, and clicks its middle.
     void click(const Wanted& wanted, WindowId pageHolder = 0) const;
     /// Clicks into the field, waits until it has the keyboard, and types.
+    /// The same, again and again until it has an effect: a dialog takes no clicks at first.
+    void clickUntil(const std::string& effect, const Wanted& wanted,
+                    const std::function<bool()>& hasHadEffect) const;
     void typeInto(const Wanted& field, const std::string& text) const;
     void press(const std::string& key) const;
 

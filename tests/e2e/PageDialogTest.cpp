@@ -85,7 +85,7 @@ protected:
     }
     void awaitEnd() const { EXPECT_EQ(kelo->awaitExit(patience), 0) << kelo->printed(); }
 
-    const rig::Wanted mainPage{rig::Place::windows, {rig::Role::widget}, "WebKitWebView"};
+    const rig::Wanted mainPage{rig::Place::windows, {rig::Role::widget}, "Web page"};
     const std::string says = "localhost:8443 says";
     const std::string leaving = "Leave this page?";
 };
@@ -119,13 +119,14 @@ TEST_F(PageDialog, EndlessAlertsAreStopped) {
     show();
     user.click(rig::pageButton("Alert"));
     awaitDialog(says);
-    user.click(rig::button("OK"));
     const rig::Wanted refusal{
         rig::Place::windows, {rig::Role::checkBox}, "Do not let this page ask again"};
+    user.clickUntil("the page may be silenced", rig::button("OK"),
+                    [&] { return desktop().tree.find(refusal).has_value(); });
     user.click(refusal);
     picture("refused");
-    user.click(rig::button("OK"));
-    desktop().tree.awaitGone(rig::label(says));
+    user.clickUntil("the dialog is gone", rig::button("OK"),
+                    [&] { return !desktop().tree.find(rig::label(says)); });
     user.click(rig::pageButton("Confirm"));
     desktop().tree.await(rig::pageHeading("Heard false"));
 }

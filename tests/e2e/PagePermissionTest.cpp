@@ -98,7 +98,7 @@ TEST_F(PagePermission, MicrophoneIsAskedForOnceAndTakenBack) {
     listen();
     user.awaitDrawn(rig::label(question));
     picture("question");
-    user.click(rig::button("Allow"));
+    user.answerAlert("Allow");
     awaitHeading("Listening");
     picture("listening");
 
@@ -118,7 +118,7 @@ TEST_F(PagePermission, MicrophoneIsAskedForOnceAndTakenBack) {
 TEST_F(PagePermission, RefusalIsRemembered) {
     listen();
     user.awaitDrawn(rig::label(question));
-    user.click(rig::button("Don’t Allow"));
+    user.answerAlert("Don’t Allow");
     awaitHeading("NotAllowedError");
     startAgain();
     listen();
@@ -142,7 +142,7 @@ TEST_F(PagePermission, ClickOnANotificationOpensTheWindowAndReachesThePage) {
     user.click(rig::pageButton("Notify"));
     user.awaitDrawn(rig::label("Allow localhost to show notifications?"));
     picture("question");
-    user.click(rig::button("Allow"));
+    user.answerAlert("Allow");
     desktop().tree.awaitThat("the notification is shown", [&] { return !notified.shown.empty(); });
     EXPECT_EQ(notified.shown, std::vector<std::string>{"Dinner"});
     EXPECT_EQ(notified.body, "At eight");
