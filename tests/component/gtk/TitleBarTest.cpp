@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtkmm/progressbar.h>
 
+#include <algorithm>
+
 namespace kelo::tests {
 namespace {
 
@@ -16,8 +18,9 @@ protected:
     /// The window by what others see of it, whatever its title is now.
     Gtk::Window& shown() { return *program.windowsOnScreen().front(); }
     bool isBold(const std::string& text) {
-        auto* const label = labelSaying(shown(), text);
-        return label && label->get_mapped() && label->has_css_class("title");
+        return std::ranges::any_of(visibleIn<Gtk::Label>(shown()), [&](const Gtk::Label* label) {
+            return label->get_text() == text.c_str() && label->has_css_class("title");
+        });
     }
     Gtk::ProgressBar* loadBar() {
         const auto bars = visibleIn<Gtk::ProgressBar>(shown());

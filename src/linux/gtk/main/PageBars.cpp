@@ -91,7 +91,7 @@ void PageBars::draw() {
 void PageBars::drawLoad() {
     const auto progress = page ? page->controls().loadProgress() : std::nullopt;
     if (progress)
-        loadBar.set_fraction(std::clamp(*progress, 0.0, 1.0));
+        loadBar.set_fraction(*progress);
     loadBar.set_visible(progress.has_value());
 }
 
