@@ -36,8 +36,10 @@ class Gallery {
 public:
     explicit Gallery(std::string folder) : folder(std::move(folder)) {}
 
-    void show() {
-        program.run([this] {
+    void show(int textPercent) {
+        program.run([this, textPercent] {
+            constexpr int usualDensity = 96 * 1024;
+            Gtk::Settings::get_default()->property_gtk_xft_dpi() = usualDensity * textPercent / 100;
             // What fades in is there at once.
             Gtk::Settings::get_default()->property_gtk_enable_animations() = false;
             walk("light");
@@ -117,7 +119,7 @@ private:
         const unsigned report = list->begin("Annual report.pdf", [] {});
         list->progress(report, 3'100'000, 12'000'000);
         program.until("the amount is shown",
-                      [&] { return labelSaying(main, "3.1\u00a0MB of 12.0\u00a0MB") != nullptr; });
+                      [&] { return withClass(main, "kelo-downloads") != nullptr; });
         keep(main, "download");
         const unsigned film = list->begin("Film.mp4", [] {});
         list->refuse("Archive of all letters that were ever written to anybody, "
@@ -331,12 +333,12 @@ private:
 } // namespace kelo::tests
 
 int main(int count, char** arguments) {
-    if (count != 2) {
-        std::cerr << "usage: gallery FOLDER\n";
+    if (count < 2 || count > 3) {
+        std::cerr << "usage: gallery FOLDER [SIZE OF THE TEXT IN PERCENT]\n";
         return 2;
     }
     kelo::startup::followUserLocale();
     kelo::startup::findTranslations(KELO_BUILD_FOLDER);
-    kelo::tests::Gallery(arguments[1]).show();
+    kelo::tests::Gallery(arguments[1]).show(count == 3 ? std::stoi(arguments[2]) : 100);
     return 0;
 }
