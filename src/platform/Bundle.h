@@ -33,6 +33,7 @@ public:
 };
 
 /// Version and build of the program, "1.4.2 (57)", with "?" for each that the bundle does not say.
+/// Reads the dictionary anew for each of them.
 std::string versionString(Bundle& bundle);
 
 } // namespace kelo::platform

@@ -56,11 +56,11 @@ TEST_F(SettingsViewTest, EmptyTextIsAText) {
               " (15)");
 }
 
-TEST_F(SettingsViewTest, DictionaryIsReadAnewAtEachDrawing) {
+TEST_F(SettingsViewTest, DictionaryIsReadAnewForEachValueAndAtEachDrawing) {
     version(std::nullopt);
-    EXPECT_EQ(desktop.bundle.reads, 1);
-    EXPECT_EQ(version({{{"CFBundleShortVersionString", std::string("1.1")}}}), "1.1 (?)");
     EXPECT_EQ(desktop.bundle.reads, 2);
+    EXPECT_EQ(version({{{"CFBundleShortVersionString", std::string("1.1")}}}), "1.1 (?)");
+    EXPECT_EQ(desktop.bundle.reads, 4);
 }
 
 TEST_F(SettingsViewTest, BackendIsTheServicesHostAndNothingElse) {

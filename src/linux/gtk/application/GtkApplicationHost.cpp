@@ -13,13 +13,13 @@
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/kit/Style.h"
 #include "linux/gtk/kit/WindowPresentation.h"
-#include "linux/gtk/main/AboutWindow.h"
 #include "linux/gtk/main/MainWindow.h"
 #include "linux/gtk/main/MenuBar.h"
-#include "linux/gtk/main/PermissionsWindow.h"
-#include "linux/gtk/main/SettingsWindow.h"
-#include "linux/gtk/main/ShortcutsWindow.h"
 #include "linux/gtk/main/ViewCommands.h"
+#include "linux/gtk/windows/AboutWindow.h"
+#include "linux/gtk/windows/PermissionsWindow.h"
+#include "linux/gtk/windows/SettingsWindow.h"
+#include "linux/gtk/windows/ShortcutsWindow.h"
 
 #include <glibmm/miscutils.h>
 

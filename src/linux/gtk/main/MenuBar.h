@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/gtk/kit/Redrawing.h"
-#include "linux/gtk/main/ShortcutsWindow.h"
+#include "linux/gtk/windows/ShortcutsWindow.h"
 #include "platform/SceneGraph.h"
 
 #include <giomm/actionmap.h>

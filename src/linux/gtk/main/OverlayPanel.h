@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/gtk/main/WidthLimit.h"
+#include "linux/gtk/kit/WidthLimit.h"
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/box.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/gtk/main/ShortcutsWindow.h"
+#include "linux/gtk/windows/ShortcutsWindow.h"
 
 #include <giomm/menu.h>
 #include <giomm/simpleaction.h>

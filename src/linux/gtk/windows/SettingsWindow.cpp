@@ -1,4 +1,4 @@
-#include "linux/gtk/main/SettingsWindow.h"
+#include "linux/gtk/windows/SettingsWindow.h"
 
 #include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"

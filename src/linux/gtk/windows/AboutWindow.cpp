@@ -1,4 +1,4 @@
-#include "linux/gtk/main/AboutWindow.h"
+#include "linux/gtk/windows/AboutWindow.h"
 
 #include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"

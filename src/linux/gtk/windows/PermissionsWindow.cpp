@@ -1,4 +1,4 @@
-#include "linux/gtk/main/PermissionsWindow.h"
+#include "linux/gtk/windows/PermissionsWindow.h"
 
 #include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"

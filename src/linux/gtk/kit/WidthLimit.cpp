@@ -1,4 +1,4 @@
-#include "linux/gtk/main/WidthLimit.h"
+#include "linux/gtk/kit/WidthLimit.h"
 
 #include "linux/gtk/kit/Accessibility.h"
 

@@ -2,7 +2,7 @@
 
 #include "linux/gtk/kit/ProgramWindow.h"
 #include "linux/gtk/kit/Redrawing.h"
-#include "linux/gtk/main/WidthLimit.h"
+#include "linux/gtk/kit/WidthLimit.h"
 #include "platform/SceneGraph.h"
 
 #include <gtkmm/box.h>

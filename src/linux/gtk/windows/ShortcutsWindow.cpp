@@ -1,4 +1,4 @@
-#include "linux/gtk/main/ShortcutsWindow.h"
+#include "linux/gtk/windows/ShortcutsWindow.h"
 
 #include "base/Translation.h"
 #include "linux/gobject/GObjectPointer.h"
