@@ -129,9 +129,10 @@ private:
         keep(main, "downloads");
         list->finish(report, "/tmp/Annual report.pdf");
         keep(main, "downloads-finished");
+        const Gtk::TextDirection usual = Gtk::Widget::get_default_direction();
         Gtk::Widget::set_default_direction(Gtk::TextDirection::RTL);
         keep(main, "downloads-right-to-left");
-        Gtk::Widget::set_default_direction(Gtk::TextDirection::LTR);
+        Gtk::Widget::set_default_direction(usual);
         list->cancel(film);
         list->dismissEnded();
     }
@@ -199,20 +200,20 @@ private:
     void pageDialogs() {
         using Kind = window::PageQuestionKind;
         const std::string host = "assistant.example.com";
-        const std::string says = host + " says";
+        const std::string says = translated("%1 says", {host});
         pageDialog({Kind::alert, host, "The conversation was saved."}, says, "alert");
         pageDialog({Kind::confirm, host, "Delete this conversation?\n\n- 12 messages\n- 3 files",
                     "", true},
                    says, "confirm-refusable");
         pageDialog({Kind::prompt, host, "What should the conversation be called?", "Untitled"},
                    says, "prompt");
-        pageDialog({Kind::beforeUnload, host}, "Leave this page?", "leave");
+        pageDialog({Kind::beforeUnload, host}, translated("Leave this page?"), "leave");
         window::PageQuestion endless{Kind::prompt, host, "", "", true};
         while (endless.message.size() < 6000)
             endless.message += std::string(longError) + "\n";
         pageDialog(endless, says, "endless");
         const std::string longHost = std::string(60, 'x') + "." + std::string(60, 'y') + ".example";
-        pageDialog({Kind::alert, longHost, "שלום עולם"}, longHost + " says", "long-host");
+        pageDialog({Kind::alert, longHost, "שלום עולם"}, translated("%1 says", {longHost}), "long-host");
     }
 
     static Task<void> converse(authenticator::PasskeySheet& sheet,

@@ -58,6 +58,14 @@ TEST_F(PermissionsWindow, ShowsWhatIsRemembered) {
     });
 }
 
+TEST_F(PermissionsWindow, TheKeyboardBeginsAtTheAnswerThatHolds) {
+    permissions->remember(Capability::microphone, Answer::denied);
+    program.run([&] {
+        openByMenu();
+        EXPECT_EQ(window().get_focus(), &choice("Microphone: Don’t Allow"));
+    });
+}
+
 TEST_F(PermissionsWindow, ChangesTheAnswerByAClick) {
     permissions->remember(Capability::microphone, Answer::allowed);
     program.run([&] {

@@ -70,6 +70,9 @@ PermissionsWindow::PermissionsWindow(std::shared_ptr<permission::Permissions> gi
     column.append(*note);
     set_child(column);
     draw();
+    for (auto& button : buttonsOf.front())
+        if (button.get_active())
+            set_focus(button); // the keyboard begins where a radio group is entered
     redrawing.emplace(std::vector<std::shared_ptr<ObservableObject>>{permissions},
                       [this] { draw(); });
     whenEscapeIsPressed(*this, [this] {
@@ -100,6 +103,7 @@ void PermissionsWindow::addRow(Capability capability, Buttons& buttons) {
             if (!isDrawing && button.get_active())
                 permissions->remember(capability, answer);
         });
+        button.add_css_class("kelo-choice");
         choice->append(button);
     }
     line->append(*label);

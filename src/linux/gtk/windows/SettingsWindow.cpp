@@ -17,9 +17,10 @@ Gtk::Widget* makeRow(const platform::LabeledRow& row) {
     auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
     auto* label = Gtk::make_managed<Gtk::Label>(row.label);
     label->set_halign(Gtk::Align::START);
+    label->set_hexpand();
     auto* value = Gtk::make_managed<Gtk::Label>(row.value);
-    value->set_hexpand();
-    value->set_halign(Gtk::Align::END);
+    // Neither versions nor host names are ever read from the right.
+    value->set_direction(Gtk::TextDirection::LTR);
     value->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
     value->set_selectable();
     value->set_focusable(false); // only the row, because a focused label selects its text
