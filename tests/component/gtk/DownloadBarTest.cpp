@@ -2,7 +2,9 @@
 
 #include <gdk/gdkkeysyms.h>
 #include <gmock/gmock.h>
+#include <gtkmm/adjustment.h>
 #include <gtkmm/progressbar.h>
+#include <gtkmm/scrolledwindow.h>
 
 namespace kelo::tests {
 namespace {
@@ -102,6 +104,19 @@ TEST_F(DownloadBar, SaysWhyADownloadFailed) {
         EXPECT_TRUE(visibleIn<Gtk::ProgressBar>(*bar()).empty());
         EXPECT_FALSE(buttonNamed(main(), "Open report.pdf"));
         EXPECT_FALSE(buttonNamed(main(), "Show report.pdf in its folder"));
+    });
+}
+
+TEST_F(DownloadBar, ShowsAReasonOfSeveralLinesWhole) {
+    run([&] {
+        std::string reason;
+        while (reason.size() < 500)
+            reason += "The downloads folder cannot be written to. ";
+        list->fail(begin("report.pdf"), reason);
+        program.untilDrawn(main());
+        const auto scrolled = visibleIn<Gtk::ScrolledWindow>(*bar()).at(0)->get_vadjustment();
+        EXPECT_EQ(scrolled->get_upper(), scrolled->get_page_size());
+        EXPECT_GT(scrolled->get_page_size(), 60);
     });
 }
 

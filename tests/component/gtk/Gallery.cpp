@@ -213,7 +213,8 @@ private:
             endless.message += std::string(longError) + "\n";
         pageDialog(endless, says, "endless");
         const std::string longHost = std::string(60, 'x') + "." + std::string(60, 'y') + ".example";
-        pageDialog({Kind::alert, longHost, "שלום עולם"}, translated("%1 says", {longHost}), "long-host");
+        pageDialog({Kind::alert, longHost, "שלום עולם"}, translated("%1 says", {longHost}),
+                   "long-host");
     }
 
     static Task<void> converse(authenticator::PasskeySheet& sheet,

@@ -13,8 +13,8 @@ namespace kelo::gtk {
 
 namespace {
 
-/// In pixels: about three rows. The page is what the window is for.
-constexpr int tallestRows = 160;
+/// About three rows. The page is what the window is for.
+constexpr int tallestInLines = 10;
 /// In milliseconds. People read no faster than this.
 constexpr unsigned betweenDrawings = 200;
 
@@ -39,12 +39,9 @@ DownloadBar::DownloadBar(std::shared_ptr<downloads::DownloadList> list, std::fun
     add_css_class("kelo-downloads");
     setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_REGION);
     setAccessibleName(*this, translated("Downloads"));
-    scroll.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
-    scroll.set_propagate_natural_height();
-    scroll.set_max_content_height(tallestRows);
+    scroll.setMaximumInLines(tallestInLines);
     scroll.set_hexpand();
     rows.set_valign(Gtk::Align::CENTER);
-    scroll.set_child(rows);
     append(scroll);
     closeButton.set_icon_name("window-close-symbolic");
     closeButton.set_has_frame(false);
@@ -59,7 +56,6 @@ DownloadBar::DownloadBar(std::shared_ptr<downloads::DownloadList> list, std::fun
 
 DownloadBar::~DownloadBar() {
     clock.disconnect();
-    scroll.unset_child();
 }
 
 void DownloadBar::takeFocus() {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "linux/downloads/DownloadList.h"
+#include "linux/gtk/kit/HeightLimit.h"
 
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
-#include <gtkmm/scrolledwindow.h>
 
 #include <sigc++/connection.h>
 
@@ -38,8 +38,8 @@ private:
 
     const std::shared_ptr<downloads::DownloadList> list;
     std::function<void()> leave;
-    Gtk::ScrolledWindow scroll;
     Gtk::Box rows{Gtk::Orientation::VERTICAL};
+    HeightLimit scroll{rows};
     Gtk::Button closeButton;
     std::map<unsigned, std::unique_ptr<DownloadRow>> byIdentifier;
     std::shared_ptr<downloads::DownloadObserver> observer;
