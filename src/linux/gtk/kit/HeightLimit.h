@@ -4,8 +4,8 @@
 
 namespace kelo::gtk {
 
-/// Asks for the height that its one child needs at the width it gets, up to a maximum; what does not
-/// fit is scrolled.
+/// Asks for the height that its one child needs at the width it gets, up to a maximum; what does
+/// not fit is scrolled.
 class HeightLimit final : public Gtk::ScrolledWindow {
 public:
     /// The child is owned by the caller and must outlive this.
