@@ -64,7 +64,7 @@ protected:
 
 TEST_F(Download, IsShownAndCancelledByAClick) {
     startDownload();
-    picture("running");
+    look("running");
     user.click(cancelButton);
     desktop().tree.awaitGone(cancelButton);
     desktop().tree.awaitThat("nothing is left", [&] { return saved().empty(); });
@@ -74,7 +74,7 @@ TEST_F(Download, IsShownAndCancelledByAClick) {
 TEST_F(Download, ThatIsCompleteIsThereUnderItsName) {
     user.click(rig::pageButton("Make a file"));
     user.awaitDrawn(rig::button("Open made.txt"));
-    picture("finished");
+    look("finished");
     EXPECT_EQ(saved(), std::vector<std::string>{"made.txt"});
     user.click(rig::button("Close"));
     desktop().tree.awaitGone(rig::button("Open made.txt"));
@@ -84,7 +84,7 @@ TEST_F(Download, IsKeptByTheQuestionAtQuitAndThenGivenUp) {
     startDownload();
     user.chooseFromMenu("Kelo", "Quit");
     user.awaitDrawn(rig::button("Keep Downloading"));
-    picture("question");
+    look("question");
     user.answerAlert("Keep Downloading");
     EXPECT_TRUE(kelo->isRunning());
     EXPECT_EQ(saved().size(), 1u);

@@ -21,7 +21,7 @@ TEST_F(FirstLoad, WithoutAServiceSaysSoAndTriesAgainOnRequest) {
     startKelo();
     user.awaitDrawn(pageHeading("Kelo cannot reach localhost"));
     desktop().tree.awaitGone(button("Sign in with passkey"));
-    picture("notice");
+    look("notice");
     startService();
     user.click(pageButton("Try again"));
     user.awaitLoginPage();

@@ -191,7 +191,7 @@ TEST_F(ForeignPage, IsNamedWithoutTheSignInButtonAndLeftByKeys) {
     desktop().tree.await(
         {rig::Place::windows, {rig::Role::statusBar}, "This page is from localhost:8444"});
     desktop().tree.awaitGone(rig::button("Sign in with passkey"));
-    picture("named");
+    look("named");
     user.press("F6");
     desktop().tree.awaitThat("the bar has the keyboard", [&] {
         return desktop().tree.await(rig::button("Back to Kelo")).isFocused();

@@ -96,7 +96,7 @@ TEST_F(PageDialog, ConfirmIsAnsweredByKeys) {
     show();
     user.click(rig::pageButton("Confirm"));
     awaitDialog(says);
-    picture("confirm");
+    look("confirm");
     answer(says, "Return");
     desktop().tree.await(rig::pageHeading("Heard true"));
     user.click(rig::pageButton("Confirm"));
@@ -110,7 +110,7 @@ TEST_F(PageDialog, PromptIsFilledIn) {
     awaitDialog(says);
     for (const char* key : {"e", "v", "a"})
         user.press(key);
-    picture("prompt");
+    look("prompt");
     answer(says, "Return");
     desktop().tree.await(rig::pageHeading("Heard eva"));
 }
@@ -124,7 +124,7 @@ TEST_F(PageDialog, EndlessAlertsAreStopped) {
     user.clickUntil("the page may be silenced", rig::button("OK"),
                     [&] { return desktop().tree.find(refusal).has_value(); });
     user.click(refusal);
-    picture("refused");
+    look("refused");
     user.clickUntil("the dialog is gone", rig::button("OK"),
                     [&] { return !desktop().tree.find(rig::label(says)); });
     user.click(rig::pageButton("Confirm"));
@@ -140,7 +140,7 @@ TEST_F(PageDialog, OnALargeDarkScreenLooksAlike) {
     });
     user.press("p");
     awaitDialog(says);
-    picture("prompt");
+    look("prompt");
     answer(says, "Return");
     desktop().tree.await(rig::pageHeading("Heard Ann"));
 }
@@ -150,7 +150,7 @@ TEST_F(PageDialog, QuitIsUpToTheUserIfThePageObjects) {
     enterNote();
     desktop().screen.press("q", {"Control_L"});
     awaitDialog(leaving);
-    picture("leaving");
+    look("leaving");
     answer(leaving, "Escape");
     EXPECT_TRUE(kelo->isRunning());
     desktop().tree.await(rig::pageHeading("Asks"));
@@ -182,7 +182,7 @@ TEST_F(PageDialog, OfThePanelStandsInItsPlaceAndGivesItTheKeyboardBack) {
     const auto shown = showPanel();
     user.press("a");
     awaitDialog(says);
-    picture("dialog");
+    look("dialog");
     answer(says, "Return");
     user.awaitDrawn(rig::pageHeading("Heard true"), shown.identifier);
     awaitKeyboard(shown);

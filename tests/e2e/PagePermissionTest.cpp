@@ -97,10 +97,10 @@ protected:
 TEST_F(PagePermission, MicrophoneIsAskedForOnceAndTakenBack) {
     listen();
     user.awaitDrawn(rig::label(question));
-    picture("question");
+    look("question");
     user.answerAlert("Allow");
     awaitHeading("Listening");
-    picture("listening");
+    look("listening");
 
     startAgain();
     listen();
@@ -109,10 +109,10 @@ TEST_F(PagePermission, MicrophoneIsAskedForOnceAndTakenBack) {
 
     user.chooseFromMenu("Kelo", "Permissions…");
     user.awaitDrawn(rig::choice("Microphone: Ask"));
-    picture("permissions");
+    look("permissions");
     user.click(rig::choice("Microphone: Don’t Allow"));
     awaitHeading("Ended");
-    picture("ended");
+    look("ended");
 }
 
 TEST_F(PagePermission, RefusalIsRemembered) {
@@ -141,7 +141,7 @@ TEST_F(PagePermission, ClickOnANotificationOpensTheWindowAndReachesThePage) {
     showPage("https://localhost:8443/notify");
     user.click(rig::pageButton("Notify"));
     user.awaitDrawn(rig::label("Allow localhost to show notifications?"));
-    picture("question");
+    look("question");
     user.answerAlert("Allow");
     desktop().tree.awaitThat("the notification is shown", [&] { return !notified.shown.empty(); });
     EXPECT_EQ(notified.shown, std::vector<std::string>{"Dinner"});

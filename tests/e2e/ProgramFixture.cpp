@@ -1,5 +1,7 @@
 #include "e2e/ProgramFixture.h"
 
+#include <gmock/gmock.h>
+
 #include <cstdlib>
 #include <iostream>
 
@@ -73,6 +75,11 @@ void ProgramFixture::picture(const std::string& moment) const {
     const char* manager = std::getenv("KELO_PRIVATE_DESKTOP_MANAGER");
     desktop().screen.capture(build() / "e2e" / (manager ? manager : "openbox") /
                              (std::string(test->name()) + "-" + moment + ".png"));
+}
+
+void ProgramFixture::look(const std::string& moment) const {
+    picture(moment);
+    EXPECT_THAT(desktop().tree.badlyNamed(), testing::IsEmpty()) << moment;
 }
 
 } // namespace kelo::e2e

@@ -45,6 +45,8 @@ protected:
 
     /// Takes another picture, named after the test and the moment.
     void picture(const std::string& moment) const;
+    /// Takes a picture, and expects that a screen reader can name everything that is shown.
+    void look(const std::string& moment) const;
 
     static rig::PrivateDesktop& desktop();
     static std::filesystem::path build();

@@ -25,7 +25,7 @@ TEST_F(SignIn, SaysThatThePasswordIsWrongAndTakesTheRightOne) {
     user.pressSignInWithPasskey();
     user.confirmSheet("not the password");
     desktop().tree.await(alert("Wrong password. Try again."));
-    picture("wrong");
+    look("wrong");
     user.answerSheet(desktop().loginPassword);
     user.awaitSignedIn("Ada");
 }
@@ -83,7 +83,7 @@ TEST_F(SignIn, AsksWhichOfSeveralAccounts) {
     user.awaitSheet();
     desktop().tree.await(choice("ada@example.org"));
     user.click(choice("grace@example.org"));
-    picture("choice");
+    look("choice");
     user.confirmSheet(desktop().loginPassword);
     user.awaitSignedIn("Grace");
 }

@@ -23,14 +23,14 @@ TEST_F(UpdateProgramFixture, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     askForUpdates();
     awaitText("Checking for updates…");
     awaitInFront(updateWindow);
-    picture("1-checking");
+    look("1-checking");
     server->letGo();
 
     awaitText(offered);
     awaitText("Version 1.1 is available. You have version 1.0.");
     desktop().tree.await(rig::button("Skip This Version"));
     desktop().tree.await(rig::button("Remind Me Later"));
-    picture("2-offer");
+    look("2-offer");
     server->holdBack();
     choose("Install Update");
 
@@ -40,13 +40,13 @@ TEST_F(UpdateProgramFixture, GoesFromOneVersionToTheNextAndComesBackAsIt) {
         return bar && bar->value() > 0;
     });
     awaitInFront(updateWindow);
-    picture("3-downloading");
+    look("3-downloading");
     server->letGo();
 
     awaitText("The update is ready");
     awaitText("Kelo will close, and open again as version 1.1.");
     awaitInFront(updateWindow);
-    picture("4-ready");
+    look("4-ready");
     EXPECT_EQ(installedVersion(), "1.0");
     choose("Install and Relaunch");
 
@@ -55,24 +55,24 @@ TEST_F(UpdateProgramFixture, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     user.awaitLoginPage();
     EXPECT_EQ(installedVersion(), "1.1");
     awaitThat("one copy runs", [&] { return runningCopies().size() == 1; });
-    picture("5-relaunched");
+    look("5-relaunched");
 
     ask("--settings");
     awaitText("1.1 (2)");
     awaitText("localhost");
     awaitInFront("Settings");
-    picture("6-settings");
+    look("6-settings");
     user.press("Escape");
     awaitNoText("1.1 (2)");
 
     askForUpdates();
     awaitText("Kelo is up to date");
     awaitText("Kelo 1.1 is the newest version there is.");
-    picture("7-up-to-date");
+    look("7-up-to-date");
     choose("OK");
     awaitText("Check for updates automatically?");
     awaitInFront(updateWindow);
-    picture("8-automatically");
+    look("8-automatically");
     choose("Don’t Check");
     awaitNoText("Check for updates automatically?");
 
@@ -89,7 +89,7 @@ TEST_F(UpdateProgramFixture, RefusesWhatAnotherKeySigned) {
     awaitText("The update did not work");
     awaitText("Nothing shows that this update comes from Kelo's publisher, so it was not "
               "installed. Please ask the publisher, and keep using the version you have.");
-    picture("refused");
+    look("refused");
     choose("OK");
     awaitNoText("The update did not work");
     EXPECT_EQ(installedVersion(), "1.0");
@@ -116,7 +116,7 @@ TEST_F(UpdateProgramFixture, SettingsShowVersionAndHostAndGoWithEscapeOrTheirClo
     awaitText("1.0 (1)");
     awaitText("localhost");
     awaitInFront("Settings");
-    picture("settings");
+    look("settings");
     user.press("Escape");
     awaitNoText("1.0 (1)");
     ask("--settings");
@@ -131,17 +131,17 @@ TEST_F(UpdateProgramFixture, LeavesTheOldVersionInPlaceForAUserWhoPutsItOff) {
     startInstalled({"--check-for-updates"}, {{"GDK_SCALE", "2"}});
     desktop().tree.await(rig::label(offered));
     awaitInFront(updateWindow);
-    picture("1-offer");
+    look("1-offer");
     user.press("Return");
     desktop().tree.await(rig::label("The update is ready"));
     awaitInFront(updateWindow);
-    picture("2-ready");
+    look("2-ready");
     user.press("Escape");
     awaitNoText("The update is ready");
     ask("--settings");
     desktop().tree.await(rig::label("1.0 (1)"));
     awaitInFront("Settings");
-    picture("3-settings");
+    look("3-settings");
     EXPECT_EQ(installedVersion(), "1.0");
 }
 

@@ -112,6 +112,7 @@ void PermissionsWindow::addRow(Capability capability, Buttons& buttons) {
     auto* row = dynamic_cast<Gtk::ListBoxRow*>(line->get_parent());
     row->set_activatable(false);
     row->set_focusable(false); // the buttons take the keyboard
+    setAccessibleName(*row, nameOf(capability));
 }
 
 void PermissionsWindow::draw() {
