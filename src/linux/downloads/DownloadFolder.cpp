@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
@@ -20,7 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view hiddenPrefix = ".kelo-download-";
-constexpr long usualNameLength = 255;
+constexpr long usualNameLength = 255; ///< in bytes
 constexpr long leastNameLength = 48;
 
 [[noreturn]] void fail(const char* what) {
@@ -34,13 +35,15 @@ posix::FileDescriptor openFolder(const fs::path& path) {
 
 std::size_t longestNameIn(const fs::path& folder) {
     const long length = ::pathconf(folder.c_str(), _PC_NAME_MAX);
-    return static_cast<std::size_t>(length >= leastNameLength ? length : usualNameLength);
+    if (length < leastNameLength)
+        return usualNameLength;
+    // Sticks take 255 characters, and say how many bytes those could be at the most.
+    return static_cast<std::size_t>(std::min(length, usualNameLength));
 }
 
 // Also a link that leads nowhere has the name.
 bool isTaken(const fs::path& path) {
-    std::error_code unreadable;
-    return fs::symlink_status(path, unreadable).type() != fs::file_type::not_found;
+    return fs::exists(fs::symlink_status(path));
 }
 
 /// A folder of this process's own in the given one, and the lock that says so.
@@ -86,12 +89,12 @@ struct DownloadPlace::Names {
 };
 
 DownloadPlace::DownloadPlace(fs::path hidden, posix::FileDescriptor lock,
-                             std::shared_ptr<Names> names)
+                             std::shared_ptr<Names> names, fs::path path)
     : hidden(std::move(hidden)),
       lock(std::move(lock)),
       names(std::move(names)),
-      path(this->names->nextFree()) {
-    Names::reserved().insert(path);
+      path(std::move(path)) {
+    Names::reserved().insert(this->path);
 }
 
 DownloadPlace::~DownloadPlace() {
@@ -119,10 +122,12 @@ std::string DownloadPlace::complete() {
 std::unique_ptr<DownloadPlace> DownloadFolder::makePlace(std::string_view suggestion) {
     if (g_mkdir_with_parents(folder.c_str(), 0700) != 0)
         fail("the downloads folder could not be made");
-    auto [hidden, lock] = makeHiddenFolder(folder);
     auto names = std::make_shared<DownloadPlace::Names>(
         DownloadPlace::Names{folder, safeFileName(suggestion), longestNameIn(folder)});
-    return std::make_unique<DownloadPlace>(std::move(hidden), std::move(lock), std::move(names));
+    auto path = names->nextFree();
+    auto [hidden, lock] = makeHiddenFolder(folder);
+    return std::make_unique<DownloadPlace>(std::move(hidden), std::move(lock), std::move(names),
+                                           std::move(path));
 }
 
 fs::path userDownloadsFolder() {

@@ -18,9 +18,10 @@ class DownloadPlace {
 public:
     struct Names;
 
-    /// By DownloadFolder. lock: of the hidden folder, which says that somebody uses it.
+    /// By DownloadFolder. lock: of the hidden folder, which says that somebody uses it. path: what
+    /// the file will be.
     DownloadPlace(std::filesystem::path hidden, posix::FileDescriptor lock,
-                  std::shared_ptr<Names> names);
+                  std::shared_ptr<Names> names, std::filesystem::path path);
     ~DownloadPlace();
     DownloadPlace(const DownloadPlace&) = delete;
     DownloadPlace& operator=(const DownloadPlace&) = delete;

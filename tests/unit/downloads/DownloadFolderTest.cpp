@@ -2,12 +2,30 @@
 
 #include "testing/TemporaryFolder.h"
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <system_error>
+
+namespace {
+
+/// What the file system says instead of the truth, in bytes.
+std::optional<long> claimedNameLength;
+
+} // namespace
+
+/// In the C library's place.
+extern "C" long pathconf(const char* path, int name) noexcept {
+    if (claimedNameLength && name == _PC_NAME_MAX)
+        return *claimedNameLength;
+    static const auto real = reinterpret_cast<decltype(&pathconf)>(dlsym(RTLD_NEXT, "pathconf"));
+    return real(path, name);
+}
 
 namespace kelo::test {
 namespace {
@@ -110,6 +128,24 @@ TEST_F(DownloadFolder, TakesNamesOf300Letters) {
     const auto place = downloadFolder.makePlace(std::string(300, 'n') + ".pdf");
     write(place->growingPath(), "whole");
     EXPECT_EQ(fs::path(place->complete()).filename(), std::string(251, 'n') + ".pdf");
+}
+
+// Those of sticks do: they count the most bytes that 255 characters could have anywhere.
+TEST_F(DownloadFolder, BelievesNoFileSystemThatClaimsToTakeLongerNames) {
+    claimedNameLength = 1530;
+    const auto place = downloadFolder.makePlace(std::string(300, 'n') + ".pdf");
+    claimedNameLength.reset();
+    EXPECT_EQ(place->name(), std::string(251, 'n') + ".pdf");
+}
+
+TEST_F(DownloadFolder, FailsWhereNoNameCanBeLookedUp) {
+    // Short enough for the folder, and too long for a path in it.
+    fs::path deep = folder;
+    while (deep.string().size() < 3900)
+        deep /= std::string(150, 'd');
+    EXPECT_THROW(downloads::DownloadFolder(deep).makePlace(std::string(251, 'n') + ".pdf"),
+                 std::system_error);
+    EXPECT_THAT(filesIn(deep), IsEmpty());
 }
 
 TEST_F(DownloadFolder, FailsWithTheReasonOfTheSystem) {
