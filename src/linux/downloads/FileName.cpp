@@ -1,6 +1,7 @@
 #include "linux/downloads/FileName.h"
 
-#include "linux/gobject/GObjectPointer.h"
+#include "base/ShownText.h"
+#include "base/Utf8.h"
 
 #include <glib.h>
 
@@ -16,6 +17,12 @@ constexpr std::size_t longestInnerExtension = 5;
 constexpr gunichar nonJoiner = 0x200C;
 constexpr gunichar joiner = 0x200D;
 
+// Windows and its file systems, which sticks and shared folders have, take none of these.
+constexpr std::string_view refused = "/\\:*?\"<>|";
+
+// A joiner at the beginning would hide the dot behind it, or be the whole of the name.
+constexpr std::array<std::string_view, 4> notFirst = {".", " ", "\u200c", "\u200d"};
+
 constexpr std::array<std::string_view, 10> compressions = {".gz", ".bz2",  ".xz", ".zst", ".lz",
                                                            ".br", ".lzma", ".z",  ".lz4", ".lzo"};
 
@@ -25,38 +32,14 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-void append(std::string& text, gunichar character) {
-    std::array<char, 6> bytes{};
-    const int length = g_unichar_to_utf8(character, bytes.data());
-    text.append(bytes.data(), static_cast<std::size_t>(length));
-}
-
-/// The character as it may stand in a name; 0 to leave it out.
-gunichar fitForName(gunichar character) {
-    // Windows and its file systems, which sticks and shared folders have, take none of these.
-    constexpr std::u32string_view refused = U"/\\:*?\"<>|";
-    switch (g_unichar_type(character)) {
-    case G_UNICODE_FORMAT:
-        // Some scripts cannot be spelled without the joiners. The others turn text around or hide
-        // in it: the name would be shown with another extension than the file has.
-        return character == joiner || character == nonJoiner ? character : 0;
-    case G_UNICODE_CONTROL:
-    case G_UNICODE_LINE_SEPARATOR:
-    case G_UNICODE_PARAGRAPH_SEPARATOR:
-        return '_';
-    default:
-        return refused.find(character) == std::u32string_view::npos ? character : U'_';
-    }
-}
-
 std::string cleaned(std::string_view suggestion) {
-    const gobject::GText valid(
-        g_utf8_make_valid(suggestion.data(), static_cast<gssize>(suggestion.size())));
-    std::string name;
-    for (const char* at = valid.get(); *at != '\0'; at = g_utf8_next_char(at))
-        if (const gunichar character = fitForName(g_utf8_get_char(at)))
-            append(name, character);
-    name.erase(0, name.find_first_not_of(". "));
+    std::string name = shownLine(suggestion, suggestion.size() + 1);
+    std::ranges::replace_if(
+        name, [](char character) { return refused.find(character) != std::string_view::npos; },
+        '_');
+    const auto begins = [&name](std::string_view text) { return name.starts_with(text); };
+    while (std::ranges::any_of(notFirst, begins))
+        name.erase(0, utf8SequenceAt(name, 0).length);
     name.erase(name.find_last_not_of(". ") + 1);
     return name;
 }
@@ -76,11 +59,14 @@ std::size_t extensionIn(std::string_view name, std::size_t longest) {
 // On Windows they are no files, whatever the extension. A name that a stick could not take would be
 // a trap.
 bool isDevice(std::string_view stem) {
-    const std::string name = lowerCase(stem.substr(0, stem.find('.')));
-    if (name == "con" || name == "prn" || name == "aux" || name == "nul")
+    constexpr std::array names = {"con", "prn", "aux", "nul", "conin$", "conout$"};
+    constexpr std::array digits = {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "¹", "²", "³"};
+    std::string name = lowerCase(stem.substr(0, stem.find('.')));
+    name.erase(name.find_last_not_of(' ') + 1);
+    if (std::ranges::find(names, name) != names.end())
         return true;
-    return name.size() == 4 && (name.starts_with("com") || name.starts_with("lpt")) &&
-           g_ascii_isdigit(name[3]);
+    return (name.starts_with("com") || name.starts_with("lpt")) &&
+           std::ranges::find(digits, name.substr(3)) != digits.end();
 }
 
 /// Whether the character continues the one before it, as an accent does.

@@ -13,10 +13,10 @@ struct FileName {
     std::string extension;
 };
 
-/// The name for a file that somebody else suggests one for. It contains no folder, no control, no
-/// direction mark, and none of the characters that some file systems refuse. It is not hidden, does
-/// not end with a dot or a blank, and is no name of a device. Never empty. Takes any bytes; the
-/// name is UTF-8 and may still be too long.
+/// The name for a file that somebody else suggests one for. It contains no folder, nothing that
+/// shownName() leaves out, and none of the characters that some file systems refuse. It is not
+/// hidden, does not end with a dot or a blank, and is no name of a device. Never empty. Takes any
+/// bytes; the name is UTF-8 and may still be too long.
 FileName safeFileName(std::string_view suggestion);
 
 /// "report.pdf" for 1, "report (2).pdf" for 2, and so on, in at most so many bytes. The stem loses
