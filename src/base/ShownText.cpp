@@ -180,4 +180,19 @@ std::string shortened(std::string_view text, std::size_t most) {
     return std::string(text);
 }
 
+// Some desktops read markup in a notification, others show what would keep them from it.
+std::string withoutMarkup(std::string_view text) {
+    std::string plain;
+    for (const char character : text)
+        if (character == '<')
+            plain += "‹";
+        else if (character == '>')
+            plain += "›";
+        else if (character == '&')
+            plain += "＆";
+        else
+            plain += character;
+    return plain;
+}
+
 } // namespace kelo

@@ -25,4 +25,8 @@ std::string shownText(std::string_view text, std::size_t most);
 /// The text, or its first characters and "…" if it has more than `most`. Never cuts a character.
 std::string shortened(std::string_view text, std::size_t most);
 
+/// The text with signs that look alike in place of "<", ">" and "&": for where it is unknown
+/// whether markup is read.
+std::string withoutMarkup(std::string_view text);
+
 } // namespace kelo

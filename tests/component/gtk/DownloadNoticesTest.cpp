@@ -16,6 +16,13 @@ protected:
         main().close();
         RunningProgram::settle();
     }
+    std::string finishUnseen(const std::string& name) {
+        const unsigned download = begin(name);
+        closeWindow();
+        const auto path = finish(download, name);
+        awaitNotice();
+        return path;
+    }
     void awaitNotice() {
         RunningProgram::until("the notice is shown", [&] { return !desktop.shown.empty(); });
         awaitAnswers(desktop);
@@ -47,10 +54,7 @@ TEST_F(DownloadNotices, AreNotShownWhileTheWindowIsInUse) {
 
 TEST_F(DownloadNotices, OpenTheFile) {
     run([&] {
-        const unsigned report = begin("report.pdf");
-        closeWindow();
-        const auto path = finish(report, "report.pdf");
-        awaitNotice();
+        const auto path = finishUnseen("report.pdf");
         EXPECT_THAT(desktop.shown, ElementsAre("Download finished"));
         EXPECT_EQ(desktop.body, "report.pdf");
         desktop.press("default");
@@ -61,10 +65,7 @@ TEST_F(DownloadNotices, OpenTheFile) {
 
 TEST_F(DownloadNotices, HaveAButtonForEachThingToDo) {
     run([&] {
-        const unsigned report = begin("report.pdf");
-        closeWindow();
-        const auto path = finish(report, "report.pdf");
-        awaitNotice();
+        const auto path = finishUnseen("report.pdf");
         desktop.press(actionOf("Show in Folder"));
         RunningProgram::until("the file is shown", [&] { return !shown.empty(); });
         EXPECT_THAT(shown, ElementsAre(path));
@@ -74,14 +75,19 @@ TEST_F(DownloadNotices, HaveAButtonForEachThingToDo) {
 
 TEST_F(DownloadNotices, OnlyShowAFileThatCouldRun) {
     run([&] {
-        const unsigned page = begin("page.html");
-        closeWindow();
-        const auto path = finish(page, "page.html");
-        awaitNotice();
+        const auto path = finishUnseen("page.html");
         EXPECT_EQ(actionOf("Open"), "");
         desktop.press("default");
         RunningProgram::until("the file is shown", [&] { return !shown.empty(); });
+        EXPECT_THAT(shown, ElementsAre(path));
         EXPECT_THAT(opened, IsEmpty());
+    });
+}
+
+TEST_F(DownloadNotices, KeepMarkupOutOfTheName) {
+    run([&] {
+        finishUnseen("R&D &lt;1&gt;.pdf");
+        EXPECT_EQ(desktop.body, "R＆D ＆lt;1＆gt;.pdf");
     });
 }
 
@@ -113,10 +119,7 @@ TEST_F(DownloadNotices, TakeOnlyFilesThatWereSaved) {
 
 TEST_F(DownloadNotices, GoWithTheProgram) {
     run([&] {
-        const unsigned report = begin("report.pdf");
-        closeWindow();
-        finish(report, "report.pdf");
-        awaitNotice();
+        finishUnseen("report.pdf");
         EXPECT_EQ(desktop.closed, 0);
     });
     RunningProgram::until("the notice is gone", [&] { return desktop.closed == 1; });

@@ -1,5 +1,6 @@
 #include "linux/gtk/application/DownloadNotices.h"
 
+#include "base/ShownText.h"
 #include "base/Translation.h"
 
 #include <giomm/notification.h>
@@ -22,7 +23,7 @@ std::string full(const char* action) {
 
 Glib::RefPtr<Gio::Notification> noticeOfFailure(const downloads::Download& download) {
     const auto notice = Gio::Notification::create(translated("Download failed"));
-    notice->set_body(download.name + "\n" + download.sentence);
+    notice->set_body(withoutMarkup(download.name + "\n" + download.sentence));
     notice->set_default_action("app.open");
     return notice;
 }
@@ -31,7 +32,7 @@ Glib::RefPtr<Gio::Notification> noticeOf(const downloads::Download& download) {
     if (download.status == downloads::DownloadStatus::failed)
         return noticeOfFailure(download);
     const auto notice = Gio::Notification::create(translated("Download finished"));
-    notice->set_body(download.name);
+    notice->set_body(withoutMarkup(download.name));
     notice->set_default_action("app.open");
     // A folder above may have a name in another encoding, which cannot be sent.
     if (!g_utf8_validate(download.path.c_str(), -1, nullptr))

@@ -1,5 +1,6 @@
 #include "linux/gtk/application/PageNotices.h"
 
+#include "base/ShownText.h"
 #include "deployment/Deployment.h"
 
 #include <giomm/notification.h>
@@ -14,22 +15,6 @@ namespace {
 
 constexpr const char* clickAction = "page-notification";
 constexpr const char* fullClickAction = "app.page-notification";
-
-// Some desktops read markup in the body, others show what would keep them from it. So what begins
-// and ends markup is replaced by a sign that looks alike.
-std::string withoutMarkup(const std::string& text) {
-    std::string plain;
-    for (const char character : text)
-        if (character == '<')
-            plain += "‹";
-        else if (character == '>')
-            plain += "›";
-        else if (character == '&')
-            plain += "＆";
-        else
-            plain += character;
-    return plain;
-}
 
 } // namespace
 
