@@ -263,6 +263,20 @@ TEST_F(PageDialog, IsNotShownAnyMoreOnceItsPageHasGoneWhileItWaited) {
     });
 }
 
+TEST_F(PageDialog, ComesOnceTheOneBeforeItIsTakenAway) {
+    program.run([&] {
+        show(question(PageQuestionKind::alert, "First."));
+        dialog();
+        auto shown = std::move(open);
+        auto second = question(PageQuestionKind::alert, "Second.");
+        second.host = "second.example.com";
+        show(second);
+        shown.reset(); // its page has gone
+        dialog("second.example.com says");
+        open.reset();
+    });
+}
+
 TEST_F(PageDialog, LeavesTheKeyboardToAnotherProgram) {
     program.run([&] {
         screen::OtherProgram other;

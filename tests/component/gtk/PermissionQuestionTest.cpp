@@ -2,6 +2,7 @@
 #include "linux/gtk/dialogs/ConfirmationGuard.h"
 #include "linux/gtk/dialogs/GtkPermissionAsker.h"
 #include "linux/gtk/kit/ModalWindow.h"
+#include "testing/screen/OtherProgram.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
@@ -159,6 +160,20 @@ TEST_F(PermissionQuestion, GoesWhenItIsTakenAway) {
         EXPECT_EQ(gtk::ModalWindow::topmost(), nullptr);
         RunningProgram::settle();
         EXPECT_TRUE(answers.empty());
+    });
+}
+
+TEST_F(PermissionQuestion, LeavesTheKeyboardToAnotherProgram) {
+    program.run([&] {
+        screen::OtherProgram other;
+        RunningProgram::until("the other program has the keyboard",
+                              [&] { return !program.window("Kelo").is_active(); });
+        asked = asker.ask(GTK_WIDGET(program.app.page->area.gobj()),
+                          {"a.example", {Capability::camera}}, [](std::optional<bool>) {});
+        program.untilDrawn(dialog());
+        RunningProgram::settle();
+        EXPECT_FALSE(dialog().is_active());
+        asked.reset();
     });
 }
 

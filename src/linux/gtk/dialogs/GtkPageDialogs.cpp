@@ -1,26 +1,25 @@
 #include "linux/gtk/dialogs/GtkPageDialogs.h"
 
 #include "base/async/MainLoop.h"
+#include "linux/gtk/dialogs/KeyboardTurn.h"
 #include "linux/gtk/dialogs/PageDialogWindow.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
+#include <optional>
 #include <utility>
 
 namespace kelo::gtk {
 
 namespace {
 
-/// As long as a window manager may need to give the keyboard back to the page's window.
-constexpr std::chrono::seconds turnOfTheManager{1};
-
 class OpenDialog final : public window::PageDialog {
 public:
     OpenDialog(window::PageQuestion question, GtkWindow* parent,
-               std::shared_ptr<GtkPageDialogs::Shared> shared,
+               std::shared_ptr<KeyboardTurn> keyboard,
                std::function<void(const window::PageAnswer&)> answered)
         : question(std::move(question)),
           parent(parent ? Glib::wrap(parent) : nullptr),
-          shared(std::move(shared)),
+          keyboard(std::move(keyboard)),
           answered(std::move(answered)) {
         open();
     }
@@ -46,25 +45,21 @@ private:
     }
 
     void present() {
-        window.emplace(question, parent, shared->now, [this](const window::PageAnswer& answer) {
-            shared->lastAnswer = shared->now();
-            answered(answer);
-        });
-        if (mayTakeKeyboard())
+        const bool takesKeyboard = question.isUrgent || hasWaited || keyboard->isOurs(parent);
+        window.emplace(question, parent, keyboard->clock(),
+                       [this](const window::PageAnswer& answer) {
+                           keyboard->answered();
+                           answered(answer);
+                       });
+        if (takesKeyboard)
             window->present();
         else
             showWithoutFocus(*window);
     }
 
-    // Somebody may be typing in another program.
-    bool mayTakeKeyboard() const {
-        return question.isUrgent || hasWaited || !parent || parent->is_active() ||
-               (shared->lastAnswer && shared->now() < *shared->lastAnswer + turnOfTheManager);
-    }
-
     window::PageQuestion question;
     Gtk::Window* parent;
-    std::shared_ptr<GtkPageDialogs::Shared> shared;
+    std::shared_ptr<KeyboardTurn> keyboard;
     std::function<void(const window::PageAnswer&)> answered;
     std::shared_ptr<OpenDialog*> self = std::make_shared<OpenDialog*>(this);
     sigc::connection others;
@@ -75,14 +70,14 @@ private:
 } // namespace
 
 GtkPageDialogs::GtkPageDialogs(SteadyNow now)
-    : shared(std::make_shared<Shared>(Shared{std::move(now), std::nullopt})) {}
+    : keyboard(std::make_shared<KeyboardTurn>(std::move(now))) {}
 
 GtkPageDialogs::~GtkPageDialogs() = default;
 
 std::unique_ptr<window::PageDialog>
 GtkPageDialogs::show(const window::PageQuestion& question, GtkWindow* parent,
                      std::function<void(const window::PageAnswer&)> answered) {
-    return std::make_unique<OpenDialog>(question, parent, shared, std::move(answered));
+    return std::make_unique<OpenDialog>(question, parent, keyboard, std::move(answered));
 }
 
 } // namespace kelo::gtk

@@ -4,9 +4,10 @@
 #include "linux/window/PageDialogs.h"
 
 #include <memory>
-#include <optional>
 
 namespace kelo::gtk {
+
+class KeyboardTurn;
 
 /// Shows what pages say and ask as dialogs above their windows. A page never comes between the user
 /// and another dialog: its own waits until that has gone. It takes the keyboard only if the page's
@@ -20,15 +21,8 @@ public:
     show(const window::PageQuestion& question, GtkWindow* parent,
          std::function<void(const window::PageAnswer&)> answered) override;
 
-    /// What the dialogs share.
-    struct Shared {
-        SteadyNow now;
-        /// When the user answered the last dialog.
-        std::optional<std::chrono::steady_clock::time_point> lastAnswer;
-    };
-
 private:
-    std::shared_ptr<Shared> shared;
+    std::shared_ptr<KeyboardTurn> keyboard;
 };
 
 } // namespace kelo::gtk

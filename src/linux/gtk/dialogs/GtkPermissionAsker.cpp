@@ -4,9 +4,11 @@
 #include "base/Translation.h"
 #include "base/async/MainLoop.h"
 #include "linux/gtk/dialogs/ConfirmationGuard.h"
+#include "linux/gtk/dialogs/KeyboardTurn.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/ModalWindow.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
@@ -123,14 +125,26 @@ private:
 
 } // namespace
 
-GtkPermissionAsker::GtkPermissionAsker(SteadyNow now) : now(std::move(now)) {}
+GtkPermissionAsker::GtkPermissionAsker(SteadyNow now)
+    : keyboard(std::make_shared<KeyboardTurn>(std::move(now))) {}
+
+GtkPermissionAsker::~GtkPermissionAsker() = default;
 
 std::unique_ptr<permission::PermissionAsker::Asked>
 GtkPermissionAsker::ask(GtkWidget* page, const permission::Question& question, Answered answered) {
     GtkRoot* const root = gtk_widget_get_root(page);
     auto* parent = GTK_IS_WINDOW(root) ? Glib::wrap(GTK_WINDOW(root)) : nullptr;
-    auto dialog = std::make_shared<PermissionDialog>(question, parent, now, std::move(answered));
-    dialog->present();
+    const bool takesKeyboard = keyboard->isOurs(parent);
+    auto dialog = std::make_shared<PermissionDialog>(
+        question, parent, keyboard->clock(),
+        [keyboard = keyboard, answered = std::move(answered)](std::optional<bool> isAllowed) {
+            keyboard->answered();
+            answered(isAllowed);
+        });
+    if (takesKeyboard)
+        dialog->present();
+    else
+        showWithoutFocus(*dialog);
     return std::make_unique<OpenDialog>(std::move(dialog));
 }
 
