@@ -83,6 +83,9 @@ void WebKitEmbeddedView::connectLoadSignals() {
         "load-changed",
         +[](WebKitWebView*, WebKitLoadEvent event, Self self) { self->loadChanged(event); });
     connect(
+        "notify::is-loading",
+        +[](WebKitWebView*, GParamSpec*, Self self) { self->loadingChanged(); });
+    connect(
         "notify::estimated-load-progress",
         +[](WebKitWebView*, GParamSpec*, Self self) { self->pageLoad->progressed(); });
     connect(
@@ -252,6 +255,14 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
         break;
     }
     }
+}
+
+// Of a load that led to another place in the shown page, the engine tells nothing else.
+void WebKitEmbeddedView::loadingChanged() {
+    if (webkit_web_view_is_loading(view.get()))
+        return;
+    pageLoad->documentCompleted();
+    permissions->navigationEnded();
 }
 
 void WebKitEmbeddedView::resourceStarted(WebKitWebResource* resource, WebKitURIRequest* request) {

@@ -73,6 +73,7 @@ private:
     void startLoad(const platform::UrlRequest& request);
     void loadAgain(const std::string& address);
     void loadChanged(WebKitLoadEvent event);
+    void loadingChanged();
     void resourceStarted(WebKitWebResource* resource, WebKitURIRequest* request);
     bool loadFailed(const char* address, const GError& error);
     void loadTimedOut();

@@ -193,6 +193,16 @@ TEST_F(PageLoadTest, RequestIsUnansweredUntilItsPageIsShown) {
     EXPECT_FALSE(load.takeUnanswered());
 }
 
+TEST_F(PageLoadTest, NothingMoreIsExpectedOfARequestForAPlaceInTheShownPage) {
+    showPage();
+    load.requestPage(request());
+    load.documentCompleted();
+    EXPECT_FALSE(load.isUnanswered());
+    load.started(); // the user follows a link
+    EXPECT_FALSE(load.isUnanswered());
+    EXPECT_FALSE(load.takeUnanswered());
+}
+
 TEST_F(PageLoadTest, NothingMoreIsExpectedOfARequestThatFailed) {
     showPage();
     load.requestPage(request());

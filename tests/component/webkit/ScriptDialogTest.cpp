@@ -122,6 +122,12 @@ TEST_F(ScriptDialog, InAnEndlessRowDoesNotKeepAnotherPageAway) {
     ask("alert('once more')");
 }
 
+TEST_F(ScriptDialog, ComesAfterAPlaceInTheSamePageWasShown) {
+    load(server->url("/#below"));
+    ASSERT_TRUE(waitForScript("location.hash", "#below"));
+    ask("alert('here')");
+}
+
 TEST_F(ScriptDialog, CanBeRefusedFromTheSecondOn) {
     ask("alert('one'); alert('two'); document.title = confirm('three') + ' ' + confirm('four')");
     EXPECT_FALSE(last().mayBeSilenced);

@@ -177,6 +177,12 @@ TEST_F(UserConsent, QuestionGoesWithItsPage) {
     EXPECT_TRUE(waitForScript("outcome", "NotAllowedError"));
 }
 
+TEST_F(UserConsent, PageIsAskedAboutAfterAPlaceInItWasShown) {
+    load(peer->url("/#below"));
+    ASSERT_TRUE(waitForScript("location.hash", "#below"));
+    requestAndAwaitQuestion(microphone);
+}
+
 TEST_F(UserConsent, QuestionGoesWithItsWindow) {
     requestAndAwaitQuestion(microphone);
     leaveWindow();

@@ -88,6 +88,12 @@ void ScriptDialogs::connectAll() {
     connect(
         "load-changed",
         +[](WebKitWebView*, WebKitLoadEvent event, Self self) { self->loadChanged(event); });
+    // Of a load that led to another place in the shown page, the engine tells nothing else.
+    connect(
+        "notify::is-loading", +[](WebKitWebView* view, GParamSpec*, Self self) {
+            if (!webkit_web_view_is_loading(view))
+                self->isBeingLeft = self->isLeftUnasked = false;
+        });
     connect(
         "web-process-terminated", +[](WebKitWebView*, WebKitWebProcessTerminationReason,
                                       Self self) { self->processEnded(); });
@@ -190,14 +196,12 @@ void ScriptDialogs::loadRequested() {
 }
 
 void ScriptDialogs::loadChanged(WebKitLoadEvent event) {
-    if (event != WEBKIT_LOAD_COMMITTED && event != WEBKIT_LOAD_FINISHED)
+    if (event != WEBKIT_LOAD_COMMITTED)
         return;
     isBeingLeft = false;
     isLeftUnasked = false;
-    if (event == WEBKIT_LOAD_COMMITTED) {
-        isSilenced = false;
-        isUsed = false;
-    }
+    isSilenced = false;
+    isUsed = false;
 }
 
 void ScriptDialogs::processEnded() {

@@ -28,6 +28,9 @@ void PageLoad::requestErrorPage(std::string address) {
 }
 
 void PageLoad::started() {
+    // The request was granted without a load: it led to another place in the shown page.
+    if (!timer && !isPaused)
+        unanswered.reset();
     stage = std::exchange(errorPageRequested, false) ? Stage::errorPage : Stage::page;
     if (stage == Stage::page)
         startTimer();
