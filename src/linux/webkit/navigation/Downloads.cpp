@@ -16,16 +16,6 @@ namespace {
 // passes a click on to what the script awaits.
 constexpr std::chrono::seconds longestGesture{10};
 
-std::string withoutFragment(const std::string& address) {
-    return address.substr(0, address.find('#'));
-}
-
-std::string addressOf(WebKitDownload* download) {
-    WebKitURIRequest* const request = webkit_download_get_request(download);
-    const char* const address = request ? webkit_uri_request_get_uri(request) : nullptr;
-    return address ? address : "";
-}
-
 bool savesAFile(WebKitContextMenuItem* item) {
     constexpr std::array actions = {WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_LINK_TO_DISK,
                                     WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_IMAGE_TO_DISK,
@@ -134,18 +124,16 @@ void Downloads::nextGesture() {
 }
 
 void refuseDownloadsWithoutView(WebKitNetworkSession* session) {
-    const auto refuse = +[](WebKitDownload* download, const char*, gpointer) -> gboolean {
-        g_warning("A download was refused that no page had started");
-        webkit_download_cancel(download);
-        return TRUE;
+    const auto started = +[](WebKitNetworkSession*, WebKitDownload* download, gpointer) {
+        const auto refuse = +[](WebKitDownload* refused, const char*, gpointer) -> gboolean {
+            g_warning("A download was refused that no page had started");
+            webkit_download_cancel(refused);
+            return TRUE;
+        };
+        g_signal_connect(download, "decide-destination", G_CALLBACK(refuse), nullptr);
     };
     // Connected after the handler of Downloads, and so asked only where that is missing.
-    g_signal_connect_after(
-        session, "download-started",
-        G_CALLBACK(+[](WebKitNetworkSession*, WebKitDownload* download, GCallback refuse) {
-            g_signal_connect(download, "decide-destination", refuse, nullptr);
-        }),
-        reinterpret_cast<gpointer>(refuse));
+    g_signal_connect_after(session, "download-started", G_CALLBACK(started), nullptr);
 }
 
 } // namespace kelo::webkit

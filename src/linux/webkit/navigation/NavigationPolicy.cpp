@@ -198,9 +198,6 @@ bool NavigationPolicy::decideLink(WebKitWebView* view, WebKitPolicyDecision* dec
 }
 
 bool NavigationPolicy::leavesThePage(WebKitWebView* view, const std::string& address) const {
-    const auto withoutFragment = [](const std::string& whole) {
-        return whole.substr(0, whole.find('#'));
-    };
     const char* const current = webkit_web_view_get_uri(view);
     return withoutFragment(address) != withoutFragment(current ? current : "");
 }

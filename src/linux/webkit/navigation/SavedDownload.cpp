@@ -21,12 +21,6 @@ constexpr const char* listKey = "kelo-download-list";
 constexpr guint firstFailureStatus = 400;
 constexpr std::size_t longestName = 255;
 
-std::string addressOf(WebKitDownload* download) {
-    WebKitURIRequest* const request = webkit_download_get_request(download);
-    const char* const address = request ? webkit_uri_request_get_uri(request) : nullptr;
-    return address ? address : "";
-}
-
 bool isPlain(WebKitURIResponse* response) {
     const char* const address = response ? webkit_uri_response_get_uri(response) : nullptr;
     const char* const scheme = address ? g_uri_peek_scheme(address) : nullptr;
@@ -42,6 +36,7 @@ std::string sentenceFor(int reason) {
     case EACCES:
     case EPERM:
     case EROFS:
+    case ENOTDIR: // the folder is a link to a disk that is not there
         return translated("The downloads folder cannot be written to. Change its permissions, or "
                           "choose another one in the settings of your desktop.");
     default:
@@ -216,6 +211,12 @@ void setDownloadList(WebKitNetworkSession* session, std::shared_ptr<downloads::D
 std::shared_ptr<downloads::DownloadList> downloadListOf(WebKitNetworkSession* session) {
     return *static_cast<std::shared_ptr<downloads::DownloadList>*>(
         g_object_get_data(G_OBJECT(session), listKey));
+}
+
+std::string addressOf(WebKitDownload* download) {
+    WebKitURIRequest* const request = webkit_download_get_request(download);
+    const char* const address = request ? webkit_uri_request_get_uri(request) : nullptr;
+    return address ? address : "";
 }
 
 std::string fileNameIn(WebKitDownload* download) {

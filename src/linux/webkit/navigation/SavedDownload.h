@@ -5,6 +5,7 @@
 #include <webkit/webkit.h>
 
 #include <memory>
+#include <string>
 
 namespace kelo::webkit {
 
@@ -16,6 +17,9 @@ void saveDownload(WebKitDownload* download, std::shared_ptr<downloads::DownloadL
 /// The list of all downloads of the session. Set it before there is a view.
 void setDownloadList(WebKitNetworkSession* session, std::shared_ptr<downloads::DownloadList> list);
 std::shared_ptr<downloads::DownloadList> downloadListOf(WebKitNetworkSession* session);
+
+/// The address that it was asked for at; empty if that is not known.
+std::string addressOf(WebKitDownload* download);
 
 /// What the file would be called: from the end of its address.
 std::string fileNameIn(WebKitDownload* download);

@@ -39,4 +39,9 @@ private:
     bool isBlob = false;
 };
 
+/// The address of the document alone, without the place in it.
+inline std::string withoutFragment(const std::string& address) {
+    return address.substr(0, address.find('#'));
+}
+
 } // namespace kelo::webkit
