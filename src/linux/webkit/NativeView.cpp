@@ -1,6 +1,5 @@
 #include "linux/webkit/NativeView.h"
 
-#include "base/Translation.h"
 #include "deployment/Deployment.h"
 #include "linux/webkit/content/EngineHandles.h"
 
@@ -57,9 +56,6 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
     auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(g_object_new(
         WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager", content.get(),
         "settings", settings.get(), "website-policies", policies.get(), nullptr)));
-    // Otherwise it would be announced by the name of its class.
-    gtk_accessible_update_property(GTK_ACCESSIBLE(view.get()), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                   translated("Web page").c_str(), -1);
     gtk_widget_set_hexpand(GTK_WIDGET(view.get()), TRUE);
     gtk_widget_set_vexpand(GTK_WIDGET(view.get()), TRUE);
     if (frame.width > 0 && frame.height > 0)

@@ -10,12 +10,9 @@
 #include "linux/webkit/SwipeGestures.h"
 #include "linux/webkit/WebKitCookieStore.h"
 #include "linux/webkit/WebProcess.h"
-#include "linux/webkit/content/ContextMenus.h"
-#include "linux/webkit/content/DroppedFiles.h"
-#include "linux/webkit/content/PastedImages.h"
 #include "linux/webkit/content/SpellChecking.h"
+#include "linux/webkit/content/ViewPreparation.h"
 #include "linux/webkit/dialogs/ScriptDialogs.h"
-#include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/ErrorPage.h"
 #include "linux/webkit/navigation/LoadErrors.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
@@ -63,11 +60,8 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
     connectPolicySignals();
     if (!configuration.linksOpenInBrowser)
         offerPopups(view.get(), {shown.service, openExternally, shared.settings().dialogs});
-    attachPageKeyboard(view.get());
-    removeUselessMenuItems(view.get());
+    prepareView(view.get(), shown.service);
     checkSpelling(webkit_web_view_get_context(view.get()));
-    offerPastedImages(view.get(), shown.service);
-    offerDroppedFiles(view.get(), shown.service);
 }
 
 WebKitEmbeddedView::~WebKitEmbeddedView() = default;

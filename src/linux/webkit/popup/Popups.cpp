@@ -1,13 +1,9 @@
 #include "linux/webkit/popup/Popups.h"
 
-#include "base/Translation.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
-#include "linux/webkit/content/ContextMenus.h"
-#include "linux/webkit/content/DroppedFiles.h"
-#include "linux/webkit/content/PastedImages.h"
+#include "linux/webkit/content/ViewPreparation.h"
 #include "linux/webkit/dialogs/ScriptDialogs.h"
-#include "linux/webkit/keyboard/PageKeyboard.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
 
@@ -56,12 +52,7 @@ public:
                   {[] {}, [] {}, [] {}, [this] { gtk_window_destroy(window); }}) {
         connectAll();
         offerPopups(view, context);
-        gtk_accessible_update_property(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                       translated("Web page").c_str(), -1);
-        attachPageKeyboard(view);
-        removeUselessMenuItems(view);
-        offerPastedImages(view, context.service);
-        offerDroppedFiles(view, context.service);
+        prepareView(view, context.service);
         buildWindow(opener);
     }
 
