@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 namespace kelo::permission {
@@ -87,6 +88,9 @@ void Permissions::save() const {
                                   G_FILE_SET_CONTENTS_CONSISTENT, 0600, &failure)) {
         g_warning("What the pages are allowed cannot be written: %s", failure->message);
         g_error_free(failure);
+        // It may allow what the user has just taken back.
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
     }
     g_free(text);
 }

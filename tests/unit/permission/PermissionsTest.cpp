@@ -3,7 +3,9 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -13,6 +15,26 @@ namespace kelo::permission {
 namespace {
 
 using std::filesystem::perms;
+
+/// As long as it lives, this process can write nothing into files.
+class FullDisk {
+public:
+    FullDisk() : former(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit none{0, limit.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, former);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit limit{};
+    void (*former)(int);
+};
 
 class PermissionsFile : public testing::Test {
 protected:
@@ -75,6 +97,19 @@ TEST_F(PermissionsFile, FolderThatCannotBeWrittenLeavesTheAnswerForThisProcess) 
     Permissions permissions("/proc/nowhere/permissions", "https://one.example");
     permissions.remember(Capability::microphone, Answer::allowed);
     EXPECT_EQ(permissions.answer(Capability::microphone), Answer::allowed);
+}
+
+// Otherwise the next start would allow again what was taken back.
+TEST_F(PermissionsFile, AnswersThatCannotBeWrittenAreForgottenByTheNextStart) {
+    Permissions before(path, "https://one.example");
+    before.remember(Capability::microphone, Answer::allowed);
+    {
+        const FullDisk disk;
+        before.remember(Capability::microphone, Answer::denied);
+    }
+    EXPECT_EQ(before.answer(Capability::microphone), Answer::denied);
+    const Permissions after(path, "https://one.example");
+    EXPECT_EQ(after.answer(Capability::microphone), Answer::ask);
 }
 
 TEST_F(PermissionsFile, ObserversAreToldBeforeTheChange) {
