@@ -23,6 +23,7 @@ class PermissionQuestion : public testing::Test {
 protected:
     void ask(std::vector<Capability> capabilities = {Capability::microphone},
              const std::string& host = "assistant.example.com") {
+        program.untilActive(program.window("Kelo"));
         asked = asker.ask(GTK_WIDGET(program.app.page->area.gobj()),
                           {host, std::move(capabilities)}, [this](std::optional<bool> isAllowed) {
                               asked.reset();

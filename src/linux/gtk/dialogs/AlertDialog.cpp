@@ -13,9 +13,7 @@ namespace kelo::gtk {
 
 AlertDialog::AlertDialog(const platform::Alert& alert, Gtk::Window* parent, SteadyNow now,
                          std::function<void(platform::AlertOutcome)> answered)
-    : ModalWindow(parent),
-      answered(std::move(answered)),
-      guard(*this, std::move(now), [] { return false; }) {
+    : ModalWindow(parent), answered(std::move(answered)), guard(*this, std::move(now)) {
     if (!alert.messageText.empty())
         set_title(alert.messageText);
     setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG);
@@ -31,8 +29,7 @@ void AlertDialog::addTexts(const platform::Alert& alert) {
         return;
     const std::string text = shortened(alert.informativeText, longestDialogText);
     column.append(*makeDialogScroll(*makeDialogText(text, "kelo-body")));
-    gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
-                                   text.c_str(), -1);
+    setAccessibleDescription(*this, text);
 }
 
 void AlertDialog::addField(const platform::Alert& alert) {
@@ -53,9 +50,7 @@ void AlertDialog::addButtons(const platform::Alert& alert) {
     const std::vector<std::string> labels =
         alert.buttons.empty() ? std::vector<std::string>{translated("OK")} : alert.buttons;
     buttonCount = static_cast<int>(labels.size());
-    auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
-    row->set_homogeneous();
-    row->add_css_class("kelo-buttons");
+    auto* row = makeButtonRow();
     Gtk::Button* first = nullptr;
     for (int index = 0; index < buttonCount; ++index) {
         auto* button = Gtk::make_managed<Gtk::Button>(labels[static_cast<std::size_t>(index)]);

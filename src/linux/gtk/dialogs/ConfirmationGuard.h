@@ -16,9 +16,8 @@ namespace kelo::gtk {
 ///
 /// - A held key counts once, however often it repeats. This holds for Enter, Escape, and the space
 ///   bar on a button, also if the key went down in another window.
-/// - For a short time after the dialog has appeared, these keys and clicks on the default button,
-/// and
-///   on those that are named, do nothing, because they were meant for whatever was there before.
+/// - For a short time after the dialog has appeared, these keys do nothing, nor do clicks on the
+///   default button and on those that are named: they were meant for whatever was there before.
 ///   Escape works at once.
 ///
 /// Assistive technology that presses a button by name is not held back.
@@ -30,7 +29,9 @@ public:
 
     /// The window must outlive the object. `refusesEnter` says whether Enter must not confirm what
     /// the window shows now.
-    ConfirmationGuard(Gtk::Window& window, SteadyNow now, std::function<bool()> refusesEnter);
+    ConfirmationGuard(
+        Gtk::Window& window, SteadyNow now,
+        std::function<bool()> refusesEnter = [] { return false; });
     ConfirmationGuard(const ConfirmationGuard&) = delete;
     ConfirmationGuard& operator=(const ConfirmationGuard&) = delete;
     ~ConfirmationGuard();

@@ -6,11 +6,17 @@
 
 namespace kelo::gtk {
 
-namespace {
+void setAccessibleDescription(Gtk::Window& dialog, const std::string& text) {
+    gtk_accessible_update_property(GTK_ACCESSIBLE(dialog.gobj()),
+                                   GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, text.c_str(), -1);
+}
 
-constexpr int textWidthInCharacters = 44;
-
-} // namespace
+Gtk::Box* makeButtonRow() {
+    auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+    row->set_homogeneous();
+    row->add_css_class("kelo-buttons");
+    return row;
+}
 
 Gtk::Label* makeDialogText(const std::string& text, const char* cssClass) {
     auto* label = Gtk::make_managed<Gtk::Label>(text);
@@ -18,7 +24,7 @@ Gtk::Label* makeDialogText(const std::string& text, const char* cssClass) {
     label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
     label->set_justify(Gtk::Justification::CENTER);
     label->add_css_class(cssClass);
-    balanceLines(*label, textWidthInCharacters);
+    balanceLines(*label, dialogTextWidth);
     return label;
 }
 

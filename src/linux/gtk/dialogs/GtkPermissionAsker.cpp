@@ -4,14 +4,13 @@
 #include "base/Translation.h"
 #include "base/async/MainLoop.h"
 #include "linux/gtk/dialogs/ConfirmationGuard.h"
+#include "linux/gtk/dialogs/DialogText.h"
 #include "linux/gtk/dialogs/KeyboardTurn.h"
 #include "linux/gtk/kit/Accessibility.h"
-#include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gtkmm/button.h>
-#include <gtkmm/label.h>
 
 #include <algorithm>
 #include <utility>
@@ -22,8 +21,6 @@ namespace {
 
 using permission::Capability;
 using Answered = permission::PermissionAsker::Answered;
-
-constexpr int textWidthInCharacters = 44;
 
 std::string headingOf(const permission::Question& question) {
     const auto asksFor = [&question](Capability capability) {
@@ -39,16 +36,11 @@ std::string headingOf(const permission::Question& question) {
     return translated("Allow %1 to use the microphone and the camera?", {host});
 }
 
+// The toolkit keeps room for a second line where the text may wrap, even if it never does.
 Gtk::Label* makeText(const std::string& text, const char* cssClass) {
-    auto* label = Gtk::make_managed<Gtk::Label>(text);
-    label->add_css_class(cssClass);
-    // The toolkit keeps room for a second line where the text may wrap, even if it never does.
-    if (label->get_text().size() < textWidthInCharacters)
-        return label;
-    label->set_wrap();
-    label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label->set_justify(Gtk::Justification::CENTER);
-    balanceLines(*label, textWidthInCharacters);
+    auto* label = makeDialogText(text, cssClass);
+    if (label->get_text().size() < dialogTextWidth)
+        label->set_wrap(false);
     return label;
 }
 
@@ -56,21 +48,16 @@ class PermissionDialog final : public ModalWindow {
 public:
     PermissionDialog(const permission::Question& question, Gtk::Window* parent, SteadyNow now,
                      Answered answered)
-        : ModalWindow(parent),
-          answered(std::move(answered)),
-          guard(*this, std::move(now), [] { return false; }) {
+        : ModalWindow(parent), answered(std::move(answered)), guard(*this, std::move(now)) {
         const std::string heading = headingOf(question);
         const std::string sentence =
             translated("You can change this at any time under “Permissions” in Kelo’s menu.");
         set_title(heading);
         setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_ALERT_DIALOG);
-        gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
-                                       sentence.c_str(), -1);
+        setAccessibleDescription(*this, sentence);
         column.append(*makeText(heading, "kelo-title"));
         column.append(*makeText(sentence, "kelo-body"));
-        auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
-        row->set_homogeneous();
-        row->add_css_class("kelo-buttons");
+        auto* row = makeButtonRow();
         addButton(*row, translated("Don’t Allow"), false);
         addButton(*row, translated("Allow"), true);
         column.append(*row);

@@ -38,9 +38,7 @@ std::string messageOf(const window::PageQuestion& question) {
 PageDialogWindow::PageDialogWindow(const window::PageQuestion& question, Gtk::Window* parent,
                                    SteadyNow now,
                                    std::function<void(const window::PageAnswer&)> answered)
-    : ModalWindow(parent),
-      answered(std::move(answered)),
-      guard(*this, std::move(now), [] { return false; }) {
+    : ModalWindow(parent), answered(std::move(answered)), guard(*this, std::move(now)) {
     const std::string heading = headingOf(question);
     const std::string message = messageOf(question);
     set_title(heading);
@@ -65,8 +63,7 @@ void PageDialogWindow::addTexts(const std::string& heading, const std::string& m
         text->set_xalign(0);
     }
     column.append(*makeDialogScroll(*text, tallestText));
-    gtk_accessible_update_property(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
-                                   message.c_str(), -1);
+    setAccessibleDescription(*this, message);
 }
 
 void PageDialogWindow::addEntry(const window::PageQuestion& question, const std::string& name) {
@@ -84,9 +81,7 @@ void PageDialogWindow::addRefusal() {
 }
 
 void PageDialogWindow::addButtons(PageQuestionKind kind) {
-    auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
-    row->set_homogeneous();
-    row->add_css_class("kelo-buttons");
+    auto* row = makeButtonRow();
     const bool leaves = kind == PageQuestionKind::beforeUnload;
     if (kind != PageQuestionKind::alert)
         row->append(*makeButton(leaves ? translated("Stay") : translated("Cancel"), false));

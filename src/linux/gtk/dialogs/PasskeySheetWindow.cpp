@@ -2,6 +2,7 @@
 
 #include "base/ShownText.h"
 #include "base/Translation.h"
+#include "linux/gtk/dialogs/DialogText.h"
 #include "linux/gtk/kit/Accessibility.h"
 #include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/Style.h"
@@ -135,9 +136,7 @@ void PasskeySheetWindow::buildVerification() {
 }
 
 void PasskeySheetWindow::buildButtons() {
-    auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
-    row->set_homogeneous();
-    row->add_css_class("kelo-buttons");
+    auto* row = makeButtonRow();
     cancelButton.set_hexpand();
     continueButton.set_hexpand();
     cancelButton.signal_clicked().connect([this] { dismissed(); });

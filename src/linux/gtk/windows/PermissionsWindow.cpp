@@ -15,28 +15,18 @@ using permission::Capability;
 
 namespace {
 
+// In the order of the values that they name.
+constexpr std::array capabilityNames = {untranslated("Microphone"), untranslated("Camera"),
+                                        untranslated("Notifications")};
+constexpr std::array answerNames = {untranslated("Ask"), untranslated("Allow"),
+                                    untranslated("Don’t Allow")};
+
 std::string nameOf(Capability capability) {
-    switch (capability) {
-    case Capability::microphone:
-        return translated("Microphone");
-    case Capability::camera:
-        return translated("Camera");
-    case Capability::notifications:
-        return translated("Notifications");
-    }
-    return {};
+    return translated(capabilityNames.at(static_cast<std::size_t>(capability)));
 }
 
 std::string nameOf(Answer answer) {
-    switch (answer) {
-    case Answer::ask:
-        return translated("Ask");
-    case Answer::allowed:
-        return translated("Allow");
-    case Answer::denied:
-        return translated("Don’t Allow");
-    }
-    return {};
+    return translated(answerNames.at(static_cast<std::size_t>(answer)));
 }
 
 // The toolkit says of these buttons whether they are pressed, as if each stood for itself.
