@@ -91,6 +91,13 @@ TEST_F(DownloadFolder, KeepsNothingOfAPlaceThatIsGone) {
     EXPECT_THAT(filesIn(folder), IsEmpty());
 }
 
+TEST_F(DownloadFolder, IsRidOfAPlaceThatIsStillHeld) {
+    const auto place = downloadFolder.makePlace("report.pdf");
+    write(place->growingPath(), "half");
+    place->discard();
+    EXPECT_THAT(filesIn(folder), IsEmpty());
+}
+
 TEST_F(DownloadFolder, KeepsOnlyTheFileOfACompletePlace) {
     auto place = downloadFolder.makePlace("report.pdf");
     write(place->growingPath(), "whole");

@@ -102,13 +102,23 @@ TEST_F(DownloadList, EndsADownloadOnce) {
 TEST_F(DownloadList, ForgetsWhatTheUserCancels) {
     const unsigned report = begin();
     begin("picture.png");
+    observer->changes = 0;
     list.cancel(report);
     EXPECT_THAT(cancelled, ElementsAre("report.pdf"));
+    EXPECT_EQ(observer->changes, 1);
     ASSERT_EQ(list.all().size(), 1u);
     EXPECT_EQ(list.all()[0].name, "picture.png");
     EXPECT_THAT(observer->ended, IsEmpty());
     list.fail(report, "The engine says so afterwards.");
     EXPECT_EQ(list.all().size(), 1u);
+}
+
+TEST_F(DownloadList, TellsOfNoFailureThatTheCancellingCauses) {
+    unsigned report = 0;
+    report = list.begin("report.pdf", [&] { list.fail(report, "The engine says so at once."); });
+    list.cancel(report);
+    EXPECT_THAT(observer->ended, IsEmpty());
+    EXPECT_THAT(list.all(), IsEmpty());
 }
 
 TEST_F(DownloadList, CancelsAllThatRun) {
@@ -124,7 +134,9 @@ TEST_F(DownloadList, PutsAwayOnlyWhatHasEnded) {
     list.finish(begin("done.txt"), path);
     list.fail(begin("lost.txt"), "Lost.");
     begin("running.txt");
+    observer->changes = 0;
     list.dismissEnded();
+    EXPECT_EQ(observer->changes, 1);
     ASSERT_EQ(list.all().size(), 1u);
     EXPECT_EQ(list.all()[0].name, "running.txt");
 }
@@ -168,12 +180,20 @@ TEST_F(DownloadList, OpensNoProgram) {
 }
 
 TEST_F(DownloadList, SaysThatAFileIsGone) {
-    list.finish(begin(), path);
-    std::filesystem::remove(path);
-    list.open(path);
+    for (const auto use :
+         {&downloads::DownloadList::open, &downloads::DownloadList::showInFolder}) {
+        std::ofstream(path) << "contents";
+        list.finish(begin(), path);
+        std::filesystem::remove(path);
+        observer->changes = 0;
+        (list.*use)(path);
+        EXPECT_EQ(observer->changes, 1);
+        EXPECT_EQ(list.all()[0].status, DownloadStatus::failed);
+        EXPECT_EQ(list.all()[0].sentence, "The file is no longer there. Download it again.");
+        list.dismissEnded();
+    }
     EXPECT_THAT(opened, IsEmpty());
-    EXPECT_EQ(list.all()[0].status, DownloadStatus::failed);
-    EXPECT_EQ(list.all()[0].sentence, "The file is no longer there. Download it again.");
+    EXPECT_THAT(shown, IsEmpty());
 }
 
 TEST_F(DownloadList, DoesNotNeedItsObservers) {
