@@ -3,6 +3,7 @@
 #include "base/Invariant.h"
 #include "deployment/Deployment.h"
 #include "linux/webkit/CertificateProbe.h"
+#include "linux/webkit/content/UserLanguages.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/SavedDownload.h"
 #include "linux/webkit/permission/WebNotifications.h"
@@ -46,6 +47,7 @@ WebKitSessionSettings WebKitSessionSettings::standard() {
 WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(given)) {
     makePrivateFolder(settings_.dataFolder);
     makePrivateFolder(settings_.cacheFolder);
+    announceLanguages(webkit_web_context_get_default());
     session = gobject::GObjectPointer<WebKitNetworkSession>::adopt(
         webkit_network_session_new(settings_.dataFolder.c_str(), settings_.cacheFolder.c_str()));
     // This has no effect after the first load.

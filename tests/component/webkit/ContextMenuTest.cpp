@@ -1,5 +1,4 @@
 #include "component/webkit/MainWindowFixture.h"
-#include "linux/webkit/content/SpellChecking.h"
 
 #include <gmock/gmock.h>
 
@@ -8,7 +7,6 @@ namespace kelo::test {
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Not;
 
 /// The engine's own menus, by real clicks.
@@ -75,21 +73,6 @@ TEST_F(ContextMenu, OfAMisspeltWordHasBetterOnes) {
     pointer.click(placeOf("#field"));
     openMenuOf("#field");
     EXPECT_THAT(items, Contains(WEBKIT_CONTEXT_MENU_ACTION_SPELLING_GUESS));
-}
-
-std::vector<std::string> languagesOf(std::vector<const char*> names) {
-    names.push_back(nullptr);
-    return webkit::spellingLanguages(names.data());
-}
-
-TEST(SpellingLanguages, AreThoseOfTheLocaleInTheUsersOrder) {
-    EXPECT_THAT(languagesOf({"de_DE.UTF-8", "de_DE", "de.UTF-8", "de", "nl", "en_GB", "en", "C"}),
-                ElementsAre("de_DE", "nl", "en_GB"));
-    EXPECT_THAT(languagesOf({"sr@latin", "pt", "pt_BR"}), ElementsAre("sr", "pt", "pt_BR"));
-}
-
-TEST(SpellingLanguages, OfNoLanguageAreNone) {
-    EXPECT_THAT(languagesOf({"C.UTF-8", "POSIX", "C"}), IsEmpty());
 }
 
 } // namespace kelo::test
