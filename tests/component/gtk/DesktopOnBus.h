@@ -26,6 +26,7 @@ public:
               "<arg type='u' direction='out'/></method>"
               "<method name='CloseNotification'><arg type='u'/></method>"
               "<signal name='ActionInvoked'><arg type='u'/><arg type='s'/></signal>"
+              "<signal name='ActivationToken'><arg type='u'/><arg type='s'/></signal>"
               "</interface></node>");
         if (hasTray)
             serve("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
@@ -46,10 +47,37 @@ public:
 
     /// Presses a button of the notification that was shown last, as the desktop tells of it. A
     /// click on the notification itself is the button "default".
-    void press(const std::string& button) const {
-        g_dbus_connection_emit_signal(connection, nullptr, "/org/freedesktop/Notifications",
-                                      "org.freedesktop.Notifications", "ActionInvoked",
-                                      g_variant_new("(us)", lastNumber, button.c_str()), nullptr);
+    void press(const std::string& button) const { tell("ActionInvoked", lastNumber, button); }
+
+    /// The same from a desktop that sends an activation token with it.
+    void press(const std::string& button, const std::string& token) const {
+        tell("ActivationToken", lastNumber, token);
+        press(button);
+    }
+
+    /// A click on a notification of another program, which the desktop tells everybody of.
+    void pressOnAnother(const std::string& token) const {
+        tell("ActivationToken", lastNumber + 1, token);
+        tell("ActionInvoked", lastNumber + 1, "default");
+    }
+
+    /// Has the program run one of its actions, as desktops and portals do that start programs by
+    /// the bus.
+    void activateAction(const std::string& program, const std::string& path,
+                        const std::string& action, const std::vector<std::string>& parameters,
+                        const std::string& token) const {
+        GVariantBuilder given;
+        g_variant_builder_init(&given, G_VARIANT_TYPE("av"));
+        for (const auto& parameter : parameters)
+            g_variant_builder_add(&given, "v", g_variant_new_string(parameter.c_str()));
+        GVariantBuilder data;
+        g_variant_builder_init(&data, G_VARIANT_TYPE("a{sv}"));
+        g_variant_builder_add(&data, "{sv}", "activation-token",
+                              g_variant_new_string(token.c_str()));
+        g_dbus_connection_call(connection, program.c_str(), path.c_str(),
+                               "org.freedesktop.Application", "ActivateAction",
+                               g_variant_new("(sava{sv})", action.c_str(), &given, &data), nullptr,
+                               G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
     }
 
     std::string name() const { return g_dbus_connection_get_unique_name(connection); }
@@ -64,6 +92,11 @@ public:
     std::uint32_t lastNumber = 6;
 
 private:
+    void tell(const char* signal, std::uint32_t number, const std::string& text) const {
+        g_dbus_connection_emit_signal(connection, nullptr, "/org/freedesktop/Notifications",
+                                      "org.freedesktop.Notifications", signal,
+                                      g_variant_new("(us)", number, text.c_str()), nullptr);
+    }
     void serve(const char* name, const char* path, const char* description) {
         GDBusNodeInfo* const node = g_dbus_node_info_new_for_xml(description, nullptr);
         static const GDBusInterfaceVTable methods{

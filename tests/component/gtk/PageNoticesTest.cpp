@@ -18,6 +18,18 @@ protected:
         awaitAnswers(desktop);
     }
 
+    std::string tokenOfWindow() {
+        return program.screen.activationToken(program.window("Kelo").get_surface()->gobj());
+    }
+    void untilWindowHasToken(const std::string& token) {
+        RunningProgram::until("the window has " + token, [&] { return tokenOfWindow() == token; });
+    }
+    void closeWindow() {
+        program.window("Kelo").close();
+        RunningProgram::until("the window is gone",
+                              [&] { return program.windowsOnScreen().empty(); });
+    }
+
     DesktopOnBus desktop{/*hasTray=*/true};
     RunningProgram program;
     int clicks = 0;
@@ -35,12 +47,46 @@ TEST_F(PageNotices, ShowTheTextAsItIsAndTheProgramsIcon) {
 TEST_F(PageNotices, ClickOpensTheWindowAndReachesThePage) {
     program.run([&] {
         show("one", "A title");
-        program.window("Kelo").close();
-        RunningProgram::until("the window is gone",
-                              [&] { return program.windowsOnScreen().empty(); });
+        closeWindow();
         desktop.press("default");
         RunningProgram::until("the page was told", [&] { return clicks == 1; });
         program.untilActive(program.window("Kelo"));
+    });
+}
+
+TEST_F(PageNotices, ClickBringsItsActivationTokenToTheWindow) {
+    program.run([&] {
+        show("one", "A title");
+        desktop.press("default", "kelo-token-1");
+        untilWindowHasToken("kelo-token-1");
+        EXPECT_EQ(clicks, 1);
+        show("two", "A title");
+        closeWindow();
+        desktop.press("default", "kelo-token-2");
+        untilWindowHasToken("kelo-token-2");
+    });
+}
+
+TEST_F(PageNotices, ClickOnAnotherProgramsLeavesNoToken) {
+    program.run([&] {
+        show("one", "A title");
+        desktop.press("default", "kelo-token-1");
+        untilWindowHasToken("kelo-token-1");
+        desktop.pressOnAnother("anothers-token");
+        awaitAnswers(desktop);
+        program.host.openWindow("main");
+        RunningProgram::settle();
+        EXPECT_EQ(tokenOfWindow(), "kelo-token-1");
+    });
+}
+
+TEST_F(PageNotices, ClickThatThePortalTellsOfBringsItsActivationToken) {
+    program.run([&] {
+        show("one", "A title");
+        desktop.activateAction("app.kelo.Kelo", "/app/kelo/Kelo", "page-notification", {"one"},
+                               "portal-token");
+        untilWindowHasToken("portal-token");
+        EXPECT_EQ(clicks, 1);
     });
 }
 

@@ -94,6 +94,10 @@ std::string Screen::programName(GdkSurface* surface) {
     return windows.text(gdk_x11_surface_get_xid(surface), "WM_CLASS").c_str();
 }
 
+std::string Screen::activationToken(GdkSurface* surface) {
+    return windows.text(gdk_x11_surface_get_xid(surface), "_NET_STARTUP_ID");
+}
+
 std::vector<int> Screen::iconSizes(GdkSurface* surface) {
     // Each picture: width, height, then its points.
     const auto values = windows.numbers(gdk_x11_surface_get_xid(surface), "_NET_WM_ICON");

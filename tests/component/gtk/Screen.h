@@ -60,6 +60,9 @@ public:
     /// What desktops match the surface to its program's desktop entry by.
     std::string programName(GdkSurface* surface);
 
+    /// The token that the surface was last presented with; empty without one.
+    std::string activationToken(GdkSurface* surface);
+
     /// Widths of the pictures that window managers find on the surface as its icon.
     std::vector<int> iconSizes(GdkSurface* surface);
 

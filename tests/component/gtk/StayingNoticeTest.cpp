@@ -53,6 +53,20 @@ TEST(StayingNotice, GoesWithTheNextWindow) {
     });
 }
 
+TEST(StayingNotice, BringsItsActivationTokenToTheWindow) {
+    DesktopOnBus desktop(/*hasTray=*/false);
+    RunningProgram program;
+    program.run([&] {
+        closeWindow(program);
+        awaitNotice(desktop);
+        desktop.press("default", "kelo-token");
+        RunningProgram::until("the window has it", [&] {
+            return program.screen.activationToken(program.window("Kelo").get_surface()->gobj()) ==
+                   "kelo-token";
+        });
+    });
+}
+
 TEST(StayingNotice, EndsTheProgramByItsButton) {
     DesktopOnBus desktop(/*hasTray=*/false);
     RunningProgram program;

@@ -8,6 +8,7 @@
 #include "linux/gtk/application/PageNotices.h"
 #include "linux/gtk/application/RunningInstance.h"
 #include "linux/gtk/application/StayingNotice.h"
+#include "linux/gtk/application/TokenApplication.h"
 #include "linux/gtk/application/ToolkitStart.h"
 #include "linux/gtk/kit/ColorScheme.h"
 #include "linux/gtk/kit/ModalWindow.h"
@@ -86,7 +87,7 @@ void GtkApplicationHost::makeApplication() {
     Glib::set_prgname(identifier);
     if (Glib::get_application_name() != programName) // the toolkit accepts a name only once
         Glib::set_application_name(programName);
-    application = Gtk::Application::create(identifier);
+    application = TokenApplication::create(identifier);
     application->signal_startup().connect([this] { startUp(); });
     application->signal_activate().connect([this] { activated(); });
 }

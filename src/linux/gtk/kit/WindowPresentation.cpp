@@ -49,6 +49,11 @@ void keepActivationToken(std::string token) {
     keptToken() = std::move(token);
 }
 
+void dropActivationToken(const std::string& token) {
+    if (keptToken() == token)
+        keptToken().clear();
+}
+
 void presentWithActivationToken(Gtk::Window& window) {
     if (const auto token = std::exchange(keptToken(), {}); !token.empty())
         window.set_startup_id(token);

@@ -22,8 +22,12 @@ void showWithoutFocus(Gtk::Window& window);
 
 /// Keeps an activation token for the next call of presentWithActivationToken(); replaces an unused
 /// one. Desktops let a program raise its window only after a click of the user. For a click outside
-/// of the program's windows, in the tray, the desktop sends this token as proof.
+/// of the program's windows, in the tray or on a notification, the desktop sends this token as
+/// proof.
 void keepActivationToken(std::string token);
+
+/// Forgets this token if it is the kept one: the click that it came with is over.
+void dropActivationToken(const std::string& token);
 
 /// Presents the window and uses up the kept activation token, if there is one.
 void presentWithActivationToken(Gtk::Window& window);
