@@ -2,6 +2,7 @@
 
 #include "deployment/Deployment.h"
 #include "linux/webkit/content/EngineHandles.h"
+#include "linux/webkit/content/WorkerNotifications.h"
 
 #include <string>
 
@@ -46,6 +47,7 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
                                    (agent + " " + std::string(deployment::userAgent)).c_str());
     // MediaPermission enables it where somebody decides about it.
     webkit_settings_set_enable_media_stream(settings.get(), FALSE);
+    withholdWorkerNotifications(settings.get());
 
     const auto policies = gobject::GObjectPointer<WebKitWebsitePolicies>::adopt(
         webkit_website_policies_new_with_policies("autoplay",

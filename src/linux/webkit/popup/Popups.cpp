@@ -3,6 +3,7 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/SignalHandler.h"
 #include "linux/webkit/content/ViewPreparation.h"
+#include "linux/webkit/content/WorkerNotifications.h"
 #include "linux/webkit/dialogs/ScriptDialogs.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/NavigationPolicy.h"
@@ -64,6 +65,7 @@ private:
         const auto settings = gobject::GObjectPointer<WebKitSettings>::adopt(webkit_settings_new());
         webkit_settings_set_user_agent(
             settings.get(), webkit_settings_get_user_agent(webkit_web_view_get_settings(opener)));
+        withholdWorkerNotifications(settings.get());
         const auto content = gobject::GObjectPointer<WebKitUserContentManager>::adopt(
             webkit_user_content_manager_new());
         return WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "related-view", opener,
