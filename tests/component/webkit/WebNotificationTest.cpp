@@ -209,12 +209,15 @@ TEST_F(WebNotification, FourthTakesThePlaceOfTheOldest) {
     EXPECT_THAT(desktop->titles(), ElementsAre("five", "four", "three"));
 }
 
-TEST_F(WebNotification, TagTakesThePlaceOfItsNamesake) {
+TEST_F(WebNotification, TagTakesThePlaceOfItsNamesakeAlone) {
     showAllowed();
-    notifyAndAwait("one", "{tag: 'mail'}");
-    notifyAndAwait("two", "{tag: 'call'}");
-    notifyAndAwait("three", "{tag: 'mail'}");
-    EXPECT_THAT(desktop->titles(), ElementsAre("three", "two"));
+    notifyAndAwait("one");
+    notifyAndAwait("two", "{tag: 'mail'}");
+    notifyAndAwait("three", "{tag: 'call'}");
+    notifyAndAwait("four", "{tag: 'mail'}");
+    EXPECT_THAT(desktop->titles(), ElementsAre("four", "one", "three"));
+    EXPECT_TRUE(waitForScript("two.end", "closed"));
+    EXPECT_EQ(evaluate("one.end"), "undefined");
 }
 
 TEST_F(WebNotification, TakingItBackWithdrawsAllAndShowsNoMore) {

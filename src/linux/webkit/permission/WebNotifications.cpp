@@ -27,7 +27,6 @@ std::string nextIdentifier() {
 
 struct WebNotifications::Shown {
     std::string identifier;
-    std::string tag;
     gobject::GObjectPointer<WebKitNotification> notification;
     WebNotifications* owner;
     gobject::SignalConnection closed;
@@ -64,11 +63,10 @@ void WebNotifications::show(WebKitNotification* notification) {
         webkit_notification_close(notification);
         return;
     }
-    const std::string tag = textOf(webkit_notification_get_tag(notification));
-    makePlace(tag);
+    if (all.size() == most)
+        closeOldest();
     auto shown = std::make_unique<Shown>();
     shown->identifier = nextIdentifier();
-    shown->tag = tag;
     shown->notification = gobject::GObjectPointer<WebKitNotification>::share(notification);
     shown->owner = this;
     shown->closed = gobject::connectSignal(
@@ -81,16 +79,8 @@ void WebNotifications::show(WebKitNotification* notification) {
     all.push_back(std::move(shown));
 }
 
-void WebNotifications::makePlace(const std::string& tag) {
-    auto given = tag.empty()
-                     ? all.end()
-                     : std::ranges::find(
-                           all, tag, [](const auto& shown) -> const auto& { return shown->tag; });
-    if (given == all.end() && all.size() == most)
-        given = all.begin();
-    if (given == all.end())
-        return;
-    const auto former = take(**given);
+void WebNotifications::closeOldest() {
+    const auto former = take(*all.front());
     former->closed = {};
     desktop->withdraw(former->identifier);
     webkit_notification_close(former->notification.get());

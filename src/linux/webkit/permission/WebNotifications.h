@@ -16,8 +16,8 @@ namespace kelo::webkit {
 /// Shows the notifications of a view's pages on the desktop, and tells the page of clicks. Where
 /// pages may show none, one that is made all the same is closed at once.
 ///
-/// No more than three are shown at a time: another one takes the place of the oldest. So does one
-/// with the tag of another. Main thread only.
+/// No more than three are shown at a time: another one takes the place of the oldest. One with the
+/// tag of another takes its place; the engine itself closes the former. Main thread only.
 class WebNotifications {
 public:
     static constexpr std::size_t most = 3;
@@ -37,8 +37,7 @@ private:
     struct Shown;
 
     void show(WebKitNotification* notification);
-    /// Closes another one if a new one with this tag has to take its place.
-    void makePlace(const std::string& tag);
+    void closeOldest();
     std::unique_ptr<Shown> take(const Shown& shown);
     void closedByPage(const Shown& shown);
 
