@@ -1,6 +1,7 @@
 #include "linux/gtk/kit/WindowPresentation.h"
 
 #include <gdk/gdkkeysyms.h>
+#include <gdk/wayland/gdkwayland.h>
 #include <gdk/x11/gdkx.h>
 #include <gdkmm/texture.h>
 #include <gdkmm/toplevel.h>
@@ -20,6 +21,16 @@ void setIcon(Gtk::Window& window) {
         return;
     toplevel->set_icon_list({Gdk::Texture::create_from_resource("/app/kelo/Kelo/window-48.png"),
                              Gdk::Texture::create_from_resource("/app/kelo/Kelo/window-128.png")});
+}
+
+// Since version 4.10 the toolkit tells a Wayland compositor the token of the window. Before, it
+// takes the one of the display, and asks for a weaker one of its own if there is none.
+void passToCompositor([[maybe_unused]] const std::string& token) {
+#if !GTK_CHECK_VERSION(4, 10, 0)
+    GdkDisplay* const display = gdk_display_get_default();
+    if (GDK_IS_WAYLAND_DISPLAY(display))
+        gdk_wayland_display_set_startup_notification_id(display, token.c_str());
+#endif
 }
 
 std::string& keptToken() {
@@ -55,8 +66,10 @@ void dropActivationToken(const std::string& token) {
 }
 
 void presentWithActivationToken(Gtk::Window& window) {
-    if (const auto token = std::exchange(keptToken(), {}); !token.empty())
+    if (const auto token = std::exchange(keptToken(), {}); !token.empty()) {
         window.set_startup_id(token);
+        passToCompositor(token);
+    }
     window.present();
 }
 
