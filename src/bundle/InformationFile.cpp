@@ -90,7 +90,12 @@ std::optional<platform::InformationDictionary> parseInformation(std::string_view
     plist_t parsed = nullptr;
     if (bytes.empty() || bytes.size() > longestInformationFile)
         return std::nullopt;
-    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &parsed);
+    // Not plist_from_memory: newer versions of the library also read JSON and a third form with it.
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    if (plist_is_binary(bytes.data(), length))
+        plist_from_bin(bytes.data(), length, &parsed);
+    else
+        plist_from_xml(bytes.data(), length, &parsed);
     const PlistPointer root(parsed);
     if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
         return std::nullopt;

@@ -28,7 +28,7 @@ constexpr const char* everyKind =
 
 std::string binaryOf(const std::string& xml) {
     plist_t root = nullptr;
-    plist_from_memory(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
+    plist_from_xml(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
     char* bytes = nullptr;
     std::uint32_t length = 0;
     plist_to_bin(root, &bytes, &length);
@@ -65,6 +65,11 @@ TEST(InformationFile, IsReadInItsBinaryForm) {
 TEST(InformationFile, ThatIsNoDictionaryIsNone) {
     EXPECT_FALSE(parseInformation("<plist version=\"1.0\"><array/></plist>"));
     EXPECT_FALSE(parseInformation("<plist version=\"1.0\"><string>x</string></plist>"));
+}
+
+TEST(InformationFile, InAnyOtherFormIsNone) {
+    EXPECT_FALSE(parseInformation("{\"text\": \"JSON\"}"));
+    EXPECT_FALSE(parseInformation("{ text = \"old style\"; }"));
 }
 
 TEST(InformationFile, ThatIsDamagedIsNone) {
