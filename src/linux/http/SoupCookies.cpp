@@ -9,15 +9,15 @@ namespace {
 
 SoupSameSitePolicy toSoupPolicy(platform::SameSitePolicy policy) {
     switch (policy) {
-    case platform::SameSitePolicy::lax:
-        return SOUP_SAME_SITE_POLICY_LAX;
+    case platform::SameSitePolicy::none:
+        return SOUP_SAME_SITE_POLICY_NONE;
     case platform::SameSitePolicy::strict:
         return SOUP_SAME_SITE_POLICY_STRICT;
-    case platform::SameSitePolicy::none:
+    case platform::SameSitePolicy::lax:
     case platform::SameSitePolicy::unspecified:
         break;
     }
-    return SOUP_SAME_SITE_POLICY_NONE;
+    return SOUP_SAME_SITE_POLICY_LAX;
 }
 
 platform::SameSitePolicy fromSoupPolicy(SoupSameSitePolicy policy, bool secure) {

@@ -15,9 +15,9 @@ struct SoupCookieDeleter {
 using SoupCookiePointer = std::unique_ptr<SoupCookie, SoupCookieDeleter>;
 
 /// Both conversions keep every attribute, with one exception: libsoup has no cookie without a
-/// SameSite policy. "unspecified" becomes "none", which libsoup treats the same way. In the other
-/// direction "none" stays "none" for a secure cookie (no other may carry it) and becomes
-/// "unspecified" otherwise.
+/// SameSite policy. "unspecified" becomes "lax", which is what browsers take it for. In the other
+/// direction "none" stays "none" for a secure cookie and becomes "unspecified" otherwise: no other
+/// may carry it, and libsoup 3.2 also reads it where a reply names no policy.
 SoupCookiePointer toSoupCookie(const platform::HttpCookie& cookie);
 platform::HttpCookie fromSoupCookie(SoupCookie* cookie);
 

@@ -5,6 +5,9 @@
 #include "linux/http/CookiePrefix.h"
 #include "linux/http/SoupCookies.h"
 
+#include <algorithm>
+#include <chrono>
+
 namespace kelo::webkit {
 
 using platform::HttpCookie;
@@ -12,23 +15,6 @@ using platform::HttpCookie;
 namespace {
 
 using Manager = gobject::GObjectPointer<WebKitCookieManager>;
-
-Task<void> add(Manager manager, HttpCookie cookie) {
-    if (!http::keepsPromiseOfName(cookie)) {
-        g_warning("A cookie of %s lacks what its name promises; it was not handed to the web view",
-                  cookie.domain.c_str());
-        co_return;
-    }
-    const http::SoupCookiePointer converted = http::toSoupCookie(cookie);
-    const auto start = [&manager, &converted](GAsyncReadyCallback ready, gpointer data) {
-        webkit_cookie_manager_add_cookie(manager.get(), converted.get(), nullptr, ready, data);
-    };
-    const auto result = co_await gobject::asyncResult(start);
-    GError* error = nullptr;
-    webkit_cookie_manager_add_cookie_finish(manager.get(), result.get(), &error);
-    if (const gobject::GErrorPointer failure(error); failure)
-        g_warning("The web view refused the cookie %s: %s", cookie.name.c_str(), failure->message);
-}
 
 Task<void> remove(Manager manager, http::SoupCookiePointer cookie) {
     const auto start = [&manager, &cookie](GAsyncReadyCallback ready, gpointer data) {
@@ -67,6 +53,40 @@ Task<std::vector<HttpCookie>> all(Manager manager) {
         co_await remove(manager, std::move(cookie));
     }
     co_return cookies;
+}
+
+/// Such a cookie deletes the one that it replaces.
+bool isPast(const HttpCookie& cookie) {
+    return cookie.expires && *cookie.expires <= std::chrono::system_clock::now();
+}
+
+bool holds(const std::vector<HttpCookie>& cookies, const HttpCookie& wanted) {
+    return std::ranges::any_of(cookies, [&](const HttpCookie& cookie) {
+        return cookie.name == wanted.name && cookie.domain == wanted.domain &&
+               cookie.path == wanted.path;
+    });
+}
+
+// The engine reports success for a cookie that its store drops. A sign-in would then end on the
+// login page again, and nobody would know why.
+Task<void> add(Manager manager, HttpCookie cookie) {
+    if (!http::keepsPromiseOfName(cookie)) {
+        g_warning("A cookie of %s lacks what its name promises; it was not handed to the web view",
+                  cookie.domain.c_str());
+        co_return;
+    }
+    const http::SoupCookiePointer converted = http::toSoupCookie(cookie);
+    const auto start = [&manager, &converted](GAsyncReadyCallback ready, gpointer data) {
+        webkit_cookie_manager_add_cookie(manager.get(), converted.get(), nullptr, ready, data);
+    };
+    const auto result = co_await gobject::asyncResult(start);
+    GError* error = nullptr;
+    webkit_cookie_manager_add_cookie_finish(manager.get(), result.get(), &error);
+    if (const gobject::GErrorPointer failure(error); failure)
+        g_warning("The web view refused the cookie %s: %s", cookie.name.c_str(), failure->message);
+    else if (!isPast(cookie) && !holds(co_await all(manager), cookie))
+        g_warning("The web view did not keep the cookie %s of %s", cookie.name.c_str(),
+                  cookie.domain.c_str());
 }
 
 } // namespace

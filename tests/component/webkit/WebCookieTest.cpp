@@ -1,3 +1,4 @@
+#include "component/LogReader.h"
 #include "component/webkit/Descendants.h"
 #include "component/webkit/WebKitFixture.h"
 
@@ -25,6 +26,7 @@ protected:
         result.name = std::move(name);
         result.value = "value";
         result.domain = std::move(domain);
+        result.sameSite = SameSitePolicy::lax;
         return result;
     }
     static std::chrono::sys_seconds inAnHour() {
@@ -54,8 +56,6 @@ TEST_F(WebCookie, EveryAttributeComesBack) {
     secure.sameSite = SameSitePolicy::none;
     HttpCookie httpOnly = cookie("httpOnly");
     httpOnly.httpOnly = true;
-    HttpCookie lax = cookie("lax");
-    lax.sameSite = SameSitePolicy::lax;
     HttpCookie strict = cookie("strict");
     strict.sameSite = SameSitePolicy::strict;
     HttpCookie expires = cookie("expires");
@@ -64,10 +64,8 @@ TEST_F(WebCookie, EveryAttributeComesBack) {
     HttpCookie host = cookie("__Host-token");
     host.secure = true;
     host.httpOnly = true;
-    host.sameSite = SameSitePolicy::lax;
     host.value = "a.b-c_d%20e=f";
-    for (const HttpCookie& one :
-         {plain, path, secure, httpOnly, lax, strict, expires, wide, host}) {
+    for (const HttpCookie& one : {plain, path, secure, httpOnly, strict, expires, wide, host}) {
         set(one);
         const auto stored = all();
         const auto found = std::find_if(stored.begin(), stored.end(),
@@ -75,7 +73,28 @@ TEST_F(WebCookie, EveryAttributeComesBack) {
         ASSERT_NE(found, stored.end()) << one.name;
         EXPECT_EQ(*found, one) << one.name;
     }
-    EXPECT_EQ(all().size(), 9u);
+    EXPECT_EQ(all().size(), 8u);
+}
+
+TEST_F(WebCookie, WithoutAPolicyACookieIsKeptAsALaxOne) {
+    makeView(anywhere);
+    HttpCookie unspecified = cookie("a");
+    unspecified.sameSite = SameSitePolicy::unspecified;
+    set(unspecified);
+    EXPECT_THAT(all(), ElementsAre(cookie("a")));
+}
+
+// No store takes a cookie for a whole top-level domain.
+TEST_F(WebCookie, CookieThatTheStoreDropsIsNamedInTheLog) {
+    const LogReader log;
+    makeView(anywhere);
+    HttpCookie past = cookie("past");
+    past.expires = inAnHour() - std::chrono::hours(2);
+    set(cookie("kept"));
+    set(past);
+    set(cookie("dropped", ".com"));
+    EXPECT_THAT(log.complaints(),
+                ElementsAre("The web view did not keep the cookie dropped of .com"));
 }
 
 TEST_F(WebCookie, SameNameReplaces) {
@@ -93,7 +112,6 @@ TEST_F(WebCookie, HandedOverCookiesAreSentByThePage) {
     HttpCookie token = cookie("__Secure-session-token");
     token.secure = true;
     token.httpOnly = true;
-    token.sameSite = SameSitePolicy::lax;
     HttpCookie host = cookie("__Host-csrf");
     host.secure = true;
     host.sameSite = SameSitePolicy::strict;
@@ -126,7 +144,6 @@ TEST_F(WebCookie, CookiesThatThePageSetsAreRead) {
     HttpCookie b = cookie("b");
     b.value = "2";
     b.path = "/x";
-    b.sameSite = SameSitePolicy::lax;
     b.expires = std::chrono::sys_seconds(std::chrono::seconds(4102444800));
     EXPECT_THAT(all(), testing::UnorderedElementsAre(a, b));
 }
@@ -177,7 +194,6 @@ TEST_F(WebCookie, CookieWithAnExpirySurvivesARestartAndOthersDoNot) {
     HttpCookie kept = cookie("__Secure-session-token");
     kept.secure = true;
     kept.httpOnly = true;
-    kept.sameSite = SameSitePolicy::lax;
     kept.expires = inAnHour();
     HttpCookie wide = cookie("wide", ".assistant.example.com");
     wide.expires = inAnHour();
