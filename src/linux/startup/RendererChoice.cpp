@@ -1,8 +1,11 @@
 #include "linux/startup/RendererChoice.h"
 
 #include <fcntl.h>
+#include <gtk/gtk.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -15,6 +18,14 @@ namespace {
 std::vector<std::string>& ownVariables() {
     static std::vector<std::string> variables;
     return variables;
+}
+
+/// The toolkit that runs decides, not the one that this was built with: each complains of a value
+/// that it does not know.
+std::pair<const char*, const char*> switchForOpenGl() {
+    if (gtk_get_minor_version() >= 18)
+        return {"GDK_DISABLE", "gl"};
+    return {"GDK_DEBUG", "gl-disable"};
 }
 
 } // namespace
@@ -37,10 +48,11 @@ void chooseRenderer() {
     const bool software = forced && std::string(forced) != "0" && std::string(forced) != "false";
     // NVIDIA's own driver needs no render node.
     const bool hardware = hasRenderNode("/dev/dri") || access("/dev/nvidiactl", R_OK | W_OK) == 0;
-    if ((hardware && !software) || std::getenv("GSK_RENDERER") || std::getenv("GDK_DEBUG"))
+    const auto isSet = [](const char* name) { return std::getenv(name) != nullptr; };
+    if ((hardware && !software) ||
+        std::ranges::any_of(std::array{"GSK_RENDERER", "GDK_DEBUG", "GDK_DISABLE"}, isSet))
         return;
-    for (const auto& [name, value] :
-         {std::pair{"GSK_RENDERER", "cairo"}, {"GDK_DEBUG", "gl-disable"}}) {
+    for (const auto& [name, value] : {std::pair{"GSK_RENDERER", "cairo"}, switchForOpenGl()}) {
         setenv(name, value, /*overwrite=*/0);
         ownVariables().emplace_back(name);
     }

@@ -8,8 +8,8 @@ namespace kelo::startup {
 /// Where OpenGL would run on the processor, makes GTK draw with cairo, and GTK and the web engine
 /// do without OpenGL. There the GL renderer costs about 95 MiB and up to 1.5 s to the first frame;
 /// even unused, OpenGL costs another 100 MiB in all processes and 0.3 s to the first page. In
-/// return, pages have no WebGL on such machines. Changes nothing if GSK_RENDERER or GDK_DEBUG is
-/// set, because the user has chosen then. prepareProcess() calls it.
+/// return, pages have no WebGL on such machines. Changes nothing if GSK_RENDERER, GDK_DEBUG or
+/// GDK_DISABLE is set, because the user has chosen then. prepareProcess() calls it.
 void chooseRenderer();
 
 /// Names of the environment variables that chooseRenderer() has set. They are meant for this

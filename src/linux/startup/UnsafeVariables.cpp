@@ -14,8 +14,8 @@ namespace {
 
 // What stays, and why:
 // - LD_* and GCONV_PATH have taken effect before main() begins.
-// - GTK_IM_MODULE, GDK_BACKEND, GDK_DEBUG, GSK_RENDERER and GIO_USE_* choose among what is
-//   installed. Input methods and old graphics drivers need them.
+// - GTK_IM_MODULE, GDK_BACKEND, GDK_DEBUG, GDK_DISABLE, GSK_RENDERER and GIO_USE_* choose among
+//   what is installed. Input methods and old graphics drivers need them.
 // - GST_* reaches the engine's sandboxed processes only, and people use it to play more formats.
 // - Proxies and XDG_* say where things are, as the desktop means them to.
 constexpr std::array unsafe{

@@ -3,6 +3,7 @@
 #include "component/ScopedVariable.h"
 
 #include <gtest/gtest.h>
+#include <gtk/gtk.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,27 +12,35 @@
 
 namespace kelo::test {
 
-TEST(RendererChoice, SoftwareGraphicsDrawWithCairo) {
-    const ScopedVariable software("LIBGL_ALWAYS_SOFTWARE", "1");
-    const ScopedVariable renderer("GSK_RENDERER", std::nullopt);
-    const ScopedVariable debug("GDK_DEBUG", std::nullopt);
+class RendererChoice : public testing::Test {
+protected:
+    const ScopedVariable software{"LIBGL_ALWAYS_SOFTWARE", "1"};
+    const ScopedVariable renderer{"GSK_RENDERER", std::nullopt};
+    const ScopedVariable debug{"GDK_DEBUG", std::nullopt};
+    const ScopedVariable disable{"GDK_DISABLE", std::nullopt};
+    const bool hasDisable = gtk_get_minor_version() >= 18;
+};
+
+TEST_F(RendererChoice, SoftwareGraphicsDrawWithCairoAndWithoutOpenGl) {
     startup::chooseRenderer();
     EXPECT_STREQ(std::getenv("GSK_RENDERER"), "cairo");
-    EXPECT_STREQ(std::getenv("GDK_DEBUG"), "gl-disable");
+    EXPECT_STREQ(std::getenv("GDK_DEBUG"), hasDisable ? nullptr : "gl-disable");
+    EXPECT_STREQ(std::getenv("GDK_DISABLE"), hasDisable ? "gl" : nullptr);
     EXPECT_EQ(startup::rendererVariables(),
-              (std::vector<std::string>{"GSK_RENDERER", "GDK_DEBUG"}));
+              (std::vector<std::string>{"GSK_RENDERER", hasDisable ? "GDK_DISABLE" : "GDK_DEBUG"}));
 }
 
-TEST(RendererChoice, ChoiceOfTheUserStays) {
-    const ScopedVariable software("LIBGL_ALWAYS_SOFTWARE", "1");
-    const ScopedVariable renderer("GSK_RENDERER", "gl");
-    const ScopedVariable debug("GDK_DEBUG", std::nullopt);
-    startup::chooseRenderer();
-    EXPECT_STREQ(std::getenv("GSK_RENDERER"), "gl");
-    EXPECT_EQ(std::getenv("GDK_DEBUG"), nullptr);
+TEST_F(RendererChoice, ChoiceOfTheUserStays) {
+    for (const char* chosen : {"GSK_RENDERER", "GDK_DEBUG", "GDK_DISABLE"}) {
+        const ScopedVariable choice(chosen, "chosen");
+        startup::chooseRenderer();
+        for (const char* name : {"GSK_RENDERER", "GDK_DEBUG", "GDK_DISABLE"})
+            EXPECT_STREQ(std::getenv(name), std::string(name) == chosen ? "chosen" : nullptr)
+                << chosen;
+    }
 }
 
-TEST(RendererChoice, RenderNodeMeansHardware) {
+TEST_F(RendererChoice, RenderNodeMeansHardware) {
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() / ("kelo-dri." + std::to_string(getpid()));
     EXPECT_FALSE(startup::hasRenderNode(folder));

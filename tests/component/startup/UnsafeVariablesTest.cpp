@@ -36,8 +36,9 @@ TEST(UnsafeVariables, SeveralThatBeginAlikeAllGo) {
 }
 
 TEST(UnsafeVariables, WhatTheDesktopNeedsStays) {
-    for (const char* name : {"GTK_IM_MODULE", "GDK_BACKEND", "GDK_DEBUG", "GIO_USE_TLS",
-                             "https_proxy", "XDG_DATA_HOME", "JSCX", "GTK_DEBUGGER"}) {
+    for (const char* name :
+         {"GTK_IM_MODULE", "GDK_BACKEND", "GDK_DEBUG", "GDK_DISABLE", "GIO_USE_TLS", "https_proxy",
+          "XDG_DATA_HOME", "JSCX", "GTK_DEBUGGER"}) {
         const ScopedVariable variable(name, "1");
         startup::unsetUnsafeVariables();
         EXPECT_STREQ(std::getenv(name), "1") << name;
