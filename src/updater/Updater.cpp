@@ -28,7 +28,7 @@ Updater::Updater(UpdaterContext given) : context(std::move(given)) {
 Updater::~Updater() {
     if (timer)
         timer->invalidate();
-    running.reset();
+    running = RunningTask();
 }
 
 void Updater::start() {
@@ -47,8 +47,8 @@ void Updater::checkForUpdates() {
 
 void Updater::begin(CheckKind kind) {
     active = true;
-    running.reset();
-    running.emplace(run(kind));
+    running = RunningTask(); // ends the last one before this one begins
+    running = RunningTask(run(kind));
 }
 
 Task<void> Updater::run(CheckKind kind) {

@@ -8,7 +8,6 @@
 
 #include <chrono>
 #include <memory>
-#include <optional>
 
 namespace kelo::updater {
 
@@ -49,7 +48,7 @@ private:
     bool started = false;
     bool active = false;
     std::shared_ptr<Timer> timer;
-    std::optional<RunningTask> running;
+    RunningTask running;
 };
 
 } // namespace kelo::updater

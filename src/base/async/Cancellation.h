@@ -77,10 +77,10 @@ Task<std::optional<T>> untilCancelled(Cancellation cancellation, Task<T> task) {
         if (const auto waiting = race->claim())
             waiting->resume(std::nullopt);
     });
-    std::optional<RunningTask> running;
+    RunningTask running;
     auto start = [&](CheckedContinuation<std::optional<T>> continuation) {
         race->waiting = std::move(continuation);
-        running.emplace(detail::runInto(race, std::move(task)));
+        running = RunningTask(detail::runInto(race, std::move(task)));
     };
     std::optional<T> result = co_await withCheckedContinuation<std::optional<T>>(std::move(start));
     cancellation.whenCancelled(nullptr);

@@ -13,6 +13,8 @@ namespace kelo {
 /// throw.
 class RunningTask {
 public:
+    /// Without a task, until one is assigned.
+    RunningTask() noexcept = default;
     explicit RunningTask(Task<void> task) : RunningTask(run(std::move(task))) {}
     RunningTask(RunningTask&& other) noexcept : handle(std::exchange(other.handle, nullptr)) {}
     RunningTask& operator=(RunningTask&& other) noexcept {
@@ -41,7 +43,7 @@ private:
 
     static RunningTask run(Task<void> task) { co_await task; }
 
-    std::coroutine_handle<promise_type> handle;
+    std::coroutine_handle<promise_type> handle = nullptr;
 };
 
 } // namespace kelo
