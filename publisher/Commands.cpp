@@ -166,7 +166,8 @@ updater::Appcast readFeed(const fs::path& path, std::ostream& remarks) {
 void verify(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
     const fs::path& archive = arguments.files[1];
     const updater::Appcast appcast = readFeed(arguments.files[0], remarks);
-    const updater::AppcastItem& item = itemOf(appcast, archive.filename());
+    const std::string name = archive.filename();
+    const updater::AppcastItem& item = itemOf(appcast, name);
     const auto key = updater::parsePublicKey(publicKeyFor(arguments, archive, remarks));
     if (!key)
         throw Failure("The public key is not valid. Use the 44 characters that keygen printed.");

@@ -207,7 +207,8 @@ BusMenu::Values BusMenu::aboutToShowGroup(const Values& arguments) {
         refuse("The menu has none of these entries");
     if (update())
         changed.push_back(root);
-    return Tuple<std::vector<gint32>, std::vector<gint32>>::create({changed, unknown});
+    return Tuple<std::vector<gint32>, std::vector<gint32>>::create(
+        {std::move(changed), std::move(unknown)});
 }
 
 void BusMenu::happened(std::int32_t identifier, const Text& event) {
