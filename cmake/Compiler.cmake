@@ -35,6 +35,10 @@ add_library(kelo_compiler INTERFACE)
 target_compile_options(kelo_compiler INTERFACE -Wall -Wextra -Wpedantic)
 # One domain for everything we log through GLib, so that G_MESSAGES_DEBUG=Kelo selects it.
 target_compile_definitions(kelo_compiler INTERFACE G_LOG_DOMAIN="Kelo")
+# The oldest toolkit that Kelo is built with. What a newer one calls deprecated is no warning, as long as
+# the oldest has nothing to put in its place; what a newer one adds is asked for by its version.
+target_compile_definitions(kelo_compiler INTERFACE
+  GDK_VERSION_MIN_REQUIRED=GDK_VERSION_4_8 GDK_VERSION_MAX_ALLOWED=GDK_VERSION_4_8)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 warns of overlapping copies in plain string concatenation, wrongly:
   # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651. Remove when GCC 12 is no longer supported.
