@@ -54,15 +54,18 @@ protected:
         RunningProgram::until("the next menu is open", [&] { return entry(command); });
     }
 
-    /// Whether assistive technology finds the shortcut on the entry with the text.
-    bool hasAccessibleShortcut(const std::string& text, const std::string& shortcut) {
+    /// Whether assistive technology finds this on the entry with the text.
+    bool hasAccessible(GtkAccessibleProperty property, const std::string& text,
+                       const std::string& value) {
         auto* button = entry(text)->get_ancestor(g_type_from_name("GtkModelButton"));
         char* different = gtk_test_accessible_check_property(GTK_ACCESSIBLE(button->gobj()),
-                                                             GTK_ACCESSIBLE_PROPERTY_KEY_SHORTCUTS,
-                                                             shortcut.c_str());
+                                                             property, value.c_str());
         const bool same = different == nullptr;
         g_free(different);
         return same;
+    }
+    bool hasAccessibleShortcut(const std::string& text, const std::string& shortcut) {
+        return hasAccessible(GTK_ACCESSIBLE_PROPERTY_KEY_SHORTCUTS, text, shortcut);
     }
 
     RunningProgram program;
@@ -185,6 +188,19 @@ TEST_F(MainMenu, ShortcutsAreShownBesideTheirEntries) {
         EXPECT_TRUE(entry("Ctrl+Q"));
         program.screen.press(GDK_KEY_Escape);
         RunningProgram::until("the menu is closed", [&] { return !entry("Quit"); });
+    });
+}
+
+TEST_F(MainMenu, AssistiveTechnologyFindsTheEntriesByTheirTexts) {
+    program.run([&] {
+        openAccountMenu();
+        EXPECT_TRUE(hasAccessible(GTK_ACCESSIBLE_PROPERTY_LABEL, command, command));
+        auto* button = entry(command)->get_ancestor(g_type_from_name("GtkModelButton"));
+        EXPECT_FALSE(gtk_test_accessible_has_relation(GTK_ACCESSIBLE(button->gobj()),
+                                                      GTK_ACCESSIBLE_RELATION_LABELLED_BY))
+            << "it would come before the name";
+        program.screen.press(GDK_KEY_Escape);
+        RunningProgram::until("the menu is closed", [&] { return !entry(command); });
     });
 }
 

@@ -93,7 +93,7 @@ void GtkApplicationHost::makeApplication() {
 }
 
 void GtkApplicationHost::startUp() {
-    turnOffInspectorKeys();
+    prepareForWindows();
     loadStyle();
     colorScheme = std::make_shared<ColorScheme>(application->get_dbus_connection());
     stayingNotice = std::make_unique<StayingNotice>(*application, state);

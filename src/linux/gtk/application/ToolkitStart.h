@@ -6,8 +6,9 @@ namespace kelo::gtk {
 /// Call it before the toolkit is initialized.
 void keepStreamsPlain();
 
-/// Call it before there is a window.
-void turnOffInspectorKeys();
+/// Turns off the keys of the toolkit's inspector, and names the entries of menus for assistive
+/// technology. Call it before there is a window.
+void prepareForWindows();
 
 /// What the user has started is done.
 void endStartUpNotice();
