@@ -66,15 +66,18 @@ std::optional<Area> User::placeOnScreen(const Accessible& object, WindowId pageH
         return Area{{corner.x + place.x, corner.y + place.y}, place.width, place.height};
     }
     auto holder = windowHolding(desktop.bus, object);
-    if (!holder)
-        holder = desktop.tree.mainWindow(); // a page
+    const bool inPage = !holder;
+    if (inPage)
+        holder = desktop.tree.mainWindow();
     const auto window = holder ? windowOnScreen(*holder) : std::nullopt;
     if (!window)
         return std::nullopt;
-    // The server's window has a margin around, where a program draws its frame by itself.
+    // The server's window has a margin around, where a program draws its frame by itself. GTK 4.18
+    // counts from inside the frame, and counts the frame in once more for the widgets in it.
     const Extents area = holder->extents();
-    return Area{{window->origin.x + (window->width - area.width) / 2 + place.x,
-                 window->origin.y + (window->height - area.height) / 2 + place.y},
+    const int frames = inPage ? 1 : 2;
+    return Area{{window->origin.x + (window->width - area.width) / 2 + place.x - frames * area.x,
+                 window->origin.y + (window->height - area.height) / 2 + place.y - frames * area.y},
                 place.width,
                 place.height};
 }
