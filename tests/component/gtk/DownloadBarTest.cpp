@@ -19,6 +19,13 @@ protected:
         RunningProgram::until("the bar says " + text,
                               [&] { return labelSaying(main(), text) != nullptr; });
     }
+    /// By the key, when there is a download of "report.pdf".
+    void goThere() {
+        program.untilDrawn(main());
+        program.screen.press(GDK_KEY_F6);
+        RunningProgram::until("the bar has the keyboard",
+                              [&] { return hasKeyboard("Cancel report.pdf"); });
+    }
     bool hasKeyboard(const std::string& button) {
         auto* const found = buttonNamed(main(), button);
         return found && found->has_focus();
@@ -136,10 +143,7 @@ TEST_F(DownloadBar, IsReachedByF6) {
     run([&] {
         untilPageHasKeyboard();
         begin("report.pdf");
-        program.untilDrawn(main());
-        program.screen.press(GDK_KEY_F6);
-        RunningProgram::until("the bar has the keyboard",
-                              [&] { return hasKeyboard("Cancel report.pdf"); });
+        goThere();
         program.screen.press(GDK_KEY_F6);
         untilPageHasKeyboard();
         program.screen.press(GDK_KEY_F6);
@@ -170,10 +174,7 @@ TEST_F(DownloadBar, DoesNotPutAnotherButtonUnderTheFinger) {
     run([&] {
         untilPageHasKeyboard();
         const unsigned report = begin("report.pdf");
-        program.untilDrawn(main());
-        program.screen.press(GDK_KEY_F6);
-        RunningProgram::until("the bar has the keyboard",
-                              [&] { return hasKeyboard("Cancel report.pdf"); });
+        goThere();
         finish(report, "report.pdf");
         RunningProgram::until("the keyboard is elsewhere", [&] { return hasKeyboard("Close"); });
         program.screen.press(GDK_KEY_space);

@@ -62,6 +62,7 @@ TEST_F(PageDialog, SaysWhoSpeaksAndWhatAndIsConfirmedByEnter) {
         auto* text = labelSaying(window, "Saved.\nAll of it.");
         ASSERT_TRUE(text);
         EXPECT_TRUE(text->get_selectable());
+        EXPECT_TRUE(isDescribed(window, "Saved.\nAll of it."));
         EXPECT_EQ(visibleIn<Gtk::Button>(window).size(), 1U);
         EXPECT_EQ(window.get_focus(), buttonNamed(window, "OK"));
         EXPECT_TRUE(program.window("Kelo").has_css_class("kelo-dimmed"));

@@ -78,6 +78,8 @@ TEST_F(PermissionQuestion, SaysWhoAsksForWhat) {
         for (const auto& [capabilities, heading] : all) {
             ask(capabilities, "a.example");
             EXPECT_EQ(textsIn(dialog()).front(), heading);
+            EXPECT_TRUE(isDescribed(
+                dialog(), "You can change this at any time under “Permissions” in Kelo’s menu."));
             EXPECT_EQ(dialog().get_transient_for(), &program.window("Kelo"));
             asked.reset();
             RunningProgram::settle();
@@ -124,6 +126,7 @@ TEST_F(PermissionQuestion, ClickForWhatWasThereBeforeAnswersNothing) {
         for (const char* const button : {"Allow", "Don’t Allow"}) {
             ask();
             click(button);
+            press(GDK_KEY_a); // comes after the click
             expectOpen();
             asked.reset();
             RunningProgram::settle();
@@ -175,6 +178,22 @@ TEST_F(PermissionQuestion, LeavesTheKeyboardToAnotherProgram) {
         RunningProgram::settle();
         EXPECT_FALSE(dialog().is_active());
         asked.reset();
+    });
+}
+
+// The page's window does not have the keyboard back by then.
+TEST_F(PermissionQuestion, TakesTheKeyboardOnceAnotherOneIsAnswered) {
+    program.run([&] {
+        program.untilActive(program.window("Kelo"));
+        std::unique_ptr<permission::PermissionAsker::Asked> second;
+        GtkWidget* const page = GTK_WIDGET(program.app.page->area.gobj());
+        asked = asker.ask(page, {"a.example", {Capability::camera}}, [&](std::optional<bool>) {
+            second = asker.ask(page, {"a.example", {Capability::microphone}}, nullptr);
+        });
+        program.untilActive(dialog());
+        dialog().close();
+        RunningProgram::until("the next question", [&] { return second != nullptr; });
+        program.untilActive(dialog());
     });
 }
 

@@ -178,12 +178,24 @@ std::vector<std::string> textsIn(Gtk::Widget& root) {
     return texts;
 }
 
-bool isNamed(Gtk::Widget& widget, const std::string& name) {
-    char* different = gtk_test_accessible_check_property(
-        GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, name.c_str());
+namespace {
+
+bool tells(Gtk::Widget& widget, GtkAccessibleProperty property, const std::string& text) {
+    char* different =
+        gtk_test_accessible_check_property(GTK_ACCESSIBLE(widget.gobj()), property, text.c_str());
     const bool same = different == nullptr;
     g_free(different);
     return same;
+}
+
+} // namespace
+
+bool isNamed(Gtk::Widget& widget, const std::string& name) {
+    return tells(widget, GTK_ACCESSIBLE_PROPERTY_LABEL, name);
+}
+
+bool isDescribed(Gtk::Widget& widget, const std::string& text) {
+    return tells(widget, GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, text);
 }
 
 Gtk::Label* labelSaying(Gtk::Widget& root, const std::string& text) {

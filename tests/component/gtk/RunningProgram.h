@@ -92,6 +92,9 @@ Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name);
 /// Whether the widget has this accessible name.
 bool isNamed(Gtk::Widget& widget, const std::string& name);
 
+/// Whether it also tells this text of the widget.
+bool isDescribed(Gtk::Widget& widget, const std::string& text);
+
 /// A visible widget with the style class; null if there is none.
 Gtk::Widget* withClass(Gtk::Widget& root, const std::string& cssClass);
 
