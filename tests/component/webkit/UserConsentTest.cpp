@@ -1,5 +1,4 @@
-#include "component/webkit/FakeAsker.h"
-#include "component/webkit/MediaFixture.h"
+#include "component/webkit/ConsentFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +11,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 /// The service's page in a view without a delegate, where the user decides.
-class UserConsent : public MediaFixture {
+class UserConsent : public ConsentFixture {
 protected:
     void SetUp() override {
         userChoice = {permissions, asker};
@@ -59,17 +58,11 @@ protected:
         loop.runUntil([&] { return !evaluate("state").empty(); });
         return evaluate("state");
     }
-    Answer remembered(Capability capability) const { return permissions->answer(capability); }
 
     static constexpr const char* both =
         "navigator.mediaDevices.getUserMedia({audio: true, video: true})";
     static constexpr const char* states =
         "[...new Set(stream.getTracks().map((track) => track.readyState))].join()";
-
-    std::shared_ptr<permission::Permissions> permissions =
-        std::make_shared<permission::Permissions>("", "");
-    std::shared_ptr<FakeAsker> asker = std::make_shared<FakeAsker>();
-    std::unique_ptr<MisbehavingServer> peer;
 };
 
 TEST_F(UserConsent, ServicesPageIsAskedAboutOnceForEachDevice) {
@@ -147,20 +140,11 @@ TEST_F(UserConsent, AnotherOriginsPageIsDeniedWithoutAQuestion) {
 
 TEST_F(UserConsent, AnotherOriginsFrameIsDeniedWithoutAQuestion) {
     permissions->remember(Capability::microphone, Answer::allowed);
-    IdentityRequest wanted;
-    wanted.hosts = {"127.0.0.1"};
-    const auto otherIdentity = authority.issue(wanted);
-    trust(otherIdentity, "127.0.0.1");
-    const MisbehavingServer other(
-        otherIdentity, MisbehavingServer::answering([](const WireRequest&) {
-            return page("<script>navigator.mediaDevices.getUserMedia({audio: true}).then("
-                        "() => top.postMessage('captured', '*'),"
-                        "(error) => top.postMessage(error.name, '*'))</script>");
-        }));
-    evaluate("addEventListener('message', (event) => window.heard = event.data);"
-             "document.body.innerHTML = `<iframe allow=microphone src='https://127.0.0.1:" +
-             std::to_string(other.port()) + "/'></iframe>`; 1");
-    EXPECT_TRUE(waitForScript("window.heard", "NotAllowedError"));
+    EXPECT_EQ(saidByAForeignFrame("navigator.mediaDevices.getUserMedia({audio: true}).then("
+                                  "() => top.postMessage('captured', '*'),"
+                                  "(error) => top.postMessage(error.name, '*'))",
+                                  "allow=microphone"),
+              "NotAllowedError");
     EXPECT_THAT(asker->questions, IsEmpty());
 }
 

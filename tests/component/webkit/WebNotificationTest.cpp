@@ -1,5 +1,4 @@
-#include "component/webkit/FakeAsker.h"
-#include "component/webkit/MediaFixture.h"
+#include "component/webkit/ConsentFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -43,7 +42,7 @@ public:
 } // namespace
 
 /// The service's page in a view whose user may be told something.
-class WebNotification : public MediaFixture {
+class WebNotification : public ConsentFixture {
 protected:
     void SetUp() override {
         userChoice = {permissions, asker, desktop};
@@ -85,11 +84,7 @@ protected:
         ASSERT_TRUE(loop.runUntil([&] { return desktop->count > before; }));
     }
 
-    std::shared_ptr<permission::Permissions> permissions =
-        std::make_shared<permission::Permissions>("", "");
-    std::shared_ptr<FakeAsker> asker = std::make_shared<FakeAsker>();
     std::shared_ptr<FakeNotifications> desktop = std::make_shared<FakeNotifications>();
-    std::unique_ptr<MisbehavingServer> peer;
 };
 
 TEST_F(WebNotification, ServicesPageIsAskedAboutOnce) {
@@ -100,7 +95,7 @@ TEST_F(WebNotification, ServicesPageIsAskedAboutOnce) {
     EXPECT_THAT(asker->questions[0].capabilities, ElementsAre(Capability::notifications));
     asker->answer(true);
     EXPECT_TRUE(waitForScript("outcome", "granted"));
-    EXPECT_EQ(permissions->answer(Capability::notifications), Answer::allowed);
+    EXPECT_EQ(remembered(Capability::notifications), Answer::allowed);
     EXPECT_EQ(settled("Notification.permission"), "granted");
     EXPECT_EQ(stateOf(), "granted");
     open(peer->url("/"));
@@ -113,7 +108,7 @@ TEST_F(WebNotification, RefusalIsRemembered) {
     request();
     asker->answer(false);
     EXPECT_TRUE(waitForScript("outcome", "denied"));
-    EXPECT_EQ(permissions->answer(Capability::notifications), Answer::denied);
+    EXPECT_EQ(remembered(Capability::notifications), Answer::denied);
     open(peer->url("/"));
     EXPECT_EQ(settled("Notification.requestPermission()"), "denied");
     EXPECT_THAT(asker->questions, SizeIs(1));
@@ -124,7 +119,7 @@ TEST_F(WebNotification, QuestionThatIsClosedIsNotRemembered) {
     request();
     asker->answer(std::nullopt);
     EXPECT_TRUE(waitForScript("outcome", "denied"));
-    EXPECT_EQ(permissions->answer(Capability::notifications), Answer::ask);
+    EXPECT_EQ(remembered(Capability::notifications), Answer::ask);
 }
 
 TEST_F(WebNotification, FirstPageKnowsTheAnswerOfAFormerStart) {
@@ -152,19 +147,9 @@ TEST_F(WebNotification, AnotherOriginIsDeniedWithoutAQuestion) {
 
 TEST_F(WebNotification, AnotherOriginsFrameIsDeniedWithoutAQuestion) {
     show();
-    IdentityRequest wanted;
-    wanted.hosts = {"127.0.0.1"};
-    const auto otherIdentity = authority.issue(wanted);
-    trust(otherIdentity, "127.0.0.1");
-    const MisbehavingServer other(
-        otherIdentity, MisbehavingServer::answering([](const WireRequest&) {
-            return page("<script>Notification.requestPermission().then("
-                        "(answer) => top.postMessage(answer, '*'))</script>");
-        }));
-    evaluate("addEventListener('message', (event) => window.heard = event.data);"
-             "document.body.innerHTML = `<iframe src='https://127.0.0.1:" +
-             std::to_string(other.port()) + "/'></iframe>`; 1");
-    EXPECT_TRUE(waitForScript("window.heard", "denied"));
+    EXPECT_EQ(saidByAForeignFrame("Notification.requestPermission().then("
+                                  "(answer) => top.postMessage(answer, '*'))"),
+              "denied");
     EXPECT_THAT(asker->questions, IsEmpty());
 }
 
