@@ -52,6 +52,18 @@ TEST_F(Leaving, AsksNothingBeforeTheUserHasDoneSomethingInThePage) {
     EXPECT_TRUE(dialogs->asked.empty());
 }
 
+TEST_F(Leaving, AsksNothingBecauseAFormerPageWasUsed) {
+    click();
+    load(server->url("/"));
+    ASSERT_TRUE(waitForQuestion());
+    dialogs->answer({true});
+    ASSERT_TRUE(waitForFinished(2));
+    load(server->url("/next"));
+    ASSERT_TRUE(loop.runUntil(
+        [this] { return recorder->finished.size() == 3 || dialogs->asked.size() > 1; }));
+    EXPECT_EQ(dialogs->asked.size(), 1U);
+}
+
 TEST_F(Leaving, ByAnotherLoadIsUpToTheUser) {
     click();
     load(server->url("/next"));
