@@ -7,6 +7,7 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/eventcontrollerlegacy.h>
 
 #include <chrono>
 #include <memory>
@@ -34,6 +35,15 @@ protected:
         keys->signal_key_released().connect(
             [this](guint, guint, Gdk::ModifierType) { ++released; });
         dialog().add_controller(keys);
+        auto buttons = Gtk::EventControllerLegacy::create();
+        buttons->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+        buttons->signal_event().connect(
+            [this](const Glib::RefPtr<const Gdk::Event>& event) {
+                clicks += event->get_event_type() == Gdk::Event::Type::BUTTON_RELEASE ? 1 : 0;
+                return false;
+            },
+            false);
+        dialog().add_controller(buttons);
         program.untilActive(dialog());
     }
     static Gtk::Window& dialog() { return *gtk::ModalWindow::topmost(); }
@@ -45,7 +55,9 @@ protected:
         RunningProgram::settle();
     }
     void click(const std::string& button) {
+        const int before = clicks;
         program.click(*buttonNamed(dialog(), button));
+        RunningProgram::until("the click has come", [&] { return clicks > before; });
         RunningProgram::settle();
     }
     void untilAnswered(const std::string& answer) {
@@ -64,7 +76,8 @@ protected:
     gtk::GtkPermissionAsker asker{[this] { return time; }};
     std::unique_ptr<permission::PermissionAsker::Asked> asked;
     std::vector<std::string> answers;
-    int released = 0;
+    int released = 0; ///< keys
+    int clicks = 0;
 };
 
 TEST_F(PermissionQuestion, SaysWhoAsksForWhat) {

@@ -167,6 +167,13 @@ TEST_F(UserConsent, PageIsAskedAboutAfterAPlaceInItWasShown) {
     requestAndAwaitQuestion(microphone);
 }
 
+TEST_F(UserConsent, QuestionGoesWithThePagesProcess) {
+    requestAndAwaitQuestion(microphone);
+    webkit_web_view_terminate_web_process(native());
+    EXPECT_TRUE(loop.runUntil([&] { return !asker->isOpen; }));
+    EXPECT_EQ(remembered(Capability::microphone), Answer::ask);
+}
+
 TEST_F(UserConsent, QuestionGoesWithItsWindow) {
     requestAndAwaitQuestion(microphone);
     leaveWindow();
