@@ -149,8 +149,10 @@ TEST_F(PagePermission, ClickOnANotificationOpensTheWindowAndReachesThePage) {
     awaitHeading("granted");
 
     closeWindow();
-    notified.press("default");
+    notified.press("default", "token-of-the-click");
     awaitHeading("Clicked");
+    EXPECT_EQ(desktop().screen.windows.text(mainWindow()->identifier, "_NET_STARTUP_ID"),
+              "token-of-the-click");
 }
 
 } // namespace kelo::e2e
