@@ -129,14 +129,24 @@ TEST_F(WebNotification, FirstPageKnowsTheAnswerOfAFormerStart) {
     permissions->remember(Capability::notifications, Answer::denied);
     show();
     // The engine tells new pages "default" for "denied" until they ask.
+    EXPECT_EQ(settled("Notification.permission"), "default");
     EXPECT_EQ(settled("Notification.requestPermission()"), "denied");
     EXPECT_THAT(asker->questions, IsEmpty());
+}
+
+TEST_F(WebNotification, ClosedWindowAsksNobody) {
+    show();
+    leaveWindow();
+    EXPECT_EQ(settled("Notification.requestPermission()"), "denied");
+    EXPECT_THAT(asker->questions, IsEmpty());
+    EXPECT_EQ(permissions->answer(Capability::notifications), Answer::ask);
 }
 
 TEST_F(WebNotification, AnotherOriginIsDeniedWithoutAQuestion) {
     showAllowed();
     const auto other = site({{"/", "elsewhere"}});
     open(other->url("/"));
+    EXPECT_NE(stateOf(), "granted");
     EXPECT_EQ(settled("Notification.requestPermission()"), "denied");
     EXPECT_THAT(asker->questions, IsEmpty());
     notify("stranger");
