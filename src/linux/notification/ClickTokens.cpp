@@ -1,6 +1,7 @@
 #include "linux/notification/ClickTokens.h"
 
 #include "base/async/MainLoop.h"
+#include "linux/bus/Signal.h"
 
 #include <utility>
 
@@ -26,7 +27,10 @@ std::optional<Arrived> read(GVariant* values) {
 
 ClickTokens::ClickTokens(Handlers handlers) : handlers(std::move(handlers)) {}
 
-void ClickTokens::listen(const bus::Connection& connection) {
+ClickTokens::~ClickTokens() = default;
+
+void ClickTokens::listen(GDBusConnection* bus) {
+    const auto connection = bus::Connection::share(bus);
     const bus::Object server{"org.freedesktop.Notifications", "/org/freedesktop/Notifications",
                              "org.freedesktop.Notifications"};
     signals.push_back(std::make_unique<bus::Signal>(

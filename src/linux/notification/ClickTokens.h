@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/bus/Signal.h"
+#include <gio/gio.h>
 
 #include <cstdint>
 #include <functional>
@@ -8,6 +8,10 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace kelo::bus {
+class Signal;
+}
 
 namespace kelo::notification {
 
@@ -27,9 +31,13 @@ public:
     };
 
     explicit ClickTokens(Handlers handlers);
+    ~ClickTokens();
+    ClickTokens(const ClickTokens&) = delete;
+    ClickTokens& operator=(const ClickTokens&) = delete;
 
-    /// Listens to the notification server on this bus, whichever it is at the time.
-    void listen(const bus::Connection& connection);
+    /// Listens to the notification server on this bus, whichever it is at the time. Keeps the
+    /// connection.
+    void listen(GDBusConnection* bus);
 
     /// What the server says of the notification with this number.
     void tokenSent(std::uint32_t number, const std::string& token);

@@ -17,7 +17,7 @@ void TokenApplication::on_startup() {
     if (const auto bus = get_dbus_connection()) {
         clickTokens.emplace(
             notification::ClickTokens::Handlers{&keepActivationToken, &dropActivationToken});
-        clickTokens->listen(bus::Connection::share(bus->gobj()));
+        clickTokens->listen(bus->gobj());
     }
 }
 
