@@ -39,10 +39,16 @@ bool fitsInHeader(const std::string& text) {
                         [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7f; });
 }
 
+/// The domain below the public suffix; the host itself if it has none, as an address has.
+std::string siteOf(const Url& url) {
+    const char* const domain = soup_tld_get_base_domain(url.host().c_str(), nullptr);
+    return domain ? domain : url.host();
+}
+
 gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const Url& firstUrl) {
     const SoupUri uri = soupUri(request.url);
-    const SoupUri site = soupUri(firstUrl);
-    if (!uri || !site || request.url.scheme() != "https")
+    const SoupUri first = soupUri(firstUrl);
+    if (!uri || !first || request.url.scheme() != "https")
         throw Failure(FailureKind::insecure,
                       translated("Could not connect to %1: its address is not a secure one.",
                                  {request.url.host()}),
@@ -51,8 +57,12 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     auto message = gobject::GObjectPointer<SoupMessage>::adopt(
         soup_message_new_from_uri(request.method.c_str(), uri.get()));
     soup_message_add_flags(message.get(), SOUP_MESSAGE_NO_REDIRECT);
-    soup_message_set_site_for_cookies(message.get(), site.get());
-    soup_message_set_first_party(message.get(), site.get());
+    // What libsoup compares is the cookie's domain with one host, so that it holds back even a
+    // host's own cookies where they name a domain. Without a site it sends every cookie that
+    // applies.
+    if (siteOf(request.url) != siteOf(firstUrl))
+        soup_message_set_site_for_cookies(message.get(), first.get());
+    soup_message_set_first_party(message.get(), first.get());
     if (request.body) {
         const GBytesPointer body = bytesOf(*request.body);
         soup_message_set_request_body_from_bytes(message.get(), nullptr, body.get());

@@ -57,7 +57,7 @@ TEST_F(CookieSession, StoreGivesEveryAttribute) {
     const auto peer = server(settingCookies(
         {"__Secure-session-token=v; Path=/; Secure; HttpOnly; SameSite=Lax; Expires=Fri, 01 Jan "
          "2100 00:00:00 GMT",
-         "plain=p; Path=/api"}));
+         "plain=p; Path=/api; SameSite=Lax"}));
     loop.run(own.data(peer->url("/set")));
 
     HttpCookie token;
@@ -75,6 +75,7 @@ TEST_F(CookieSession, StoreGivesEveryAttribute) {
     plain.value = "p";
     plain.domain = "localhost";
     plain.path = "/api";
+    plain.sameSite = SameSitePolicy::lax;
     EXPECT_THAT(cookiesFor(peer->url("/api/x")), UnorderedElementsAre(token, plain));
 }
 
@@ -119,7 +120,8 @@ TEST_F(CookieSession, SiblingHostCannotPlantACookieOfThisHost) {
                                  "Location: https://site.localhost:" + port +
                                      "/end\r\nSet-Cookie: __Host-session-token=planted; Path=/; "
                                      "Secure; Domain=site.localhost\r\n"
-                                     "Set-Cookie: wide=1; Path=/; Domain=site.localhost\r\n",
+                                     "Set-Cookie: wide=1; Path=/; Domain=site.localhost; "
+                                     "SameSite=None; Secure\r\n",
                                  "302 Found");
             return httpReply("{}");
         }));
@@ -137,6 +139,21 @@ TEST_F(CookieSession, CookieOfARedirectIsKept) {
     }));
     loop.run(own.data(peer->url("/start")));
     EXPECT_EQ(peer->requests().at(1).header("cookie"), "a=1");
+}
+
+TEST_F(CookieSession, CookieOfADomainIsSentToItsOwnHostWhateverItsPolicy) {
+    IdentityRequest names;
+    names.hosts = {"site.localhost"};
+    const MisbehavingServer peer(
+        authority.issue(names),
+        settingCookies({"a=1; Path=/; Domain=site.localhost",
+                        "b=2; Path=/; Domain=site.localhost; SameSite=Strict"}));
+    const Url url = *Url::parse("https://site.localhost:" + std::to_string(peer.port()));
+    loop.run(own.data(*Url::parse(url.absoluteString() + "/set")));
+    UrlRequest post{url};
+    post.method = "POST";
+    loop.run(own.data(post));
+    EXPECT_EQ(peer.requests().back().header("cookie"), "a=1; b=2");
 }
 
 TEST_F(CookieSession, StrictCookieStaysWhenAnotherSiteRedirects) {
