@@ -8,6 +8,9 @@ namespace kelo::gtk {
 
 /// Sets the name by which a screen reader announces the widget.
 inline void setAccessibleName(Gtk::Widget& widget, const std::string& name) {
+    // Since GTK 4.18 a button is labelled by the text that it shows, which would come first.
+    gtk_accessible_reset_relation(GTK_ACCESSIBLE(widget.gobj()),
+                                  GTK_ACCESSIBLE_RELATION_LABELLED_BY);
     gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL,
                                    name.c_str(), -1);
 }
