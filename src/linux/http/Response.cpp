@@ -60,9 +60,10 @@ gobject::GObjectPointer<SoupMessage> messageFor(const UrlRequest& request, const
     // What libsoup compares is the cookie's domain with one host, so that it holds back even a
     // host's own cookies where they name a domain. Without a site it sends every cookie that
     // applies.
-    if (siteOf(request.url) != siteOf(firstUrl))
+    if (siteOf(request.url) != siteOf(firstUrl)) {
         soup_message_set_site_for_cookies(message.get(), first.get());
-    soup_message_set_first_party(message.get(), first.get());
+        soup_message_set_first_party(message.get(), first.get());
+    }
     if (request.body) {
         const GBytesPointer body = bytesOf(*request.body);
         soup_message_set_request_body_from_bytes(message.get(), nullptr, body.get());
