@@ -1,5 +1,7 @@
 #include "testing/rig/User.h"
 
+#include "testing/rig/PlaceInWindow.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
@@ -60,8 +62,8 @@ std::optional<ScreenWindow> User::windowOnScreen(const Accessible& window) const
 }
 
 std::optional<Area> User::placeOnScreen(const Accessible& object, WindowId pageHolder) const {
-    const Extents place = object.extents();
     if (pageHolder != 0) {
+        const Extents place = object.extents();
         const Point corner = desktop.screen.windows.describe(pageHolder).origin;
         return Area{{corner.x + place.x, corner.y + place.y}, place.width, place.height};
     }
@@ -72,12 +74,12 @@ std::optional<Area> User::placeOnScreen(const Accessible& object, WindowId pageH
     const auto window = holder ? windowOnScreen(*holder) : std::nullopt;
     if (!window)
         return std::nullopt;
-    // The server's window has a margin around, where a program draws its frame by itself. GTK 4.18
-    // counts from inside the frame, and counts the frame in once more for the widgets in it.
+    const Extents place = inPage ? object.extents() : placeInWindow(desktop.bus, *holder, object);
+    // The server's window has a margin around, where a program draws its frame by itself. Newer
+    // toolkits count from inside that frame, so that the window itself begins to the left of 0.
     const Extents area = holder->extents();
-    const int frames = inPage ? 1 : 2;
-    return Area{{window->origin.x + (window->width - area.width) / 2 + place.x - frames * area.x,
-                 window->origin.y + (window->height - area.height) / 2 + place.y - frames * area.y},
+    return Area{{window->origin.x + (window->width - area.width) / 2 - area.x + place.x,
+                 window->origin.y + (window->height - area.height) / 2 - area.y + place.y},
                 place.width,
                 place.height};
 }
