@@ -21,6 +21,9 @@ RunningProgram::RunningProgram(gtk::HostSettings settings)
 
 RunningProgram::~RunningProgram() {
     dropSpawnedTasks();
+    // What was posted for the app must not wait for the next test: a window that was opened last
+    // still has to tell that it appeared.
+    settle();
 }
 
 void RunningProgram::run(std::function<void()> body) {
