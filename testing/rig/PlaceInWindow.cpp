@@ -1,5 +1,6 @@
 #include "testing/rig/PlaceInWindow.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 
@@ -7,9 +8,8 @@ namespace kelo::rig {
 
 namespace {
 
-constexpr std::uint32_t windowCoordinates = 1;
-/// More than all paddings around one object together.
-constexpr int farthest = 80;
+/// Around a box, in pixels. Where more is free, its contents do not fill it.
+constexpr int widestPadding = 32;
 
 std::optional<ObjectAddress> referenceIn(const VariantPointer& value) {
     if (!value || !g_variant_is_of_type(value.get(), G_VARIANT_TYPE("(so)")))
@@ -20,26 +20,22 @@ std::optional<ObjectAddress> referenceIn(const VariantPointer& value) {
     return ObjectAddress{name, path};
 }
 
-/// Whether the window shows the object at the point, or something in it.
-bool shows(const AccessibilityBus& bus, const Accessible& window, const Accessible& object, int x,
-           int y) {
-    const VariantPointer reply =
-        bus.call(window.address(), "org.a11y.atspi.Component", "GetAccessibleAtPoint",
-                 g_variant_new("(iiu)", x, y, windowCoordinates));
-    if (!reply || !g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("((so))")))
-        return false;
-    auto found = referenceIn(VariantPointer(g_variant_get_child_value(reply.get(), 0)));
-    while (found && *found != object.address() && *found != window.address())
-        found = referenceIn(bus.property(*found, "org.a11y.atspi.Accessible", "Parent"));
-    return found == object.address();
+std::optional<Accessible> parentOf(const AccessibilityBus& bus, const Accessible& object) {
+    const auto parent =
+        referenceIn(bus.property(object.address(), "org.a11y.atspi.Accessible", "Parent"));
+    return parent ? std::optional(Accessible(bus, *parent)) : std::nullopt;
+}
+
+int paddingFor(int free) {
+    return free > 0 && free / 2 <= widestPadding ? free / 2 : 0;
 }
 
 /// Whether the window's toolkit is one that errs.
 bool errs(const AccessibilityBus& bus, const Accessible& window) {
-    const auto program =
-        referenceIn(bus.property(window.address(), "org.a11y.atspi.Accessible", "Parent"));
+    const auto program = parentOf(bus, window);
     const VariantPointer version =
-        program ? bus.property(*program, "org.a11y.atspi.Application", "Version") : nullptr;
+        program ? bus.property(program->address(), "org.a11y.atspi.Application", "Version")
+                : nullptr;
     int minor = 0;
     return version && g_variant_is_of_type(version.get(), G_VARIANT_TYPE_STRING) &&
            std::sscanf(g_variant_get_string(version.get(), nullptr), "4.%d", &minor) == 1 &&
@@ -48,8 +44,9 @@ bool errs(const AccessibilityBus& bus, const Accessible& window) {
 
 } // namespace
 
-// GTK 4.18 adds up places that each count from inside a padding as if they counted from outside
-// (GTK 4.8 does not). So the truth lies to the right and below, and only a little.
+// GTK 4.18 adds up places that each count from inside a box's padding as if they counted from its
+// edge (GTK 4.8 does not). How wide a padding is, the bus does not say, but what the contents leave
+// free of the box is twice the padding.
 Extents placeInWindow(const AccessibilityBus& bus, const Accessible& window,
                       const Accessible& object) {
     const Extents frame = window.extents();
@@ -58,19 +55,18 @@ Extents placeInWindow(const AccessibilityBus& bus, const Accessible& window,
     place.y -= frame.y;
     if (!errs(bus, window))
         return place;
-    const int middleX = place.x + place.width / 2;
-    const int middleY = place.y + place.height / 2;
-    const auto isShownAt = [&](int x, int y) { return shows(bus, window, object, x, y); };
-    for (int more = 0; more < farthest; more += 4) {
-        if (!isShownAt(middleX + more, middleY + more))
-            continue;
-        int left = place.x;
-        while (left < middleX + more && !isShownAt(left, middleY + more))
-            ++left;
-        int top = place.y;
-        while (top < middleY + more && !isShownAt(middleX + more, top))
-            ++top;
-        return {left, top, place.width, place.height};
+    for (auto box = parentOf(bus, object); box && box->address() != window.address();
+         box = parentOf(bus, *box)) {
+        const Extents outside = box->extents();
+        int right = 0;
+        int bottom = 0;
+        for (const Accessible& child : box->children()) {
+            const Extents inside = child.extents();
+            right = std::max(right, inside.x + inside.width - outside.x);
+            bottom = std::max(bottom, inside.y + inside.height - outside.y);
+        }
+        place.x += paddingFor(outside.width - right);
+        place.y += paddingFor(outside.height - bottom);
     }
     return place;
 }

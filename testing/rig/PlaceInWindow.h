@@ -4,9 +4,8 @@
 
 namespace kelo::rig {
 
-/// Where an object of a toolkit's window really is, in pixels from the upper left corner of what is
-/// inside the window's frame. What the object itself says may be wrong by the padding of everything
-/// around it, so the window is asked as well, which object it has at a point.
+/// Where an object of a toolkit's window is, in pixels from the upper left corner of what is inside
+/// the window's frame: near enough for a click on its middle.
 Extents placeInWindow(const AccessibilityBus& bus, const Accessible& window,
                       const Accessible& object);
 

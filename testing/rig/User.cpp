@@ -68,13 +68,13 @@ std::optional<Area> User::placeOnScreen(const Accessible& object, WindowId pageH
         return Area{{corner.x + place.x, corner.y + place.y}, place.width, place.height};
     }
     auto holder = windowHolding(desktop.bus, object);
-    const bool inPage = !holder;
-    if (inPage)
-        holder = desktop.tree.mainWindow();
+    if (!holder)
+        holder = desktop.tree.mainWindow(); // a page that no window's tree leads to
     const auto window = holder ? windowOnScreen(*holder) : std::nullopt;
     if (!window)
         return std::nullopt;
-    const Extents place = inPage ? object.extents() : placeInWindow(desktop.bus, *holder, object);
+    const Extents place =
+        object.address().inPage ? object.extents() : placeInWindow(desktop.bus, *holder, object);
     // The server's window has a margin around, where a program draws its frame by itself. Newer
     // toolkits count from inside that frame, so that the window itself begins to the left of 0.
     const Extents area = holder->extents();
