@@ -15,6 +15,12 @@ namespace {
 constexpr int deepest = 40;
 constexpr std::chrono::milliseconds twoFrames{40};
 
+/// Since GTK 4.14 a window leads to its page, whose process may not answer. Pages are looked into
+/// by themselves.
+bool leadsIntoPage(const Accessible& object, const Accessible& child) {
+    return !object.address().inPage && child.address().busName != object.address().busName;
+}
+
 /// Calls visit for every object below, the parents first, until it answers false.
 bool walk(const Accessible& object, int depth,
           const std::function<bool(const Accessible&, int)>& visit) {
@@ -23,7 +29,7 @@ bool walk(const Accessible& object, int depth,
     if (depth == deepest)
         return true;
     for (const auto& child : object.children()) {
-        if (!walk(child, depth + 1, visit))
+        if (!leadsIntoPage(object, child) && !walk(child, depth + 1, visit))
             return false;
     }
     return true;
