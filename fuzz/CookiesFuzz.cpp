@@ -27,10 +27,14 @@ void examinePlain(const HttpCookie& cookie) {
         require(text->find('\0') == std::string::npos);
     require(cookie.sameSite != SameSitePolicy::none || cookie.secure);
     require(cookie.sameSite != SameSitePolicy::unspecified || !cookie.secure);
-    require(thereAndBack(cookie) == cookie);
+    HttpCookie kept = cookie;
+    if (kept.sameSite == SameSitePolicy::unspecified)
+        kept.sameSite = SameSitePolicy::lax;
+    require(thereAndBack(cookie) == kept);
 }
 
-/// A cookie of the engine, made plain and handed back to the engine, is the same cookie.
+/// A cookie of the engine, made plain and handed back to the engine, is the same cookie; a policy
+/// that it cannot have becomes Lax.
 void examineEngineCookie(SoupCookie* cookie) {
     const HttpCookie plain = http::fromSoupCookie(cookie);
     examinePlain(plain);
@@ -39,8 +43,10 @@ void examineEngineCookie(SoupCookie* cookie) {
     require(g_strcmp0(soup_cookie_get_domain(cookie), soup_cookie_get_domain(back.get())) == 0);
     require(soup_cookie_get_secure(cookie) == soup_cookie_get_secure(back.get()));
     require(soup_cookie_get_http_only(cookie) == soup_cookie_get_http_only(back.get()));
-    require(soup_cookie_get_same_site_policy(cookie) ==
-            soup_cookie_get_same_site_policy(back.get()));
+    require(soup_cookie_get_same_site_policy(back.get()) ==
+            (plain.sameSite == SameSitePolicy::unspecified
+                 ? SOUP_SAME_SITE_POLICY_LAX
+                 : soup_cookie_get_same_site_policy(cookie)));
     GDateTime* const expires = soup_cookie_get_expires(cookie);
     GDateTime* const backExpires = soup_cookie_get_expires(back.get());
     require(!expires == !backExpires);
@@ -56,9 +62,10 @@ void examineAttributes(const HttpCookie& start, std::optional<std::int64_t> seco
         if (seconds)
             cookie.expires = std::chrono::sys_seconds(std::chrono::seconds(*seconds));
         const HttpCookie kept = thereAndBack(cookie);
-        const bool isWeak = policy == SameSitePolicy::none || policy == SameSitePolicy::unspecified;
-        if (isWeak)
-            cookie.sameSite = cookie.secure ? SameSitePolicy::none : SameSitePolicy::unspecified;
+        if (policy == SameSitePolicy::unspecified)
+            cookie.sameSite = SameSitePolicy::lax;
+        if (policy == SameSitePolicy::none && !cookie.secure)
+            cookie.sameSite = SameSitePolicy::unspecified;
         constexpr std::int64_t endOfYear9999 = 253'402'300'799;
         constexpr std::int64_t startOfYear1 = -62'135'596'800;
         if (seconds && (*seconds > endOfYear9999 || *seconds < startOfYear1))
