@@ -145,6 +145,7 @@ private:
     }
 
     void question(std::vector<permission::Capability> capabilities, const std::string& name) {
+        program.untilActive(program.window("Kelo"));
         gtk::GtkPermissionAsker asker;
         const auto asked =
             asker.ask(GTK_WIDGET(program.app.page->area.gobj()),
