@@ -84,6 +84,7 @@ public:
 
     int questionsForTray = 0;
     int closed = 0;
+    std::uint32_t lastClosed = 0;     ///< its number
     std::vector<std::string> shown;   ///< the summaries
     std::vector<std::string> buttons; ///< of the last one: each action, then its label
     // Of the last one, too.
@@ -132,8 +133,10 @@ private:
                                                   g_variant_new("(u)", ++self->lastNumber));
             return;
         }
-        if (std::string(method) == "CloseNotification")
+        if (std::string(method) == "CloseNotification") {
+            g_variant_get_child(arguments, 0, "u", &self->lastClosed);
             ++self->closed;
+        }
         g_dbus_method_invocation_return_value(invocation, nullptr);
     }
     void readIcon(GVariant* arguments) {

@@ -93,13 +93,17 @@ TEST_F(PageNotices, ClickThatThePortalTellsOfBringsItsActivationToken) {
 TEST_F(PageNotices, WithdrawnOneGoesFromTheDesktop) {
     program.run([&] {
         show("one", "First");
+        const auto first = desktop.lastNumber;
         show("two", "Second");
+        const auto second = desktop.lastNumber;
         program.host.pageNotifications()->withdraw("one");
         RunningProgram::until("it is gone", [&] { return desktop.closed == 1; });
+        EXPECT_EQ(desktop.lastClosed, first);
         program.host.pageNotifications()->withdraw("one");
         program.host.pageNotifications()->withdraw("never shown");
         program.host.pageNotifications()->withdraw("two");
         RunningProgram::until("the other is gone", [&] { return desktop.closed == 2; });
+        EXPECT_EQ(desktop.lastClosed, second);
     });
 }
 
