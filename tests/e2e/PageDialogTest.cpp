@@ -66,7 +66,6 @@ protected:
         desktop().tree.await(rig::label(name));
         user.awaitDrawn(rig::button(name == leaving ? "Stay" : "OK"));
     }
-    /// Presses the key until the dialog takes it: one that has just appeared takes no answer.
     /// Presses the key until this holds: a dialog that has just appeared takes no answer.
     void press(const std::string& key, const std::string& name,
                const std::function<bool()>& hasHadEffect) const {

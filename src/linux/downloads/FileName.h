@@ -14,7 +14,7 @@ struct FileName {
 };
 
 /// The name for a file that somebody else suggests one for. It contains no folder, nothing that
-/// shownName() leaves out, and none of the characters that some file systems refuse. It is not
+/// shownLine() leaves out, and none of the characters that some file systems refuse. It is not
 /// hidden, does not end with a dot or a blank, and is no name of a device. Never empty. Takes any
 /// bytes; the name is UTF-8 and may still be too long.
 FileName safeFileName(std::string_view suggestion);

@@ -29,8 +29,9 @@ public:
     Permissions(std::string path, std::string service);
 
     Answer answer(Capability capability) const;
-    /// Writes the file, too. A failure to write is logged; the answers then hold for this process,
-    /// and the next one asks anew. Observers are notified before the change.
+    /// Writes the file, too. If it cannot be written, that is logged and the file is removed where
+    /// it can be: the answers then hold for this process, and the next one asks anew. Observers are
+    /// notified before the change.
     void remember(Capability capability, Answer answer);
 
 private:

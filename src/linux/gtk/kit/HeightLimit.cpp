@@ -39,10 +39,15 @@ Gtk::SizeRequestMode HeightLimit::get_request_mode_vfunc() const {
 // A scrolled window measures its child as if no text in it were wrapped.
 void HeightLimit::measure_vfunc(Gtk::Orientation orientation, int forSize, int& minimum,
                                 int& natural, int& minimumBaseline, int& naturalBaseline) const {
-    child.measure(orientation, forSize, minimum, natural, minimumBaseline, naturalBaseline);
-    minimumBaseline = naturalBaseline = -1; // none that would hold for what is scrolled
-    if (orientation == Gtk::Orientation::VERTICAL)
-        minimum = natural = std::min(natural, maximumInLines * heightOfLine(child));
+    Gtk::ScrolledWindow::measure_vfunc(orientation, forSize, minimum, natural, minimumBaseline,
+                                       naturalBaseline);
+    if (orientation == Gtk::Orientation::HORIZONTAL)
+        return;
+    int least = 0;
+    int wanted = 0;
+    int unused = 0;
+    child.measure(orientation, forSize, least, wanted, unused, unused);
+    natural = std::max(minimum, std::min(wanted, maximumInLines * heightOfLine(child)));
 }
 
 } // namespace kelo::gtk
