@@ -1,0 +1,264 @@
+"""What is tried on each desktop, in this order. A check returns what a reader of the table should know, or nothing;
+it raises NotHere where the desktop lacks the thing, and Denied where the desktop does not let Kelo do it."""
+
+import re
+
+from desktops.base import NotHere
+from drive.kelo import Kelo
+from drive.user import OtherProgram, User
+from drive.waiting import Missed, await_that, pump
+
+
+class Denied(Exception):
+    """The desktop does not allow it, as was seen here. The text is one sentence."""
+
+
+ALL = []
+
+
+def check(title):
+    def keep(function):
+        ALL.append((function.__name__.replace("_", "-"), title, function))
+        return function
+
+    return keep
+
+
+class Road:
+    """What the checks share: a Kelo that stays open from one to the next, and another program for a while."""
+
+    def __init__(self, desktop, build, folder, pictures):
+        self.desktop, self.build, self.folder, self.pictures = desktop, build, folder, pictures
+        self.kelo = None
+        self.number = 0
+
+    def open_kelo(self, environment=None, arguments=()):
+        self.kelo = Kelo(self.desktop, self.build, self.folder / "user", arguments, environment)
+        self.user = User(self.kelo)
+
+    def close_kelo(self):
+        if self.kelo:
+            self.kelo.end()
+            self.kelo = None
+
+    def picture(self, name):
+        self.number += 1
+        pump(0.7)  # what is on its way to the screen
+        self.desktop.picture(self.pictures / f"{self.number:02}-{name}.png")
+
+    def other(self, command=()):
+        return OtherProgram(self.desktop, self.folder, command)
+
+    def main_window(self):
+        return self.kelo.await_window("Kelo")
+
+    def is_in_front(self):
+        windows = self.desktop.windows()
+        return any(one.pid == self.kelo.process.pid and one.title == "Kelo" and one.has_keyboard for one in windows)
+
+    def widget(self):
+        return self.kelo.tree.find("button", "Start microphone", "page")
+
+
+@check("Main window")
+def main_window(road):
+    road.open_kelo()
+    road.user.await_login_page()
+    road.main_window()
+    road.picture("login-page")
+
+
+@check("Sign-in with a passkey")
+def sign_in(road):
+    road.user.sign_in_with_password()
+    road.user.register_passkey()
+    road.picture("registered")
+    road.user.close_alert()
+    road.kelo.click("button", "Sign out", "page")
+    road.user.await_login_page()
+    road.kelo.click("button", "Sign in with passkey")
+    road.kelo.tree.await_one("button", "Continue")
+    road.picture("sheet")
+    road.user.agree_on_sheet()
+    road.user.await_signed_in()
+    road.picture("signed-in")
+
+
+def choose_in_tray(road, entry):
+    road.desktop.click(*await_that("the tray shows Kelo", road.desktop.tray_icon), button="right")
+    place = await_that(
+        f"the tray's menu shows {entry}",
+        lambda: next(((x, y) for text, x, y in road.desktop.tray_menu() if text.replace("_", "") == entry), None),
+    )
+    return place
+
+
+@check("Tray")
+def tray(road):
+    road.desktop.click(*choose_in_tray(road, "Settings…"))
+    road.kelo.tree.await_one("label", "Debug logging")
+    road.picture("tray-settings")
+    road.desktop.press("Escape")
+    other = road.other()
+    place = choose_in_tray(road, "Open Kelo")
+    road.picture("tray-menu")
+    road.desktop.click(*place)
+    await_that("the window is in front", road.is_in_front)
+    other.end()
+    road.desktop.click(*choose_in_tray(road, "Check for Updates…"))
+    road.kelo.tree.await_one("button", "OK")
+    road.picture("tray-updates")
+    road.user.close_alert()
+
+
+@check("Second start")
+def second_start(road):
+    other = road.other([road.build / "kelo"])
+    road.desktop.press("F5")
+    try:
+        await_that("the window is in front", road.is_in_front, 15)
+    finally:
+        road.picture("second-start")
+        other.end()
+
+
+@check("No tray")
+def no_tray(road):
+    road.desktop.without_tray()
+    road.desktop.press("Control_L", "w")
+    await_that("the window is closed", lambda: not road.kelo.windows())
+    title, _body, x, y = await_that(
+        "Kelo says that it keeps running",
+        lambda: next((one for one in road.desktop.notifications() if "keeps running" in one[0]), None),
+    )
+    road.picture("no-tray")
+    road.desktop.click(x, y)
+    await_that("a click on the notification opens the window", road.is_in_front)
+    road.picture("notification-clicked")
+
+
+@check("Hotkey")
+def hotkey(road):
+    """What --hotkey-status says is what a press does, while another program has the keyboard."""
+    status, said = road.kelo.run("--hotkey-status")
+    (road.pictures / "hotkey-status.txt").write_text(said, encoding="utf-8")
+    if status != 0:
+        raise Missed(f"--hotkey-status ended with {status}: {said}")
+    works = re.search(r"^(X11|Kernel|evdev|Keyboard devices)[^:]*: available", said, re.MULTILINE) is not None
+    other = road.other()
+    try:
+        road.desktop.press("Control_L", "Alt_L")
+        try:
+            await_that("the widget is there", road.widget, 10)
+        except Missed:
+            if works:
+                raise
+            raise Denied("no program sees keys of another one; `kelo --widget` can be bound to a key") from None
+        road.picture("hotkey")
+        road.desktop.press("Control_L", "Alt_L")
+        await_that("the widget is gone", lambda: not road.widget())
+    finally:
+        other.end()
+
+
+def show_widget(road):
+    status, said = road.kelo.run("--widget")
+    if status != 0:
+        raise Missed(f"kelo --widget ended with {status}: {said}")
+    await_that("the widget is there", road.widget)
+    pump(1)
+
+
+@check("Widget over a window")
+def widget_over_window(road):
+    other = road.other()
+    try:
+        show_widget(road)
+        road.picture("widget")
+        took_keyboard = await_or_not(lambda: not other.has_keyboard())
+        road.kelo.run("--widget")
+        await_that("the widget is gone", lambda: not road.widget())
+        if not took_keyboard:
+            raise Denied("the keyboard stays where it is until the widget is clicked")
+        await_that("the keyboard is back", other.has_keyboard)
+    finally:
+        other.end()
+
+
+@check("Widget over full screen")
+def widget_over_full_screen(road):
+    other = road.other()
+    try:
+        road.desktop.press("F11")
+        pump(1)
+        show_widget(road)
+        road.picture("widget-over-full-screen")
+        road.kelo.run("--widget")
+        await_that("the widget is gone", lambda: not road.widget())
+    finally:
+        other.end()
+
+
+def await_or_not(condition, seconds=5):
+    try:
+        return await_that("", condition, seconds)
+    except Missed:
+        return False
+
+
+@check("Global shortcut of the desktop")
+def global_shortcut(road):
+    road.desktop.answer_shortcut_dialog()
+    road.picture("shortcut")
+
+
+@check("Dark")
+def dark(road):
+    road.desktop.set_dark(True)
+    pump(1.5)
+    road.picture("dark")
+    road.desktop.set_dark(False)
+
+
+@check("Accent colour")
+def accent(road):
+    road.desktop.set_accent("green")
+    pump(1)
+    road.picture("accent")
+    road.desktop.set_accent("blue")
+
+
+@check("Scale 125 %, 200 %")
+def scale(road):
+    for factor in (1.25, 2):
+        road.desktop.set_scale(factor)
+        pump(2)
+        road.picture(f"scale-{round(factor * 100)}")
+    road.desktop.set_scale(1)
+    pump(1)
+
+
+@check("Locked screen")
+def lock(road):
+    road.desktop.lock()
+    road.picture("locked")
+    road.kelo.run("--widget")
+    road.desktop.press("Control_L", "Alt_L")
+    pump(3)
+    stays_away = not road.widget()
+    road.picture("locked-and-tapped")
+    road.desktop.unlock()
+    if not stays_away:
+        raise Missed("The widget came over the lock screen.")
+    pump(1)
+    if road.widget():
+        raise Missed("The widget came when the screen was unlocked.")
+
+
+@check("Quit")
+def quit_kelo(road):
+    try:
+        road.desktop.click(*choose_in_tray(road, "Quit Kelo"))
+    except (NotHere, Missed):
+        road.kelo.run("--quit")
+    await_that("Kelo has ended", lambda: not road.kelo.process.is_running())

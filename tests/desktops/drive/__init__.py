@@ -1,0 +1,1 @@
+"""What drives a desktop and Kelo on it: buses, accessibility trees, keys, processes."""

@@ -1,0 +1,81 @@
+"""Kelo as built, and the service that it is for."""
+
+import os
+import pathlib
+
+from drive.processes import Process
+from drive.tree import ROLES
+from drive.waiting import await_that
+
+APPLICATION = ROLES["application"]
+
+
+class Service:
+    """The demo service, at the origin that is compiled into Kelo."""
+
+    def __init__(self, build, folder):
+        self.process = Process(
+            [build / "kelo-demo-service", "--authority", build / "demo-authority", "--port", "8443"],
+            folder / "service.log",
+        )
+        self.process.await_printed("Listening on")
+
+
+class Kelo:
+    """A start of Kelo. `data` is the folder with what it keeps: the next start with it is the same user's."""
+
+    def __init__(self, desktop, build, data, arguments=(), environment=None):
+        self.desktop = desktop
+        self.tree = desktop.session.tree
+        self.build = pathlib.Path(build)
+        self.variables = {**os.environ, **desktop.environment(), **(environment or {})}
+        self.variables.pop("KELO_PRIVATE_DESKTOP_PASSWORD", None)
+        for variable, name in (("DATA", "data"), ("CACHE", "cache"), ("CONFIG", "config"), ("STATE", "state")):
+            (data / name).mkdir(parents=True, exist_ok=True)
+            self.variables[f"XDG_{variable}_HOME"] = str(data / name)
+        self.log = data / "kelo.log"
+        self.process = Process([self.build / "kelo", *arguments], self.log, self.variables)
+
+    def run(self, *arguments, environment=None):
+        """A second start beside it, for instance `kelo --widget`. Its exit status, and what it printed."""
+        log = self.log.with_name("second.log")
+        log.unlink(missing_ok=True)
+        second = Process([self.build / "kelo", *arguments], log, {**self.variables, **(environment or {})})
+        await_that("the second start has ended", lambda: not second.is_running())
+        return second.child.returncode, second.printed()
+
+    def windows(self):
+        return [one for one in self.desktop.windows() if one.pid == self.process.pid]
+
+    def await_window(self, title):
+        """A title that ends with an asterisk is the beginning of one."""
+
+        def look():
+            for one in self.windows():
+                if one.title == title or (title.endswith("*") and one.title.startswith(title[:-1])):
+                    return one
+            return None
+
+        return await_that(f'the window "{title}" is there', look)
+
+    def place(self, role, name, program="kelo"):
+        """The middle of an object on the screen. The tree knows places in a window, and the compositor where the
+        window is: the two meet by its title."""
+        one = self.tree.await_one(role, name, program)
+        holder = self.tree.main_window() if program == "page" else one
+        while program != "page" and (parent := holder.parent()) and parent.role() != APPLICATION:
+            holder = parent
+        window = self.await_window(holder.name())
+        x, y, width, height = one.place(holder)
+        return window.x + x + width / 2, window.y + y + height / 2
+
+    def click(self, role, name, program="kelo", button="left"):
+        await_that(
+            f'the {role} "{name}" can be clicked',
+            lambda: (one := self.tree.find(role, name, program)) and one.is_sensitive(),
+        )
+        self.desktop.click(*self.place(role, name, program), button)
+
+    def end(self):
+        self.process.end()
+        await_that("the pages of the ended Kelo are gone", lambda: not self.tree.pages())
