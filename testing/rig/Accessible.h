@@ -30,6 +30,7 @@ enum class Role : std::uint32_t {
     application = 75,
     entry = 79,
     heading = 83,
+    link = 88,
     document = 95,
     levelBar = 103,
 };

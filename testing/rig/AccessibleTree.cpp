@@ -113,6 +113,10 @@ Wanted pageHeading(std::string name) {
     return {Place::page, {Role::heading}, std::move(name)};
 }
 
+Wanted pageLink(std::string name) {
+    return {Place::page, {Role::link}, std::move(name)};
+}
+
 Wanted pageMeter(std::string name) {
     return {Place::page, {Role::levelBar}, std::move(name)};
 }

@@ -37,6 +37,7 @@ Wanted menuItem(std::string name);
 Wanted pageButton(std::string name);
 Wanted pageField(std::string name);
 Wanted pageHeading(std::string name);
+Wanted pageLink(std::string name);
 Wanted pageMeter(std::string name);
 
 /// The deadline of every step. It is long, because it passes only if something is broken.

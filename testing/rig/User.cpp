@@ -121,16 +121,16 @@ void User::press(const std::string& key) const {
 }
 
 void User::chooseFromMenu(const std::string& menuName, const std::string& itemName) const {
-    const Wanted item = menuItem(itemName);
     click(menu(menuName));
-    desktop.tree.await(item);
-    const auto focusedItem = [this] {
-        auto found = desktop.tree.findFocused(Role::menuItem);
-        return found ? found : desktop.tree.findFocused(Role::checkMenuItem);
-    };
+    desktop.tree.await(menuItem(itemName));
     // The first item has the keyboard when the menu has opened; the others are further down.
     desktop.tree.awaitThat("the menu " + menuName + " has the keyboard",
                            [&] { return focusedItem().has_value(); });
+    chooseFromOpenMenu(itemName);
+}
+
+void User::chooseFromOpenMenu(const std::string& itemName) const {
+    desktop.tree.await(menuItem(itemName));
     auto focused = focusedItem();
     while (!focused || focused->name() != itemName) {
         desktop.screen.press("Down");
@@ -143,6 +143,11 @@ void User::chooseFromMenu(const std::string& menuName, const std::string& itemNa
         });
     }
     desktop.screen.press("Return");
+}
+
+std::optional<Accessible> User::focusedItem() const {
+    auto found = desktop.tree.findFocused(Role::menuItem);
+    return found ? found : desktop.tree.findFocused(Role::checkMenuItem);
 }
 
 void User::awaitLoginPage() const {

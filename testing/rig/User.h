@@ -30,6 +30,9 @@ public:
     /// Opens the menu of the main window's bar with the mouse, and chooses with the keyboard.
     void chooseFromMenu(const std::string& menuName, const std::string& itemName) const;
 
+    /// Chooses with the keyboard from a menu that is open.
+    void chooseFromOpenMenu(const std::string& itemName) const;
+
     // The page.
     void awaitLoginPage() const;
     void signInWithPassword(const std::string& email, const std::string& password) const;
@@ -61,6 +64,8 @@ private:
     std::optional<Area> placeOnScreen(const Accessible& object, WindowId pageHolder) const;
     std::optional<ScreenWindow> windowOnScreen(const Accessible& window) const;
     void awaitKeyboardInPasswordField() const;
+    /// The item of an open menu that has the keyboard.
+    std::optional<Accessible> focusedItem() const;
     /// Does it again until it has had its effect: a dialog that has just appeared takes no answer.
     void insist(const std::string& effect, const std::function<void()>& action,
                 const std::function<bool()>& hasHadEffect) const;

@@ -21,7 +21,8 @@ const made = document.createElement('a');
 made.download = 'made.txt';
 made.href = URL.createObjectURL(new Blob(['contents']));
 </script>
-<p><button onclick="made.click()">Make a file</button></p>)html";
+<p><button onclick="made.click()">Make a file</button></p>
+<p><a href="/endless">The report</a></p>)html";
 
 /// A page with a file that never comes to its end.
 class Download : public ProgramFixture {
@@ -78,6 +79,14 @@ TEST_F(Download, ThatIsCompleteIsThereUnderItsName) {
     EXPECT_EQ(saved(), std::vector<std::string>{"made.txt"});
     user.click(rig::button("Close"));
     desktop().tree.awaitGone(rig::button("Open made.txt"));
+}
+
+TEST_F(Download, IsChosenInThePagesOwnMenu) {
+    desktop().screen.pointer.click(user.awaitDrawn(rig::pageLink("The report")).middle(), 3);
+    desktop().tree.await(rig::menuItem("Save Link"));
+    picture("menu");
+    user.chooseFromOpenMenu("Save Link");
+    user.awaitDrawn(cancelButton);
 }
 
 TEST_F(Download, IsKeptByTheQuestionAtQuitAndThenGivenUp) {

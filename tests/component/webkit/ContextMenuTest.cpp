@@ -41,18 +41,18 @@ protected:
 
 TEST_F(ContextMenu, OfALinkOpensNoWindow) {
     openMenuOf("#link");
-    EXPECT_THAT(items, ElementsAre(WEBKIT_CONTEXT_MENU_ACTION_OPEN_LINK,
-                                   WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_LINK_TO_DISK,
-                                   WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD));
+    EXPECT_THAT(items,
+                ElementsAre(WEBKIT_CONTEXT_MENU_ACTION_OPEN_LINK, WEBKIT_CONTEXT_MENU_ACTION_CUSTOM,
+                            WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD));
 }
 
 TEST_F(ContextMenu, OfALinkedImageKeepsItsTwoPartsApart) {
     openMenuOf("#both");
-    EXPECT_THAT(items, ElementsAre(WEBKIT_CONTEXT_MENU_ACTION_OPEN_LINK,
-                                   WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_LINK_TO_DISK,
-                                   WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD, 0,
-                                   WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_IMAGE_TO_DISK,
-                                   WEBKIT_CONTEXT_MENU_ACTION_COPY_IMAGE_URL_TO_CLIPBOARD));
+    EXPECT_THAT(items,
+                ElementsAre(WEBKIT_CONTEXT_MENU_ACTION_OPEN_LINK, WEBKIT_CONTEXT_MENU_ACTION_CUSTOM,
+                            WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD, 0,
+                            WEBKIT_CONTEXT_MENU_ACTION_CUSTOM,
+                            WEBKIT_CONTEXT_MENU_ACTION_COPY_IMAGE_URL_TO_CLIPBOARD));
 }
 
 TEST_F(ContextMenu, OfAFieldHasNoEmojiThatDoNotCome) {

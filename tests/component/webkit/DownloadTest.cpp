@@ -117,7 +117,7 @@ protected:
                 gobject::GObjectPointer<GAction>* found) -> gboolean {
                 for (GList* item = webkit_context_menu_get_items(shown); item; item = item->next)
                     if (webkit_context_menu_item_get_stock_action(WEBKIT_CONTEXT_MENU_ITEM(
-                            item->data)) == WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_LINK_TO_DISK)
+                            item->data)) == WEBKIT_CONTEXT_MENU_ACTION_CUSTOM)
                         *found = gobject::GObjectPointer<GAction>::share(
                             webkit_context_menu_item_get_gaction(
                                 WEBKIT_CONTEXT_MENU_ITEM(item->data)));

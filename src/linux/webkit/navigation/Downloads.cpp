@@ -3,8 +3,6 @@
 #include "base/Translation.h"
 #include "linux/webkit/navigation/SavedDownload.h"
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -15,15 +13,6 @@ namespace {
 // For so long, the engine may still count what a script does as part of the user's gesture: it
 // passes a click on to what the script awaits.
 constexpr std::chrono::seconds longestGesture{10};
-
-bool savesAFile(WebKitContextMenuItem* item) {
-    constexpr std::array actions = {WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_LINK_TO_DISK,
-                                    WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_IMAGE_TO_DISK,
-                                    WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_VIDEO_TO_DISK,
-                                    WEBKIT_CONTEXT_MENU_ACTION_DOWNLOAD_AUDIO_TO_DISK};
-    return std::ranges::find(actions, webkit_context_menu_item_get_stock_action(item)) !=
-           actions.end();
-}
 
 } // namespace
 
@@ -38,31 +27,16 @@ Downloads::Downloads(WebKitNetworkSession* session, WebKitWebView* view, const S
                   self->started(download);
           },
           this)),
-      menuConnection(gobject::connectSignal(
-          view, "context-menu",
-          +[](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*,
-              Downloads* self) -> gboolean {
-              self->watchMenu(menu);
-              return FALSE;
-          },
-          this)),
+      menu(view,
+           [this](const std::string& address) {
+               chosenInMenu = gobject::GObjectPointer<WebKitDownload>::adopt(
+                   webkit_web_view_download_uri(this->view, address.c_str()));
+           }),
       input(GTK_WIDGET(view), [this] { nextGesture(); }) {}
 
 Downloads::~Downloads() {
     if (timer)
         timer->invalidate();
-}
-
-void Downloads::watchMenu(WebKitContextMenu* menu) {
-    menuChoices.clear();
-    for (GList* item = webkit_context_menu_get_items(menu); item; item = item->next) {
-        auto* const entry = WEBKIT_CONTEXT_MENU_ITEM(item->data);
-        if (!savesAFile(entry))
-            continue;
-        menuChoices.push_back(gobject::connectSignal(
-            webkit_context_menu_item_get_gaction(entry), "activate",
-            +[](GAction*, GVariant*, Downloads* self) { self->isChosenInMenu = true; }, this));
-    }
 }
 
 void Downloads::requested(const std::string& address) {
@@ -76,11 +50,11 @@ void Downloads::redirected(const std::string& from, const std::string& to) {
 
 void Downloads::pageChanged() {
     waiting.clear();
-    isChosenInMenu = false;
 }
 
 std::optional<Downloads::Gesture> Downloads::gestureFor(WebKitDownload* download) {
-    if (std::exchange(isChosenInMenu, false)) {
+    if (chosenInMenu.get() == download) {
+        chosenInMenu = {};
         nextGesture();
         return gesture;
     }

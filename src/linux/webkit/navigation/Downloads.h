@@ -2,6 +2,7 @@
 
 #include "base/async/MainLoop.h"
 #include "linux/gobject/SignalHandler.h"
+#include "linux/webkit/navigation/SaveMenu.h"
 #include "linux/webkit/navigation/ShownPage.h"
 #include "linux/window/InputWatch.h"
 
@@ -12,7 +13,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace kelo::downloads {
 class DownloadList;
@@ -46,7 +46,6 @@ private:
 
     void started(WebKitDownload* download);
     std::optional<Gesture> gestureFor(WebKitDownload* download);
-    void watchMenu(WebKitContextMenu* menu);
     void nextGesture();
 
     WebKitWebView* view;
@@ -55,11 +54,10 @@ private:
     Gesture gesture = 0;                    ///< the latest
     std::map<std::string, Gesture> waiting; ///< by address: not a file yet
     std::set<Gesture> spent;                ///< these have led to a download
-    bool isChosenInMenu = false;            ///< the next download is
     std::shared_ptr<Timer> timer;
     gobject::SignalConnection startConnection;
-    gobject::SignalConnection menuConnection;
-    std::vector<gobject::SignalConnection> menuChoices; ///< of the last menu
+    SaveMenu menu;
+    gobject::GObjectPointer<WebKitDownload> chosenInMenu; ///< the last, until it starts
     window::InputWatch input;
 };
 
