@@ -126,8 +126,13 @@ class Tree:
             return []
         return [Accessible(self.bus, *root) for root in roots]
 
+    def named(self, name):
+        """Under Wayland Kelo has the name by which the desktop finds its entry, and under X11 its program's."""
+        names = (name, "app.kelo.Kelo") if name == "kelo" else (name,)
+        return [one for one in self.programs() if one.name() in names]
+
     def program(self, name):
-        return next((one for one in self.programs() if one.name() == name), None)
+        return next(iter(self.named(name)), None)
 
     def main_window(self, program="kelo"):
         """The program's largest window, which is the one with the page."""
@@ -156,7 +161,7 @@ class Tree:
         """The first that is shown, in a program's windows or in a page (program "page"). A name that ends with
         an asterisk is the beginning of one."""
         number = ROLES[role]
-        roots = self.pages() if program == "page" else [one for one in self.programs() if one.name() == program]
+        roots = self.pages() if program == "page" else self.named(program)
         for root in roots:
             for one in root.walk():
                 if one.role() == number and _matches(one.name(), name) and one.is_shown():
@@ -178,7 +183,7 @@ class Tree:
             for child in one.children():
                 add(child, indent + 2)
 
-        for root in [one for one in self.programs() if one.name() == program] + self.pages():
+        for root in self.named(program) + self.pages():
             add(root, 0)
         return "\n".join(lines)
 
