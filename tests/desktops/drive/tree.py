@@ -27,6 +27,7 @@ class Accessible:
     bus: Bus
     owner: str
     path: str
+    in_page: bool = False
 
     def _ask(self, interface, method, arguments=None, default=None):
         try:
@@ -47,11 +48,12 @@ class Accessible:
         return self._ask(_ACCESSIBLE, "GetRole", default=0)
 
     def children(self):
-        return [Accessible(self.bus, *child) for child in self._ask(_ACCESSIBLE, "GetChildren", default=[])]
+        children = self._ask(_ACCESSIBLE, "GetChildren", default=[])
+        return [Accessible(self.bus, *child, self.in_page) for child in children]
 
     def parent(self):
         owner, path = self._get(_ACCESSIBLE, "Parent", ("", ""))
-        return Accessible(self.bus, owner, path) if owner else None
+        return Accessible(self.bus, owner, path, self.in_page) if owner else None
 
     def has_state(self, number):
         words = self._ask(_ACCESSIBLE, "GetState", default=[0, 0])
@@ -68,8 +70,9 @@ class Accessible:
 
     def extents(self):
         """x, y, width and height in its window, in the window's own units."""
-        in_window = GLib.Variant("(u)", (1,))
-        return self._ask("org.a11y.atspi.Component", "GetExtents", in_window, (0, 0, 0, 0))
+        # A page counts from its view when it is asked for its window, and from the window when asked for the screen.
+        counted_from = GLib.Variant("(u)", (0 if self.in_page else 1,))
+        return self._ask("org.a11y.atspi.Component", "GetExtents", counted_from, (0, 0, 0, 0))
 
     def place(self, window):
         """x, y, width and height from the upper left corner of the window that it is in."""
@@ -151,7 +154,7 @@ class Tree:
             except Refused:
                 continue
             roots += [
-                Accessible(self.bus, owner, item[0][1])
+                Accessible(self.bus, owner, item[0][1], True)
                 for item in items
                 if item[0][1].startswith("/org/a11y/webkit/accessible/")
             ]
