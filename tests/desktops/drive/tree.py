@@ -163,11 +163,12 @@ class Tree:
     def find(self, role, name, program="kelo"):
         """The first that is shown, in a program's windows or in a page (program "page"). A name that ends with
         an asterisk is the beginning of one."""
-        number = ROLES[role]
+        # In GTK 4.18 a menu in a bar is an entry of the bar.
+        numbers = (ROLES["menu"], ROLES["menu item"]) if role == "menu" else (ROLES[role],)
         roots = self.pages() if program == "page" else self.named(program)
         for root in roots:
             for one in root.walk():
-                if one.role() == number and _matches(one.name(), name) and one.is_shown():
+                if one.role() in numbers and _matches(one.name(), name) and one.is_shown():
                     return one
         return None
 
