@@ -37,8 +37,9 @@ namespace event_mask {
 inline constexpr EventMask keyDown = 0x400;
 inline constexpr EventMask flagsChanged = 0x1000;
 /// A mouse button, or a key other than a modifier, goes down while Control and Option are both
-/// down. The event says that it happened, but not which button or key it was. Desktops report what
-/// they can learn: some report keys only, some report nothing.
+/// down, or these were never released: their keyboard is gone, or the session has left the screen.
+/// The event says that it happened, but not which button or key it was. Desktops report what they
+/// can learn: some report keys only, some report nothing.
 inline constexpr EventMask otherPress = 0x1000000000000;
 } // namespace event_mask
 

@@ -10,6 +10,7 @@ namespace kelo::bus {
 namespace {
 
 constexpr int usualTimeout = -1;
+constexpr int noTimeout = G_MAXINT;
 
 struct Pending {
     std::string method;
@@ -30,12 +31,12 @@ void finished(GObject* source, GAsyncResult* result, gpointer data) {
 }
 
 void start(const Connection& connection, const Object& object, const char* method,
-           GVariant* parameters, GCancellable* cancellable, GAsyncReadyCallback callback,
-           gpointer data) {
-    g_dbus_connection_call(connection.get(), object.owner.c_str(), object.path.c_str(),
-                           object.interface.c_str(), method, parameters, nullptr,
-                           G_DBUS_CALL_FLAGS_NO_AUTO_START, usualTimeout, cancellable, callback,
-                           data);
+           GVariant* parameters, Patience patience, GCancellable* cancellable,
+           GAsyncReadyCallback callback, gpointer data) {
+    g_dbus_connection_call(
+        connection.get(), object.owner.c_str(), object.path.c_str(), object.interface.c_str(),
+        method, parameters, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START,
+        patience == Patience::endless ? noTimeout : usualTimeout, cancellable, callback, data);
 }
 
 } // namespace
@@ -45,8 +46,8 @@ Calls::~Calls() {
 }
 
 void Calls::call(const Connection& connection, const Object& object, const char* method,
-                 GVariant* parameters, Answered answered) const {
-    start(connection, object, method, parameters, cancellable.get(), finished,
+                 GVariant* parameters, Answered answered, Patience patience) const {
+    start(connection, object, method, parameters, patience, cancellable.get(), finished,
           give(Pending{object.interface + "." + method, std::move(answered)}));
 }
 
@@ -57,7 +58,7 @@ void tell(const Connection& connection, const Object& object, const char* method
         const gobject::GVariantPointer answer(
             g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
     };
-    start(connection, object, method, nullptr, nullptr, answered, nullptr);
+    start(connection, object, method, nullptr, Patience::usual, nullptr, answered, nullptr);
 }
 
 } // namespace kelo::bus

@@ -7,6 +7,9 @@
 
 namespace kelo::bus {
 
+/// How long an answer is waited for: the bus library's 25 s, or until the other program is gone.
+enum class Patience { usual, endless };
+
 /// Calls other programs asynchronously. The destructor cancels pending calls: their callbacks are
 /// not called any more. Main thread only.
 class Calls {
@@ -23,7 +26,7 @@ public:
     /// Takes ownership of floating parameters, which are a tuple or null. Does not start a service
     /// that is not running.
     void call(const Connection& connection, const Object& object, const char* method,
-              GVariant* parameters, Answered answered) const;
+              GVariant* parameters, Answered answered, Patience patience = Patience::usual) const;
 
 private:
     gobject::GObjectPointer<GCancellable> cancellable =

@@ -95,8 +95,7 @@ private:
     void startEveryProgram() {
         for (auto& source : watch.everyProgram) {
             source->onOtherPress([this] { dispatch->sawOtherPress(); });
-            if (source->isAvailable() &&
-                source->start([this](ModifierFlags flags) { dispatch->sawEverywhere(flags); })) {
+            if (source->start([this](ModifierFlags flags) { dispatch->sawEverywhere(flags); })) {
                 everyProgram = std::move(source);
                 g_debug("hotkey: %s watches every program", everyProgram->name().c_str());
                 break;

@@ -12,7 +12,7 @@ namespace kelo::input {
 /// The sources that KeyboardMonitors uses.
 struct KeyboardWatch {
     std::unique_ptr<KeyboardFocus> focus;
-    /// The first one that is available and starts is used. The others are destroyed.
+    /// The first one that starts is used. The others are destroyed.
     SourceList everyProgram;
     /// Used if the chosen source does not cover our own windows; may be null.
     std::unique_ptr<ModifierSource> ownWindows;

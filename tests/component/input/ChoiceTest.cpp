@@ -21,7 +21,6 @@ protected:
     struct Source {
         bool works;
         bool covers;
-        bool starts = true;
     };
     void make(std::vector<Source> everyProgram, std::optional<bool> ownWindows) {
         tell.resize(everyProgram.size());
@@ -33,12 +32,11 @@ protected:
             focus = made.get();
             watch.focus = std::move(made);
             for (std::size_t at = 0; at < everyProgram.size(); ++at)
-                watch.everyProgram.push_back(
-                    std::make_unique<FakeSource>(everyProgram[at].works, everyProgram[at].starts,
-                                                 everyProgram[at].covers, &tell[at], &press[at]));
+                watch.everyProgram.push_back(std::make_unique<FakeSource>(
+                    everyProgram[at].works, everyProgram[at].covers, &tell[at], &press[at]));
             if (ownWindows)
-                watch.ownWindows = std::make_unique<FakeSource>(*ownWindows, *ownWindows, true,
-                                                                &tellOwn, &pressOwn);
+                watch.ownWindows =
+                    std::make_unique<FakeSource>(*ownWindows, true, &tellOwn, &pressOwn);
             return watch;
         });
     }
@@ -80,21 +78,22 @@ TEST_F(Choice, TheFirstSourceThatWorksIsTheOnlyOne) {
     EXPECT_EQ(FakeSource::alive, 2) << "the source in use, and the one of our windows";
 }
 
-TEST_F(Choice, ASourceThatIsNotAvailableIsNotEvenStarted) {
+TEST_F(Choice, NoSourceIsAskedWhetherItCanBeUsedBecauseThatMayTakeSeconds) {
+    FakeSource::askedWhetherAvailable = 0;
     make({{false, true}, {true, true}}, true);
     EXPECT_TRUE(addGlobal());
-    EXPECT_FALSE(tell[0]);
-    EXPECT_TRUE(tell[1]);
+    EXPECT_TRUE(addLocal());
+    EXPECT_EQ(FakeSource::askedWhetherAvailable, 0);
 }
 
 TEST_F(Choice, ASourceThatFailsToStartIsFollowedByTheNext) {
-    make({{true, true, false}, {true, true}, {true, true}}, true);
+    make({{false, true}, {true, true}, {true, true}}, true);
     EXPECT_TRUE(addGlobal());
     ASSERT_TRUE(tell[1]);
     EXPECT_FALSE(tell[2]);
     tell[1](control);
     EXPECT_EQ(told, (Changes{{true, control}}));
-    make({{true, true, false}}, std::nullopt);
+    make({{false, true}}, std::nullopt);
     EXPECT_FALSE(addGlobal());
 }
 

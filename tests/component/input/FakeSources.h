@@ -25,25 +25,28 @@ struct FakeFocus final : input::KeyboardFocus {
 };
 
 struct FakeSource final : input::ModifierSource {
-    FakeSource(bool works, bool starts, bool covers, Handler* tell, std::function<void()>* press)
-        : works(works), starts(starts), covers(covers), tell(tell), press(press) {
+    FakeSource(bool works, bool covers, Handler* tell, std::function<void()>* press)
+        : works(works), covers(covers), tell(tell), press(press) {
         ++alive;
     }
     ~FakeSource() override { --alive; }
     FakeSource(const FakeSource&) = delete;
     FakeSource& operator=(const FakeSource&) = delete;
     static inline int alive = 0;
+    static inline int askedWhetherAvailable = 0;
     std::string name() const override { return "fake"; }
-    input::Availability availability() const override { return {works, "", ""}; }
+    input::Availability availability() const override {
+        ++askedWhetherAvailable;
+        return {works, "", ""};
+    }
     bool coversOwnWindows() const override { return covers; }
     bool start(Handler handler) override {
         *tell = std::move(handler);
-        return starts;
+        return works;
     }
     void onOtherPress(std::function<void()> handler) override { *press = std::move(handler); }
-    /// Says that it can be used; can be used.
+    /// Whether it starts.
     bool works;
-    bool starts;
     bool covers;
     Handler* tell;
     std::function<void()>* press;

@@ -50,7 +50,7 @@ protected:
     input::KeyboardMonitors toolkit{[this] {
         input::KeyboardWatch watch;
         watch.focus = std::make_unique<input::ActiveWindowFocus>();
-        watch.ownWindows = std::make_unique<FakeSource>(true, true, true, &tell, &unused);
+        watch.ownWindows = std::make_unique<FakeSource>(true, true, &tell, &unused);
         return watch;
     }};
     OwnWindow window;

@@ -2,6 +2,7 @@
 
 #include "component/ScopedMainLoop.h"
 
+#include <csignal>
 #include <fstream>
 
 namespace kelo {
@@ -56,6 +57,14 @@ std::string Child::readLine() const {
 void Child::kill() const {
     g_subprocess_force_exit(process.get());
     g_subprocess_wait(process.get(), nullptr, nullptr);
+}
+
+void Child::suspend() const {
+    g_subprocess_send_signal(process.get(), SIGSTOP);
+}
+
+void Child::resume() const {
+    g_subprocess_send_signal(process.get(), SIGCONT);
 }
 
 namespace {

@@ -29,6 +29,9 @@ public:
     std::string readLine() const;
     /// Kills it and waits until it is gone.
     void kill() const;
+    /// Stops it until it is resumed or killed. Whoever asks it something gets no answer meanwhile.
+    void suspend() const;
+    void resume() const;
 
 private:
     gobject::GObjectPointer<GSubprocess> process;
@@ -46,6 +49,9 @@ public:
     bool waitForName(const char* name) const;
     /// Waits until nobody owns it any more.
     bool waitForNoName(const char* name) const;
+    /// Stops it until it is resumed. It accepts connections and answers nothing meanwhile.
+    void suspend() const { daemon.suspend(); }
+    void resume() const { daemon.resume(); }
     /// Whether the owner of a name answers.
     bool ping(const char* name) const;
     /// Locks the keyring's default collection.

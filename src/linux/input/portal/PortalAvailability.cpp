@@ -12,31 +12,35 @@ namespace kelo::input {
 
 namespace {
 
-constexpr int patienceInMilliseconds = 1000;
-
 struct Answer {
     gobject::GVariantPointer value;
     bool late = false;
 };
 
-Answer ask(const bus::Connection& bus, const char* owner, const char* path, const char* interface,
-           const char* method, GVariant* parameters) {
-    GError* error = nullptr;
-    gobject::GVariantPointer value(g_dbus_connection_call_sync(
-        bus.get(), owner, path, interface, method, parameters, nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, patienceInMilliseconds, nullptr, &error));
-    const gobject::GErrorPointer failure(error);
-    return {std::move(value),
-            failure && g_error_matches(failure.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT)};
-}
+/// Questions to programs on a bus.
+struct Asker {
+    bus::Connection bus;
+    std::chrono::milliseconds patience;
 
-Answer askBus(const bus::Connection& bus, const char* method, GVariant* parameters) {
-    return ask(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-               parameters);
-}
+    Answer ask(const bus::Object& object, const char* method, GVariant* parameters) const {
+        GError* error = nullptr;
+        gobject::GVariantPointer value(g_dbus_connection_call_sync(
+            bus.get(), object.owner.c_str(), object.path.c_str(), object.interface.c_str(), method,
+            parameters, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START,
+            static_cast<int>(patience.count()), nullptr, &error));
+        const gobject::GErrorPointer failure(error);
+        return {std::move(value),
+                failure && g_error_matches(failure.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT)};
+    }
 
-bool canBeStarted(const bus::Connection& bus) {
-    const Answer names = askBus(bus, "ListActivatableNames", nullptr);
+    Answer askBus(const char* method, GVariant* parameters) const {
+        return ask({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"},
+                   method, parameters);
+    }
+};
+
+bool canBeStarted(const Asker& asker) {
+    const Answer names = asker.askBus("ListActivatableNames", nullptr);
     if (!names.value || !g_variant_is_of_type(names.value.get(), G_VARIANT_TYPE("(as)")))
         return false;
     GVariantIter* each = nullptr;
@@ -51,21 +55,21 @@ bool canBeStarted(const bus::Connection& bus) {
 
 } // namespace
 
-Availability portalAvailability(const std::string& busAddress) {
+Availability portalAvailability(const std::string& busAddress, std::chrono::milliseconds patience) {
     if (busAddress.empty())
         return {false, translated("There is no session bus to reach the desktop's portal by."),
                 translated("Start Kelo from within your desktop.")};
-    const auto bus = bus::openConnection(busAddress);
-    if (!bus)
+    const Asker asker{bus::openConnection(busAddress), patience};
+    if (!asker.bus)
         return {false,
                 translated(
                     "The session bus, by which the desktop's portal is reached, does not answer."),
                 translated("Start Kelo from within your desktop, or log in anew.")};
 
-    const Answer owner = askBus(bus, "GetNameOwner", g_variant_new("(s)", portal::busName));
+    const Answer owner = asker.askBus("GetNameOwner", g_variant_new("(s)", portal::busName));
     if (!owner.value || !g_variant_is_of_type(owner.value.get(), G_VARIANT_TYPE("(s)"))) {
         // Only a running portal can tell, and this query must not start it.
-        if (canBeStarted(bus))
+        if (canBeStarted(asker))
             return {true,
                     translated("The desktop's portal is started when Kelo needs it, and asked for "
                                "Ctrl+Alt+Space then, if it offers global shortcuts."),
@@ -78,8 +82,9 @@ Availability portalAvailability(const std::string& busAddress) {
     }
     const char* unique = nullptr;
     g_variant_get(owner.value.get(), "(&s)", &unique);
-    const Answer version = ask(bus, unique, portal::path, "org.freedesktop.DBus.Properties", "Get",
-                               g_variant_new("(ss)", portal::globalShortcuts, "version"));
+    const Answer version =
+        asker.ask({unique, portal::path, "org.freedesktop.DBus.Properties"}, "Get",
+                  g_variant_new("(ss)", portal::globalShortcuts, "version"));
     if (version.late)
         return {false, translated("The desktop's portal does not answer."),
                 translated(

@@ -13,7 +13,8 @@ namespace kelo::input {
 /// The shortcut. It outlasts the portal's restarts.
 class PortalModifierSource::Shortcut : public std::enable_shared_from_this<Shortcut> {
 public:
-    explicit Shortcut(Handler handler) : handler(std::move(handler)) {}
+    Shortcut(Handler handler, std::function<void()> otherPress)
+        : handler(std::move(handler)), otherPress(std::move(otherPress)) {}
 
     void start(const std::string& busAddress) {
         const auto bus = std::make_shared<bus::SharedConnection>(busAddress);
@@ -32,7 +33,7 @@ private:
         session.reset();
         if (!owner.empty())
             ask(owner);
-        tell(false);
+        lose();
     }
 
     void ask(const std::string& owner) {
@@ -53,7 +54,17 @@ private:
         // Without a limit, a portal that closes every session would be asked forever.
         if (std::exchange(mayAskAgain, false))
             ask(owner);
-        tell(false);
+        lose();
+    }
+
+    // Nobody has released the shortcut, so its press must not end as a tap does.
+    void lose() {
+        const std::weak_ptr<Shortcut> weak = weak_from_this();
+        if (isDown && otherPress)
+            otherPress();
+        // The handler may have destroyed this object.
+        if (const auto self = weak.lock())
+            self->tell(false);
     }
 
     void tell(bool down) {
@@ -64,6 +75,7 @@ private:
     }
 
     Handler handler;
+    std::function<void()> otherPress;
     bool isDown = false;
     bool mayAskAgain = true;
     bus::Connection connection;
@@ -85,7 +97,7 @@ Availability PortalModifierSource::availability() const {
 bool PortalModifierSource::start(Handler handler) {
     if (busAddress.empty())
         return false;
-    shortcut = std::make_shared<Shortcut>(std::move(handler));
+    shortcut = std::make_shared<Shortcut>(std::move(handler), otherPress);
     shortcut->start(busAddress);
     return true;
 }

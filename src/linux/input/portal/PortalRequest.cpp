@@ -6,6 +6,17 @@
 
 namespace kelo::input {
 
+namespace {
+
+/// Many desktops' portals have no global shortcuts, which is nothing to be warned of.
+bool isUnknownThere(const GError* failure) {
+    return g_error_matches(failure, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD) ||
+           g_error_matches(failure, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_INTERFACE) ||
+           g_error_matches(failure, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT);
+}
+
+} // namespace
+
 std::string portalToken() {
     static std::uint64_t next = 0;
     return "kelo" + std::to_string(next++);
@@ -34,12 +45,15 @@ PortalRequest::PortalRequest(bus::Connection bus, const std::string& owner, cons
     GVariantBuilder options;
     g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
     g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token.c_str()));
-    calls.call(connection, {owner, portal::path, portal::globalShortcuts}, method,
-               parameters(&options),
-               [this, method](const gobject::GVariantPointer& answer,
-                              const gobject::GErrorPointer& failure) {
-                   accepted(method, answer.get(), failure.get());
-               });
+    // Waiting holds nobody up. A portal that was given up would take the shortcut later, and nobody
+    // would listen.
+    calls.call(
+        connection, {owner, portal::path, portal::globalShortcuts}, method, parameters(&options),
+        [this, method](const gobject::GVariantPointer& answer,
+                       const gobject::GErrorPointer& failure) {
+            accepted(method, answer.get(), failure.get());
+        },
+        bus::Patience::endless);
 }
 
 PortalRequest::~PortalRequest() {
@@ -54,11 +68,14 @@ void PortalRequest::accepted(const char* method, GVariant* answer, const GError*
         const char* handle = nullptr;
         g_variant_get(answer, "(&o)", &handle);
         object.path = handle;
-    } else {
+        return;
+    }
+    if (isUnknownThere(failure))
+        g_debug("hotkey: the portal does not offer global shortcuts");
+    else
         g_warning("The portal did not take %s: %s", method,
                   failure ? failure->message : "it gave no request");
-        finish(nullptr);
-    }
+    finish(nullptr);
 }
 
 void PortalRequest::responded(GVariant* values) {

@@ -62,7 +62,8 @@ void ShortcutSession::introduce() {
     calls.call(
         connection, {portalOwner, portal::path, portal::registry}, "Register",
         g_variant_new("(sa{sv})", identifier.c_str(), &options),
-        [this](const gobject::GVariantPointer&, const gobject::GErrorPointer&) { create(); });
+        [this](const gobject::GVariantPointer&, const gobject::GErrorPointer&) { create(); },
+        bus::Patience::endless);
 }
 
 void ShortcutSession::create() {

@@ -1,16 +1,11 @@
-#include "component/ScopedMainLoop.h"
+#include "PortalFixture.h"
+
 #include "component/bus/StartingBus.h"
-#include "component/passkey/SessionBus.h"
-#include "linux/bus/Signal.h"
-#include "linux/input/portal/PortalModifierSource.h"
-#include "testing/TemporaryFolder.h"
+#include "linux/input/portal/PortalAvailability.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-
-// A portal made by dbusmock, on a bus of its own.
 
 namespace kelo {
 
@@ -24,71 +19,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace {
-
-constexpr const char* portalName = "org.freedesktop.portal.Desktop";
-constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
-constexpr const char* bound = "BindShortcuts own session: widget, Voice widget, CTRL+ALT+space";
-
-class PortalSource : public testing::Test {
-protected:
-    /// parameters: JSON, as the portal's file explains them.
-    void startPortal(const std::string& parameters = "{}") {
-        portal = Child({"/usr/bin/python3", "-m", "dbusmock", "--session", "--template",
-                        KELO_DESKTOP_PORTAL, "--parameters", parameters},
-                       {"DBUS_SESSION_BUS_ADDRESS=" + bus.address()});
-        ASSERT_TRUE(bus.waitForName(portalName));
-    }
-    void stopPortal() {
-        portal.kill();
-        ASSERT_TRUE(bus.waitForNoName(portalName));
-    }
-    GVariantPointer command(const char* method, GVariant* parameters = nullptr) const {
-        GError* error = nullptr;
-        GVariantPointer answer(g_dbus_connection_call_sync(
-            bus.connection(), portalName, portalPath, "org.freedesktop.DBus.Mock", method,
-            parameters, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, &error));
-        if (const gobject::GErrorPointer failure(error); failure)
-            ADD_FAILURE() << method << ": " << failure->message;
-        return answer;
-    }
-    void press(const char* shortcut = "widget") const {
-        command("Press", g_variant_new("(s)", shortcut));
-    }
-    void release() const { command("Release", g_variant_new("(s)", "widget")); }
-    std::vector<std::string> asked() const {
-        const auto answer = command("Asked");
-        std::vector<std::string> lines;
-        if (!answer)
-            return lines;
-        const GVariantPointer array(g_variant_get_child_value(answer.get(), 0));
-        for (gsize i = 0; i < g_variant_n_children(array.get()); ++i) {
-            const GVariantPointer line(g_variant_get_child_value(array.get(), i));
-            lines.emplace_back(g_variant_get_string(line.get(), nullptr));
-        }
-        return lines;
-    }
-    bool waitUntilAsked(std::size_t count) const {
-        // Its only purpose is to wake the loop up.
-        const bus::Signal more(bus::Connection::share(bus.connection()),
-                               {portalName, "", "org.freedesktop.DBus.Mock"}, "WasAsked",
-                               [](const std::string&, GVariant*) {});
-        return ScopedMainLoop::runUntil([&] { return asked().size() >= count; });
-    }
-    bool start() {
-        return source->start([this](ModifierFlags flags) { heard.push_back(flags); });
-    }
-    bool waitFor(std::size_t count) const {
-        return ScopedMainLoop::runUntil([&] { return heard.size() >= count; });
-    }
-
-    ScopedMainLoop loop;
-    test::TemporaryFolder folder;
-    SessionBus bus{folder.path()};
-    Child portal;
-    std::unique_ptr<PortalModifierSource> source =
-        std::make_unique<PortalModifierSource>(bus.address());
-    std::vector<ModifierFlags> heard;
-};
 
 TEST_F(PortalSource, AsksForOneShortcutAndTakesItsPressForTheChord) {
     startPortal();
@@ -327,28 +257,11 @@ TEST_F(PortalSource, ABusThatIsGoneIsSaidAndDoesNoHarm) {
 }
 
 TEST_F(PortalSource, APortalThatHangsIsGivenUp) {
-    // It would answer in a turn of this loop, which the question holds up.
-    GDBusNodeInfo* interfaces = g_dbus_node_info_new_for_xml(
-        "<node><interface name='org.freedesktop.portal.GlobalShortcuts'>"
-        "<property name='version' type='u' access='read'/></interface></node>",
-        nullptr);
-    GDBusInterfaceVTable functions{};
-    functions.get_property = [](GDBusConnection*, const gchar*, const gchar*, const gchar*,
-                                const gchar*, GError**,
-                                gpointer) { return g_variant_new_uint32(1); };
-    const guint object =
-        g_dbus_connection_register_object(bus.connection(), portalPath, interfaces->interfaces[0],
-                                          &functions, nullptr, nullptr, nullptr);
-    g_dbus_node_info_unref(interfaces);
-    const GVariantPointer owned(g_dbus_connection_call_sync(
-        bus.connection(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "RequestName", g_variant_new("(su)", portalName, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
-        nullptr, nullptr));
-    ASSERT_TRUE(owned);
-    const auto found = source->availability();
+    startPortal();
+    portal.suspend();
+    const auto found = input::portalAvailability(bus.address(), std::chrono::milliseconds(50));
     EXPECT_FALSE(found.available);
     EXPECT_THAT(found.reason, HasSubstr("does not answer"));
-    g_dbus_connection_unregister_object(bus.connection(), object);
 }
 
 TEST_F(PortalSource, SaysThatThePortalIsNotRunningYetAndStartsItOnlyToUseIt) {

@@ -32,7 +32,8 @@ def load(mock, parameters):
     mock.ignores = parameters.get('ignores')
     mock.confuses = bool(parameters.get('confuses', False))
     mock.has_registry = bool(parameters.get('registry', False))
-    if parameters.get('shortcuts', True):
+    mock.has_shortcuts = bool(parameters.get('shortcuts', True))
+    if mock.has_shortcuts:
         mock.AddProperties(MAIN_IFACE, {'version': dbus.UInt32(1)})
 
 
@@ -51,6 +52,11 @@ def send(mock, path, interface, name, signature, *values):
 
 def place(kind, sender, token):
     return f"{MAIN_OBJ}/{kind}/{sender[1:].replace('.', '_')}/{token}"
+
+
+def unknown_method():
+    return dbus.exceptions.DBusException('no such interface',
+                                         name='org.freedesktop.DBus.Error.UnknownMethod')
 
 
 def noting(text):
@@ -75,8 +81,7 @@ def respond(mock, method, options, results):
 @dbus.service.method(REGISTRY, in_signature='sa{sv}', out_signature='', sender_keyword='sender')
 def Register(self, identifier, _options, sender=None):
     if not self.has_registry:
-        raise dbus.exceptions.DBusException('no such interface',
-                                            name='org.freedesktop.DBus.Error.UnknownMethod')
+        raise unknown_method()
     self.note(f'Register {identifier}')
 
 
@@ -84,6 +89,8 @@ def Register(self, identifier, _options, sender=None):
 def CreateSession(self, options, sender=None):
     self.client = sender
     self.note('CreateSession')
+    if not self.has_shortcuts:
+        raise unknown_method()
     session = place('session', sender, options['session_handle_token'])
     self.sessions.append(session)
     self.AddObject(session, SESSION, {}, [('Close', '', '', noting('Close session'))])
