@@ -3,7 +3,10 @@
 #include <gio/gio.h>
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelo::tests {
@@ -70,14 +73,31 @@ public:
         g_variant_builder_init(&given, G_VARIANT_TYPE("av"));
         for (const auto& parameter : parameters)
             g_variant_builder_add(&given, "v", g_variant_new_string(parameter.c_str()));
-        GVariantBuilder data;
-        g_variant_builder_init(&data, G_VARIANT_TYPE("a{sv}"));
-        g_variant_builder_add(&data, "{sv}", "activation-token",
-                              g_variant_new_string(token.c_str()));
-        g_dbus_connection_call(connection, program.c_str(), path.c_str(),
-                               "org.freedesktop.Application", "ActivateAction",
-                               g_variant_new("(sava{sv})", action.c_str(), &given, &data), nullptr,
-                               G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+        g_dbus_connection_call(
+            connection, program.c_str(), path.c_str(), "org.freedesktop.Application",
+            "ActivateAction",
+            g_variant_new("(sav@a{sv})", action.c_str(), &given, platformData(token)), nullptr,
+            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+    }
+
+    /// Has the program open its window, as desktops do that start programs by the bus. Calls back
+    /// when the program has answered.
+    void activate(const std::string& program, const std::string& path, const std::string& token,
+                  std::function<void()> answered) const {
+        g_dbus_connection_call(
+            connection, program.c_str(), path.c_str(), "org.freedesktop.Application", "Activate",
+            g_variant_new("(@a{sv})", platformData(token)), nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+            nullptr,
+            [](GObject* source, GAsyncResult* result, gpointer callback) {
+                const std::unique_ptr<std::function<void()>> owned(
+                    static_cast<std::function<void()>*>(callback));
+                if (GVariant* answer =
+                        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr)) {
+                    g_variant_unref(answer);
+                    (*owned)();
+                }
+            },
+            new std::function<void()>(std::move(answered)));
     }
 
     std::string name() const { return g_dbus_connection_get_unique_name(connection); }
@@ -93,6 +113,14 @@ public:
     std::uint32_t lastNumber = 6;
 
 private:
+    static GVariant* platformData(const std::string& token) {
+        GVariantBuilder data;
+        g_variant_builder_init(&data, G_VARIANT_TYPE("a{sv}"));
+        g_variant_builder_add(&data, "{sv}", "activation-token",
+                              g_variant_new_string(token.c_str()));
+        return g_variant_builder_end(&data);
+    }
+
     void tell(const char* signal, std::uint32_t number, const std::string& text) const {
         g_dbus_connection_emit_signal(connection, nullptr, "/org/freedesktop/Notifications",
                                       "org.freedesktop.Notifications", signal,

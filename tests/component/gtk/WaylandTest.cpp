@@ -61,5 +61,16 @@ TEST_F(WaylandWindow, IsActivatedWithTheTokenThatComesWithAnAction) {
     EXPECT_THAT(said, HasSubstr(".activate(\"portal-token\", wl_surface"));
 }
 
+TEST_F(WaylandWindow, IsActivatedWithTheTokenThatComesWithAStartByName) {
+    const auto said = conversationIn([&] {
+        bool isAnswered = false;
+        desktop.activate("app.kelo.Kelo", "/app/kelo/Kelo", "start-token",
+                         [&] { isAnswered = true; });
+        RunningProgram::until("the program has answered", [&] { return isAnswered; });
+        RunningProgram::settle();
+    });
+    EXPECT_THAT(said, HasSubstr(".activate(\"start-token\", wl_surface"));
+}
+
 } // namespace
 } // namespace kelo::tests
