@@ -138,9 +138,12 @@ void StartAtLogin::settle(bool wanted) {
     on = startsProgram(settings.entry);
 }
 
+// With "TryExec" the entry is without effect once the program is gone: whoever removes a package
+// cannot remove what is in the users' folders.
 void StartAtLogin::writeEntry() const {
     const std::string text =
-        "[Desktop Entry]\nType=Application\nName=Kelo\nExec=" + execWord(settings.program) +
+        "[Desktop Entry]\nType=Application\nName=Kelo\nTryExec=" + entryText(settings.program) +
+        "\nExec=" + execWord(settings.program) +
         " --background\nIcon=" + std::string(deployment::applicationIdentifier) + "\n";
     constexpr int onlyForUser = 0700;
     constexpr int readable = 0644;
@@ -151,6 +154,13 @@ void StartAtLogin::writeEntry() const {
     const gobject::GErrorPointer owned(failure);
     if (owned)
         g_warning("The entry for the start at login cannot be written: %s", owned->message);
+}
+
+std::string entryText(const std::string& text) {
+    std::string written;
+    for (const char character : text)
+        written += character == '\\' ? "\\\\" : std::string(1, character);
+    return written;
 }
 
 // Quoted once for the command line and once more for the file, in which a backslash is written

@@ -39,6 +39,9 @@ private:
     std::unique_ptr<Portal> portal; ///< while it is asked
 };
 
+/// A text of one line as a desktop entry holds it.
+std::string entryText(const std::string& text);
+
 /// A word as the line "Exec" of a desktop entry holds it.
 std::string execWord(const std::string& word);
 

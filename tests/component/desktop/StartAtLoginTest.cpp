@@ -120,6 +120,7 @@ TEST_F(StartAtLogin, WithoutAPortalIsAnEntryThatStartsTheProgramWithoutAWindow) 
         set(true);
         EXPECT_TRUE(start->isOn());
         EXPECT_EQ(written(), "[Desktop Entry]\nType=Application\nName=Kelo\n"
+                             "TryExec=/home/ada/kelo/bin/kelo\n"
                              "Exec=\"/home/ada/kelo/bin/kelo\" --background\n"
                              "Icon=app.kelo.Kelo\n");
         set(false);
@@ -185,6 +186,11 @@ TEST_F(StartAtLoginWithPortal, TellsItToStop) {
     EXPECT_FALSE(portal.autostart);
     EXPECT_FALSE(start->isOn());
     EXPECT_FALSE(std::filesystem::exists(entry));
+}
+
+TEST(EntryText, IsTheSameTextAfterTheDesktopHasReadIt) {
+    EXPECT_EQ(login::entryText("/a b/100%/$kelo"), "/a b/100%/$kelo");
+    EXPECT_EQ(login::entryText("/d\\e"), "/d\\\\e");
 }
 
 TEST(ExecWord, IsTheSameWordAfterTheDesktopHasReadIt) {
