@@ -85,6 +85,9 @@ FeedItem itemFor(const fs::path& path, const Arguments& arguments, const Signing
     item.signature = base64Encode(key.sign(file.bytes()));
     item.length = file.bytes().size();
     item.notes = notesFor(path.parent_path(), packageStem(path));
+    // One text serves the packages for several systems, whose names go on after the version.
+    if (!item.notes)
+        item.notes = notesFor(path.parent_path(), "kelo-" + item.shortVersion);
     return item;
 }
 

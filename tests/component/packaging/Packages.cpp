@@ -29,7 +29,7 @@ Packages::Packages() : name("kelo-" KELO_PACKAGE_VERSION) {
 }
 
 std::filesystem::path Packages::package() const {
-    return folder / ("packages/" + name + ".deb");
+    return folder / ("packages/kelo-" KELO_DEBIAN_VERSION ".deb");
 }
 
 std::filesystem::path Packages::archive() const {

@@ -131,6 +131,17 @@ TEST_F(Release, OfBothPackagesPutsTheTreeFirst) {
     EXPECT_TRUE(newestItem().enclosure->system->starts_with("linux"));
 }
 
+TEST_F(Release, SaysTheSameOfThePackagesForSeveralSystems) {
+    const auto name = Packages::ofThisBuild().package().filename();
+    fs::copy_file(Packages::ofThisBuild().package(), releases / name);
+    writeFile(releases / "kelo-" KELO_PACKAGE_VERSION ".txt", "Everything is new.");
+    const auto generated = runCommand(quoted(tool) + " generate --url https://kelo.example/get" +
+                                      " --key " + quoted(key) + " " + quoted(releases));
+    ASSERT_EQ(generated.status, 0) << generated.output;
+    EXPECT_EQ(newestItem().enclosure->url.path(), "/get/" + name.string());
+    EXPECT_EQ(newestItem().description, "Everything is new.");
+}
+
 TEST_F(Release, KeepsTheDateAndWhatWasAddedByHand) {
     pack("1.1", "11");
     ASSERT_EQ(generate().status, 0);

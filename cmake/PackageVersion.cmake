@@ -1,0 +1,25 @@
+# The version of the .deb.
+
+# A .deb needs the libraries of the system that it was built on. Its version and its file's name say which
+# one, so that both can lie in one folder, and so that a newer system's takes the place of an older one's.
+function(kelo_find_package_system result)
+  cmake_host_system_information(RESULT system QUERY DISTRIB_INFO)
+  set(name "${system_ID}")
+  if(name STREQUAL "debian")
+    set(name deb)
+  endif()
+  # Debian's next release has no number yet.
+  if(NOT system_VERSION_ID)
+    set(system_VERSION_ID "${system_VERSION_CODENAME}")
+  endif()
+  string(REGEX REPLACE "[^a-z0-9.]" "" name "${name}${system_VERSION_ID}")
+  set(${result} "${name}" PARENT_SCOPE)
+endfunction()
+
+kelo_find_package_system(kelo_this_system)
+set(KELO_PACKAGE_SYSTEM "${kelo_this_system}" CACHE STRING "The system that the .deb is for, as its version names it; empty for none")
+set(KELO_PACKAGE_VERSION "${KELO_VERSION}")
+if(KELO_PACKAGE_SYSTEM)
+  # Before the version without it, if there ever is one.
+  string(APPEND KELO_PACKAGE_VERSION "~${KELO_PACKAGE_SYSTEM}")
+endif()
