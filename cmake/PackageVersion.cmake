@@ -12,7 +12,8 @@ function(kelo_find_package_system result)
   if(NOT system_VERSION_ID)
     set(system_VERSION_ID "${system_VERSION_CODENAME}")
   endif()
-  string(REGEX REPLACE "[^a-z0-9.]" "" name "${name}${system_VERSION_ID}")
+  # The program makes the same name of the system that it runs on, to take the package for it.
+  string(APPEND name "${system_VERSION_ID}")
   set(${result} "${name}" PARENT_SCOPE)
 endfunction()
 

@@ -36,6 +36,17 @@ updater::SystemDescription thisSystem() {
     return system;
 }
 
+/// The system as the names of packages end with it. cmake/PackageVersion.cmake makes them.
+std::string packageSystem() {
+    const gobject::GText identifier(g_get_os_info(G_OS_INFO_KEY_ID));
+    const gobject::GText number(g_get_os_info(G_OS_INFO_KEY_VERSION_ID));
+    const gobject::GText name(g_get_os_info(G_OS_INFO_KEY_VERSION_CODENAME));
+    if (!identifier || !(number || name))
+        return {};
+    const std::string system = identifier.get();
+    return (system == "debian" ? "deb" : system) + (number ? number.get() : name.get());
+}
+
 /// Whether it is one of the variables that this program set for itself.
 bool isOurs(const std::string& setting) {
     const auto& variables = startup::rendererVariables();
@@ -68,7 +79,7 @@ struct Services {
     Services(const updater::UpdaterSettings& settings, std::function<void()> terminate)
         : transport(authorityFor(settings)),
           installer(updater::findInstalledCopy(bundle::programPath(), g_get_home_dir()), worker,
-                    {std::move(terminate), environmentAsFound}) {}
+                    {std::move(terminate), environmentAsFound, packageSystem()}) {}
 
     posix::SystemClock clock;
     SoupTransport transport;

@@ -1,6 +1,7 @@
 #include "updater/install/SystemInstaller.h"
 
 #include "base/Translation.h"
+#include "updater/archive/Download.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/ProgramStart.h"
 #include "updater/install/TreeInstaller.h"
@@ -36,6 +37,14 @@ bool systemTakesPackages() {
     return std::filesystem::exists("/usr/bin/dpkg", failure);
 }
 
+/// Whether the package's name says that it is for another release of the system: its libraries are
+/// not there. A name in which nothing follows the version says nothing.
+bool isForAnotherSystem(const AppcastItem& item, const std::string& system) {
+    const std::string name = fileNameOf(item.enclosure->url);
+    const std::string start = "kelo-" + item.displayVersion() + "~";
+    return !system.empty() && name.starts_with(start) && name != start + system + ".deb";
+}
+
 std::filesystem::path packagePath(const VerifiedArchive& archive) {
     return archive.folder() / archive.fileName();
 }
@@ -58,7 +67,8 @@ InstallKind SystemInstaller::kind(const AppcastItem& item) const {
     const std::string path = item.enclosure ? item.enclosure->url.path() : std::string();
     if (copy.owner == CopyOwner::user && isTreeArchive(path))
         return InstallKind::replaceInPlace;
-    if (copy.owner == CopyOwner::packageManager && isPackage(path) && systemTakesPackages())
+    if (copy.owner == CopyOwner::packageManager && isPackage(path) && systemTakesPackages() &&
+        !isForAnotherSystem(item, host.system))
         return InstallKind::handToPackageManager;
     return InstallKind::informationalOnly;
 }

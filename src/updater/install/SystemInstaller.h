@@ -22,6 +22,9 @@ struct InstallerHost {
     /// The environment of the new program (NAME=value): this process's own, without the variables
     /// that it set for itself.
     std::function<std::vector<std::string>()> environment;
+    /// The system's name as the names of packages end with it, for instance "deb13"; empty if it is
+    /// unknown.
+    std::string system = "";
     /// Program that opens a file with the user's program for its type.
     std::string opener = "xdg-open";
 };

@@ -62,6 +62,7 @@ protected:
             return std::vector<std::string>{"PATH=/usr/bin:/bin",
                                             "PLACE=" + folder.path().string()};
         };
+        host.system = system;
         host.opener = opener;
         return std::make_unique<SystemInstaller>(updater::InstalledCopy{owner, root}, worker, host);
     }
@@ -87,6 +88,7 @@ protected:
     TreeFolder folder;
     fs::path root = folder / "home/Kelo";
     fs::path opener = folder / "opener";
+    std::string system;
     fakes::FakeMainLoop loop;
     MainLoop::Installation installation{loop};
     WorkerOfTheTest worker;
@@ -109,6 +111,24 @@ TEST_F(SystemInstallerTest, HandsAPackageManagersCopyToThePackageManager) {
                                                             ? InstallKind::handToPackageManager
                                                             : InstallKind::informationalOnly);
     EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.zst")), InstallKind::informationalOnly);
+}
+
+// One feed may hold the packages for several releases of a system.
+TEST_F(SystemInstallerTest, HandsNoPackageOverThatIsForAnotherSystem) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "this system takes no packages";
+    const auto isTaken = [&](const std::string& name) {
+        return installerFor(CopyOwner::packageManager)->kind(itemFor(name)) ==
+               InstallKind::handToPackageManager;
+    };
+    system = "deb13";
+    EXPECT_TRUE(isTaken("kelo-1.1~deb13.deb"));
+    EXPECT_FALSE(isTaken("kelo-1.1~deb12.deb"));
+    EXPECT_FALSE(isTaken("kelo-1.1~deb13.1.deb"));
+    EXPECT_TRUE(isTaken("kelo-1.1.deb"));
+    EXPECT_TRUE(isTaken("another-1.1~deb12.deb")) << "its publisher has other names";
+    system = "";
+    EXPECT_TRUE(isTaken("kelo-1.1~deb12.deb"));
 }
 
 TEST_F(SystemInstallerTest, OnlyTellsOfUpdatesOfAnyOtherCopy) {
