@@ -4,7 +4,7 @@ if(CPACK_GENERATOR STREQUAL "DEB")
   # Files for /etc must go through DESTDIR, or they would be installed on the machine that packs.
   set(CPACK_SET_DESTDIR ON)
   set(CPACK_INSTALL_PREFIX /usr)
-  set(kelo_components Unspecified system)
+  set(kelo_components Unspecified system debian)
 else()
   # Unpacked by a user, anywhere: nothing of it has a fixed place.
   set(kelo_components Unspecified tree)

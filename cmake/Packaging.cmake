@@ -25,12 +25,12 @@ if(KELO_BUILD_PUBLISHER)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT tree)
 
-# Of the .deb alone.
+# Of the .deb alone: a component of its own, because other packages hold what "system" has.
 kelo_compressed_text(${PROJECT_SOURCE_DIR}/data/debian/changelog.in ${kelo_texts}/changelog)
 install(FILES ${kelo_texts}/changelog.gz ${PROJECT_SOURCE_DIR}/data/debian/copyright
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT system)
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT debian)
 install(FILES ${PROJECT_SOURCE_DIR}/data/debian/lintian-overrides
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME kelo COMPONENT system)
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME kelo COMPONENT debian)
 
 set(CPACK_GENERATOR "DEB;TZST")
 set(CPACK_PACKAGE_NAME kelo)

@@ -75,7 +75,8 @@ TEST(DebianPackage, DependsAlsoOnWhatNoLinkShows) {
 TEST(DebianPackage, SaysWhichSystemItIsFor) {
     const auto version =
         runCommand("dpkg-deb -f " + quoted(Packages::ofThisBuild().package()) + " Version");
-    const auto system = runCommand(". /etc/os-release && echo ${ID/debian/deb}$VERSION_ID");
+    const auto system =
+        runCommand(". /etc/os-release && echo $ID$VERSION_ID | sed 's/^debian/deb/'");
     EXPECT_EQ(version.output, KELO_PACKAGE_VERSION "~" + system.output);
     const auto changelog =
         runCommand("dpkg-deb --fsys-tarfile " + quoted(Packages::ofThisBuild().package()) +
