@@ -16,16 +16,27 @@ namespace fs = std::filesystem;
 
 const fs::path root = KELO_SOURCE_FOLDER;
 
+std::string textOf(const fs::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /// The paths that a page names in backticks, below one of the project's folders.
 std::vector<std::string> pathsIn(const fs::path& page) {
-    static const std::regex pattern("`((?:src|cmake|data|demo|docs|fuzz|publisher|scripts|testing|"
-                                    "tests|bench)(?:/[^`\\s<>*{}]+)?)`");
-    std::ifstream file(page);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    static const std::regex pattern("`((?:src|cmake|data|demo|docs|fuzz|packaging|po|publisher|"
+                                    "scripts|testing|tests|bench)(?:/[^`\\s<>*{}]+)?)`");
+    const std::string text = textOf(page);
     std::vector<std::string> found;
     for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
         found.push_back((*match)[1]);
     return found;
+}
+
+/// Whether one of the paths is the folder or something in it.
+bool leadTo(const std::vector<std::string>& paths, const std::string& folder) {
+    return std::ranges::any_of(paths, [&](const std::string& path) {
+        return path == folder || path.starts_with(folder + "/");
+    });
 }
 
 } // namespace
@@ -50,11 +61,25 @@ TEST(CodeMap, LeadsToEachRoom) {
             if (!entry.is_directory())
                 continue;
             const std::string room = fs::relative(entry.path(), root).string();
-            const auto leadsThere = [&](const std::string& path) {
-                return path == room || path.starts_with(room + "/");
-            };
-            EXPECT_TRUE(std::ranges::any_of(named, leadsThere)) << room;
+            EXPECT_TRUE(leadTo(named, room)) << room;
         }
+    }
+}
+
+// Whoever brings another desktop system must find every interface, and every room that has to be
+// replaced.
+TEST(PageForPorting, LeadsToEachInterfaceAndEachRoomOfTheSystem) {
+    const auto named = pathsIn(root / "docs" / "PORTING.md");
+    for (const auto& entry : fs::directory_iterator(root / "src" / "platform")) {
+        const bool isInterface = textOf(entry.path()).find("\n    virtual ") != std::string::npos;
+        const std::string header = fs::relative(entry.path(), root).string();
+        if (isInterface && entry.path().extension() == ".h")
+            EXPECT_TRUE(leadTo(named, header)) << header;
+    }
+    for (const auto& entry : fs::directory_iterator(root / "src" / "linux")) {
+        const std::string room = fs::relative(entry.path(), root).string();
+        if (entry.is_directory())
+            EXPECT_TRUE(leadTo(named, room)) << room;
     }
 }
 
