@@ -3,6 +3,7 @@
 #include "testing/TemporaryFolder.h"
 
 #include <giomm/dbusconnection.h>
+#include <giomm/init.h>
 #include <glibmm/miscutils.h>
 #include <gtest/gtest.h>
 
@@ -55,8 +56,10 @@ protected:
     const test::TemporaryFolder folder;
     const std::string output = folder / "output";
     std::filesystem::path service;
-    const Glib::RefPtr<Gio::DBus::Connection> bus =
-        Gio::DBus::Connection::get_sync(Gio::DBus::BusType::SESSION);
+    const Glib::RefPtr<Gio::DBus::Connection> bus = [] {
+        Gio::init();
+        return Gio::DBus::Connection::get_sync(Gio::DBus::BusType::SESSION);
+    }();
 };
 
 TEST_F(StartByName, OpensTheWindow) {
