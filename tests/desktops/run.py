@@ -23,7 +23,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import checks  # noqa: E402
 from desktops import known  # noqa: E402
 from desktops.base import NotHere  # noqa: E402
-from drive.kelo import Service  # noqa: E402
+from drive.kelo import Service, install_entry  # noqa: E402
 from drive.session import Session  # noqa: E402
 
 
@@ -58,6 +58,7 @@ def try_desktop(kind, wanted):
     session = Session()
     service = None
     try:
+        install_entry(build)
         desktop = kind(session)
         desktop.start()
         service = Service(build, session.folder)

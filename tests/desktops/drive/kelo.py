@@ -2,12 +2,26 @@
 
 import os
 import pathlib
+import shutil
 
 from drive.processes import Process
 from drive.tree import ROLES
 from drive.waiting import await_that
 
 APPLICATION = ROLES["application"]
+
+
+def install_entry(build):
+    """What a desktop reads of an installed Kelo, for this user alone: entry and icons. Portals know no program
+    without an entry whose command is there."""
+    home = pathlib.Path(os.environ["XDG_DATA_HOME"])
+    data = pathlib.Path(__file__).parents[3] / "data"
+    shutil.copytree(data / "icons" / "hicolor", home / "icons" / "hicolor", dirs_exist_ok=True)
+    entry = (data / "app.kelo.Kelo.desktop").read_text(encoding="utf-8")
+    applications = home / "applications"
+    applications.mkdir(parents=True, exist_ok=True)
+    program = pathlib.Path(build).resolve() / "kelo"
+    (applications / "app.kelo.Kelo.desktop").write_text(entry.replace("Exec=kelo", f"Exec={program}"), encoding="utf-8")
 
 
 class Service:
