@@ -1,0 +1,269 @@
+"""Plasma on Wayland: KWin without a screen, and plasmashell."""
+
+import pathlib
+import re
+import shutil
+import subprocess
+
+from gi.repository import GLib
+
+from desktops.base import Desktop, NotHere, Window
+from drive.bus import Refused
+from drive.kwin import KWIN, FakeInput, WindowList, X11Pointer, read_xvfb, take_picture, write_picture
+from drive.tree import ROLES
+from drive.waiting import await_that, pump
+from drive.wayland import WaylandConnection
+
+_LIBEXEC = pathlib.Path("/usr/lib/x86_64-linux-gnu/libexec")
+_SOCKET = "wayland-kelo"
+_LOCK = ("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver")
+_ACCENTS = {"green": "#1f9d55", "blue": "#3daee9"}
+_MENU_EDGE, _MENU_RULE = 4, 7  # points of Breeze's menus: above the first line, and of a rule between two
+_TOLD = re.compile(r"\d+(?:\.\d+)+")
+
+
+class Plasma(Desktop):
+    """What versions 5 and 6 have in common."""
+
+    major = ""
+
+    def start(self):
+        session = self.session
+        session.export(
+            XDG_CURRENT_DESKTOP="KDE",
+            XDG_SESSION_TYPE="wayland",
+            XDG_MENU_PREFIX="plasma-",
+            KDE_FULL_SESSION="true",
+            KDE_SESSION_VERSION=self.major,
+            QT_QUICK_BACKEND="software",
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+            KWIN_SCREENSHOT_NO_PERMISSION_CHECKS="1",
+            KWIN_WAYLAND_NO_PERMISSION_CHECKS="1",
+        )
+        self.services = set()
+        self._make_lock_screen_take_the_password()
+        self._start_compositor()
+        session.export(WAYLAND_DISPLAY=_SOCKET, QT_QPA_PLATFORM="wayland")
+        self.wayland = WaylandConnection()
+        self.input = FakeInput(self.wayland)
+        self.list = WindowList(session.bus, session.folder)
+        session.tree  # noqa: B018  plasmashell is to find the accessibility bus
+        session.run(_LIBEXEC / "kactivitymanagerd")
+        session.run(f"kded{self.major}")
+        session.bus.await_name(f"org.kde.kded{self.major}")
+        session.run("plasmashell", "--no-respawn")
+        await_that("the panel is there", lambda: self._panel(), 90)
+        session.bus.await_name("org.kde.StatusNotifierWatcher")
+        self._start_portal()
+        pump(3)
+
+    def _start_portal(self):
+        """The one that runs was started by the compositor's need of it, when nothing could show its dialogs yet."""
+        session = self.session
+        session.run(_LIBEXEC / "xdg-desktop-portal-kde")
+        session.bus.await_name("org.freedesktop.impl.portal.desktop.kde")
+        portal = session.run("/usr/libexec/xdg-desktop-portal", "--replace", log="portal")
+        owner = ("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID")
+        name = GLib.Variant("(s)", ("org.freedesktop.portal.Desktop",))
+        await_that("the portal is there", lambda: session.bus.call(*owner, name)[0] == portal.pid)
+
+    def _make_lock_screen_take_the_password(self):
+        """The lock screen asks PAM by a service of its own, with a table of passwords of its own."""
+        folder = self.session.folder
+        ours = (folder / "pam.d" / "kelo").read_text(encoding="utf-8")
+        table = folder / "passdb-kde"
+        table.write_text((folder / "passdb").read_text(encoding="utf-8").replace(":kelo", ":kde"), encoding="utf-8")
+        (folder / "pam.d" / "kde").write_text(ours.replace(str(folder / "passdb"), str(table)), encoding="utf-8")
+
+    def _kwin(self, *arguments, environment=None):
+        # A copy: the installed one asks for a capability (priorities) that a container may not grant, and the kernel
+        # then refuses to start it at all.
+        program = self.session.folder / "kwin_wayland"
+        shutil.copy(shutil.which("kwin_wayland"), program)
+        size = ("--width", str(self.width), "--height", str(self.height))
+        self.session.run(program, *arguments, *size, "--socket", _SOCKET, environment=environment)
+        self.session.bus.await_name(KWIN)
+        self.session.bus.await_name("org.freedesktop.ScreenSaver")
+
+    def _start_compositor(self):
+        raise NotImplementedError
+
+    def version(self):
+        return _TOLD.search(subprocess.check_output(["plasmashell", "--version"], text=True))[0]
+
+    # --- input ---------------------------------------------------------------------------------------
+
+    def turn_key(self, code, is_down):
+        self.input.turn_key(code, is_down)
+
+    def turn_button(self, code, is_down):
+        self.input.turn_button(code, is_down)
+
+    def move_to(self, x, y):
+        self.input.move_to(x, y)
+
+    # --- looking -------------------------------------------------------------------------------------
+
+    def windows(self):
+        return [
+            Window(
+                title=one["title"],
+                pid=one["pid"],
+                x=one["x"],
+                y=one["y"],
+                width=one["width"],
+                height=one["height"],
+                has_keyboard=one["active"],
+                is_full_screen=one["full"],
+                program=one["program"],
+                above=one["above"],
+            )
+            for one in self.list.now()
+        ]
+
+    def work_area(self):
+        panel = self._panel()
+        return 0, 0, panel["width"], panel["y"]
+
+    def _panel(self):
+        return next((one for one in self.list.now() if one["dock"] and one["program"] == "plasmashell"), None)
+
+    def _shell(self):
+        return self.session.tree.program("plasmashell")
+
+    def _buttons_in_panel(self):
+        """Of the desktop's panel: the name and the middle of each."""
+        panel = self._panel()
+        for window in self._shell().children():
+            if panel and tuple(window.extents()[2:]) == (panel["width"], panel["height"]):
+                for one in window.walk():
+                    x, y, width, height = one.extents()
+                    if one.role() == ROLES["button"] and width > 0:
+                        yield one.name(), panel["x"] + x + width / 2, panel["y"] + y + height / 2
+
+    # --- parts and settings ------------------------------------------------------------------------------
+
+    def tray_icon(self, program="Kelo"):
+        # The list of windows, which is left of the tray, has the program's name, too.
+        found = [(x, y) for name, x, y in self._buttons_in_panel() if name == program]
+        windows = any(one.program == "app.kelo.Kelo" for one in self.windows())
+        return max(found) if len(found) > windows else None
+
+    def tray_menu(self):
+        """The open menu is not in the accessible tree. Its lines are as high as each other, and so are the lines
+        between them: its height says how high."""
+        shown = [one for one in self.list.now() if one["program"] == "plasmashell" and not one["dock"]]
+        popup = max(shown, key=lambda one: one["above"], default=None)
+        if not popup or popup["width"] >= self._panel()["width"]:
+            return []
+        entries = self._entries_of_tray_menu()
+        lines = popup["height"] - 2 * _MENU_EDGE - _MENU_RULE * entries.count(None)
+        height = lines / (len(entries) - entries.count(None))
+        places = []
+        y = popup["y"] + _MENU_EDGE
+        for text in entries:
+            if text:
+                places.append((text, popup["x"] + popup["width"] / 2, y + height / 2))
+            y += height if text else _MENU_RULE
+        return places
+
+    def _entries_of_tray_menu(self, program="Kelo"):
+        """The texts, and None for a rule between them."""
+        watcher = "org.kde.StatusNotifierWatcher"
+        bus = self.session.bus
+        for item in bus.get(watcher, "/StatusNotifierWatcher", watcher, "RegisteredStatusNotifierItems"):
+            owner, _slash, path = item.partition("/")
+            path = "/" + path if path else "/StatusNotifierItem"
+            if bus.get(owner, path, "org.kde.StatusNotifierItem", "Title") != program:
+                continue
+            menu = bus.get(owner, path, "org.kde.StatusNotifierItem", "Menu")
+            arguments = GLib.Variant("(iias)", (0, -1, []))
+            layout = bus.call(owner, menu, "com.canonical.dbusmenu", "GetLayout", arguments)[1]
+            shown = [one[1] for one in layout[2] if one[1].get("visible", True)]
+            return [None if one.get("type") == "separator" else one["label"] for one in shown]
+        raise NotHere(f"{program} is not in the tray")
+
+    def without_tray(self):
+        kded = f"org.kde.kded{self.major}"
+        for method, argument in (("setModuleAutoloading", "(sb)"), ("unloadModule", "(s)")):
+            values = ("statusnotifierwatcher", False)[: len(argument) - 2]
+            self.session.bus.call(kded, "/kded", kded, method, GLib.Variant(argument, values))
+        await_that("the tray is gone", lambda: "org.kde.StatusNotifierWatcher" not in self.session.bus.names())
+
+    def set_dark(self, is_dark):
+        self._run("plasma-apply-colorscheme", "BreezeDark" if is_dark else "BreezeLight")
+
+    def set_accent(self, name):
+        self._run("plasma-apply-colorscheme", "--accent-color", _ACCENTS[name])
+
+    def set_scale(self, factor):
+        self._run("kscreen-doctor", f"output.1.scale.{factor}")
+        width = self.width / factor
+        await_that("the panel has the new width", lambda: abs(self._panel()["width"] - width) < 1)
+
+    def _run(self, *command):
+        done = subprocess.run(command, capture_output=True, text=True, check=False, timeout=60)
+        if done.returncode:
+            raise Refused(f"{command[0]}: {done.stdout}{done.stderr}")
+
+    def _is_locked(self):
+        return self.session.bus.call(*_LOCK, "GetActive")[0]
+
+    def lock(self):
+        self.session.bus.call(*_LOCK, "Lock")
+        await_that("the screen is locked", self._is_locked)
+        await_that("the lock screen is shown", lambda: self.session.tree.program("kscreenlocker_greet"))
+        pump(2)
+
+    def unlock(self):
+        self.press("Escape")  # wakes it: it shows no field at first
+        pump(1)
+        self.type(self.session.password)
+        self.press("Return")
+        await_that("the screen is unlocked", lambda: not self._is_locked())
+
+
+class Plasma6(Plasma):
+    """Without a graphics card this KWin draws by itself and then takes no pictures: its screen is a window that fills
+    a screen of Xvfb, which keeps what it shows in a file."""
+
+    name = "plasma-6"
+    title = "Plasma"
+    major = "6"
+    packages = "kwin-wayland plasma-desktop plasma-workspace xdg-desktop-portal-kde"
+    releases = ("trixie",)
+
+    def _start_compositor(self):
+        folder = self.session.folder / "screen"
+        folder.mkdir()
+        size = f"{self.width}x{self.height}x24"
+        server = self.session.run("Xvfb", "-displayfd", "1", "-screen", "0", size, "-fbdir", folder, "-nolisten", "tcp",
+                                  "-noreset")  # fmt: skip
+        number = await_that("Xvfb is there", lambda: re.search(r"^\d+$", server.printed(), re.MULTILINE))[0]
+        self.screen = folder / "Xvfb_screen0"
+        self.pointer = X11Pointer(f":{number}")
+        self._kwin("--x11-display", f":{number}")
+
+    def move_to(self, x, y):
+        # The server draws the pointer, so it has to know where it is.
+        scale = self.width / self._panel()["width"]
+        self.pointer.move_to(round(x * scale), round(y * scale))
+        super().move_to(x, y)
+
+    def picture(self, file):
+        write_picture(file, *read_xvfb(self.screen))
+
+
+class Plasma5(Plasma):
+    name = "plasma-5"
+    title = "Plasma"
+    major = "5"
+    packages = "kwin-wayland plasma-desktop plasma-workspace xdg-desktop-portal-kde"
+    releases = ("bookworm",)
+
+    def _start_compositor(self):
+        # It does not draw by OpenGL without a graphics card unless it is told to, and only then takes pictures.
+        self._kwin("--virtual", environment={"KWIN_COMPOSE": "O2", "LIBGL_ALWAYS_SOFTWARE": "1"})
+
+    def picture(self, file):
+        take_picture(self.session.bus, 0, 0, self.width, self.height, file)
