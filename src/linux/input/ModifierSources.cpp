@@ -5,9 +5,10 @@
 #include "linux/input/portal/PortalModifierSource.h"
 #include "linux/input/xkb/XServer.h"
 #include "linux/input/xkb/XkbModifierSource.h"
+#include "linux/window/X11Toolkit.h"
 #include "posix/FileDescriptor.h"
 
-#include <gdk/x11/gdkx.h>
+#include <glib.h>
 
 #include <cstring>
 #include <memory>
@@ -71,8 +72,8 @@ bool isAllowed(std::string_view kind) {
 DisplayKind displayKind(GdkDisplay* display) {
     if (!display)
         return DisplayKind::none;
-    return GDK_IS_X11_DISPLAY(display) ? kindOfServer(gdk_x11_display_get_xdisplay(display))
-                                       : DisplayKind::wayland;
+    return window::isX11(display) ? kindOfServer(window::xlibDisplay(display))
+                                  : DisplayKind::wayland;
 }
 
 DisplayKind displayKindOfEnvironment() {

@@ -5,12 +5,12 @@
 #include "linux/panel/PlainPanel.h"
 #include "linux/panel/X11Panel.h"
 #include "linux/panel/X11Screens.h"
+#include "linux/window/X11Toolkit.h"
 
 #ifdef KELO_LAYER_SHELL
 #include "linux/panel/LayerShellPanel.h"
 #endif
 
-#include <gdk/x11/gdkx.h>
 #include <gtk/gtk.h>
 
 namespace kelo::panel {
@@ -70,7 +70,7 @@ std::shared_ptr<platform::Panel> DesktopPanels::makePanel(platform::PanelDescrip
         return nullptr;
     if (!floats(description))
         return PlainPanel::make(description);
-    if (GDK_IS_X11_DISPLAY(display))
+    if (window::isX11(display))
         return X11Panel::make(display, description);
     if (hasLayerShell())
         return layerPanel(description);
@@ -81,7 +81,7 @@ std::optional<platform::Screen> DesktopPanels::mainScreen() const {
     GdkDisplay* const display = openDisplay();
     if (!display)
         return std::nullopt;
-    const auto area = GDK_IS_X11_DISPLAY(display) ? x11WorkArea(display) : firstMonitor(display);
+    const auto area = window::isX11(display) ? x11WorkArea(display) : firstMonitor(display);
     return area ? std::optional(platform::Screen{*area}) : std::nullopt;
 }
 
@@ -91,7 +91,7 @@ std::string panelStatus() {
         return translated(
             "The voice panel cannot be shown, because no display can be opened; start Kelo from "
             "within a graphical session.");
-    if (GDK_IS_X11_DISPLAY(display))
+    if (window::isX11(display))
         return translated("The voice panel floats over all windows and takes the keyboard (X11).");
     if (hasLayerShell())
         return translated(

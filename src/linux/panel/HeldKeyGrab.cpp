@@ -2,6 +2,7 @@
 
 #include <X11/extensions/XInput2.h>
 #include <X11/keysym.h>
+#include <gdk/gdk.h>
 
 #include <array>
 #include <utility>
@@ -25,7 +26,7 @@ void HeldKeyGrab::begin() {
         return;
     std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
     XISetMask(bits.data(), XI_KeyRelease);
-    const int device = gdk_x11_device_get_id(keyboard);
+    const int device = window::xinputDevice(keyboard);
     XIEventMask mask{device, static_cast<int>(bits.size()), bits.data()};
     if (XIGrabDevice(x, device, connection.root(), CurrentTime, None, XIGrabModeAsync,
                      XIGrabModeAsync, False, &mask) != XIGrabSuccess)

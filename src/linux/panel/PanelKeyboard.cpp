@@ -19,7 +19,7 @@ constexpr int mostReclaims = 2;
 constexpr std::chrono::milliseconds turnOfTheManager{120};
 
 Window numberOf(GtkWindow* window) {
-    return gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window)));
+    return window::xlibWindow(gtk_native_get_surface(GTK_NATIVE(window)));
 }
 
 } // namespace

@@ -113,7 +113,7 @@ Window X11Connection::ordinaryWindowUnderPointer() const {
 }
 
 bool X11Connection::isUnmanagedAndOurs(Window window) const {
-    if (window == None || !gdk_x11_surface_lookup_for_display(gdk, window))
+    if (window == None || !window::isOurWindow(gdk, window))
         return false;
     XWindowAttributes attributes{};
     const X11ErrorTrap trap(gdk);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gdk/x11/gdkx.h>
+#include "linux/window/X11Toolkit.h"
 
 #include <X11/Xlib.h>
 
@@ -22,8 +22,7 @@ struct PixelRectangle {
 /// another program. A window that no longer exists has no properties and an empty place.
 class X11Connection {
 public:
-    explicit X11Connection(GdkDisplay* display)
-        : gdk(display), x(gdk_x11_display_get_xdisplay(display)) {}
+    explicit X11Connection(GdkDisplay* display) : gdk(display), x(window::xlibDisplay(display)) {}
 
     GdkDisplay* display() const { return gdk; }
     Display* xlib() const { return x; }
@@ -46,7 +45,7 @@ public:
     /// addition to what the toolkit has asked for.
     void followRootProperties() const;
 
-    Atom atom(const char* name) const { return gdk_x11_get_xatom_by_name_for_display(gdk, name); }
+    Atom atom(const char* name) const { return window::xlibAtom(gdk, name); }
     /// The items of a 32-bit property; empty if the window has no such property of this type.
     std::vector<unsigned long> property(Window window, const char* name, Atom type) const;
     /// The window manager's active window; None without a window manager.

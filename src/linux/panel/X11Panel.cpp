@@ -48,7 +48,7 @@ void X11Panel::realize() {
     XChangeWindowAttributes(connection.xlib(), xid(), CWOverrideRedirect, &attributes);
     // GTK waits for an answer of the compositing window manager before it draws the next frame.
     // Some window managers do not answer for windows that they do not manage.
-    gdk_x11_surface_set_frame_sync_enabled(window.surface(), FALSE);
+    window::drawWithoutManager(window.surface());
     // Keeps a compositor from adding a shadow of its own.
     const unsigned long margin = static_cast<unsigned>(window.margin() * scale());
     const std::array extents{margin, margin, margin, margin};

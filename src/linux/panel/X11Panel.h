@@ -40,7 +40,7 @@ private:
     void move() const;
     void handle(const XEvent& event);
     int scale() const;
-    XID xid() const { return gdk_x11_surface_get_xid(window.surface()); }
+    XID xid() const { return window::xlibWindow(window.surface()); }
 
     X11Connection connection;
     PanelWindow window;

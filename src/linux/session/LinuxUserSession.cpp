@@ -4,8 +4,7 @@
 #include "linux/session/LoginSession.h"
 #include "linux/session/ScreenSaver.h"
 #include "linux/session/X11LockScreen.h"
-
-#include <gdk/x11/gdkx.h>
+#include "linux/window/X11Toolkit.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,7 +34,7 @@ std::vector<std::unique_ptr<LockSource>> followServices(const LockSource::Change
 
 std::unique_ptr<LockScreenProbe> probeOfDisplay() {
     GdkDisplay* const display = gdk_display_get_default();
-    if (!display || !GDK_IS_X11_DISPLAY(display))
+    if (!window::isX11(display))
         return nullptr;
     return std::make_unique<X11LockScreen>(display);
 }

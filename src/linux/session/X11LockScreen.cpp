@@ -1,8 +1,7 @@
 #include "linux/session/X11LockScreen.h"
 
 #include "linux/window/X11Handles.h"
-
-#include <gdk/x11/gdkx.h>
+#include "linux/window/X11Toolkit.h"
 
 #include <X11/extensions/XInput2.h>
 
@@ -42,14 +41,14 @@ bool contains(const XWindowAttributes& window, const GdkRectangle& monitor) {
 
 X11LockScreen::X11LockScreen(GdkDisplay* display)
     : display(gobject::GObjectPointer<GdkDisplay>::share(display)) {
-    Display* const x = gdk_x11_display_get_xdisplay(display);
+    Display* const x = window::xlibDisplay(display);
     neverShown = XCreateWindow(x, DefaultRootWindow(x), 0, 0, 1, 1, 0, 0, InputOnly, CopyFromParent,
                                0, nullptr);
 }
 
 X11LockScreen::~X11LockScreen() {
     if (!gdk_display_is_closed(display.get()))
-        XDestroyWindow(gdk_x11_display_get_xdisplay(display.get()), neverShown);
+        XDestroyWindow(window::xlibDisplay(display.get()), neverShown);
 }
 
 // A grab for a window that is not shown always fails. The server gives "already grabbed" as the
@@ -64,13 +63,13 @@ bool X11LockScreen::isKeyboardGrabbed() {
     std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
     XIEventMask nothing{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
     const window::X11ErrorTrap ignored(display.get());
-    return XIGrabDevice(gdk_x11_display_get_xdisplay(display.get()),
-                        gdk_x11_device_get_id(keyboard), neverShown, CurrentTime, None,
-                        XIGrabModeAsync, XIGrabModeAsync, False, &nothing) == XIAlreadyGrabbed;
+    return XIGrabDevice(window::xlibDisplay(display.get()), window::xinputDevice(keyboard),
+                        neverShown, CurrentTime, None, XIGrabModeAsync, XIGrabModeAsync, False,
+                        &nothing) == XIAlreadyGrabbed;
 }
 
 bool X11LockScreen::isMonitorCovered() {
-    Display* const x = gdk_x11_display_get_xdisplay(display.get());
+    Display* const x = window::xlibDisplay(display.get());
     const window::X11ErrorTrap ignored(display.get());
     Window root = None;
     Window parent = None;
@@ -87,7 +86,7 @@ bool X11LockScreen::isMonitorCovered() {
         if (!XGetWindowAttributes(x, window, &attributes) || attributes.map_state != IsViewable ||
             attributes.c_class == InputOnly)
             continue;
-        if (gdk_x11_surface_lookup_for_display(display.get(), window))
+        if (window::isOurWindow(display.get(), window))
             return false;
         if (std::ranges::any_of(monitors, [&](const GdkRectangle& monitor) {
                 return contains(attributes, monitor);

@@ -1,7 +1,8 @@
 #include "linux/startup/RendererChoice.h"
 
+#include "linux/window/ToolkitVersion.h"
+
 #include <fcntl.h>
-#include <gtk/gtk.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,7 +24,7 @@ std::vector<std::string>& ownVariables() {
 /// The toolkit that runs decides, not the one that this was built with: each complains of a value
 /// that it does not know.
 std::pair<const char*, const char*> switchForOpenGl() {
-    if (gtk_get_minor_version() >= 18)
+    if (window::readsDisableVariable())
         return {"GDK_DISABLE", "gl"};
     return {"GDK_DEBUG", "gl-disable"};
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gdk/x11/gdkx.h>
-
 #include <X11/Xlib.h>
 
 #include <memory>
@@ -16,22 +14,6 @@ struct XFreeDeleter {
 /// Memory that Xlib has allocated for a reply.
 template <typename T>
 using XMemory = std::unique_ptr<T, XFreeDeleter>;
-
-/// While it exists, errors of requests on the toolkit's X connection are ignored. Another program
-/// may close its window at any moment, and an unexpected X error would end this program.
-class X11ErrorTrap {
-public:
-    /// display: must be an X11 display.
-    explicit X11ErrorTrap(GdkDisplay* display) : display(display) {
-        gdk_x11_display_error_trap_push(display);
-    }
-    ~X11ErrorTrap() { gdk_x11_display_error_trap_pop_ignored(display); }
-    X11ErrorTrap(const X11ErrorTrap&) = delete;
-    X11ErrorTrap& operator=(const X11ErrorTrap&) = delete;
-
-private:
-    GdkDisplay* display;
-};
 
 /// Where the pointer is.
 struct PointerPlace {

@@ -4,6 +4,7 @@
 #include "linux/panel/RoundedShape.h"
 
 #include <X11/extensions/shape.h>
+#include <gdk/x11/gdkx.h>
 
 #include <cmath>
 

@@ -1,7 +1,6 @@
 #include "component/webkit/MainWindowFixture.h"
 
-#include "linux/window/X11Handles.h"
-
+#include <gdk/x11/gdkx.h>
 #include <giomm/menu.h>
 #include <glibmm/init.h>
 #include <gtkmm/application.h>

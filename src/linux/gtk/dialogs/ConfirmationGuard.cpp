@@ -1,11 +1,10 @@
 #include "linux/gtk/dialogs/ConfirmationGuard.h"
 
+#include "linux/window/X11Toolkit.h"
+
 #include <gdk/gdkkeysyms.h>
-#include <gdk/x11/gdkx.h>
 #include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/gestureclick.h>
-
-#include <X11/Xlib.h>
 
 #include <algorithm>
 #include <array>
@@ -24,10 +23,10 @@ bool isEnter(guint key) {
 std::set<guint> keysDown() {
     std::set<guint> down;
     GdkDisplay* const display = gdk_display_get_default();
-    if (!GDK_IS_X11_DISPLAY(display))
+    if (!window::isX11(display))
         return down;
     std::array<char, 32> bits{};
-    XQueryKeymap(gdk_x11_display_get_xdisplay(display), bits.data());
+    XQueryKeymap(window::xlibDisplay(display), bits.data());
     for (guint code = 0; code < 8 * bits.size(); ++code)
         if (static_cast<unsigned char>(bits[code / 8]) >> code % 8 & 1)
             down.insert(code);

@@ -1,8 +1,9 @@
 #include "linux/gtk/kit/WindowPresentation.h"
 
+#include "linux/window/ToolkitVersion.h"
+#include "linux/window/X11Toolkit.h"
 #include <gdk/gdkkeysyms.h>
 #include <gdk/wayland/gdkwayland.h>
-#include <gdk/x11/gdkx.h>
 #include <gdkmm/texture.h>
 #include <gdkmm/toplevel.h>
 #include <gtkmm/eventcontrollerkey.h>
@@ -23,14 +24,13 @@ void setIcon(Gtk::Window& window) {
                              Gdk::Texture::create_from_resource("/app/kelo/Kelo/window-128.png")});
 }
 
-// Since version 4.10 the toolkit tells a Wayland compositor the token of the window. Before, it
-// takes the one of the display, and asks for a weaker one of its own if there is none.
-void passToCompositor([[maybe_unused]] const std::string& token) {
-#if !GTK_CHECK_VERSION(4, 10, 0)
+// Without a token of the display, an old toolkit asks for a weaker one of its own.
+void passToCompositor(const std::string& token) {
+    if (window::tellsTokenOfWindow)
+        return;
     GdkDisplay* const display = gdk_display_get_default();
     if (GDK_IS_WAYLAND_DISPLAY(display))
         gdk_wayland_display_set_startup_notification_id(display, token.c_str());
-#endif
 }
 
 std::string& keptToken() {
@@ -51,8 +51,8 @@ void showWithoutFocus(Gtk::Window& window) {
     GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(window.gobj()));
     // A user time of 0 tells window managers not to give a new window the keyboard focus (Extended
     // Window Manager Hints, _NET_WM_USER_TIME).
-    if (GDK_IS_X11_SURFACE(surface))
-        gdk_x11_surface_set_user_time(surface, 0);
+    if (window::isX11(surface))
+        window::setUserTime(surface, 0);
     window.set_visible(true);
 }
 

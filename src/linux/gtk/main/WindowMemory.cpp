@@ -3,6 +3,7 @@
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/kit/StateFile.h"
 #include "linux/window/X11Handles.h"
+#include "linux/window/X11Toolkit.h"
 
 #include <gdkmm/display.h>
 #include <gdkmm/monitor.h>
@@ -35,7 +36,7 @@ std::vector<Gdk::Rectangle> monitors() {
 
 GdkSurface* surfaceUnderX11(Gtk::Window& window) {
     GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(window.gobj()));
-    return surface && GDK_IS_X11_SURFACE(surface) ? surface : nullptr;
+    return window::isX11(surface) ? surface : nullptr;
 }
 
 /// The width of a frame that the window manager has drawn: left, then top, in pixels.
@@ -45,7 +46,7 @@ std::pair<int, int> frameOf(Display* display, Window identifier, GdkDisplay* too
     unsigned long count = 0;
     unsigned long more = 0;
     unsigned char* data = nullptr;
-    const Atom extents = gdk_x11_get_xatom_by_name_for_display(toolkit, "_NET_FRAME_EXTENTS");
+    const Atom extents = window::xlibAtom(toolkit, "_NET_FRAME_EXTENTS");
     XGetWindowProperty(display, identifier, extents, 0, 4, False, XA_CARDINAL, &type, &format,
                        &count, &more, &data);
     const window::XMemory<unsigned char> owned(data);
@@ -62,13 +63,13 @@ std::optional<std::pair<int, int>> placeOf(Gtk::Window& window) {
         return std::nullopt;
     GdkDisplay* const toolkit = gdk_surface_get_display(surface);
     const window::X11ErrorTrap trap(toolkit);
-    Display* const display = gdk_x11_display_get_xdisplay(toolkit);
-    const Window identifier = gdk_x11_surface_get_xid(surface);
+    Display* const display = window::xlibDisplay(toolkit);
+    const Window identifier = window::xlibWindow(surface);
     int x = 0;
     int y = 0;
     Window child = 0;
-    if (!XTranslateCoordinates(display, identifier, gdk_x11_display_get_xrootwindow(toolkit), 0, 0,
-                               &x, &y, &child))
+    if (!XTranslateCoordinates(display, identifier, DefaultRootWindow(display), 0, 0, &x, &y,
+                               &child))
         return std::nullopt;
     const auto [left, top] = frameOf(display, identifier, toolkit);
     const int scale = gdk_surface_get_scale_factor(surface);
@@ -160,8 +161,8 @@ void WindowMemory::restorePlace() {
     GdkDisplay* const toolkit = gdk_surface_get_display(surface);
     const window::X11ErrorTrap trap(toolkit);
     const int scale = gdk_surface_get_scale_factor(surface);
-    XMoveWindow(gdk_x11_display_get_xdisplay(toolkit), gdk_x11_surface_get_xid(surface),
-                place.get_x() * scale, place.get_y() * scale);
+    XMoveWindow(window::xlibDisplay(toolkit), window::xlibWindow(surface), place.get_x() * scale,
+                place.get_y() * scale);
 }
 
 void WindowMemory::remember() {

@@ -1,6 +1,7 @@
 #include "linux/input/xkb/X11KeyboardFocus.h"
 
 #include "linux/window/X11Handles.h"
+#include "linux/window/X11Toolkit.h"
 
 namespace kelo::input {
 
@@ -11,22 +12,22 @@ bool X11KeyboardFocus::isOurs() const {
     // Only on the toolkit's own connection does the answer include the toolkit's latest requests.
     Window focus = None;
     int revertTo = RevertToNone;
-    XGetInputFocus(gdk_x11_display_get_xdisplay(display.get()), &focus, &revertTo);
+    XGetInputFocus(window::xlibDisplay(display.get()), &focus, &revertTo);
     if (focus == PointerRoot)
         return isUnderPointer();
-    return focus != None && gdk_x11_surface_lookup_for_display(display.get(), focus) != nullptr;
+    return focus != None && window::isOurWindow(display.get(), focus);
 }
 
 // Without a window manager, the window under the pointer has the keyboard.
 bool X11KeyboardFocus::isUnderPointer() const {
-    Display* const connection = gdk_x11_display_get_xdisplay(display.get());
-    Window window = gdk_x11_display_get_xrootwindow(display.get());
+    Display* const connection = window::xlibDisplay(display.get());
+    Window window = DefaultRootWindow(connection);
     bool ours = false;
     const window::X11ErrorTrap trap(display.get());
     while (window != None && !ours) {
         const auto pointer = window::pointerPlace(connection, window);
         window = pointer ? pointer->child : None;
-        ours = window != None && gdk_x11_surface_lookup_for_display(display.get(), window);
+        ours = window != None && window::isOurWindow(display.get(), window);
     }
     return ours;
 }
