@@ -2,6 +2,7 @@
 
 #include "linux/window/ToolkitVersion.h"
 #include "linux/window/X11Toolkit.h"
+
 #include <gdk/gdkkeysyms.h>
 #include <gdk/wayland/gdkwayland.h>
 #include <gdkmm/texture.h>
