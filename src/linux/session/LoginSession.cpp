@@ -24,13 +24,19 @@ void read(GVariant* properties, const char* name, bool& into) {
         into = value;
 }
 
+void readSeat(GVariant* properties, std::string& into) {
+    const char* name = nullptr;
+    if (g_variant_lookup(properties, "Seat", "(&s&o)", &name, nullptr))
+        into = name;
+}
+
 bool isOf(const gobject::GVariantPointer& answer, const char* type) {
     return answer && g_variant_is_of_type(answer.get(), G_VARIANT_TYPE(type));
 }
 
 } // namespace
 
-LoginSession::LoginSession(bus::SharedConnection& systemBus, Changed changed)
+LoginSession::LoginSession(bus::SharedConnection& systemBus, std::function<void()> changed)
     : changed(std::move(changed)),
       manager(systemBus, managerName, bus::Starting::never,
               [this](const bus::Connection& opened, const std::string& owner) {
@@ -92,15 +98,28 @@ void LoginSession::propertiesChanged(GVariant* values) {
 void LoginSession::note(GVariant* known) {
     read(known, "LockedHint", lockedHint);
     read(known, "Active", active);
-    changed();
+    readSeat(known, seatName);
+    tell();
 }
 
-// Without a session of ours, nobody locks it.
+// Without a session of ours, nobody locks it, and whoever is here sits at the first seat.
 void LoginSession::giveUp() {
     certain = true;
     lockedHint = false;
     active = true;
-    changed();
+    seatName = firstSeat;
+    tell();
+}
+
+void LoginSession::tell() {
+    // A copy, because it may destroy this object.
+    const auto told = changed;
+    told();
+}
+
+std::unique_ptr<SeatSession> followSeatSession(SeatSession::Changed changed) {
+    const auto systemBus = std::make_shared<bus::SharedConnection>(bus::systemAddress());
+    return std::make_unique<LoginSession>(*systemBus, std::move(changed));
 }
 
 } // namespace kelo::session

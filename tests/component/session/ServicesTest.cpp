@@ -113,6 +113,53 @@ TEST_F(LoginSession, AnotherSessionOnTheScreenIsALock) {
     EXPECT_TRUE(waitUntilUnlocked(*session));
 }
 
+TEST_F(LoginSession, SeatIsTheSessions) {
+    manager.emplace(peer);
+    manager->seat = "seat7";
+    session.emplace(*bus, changed);
+    EXPECT_EQ(session->seat(), "seat0") << "nobody has answered yet";
+    ASSERT_TRUE(waitUntilUnlocked(*session));
+    EXPECT_EQ(session->seat(), "seat7");
+    manager.reset();
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] { return session->seat() == "seat0"; }));
+}
+
+TEST_F(LoginSession, SessionWithoutASeatHasNone) {
+    manager.emplace(peer);
+    manager->seat = "";
+    session.emplace(*bus, changed);
+    ASSERT_TRUE(waitUntilUnlocked(*session));
+    EXPECT_EQ(session->seat(), "");
+}
+
+TEST_F(LoginSession, SeatThatNobodyKnowsIsTheFirst) {
+    follow();
+    EXPECT_EQ(session->seat(), "seat0");
+}
+
+TEST_F(LoginSession, IsActiveUnlessAnotherSessionHasTheScreen) {
+    follow();
+    EXPECT_TRUE(session->isActive());
+    manager->set("LockedHint", true);
+    ASSERT_TRUE(waitUntilLocked(*session));
+    EXPECT_TRUE(session->isActive()) << "a lock is on the same screen";
+    manager->set("Active", false);
+    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return !session->isActive(); }));
+}
+
+TEST_F(LoginSession, WhoIsToldOfAChangeMayLetItGo) {
+    manager.emplace(peer);
+    std::unique_ptr<session::SeatSession> followed;
+    // What the function holds goes with it, unless it is kept while it runs.
+    const auto kept = std::make_shared<int>(0);
+    followed = std::make_unique<session::LoginSession>(*bus, [&followed, kept] {
+        followed.reset();
+        ++*kept;
+    });
+    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return *kept == 1; }));
+    EXPECT_FALSE(followed);
+}
+
 TEST_F(LoginSession, LockThatWasThereBeforeUsIsSeen) {
     manager.emplace(peer);
     manager->properties["LockedHint"] = true;

@@ -126,6 +126,10 @@ GVariant* StandInLoginManager::answer(const std::string& method, GVariant* argum
     g_variant_builder_init(&all, G_VARIANT_TYPE("a{sv}"));
     for (const auto& [name, value] : properties)
         g_variant_builder_add(&all, "{sv}", name.c_str(), g_variant_new_boolean(value));
+    if (seat)
+        g_variant_builder_add(
+            &all, "{sv}", "Seat",
+            g_variant_new("(so)", seat->c_str(), "/org/freedesktop/login1/seat/x"));
     return g_variant_new("(a{sv})", &all);
 }
 

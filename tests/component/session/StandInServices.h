@@ -5,6 +5,7 @@
 #include <gio/gio.h>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,9 @@ public:
 
     bool hasSession = true;
     std::map<std::string, bool> properties{{"LockedHint", false}, {"Active", true}};
+    /// The name of the session's seat; empty if it has none. Nothing: an old manager that knows of
+    /// none.
+    std::optional<std::string> seat;
 
 private:
     GVariant* answer(const std::string& method, GVariant* arguments) override;

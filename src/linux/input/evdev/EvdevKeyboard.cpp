@@ -32,13 +32,18 @@ EvdevKeyboard::EvdevKeyboard(std::unique_ptr<EvdevDevice> opened, Handlers handl
     readable.emplace(device->descriptor(), [this] { read(); });
 }
 
+void EvdevKeyboard::update(HeldKeys reported) {
+    held = reported;
+    disregarded = disregarded & held;
+}
+
 bool EvdevKeyboard::listen() {
     if (!device->deliverOtherKeys())
         return false;
     const auto down = device->keysDown();
     if (!down)
         return false;
-    held = down->held;
+    update(down->held);
     reader.restart(held);
     return down->others;
 }

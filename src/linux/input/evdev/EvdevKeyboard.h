@@ -36,18 +36,24 @@ public:
 
     EvdevKeyboard(std::unique_ptr<EvdevDevice> device, Handlers handlers, HeldKeys initially);
 
+    /// Takes the state that was last reported. The owner calls it.
+    void update(HeldKeys reported);
+    /// The keys that are down now count only when they are pressed again.
+    void disregardHeld() { disregarded = held; }
+    /// The modifiers of the keys that count.
+    platform::ModifierFlags flags() const { return held.without(disregarded).flags(); }
+
     /// Reports the presses of other keys, too, from now on. Events that were not read yet are
-    /// discarded and `held` is brought up to date instead. Returns whether another key is down.
+    /// discarded, and the state is brought up to date instead. Returns whether another key is down.
     bool listen();
     /// Returns false on failure: the keyboard must then be given up.
     bool stopListening();
 
-    /// The state that was last reported. The owner updates it.
-    HeldKeys held;
-
 private:
     void read();
 
+    HeldKeys held;
+    HeldKeys disregarded;
     std::unique_ptr<EvdevDevice> device;
     Handlers handlers;
     EvdevReader reader;

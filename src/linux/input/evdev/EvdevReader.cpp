@@ -12,6 +12,8 @@ namespace {
 
 constexpr int released = 0;
 constexpr int pressed = 1;
+/// The value of a report's end if the kernel has made the report up.
+constexpr int madeUp = 1;
 
 } // namespace
 
@@ -35,8 +37,9 @@ std::vector<KeyReport> EvdevReader::take(std::span<const std::byte> bytes) {
         if (outcome == Outcome::unfinished)
             continue;
         const bool other = std::exchange(otherPress, false);
+        const bool byKernel = outcome == Outcome::madeUpReportEnded;
         if (std::exchange(reported, next) != next || other)
-            reports.push_back({next, other});
+            reports.push_back({next, other, byKernel});
     }
     return reports;
 }
@@ -53,7 +56,7 @@ EvdevReader::Outcome EvdevReader::handle(const input_event& event) {
         otherPress = false;
     } else if (event.type == EV_SYN && event.code == SYN_REPORT) {
         if (!std::exchange(lost, false))
-            return Outcome::reportEnded;
+            return event.value == madeUp ? Outcome::madeUpReportEnded : Outcome::reportEnded;
         next = snapshot().value_or(HeldKeys{});
         return Outcome::askedAnew;
     } else if (event.type == EV_KEY && !lost) {

@@ -19,6 +19,8 @@ struct KeyReport {
     HeldKeys held;
     /// Whether it says that another key, one of isOtherKey(), went down.
     bool otherPress = false;
+    /// Whether the kernel, and no finger, released keys: the keyboard is unplugged or put to sleep.
+    bool byKernel = false;
 
     bool operator==(const KeyReport&) const = default;
 };
@@ -41,7 +43,7 @@ public:
     void restart(HeldKeys held);
 
 private:
-    enum class Outcome { unfinished, reportEnded, askedAnew };
+    enum class Outcome { unfinished, reportEnded, madeUpReportEnded, askedAnew };
 
     Outcome handle(const input_event& event);
 

@@ -35,6 +35,17 @@ struct HeldKeys {
                (leftAlt ? platform::modifier::option : 0);
     }
 
+    /// The keys that are down in both.
+    HeldKeys operator&(const HeldKeys& other) const {
+        return {leftControl && other.leftControl, rightControl && other.rightControl,
+                leftAlt && other.leftAlt};
+    }
+    /// The keys that are down here and not there.
+    HeldKeys without(const HeldKeys& other) const {
+        return {leftControl && !other.leftControl, rightControl && !other.rightControl,
+                leftAlt && !other.leftAlt};
+    }
+
     bool operator==(const HeldKeys&) const = default;
 };
 

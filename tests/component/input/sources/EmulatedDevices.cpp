@@ -91,7 +91,9 @@ void EmulatedDevices::plug(const std::string& name, EmulatedDevice device) {
     const std::string parent = "/devices/input_of_" + name;
     const std::string text =
         "P: " + parent + "/" + name + "\nN: input/" + name +
-        "\nE: SUBSYSTEM=input\nE: DEVNAME=/dev/input/" + name + "\nL: device=..\n\nP: " + parent +
+        "\nE: SUBSYSTEM=input\nE: DEVNAME=/dev/input/" + name +
+        (device.seat.empty() ? "" : "\nE: ID_SEAT=" + device.seat) +
+        "\nL: device=..\n\nP: " + parent +
         "\nE: SUBSYSTEM=input\nA: capabilities/key=" + description(device.keys) + "\n";
     {
         const std::lock_guard lock(mutex);
@@ -122,6 +124,17 @@ bool EmulatedDevices::type(const std::string& name, const EventBytes& bytes) con
 void EmulatedDevices::setDown(const std::string& name, Codes codes) {
     const std::lock_guard lock(mutex);
     devices.at(name).down = std::move(codes);
+}
+
+void EmulatedDevices::forgetWhatWasAsked(const std::string& name) {
+    const std::lock_guard lock(mutex);
+    devices.at(name).wasAskedWhatIsDown = false;
+}
+
+void EmulatedDevices::assign(const std::string& name, const std::string& seat) {
+    const std::string path = "/sys/devices/input_of_" + name + "/" + name;
+    umockdev_testbed_set_property(testbed.get(), path.c_str(), "ID_SEAT", seat.c_str());
+    umockdev_testbed_uevent(testbed.get(), path.c_str(), "change");
 }
 
 EmulatedDevice EmulatedDevices::device(const std::string& name) const {

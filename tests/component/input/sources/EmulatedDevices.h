@@ -24,6 +24,8 @@ struct EmulatedDevice {
     /// The event codes that a reader has asked for, by event type.
     std::map<unsigned, std::vector<int>> masks = {};
     bool wasAskedWhatIsDown = false;
+    /// What udev says; empty if it says nothing.
+    std::string seat = {};
 };
 
 /// Emulated devices in /dev/input and /sys/class/input, for this process alone, which must run
@@ -42,6 +44,10 @@ public:
     /// Sends bytes that a read of the device gives.
     bool type(const std::string& name, const EventBytes& bytes) const;
     void setDown(const std::string& name, std::vector<int> codes);
+    /// Has udev say of a device which seat it belongs to, and that this is news.
+    void assign(const std::string& name, const std::string& seat);
+    /// As if nobody had asked the device what is down.
+    void forgetWhatWasAsked(const std::string& name);
     EmulatedDevice device(const std::string& name) const;
     std::filesystem::path node(const std::string& name) const;
 

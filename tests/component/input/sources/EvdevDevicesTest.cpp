@@ -1,17 +1,11 @@
-#include "EmulatedDevices.h"
-
-#include "component/ScopedMainLoop.h"
-#include "linux/input/evdev/EvdevModifierSource.h"
+#include "EvdevDevicesFixture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 // The device nodes, and the questions that are put to the kernel, as umockdev emulates them.
 
 namespace kelo {
 
-using input::EvdevModifierSource;
-using platform::ModifierFlags;
 using platform::modifier::control;
 using platform::modifier::option;
 using testing::Contains;
@@ -22,36 +16,6 @@ using testing::IsSupersetOf;
 using testing::Not;
 using testing::Pair;
 using testing::UnorderedElementsAre;
-
-namespace {
-
-EmulatedDevice keyboard() {
-    return {.keys = {KEY_ESC, KEY_A, KEY_LEFTCTRL, KEY_LEFTALT, KEY_RIGHTCTRL, KEY_RIGHTALT}};
-}
-
-EmulatedDevice mouse() {
-    return {.keys = {BTN_LEFT, BTN_RIGHT}};
-}
-
-/// Stands for another press in the list of what was heard. No modifier has this bit.
-constexpr ModifierFlags press = ModifierFlags{1} << 60;
-
-const EventBytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
-
-class EvdevDevices : public testing::Test {
-protected:
-    bool start() {
-        return source.start([this](ModifierFlags flags) { heard.push_back(flags); });
-    }
-    bool waitFor(std::size_t count) {
-        return ScopedMainLoop::runUntil([&] { return heard.size() >= count; });
-    }
-
-    ScopedMainLoop loop;
-    EmulatedDevices devices;
-    EvdevModifierSource source;
-    std::vector<ModifierFlags> heard;
-};
 
 TEST_F(EvdevDevices, KeyboardsAreFoundAmongTheDevicesAndRead) {
     devices.plug("event0", mouse());
@@ -174,7 +138,5 @@ TEST_F(EvdevDevices, UnpluggingInTheMiddleOfTheChordReleasesIt) {
     ASSERT_TRUE(waitFor(3));
     EXPECT_THAT(heard, ElementsAre(control, control | option, 0));
 }
-
-} // namespace
 
 } // namespace kelo

@@ -1,10 +1,6 @@
-#include "FakeKeyboards.h"
-
-#include "component/ScopedMainLoop.h"
-#include "linux/input/evdev/EvdevModifierSource.h"
+#include "EvdevFixture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,28 +17,13 @@ using testing::IsEmpty;
 
 namespace {
 
-const EventBytes chordDown = down(KEY_LEFTCTRL) + report() + down(KEY_LEFTALT) + report();
-
-class EvdevSource : public testing::Test {
+class EvdevSource : public EvdevFixture {
 protected:
+    /// Nobody asks for other presses.
     bool start() {
         source = std::make_unique<EvdevModifierSource>(keyboards.devices());
         return source->start([this](ModifierFlags flags) { heard.push_back(flags); });
     }
-    bool waitFor(std::size_t count) {
-        return ScopedMainLoop::runUntil([&] { return heard.size() >= count; });
-    }
-    bool waitUntilOpen(int count) {
-        return ScopedMainLoop::runUntil([&] { return keyboards.openNow == count; });
-    }
-    input::Availability availability() {
-        return EvdevModifierSource(keyboards.devices()).availability();
-    }
-
-    ScopedMainLoop loop;
-    FakeKeyboards keyboards;
-    std::unique_ptr<EvdevModifierSource> source;
-    std::vector<ModifierFlags> heard;
 };
 
 TEST_F(EvdevSource, TellsAllTheModifiersThatAreDownAfterEachChange) {
@@ -355,7 +336,9 @@ TEST_F(EvdevSource, AFolderThatIsMissingIsNoKeyboard) {
 
 TEST_F(EvdevSource, AFileThatIsNoDeviceIsLeftAlone) {
     keyboards.plug("event0");
-    EvdevModifierSource real({keyboards.path(), keyboards.path() / "descriptions"});
+    auto devices = keyboards.devices();
+    devices.open = input::EvdevNode::open;
+    EvdevModifierSource real(devices);
     EXPECT_THAT(real.availability().reason, HasSubstr("no keyboard"));
     EXPECT_FALSE(real.start([](ModifierFlags) {}));
 }

@@ -39,6 +39,11 @@ inline EventBytes repeated(int code) {
 inline EventBytes report() {
     return record(EV_SYN, SYN_REPORT, 0);
 }
+/// The end of a report that the kernel has made up, as when it releases what is down on a keyboard
+/// that is unplugged.
+inline EventBytes madeUpReport() {
+    return record(EV_SYN, SYN_REPORT, 1);
+}
 inline EventBytes dropped() {
     return record(EV_SYN, SYN_DROPPED, 0);
 }

@@ -30,7 +30,9 @@ struct FakeKeyboard {
     /// The calls it received, in order.
     std::string asked;
 
-    FakeKeyboard() {
+    FakeKeyboard() { connect(); }
+    /// Whoever opens it from now on gets what is typed from now on.
+    void connect() {
         int ends[2] = {-1, -1};
         if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
             reading = posix::FileDescriptor(ends[0]);
@@ -41,6 +43,58 @@ struct FakeKeyboard {
         return ::write(writing.get(), bytes.data(), bytes.size()) ==
                static_cast<ssize_t>(bytes.size());
     }
+};
+
+/// A login session as a test has it.
+class FakeSeatSession final : public session::SeatSession {
+public:
+    struct State {
+        bool certain = true;
+        bool active = true;
+        std::string seat = session::firstSeat;
+        Changed changed;
+
+        void set(bool isActive) {
+            active = isActive;
+            const Changed told = changed;
+            told();
+        }
+    };
+    FakeSeatSession(std::shared_ptr<State> state, Changed changed) : state(std::move(state)) {
+        this->state->changed = std::move(changed);
+    }
+    bool isCertain() const override { return state->certain; }
+    bool isActive() const override { return state->active; }
+    std::string seat() const override { return state->seat; }
+
+private:
+    std::shared_ptr<State> state;
+};
+
+/// The seats of devices as a test assigns them.
+class FakeSeats final : public input::DeviceSeats {
+public:
+    struct State {
+        std::map<std::string, std::string> seats;
+        Changed changed;
+
+        void assign(const std::string& device, const std::string& seat) {
+            seats[device] = seat;
+            if (changed)
+                changed(device);
+        }
+    };
+    FakeSeats(std::shared_ptr<State> state, Changed changed) : state(std::move(state)) {
+        if (changed)
+            this->state->changed = std::move(changed);
+    }
+    std::string seatOf(const std::string& device) const override {
+        const auto found = state->seats.find(device);
+        return found == state->seats.end() ? session::firstSeat : found->second;
+    }
+
+private:
+    std::shared_ptr<State> state;
 };
 
 /// A folder of input devices. Each is a file in it, so that it comes and goes as the folder's
@@ -57,6 +111,14 @@ public:
         keyboards.at(name)->writing = posix::FileDescriptor();
         std::filesystem::remove(path() / name);
     }
+    /// Another device takes the place of one, in one step.
+    void replace(const std::string& name) {
+        keyboards[name] = std::make_shared<FakeKeyboard>();
+        std::ofstream(path() / "new") << "device";
+        std::filesystem::rename(path() / "new", path() / name);
+    }
+    /// The kernel gives its users no events any more, while its node stays.
+    void revoke(const std::string& name) { keyboards.at(name)->writing = posix::FileDescriptor(); }
     /// As a rule of the system's would, after the node appeared.
     void permit(const std::string& name) {
         keyboards.at(name)->mayBeOpened = true;
@@ -67,7 +129,13 @@ public:
     /// No device is described, so that each has to be opened.
     input::EvdevModifierSource::Devices devices() {
         return {path(), path() / "descriptions",
-                [this](const std::filesystem::path& path) { return open(path.filename()); }};
+                [this](const std::filesystem::path& path) { return open(path.filename()); },
+                [this](input::DeviceSeats::Changed changed) {
+                    return std::make_unique<FakeSeats>(seats, std::move(changed));
+                },
+                [this](session::SeatSession::Changed changed) {
+                    return std::make_unique<FakeSeatSession>(session, std::move(changed));
+                }};
     }
     /// Has the system describe the device's keys.
     void describe(const std::string& name, const std::string& keys) const {
@@ -75,6 +143,8 @@ public:
         std::filesystem::create_directories(folder);
         std::ofstream(folder / "key") << keys << "\n";
     }
+    std::shared_ptr<FakeSeats::State> seats = std::make_shared<FakeSeats::State>();
+    std::shared_ptr<FakeSeatSession::State> session = std::make_shared<FakeSeatSession::State>();
     /// How many devices are open now.
     int openNow = 0;
     /// How many were opened in total.
