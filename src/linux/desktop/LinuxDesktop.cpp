@@ -1,5 +1,6 @@
 #include "linux/desktop/LinuxDesktop.h"
 
+#include "bundle/ProgramPlace.h"
 #include "deployment/Deployment.h"
 #include "linux/desktop/HotkeyReport.h"
 #include "linux/desktop/ProgramVersion.h"
@@ -44,6 +45,9 @@ gtk::HostSettings LinuxDesktop::hostSettings() {
         [this] { return downloads::mayEndDownloads(downloadList, alerts_); },
     };
     settings.stateFile = stateFolder() / "windows";
+    // Asked now: once the file is replaced, the kernel no longer tells its path.
+    settings.program = bundle::programPath();
+    settings.relaunch = [program = settings.program] { update::relaunchAfterThisProcess(program); };
     return settings;
 }
 

@@ -7,6 +7,7 @@
 #include "linux/update/SoupTransport.h"
 #include "posix/SystemClock.h"
 #include "updater/Updater.h"
+#include "updater/install/ProgramStart.h"
 #include "updater/install/SystemInstaller.h"
 
 #include <glib.h>
@@ -125,6 +126,11 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
     auto made = std::make_unique<DesktopUpdater>(settings, std::move(terminate), makeContext);
     made->start();
     return made;
+}
+
+void relaunchAfterThisProcess(const std::string& program) {
+    if (!updater::relaunchAfterThisProcess(program, environmentAsFound()))
+        g_warning("The program could not be told to start again");
 }
 
 } // namespace kelo::update

@@ -19,4 +19,8 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
     platform::Bundle& bundle, std::function<std::unique_ptr<updater::UserDriver>()> makeUserDriver,
     std::function<void(const std::string& address)> openLink, std::function<void()> terminate);
 
+/// Has the program started once this process has ended, with the environment that this process
+/// found.
+void relaunchAfterThisProcess(const std::string& program);
+
 } // namespace kelo::update

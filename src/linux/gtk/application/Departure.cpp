@@ -10,8 +10,9 @@ namespace kelo::gtk {
 
 struct Departure::State {
     std::vector<Question> questions;
-    std::function<void()> leave; ///< empty once the departure is gone
-    bool isAsking = false;       ///< or about to
+    std::function<void(Then)> leave; ///< empty once the departure is gone
+    bool isAsking = false;           ///< or about to
+    Then then = Then::nothing;
 };
 
 namespace {
@@ -30,16 +31,17 @@ private:
 
 } // namespace
 
-Departure::Departure(std::vector<Question> questions, std::function<void()> leave)
+Departure::Departure(std::vector<Question> questions, std::function<void(Then)> leave)
     : state(std::make_shared<State>(State{std::move(questions), std::move(leave)})) {}
 
 Departure::~Departure() {
     state->leave = nullptr;
 }
 
-void Departure::request() {
+void Departure::request(Then then) {
+    state->then = then;
     if (state->questions.empty()) {
-        state->leave();
+        state->leave(then);
         return;
     }
     if (std::exchange(state->isAsking, true)) {
@@ -75,7 +77,7 @@ Task<void> Departure::ask(std::shared_ptr<State> state) {
     for (std::size_t at = 0; mayLeave && at < state->questions.size(); ++at)
         mayLeave = co_await state->questions[at]();
     if (mayLeave && state->leave)
-        state->leave();
+        state->leave(state->then);
 }
 
 } // namespace kelo::gtk

@@ -15,16 +15,19 @@ class Departure {
 public:
     /// Whether the program may end, for all that this one knows.
     using Question = std::function<Task<bool>()>;
+    /// What comes after the end.
+    enum class Then { nothing, startAgain };
 
     /// leave is called when every question was answered with yes. Without questions, it is called
     /// at once.
-    Departure(std::vector<Question> questions, std::function<void()> leave);
+    Departure(std::vector<Question> questions, std::function<void(Then then)> leave);
     ~Departure();
     Departure(const Departure&) = delete;
     Departure& operator=(const Departure&) = delete;
 
-    /// While a question is open, it is brought to the front, and not asked again.
-    void request();
+    /// While a question is open, it is brought to the front, and not asked again; the last request
+    /// says what comes then.
+    void request(Then then = Then::nothing);
 
 private:
     struct State;

@@ -6,6 +6,7 @@
 #include "linux/gtk/application/DownloadNotices.h"
 #include "linux/gtk/application/MenuBarExtras.h"
 #include "linux/gtk/application/PageNotices.h"
+#include "linux/gtk/application/ReplacementNotice.h"
 #include "linux/gtk/application/RunningInstance.h"
 #include "linux/gtk/application/StayingNotice.h"
 #include "linux/gtk/application/TokenApplication.h"
@@ -33,6 +34,14 @@ namespace {
 
 constexpr const char* quitAction = "quit";
 
+template <typename Kind>
+const Kind* firstScene(const platform::SceneGraph& scenes) {
+    for (const auto& scene : scenes)
+        if (const auto* found = std::get_if<Kind>(&scene))
+            return found;
+    return nullptr;
+}
+
 } // namespace
 
 GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
@@ -41,7 +50,7 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
       reports(std::move(reports)),
       given(std::move(given)),
       state(this->given.stateFile),
-      departure(questionsBeforeQuit(), [this] { quit(); }),
+      departure(questionsBeforeQuit(), [this](auto then) { quit(then); }),
       pageNotices(std::make_shared<PageNotices>()) {
     keepStreamsPlain();
 }
@@ -59,7 +68,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     if (asksForMore && askRunningInstance(asked.actions, asked.page))
         return 0;
     // No process is running, so there is nothing to quit.
-    if (std::find(asked.actions.begin(), asked.actions.end(), quitAction) != asked.actions.end())
+    if (std::ranges::find(asked.actions, quitAction) != asked.actions.end())
         return 0;
     app = &toRun;
     requestedActions = std::move(asked.actions);
@@ -74,6 +83,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     menuBarExtras.reset();
     menuBar.reset();
     stayingNotice.reset();
+    replacementNotice.reset();
     downloadNotices.reset();
     colorScheme.reset();
     scenes.clear();
@@ -111,8 +121,10 @@ void GtkApplicationHost::startUp() {
     // After the window, because the user is waiting for it. The color scheme is destroyed when the
     // run ends.
     MainLoop::main().post([this, running = std::weak_ptr(colorScheme)] {
-        if (!running.expired())
-            showMenuBarExtras();
+        if (running.expired())
+            return;
+        showMenuBarExtras();
+        replacementNotice = std::make_unique<ReplacementNotice>(*application, given.program);
     });
     // The delegate decides whether the program exits after its last window, not the toolkit.
     application->hold();
@@ -130,6 +142,7 @@ void GtkApplicationHost::addActions() {
             run();
             endStartUpNotice();
         });
+    application->add_action("restart", [this] { departure.request(Departure::Then::startAgain); });
     application->add_action_with_parameter(
         showPageAction, Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& address) {
             showPage(Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(address).get());
@@ -159,7 +172,7 @@ std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
 
 ProgramMenuActions GtkApplicationHost::programMenuActions() {
     ProgramMenuActions chosen;
-    if (settingsScene())
+    if (firstScene<platform::SettingsScene>(scenes))
         chosen.openSettings = [this] { openSettings(); };
     if (given.permissions)
         chosen.openPermissions = [this] { openPermissions(); };
@@ -200,7 +213,7 @@ void GtkApplicationHost::activated() {
 
 void GtkApplicationHost::openMainWindow() {
     readScenes();
-    if (const auto* first = firstWindowGroup())
+    if (const auto* first = firstScene<platform::WindowGroup>(scenes))
         openWindow(first->identifier);
 }
 
@@ -212,14 +225,13 @@ void GtkApplicationHost::showPage(const std::string& address) {
         return;
     }
     openMainWindow();
-    if (const auto* group = firstWindowGroup())
+    if (const auto* group = firstScene<platform::WindowGroup>(scenes))
         group->content.body().webView->load(platform::UrlRequest{*page});
 }
 
 void GtkApplicationHost::activate() {
-    const auto open = programWindows();
     // A kept activation token stays for the window that opens next.
-    if (!open.empty())
+    if (const auto open = programWindows(); !open.empty())
         open.front()->present();
 }
 
@@ -239,9 +251,11 @@ std::vector<Departure::Question> GtkApplicationHost::questionsBeforeQuit() {
     return questions;
 }
 
-void GtkApplicationHost::quit() {
+void GtkApplicationHost::quit(Departure::Then then) {
     for (const auto& [name, window] : mainWindows)
         window->rememberPlacement();
+    if (then == Departure::Then::startAgain)
+        given.relaunch();
     application->quit();
 }
 
@@ -275,7 +289,7 @@ std::shared_ptr<notification::DesktopNotifications> GtkApplicationHost::pageNoti
 
 void GtkApplicationHost::openSettings() {
     readScenes();
-    const auto* scene = settingsScene();
+    const auto* scene = firstScene<platform::SettingsScene>(scenes);
     if (!scene)
         return;
     openSole(settings, [scene](std::function<void()> closed) {
@@ -374,25 +388,11 @@ std::vector<ProgramWindow*> GtkApplicationHost::programWindows() {
     return found;
 }
 
-const platform::WindowGroup* GtkApplicationHost::firstWindowGroup() const {
-    for (const auto& scene : scenes)
-        if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
-            return group;
-    return nullptr;
-}
-
 const platform::WindowGroup* GtkApplicationHost::windowGroup(std::string_view identifier) const {
     for (const auto& scene : scenes)
         if (const auto* group = std::get_if<platform::WindowGroup>(&scene))
             if (group->identifier == identifier)
                 return group;
-    return nullptr;
-}
-
-const platform::SettingsScene* GtkApplicationHost::settingsScene() const {
-    for (const auto& scene : scenes)
-        if (const auto* found = std::get_if<platform::SettingsScene>(&scene))
-            return found;
     return nullptr;
 }
 

@@ -30,6 +30,7 @@ class MenuBar;
 class MenuBarExtras;
 class PageNotices;
 class ProgramWindow;
+class ReplacementNotice;
 class StayingNotice;
 
 /// What the windows are given beside the app.
@@ -45,6 +46,11 @@ struct HostSettings {
     std::shared_ptr<window::OpenPages> pages = nullptr;
     /// Asked after them, in this order.
     std::vector<Departure::Question> beforeQuit = {};
+    /// Path of the program's file, to tell the user when another version takes its place; empty to
+    /// tell nothing.
+    std::string program = "";
+    /// Has the program started again once this process has ended.
+    std::function<void()> relaunch = [] {};
     /// What the user has allowed the pages; null to show no window about it.
     std::shared_ptr<permission::Permissions> permissions = nullptr;
 };
@@ -87,7 +93,7 @@ private:
     void openSole(std::shared_ptr<ProgramWindow>& slot,
                   const std::function<std::shared_ptr<ProgramWindow>(std::function<void()>)>& make);
     void makeApplication();
-    void quit();
+    void quit(Departure::Then then);
     void startUp();
     void addActions();
     void showMenuBarExtras();
@@ -102,9 +108,7 @@ private:
     /// Shows a page of the service in the main window; logs any other address.
     void showPage(const std::string& address);
     void present(Gtk::Window& window);
-    const platform::WindowGroup* firstWindowGroup() const;
     const platform::WindowGroup* windowGroup(std::string_view identifier) const;
-    const platform::SettingsScene* settingsScene() const;
     std::vector<Departure::Question> questionsBeforeQuit();
     void announceDownloads();
     void mainWindowClosed(const std::string& identifier);
@@ -130,6 +134,7 @@ private:
     bool hasCommandMenus = false;
     std::map<std::string, std::shared_ptr<MainWindow>, std::less<>> mainWindows;
     std::unique_ptr<StayingNotice> stayingNotice;
+    std::unique_ptr<ReplacementNotice> replacementNotice;
     std::shared_ptr<DownloadNotices> downloadNotices;
     std::shared_ptr<ProgramWindow> settings;
     std::shared_ptr<ProgramWindow> about;
