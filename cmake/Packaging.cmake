@@ -29,8 +29,6 @@ install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}
 kelo_compressed_text(${PROJECT_SOURCE_DIR}/data/debian/changelog.in ${kelo_texts}/changelog)
 install(FILES ${kelo_texts}/changelog.gz ${PROJECT_SOURCE_DIR}/data/debian/copyright
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT debian)
-install(FILES ${PROJECT_SOURCE_DIR}/data/debian/lintian-overrides
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME kelo COMPONENT debian)
 
 set(CPACK_GENERATOR "DEB;TZST")
 set(CPACK_PACKAGE_NAME kelo)
@@ -43,6 +41,7 @@ set(CPACK_PACKAGE_DESCRIPTION
 "Kelo keeps one web-based assistant at hand: its web application in a window
 of its own, its voice widget behind a pair of keys, and a sign-in with a
 passkey that is made on this computer and never leaves it.")
+set(CPACK_PACKAGE_HOMEPAGE_URL "${KELO_HOMEPAGE}")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
