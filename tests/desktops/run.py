@@ -23,7 +23,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import checks  # noqa: E402
 from desktops import known  # noqa: E402
 from desktops.base import NotHere  # noqa: E402
-from drive.kelo import Service, install_entry  # noqa: E402
+from drive.kelo import Service, install  # noqa: E402
 from drive.session import Session  # noqa: E402
 
 
@@ -58,11 +58,11 @@ def try_desktop(kind, wanted):
     session = Session()
     service = None
     try:
-        install_entry(build)
+        program = install(build, session)
         desktop = kind(session)
         desktop.start()
         service = Service(build, session.folder)
-        road = checks.Road(desktop, build, session.folder, pictures)
+        road = checks.Road(desktop, program, session.folder, pictures)
         found = {}
         for name, title, function in checks.ALL:
             if wanted and name not in wanted:

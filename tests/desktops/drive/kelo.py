@@ -2,7 +2,7 @@
 
 import os
 import pathlib
-import shutil
+import subprocess
 
 from drive.processes import Process
 from drive.tree import ROLES
@@ -11,17 +11,17 @@ from drive.waiting import await_that
 APPLICATION = ROLES["application"]
 
 
-def install_entry(build):
-    """What a desktop reads of an installed Kelo, for this user alone: entry and icons. Portals know no program
-    without an entry whose command is there."""
-    home = pathlib.Path(os.environ["XDG_DATA_HOME"])
-    data = pathlib.Path(__file__).parents[3] / "data"
-    shutil.copytree(data / "icons" / "hicolor", home / "icons" / "hicolor", dirs_exist_ok=True)
-    entry = (data / "app.kelo.Kelo.desktop").read_text(encoding="utf-8")
-    applications = home / "applications"
-    applications.mkdir(parents=True, exist_ok=True)
-    program = pathlib.Path(build).resolve() / "kelo"
-    (applications / "app.kelo.Kelo.desktop").write_text(entry.replace("Exec=kelo", f"Exec={program}"), encoding="utf-8")
+def install(build, session):
+    """Puts Kelo into a folder of the session and tells all programs of it. The folder with the program. Desktops know
+    a program, its icons and its windows by the entry that comes with it."""
+    prefix = session.folder / "installed"
+    log = (session.folder / "install.log").open("wb")
+    # Without what a package adds for the whole system: the password is checked by this session's own service.
+    command = ["cmake", "--install", build, "--prefix", prefix, "--component", "Unspecified"]
+    subprocess.run(command, check=True, stdout=log, stderr=log)
+    others = os.environ.get("XDG_DATA_DIRS", "/usr/local/share:/usr/share")
+    session.export(XDG_DATA_DIRS=f"{prefix}/share:{others}", PATH=f"{prefix}/bin:{os.environ['PATH']}")
+    return prefix / "bin"
 
 
 class Service:

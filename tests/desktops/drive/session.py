@@ -54,7 +54,7 @@ class Session:
         configuration.write_text(_POLICY.format(socket=socket), encoding="utf-8")
         self.run("dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
         await_that("the system bus is there", socket.exists)
-        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={socket}"
+        self.export(DBUS_SYSTEM_BUS_ADDRESS=f"unix:path={socket}")
         bus = Bus(f"unix:path={socket}")
         self.run("/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind")
         bus.await_name("org.freedesktop.login1")
