@@ -15,6 +15,14 @@ bool isUnknownThere(const GError* failure) {
            g_error_matches(failure, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT);
 }
 
+// After it has bound shortcuts, the portal of GNOME 48 answers with any number. A refusal never
+// names a shortcut.
+bool namesShortcuts(GVariant* results) {
+    const gobject::GVariantPointer bound(
+        g_variant_lookup_value(results, "shortcuts", G_VARIANT_TYPE("a(sa{sv})")));
+    return bound && g_variant_n_children(bound.get()) > 0;
+}
+
 } // namespace
 
 std::string portalToken() {
@@ -85,7 +93,7 @@ void PortalRequest::responded(GVariant* values) {
     guint32 answer = granted;
     g_variant_get_child(values, 0, "u", &answer);
     const gobject::GVariantPointer results(g_variant_get_child_value(values, 1));
-    finish(answer == granted ? results.get() : nullptr);
+    finish(answer == granted || namesShortcuts(results.get()) ? results.get() : nullptr);
 }
 
 void PortalRequest::finish(GVariant* results) {

@@ -97,6 +97,16 @@ TEST_F(PortalSource, AUserWhoRefusesIsNotAskedAgain) {
     EXPECT_THAT(heard, IsEmpty());
 }
 
+TEST_F(PortalSource, AShortcutThatIsNamedInTheAnswerIsBoundWhateverItsNumber) {
+    startPortal(R"({"misnumbers": true})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(2));
+    press();
+    ASSERT_TRUE(waitFor(1));
+    EXPECT_THAT(heard, ElementsAre(control | option));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession", bound)) << "the session is kept";
+}
+
 TEST_F(PortalSource, ASessionThatIsRefusedIsTheEndOfIt) {
     startPortal(R"({"refuses": "CreateSession"})");
     ASSERT_TRUE(start());

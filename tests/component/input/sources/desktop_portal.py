@@ -5,6 +5,7 @@ Parameters:
   shortcuts  false: it has no global shortcuts
   registry   true: it wants to be told who asks
   refuses    the method that the user or the portal refuses
+  misnumbers true: it binds shortcuts, and answers with the number of a failure
   ignores    the method that is taken, but never responded to
   confuses   true: before each response, another request's refusal goes to the client, too
 """
@@ -29,6 +30,7 @@ def load(mock, parameters):
     mock.sessions = []
     mock.client = None
     mock.refuses = parameters.get('refuses')
+    mock.misnumbers = bool(parameters.get('misnumbers', False))
     mock.ignores = parameters.get('ignores')
     mock.confuses = bool(parameters.get('confuses', False))
     mock.has_registry = bool(parameters.get('registry', False))
@@ -73,8 +75,10 @@ def respond(mock, method, options, results):
              dbus.Dictionary({}, signature='sv'))
     if mock.ignores != method:
         refused = mock.refuses == method
-        send(mock, path, REQUEST, 'Response', 'ua{sv}', 1 if refused else 0,
-             dbus.Dictionary({} if refused else results, signature='sv'))
+        number = 1 if refused else 2 if mock.misnumbers and 'shortcuts' in results else 0
+        nothing = {'shortcuts': dbus.Array([], signature='(sa{sv})')} if 'shortcuts' in results else {}
+        send(mock, path, REQUEST, 'Response', 'ua{sv}', number,
+             dbus.Dictionary(nothing if refused else results, signature='sv'))
     return dbus.ObjectPath(path)
 
 
