@@ -96,7 +96,7 @@ def choose_in_tray(road, entry):
 @check("Tray")
 def tray(road):
     road.desktop.click(*choose_in_tray(road, "Settings…"))
-    road.kelo.tree.await_one("label", "Debug logging")
+    road.kelo.tree.await_one("label", "Backend")
     road.picture("tray-settings")
     road.desktop.press("Escape")
     other = road.other()
