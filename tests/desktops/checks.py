@@ -57,7 +57,9 @@ class Road:
         return any(one.pid == self.kelo.process.pid and one.title == "Kelo" and one.has_keyboard for one in windows)
 
     def widget(self):
-        return self.kelo.tree.find("button", "Start microphone", "page")
+        """The page of a hidden window goes on saying that it is shown: the window has to be there, too."""
+        window = any(self.kelo.tree.find(role, "Kelo voice assistant") for role in ("frame", "window"))
+        return window and self.kelo.tree.find("button", "Start microphone", "page")
 
 
 @check("Main window")
@@ -208,8 +210,17 @@ def await_or_not(condition, seconds=5):
 
 @check("Global shortcut of the desktop")
 def global_shortcut(road):
-    road.desktop.answer_shortcut_dialog()
-    road.picture("shortcut")
+    note = road.desktop.answer_shortcut_dialog()
+    other = road.other()
+    try:
+        road.desktop.press("Control_L", "Alt_L", "space")
+        await_that("the widget is there", road.widget)
+        road.picture("shortcut")
+        road.desktop.press("Control_L", "Alt_L", "space")
+        await_that("the widget is gone", lambda: not road.widget())
+    finally:
+        other.end()
+    return note
 
 
 @check("Dark")
