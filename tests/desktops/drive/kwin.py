@@ -109,7 +109,7 @@ const all = workspace.windowList ? workspace.windowList() : workspace.clientList
 const active = workspace.windowList ? workspace.activeWindow : workspace.activeClient;
 const isShown = one => !one.minimized && !one.deleted && !one.hidden;
 const told = all.filter(isShown).map(one => {
-    const place = one.frameGeometry;
+    const place = one.clientGeometry;  // without the frame that KWin draws, and without the shadow
     return { title: one.caption, pid: one.pid, x: place.x, y: place.y, width: place.width, height: place.height,
              active: one === active, full: one.fullScreen, program: String(one.resourceClass),
              above: one.stackingOrder, dock: one.dock, notice: one.notification || one.criticalNotification };
