@@ -112,8 +112,14 @@ public:
     virtual void setFrameOrigin(Point origin) = 0;
 
     /// The handler is called in a later turn of the main loop when the monitors or their free areas
-    /// have changed while the panel is shown. Not called where the desktop places the panel.
+    /// have changed while the panel is shown. Not called where the desktop places the panel, and
+    /// with the layer shell not for free areas.
     virtual void setScreensHandler(std::function<void()> handler) = 0;
+
+    /// The handler is called after the panel has been hidden by anything but orderOut(): a key of
+    /// the desktop that closes windows, the loss of the last monitor, or of the keyboard where the
+    /// description says so.
+    virtual void setCloseHandler(std::function<void()> handler) = 0;
 
     /// Shows the panel in front and gives it the keyboard. The program's other windows stay where
     /// they are.

@@ -82,6 +82,10 @@ const KeyablePanel& VoiceWidgetWindow::ensurePanel() {
         if (const auto self = weak.lock(); self && self->isVisible())
             self->place();
     });
+    made->setCloseHandler([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->hide();
+    });
     escMonitor = watchForEscape();
     return panel.emplace(made);
 }

@@ -24,6 +24,7 @@ public:
     void setScreensHandler(std::function<void()> handler) override {
         screensChanged = std::move(handler);
     }
+    void setCloseHandler(std::function<void()> handler) override { closed = std::move(handler); }
     void setFrameOrigin(platform::Point origin) override {
         calls.emplace_back("setFrameOrigin");
         frame_.x = origin.x;
@@ -52,6 +53,8 @@ public:
     std::vector<std::string> calls;
     /// What the panel's owner does when the monitors have changed.
     std::function<void()> screensChanged;
+    /// What the panel's owner does when the desktop has hidden it.
+    std::function<void()> closed;
     /// Run each time the panel is about to appear.
     std::function<void()> onOrderFront;
     bool visible = false;

@@ -66,7 +66,7 @@ PanelWindow::PanelWindow(const platform::PanelDescription& description, int marg
     // Some desktops have a key or a button that closes any window. The panel will be shown again,
     // so it is only hidden.
     const auto closing = +[](GtkWindow*, PanelWindow* self) -> gboolean {
-        self->hide();
+        self->leave();
         return TRUE;
     };
     g_signal_connect(window.get(), "close-request", reinterpret_cast<GCallback>(closing), this);
@@ -100,6 +100,12 @@ void PanelWindow::focusView(const std::shared_ptr<platform::EmbeddedWebView>& vi
         gtk_widget_grab_focus(wanted);
 }
 
+void PanelWindow::leave() {
+    hide();
+    if (closed)
+        closed();
+}
+
 GdkSurface* PanelWindow::surface() const {
     return gtk_native_get_surface(GTK_NATIVE(window.get()));
 }
@@ -112,7 +118,7 @@ void PanelWindow::hideWhenInactive() {
             return;
         self->deactivation.whenIdle([self] {
             if (!window::activeToplevel())
-                self->hide();
+                self->leave();
         });
     };
     g_signal_connect(window.get(), "notify::is-active", reinterpret_cast<GCallback>(changed), this);
@@ -133,6 +139,10 @@ void PanelWindow::applyStyle() {
     // Without shadows, nothing would separate the panel from a window of the same colour: the
     // hairline does.
     rules += "outline: 1px solid rgba(127,127,127,0.4); outline-offset: -1px; }\n";
+    // Where a window fills a square of the desktop's, a round corner would show what is behind.
+    rules += "window.tiled #kelo-panel, window.tiled-top #kelo-panel, window.tiled-left "
+             "#kelo-panel, window.maximized #kelo-panel, window.fullscreen #kelo-panel "
+             "{ border-radius: 0; }\n";
     gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
 }
 

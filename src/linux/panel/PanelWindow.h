@@ -26,6 +26,10 @@ public:
 
     /// Contents that are not a widget of the toolkit are kept alive but not shown.
     void setContent(platform::PanelContent content);
+    /// Called after the desktop has hidden the window.
+    void setCloseHandler(std::function<void()> handler) { closed = std::move(handler); }
+    /// Hides the window because the desktop wants it, or has no place for it.
+    void leave();
     /// Gives the view the focus within the window. Ignored if the view is not inside.
     void focusView(const std::shared_ptr<platform::EmbeddedWebView>& view);
 
@@ -51,6 +55,7 @@ private:
     gobject::GObjectPointer<GtkWidget> frame;
     gobject::GObjectPointer<GtkCssProvider> style;
     std::function<void()> hide;
+    std::function<void()> closed;
     /// Looks whether the program still has the keyboard.
     gobject::ScheduledJob deactivation;
 };

@@ -2,12 +2,29 @@
 
 #include "linux/window/WindowIdentity.h"
 
+#include <gdk/wayland/gdkwayland.h>
+
 #include <utility>
 
 namespace kelo::panel {
 
+namespace {
+
+// Compositors that draw titles and borders leave them away only where a window says that it draws
+// its own. The toolkit says so for no window but one with a title bar, which need not be shown.
+void declineDecoration(GtkWindow* window) {
+    if (!GDK_IS_WAYLAND_DISPLAY(gtk_widget_get_display(GTK_WIDGET(window))))
+        return;
+    GtkWidget* const neverShown = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
+    gtk_widget_set_visible(neverShown, FALSE);
+    gtk_window_set_titlebar(window, neverShown);
+}
+
+} // namespace
+
 std::shared_ptr<PlainPanel> PlainPanel::make(const platform::PanelDescription& description) {
     auto panel = std::make_shared<PlainPanel>(description);
+    declineDecoration(panel->window.gtkWindow());
     window::setWindowIdentity(panel->window.gtkWindow(), panel);
     return panel;
 }
@@ -18,6 +35,10 @@ PlainPanel::PlainPanel(const platform::PanelDescription& description, int margin
 
 void PlainPanel::setContentView(platform::PanelContent content) {
     window.setContent(std::move(content));
+}
+
+void PlainPanel::setCloseHandler(std::function<void()> handler) {
+    window.setCloseHandler(std::move(handler));
 }
 
 bool PlainPanel::isVisible() const {

@@ -24,6 +24,7 @@ public:
     platform::Rectangle frame() const override;
     void setFrameOrigin(platform::Point newOrigin) override { origin = newOrigin; }
     void setScreensHandler(std::function<void()>) override {}
+    void setCloseHandler(std::function<void()> handler) override;
     void makeKeyAndOrderFront() override;
     void makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) override;
     void orderOut() override;

@@ -111,6 +111,10 @@ void X11Panel::setScreensHandler(std::function<void()> handler) {
     });
 }
 
+void X11Panel::setCloseHandler(std::function<void()> handler) {
+    window.setCloseHandler(std::move(handler));
+}
+
 void X11Panel::makeKeyAndOrderFront() {
     g_debug("panel: shown");
     if (!window.surface())

@@ -28,6 +28,7 @@ public:
     platform::Rectangle frame() const override;
     void setFrameOrigin(platform::Point origin) override;
     void setScreensHandler(std::function<void()> handler) override;
+    void setCloseHandler(std::function<void()> handler) override;
     void makeKeyAndOrderFront() override;
     void makeFirstResponder(const std::shared_ptr<platform::EmbeddedWebView>& view) override;
     void orderOut() override;

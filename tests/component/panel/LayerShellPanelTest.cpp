@@ -22,6 +22,8 @@ struct Record {
     std::map<GtkLayerShellEdge, int> margins;
     GtkWindow* window = nullptr;
     bool wasRealized = false;
+    GdkMonitor* monitor = nullptr;
+    guint version = 4;
 };
 
 Record record;
@@ -30,6 +32,14 @@ Record record;
 
 gboolean gtk_layer_is_supported() {
     return TRUE;
+}
+
+guint gtk_layer_get_protocol_version() {
+    return record.version;
+}
+
+void gtk_layer_set_monitor(GtkWindow*, GdkMonitor* monitor) {
+    record.monitor = monitor;
 }
 
 void gtk_layer_init_for_window(GtkWindow* window) {
@@ -63,8 +73,11 @@ namespace kelo::test {
 namespace {
 
 using panel::LayerShellPanel;
+using testing::AllOf;
+using testing::AnyOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::Not;
 
 class LayerShellPanelTest : public testing::Test {
 protected:
@@ -78,7 +91,7 @@ protected:
 TEST_F(LayerShellPanelTest, IsSetUpBeforeItsWindowIsRealized) {
     const auto panel = LayerShellPanel::make(voicePanel());
     EXPECT_FALSE(record.wasRealized);
-    EXPECT_THAT(record.calls, ElementsAre("init", "namespace kelo-voice", "layer 3", "keyboard 2"));
+    EXPECT_THAT(record.calls, ElementsAre("init", "keyboard 2", "namespace kelo-voice", "layer 3"));
     EXPECT_EQ(window::windowIdentity(record.window), panel);
 }
 
@@ -93,7 +106,31 @@ TEST_F(LayerShellPanelTest, WithoutTheRightToTheKeyboardAsksForNone) {
     auto description = voicePanel();
     description.canBecomeKeyWindow = false;
     const auto panel = LayerShellPanel::make(description);
-    EXPECT_EQ(record.calls.back(), "keyboard 0");
+    EXPECT_THAT(record.calls, Contains("keyboard 0"));
+    panel->makeKeyAndOrderFront();
+    panel->orderOut();
+    EXPECT_THAT(record.calls, Not(AnyOf(Contains("keyboard 1"), Contains("keyboard 2"))));
+}
+
+TEST_F(LayerShellPanelTest, WhereNobodyGivesItTheKeyboardOnDemandDemandsItUntilItLeaves) {
+    const auto panel = LayerShellPanel::make(voicePanel());
+    panel->makeKeyAndOrderFront();
+    EXPECT_TRUE(loop.runUntil([] { return record.calls.back() == "keyboard 1"; }));
+    panel->orderOut();
+    EXPECT_EQ(record.calls.back(), "keyboard 2");
+}
+
+TEST_F(LayerShellPanelTest, WithAnOldCompositorDemandsTheKeyboardFromTheBeginning) {
+    record.version = 3;
+    const auto panel = LayerShellPanel::make(voicePanel());
+    EXPECT_THAT(record.calls, AllOf(Contains("keyboard 1"), Not(Contains("keyboard 2"))));
+}
+
+TEST_F(LayerShellPanelTest, AppearsOnTheFirstMonitor) {
+    const auto panel = LayerShellPanel::make(voicePanel());
+    panel->makeKeyAndOrderFront();
+    EXPECT_EQ(record.monitor,
+              g_list_model_get_item(gdk_display_get_monitors(gdk_display_get_default()), 0));
 }
 
 // The shadow takes up the sixteen points that the panel keeps from the edge.
@@ -137,11 +174,14 @@ TEST_F(LayerShellPanelTest, IsShownAndHidden) {
     EXPECT_FALSE(panel->isVisible());
 }
 
-TEST_F(LayerShellPanelTest, ClosedByTheDesktopItIsHiddenAndCanBeShownAgain) {
+TEST_F(LayerShellPanelTest, ClosedByTheDesktopItIsHiddenAndSaysSoAndCanBeShownAgain) {
     const auto panel = LayerShellPanel::make(voicePanel());
+    int closed = 0;
+    panel->setCloseHandler([&] { ++closed; });
     panel->makeKeyAndOrderFront();
     gtk_window_close(record.window);
     EXPECT_TRUE(loop.runUntil([&] { return !panel->isVisible(); }));
+    EXPECT_EQ(closed, 1);
     panel->makeKeyAndOrderFront();
     EXPECT_TRUE(panel->isVisible());
 }

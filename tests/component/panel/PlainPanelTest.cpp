@@ -1,11 +1,9 @@
-#include "component/http/TestMainLoop.h"
+#include "linux/panel/PlainPanel.h"
 #include "component/panel/FakeContent.h"
+#include "component/panel/wayland/WaylandDesktop.h"
 #include "linux/panel/DesktopPanels.h"
 
-#include <gio/gio.h>
 #include <gmock/gmock.h>
-
-#include <cstdlib>
 
 namespace kelo::test {
 
@@ -16,6 +14,8 @@ using testing::HasSubstr;
 /// The voice panel's measures on a Wayland desktop without the layer shell.
 class PlainPanelTest : public testing::Test {
 protected:
+    static void SetUpTestSuite() { gtk_init(); }
+
     PlainPanelTest() {
         platform::PanelDescription description;
         description.contentRectangle = {0, 0, 640, 620};
@@ -23,57 +23,101 @@ protected:
         description.opaque = false;
         description.backgroundColor = platform::BackgroundColor::clear;
         description.hasShadow = true;
-        panel = panels.makePanel(description);
+        panel = panel::PlainPanel::make(description);
         content = std::make_shared<FakeContent>();
-        panel->setContentView({content, 18, 18, true});
+        using namespace platform::autoresizing;
+        panel->setContentView({content, widthSizable | heightSizable, 18, true});
     }
 
-    /// Runs a tool beside the program, which goes on meanwhile.
-    void run(const std::vector<const char*>& command) {
-        std::vector<const char*> arguments = command;
-        arguments.push_back(nullptr);
-        const auto process = gobject::GObjectPointer<GSubprocess>::adopt(
-            g_subprocess_newv(arguments.data(), G_SUBPROCESS_FLAGS_NONE, nullptr));
-        ASSERT_TRUE(process) << command.front();
-        bool ended = false;
-        const GAsyncReadyCallback done = [](GObject*, GAsyncResult*, gpointer flag) {
-            *static_cast<bool*>(flag) = true;
-        };
-        g_subprocess_wait_async(process.get(), nullptr, done, &ended);
-        ASSERT_TRUE(loop.runUntil([&] { return ended; }));
-        EXPECT_TRUE(g_subprocess_get_successful(process.get())) << command.front();
+    void show() {
+        panel->makeKeyAndOrderFront();
+        panel->makeFirstResponder(content);
+        desktop.until("the panel has the keyboard", [this] { return content->hasCaret(); });
+    }
+    /// Waits until the panel is drawn, and returns the picture.
+    Picture shown() {
+        Picture picture;
+        desktop.until("the panel is drawn", [&] {
+            picture = desktop.picture();
+            return picture.boxOf(FakeContent::color).has_value();
+        });
+        return picture;
     }
 
     TestMainLoop loop;
-    panel::DesktopPanels panels;
+    WaylandDesktop desktop{loop};
     std::shared_ptr<platform::Panel> panel;
     std::shared_ptr<FakeContent> content;
 };
 
 TEST_F(PlainPanelTest, AppearsTakesKeysAndHides) {
     for (const std::string text : {"first", "second"}) {
-        panel->makeKeyAndOrderFront();
-        panel->makeFirstResponder(content);
-        ASSERT_TRUE(loop.runUntil([this] { return gtk_widget_get_width(content->widget()) > 0; }));
+        show();
         EXPECT_TRUE(panel->isVisible());
-        // This desktop has no keyboard of its own: the tool plugs one in, and waits before it
-        // types.
         content->clear();
-        run({"wtype", "-s", "300", text.c_str()});
+        desktop.type(text);
         EXPECT_TRUE(loop.runUntil([&] { return content->typed() == text; })) << content->typed();
-        if (const char* const folder = std::getenv("KELO_PICTURES"))
-            run({"grim", (std::string(folder) + "/sway-" + text + ".png").c_str()});
         panel->orderOut();
         EXPECT_FALSE(panel->isVisible());
     }
 }
 
+TEST_F(PlainPanelTest, HasNeitherTitleNorBorderAndRoundCorners) {
+    show();
+    const auto picture = shown();
+    desktop.keepPicture("sway-plain");
+    const auto box = *picture.boxOf(FakeContent::color);
+    // A hairline lies around the contents.
+    EXPECT_EQ(box.width, 638);
+    EXPECT_EQ(box.height, 618);
+    const int left = box.x - 1;
+    const int top = box.y - 1;
+    const int right = box.x + box.width;
+    const int bottom = box.y + box.height;
+    // Outside of each edge, and in each corner.
+    for (const auto& [x, y] : {std::pair{left + 320, top - 1},
+                               {left + 320, bottom + 1},
+                               {left - 1, top + 310},
+                               {right + 1, top + 310},
+                               {left, top},
+                               {right, top},
+                               {left, bottom},
+                               {right, bottom}})
+        EXPECT_EQ(picture.at(x, y), 0xffffffU) << x << ", " << y;
+}
+
+TEST_F(PlainPanelTest, PutIntoASquareOfTheDesktopItFillsTheCornersToo) {
+    show();
+    shown();
+    desktop.sway("[title=\"^Kelo voice assistant$\"] floating disable");
+    EXPECT_TRUE(loop.runUntil([this] {
+        const auto picture = desktop.picture();
+        const auto box = picture.boxOf(FakeContent::color);
+        return box && picture.at(box->x + 3, box->y + 3) == FakeContent::color;
+    }));
+    desktop.keepPicture("sway-plain-tiled");
+}
+
+TEST_F(PlainPanelTest, ClosedByTheDesktopItIsHiddenAndSaysSo) {
+    bool isClosed = false;
+    panel->setCloseHandler([&] { isClosed = true; });
+    show();
+    desktop.sway("[title=\"^Kelo voice assistant$\"] kill");
+    EXPECT_TRUE(loop.runUntil([&] { return isClosed; }));
+    EXPECT_FALSE(panel->isVisible());
+    show();
+    EXPECT_TRUE(panel->isVisible());
+}
+
+// Where the program is built with the layer shell, such a panel is no window here.
+#ifndef KELO_LAYER_SHELL
 TEST_F(PlainPanelTest, ItsUserIsToldThatItIsAnOrdinaryWindow) {
     EXPECT_THAT(panel::panelStatus(), HasSubstr("ordinary window"));
 }
+#endif
 
 TEST_F(PlainPanelTest, TheMainScreenIsTheWholeMonitor) {
-    const auto screen = panels.mainScreen();
+    const auto screen = panel::DesktopPanels().mainScreen();
     ASSERT_TRUE(screen);
     EXPECT_EQ(screen->visibleFrame, (platform::Rectangle{0, 0, 1280, 1024}));
 }

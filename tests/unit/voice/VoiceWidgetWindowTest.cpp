@@ -157,6 +157,18 @@ TEST_F(VoiceWidgetWindowTest, ChangedMonitorsPlaceTheShownPanelAnew) {
     EXPECT_EQ(panel().calls, Calls{});
 }
 
+TEST_F(VoiceWidgetWindowTest, HiddenByTheDesktopItListensNoLonger) {
+    int closes = 0;
+    widget->onClose = [&] { ++closes; };
+    widget->show();
+    panel().visible = false;
+    panel().closed();
+    EXPECT_FALSE(desktop.webViews.at(0)->allowsMediaCapture);
+    EXPECT_EQ(closes, 1);
+    widget->show();
+    EXPECT_TRUE(desktop.webViews.at(0)->allowsMediaCapture);
+}
+
 TEST_F(VoiceWidgetWindowTest, WithoutAMainScreenThePanelStaysWhereItWas) {
     desktop.screen.reset();
     widget->show();

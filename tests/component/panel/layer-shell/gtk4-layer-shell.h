@@ -26,10 +26,12 @@ enum GtkLayerShellKeyboardMode {
 
 extern "C" {
 gboolean gtk_layer_is_supported(void);
+guint gtk_layer_get_protocol_version(void);
 void gtk_layer_init_for_window(GtkWindow* window);
 void gtk_layer_set_namespace(GtkWindow* window, const char* name_space);
 void gtk_layer_set_layer(GtkWindow* window, GtkLayerShellLayer layer);
 void gtk_layer_set_keyboard_mode(GtkWindow* window, GtkLayerShellKeyboardMode mode);
+void gtk_layer_set_monitor(GtkWindow* window, GdkMonitor* monitor);
 void gtk_layer_set_anchor(GtkWindow* window, GtkLayerShellEdge edge, gboolean anchor_to_edge);
 void gtk_layer_set_margin(GtkWindow* window, GtkLayerShellEdge edge, int margin_size);
 }
