@@ -50,7 +50,11 @@ class Road:
         return OtherProgram(self.desktop, self.folder, command)
 
     def main_window(self):
-        return self.kelo.await_window("Kelo")
+        """Its title ends with the program's name, once a page has one."""
+        return await_that(
+            "the main window is there",
+            lambda: next((one for one in self.kelo.windows() if one.title.endswith("Kelo")), None),
+        )
 
     def is_in_front(self):
         windows = self.desktop.windows()
@@ -66,6 +70,9 @@ class Road:
 def main_window(road):
     road.open_kelo()
     road.user.await_login_page()
+    if road.desktop.await_shortcut_dialog():
+        road.picture("shortcut-dialog")
+        road.desktop.answer_shortcut_dialog()
     road.main_window()
     road.picture("login-page")
 

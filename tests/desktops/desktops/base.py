@@ -144,6 +144,11 @@ class Desktop:
     def unlock(self):
         raise NotHere("no lock screen")
 
+    def await_shortcut_dialog(self):
+        """Waits for the dialog in which the desktop asks, at Kelo's first start, whether it may have its shortcut.
+        False where there is none."""
+        return False
+
     def answer_shortcut_dialog(self):
         """In the dialog of the desktop in which a program asks for a global shortcut: looks, agrees."""
         raise NotHere("no portal for global shortcuts")

@@ -1,5 +1,5 @@
-"""GNOME Shell on Wayland, without a screen. It is asked to run code of ours (its unsafe mode), which tells where windows
-and menus are; keys and the pointer come through the interface for remote desktops, as from real devices."""
+"""GNOME Shell on Wayland, without a screen. It is asked to run code of ours (its unsafe mode), which tells where
+windows and menus are; keys and the pointer come through the interface for remote desktops, as from real devices."""
 
 import contextlib
 import json
@@ -21,6 +21,7 @@ _MOCK = "org.freedesktop.DBus.Mock"
 _INTERFACE = "org.gnome.desktop.interface"
 
 _ASKING = "Add Keyboard Shortcuts"
+_ASKING_PROGRAM = "gnome-control-center-global-shortcuts-provider"
 
 # The middle of an actor on the screen, in the units of windows.
 _MIDDLE = """
@@ -238,11 +239,10 @@ class Gnome(Desktop):
     def unlock(self):
         """As after the right password, which the display manager would check."""
         self.evaluate("Main.screenShield.deactivate(false); 0")
-        await_that("the screen is not locked", lambda: self._is("!Main.screenShield.locked && !Main.screenShield.active"))
+        await_that("the screen is open", lambda: self._is("!Main.screenShield.locked && !Main.screenShield.active"))
 
     def _shell_value(self, code):
         return self.evaluate(_MIDDLE + code)
-
 
 
 class Gnome48(Gnome):
@@ -253,24 +253,28 @@ class Gnome48(Gnome):
     def set_accent(self, name):
         self.set(_INTERFACE, "accent-color", name)
 
-    def answer_shortcut_dialog(self, look=lambda: None):
-        program = "gnome-control-center-global-shortcuts-provider"
-        tree = self.session.tree
-        tree.await_one("button", "Add", program)
-        await_that("the dialog has the keyboard", lambda: self._is(f"global.display.focus_window?.title === '{_ASKING}'"))
-        look()
+    def await_shortcut_dialog(self):
+        self.session.tree.await_one("button", "Add", _ASKING_PROGRAM)
+        has_keyboard = f"global.display.focus_window?.title === '{_ASKING}'"
+        await_that("the dialog has the keyboard", lambda: self._is(has_keyboard))
+        return True
 
-        def is_focused():
-            button = tree.find("button", "Add", program)
-            return button and button.is_focused()
+    def answer_shortcut_dialog(self):
+        tree = self.session.tree
+
+        def add():
+            return tree.find("button", "Add", _ASKING_PROGRAM)
 
         for _ in range(10):
-            if is_focused():
+            button = add()
+            if not button or button.is_focused():
                 break
             self.press("Shift_L", "Tab")
             pump(0.3)
-        self.press("Return")
-        tree.await_gone("button", "Add", program)
+        if add():
+            self.press("Return")
+            tree.await_gone("button", "Add", _ASKING_PROGRAM)
+        return "the desktop asks once, when Kelo is first started; a press and its release are told"
 
 
 class Gnome43(Gnome):
@@ -281,5 +285,5 @@ class Gnome43(Gnome):
     def set_accent(self, name):
         raise NotHere("GNOME has accent colours since 47")
 
-    def answer_shortcut_dialog(self, look=lambda: None):
+    def answer_shortcut_dialog(self):
         raise NotHere("GNOME's portal has global shortcuts since 48")

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import shutil
 import subprocess
 
 from drive.processes import Process
@@ -9,6 +10,7 @@ from drive.tree import ROLES
 from drive.waiting import await_that
 
 APPLICATION = ROLES["application"]
+_IDENTIFIER = "app.kelo.Kelo"
 
 
 def install(build, session):
@@ -16,9 +18,18 @@ def install(build, session):
     a program, its icons and its windows by the entry that comes with it."""
     prefix = session.folder / "installed"
     log = (session.folder / "install.log").open("wb")
-    # Without what a package adds for the whole system: the password is checked by this session's own service.
     command = ["cmake", "--install", build, "--prefix", prefix, "--component", "Unspecified"]
     subprocess.run(command, check=True, stdout=log, stderr=log)
+    # Of what a package adds for the whole system, all but the PAM service: the session has its own.
+    data = pathlib.Path(__file__).parents[3] / "data"
+    services = pathlib.Path(os.environ["XDG_DATA_HOME"]) / "dbus-1" / "services"
+    for folder in (prefix / "share" / "applications", services):
+        folder.mkdir(parents=True)
+    shutil.copy(data / f"{_IDENTIFIER}.desktop", prefix / "share" / "applications")
+    service = (data / f"{_IDENTIFIER}.service.in").read_text(encoding="utf-8")
+    service = service.replace("@kelo_installed_program@", str(prefix / "bin" / "kelo"))
+    (services / f"{_IDENTIFIER}.service").write_text(service, encoding="utf-8")
+    session.bus.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig")
     others = os.environ.get("XDG_DATA_DIRS", "/usr/local/share:/usr/share")
     session.export(XDG_DATA_DIRS=f"{prefix}/share:{others}", PATH=f"{prefix}/bin:{os.environ['PATH']}")
     return prefix / "bin"
