@@ -94,9 +94,17 @@ class Plasma(Desktop):
         session.run(_LIBEXEC / "xdg-desktop-portal-kde")
         session.bus.await_name("org.freedesktop.impl.portal.desktop.kde")
         portal = session.run("/usr/libexec/xdg-desktop-portal", "--replace", log="portal")
-        owner = ("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID")
-        name = GLib.Variant("(s)", ("org.freedesktop.portal.Desktop",))
-        await_that("the portal is there", lambda: session.bus.call(*owner, name)[0] == portal.pid)
+
+        def is_ours():
+            bus = "org.freedesktop.DBus"
+            asked = GLib.Variant("(s)", ("org.freedesktop.portal.Desktop",))
+            try:
+                owner = session.bus.call(bus, "/org/freedesktop/DBus", bus, "GetConnectionUnixProcessID", asked)
+            except Refused:
+                return False
+            return owner[0] == portal.pid
+
+        await_that("the portal is there", is_ours)
 
     def _make_lock_screen_take_the_password(self):
         """The lock screen asks PAM by a service of its own, with a table of passwords of its own."""
@@ -156,21 +164,28 @@ class Plasma(Desktop):
         panel = self._panel()
         return 0, 0, panel["width"], panel["y"]
 
+    def _parts_of_shell(self):
+        return [one for one in self.list.now() if one["program"].endswith("plasmashell")]
+
     def _panel(self):
-        return next((one for one in self.list.now() if one["dock"] and one["program"] == "plasmashell"), None)
+        return next((one for one in self._parts_of_shell() if one["dock"]), None)
 
     def _shell(self):
         return self.session.tree.program("plasmashell")
 
+    def _frames(self, width):
+        """The shell's windows of this width in the accessible tree, which has the heights wrong in version 5."""
+        everything = self._shell().children()
+        return [one for one in everything if one.extents()[2] == width and not one.name().startswith("Desktop")]
+
     def _buttons_in_panel(self):
         """Of the desktop's panel: the name and the middle of each."""
         panel = self._panel()
-        for window in self._shell().children():
-            if panel and tuple(window.extents()[2:]) == (panel["width"], panel["height"]):
-                for one in window.walk():
-                    x, y, width, height = one.extents()
-                    if one.role() == ROLES["button"] and width > 0:
-                        yield one.name(), panel["x"] + x + width / 2, panel["y"] + y + height / 2
+        for frame in self._frames(panel["width"]) if panel else ():
+            for one in frame.walk():
+                x, _y, width, _height = one.extents()
+                if one.role() == ROLES["button"] and width > 0:
+                    yield one.name(), panel["x"] + x + width / 2, panel["y"] + panel["height"] / 2
 
     # --- parts and settings ------------------------------------------------------------------------------
 
@@ -183,7 +198,7 @@ class Plasma(Desktop):
     def tray_menu(self):
         """The open menu is not in the accessible tree. Its lines are as high as each other, and so are the lines
         between them: its height says how high."""
-        shown = [one for one in self.list.now() if one["program"] == "plasmashell" and not one["dock"]]
+        shown = [one for one in self._parts_of_shell() if not one["dock"]]
         popup = max(shown, key=lambda one: one["above"], default=None)
         if not popup or popup["width"] >= self._panel()["width"]:
             return []
@@ -228,9 +243,7 @@ class Plasma(Desktop):
         """In the window of each: a heading with the program's name, one with the title, and a text."""
         shown = []
         for window in [one for one in self.list.now() if one["notice"]]:
-            for frame in self._shell().children():
-                if tuple(frame.extents()[2:]) != (window["width"], window["height"]):
-                    continue
+            for frame in self._frames(window["width"]):
                 inside = list(frame.walk())
                 headings = [one.name() for one in inside if one.role() == ROLES["heading"]]
                 texts = [one.text() for one in inside if one.role() == ROLES["text"]]
@@ -283,7 +296,7 @@ class Plasma6(Plasma):
     name = "plasma-6"
     title = "Plasma"
     major = "6"
-    packages = "kwin-wayland plasma-desktop plasma-workspace xdg-desktop-portal-kde"
+    packages = "kwin-wayland libkscreen-bin plasma-desktop plasma-workspace qt6-wayland xdg-desktop-portal-kde"
     releases = ("trixie",)
 
     def _start_compositor(self):
@@ -311,7 +324,7 @@ class Plasma5(Plasma):
     name = "plasma-5"
     title = "Plasma"
     major = "5"
-    packages = "kwin-wayland plasma-desktop plasma-workspace xdg-desktop-portal-kde"
+    packages = "kwin-wayland libkf5screen-bin plasma-desktop plasma-workspace qtwayland5 xdg-desktop-portal-kde"
     releases = ("bookworm",)
 
     def _start_compositor(self):

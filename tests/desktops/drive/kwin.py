@@ -108,8 +108,13 @@ _LISTING = """
 const all = workspace.windowList ? workspace.windowList() : workspace.clientList();
 const active = workspace.windowList ? workspace.activeWindow : workspace.activeClient;
 const isShown = one => !one.minimized && !one.deleted && !one.hidden;
+// Without the frame that KWin draws around what the program draws, and without the shadow that the program draws.
+const inside = one => {
+    const frame = one.frameGeometry, drawn = one.bufferGeometry;
+    return drawn.width <= frame.width && drawn.height <= frame.height ? drawn : frame;
+};
 const told = all.filter(isShown).map(one => {
-    const place = one.clientGeometry;  // without the frame that KWin draws, and without the shadow
+    const place = inside(one);
     return { title: one.caption, pid: one.pid, x: place.x, y: place.y, width: place.width, height: place.height,
              active: one === active, full: one.fullScreen, program: String(one.resourceClass),
              above: one.stackingOrder, dock: one.dock, notice: one.notification || one.criticalNotification };
