@@ -65,7 +65,8 @@ public:
 };
 
 /// Observes keyboard input. Main thread only; handlers are called there, too. Both functions return
-/// null if the desktop cannot observe such events.
+/// null if the desktop cannot observe such events. A desktop that has to be asked first may turn
+/// out later not to: then the monitor is never called. Neither function waits for that.
 ///
 /// A change of the modifiers goes either to the global monitors or to the local ones, never to
 /// both. So does another press.

@@ -210,6 +210,19 @@ TEST_F(EvdevSeat, KeyboardThatIsGivenToThisSeatCountsOnceItsKeysAreReleased) {
     EXPECT_THAT(heard, ElementsAre(chord));
 }
 
+TEST_F(EvdevSeat, KeyboardThatCameToAnotherSeatFirstCountsOnceItsKeysAreReleased) {
+    keyboards.plug("event0");
+    ASSERT_TRUE(start());
+    keyboards.seats->assign("event1", "seat1");
+    auto& keyboard = keyboards.plug("event1");
+    keyboards.plug("event2");
+    ASSERT_TRUE(waitUntilOpen(2));
+    keyboard.held = {.leftControl = true, .leftAlt = true};
+    keyboards.seats->assign("event1", "seat0");
+    EXPECT_EQ(keyboards.openNow, 3);
+    EXPECT_THAT(heard, IsEmpty());
+}
+
 TEST_F(EvdevSeat, NewsOfADeviceThatStaysWithThisSeatChangesNothing) {
     auto& keyboard = keyboards.plug("event0");
     ASSERT_TRUE(start());
