@@ -88,6 +88,7 @@ TEST_F(ReplacedProgram, IsToldOfOnceForEachVersion) {
         EXPECT_EQ(desktop.shown, told);
         changing([&] { replace(); });
         RunningProgram::until("the user is told again", [&] { return desktop.shown.size() == 2; });
+        awaitAnswers(desktop);
     });
     EXPECT_EQ(relaunches, 0);
 }

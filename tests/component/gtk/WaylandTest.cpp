@@ -57,6 +57,7 @@ TEST_F(WaylandWindow, IsActivatedWithTheTokenThatComesWithAnAction) {
         desktop.activateAction("app.kelo.Kelo", "/app/kelo/Kelo", "page-notification", {"one"},
                                "portal-token");
         RunningProgram::until("the page was told", [&] { return clicks == 1; });
+        awaitAnswers(desktop);
     });
     EXPECT_THAT(said, HasSubstr(".activate(\"portal-token\", wl_surface"));
 }
