@@ -93,6 +93,15 @@ TEST_F(ReplacedProgram, IsToldOfOnceForEachVersion) {
     EXPECT_EQ(relaunches, 0);
 }
 
+TEST_F(ReplacedProgram, IsNoLongerToldOfWhenItEnds) {
+    watching(0ms, [&] {
+        changing([&] { replace(); });
+        awaitNotice();
+        EXPECT_EQ(desktop.closed, 0);
+    });
+    RunningProgram::until("the notice is gone", [&] { return desktop.closed == 1; });
+}
+
 TEST_F(ReplacedProgram, IsNotToldOfBeforeTheFilesHaveComeToRest) {
     watching(1h, [&] {
         changing([&] { replace(); });

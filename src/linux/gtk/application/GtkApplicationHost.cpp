@@ -83,7 +83,6 @@ int GtkApplicationHost::run(platform::App& toRun) {
     menuBarExtras.reset();
     menuBar.reset();
     stayingNotice.reset();
-    replacementNotice.reset();
     downloadNotices.reset();
     colorScheme.reset();
     scenes.clear();
@@ -256,6 +255,7 @@ void GtkApplicationHost::quit(Departure::Then then) {
         window->rememberPlacement();
     if (then == Departure::Then::startAgain)
         given.relaunch();
+    replacementNotice.reset();
     application->quit();
 }
 

@@ -42,6 +42,13 @@ ReplacementNotice::~ReplacementNotice() {
         timer->invalidate();
     if (monitor)
         monitor->cancel();
+    withdraw();
+}
+
+// The toolkit (GLib 2.74) frees a notification twice that was sent again while it was shown.
+void ReplacementNotice::withdraw() {
+    if (std::exchange(isTold, false))
+        application.withdraw_notification(identifier);
 }
 
 ReplacementNotice::Identity ReplacementNotice::identityOf(const std::string& path) {
@@ -63,12 +70,14 @@ void ReplacementNotice::look() {
     if (found == Identity{} || found == known)
         return;
     known = found;
+    withdraw();
     const auto notice = Gio::Notification::create(translated("Kelo has been updated"));
     notice->set_body(
         translated("The version before is still running. Restart Kelo to use the new one."));
     notice->set_default_action("app.open");
     notice->add_button(translated("Restart"), "app.restart");
     application.send_notification(identifier, notice);
+    isTold = true;
 }
 
 } // namespace kelo::gtk

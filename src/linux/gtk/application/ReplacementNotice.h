@@ -24,6 +24,7 @@ public:
     /// there before the user is told, because a package has more files than this one.
     ReplacementNotice(Gio::Application& application, std::string program,
                       std::chrono::milliseconds calm = std::chrono::seconds(5));
+    /// Withdraws what the user was told: it is no longer so when the program ends.
     ~ReplacementNotice();
     ReplacementNotice(const ReplacementNotice&) = delete;
     ReplacementNotice& operator=(const ReplacementNotice&) = delete;
@@ -35,11 +36,13 @@ private:
     static Identity identityOf(const std::string& path);
     void waitForCalm();
     void look();
+    void withdraw();
 
     Gio::Application& application;
     const std::string program;
     const std::chrono::milliseconds calm;
     Identity known; ///< that runs, or that the user was told of
+    bool isTold = false;
     Glib::RefPtr<Gio::FileMonitor> monitor;
     std::shared_ptr<Timer> timer;
 };
