@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-// Whose keyboards count, and when: seats, sessions, and keyboards that go in the middle of a press.
+// Whose keyboards count: seats, and keyboards that go in the middle of a press.
 
 namespace kelo {
 
@@ -16,7 +16,6 @@ namespace {
 
 using EvdevLoss = EvdevFixture;
 using EvdevSeat = EvdevFixture;
-using EvdevSession = EvdevFixture;
 
 } // namespace
 
@@ -232,170 +231,6 @@ TEST_F(EvdevSeat, NewsOfADeviceThatStaysWithThisSeatChangesNothing) {
     keyboards.seats->changed("mouse0");
     EXPECT_EQ(keyboards.openNow, 1);
     EXPECT_THAT(heard, ElementsAre(chord));
-}
-
-TEST_F(EvdevSession, NothingCountsBeforeItIsKnown) {
-    keyboards.session->certain = false;
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboard.held = {.leftControl = true, .leftAlt = true};
-    ASSERT_TRUE(keyboard.type(chordDown));
-    settle();
-    EXPECT_FALSE(keyboard.isOpen);
-    keyboards.session->certain = true;
-    keyboards.session->changed();
-    EXPECT_THAT(heard, IsEmpty());
-    keyboard.held = {};
-    ASSERT_TRUE(keyboard.type(chordUp));
-    ASSERT_TRUE(waitFor(2));
-    EXPECT_THAT(heard, ElementsAre(control, 0)) << "the press that nobody heard of is none";
-    heard.clear();
-    ASSERT_TRUE(holdChord(keyboard));
-    EXPECT_THAT(heard, ElementsAre(chord));
-}
-
-TEST_F(EvdevSession, KeyboardsOfOtherSeatsAreLetGoOnceItIsKnown) {
-    keyboards.session->certain = false;
-    keyboards.session->seat = "seat1";
-    keyboards.plug("event0");
-    keyboards.plug("event1");
-    keyboards.seats->assign("event1", "seat1");
-    ASSERT_TRUE(start());
-    EXPECT_EQ(keyboards.openNow, 2);
-    keyboards.session->certain = true;
-    keyboards.session->changed();
-    EXPECT_EQ(keyboards.openNow, 1);
-}
-
-TEST_F(EvdevSession, ThatLeavesTheScreenEndsThePressWithoutATap) {
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    ASSERT_TRUE(holdChord(keyboard));
-    keyboards.session->set(false);
-    EXPECT_THAT(heard, ElementsAre(chord, press, 0));
-}
-
-TEST_F(EvdevSession, ThatLeavesTheScreenWithNoKeyDownIsNoPress) {
-    keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboards.session->set(false);
-    keyboards.session->set(true);
-    EXPECT_THAT(heard, IsEmpty());
-    EXPECT_EQ(keyboards.openNow, 1);
-}
-
-TEST_F(EvdevSession, ReadsNoKeyboardWhileAnotherHasTheScreen) {
-    keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboards.session->set(false);
-    EXPECT_EQ(keyboards.openNow, 0);
-    const int before = keyboards.opened;
-    keyboards.plug("event1");
-    keyboards.permit("event0");
-    settle();
-    keyboards.seats->assign("event0", "seat0");
-    EXPECT_EQ(keyboards.opened, before);
-    EXPECT_THAT(heard, IsEmpty());
-    keyboards.session->set(true);
-    EXPECT_EQ(keyboards.openNow, 2);
-}
-
-TEST_F(EvdevSession, WhatIsDownWhenItComesBackCountsOnlyWhenItIsPressedAgain) {
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboards.session->set(false);
-    // As they are after Ctrl+Alt+F2, the desktop's own way from one to the other.
-    keyboard.held = {.leftControl = true, .leftAlt = true};
-    keyboards.session->set(true);
-    EXPECT_EQ(keyboards.openNow, 1);
-    keyboard.held = {.leftControl = true};
-    ASSERT_TRUE(keyboard.type(up(KEY_LEFTALT) + report()));
-    keyboard.held.leftAlt = true;
-    ASSERT_TRUE(keyboard.type(down(KEY_LEFTALT) + report()));
-    ASSERT_TRUE(waitFor(1));
-    EXPECT_THAT(heard, ElementsAre(option)) << "Ctrl has been down all the time";
-    keyboard.held = {};
-    ASSERT_TRUE(keyboard.type(chordUp));
-    ASSERT_TRUE(holdChord(keyboard));
-    EXPECT_THAT(heard, ElementsAre(option, 0, chord));
-}
-
-TEST_F(EvdevSession, WhatIsDownOnANodeThatIsPermittedAfterItCameBackDoesNotCountEither) {
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboards.session->set(false);
-    keyboard.held = {.leftControl = true, .leftAlt = true};
-    keyboard.mayBeOpened = false;
-    keyboards.session->set(true);
-    EXPECT_EQ(keyboards.openNow, 0);
-    keyboards.permit("event0");
-    ASSERT_TRUE(waitUntilOpen(1));
-    settle();
-    EXPECT_THAT(heard, IsEmpty());
-    keyboard.held = {};
-    ASSERT_TRUE(keyboard.type(chordUp));
-    ASSERT_TRUE(holdChord(keyboard));
-    EXPECT_THAT(heard, ElementsAre(chord));
-}
-
-TEST_F(EvdevSession, KeyboardThatIsPluggedInAfterItCameBackCountsAtOnce) {
-    keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboards.session->set(false);
-    keyboards.session->set(true);
-    FakeKeyboard late;
-    late.held.leftAlt = true;
-    keyboards.plug("event1", std::move(late));
-    ASSERT_TRUE(waitFor(1));
-    EXPECT_THAT(heard, ElementsAre(option));
-}
-
-TEST_F(EvdevSession, DeviceThatWasTakenAwayMeanwhileComesBackWithIt) {
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    keyboards.revoke("event0");
-    ASSERT_TRUE(waitUntilOpen(0));
-    keyboards.session->set(false);
-    keyboard.connect();
-    keyboards.session->set(true);
-    EXPECT_EQ(keyboards.openNow, 1);
-    ASSERT_TRUE(holdChord(keyboard));
-    EXPECT_THAT(heard, ElementsAre(chord));
-}
-
-TEST_F(EvdevSession, ThatIsNotOnTheScreenAtTheStartCountsOnceItIs) {
-    keyboards.session->active = false;
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    EXPECT_EQ(keyboards.openNow, 0);
-    keyboards.session->set(true);
-    ASSERT_TRUE(holdChord(keyboard));
-    EXPECT_THAT(heard, ElementsAre(chord));
-}
-
-TEST_F(EvdevSession, NewsThatChangeNothingCostNothing) {
-    auto& keyboard = keyboards.plug("event0");
-    ASSERT_TRUE(start());
-    ASSERT_TRUE(holdChord(keyboard));
-    const int before = keyboards.opened;
-    keyboards.session->set(true);
-    EXPECT_EQ(keyboards.opened, before);
-    EXPECT_THAT(heard, ElementsAre(chord));
-}
-
-TEST_F(EvdevSession, WhoHearsOfItsEndMayLetTheSourceGo) {
-    auto& keyboard = keyboards.plug("event0");
-    source = std::make_unique<input::EvdevModifierSource>(keyboards.devices());
-    source->onOtherPress([this] { heard.push_back(press); });
-    ASSERT_TRUE(source->start([this](platform::ModifierFlags flags) {
-        heard.push_back(flags);
-        if (flags == 0)
-            source.reset();
-    }));
-    ASSERT_TRUE(holdChord(keyboard));
-    keyboards.session->set(false);
-    EXPECT_THAT(heard, ElementsAre(chord, press, 0));
-    EXPECT_FALSE(source);
 }
 
 } // namespace kelo
