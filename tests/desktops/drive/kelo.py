@@ -24,7 +24,7 @@ def install(build, session):
     data = pathlib.Path(__file__).parents[3] / "data"
     services = pathlib.Path(os.environ["XDG_DATA_HOME"]) / "dbus-1" / "services"
     for folder in (prefix / "share" / "applications", services):
-        folder.mkdir(parents=True)
+        folder.mkdir(parents=True, exist_ok=True)
     shutil.copy(data / f"{_IDENTIFIER}.desktop", prefix / "share" / "applications")
     service = (data / f"{_IDENTIFIER}.service.in").read_text(encoding="utf-8")
     service = service.replace("@kelo_installed_program@", str(prefix / "bin" / "kelo"))
