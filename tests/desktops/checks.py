@@ -153,6 +153,8 @@ def hotkey(road):
     (road.pictures / "hotkey-status.txt").write_text(said, encoding="utf-8")
     if status != 0:
         raise Missed(f"--hotkey-status ended with {status}: {said}")
+    if road.desktop.panel_status not in said:
+        raise Missed(f"--hotkey-status does not say that {road.desktop.panel_status}: {said}")
     works = re.search(r"^(X11|Kernel|evdev|Keyboard devices)[^:]*: available", said, re.MULTILINE) is not None
     other = road.other()
     try:

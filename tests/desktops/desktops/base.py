@@ -37,6 +37,7 @@ class Desktop:
     packages = ""  # of Debian, separated by blanks
     releases = ()  # of Debian, by code name, where it is tried
     width, height = 1280, 800
+    panel_status = ""  # a part of what `kelo --hotkey-status` says of the voice panel here
 
     def __init__(self, session):
         self.session = session

@@ -55,6 +55,7 @@ class Gnome(Desktop):
     # So that there are points enough at 200 %, which the shell otherwise does not offer.
     width, height = 1920, 1200
     display = "wayland-kelo"
+    panel_status = "this Wayland desktop has no layer shell"
 
     def start(self):
         self.session.export(
@@ -238,7 +239,7 @@ class Gnome(Desktop):
 
     def unlock(self):
         """As after the right password, which the display manager would check."""
-        self.evaluate("Main.screenShield.deactivate(false); 0")
+        self.evaluate("Main.screenShield._continueDeactivate(false); 0")
         await_that("the screen is open", lambda: self._is("!Main.screenShield.locked && !Main.screenShield.active"))
 
     def _shell_value(self, code):
