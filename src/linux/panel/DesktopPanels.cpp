@@ -11,6 +11,7 @@
 #include "linux/panel/LayerShellPanel.h"
 #endif
 
+#include <gdk/wayland/gdkwayland.h>
 #include <gtk/gtk.h>
 
 namespace kelo::panel {
@@ -18,16 +19,14 @@ namespace kelo::panel {
 namespace {
 
 #ifdef KELO_LAYER_SHELL
-constexpr bool knowsLayerShell = true;
-bool hasLayerShell() {
+bool canUseLayerShell() {
     return LayerShellPanel::isSupported();
 }
 std::shared_ptr<platform::Panel> layerPanel(const platform::PanelDescription& description) {
     return LayerShellPanel::make(description);
 }
 #else
-constexpr bool knowsLayerShell = false;
-bool hasLayerShell() {
+bool canUseLayerShell() {
     return false;
 }
 std::shared_ptr<platform::Panel> layerPanel(const platform::PanelDescription&) {
@@ -38,6 +37,13 @@ std::shared_ptr<platform::Panel> layerPanel(const platform::PanelDescription&) {
 /// Null when no display can be opened.
 GdkDisplay* openDisplay() {
     return gtk_init_check() ? gdk_display_get_default() : nullptr;
+}
+
+/// Whether the compositor has it, with or without a library to use it. The library itself warns of
+/// a compositor that does not, which is no fault of anybody's.
+bool hasLayerShell(GdkDisplay* display) {
+    return GDK_IS_WAYLAND_DISPLAY(display) &&
+           gdk_wayland_display_query_registry(display, "zwlr_layer_shell_v1");
 }
 
 /// Pixels per point. The toolkit uses the same factor for every monitor of an X11 display.
@@ -72,7 +78,7 @@ std::shared_ptr<platform::Panel> DesktopPanels::makePanel(platform::PanelDescrip
         return PlainPanel::make(description);
     if (window::isX11(display))
         return X11Panel::make(display, description);
-    if (hasLayerShell())
+    if (hasLayerShell(display) && canUseLayerShell())
         return layerPanel(description);
     return PlainPanel::make(description);
 }
@@ -93,20 +99,19 @@ std::string panelStatus() {
             "within a graphical session.");
     if (window::isX11(display))
         return translated("The voice panel floats over all windows and takes the keyboard (X11).");
-    if (hasLayerShell())
+    if (!hasLayerShell(display))
+        return translated(
+            "The voice panel is an ordinary window that the desktop may put behind others, because "
+            "this Wayland desktop has no layer shell; keep the window on top with the desktop's "
+            "own means, or log in to an X11 session.");
+    if (canUseLayerShell())
         return translated(
             "The voice panel floats over all windows and takes the keyboard (Wayland, layer "
             "shell).");
-
-    if (!knowsLayerShell)
-        return translated(
-            "The voice panel is an ordinary window that the desktop may put behind others, "
-            "because this build of Kelo was made without gtk4-layer-shell; install a build with "
-            "it, or keep the window on top with the desktop's own means.");
     return translated(
-        "The voice panel is an ordinary window that the desktop may put behind others, because "
-        "this Wayland desktop has no layer shell; keep the window on top with the desktop's own "
-        "means, or log in to an X11 session.");
+        "The voice panel is an ordinary window that the desktop may put behind others, "
+        "because this build of Kelo was made without gtk4-layer-shell; install a build with "
+        "it, or keep the window on top with the desktop's own means.");
 }
 
 } // namespace kelo::panel
