@@ -140,9 +140,10 @@ void PanelWindow::applyStyle() {
     // hairline does.
     rules += "outline: 1px solid rgba(127,127,127,0.4); outline-offset: -1px; }\n";
     // Where a window fills a square of the desktop's, a round corner would show what is behind.
-    rules += "window.tiled #kelo-panel, window.tiled-top #kelo-panel, window.tiled-left "
-             "#kelo-panel, window.maximized #kelo-panel, window.fullscreen #kelo-panel "
-             "{ border-radius: 0; }\n";
+    // Layer surfaces are no such windows, although their library has the toolkit take them for
+    // maximized.
+    for (const std::string state : {"tiled", "tiled-top", "tiled-left", "maximized", "fullscreen"})
+        rules += "window.kelo-plain." + state + " #kelo-panel { border-radius: 0; }\n";
     gtk_css_provider_load_from_data(style.get(), rules.c_str(), -1);
 }
 

@@ -24,6 +24,7 @@ void declineDecoration(GtkWindow* window) {
 
 std::shared_ptr<PlainPanel> PlainPanel::make(const platform::PanelDescription& description) {
     auto panel = std::make_shared<PlainPanel>(description);
+    gtk_widget_add_css_class(panel->window.widget(), "kelo-plain");
     declineDecoration(panel->window.gtkWindow());
     window::setWindowIdentity(panel->window.gtkWindow(), panel);
     return panel;

@@ -112,14 +112,6 @@ TEST_F(LayerShellPanelTest, WithoutTheRightToTheKeyboardAsksForNone) {
     EXPECT_THAT(record.calls, Not(AnyOf(Contains("keyboard 1"), Contains("keyboard 2"))));
 }
 
-TEST_F(LayerShellPanelTest, WhereNobodyGivesItTheKeyboardOnDemandDemandsItUntilItLeaves) {
-    const auto panel = LayerShellPanel::make(voicePanel());
-    panel->makeKeyAndOrderFront();
-    EXPECT_TRUE(loop.runUntil([] { return record.calls.back() == "keyboard 1"; }));
-    panel->orderOut();
-    EXPECT_EQ(record.calls.back(), "keyboard 2");
-}
-
 TEST_F(LayerShellPanelTest, WithAnOldCompositorDemandsTheKeyboardFromTheBeginning) {
     record.version = 3;
     const auto panel = LayerShellPanel::make(voicePanel());

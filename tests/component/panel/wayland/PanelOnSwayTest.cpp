@@ -37,11 +37,12 @@ protected:
         panel->makeFirstResponder(content);
         awaitKeyboard();
     }
-    /// Waits until the panel has the keyboard and keeps it: a compositor may take it back at once.
     void awaitKeyboard() {
-        int looks = 0;
-        desktop.until("the panel has the keyboard",
-                      [&] { return (looks = content->hasCaret() ? looks + 1 : 0) > 60; });
+        desktop.untilAtRest("the panel has the keyboard", [this] { return content->hasCaret(); });
+    }
+    void awaitKeyboardAt(const Child& other) {
+        desktop.untilAtRest("the other has the keyboard",
+                            [&] { return other.lines().back() == "active"; });
     }
     void hide() { panel->orderOut(); }
 
@@ -85,6 +86,14 @@ TEST_F(PanelOnSwayTest, IsInTheMiddleAboveTheLowerEdge) {
     desktop.keepPicture("sway-panel");
 }
 
+TEST_F(PanelOnSwayTest, HasRoundCorners) {
+    show();
+    expectBox({320, 388, 640, 620});
+    const auto picture = desktop.picture();
+    for (const auto& [x, y] : {std::pair{323, 391}, {956, 391}, {323, 1004}, {956, 1004}})
+        EXPECT_NE(picture.at(x, y), FakeContent::color) << x << ", " << y;
+}
+
 TEST_F(PanelOnSwayTest, KeepsClearOfABar) {
     const auto bar = desktop.open("bar");
     show();
@@ -109,8 +118,7 @@ TEST_F(PanelOnSwayTest, GivesTheKeyboardBackToTheWindowThatHadIt) {
         desktop.type(text);
         expectTyped(text);
         hide();
-        desktop.until("the other has the keyboard",
-                      [&] { return other->lines().back() == "active"; });
+        awaitKeyboardAt(*other);
     }
     desktop.type("back");
     desktop.until("it is typed into", [&] { return other->last("text ") == "back"; });
@@ -120,7 +128,7 @@ TEST_F(PanelOnSwayTest, AClickOutsideTakesTheKeyboardAwayAndOneInsideBrings) {
     const auto other = desktop.open("full-screen");
     show();
     desktop.click(100, 100);
-    desktop.until("the other has the keyboard", [&] { return other->lines().back() == "active"; });
+    awaitKeyboardAt(*other);
     desktop.type("out");
     desktop.until("it is typed into", [&] { return other->last("text ") == "out"; });
     EXPECT_TRUE(panel->isVisible());
@@ -134,7 +142,7 @@ TEST_F(PanelOnSwayTest, AskedForAgainItTakesTheKeyboardAgain) {
     const auto other = desktop.open("full-screen");
     show();
     desktop.click(100, 100);
-    desktop.until("the other has the keyboard", [&] { return other->lines().back() == "active"; });
+    awaitKeyboardAt(*other);
     panel->makeKeyAndOrderFront();
     awaitKeyboard();
     desktop.type("again");

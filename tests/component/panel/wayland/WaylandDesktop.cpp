@@ -1,5 +1,7 @@
 #include "component/panel/wayland/WaylandDesktop.h"
 
+#include <gdk/gdk.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
@@ -101,12 +103,23 @@ std::optional<Picture::Box> Picture::boxOf(unsigned color) const {
 
 WaylandDesktop::WaylandDesktop(TestMainLoop& loop)
     : loop(loop), hands(std::make_unique<Child>(std::vector<std::string>{KELO_DEVICES})) {
-    until("keyboard and mouse are plugged in", [this] { return !hands->lines().empty(); });
+    GdkDisplay* const display = gdk_display_get_default();
+    until("keyboard and mouse are plugged in", [&] {
+        GdkSeat* const seat = gdk_display_get_default_seat(display);
+        return !hands->lines().empty() && seat && gdk_seat_get_keyboard(seat);
+    });
+    // The compositor learns that the test listens to them.
+    gdk_display_sync(display);
 }
 
 void WaylandDesktop::until(const std::string& what, const std::function<bool()>& condition) {
     if (!loop.runUntil(condition))
         throw std::runtime_error("never happened: " + what);
+}
+
+void WaylandDesktop::untilAtRest(const std::string& what, const std::function<bool()>& condition) {
+    int looks = 0;
+    until(what, [&] { return (looks = condition() ? looks + 1 : 0) > 60; });
 }
 
 std::string WaylandDesktop::run(const std::vector<std::string>& command) {

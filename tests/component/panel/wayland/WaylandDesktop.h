@@ -76,6 +76,9 @@ public:
     /// Starts a program as in OtherWindow.cpp, and waits until it is there with the keyboard.
     std::unique_ptr<Child> open(const std::string& kind);
     void until(const std::string& what, const std::function<bool()>& condition);
+    /// Waits until it holds and goes on holding for a while: on the way to a state in which all is
+    /// at rest, a compositor may give the keyboard and take it back.
+    void untilAtRest(const std::string& what, const std::function<bool()>& condition);
 
 private:
     std::string run(const std::vector<std::string>& command);
