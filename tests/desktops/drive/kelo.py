@@ -36,11 +36,14 @@ def install(build, session):
 
 
 class Service:
-    """The demo service, at the origin that is compiled into Kelo."""
+    """The demo service, at the origin that is compiled into Kelo, with the gallery of pages."""
 
     def __init__(self, build, folder):
         self.process = Process(
-            [build / "kelo-demo-service", "--authority", build / "demo-authority", "--port", "8443"],
+            [
+                *(build / "kelo-demo-service", "--authority", build / "demo-authority", "--port", "8443"),
+                *("--gallery", pathlib.Path(__file__).parents[2] / "pages"),
+            ],
             folder / "service.log",
         )
         self.process.await_printed("Listening on")
