@@ -100,6 +100,14 @@ public:
             new std::function<void()>(std::move(answered)));
     }
 
+    /// Takes one more name on the bus.
+    void take(const char* name) const {
+        GVariant* const answer = g_dbus_connection_call_sync(
+            connection, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
+            g_variant_new("(su)", name, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        g_variant_unref(answer);
+    }
+
     std::string name() const { return g_dbus_connection_get_unique_name(connection); }
 
     int questionsForTray = 0;
@@ -133,10 +141,7 @@ private:
         registrations.push_back(g_dbus_connection_register_object(
             connection, path, node->interfaces[0], &methods, this, nullptr, nullptr));
         g_dbus_node_info_unref(node);
-        GVariant* const answer = g_dbus_connection_call_sync(
-            connection, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
-            g_variant_new("(su)", name, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
-        g_variant_unref(answer);
+        take(name);
     }
     static void called(GDBusConnection*, const char*, const char*, const char*, const char* method,
                        GVariant* arguments, GDBusMethodInvocation* invocation, gpointer data) {

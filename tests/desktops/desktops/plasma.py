@@ -12,7 +12,7 @@ from gi.repository import GLib
 from desktops.base import Desktop, NotHere, Window
 from drive.bus import Refused
 from drive.kwin import KWIN, FakeInput, WindowList, X11Pointer, read_xvfb, take_picture, write_picture
-from drive.tree import ROLES
+from drive.tree import ROLES, Accessible
 from drive.waiting import await_that, pump
 from drive.wayland import WaylandConnection
 
@@ -243,7 +243,7 @@ class Plasma(Desktop):
         """In the window of each: a heading with the program's name, one with the title, and a text."""
         shown = []
         for window in [one for one in self.list.now() if one["notice"]]:
-            for frame in self._frames(window["width"]):
+            for frame in filter(Accessible.is_shown, self._frames(window["width"])):
                 inside = list(frame.walk())
                 headings = [one.name() for one in inside if one.role() == ROLES["heading"]]
                 texts = [one.text() for one in inside if one.role() == ROLES["text"]]

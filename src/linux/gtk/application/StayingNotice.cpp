@@ -1,14 +1,12 @@
 #include "linux/gtk/application/StayingNotice.h"
 
 #include "base/Translation.h"
+#include "linux/gtk/application/TrayQuestion.h"
 
 #include <giomm/dbusconnection.h>
 #include <giomm/notification.h>
-#include <glibmm/error.h>
-#include <glibmm/variant.h>
 
 #include <memory>
-#include <tuple>
 
 namespace kelo::gtk {
 
@@ -16,7 +14,6 @@ namespace {
 
 constexpr const char* identifier = "staying";
 constexpr const char* group = "notices";
-constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
 
 } // namespace
 
@@ -25,22 +22,10 @@ void StayingNotice::windowClosed() {
     if (!bus || state.flag(group, identifier))
         return;
     isWanted = true;
-    const auto answered =
-        [this, bus, alive = std::weak_ptr(alive)](const Glib::RefPtr<Gio::AsyncResult>& result) {
-            bool hasTray = false;
-            try {
-                const Glib::VariantContainerBase answer = bus->call_finish(result);
-                hasTray = answer.print() == "(<true>,)";
-            } catch (const Glib::Error&) {
-                // Nobody on this desktop keeps a list of tray items.
-            }
-            if (!hasTray && !alive.expired() && isWanted)
-                show();
-        };
-    bus->call("/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get",
-              Glib::Variant<std::tuple<Glib::ustring, Glib::ustring>>::create(
-                  {watcher, "IsStatusNotifierHostRegistered"}),
-              answered, watcher, -1, Gio::DBus::CallFlags::NO_AUTO_START);
+    askForTray(bus, [this, alive = std::weak_ptr(alive)](bool hasTray) {
+        if (!hasTray && !alive.expired() && isWanted)
+            show();
+    });
 }
 
 void StayingNotice::windowOpened() {
