@@ -160,9 +160,11 @@ TEST_F(EvdevSession, NewsThatChangeNothingCostNothing) {
     auto& keyboard = keyboards.plug("event0");
     ASSERT_TRUE(start());
     ASSERT_TRUE(holdChord(keyboard));
-    const int before = keyboards.opened;
+    const int opened = keyboards.opened;
+    const int questions = keyboards.seats->questions;
     keyboards.session->set(true);
-    EXPECT_EQ(keyboards.opened, before);
+    EXPECT_EQ(keyboards.opened, opened);
+    EXPECT_EQ(keyboards.seats->questions, questions);
     EXPECT_THAT(heard, ElementsAre(chord));
 }
 

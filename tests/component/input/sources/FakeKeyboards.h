@@ -76,6 +76,7 @@ class FakeSeats final : public input::DeviceSeats {
 public:
     struct State {
         std::map<std::string, std::string> seats;
+        int questions = 0;
         Changed changed;
 
         void assign(const std::string& device, const std::string& seat) {
@@ -89,6 +90,7 @@ public:
             this->state->changed = std::move(changed);
     }
     std::string seatOf(const std::string& device) const override {
+        ++state->questions;
         const auto found = state->seats.find(device);
         return found == state->seats.end() ? session::firstSeat : found->second;
     }
