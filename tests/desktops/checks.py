@@ -50,11 +50,7 @@ class Road:
         return OtherProgram(self.desktop, self.folder, command)
 
     def main_window(self):
-        """Its title ends with the program's name, once a page has one."""
-        return await_that(
-            "the main window is there",
-            lambda: next((one for one in self.kelo.windows() if one.title.endswith("Kelo")), None),
-        )
+        return self.kelo.await_window("*Kelo")
 
     def is_in_front(self):
         windows = self.desktop.windows()

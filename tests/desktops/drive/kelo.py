@@ -1,5 +1,6 @@
 """Kelo as built, and the service that it is for."""
 
+import fnmatch
 import os
 import pathlib
 import shutil
@@ -76,13 +77,10 @@ class Kelo:
         return [one for one in self.desktop.windows() if one.pid == self.process.pid]
 
     def await_window(self, title):
-        """A title that ends with an asterisk is the beginning of one."""
+        """The title may have an asterisk at its beginning or its end, for any text."""
 
         def look():
-            for one in self.windows():
-                if one.title == title or (title.endswith("*") and one.title.startswith(title[:-1])):
-                    return one
-            return None
+            return next((one for one in self.windows() if fnmatch.fnmatchcase(one.title, title)), None)
 
         return await_that(f'the window "{title}" is there', look)
 

@@ -1,0 +1,117 @@
+"""LXQt as startlxqt brings it up: lxqt-panel, lxqt-notificationd, pcmanfm-qt, xscreensaver; xfwm4 as its window
+manager, which Debian installs with it."""
+
+import os
+import pathlib
+import re
+
+from desktops.base import NotHere
+from desktops.gtk_daemon import notifications_of
+from desktops.x11 import X11Desktop
+from drive.waiting import await_that, pump
+from gi.repository import GLib
+
+
+class Lxqt(X11Desktop):
+    name = "lxqt"
+    title = "LXQt"
+    packages = (
+        f"{X11Desktop.base_packages} lxqt-session lxqt-panel lxqt-notificationd lxqt-config lxqt-globalkeys lxqt-runner "
+        "lxqt-policykit lxqt-themes lxqt-qtplugin pcmanfm-qt xfwm4 xscreensaver xsettingsd"
+    )
+    releases = ("bookworm", "trixie")
+    current_desktop = "LXQt"
+    session_command = ("startlxqt",)
+    xsettings = None
+
+    def version(self):
+        return self.package_version("lxqt-session")
+
+    @property
+    def folder(self):
+        return pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "lxqt"
+
+    def prepare_home(self):
+        super().prepare_home()
+        self.folder.mkdir(exist_ok=True)
+        (self.folder / "session.conf").write_text("[General]\nwindow_manager=xfwm4\n", encoding="utf-8")
+
+    def foreign_autostart(self):
+        return ["light-locker.desktop", "nm-applet.desktop", "pulseaudio.desktop"]
+
+    def _panel(self):
+        return self.session.tree.program("lxqt-panel")
+
+    def tray_icon_place(self):
+        # Of all plug-ins, the one for the tray has a hidden button "+".
+        panel = self._panel()
+        for one in panel.walk() if panel else ():
+            if one.role() == 43 and one.name() == "+":
+                icons = [icon for icon in one.parent().children() if icon.path != one.path]
+                if icons and icons[0].extents()[2] > 0:
+                    x, y, width, height = icons[0].extents()
+                    return x + width / 2, y + height / 2
+        return None
+
+    def _restart_panel(self, change):
+        """The panel writes down what it knows when it ends, so its file is changed in between."""
+        session = "org.lxqt.session"
+        which = GLib.Variant("(s)", ("lxqt-panel.desktop",))
+        self.session.bus.call(session, "/LXQtSession", session, "stopModule", which)
+        await_that("the panel has ended", lambda: not self._panel())
+        pump(1.5)  # until the session has noticed
+        file = self.folder / "panel.conf"
+        source = file if file.exists() else pathlib.Path("/usr/share/lxqt/panel.conf")
+        file.write_text(change(source.read_text(encoding="utf-8")), encoding="utf-8")
+        self.session.bus.call(session, "/LXQtSession", session, "startModule", which)
+        await_that("the panel is back", self._panel_windows)
+
+    def _panel_windows(self):
+        return [one for one in self.windows() if one.program == "lxqt-panel"]
+
+    def without_tray(self):
+        def change(text):
+            return re.sub(r"(?m)^(plugins=.*?), *statusnotifier, *tray\b", r"\1", text)
+
+        self._restart_panel(change)
+        await_that("the tray is gone", lambda: not self.tray_items())
+
+    def move_panel(self, edge):
+        def change(text):
+            return re.sub(r"(?m)^position=.*$", f"position={edge.capitalize()}", text)
+
+        self._restart_panel(change)
+        self.await_panel(edge)
+
+    def notifications(self):
+        return notifications_of(self, "lxqt-notificationd")
+
+    def set_dark(self, is_dark):
+        self._set("Net/ThemeName", '"Adwaita-dark"' if is_dark else '"Adwaita"')
+
+    def _set(self, name, value):
+        """As its settings for the appearance do: with xsettingsd."""
+        self.settings = {**getattr(self, "settings", {}), name: value}
+        file = self.folder / "xsettingsd.conf"
+        lines = [f"{key} {number}\n" for key, number in self.settings.items()]
+        file.write_text("".join(lines), encoding="utf-8")
+        if self.xsettings:
+            self.xsettings.end()
+        self.xsettings = self.session.run("xsettingsd", "-c", file)
+        pump(1)
+
+    def set_scale(self, factor):
+        if factor == 1.25:
+            self._set("Xft/DPI", 120 * 1024)
+            return
+        self._set("Xft/DPI", 96 * 1024)
+        if factor == 2:
+            raise NotHere("its scale is a variable of the environment, so it is there after the next login")
+
+    def lock(self):
+        self.run("xscreensaver-command", "-activate")
+        await_that("the lock screen covers the screen", lambda: self.covered_by("xscreensaver"))
+
+    def unlock(self):
+        self.run("xscreensaver-command", "-deactivate")
+        await_that("the lock screen is gone", lambda: not self.covered_by("xscreensaver"))
