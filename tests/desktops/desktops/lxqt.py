@@ -6,13 +6,13 @@ import pathlib
 import re
 
 from desktops.base import NotHere
-from desktops.gtk_daemon import notifications_of
-from desktops.x11 import X11Desktop
+from desktops.x11 import X11Desktop, XScreenSaver
+from drive.tree import ROLES
 from drive.waiting import await_that, pump
 from gi.repository import GLib
 
 
-class Lxqt(X11Desktop):
+class Lxqt(XScreenSaver, X11Desktop):
     name = "lxqt"
     title = "LXQt"
     packages = (
@@ -37,7 +37,7 @@ class Lxqt(X11Desktop):
         (self.folder / "session.conf").write_text("[General]\nwindow_manager=xfwm4\n", encoding="utf-8")
 
     def foreign_autostart(self):
-        return ["light-locker.desktop", "nm-applet.desktop", "pulseaudio.desktop"]
+        return [entry for entry in super().foreign_autostart() if entry != "xscreensaver.desktop"]
 
     def _panel(self):
         return self.session.tree.program("lxqt-panel")
@@ -46,7 +46,7 @@ class Lxqt(X11Desktop):
         # Of all plug-ins, the one for the tray has a hidden button "+".
         panel = self._panel()
         for one in panel.walk() if panel else ():
-            if one.role() == 43 and one.name() == "+":
+            if one.role() == ROLES["button"] and one.name() == "+":
                 icons = [icon for icon in one.parent().children() if icon.path != one.path]
                 if icons and icons[0].extents()[2] > 0:
                     x, y, width, height = icons[0].extents()
@@ -84,7 +84,19 @@ class Lxqt(X11Desktop):
         self.await_panel(edge)
 
     def notifications(self):
-        return notifications_of(self, "lxqt-notificationd")
+        """All of them are in one window. Each has a button "x", and its texts are program, title and body."""
+        program = self.session.tree.program("lxqt-notificationd")
+        found = []
+        for one in program.walk() if program else ():
+            parts = one.children()
+            if not any(part.role() == ROLES["button"] and part.name() == "x" for part in parts):
+                continue
+            texts = [part for part in parts if part.role() == ROLES["label"] and part.name()]
+            if len(texts) > 1:
+                x, y, width, height = texts[1].extents()
+                body = " ".join(part.name() for part in texts[2:])
+                found.append((texts[1].name(), body, x + width / 2, y + height / 2))
+        return found
 
     def set_dark(self, is_dark):
         self._set("Net/ThemeName", '"Adwaita-dark"' if is_dark else '"Adwaita"')
@@ -107,11 +119,3 @@ class Lxqt(X11Desktop):
         self._set("Xft/DPI", 96 * 1024)
         if factor == 2:
             raise NotHere("its scale is a variable of the environment, so it is there after the next login")
-
-    def lock(self):
-        self.run("xscreensaver-command", "-activate")
-        await_that("the lock screen covers the screen", lambda: self.covered_by("xscreensaver"))
-
-    def unlock(self):
-        self.run("xscreensaver-command", "-deactivate")
-        await_that("the lock screen is gone", lambda: not self.covered_by("xscreensaver"))

@@ -3,8 +3,8 @@ area is the tray), caja, mate-notification-daemon, mate-screensaver."""
 
 import ast
 
-from desktops.gtk_daemon import notifications_of
 from desktops.x11 import X11Desktop
+from drive.notices import notifications_of
 from drive.waiting import await_that, pump
 
 

@@ -364,3 +364,16 @@ class X11Desktop(Desktop):
     def _text(self, window, name):
         found = self._property(window, name)
         return bytes(found).decode("utf-8", "replace") if found else ""
+
+
+class XScreenSaver:
+    """The lock screen of desktops that have none of their own. It does not ask root for a password."""
+
+    def lock(self):
+        self.run("xscreensaver-command", "-activate")
+        await_that("the lock screen covers the screen", lambda: self.covered_by("xscreensaver"))
+        pump(1)
+
+    def unlock(self):
+        self.run("xscreensaver-command", "-deactivate")
+        await_that("the lock screen is gone", lambda: not self.covered_by("xscreensaver"))

@@ -1,23 +1,29 @@
-"""XFCE as startxfce4 brings it up: xfwm4, xfsettingsd, xfce4-panel with its first layout, xfdesktop, xfce4-notifyd."""
+"""XFCE as startxfce4 brings it up: xfwm4, xfsettingsd, xfce4-panel with its first layout, xfdesktop, xfce4-notifyd. Of
+the lock screens that Debian offers with it, the one that needs no other console: xscreensaver."""
 
-from desktops.base import NotHere
-from desktops.gtk_daemon import notifications_of
-from desktops.x11 import X11Desktop
-from drive.waiting import await_that, pump
+from desktops.x11 import X11Desktop, XScreenSaver
+from drive.notices import notifications_of
+from drive.waiting import await_that
 
 _PLACES = {"top": ("p=6;x=640;y=13", 0), "bottom": ("p=8;x=640;y=787", 0), "left": ("p=6;x=13;y=400", 1)}
 
 
-class Xfce(X11Desktop):
+class Xfce(XScreenSaver, X11Desktop):
     name = "xfce"
     title = "XFCE"
-    packages = f"{X11Desktop.base_packages} xfce4-session xfwm4 xfce4-panel xfce4-settings xfdesktop4 xfce4-notifyd thunar"
+    packages = (
+        f"{X11Desktop.base_packages} xfce4-session xfwm4 xfce4-panel xfce4-settings xfdesktop4 xfce4-notifyd thunar "
+        "xscreensaver"
+    )
     releases = ("bookworm", "trixie")
     current_desktop = "XFCE"
     session_command = ("startxfce4",)
 
     def version(self):
         return self.package_version("xfce4-session")
+
+    def foreign_autostart(self):
+        return [entry for entry in super().foreign_autostart() if entry != "xscreensaver.desktop"]
 
     def await_ready(self):
         super().await_ready()

@@ -1,8 +1,8 @@
-"""What programs made with GTK 3 or Qt show of themselves, by the accessibility tree."""
+"""The notifications that programs made with GTK 3 or Qt show, by the accessibility tree."""
 
 from gi.repository import GLib
 
-_LABEL, _BUTTON = 29, 43
+from drive.tree import ROLES
 
 
 def rectangle_on_screen(one):
@@ -16,7 +16,7 @@ def notifications_of(desktop, program):
         for window in root.children():
             if not window.is_shown():
                 continue
-            texts = [one.name() or one.text() for one in window.walk() if one.role() == _LABEL]
+            texts = [one.name() or one.text() for one in window.walk() if one.role() == ROLES["label"]]
             texts = [text for text in texts if text]
             x, y, width, height = rectangle_on_screen(window)
             if texts:
