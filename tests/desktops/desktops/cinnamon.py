@@ -17,7 +17,10 @@ _PLACE = "let [x, y] = actor.get_transformed_position(); let [w, h] = actor.get_
 class Cinnamon(X11Desktop):
     name = "cinnamon"
     title = "Cinnamon"
-    packages = f"{X11Desktop.base_packages} cinnamon cinnamon-screensaver xapp-sn-watcher libxapp-gtk3-module metacity-common"
+    packages = (
+        f"{X11Desktop.base_packages} cinnamon cinnamon-screensaver xapp-sn-watcher libxapp-gtk3-module "
+        "metacity-common"
+    )
     releases = ("bookworm", "trixie")
     current_desktop = "X-Cinnamon"
     session_command = ("cinnamon-session-cinnamon",)

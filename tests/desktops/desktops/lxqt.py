@@ -16,8 +16,8 @@ class Lxqt(XScreenSaver, X11Desktop):
     name = "lxqt"
     title = "LXQt"
     packages = (
-        f"{X11Desktop.base_packages} lxqt-session lxqt-panel lxqt-notificationd lxqt-config lxqt-globalkeys lxqt-runner "
-        "lxqt-policykit lxqt-themes lxqt-qtplugin pcmanfm-qt xfwm4 xscreensaver xsettingsd"
+        f"{X11Desktop.base_packages} lxqt-session lxqt-panel lxqt-notificationd lxqt-config lxqt-globalkeys "
+        "lxqt-runner lxqt-policykit lxqt-themes lxqt-qtplugin pcmanfm-qt xfwm4 xscreensaver xsettingsd"
     )
     releases = ("bookworm", "trixie")
     current_desktop = "LXQt"

@@ -12,8 +12,8 @@ class Mate(X11Desktop):
     name = "mate"
     title = "MATE"
     packages = (
-        f"{X11Desktop.base_packages} mate-session-manager marco mate-settings-daemon mate-panel mate-themes mate-polkit "
-        "mate-notification-daemon mate-screensaver caja mate-control-center"
+        f"{X11Desktop.base_packages} mate-session-manager marco mate-settings-daemon mate-panel mate-themes "
+        "mate-polkit mate-notification-daemon mate-screensaver caja mate-control-center"
     )
     releases = ("bookworm", "trixie")
     current_desktop = "MATE"

@@ -167,7 +167,8 @@ class X11Desktop(Desktop):
     def tray_items(self):
         """What has registered with the tray: (bus name, path of the object) each."""
         try:
-            all_of_it = self.session.bus.get(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
+            path = "/StatusNotifierWatcher"
+            all_of_it = self.session.bus.get(WATCHER, path, WATCHER, "RegisteredStatusNotifierItems")
         except Refused:
             return []
         return [(item.partition("/")[0], "/" + item.partition("/")[2]) for item in all_of_it]
