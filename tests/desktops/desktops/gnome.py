@@ -11,7 +11,7 @@ from gi.repository import GLib
 
 from desktops.base import Desktop, NotHere, Window
 from drive.bus import Refused
-from drive.waiting import await_that, pump
+from drive.waiting import Missed, await_that, pump
 
 _SHELL = "org.gnome.Shell"
 _REMOTE = "org.gnome.Mutter.RemoteDesktop"
@@ -76,18 +76,29 @@ class Gnome(Desktop):
         self.set(_INTERFACE, "enable-hot-corners", "false")
         self.session.run("pipewire")
         self.session.run("wireplumber")
-        self.shell = self.session.run(
-            "gnome-shell",
-            *("--headless", "--unsafe-mode", "--no-x11", "--wayland", "--wayland-display", self.display),
-            *("--virtual-monitor", f"{self.width}x{self.height}"),
-        )
-        self.session.bus.await_name("org.gnome.Shell")
-        self.session.export(WAYLAND_DISPLAY=self.display)
-        await_that("the shell has started", lambda: self._is("!Main.layoutManager._startingUp"))
+        self._start_shell()
         self._take_devices()
         self.evaluate("Main.overview.hide()")
         await_that("the overview is gone", lambda: self._is("!Main.overview.visible"))
         self._close_notifications()
+
+    def _start_shell(self):
+        for attempt in range(3):
+            shell = self.session.run(
+                "gnome-shell",
+                *("--headless", "--unsafe-mode", "--no-x11", "--wayland", "--wayland-display", self.display),
+                *("--virtual-monitor", f"{self.width}x{self.height}"),
+            )
+            try:
+                self.session.bus.await_name("org.gnome.Shell")
+                self.session.export(WAYLAND_DISPLAY=self.display)
+                await_that("the shell has started", lambda: self._is("!Main.layoutManager._startingUp"))
+                return
+            except Missed:
+                # On a busy machine it now and then stops for good while it starts a program of its own.
+                shell.child.kill()
+                if attempt == 2:
+                    raise
 
     def version(self):
         return self.session.bus.get(_SHELL, "/org/gnome/Shell", _SHELL, "ShellVersion")
@@ -207,11 +218,11 @@ class Gnome(Desktop):
 
     def notifications(self):
         shown = self._shell_value(
-            "(tray => tray._notification && tray._banner"
+            "(tray => tray._notification && tray._banner && tray._notificationState === 2"  # it has stopped moving
             " ? [[tray._notification.title, tray._notification.body ?? tray._notification.bannerBodyText ?? '',"
             " ...middle(tray._banner)]] : [])(Main.messageTray)"
         )
-        return [tuple(one) for one in shown if None not in one]  # it has no place before it is laid out
+        return [tuple(one) for one in shown]
 
     def set_dark(self, is_dark):
         self.set(_INTERFACE, "color-scheme", "prefer-dark" if is_dark else "default")
