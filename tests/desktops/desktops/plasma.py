@@ -255,7 +255,10 @@ class Plasma(Desktop):
         self._run("plasma-apply-colorscheme", "BreezeDark" if is_dark else "BreezeLight")
 
     def set_accent(self, name):
-        self._run("plasma-apply-colorscheme", "--accent-color", _ACCENTS[name])
+        # Programs are told of it before it is written, and read it when they are told once more.
+        for _ in range(2):
+            self._run("plasma-apply-colorscheme", "--accent-color", _ACCENTS[name])
+            pump(1)
 
     def set_scale(self, factor):
         self._run("kscreen-doctor", f"output.1.scale.{factor}")
