@@ -8,7 +8,7 @@ from desktops.base import NotHere, Window
 from desktops.wlroots import WlrootsDesktop
 from drive.wlroots import Toplevel
 
-_CORNER = 240, 80
+_CORNER = 200, 60
 _SECOND = "HEADLESS-2"
 _CONFIGURATION = """<?xml version="1.0"?>
 <labwc_config>

@@ -12,7 +12,8 @@ output * background #336699 solid_color
 default_border normal 2
 default_floating_border normal 2
 for_window [app_id=".*"] floating enable
-bindsym Mod4+v exec true
+# waybar hands no activation token on. Without this line sway only marks the window as urgent.
+focus_on_window_activation smart
 """
 
 

@@ -19,13 +19,15 @@ from drive.wlroots import Keyboard, Pointer, Toplevels
 BAR_HEIGHT = 30
 _ICON = 22
 _NOBODY = pwd.getpwnam("nobody")
-_PACKAGES = "waybar mako-notifier grim swaylock wlr-randr xdg-desktop-portal-gtk xdg-desktop-portal-wlr"
+_PACKAGES = "dconf-gsettings-backend waybar mako-notifier grim swaylock wlr-randr xdg-desktop-portal-gtk xdg-desktop-portal-wlr"
 _LOOK = "org.gnome.desktop.interface"
 
 
 class WlrootsDesktop(Desktop):
     packages = _PACKAGES
     releases = ("trixie",)
+    # The main window is as high as a small screen, and must not lie below the bar.
+    width, height = 1440, 960
     outputs = 1
 
     def start(self):
