@@ -19,7 +19,10 @@ from drive.wlroots import Keyboard, Pointer, Toplevels
 BAR_HEIGHT = 30
 _ICON = 22
 _NOBODY = pwd.getpwnam("nobody")
-_PACKAGES = "dconf-gsettings-backend waybar mako-notifier grim swaylock wlr-randr xdg-desktop-portal-gtk xdg-desktop-portal-wlr"
+_PACKAGES = (
+    "dconf-gsettings-backend waybar mako-notifier grim swaylock wlr-randr "
+    "xdg-desktop-portal-gtk xdg-desktop-portal-wlr"
+)
 _LOOK = "org.gnome.desktop.interface"
 
 
