@@ -108,12 +108,16 @@ def tray(road):
     place = choose_in_tray(road, "Open Kelo")
     road.picture("tray-menu")
     road.desktop.click(*place)
-    await_that("the window is in front", road.is_in_front)
+    came = await_or_not(road.is_in_front, 15)
     other.end()
     road.desktop.click(*choose_in_tray(road, "Check for Updates…"))
     road.kelo.tree.await_one("button", "OK")
     road.picture("tray-updates")
     road.user.close_alert()
+    if not came and not road.desktop.hands_on_tokens:
+        raise Denied("each entry works, but the tray hands no activation token on: an open window stays behind others")
+    if not came:
+        raise Missed("Open Kelo left the window behind another one.")
 
 
 @check("Second start")
@@ -268,6 +272,9 @@ def lock(road):
     stays_away = not road.widget()
     road.picture("locked-and-tapped")
     road.desktop.unlock()
+    if not stays_away and not road.desktop.tells_of_lock:
+        road.kelo.run("--widget")
+        raise Denied("the lock screen covers the widget, but tells nobody that it is there")
     if not stays_away:
         raise Missed("The widget came over the lock screen.")
     pump(1)

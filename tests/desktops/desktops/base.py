@@ -37,6 +37,8 @@ class Desktop:
     packages = ""  # of Debian, separated by blanks
     releases = ()  # of Debian, by code name, where it is tried
     width, height = 1280, 800
+    hands_on_tokens = True  # whether a click in the tray lets the program come to the front
+    tells_of_lock = True  # whether programs can learn that the screen is locked
     panel_status = ""  # a part of what `kelo --hotkey-status` says of the voice panel here
 
     def __init__(self, session):
