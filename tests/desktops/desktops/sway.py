@@ -12,8 +12,8 @@ output * background #336699 solid_color
 default_border normal 2
 default_floating_border normal 2
 for_window [app_id=".*"] floating enable
-# waybar hands no activation token on. Without this line sway only marks the window as urgent.
-focus_on_window_activation smart
+# Without this line sway marks a window as urgent that comes with an activation token, and leaves it where it is.
+focus_on_window_activation focus
 """
 
 

@@ -32,6 +32,9 @@ class WlrootsDesktop(Desktop):
     # The main window is as high as a small screen, and must not lie below the bar.
     width, height = 1440, 960
     outputs = 1
+    hands_on_tokens = False
+    tells_of_lock = False
+    panel_status = "floats over all windows"
 
     def start(self):
         self.folder = self.session.folder / self.name
@@ -135,7 +138,8 @@ class WlrootsDesktop(Desktop):
 
     def work_area(self):
         width, height = self.space()
-        return 0, BAR_HEIGHT, width, height - BAR_HEIGHT
+        bar = BAR_HEIGHT if self.bar.is_running() else 0
+        return 0, bar, width, height - bar
 
     # --- parts ---------------------------------------------------------------------------------------
 
@@ -175,7 +179,7 @@ class WlrootsDesktop(Desktop):
         daemon = "org.freedesktop.Notifications"
         shown = self.session.bus.call(daemon, "/fr/emersion/Mako", mako, "ListNotifications")[0]
         # Below the bar, with mako's distance from the edges.
-        place = self.space()[0] - 160, BAR_HEIGHT + 30
+        place = self.space()[0] - 160, self.work_area()[1] + 30
         return [(one["summary"], one["body"], *place) for one in shown]
 
     def set_dark(self, is_dark):
@@ -198,7 +202,8 @@ class WlrootsDesktop(Desktop):
         self.ask("gsettings", "set", _LOOK, key, value)
 
     def set_scale(self, factor):
-        self.randr("--output", "HEADLESS-1", "--scale", factor)
+        mode = f"{self.width}x{self.height}"
+        self.randr("--output", "HEADLESS-1", "--custom-mode", mode, "--scale", factor)
         pump(0.5)
 
     def lock(self):
