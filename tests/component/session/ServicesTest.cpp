@@ -150,13 +150,16 @@ TEST_F(LoginSession, IsActiveUnlessAnotherSessionHasTheScreen) {
 TEST_F(LoginSession, WhoIsToldOfAChangeMayLetItGo) {
     manager.emplace(peer);
     std::unique_ptr<session::SeatSession> followed;
-    // What the function holds goes with it, unless it is kept while it runs.
-    const auto kept = std::make_shared<int>(0);
-    followed = std::make_unique<session::LoginSession>(*bus, [&followed, kept] {
-        followed.reset();
-        ++*kept;
-    });
-    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return *kept == 1; }));
+    bool isFunctionGone = false;
+    bool wasFunctionKept = false;
+    const auto note = [&](void*) { isFunctionGone = true; };
+    followed = std::make_unique<session::LoginSession>(
+        *bus, [&, held = std::shared_ptr<void>(nullptr, note)] {
+            followed.reset();
+            wasFunctionKept = !isFunctionGone;
+        });
+    EXPECT_TRUE(ScopedMainLoop::runUntil([&] { return isFunctionGone; }));
+    EXPECT_TRUE(wasFunctionKept);
     EXPECT_FALSE(followed);
 }
 

@@ -232,6 +232,7 @@ TEST_F(EvdevSeat, NewsOfADeviceThatStaysWithThisSeatChangesNothing) {
     ASSERT_TRUE(holdChord(keyboard));
     keyboards.seats->changed("event0");
     keyboards.seats->changed("event7");
+    keyboards.plug("mouse0");
     keyboards.seats->changed("mouse0");
     EXPECT_EQ(keyboards.openNow, 1);
     EXPECT_THAT(heard, ElementsAre(chord));
