@@ -60,6 +60,6 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/data/debian/conffil
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # What no link shows: started as programs, or loaded while running.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-"bubblewrap, xdg-dbus-proxy, glib-networking, gstreamer1.0-pulseaudio, librsvg2-common, adwaita-icon-theme, libpam-runtime, default-dbus-session-bus | dbus-session-bus")
+"bubblewrap, xdg-dbus-proxy, glib-networking, ca-certificates, gstreamer1.0-pulseaudio, librsvg2-common, adwaita-icon-theme, libpam-runtime, default-dbus-session-bus | dbus-session-bus")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gnome-keyring | kwalletmanager, at-spi2-core, xdg-utils, fonts-dejavu-core | fonts-liberation")
 include(CPack)

@@ -65,9 +65,10 @@ TEST(DebianPackage, HoldsEverythingInItsPlace) {
 TEST(DebianPackage, DependsAlsoOnWhatNoLinkShows) {
     const auto depends =
         runCommand("dpkg-deb -f " + quoted(Packages::ofThisBuild().package()) + " Depends");
-    for (const auto* package : {"libgtkmm-4.0", "libwebkitgtk-6.0", "libpam0g", "libplist",
-                                "libarchive13", "libxml2", "bubblewrap", "xdg-dbus-proxy",
-                                "glib-networking", "gstreamer1.0-pulseaudio", "dbus-session-bus"})
+    for (const auto* package :
+         {"libgtkmm-4.0", "libwebkitgtk-6.0", "libpam0g", "libplist", "libarchive13", "libxml2",
+          "bubblewrap", "xdg-dbus-proxy", "glib-networking", "ca-certificates",
+          "gstreamer1.0-pulseaudio", "dbus-session-bus"})
         EXPECT_THAT(depends.output, HasSubstr(package));
 }
 
