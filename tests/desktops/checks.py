@@ -14,6 +14,7 @@ class Denied(Exception):
 
 
 ALL = []
+WIDGET = "Kelo voice assistant"  # the title of its window
 
 
 def check(title):
@@ -49,16 +50,19 @@ class Road:
     def other(self, command=()):
         return OtherProgram(self.desktop, self.folder, command)
 
+    def main_windows(self):
+        """Their title is the page's."""
+        return [one for one in self.kelo.windows() if one.title != WIDGET]
+
     def main_window(self):
-        return self.kelo.await_window("*Kelo")
+        return await_that("the main window is there", lambda: next(iter(self.main_windows()), None))
 
     def is_in_front(self):
-        windows = self.desktop.windows()
-        return any(one.pid == self.kelo.process.pid and one.title == "Kelo" and one.has_keyboard for one in windows)
+        return any(one.has_keyboard for one in self.main_windows())
 
     def widget(self):
         """The page of a hidden window goes on saying that it is shown: the window has to be there, too."""
-        window = any(self.kelo.tree.find(role, "Kelo voice assistant") for role in ("frame", "window"))
+        window = any(self.kelo.tree.find(role, WIDGET) for role in ("frame", "window"))
         return window and self.kelo.tree.find("button", "Start microphone", "page")
 
 
@@ -129,6 +133,28 @@ def second_start(road):
     finally:
         road.picture("second-start")
         other.end()
+
+
+@check("Notifications of a page")
+def notifications(road):
+    road.kelo.run("https://localhost:8443/gallery/notifications.html")
+    road.kelo.click("button", "Ask for permission", "page")
+    road.kelo.click("button", "Allow")
+    road.kelo.tree.await_gone("button", "Allow")
+    road.kelo.click("button", "Notify in ten seconds*", "page")
+    other = road.other()
+    try:
+        _title, _body, x, y = await_that(
+            "the page's notification is shown",
+            lambda: next((one for one in road.desktop.notifications() if "message from the gallery" in one[0]), None),
+        )
+        road.picture("notification")
+        road.desktop.click(x, y)
+        await_that("a click on it brings the window to the front", road.is_in_front)
+    finally:
+        other.end()
+        road.desktop.press("Alt_L", "Home")
+        road.user.await_signed_in()
 
 
 @check("No tray")
