@@ -71,15 +71,14 @@ TEST(CodeMap, LeadsToEachRoom) {
 TEST(PageForPorting, LeadsToEachInterfaceAndEachRoomOfTheSystem) {
     const auto named = pathsIn(root / "docs" / "PORTING.md");
     for (const auto& entry : fs::directory_iterator(root / "src" / "platform")) {
-        const bool isInterface = textOf(entry.path()).find("\n    virtual ") != std::string::npos;
+        const bool isInterface = entry.path().extension() == ".h" &&
+                                 textOf(entry.path()).find("\n    virtual ") != std::string::npos;
         const std::string header = fs::relative(entry.path(), root).string();
-        if (isInterface && entry.path().extension() == ".h")
-            EXPECT_TRUE(leadTo(named, header)) << header;
+        EXPECT_TRUE(!isInterface || leadTo(named, header)) << header;
     }
     for (const auto& entry : fs::directory_iterator(root / "src" / "linux")) {
         const std::string room = fs::relative(entry.path(), root).string();
-        if (entry.is_directory())
-            EXPECT_TRUE(leadTo(named, room)) << room;
+        EXPECT_TRUE(!entry.is_directory() || leadTo(named, room)) << room;
     }
 }
 
