@@ -1,11 +1,14 @@
 #include "component/gtk/RunningProgram.h"
+#include "linux/gtk/kit/AccentColor.h"
 
 #include <giomm/dbusconnection.h>
 #include <giomm/dbusinterfacevtable.h>
 #include <giomm/dbusintrospection.h>
 #include <glibmm/miscutils.h>
 #include <gtest/gtest.h>
+#include <gtkmm/button.h>
 #include <gtkmm/settings.h>
+#include <gtkmm/stylecontext.h>
 
 namespace kelo::tests {
 namespace {
@@ -13,7 +16,7 @@ namespace {
 constexpr const char* path = "/org/freedesktop/portal/desktop";
 constexpr const char* interface = "org.freedesktop.portal.Settings";
 
-/// The part of a desktop's portal that reports the color scheme.
+/// The part of a desktop's portal that reports colors.
 class FakePortal {
 public:
     explicit FakePortal(guint32 scheme)
@@ -36,30 +39,58 @@ public:
 
     void change(guint32 next) {
         scheme = next;
+        announce("color-scheme");
+    }
+    void changeAccent(double red, double green, double blue) {
+        accent = Glib::VariantBase(g_variant_new("(ddd)", red, green, blue));
+        announce("accent-color");
+    }
+
+    /// The desktop's contrast, which is none of these settings.
+    void changeContrast(guint32 next) {
+        contrast = next;
+        announce("contrast");
+    }
+
+private:
+    void announce(const Glib::ustring& key) {
         connection->emit_signal(
             path, interface, "SettingChanged", {},
             Glib::VariantContainerBase::create_tuple(
                 {Glib::Variant<Glib::ustring>::create("org.freedesktop.appearance"),
-                 Glib::Variant<Glib::ustring>::create("color-scheme"), value()}));
+                 Glib::Variant<Glib::ustring>::create(key), value(key)}));
     }
-
-private:
-    Glib::VariantBase value() const {
-        return Glib::Variant<Glib::VariantBase>::create(Glib::Variant<guint32>::create(scheme));
+    Glib::VariantBase value(const Glib::ustring& key) const {
+        return Glib::Variant<Glib::VariantBase>::create(
+            key == "accent-color"
+                ? accent
+                : Glib::Variant<guint32>::create(key == "contrast" ? contrast : scheme));
     }
 
     guint32 scheme;
+    guint32 contrast = 0;
+    Glib::VariantBase accent{g_variant_new("(ddd)", -1.0, -1.0, -1.0)};
     Glib::RefPtr<Gio::DBus::Connection> connection;
     Gio::DBus::InterfaceVTable table{[this](const Glib::RefPtr<Gio::DBus::Connection>&,
                                             const Glib::ustring&, const Glib::ustring&,
                                             const Glib::ustring&, const Glib::ustring&,
-                                            const Glib::VariantContainerBase&,
+                                            const Glib::VariantContainerBase& asked,
                                             const Glib::RefPtr<Gio::DBus::MethodInvocation>& call) {
+        Glib::Variant<Glib::ustring> key;
+        asked.get_child(key, 1);
         // Portals wrap the reply in one more variant than the interface suggests.
         call->return_value(Glib::VariantContainerBase::create_tuple(
-            Glib::Variant<Glib::VariantBase>::create(value())));
+            Glib::Variant<Glib::VariantBase>::create(value(key.get()))));
     }};
 };
+
+/// In the style of this display; empty where there is no such color.
+std::string namedColor(const char* name) {
+    Gtk::Button anything;
+    Gdk::RGBA color;
+    const bool isThere = anything.get_style_context()->lookup_color(name, color);
+    return isThere ? color.to_string() : "";
+}
 
 bool isDark() {
     return Gtk::Settings::get_default()->property_gtk_application_prefer_dark_theme();
@@ -77,6 +108,50 @@ TEST(ColorScheme, FollowsTheDesktopAndItsChanges) {
         portal.change(0);
         RunningProgram::until("it is as the toolkit has it", [] { return !isDark(); });
     });
+}
+
+TEST(ColorScheme, FollowsAPortalThatComesLater) {
+    RunningProgram program;
+    program.run([&] {
+        EXPECT_FALSE(isDark());
+        FakePortal portal(1);
+        RunningProgram::until("it is dark", isDark);
+        portal.change(0);
+        RunningProgram::until("it is as the toolkit has it", [] { return !isDark(); });
+    });
+}
+
+TEST(AccentColor, IsThatOfTheDesktopAndFollowsItsChanges) {
+    RunningProgram program;
+    FakePortal portal(2);
+    portal.changeAccent(0, 0.5, 0);
+    program.run([&] {
+        const auto accentIs = [](const char* color) {
+            return [color] {
+                return namedColor("kelo_accent") == color &&
+                       namedColor("theme_selected_bg_color") == color;
+            };
+        };
+        RunningProgram::until("it is green", accentIs("rgb(0,128,0)"));
+        EXPECT_EQ(namedColor("theme_selected_fg_color"), "rgb(255,255,255)");
+        portal.changeContrast(1);
+        portal.changeAccent(1, 1, 0);
+        RunningProgram::until("it is yellow", accentIs("rgb(255,255,0)"));
+        EXPECT_FALSE(isDark()) << "what is told of the contrast is no color scheme";
+        EXPECT_EQ(namedColor("theme_selected_fg_color"), "rgb(0,0,0)");
+        portal.changeAccent(-1, -1, -1);
+        RunningProgram::until("it is the theme's own", [] {
+            return namedColor("kelo_accent").empty() &&
+                   namedColor("theme_selected_bg_color") != "rgb(255,255,0)";
+        });
+    });
+}
+
+TEST(AccentColor, TextIsWhiteUnlessThatCanHardlyBeRead) {
+    EXPECT_EQ(gtk::textColorOn({0.21, 0.52, 0.89}), "#ffffff");
+    EXPECT_EQ(gtk::textColorOn({0.56, 0.94, 0.64}), "#000000");
+    EXPECT_EQ(gtk::textColorOn({0, 0, 0}), "#ffffff");
+    EXPECT_EQ(gtk::textColorOn({1, 1, 1}), "#000000");
 }
 
 TEST(ColorScheme, WithoutAPortalTheToolkitsOwnSettingStands) {
