@@ -222,7 +222,7 @@ class Gnome(Desktop):
             " ? [[tray._notification.title, tray._notification.body ?? tray._notification.bannerBodyText ?? '',"
             " ...middle(tray._banner)]] : [])(Main.messageTray)"
         )
-        return [tuple(one) for one in shown]
+        return [tuple(one) for one in shown if None not in one]  # it has no place before it is laid out
 
     def set_dark(self, is_dark):
         self.set(_INTERFACE, "color-scheme", "prefer-dark" if is_dark else "default")
