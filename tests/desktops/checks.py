@@ -150,7 +150,12 @@ def notifications(road):
         )
         road.picture("notification")
         road.desktop.click(x, y)
-        await_that("a click on it brings the window to the front", road.is_in_front)
+        try:
+            await_that("a click on it brings the window to the front", road.is_in_front, 15)
+        except Missed:
+            if road.desktop.sends_tokens:
+                raise
+            raise Denied("a click comes without a token, so that an open window stays behind others") from None
     finally:
         other.end()
         road.desktop.press("Alt_L", "Home")

@@ -39,6 +39,7 @@ class Desktop:
     width, height = 1280, 800
     hands_on_tokens = True  # whether a click in the tray lets the program come to the front
     tells_of_lock = True  # whether programs can learn that the screen is locked
+    sends_tokens = True  # with a click on a notification: what lets the window come to the front
     panel_status = ""  # a part of what `kelo --hotkey-status` says of the voice panel here
 
     def __init__(self, session):

@@ -293,6 +293,7 @@ class Gnome43(Gnome):
     name = "gnome-43"
     title = "GNOME Shell"
     releases = ("bookworm",)
+    sends_tokens = False  # but a time in the way of X11, which counts for nothing on Wayland
 
     def set_accent(self, name):
         raise NotHere("GNOME has accent colours since 47")
