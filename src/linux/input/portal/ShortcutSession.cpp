@@ -12,6 +12,10 @@ namespace {
 
 constexpr const char* shortcut = "widget";
 
+/// Plasma 5.27 keeps the user's keys under this name, and shows it where they are set. It must be
+/// the same at each start.
+constexpr const char* token = "Kelo";
+
 /// The portal does not accept modifiers alone. The user may choose other keys.
 constexpr const char* trigger = "CTRL+ALT+space";
 
@@ -27,13 +31,24 @@ GVariant* shortcuts() {
     return g_variant_builder_end(&list);
 }
 
+bool namesTheShortcut(GVariant* results) {
+    const gobject::GVariantPointer bound(
+        g_variant_lookup_value(results, "shortcuts", G_VARIANT_TYPE("a(sa{sv})")));
+    for (gsize at = 0; bound && at < g_variant_n_children(bound.get()); ++at) {
+        const char* name = nullptr;
+        g_variant_get_child(bound.get(), at, "(&s@a{sv})", &name, nullptr);
+        if (std::string_view(name) == shortcut)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 ShortcutSession::ShortcutSession(bus::Connection bus, std::string owner, Handlers handlers)
     : connection(std::move(bus)),
       portalOwner(std::move(owner)),
       handlers(std::move(handlers)),
-      token(portalToken()),
       activated(connection, {portalOwner, "", portal::globalShortcuts}, "Activated",
                 [this](const std::string&, GVariant* values) { triggered(values, true); }),
       deactivated(connection, {portalOwner, "", portal::globalShortcuts}, "Deactivated",
@@ -67,9 +82,11 @@ void ShortcutSession::introduce() {
 }
 
 void ShortcutSession::create() {
-    const auto parameters = [this](GVariantBuilder* options) {
-        g_variant_builder_add(options, "{sv}", "session_handle_token",
-                              g_variant_new_string(token.c_str()));
+    const auto parameters = [](GVariantBuilder* options) {
+        g_variant_builder_add(options, "{sv}", "session_handle_token", g_variant_new_string(token));
+        // Plasma 5.27 binds what is named here and leaves out what is named later. Other portals
+        // ignore it.
+        g_variant_builder_add(options, "{sv}", "shortcuts", shortcuts());
         return g_variant_new("(a{sv})", options);
     };
     request.emplace(connection, portalOwner, "CreateSession", parameters,
@@ -85,8 +102,12 @@ void ShortcutSession::created(GVariant* results) {
                                   g_variant_is_of_type(handle.get(), G_VARIANT_TYPE_OBJECT_PATH));
     session = named ? g_variant_get_string(handle.get(), nullptr)
                     : portalPath(connection, "session", token);
-    if (g_variant_is_object_path(session.c_str()))
+    if (g_variant_is_object_path(session.c_str())) {
+        // Plasma 5.27 would open its settings at each start if it were asked once more.
+        if (namesTheShortcut(results))
+            return request.reset();
         return bind();
+    }
     g_warning("The portal names its session \"%s\", which is no path.", session.c_str());
     session.clear();
 }

@@ -40,7 +40,6 @@ private:
     bus::Connection connection;
     std::string portalOwner;
     Handlers handlers;
-    std::string token;
     /// The path of the open session; empty without one.
     std::string session;
     bus::Calls calls;

@@ -107,6 +107,19 @@ TEST_F(PortalSource, AShortcutThatIsNamedInTheAnswerIsBoundWhateverItsNumber) {
     EXPECT_THAT(asked(), ElementsAre("CreateSession", bound)) << "the session is kept";
 }
 
+TEST_F(PortalSource, APortalThatBindsTheShortcutWithTheSessionIsNotAskedOnceMore) {
+    startPortal(R"({"early": true})");
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntilAsked(1));
+    ASSERT_TRUE(ScopedMainLoop::runUntil([&] {
+        if (heard.empty())
+            press();
+        return !heard.empty();
+    }));
+    EXPECT_THAT(heard, ElementsAre(control | option));
+    EXPECT_THAT(asked(), ElementsAre("CreateSession"));
+}
+
 TEST_F(PortalSource, ASessionThatIsRefusedIsTheEndOfIt) {
     startPortal(R"({"refuses": "CreateSession"})");
     ASSERT_TRUE(start());
@@ -168,12 +181,22 @@ TEST_F(PortalSource, ASessionThatThePortalEndsIsAskedForOnceMore) {
     startPortal();
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntilAsked(2));
+    const auto sessionName = [&] {
+        const auto answer = command("Session");
+        return std::string(
+            answer ? g_variant_get_string(
+                         GVariantPointer(g_variant_get_child_value(answer.get(), 0)).get(), nullptr)
+                   : "");
+    };
+    const std::string first = sessionName();
     press();
     ASSERT_TRUE(waitFor(1));
     command("EndSession");
     ASSERT_TRUE(waitFor(2));
     EXPECT_THAT(heard, ElementsAre(control | option, 0)) << "its end releases the keys";
     ASSERT_TRUE(waitUntilAsked(4));
+    EXPECT_EQ(sessionName(), first) << "some portals keep the user's keys under its name";
+    EXPECT_THAT(first, testing::EndsWith("/Kelo"));
     EXPECT_THAT(asked(), ElementsAre("CreateSession", bound, "CreateSession", bound));
 
     press();

@@ -6,6 +6,7 @@ Parameters:
   registry   true: it wants to be told who asks
   refuses    the method that the user or the portal refuses
   misnumbers true: it binds shortcuts, and answers with the number of a failure
+  early      true: it binds only shortcuts that are named with the session, and answers with them
   ignores    the method that is taken, but never responded to
   confuses   true: before each response, another request's refusal goes to the client, too
 """
@@ -31,6 +32,8 @@ def load(mock, parameters):
     mock.client = None
     mock.refuses = parameters.get('refuses')
     mock.misnumbers = bool(parameters.get('misnumbers', False))
+    mock.early = bool(parameters.get('early', False))
+    mock.named = []
     mock.ignores = parameters.get('ignores')
     mock.confuses = bool(parameters.get('confuses', False))
     mock.has_registry = bool(parameters.get('registry', False))
@@ -97,8 +100,12 @@ def CreateSession(self, options, sender=None):
         raise unknown_method()
     session = place('session', sender, options['session_handle_token'])
     self.sessions.append(session)
+    self.named = [str(name) for name, _properties in options.get('shortcuts', [])]
     self.AddObject(session, SESSION, {}, [('Close', '', '', noting('Close session'))])
-    return respond(self, 'CreateSession', options, {'session_handle': session})
+    results = {'session_handle': session}
+    if self.early:
+        results['shortcuts'] = dbus.Array(options.get('shortcuts', []), signature='(sa{sv})')
+    return respond(self, 'CreateSession', options, results)
 
 
 @dbus.service.method(MAIN_IFACE, in_signature='oa(sa{sv})sa{sv}', out_signature='o',
@@ -141,8 +148,11 @@ def PressInAnotherSession(self):
 @dbus.service.method(MOCK_IFACE, in_signature='', out_signature='')
 def EndSession(self):
     send(self, self.sessions[-1], SESSION, 'Closed', 'a{sv}', dbus.Dictionary({}, signature='sv'))
+    self.RemoveObject(self.sessions[-1])
 
 
 def trigger(mock, name, shortcut, session):
+    if mock.early and shortcut not in mock.named:
+        return
     send(mock, MAIN_OBJ, MAIN_IFACE, name, 'osta{sv}', dbus.ObjectPath(session), shortcut,
          dbus.UInt64(0), dbus.Dictionary({}, signature='sv'))
