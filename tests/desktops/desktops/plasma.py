@@ -11,7 +11,7 @@ from gi.repository import GLib
 
 from desktops.base import Desktop, NotHere, Window
 from drive.bus import Refused
-from drive.kwin import KWIN, FakeInput, WindowList, X11Pointer, read_xvfb, take_picture, write_picture
+from drive.kwin import KWIN, FakeInput, WindowList, X11Pointer, read_xvfb, write_picture
 from drive.tree import ROLES, Accessible
 from drive.waiting import await_that, pump
 from drive.wayland import WaylandConnection
@@ -36,12 +36,13 @@ Name=Python
 Exec={program}
 NoDisplay=true
 X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input
-X-KDE-DBUS-Restricted-Interfaces=org.kde.KWin.ScreenShot2
 """
 
 
 class Plasma(Desktop):
-    """What versions 5 and 6 have in common."""
+    """What versions 5 and 6 have in common. Without a graphics card KWin takes no pictures, and with one drawn by
+    the processor version 5 takes none of its lock screen: its screen is a window that fills a screen of Xvfb, which
+    keeps what it shows in a file."""
 
     major = ""
 
@@ -124,7 +125,16 @@ class Plasma(Desktop):
         self.session.bus.await_name("org.freedesktop.ScreenSaver")
 
     def _start_compositor(self):
-        raise NotImplementedError
+        folder = self.session.folder / "screen"
+        folder.mkdir()
+        size = f"{self.width}x{self.height}x24"
+        server = self.session.run("Xvfb", "-displayfd", "1", "-screen", "0", size, "-fbdir", folder, "-nolisten", "tcp",
+                                  "-noreset")  # fmt: skip
+        number = await_that("Xvfb is there", lambda: re.search(r"^\d+$", server.printed(), re.MULTILINE))[0]
+        self.screen = folder / "Xvfb_screen0"
+        self.pointer = X11Pointer(f":{number}")
+        # It draws by itself: a window of its own to draw into by OpenGL needs a graphics card.
+        self._kwin("--x11-display", f":{number}", environment={"KWIN_COMPOSE": "Q"})
 
     def version(self):
         return _TOLD.search(subprocess.check_output(["plasmashell", "--version"], text=True))[0]
@@ -138,9 +148,15 @@ class Plasma(Desktop):
         self.input.turn_button(code, is_down)
 
     def move_to(self, x, y):
+        # The server draws the pointer, so it has to know where it is.
+        scale = self.width / self._panel()["width"]
+        self.pointer.move_to(round(x * scale), round(y * scale))
         self.input.move_to(x, y)
 
     # --- looking -------------------------------------------------------------------------------------
+
+    def picture(self, file):
+        write_picture(file, *read_xvfb(self.screen))
 
     def windows(self):
         return [
@@ -298,34 +314,11 @@ class Plasma(Desktop):
 
 
 class Plasma6(Plasma):
-    """Without a graphics card this KWin draws by itself and then takes no pictures: its screen is a window that fills
-    a screen of Xvfb, which keeps what it shows in a file."""
-
     name = "plasma-6"
     title = "Plasma"
     major = "6"
     packages = "kwin-wayland libkscreen-bin plasma-desktop plasma-workspace qt6-wayland xdg-desktop-portal-kde"
     releases = ("trixie",)
-
-    def _start_compositor(self):
-        folder = self.session.folder / "screen"
-        folder.mkdir()
-        size = f"{self.width}x{self.height}x24"
-        server = self.session.run("Xvfb", "-displayfd", "1", "-screen", "0", size, "-fbdir", folder, "-nolisten", "tcp",
-                                  "-noreset")  # fmt: skip
-        number = await_that("Xvfb is there", lambda: re.search(r"^\d+$", server.printed(), re.MULTILINE))[0]
-        self.screen = folder / "Xvfb_screen0"
-        self.pointer = X11Pointer(f":{number}")
-        self._kwin("--x11-display", f":{number}")
-
-    def move_to(self, x, y):
-        # The server draws the pointer, so it has to know where it is.
-        scale = self.width / self._panel()["width"]
-        self.pointer.move_to(round(x * scale), round(y * scale))
-        super().move_to(x, y)
-
-    def picture(self, file):
-        write_picture(file, *read_xvfb(self.screen))
 
 
 class Plasma5(Plasma):
@@ -334,10 +327,3 @@ class Plasma5(Plasma):
     major = "5"
     packages = "kwin-wayland libkf5screen-bin plasma-desktop plasma-workspace qtwayland5 xdg-desktop-portal-kde"
     releases = ("bookworm",)
-
-    def _start_compositor(self):
-        # It does not draw by OpenGL without a graphics card unless it is told to, and only then takes pictures.
-        self._kwin("--virtual", environment={"KWIN_COMPOSE": "O2", "LIBGL_ALWAYS_SOFTWARE": "1"})
-
-    def picture(self, file):
-        take_picture(self.session.bus, 0, 0, self.width, self.height, file)

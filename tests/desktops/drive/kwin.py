@@ -1,9 +1,8 @@
-"""What KWin offers to programs that it lets: input like that of devices, pictures, and the list of windows by way of
-its scripts. Requests are numbered as in the protocol fake-input of KDE."""
+"""What KWin offers to programs that it lets: input like that of devices, and the list of windows by way of its scripts.
+Pictures are those of the X server that it is drawn by. Requests are numbered as in the protocol fake-input of KDE."""
 
 import ctypes
 import json
-import os
 import pathlib
 import struct
 import zlib
@@ -62,22 +61,6 @@ def write_picture(file, width, height, stride, pixels):
         return bytes(colours)
 
     write_png(file, width, height, [row(number) for number in range(height)])
-
-
-def take_picture(bus, x, y, width, height, file):
-    """Of a part of the screen, in its points; needs a KWin that draws by OpenGL."""
-    end, pipe = os.pipe()
-    descriptors = Gio.UnixFDList.new_from_array([pipe])
-    arguments = GLib.Variant("(iiuua{sv}h)", (x, y, width, height, {"native-resolution": GLib.Variant("b", True)}, 0))
-    reply, _none = bus.connection.call_with_unix_fd_list_sync(
-        KWIN, "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2", "CaptureArea", arguments, None,
-        Gio.DBusCallFlags.NONE, 30_000, descriptors, None,
-    )  # fmt: skip
-    told = reply.unpack()[0]
-    size = told["stride"] * told["height"]
-    with os.fdopen(end, "rb") as stream:
-        pixels = stream.read(size)
-    write_picture(file, told["width"], told["height"], told["stride"], pixels)
 
 
 def read_xvfb(file):
