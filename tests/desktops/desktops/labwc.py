@@ -13,7 +13,7 @@ _SECOND = "HEADLESS-2"
 _CONFIGURATION = """<?xml version="1.0"?>
 <labwc_config>
   <windowRules>
-    <windowRule identifier="*" type="normal"><action name="MoveTo" x="{}" y="{}"/></windowRule>
+    <windowRule identifier="*"><action name="MoveTo" x="{}" y="{}"/></windowRule>
   </windowRules>
 </labwc_config>
 """
