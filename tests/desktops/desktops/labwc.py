@@ -1,5 +1,5 @@
-"""labwc, which stacks windows as openbox does. It tells nobody where they are: a rule puts each at the same place, and
-the tree of accessibility knows how large it is."""
+"""labwc, which stacks windows as openbox does. It tells nobody where they are: a rule puts each at the same place,
+without a title bar of labwc's that would shift its contents, and the tree of accessibility knows how large it is."""
 
 import os
 import pathlib
@@ -13,7 +13,7 @@ _SECOND = "HEADLESS-2"
 _CONFIGURATION = """<?xml version="1.0"?>
 <labwc_config>
   <windowRules>
-    <windowRule identifier="*"><action name="MoveTo" x="{}" y="{}"/></windowRule>
+    <windowRule identifier="*" serverDecoration="no"><action name="MoveTo" x="{}" y="{}"/></windowRule>
   </windowRules>
 </labwc_config>
 """

@@ -151,7 +151,7 @@ TEST_F(PanelOnSwayTest, AskedForAgainItTakesTheKeyboardAgain) {
 
 TEST_F(PanelOnSwayTest, IsOnTheFirstOfTwoOutputsWhicheverIsInUse) {
     const std::string second = desktop.addOutput(800, 700);
-    desktop.click(1280 + 400, 350);
+    desktop.sway("focus output " + second);
     show();
     expectBox({320, 388, 640, 620});
     expectNothingOn(second);
