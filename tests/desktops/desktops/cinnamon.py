@@ -18,8 +18,7 @@ class Cinnamon(X11Desktop):
     name = "cinnamon"
     title = "Cinnamon"
     packages = (
-        f"{X11Desktop.base_packages} cinnamon cinnamon-screensaver xapp-sn-watcher libxapp-gtk3-module "
-        "metacity-common"
+        f"{X11Desktop.base_packages} cinnamon cinnamon-screensaver xapp-sn-watcher libxapp-gtk3-module metacity-common"
     )
     releases = ("bookworm", "trixie")
     current_desktop = "X-Cinnamon"
@@ -80,19 +79,25 @@ class Cinnamon(X11Desktop):
         self.run("gsettings", "set", _INTERFACE, "text-scaling-factor", "1.25" if factor == 1.25 else "1.0")
         if factor == 1.25:
             return
+        self.rescale(factor)
         monitors = "org.cinnamon.Muffin.DisplayConfig"
         where = monitors, "/org/cinnamon/Muffin/DisplayConfig", monitors
         serial, [(monitor, modes, _more)], _logical, _properties = self.session.bus.call(*where, "GetCurrentState")
-        mode = next(one[0] for one in modes if one[1] == self.width * factor)
+        mode = next(one[0] for one in modes if "is-current" in one[6])
         placed = [(0, 0, float(factor), 0, True, [(monitor[0], mode, {})])]
         arguments = GLib.Variant("(uua(iiduba(ssa{sv}))a{sv})", (serial, 1, placed, {}))
         self.session.bus.call(*where, "ApplyMonitorsConfig", arguments)
-        self.rescale(factor)
+        pump(2)
 
     def lock(self):
-        self.session.run("cinnamon-screensaver-command", "--lock")
-        await_that("the lock screen covers the screen", lambda: self.covered_by("cinnamon-screensaver"))
-        pump(2)
+        """Its service ends when the theme has changed, and is started again by the next command."""
+
+        def lock():
+            self.session.run("cinnamon-screensaver-command", "--lock")
+            pump(6)
+            return self.covered_by("cinnamon-screensaver")
+
+        await_that("the lock screen covers the screen", lock)
 
     def unlock(self):
         """Without a question: the lock screen stays black where there is nothing that accelerates drawing."""

@@ -35,6 +35,8 @@ class Lxqt(XScreenSaver, X11Desktop):
         super().prepare_home()
         self.folder.mkdir(exist_ok=True)
         (self.folder / "session.conf").write_text("[General]\nwindow_manager=xfwm4\n", encoding="utf-8")
+        known = [pathlib.Path(folder) / "lxqt" / "panel.conf" for folder in ("/etc/xdg", "/usr/share")]
+        self.panel_settings = next(file for file in known if file.exists()).read_text(encoding="utf-8")
 
     def foreign_autostart(self):
         return [entry for entry in super().foreign_autostart() if entry != "xscreensaver.desktop"]
@@ -47,22 +49,21 @@ class Lxqt(XScreenSaver, X11Desktop):
         panel = self._panel()
         for one in panel.walk() if panel else ():
             if one.role() == ROLES["button"] and one.name() == "+":
-                icons = [icon for icon in one.parent().children() if icon.path != one.path]
+                icons = [icon for icon in one.parent().children() if "Kelo" in icon.description()]
                 if icons and icons[0].extents()[2] > 0:
                     x, y, width, height = icons[0].extents()
                     return x + width / 2, y + height / 2
         return None
 
-    def _restart_panel(self, change):
-        """The panel writes down what it knows when it ends, so its file is changed in between."""
+    def _restart_panel(self, pattern, replacement):
+        """With another setting. The panel writes down what it knows when it ends, so that is done in between."""
         session = "org.lxqt.session"
         which = GLib.Variant("(s)", ("lxqt-panel.desktop",))
         self.session.bus.call(session, "/LXQtSession", session, "stopModule", which)
         await_that("the panel has ended", lambda: not self._panel())
         pump(1.5)  # until the session has noticed
-        file = self.folder / "panel.conf"
-        source = file if file.exists() else pathlib.Path("/usr/share/lxqt/panel.conf")
-        file.write_text(change(source.read_text(encoding="utf-8")), encoding="utf-8")
+        self.panel_settings = re.sub(pattern, replacement, self.panel_settings, flags=re.MULTILINE)
+        (self.folder / "panel.conf").write_text(self.panel_settings, encoding="utf-8")
         self.session.bus.call(session, "/LXQtSession", session, "startModule", which)
         await_that("the panel is back", self._panel_windows)
 
@@ -70,17 +71,11 @@ class Lxqt(XScreenSaver, X11Desktop):
         return [one for one in self.windows() if one.program == "lxqt-panel"]
 
     def without_tray(self):
-        def change(text):
-            return re.sub(r"(?m)^(plugins=.*?), *statusnotifier, *tray\b", r"\1", text)
-
-        self._restart_panel(change)
+        self._restart_panel(r"^(plugins=.*?), *statusnotifier, *tray\b", r"\1")
         await_that("the tray is gone", lambda: not self.tray_items())
 
     def move_panel(self, edge):
-        def change(text):
-            return re.sub(r"(?m)^position=.*$", f"position={edge.capitalize()}", text)
-
-        self._restart_panel(change)
+        self._restart_panel(r"^position=.*$", f"position={edge.capitalize()}")
         self.await_panel(edge)
 
     def notifications(self):

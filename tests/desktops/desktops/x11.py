@@ -167,11 +167,10 @@ class X11Desktop(Desktop):
     def tray_items(self):
         """What has registered with the tray: (bus name, path of the object) each."""
         try:
-            path = "/StatusNotifierWatcher"
-            all_of_it = self.session.bus.get(WATCHER, path, WATCHER, "RegisteredStatusNotifierItems")
+            items = self.session.bus.get(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
         except Refused:
             return []
-        return [(item.partition("/")[0], "/" + item.partition("/")[2]) for item in all_of_it]
+        return [(item.partition("/")[0], "/" + item.partition("/")[2]) for item in items]
 
     def kelo_item(self):
         for name, path in self.tray_items():

@@ -22,12 +22,10 @@ class Xfce(XScreenSaver, X11Desktop):
     def version(self):
         return self.package_version("xfce4-session")
 
-    def foreign_autostart(self):
-        return [entry for entry in super().foreign_autostart() if entry != "xscreensaver.desktop"]
-
     def await_ready(self):
         super().await_ready()
         await_that("the tray is drawn", lambda: self.plug_of("wrapper-2.0"))
+        self.session.run("xscreensaver", "-no-splash")
 
     def tray_icon_place(self):
         # The other plug-ins with a window of their own come behind it.

@@ -44,6 +44,9 @@ class Accessible:
     def name(self):
         return self._get(_ACCESSIBLE, "Name", "")
 
+    def description(self):
+        return self._get(_ACCESSIBLE, "Description", "")
+
     def role(self):
         return self._ask(_ACCESSIBLE, "GetRole", default=0)
 
