@@ -31,8 +31,7 @@ void TrayItem::later(std::function<void()> action) {
         const auto handlers = weak.lock();
         if (!handlers)
             return;
-        if (!token.empty())
-            handlers->useActivationToken(token);
+        handlers->chosen(token);
         action();
     });
 }

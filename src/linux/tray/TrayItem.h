@@ -20,9 +20,9 @@ public:
         /// The user chose the item itself instead of its menu.
         std::function<void()> activate;
         std::function<void()> openSettings;
-        /// Called before the user's choice runs, if the desktop sent an activation token for the
-        /// window that the choice raises.
-        std::function<void(std::string token)> useActivationToken;
+        /// Called before the user's choice runs, with the activation token that the desktop sent
+        /// for the window that the choice raises; empty if it sent none.
+        std::function<void(std::string token)> chosen;
     };
 
     /// path: of the item on the bus. identifier: of the program, the same in every process of it.

@@ -2,6 +2,8 @@
 
 #include <gdk/x11/gdkx.h>
 
+#include <X11/Xatom.h>
+
 // Nothing takes the place of these functions. The panel and the modifier keys need the X server
 // itself, which a program can only reach on the toolkit's connection.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -34,6 +36,24 @@ Atom xlibAtom(GdkDisplay* display, const char* name) {
 
 int xinputDevice(GdkDevice* device) {
     return gdk_x11_device_get_id(device);
+}
+
+// The server tells its time with events alone, and a change of a property causes one.
+unsigned serverTime(GdkDisplay* display) {
+    Display* const x = xlibDisplay(display);
+    XSetWindowAttributes attributes{};
+    attributes.event_mask = PropertyChangeMask;
+    const Window window = XCreateWindow(x, DefaultRootWindow(x), 0, 0, 1, 1, 0, 0, InputOnly,
+                                        CopyFromParent, CWEventMask, &attributes);
+    XChangeProperty(x, window, XA_WM_NAME, XA_STRING, 8, PropModeAppend, nullptr, 0);
+    XEvent event;
+    XWindowEvent(x, window, PropertyChangeMask, &event);
+    XDestroyWindow(x, window);
+    return static_cast<unsigned>(event.xproperty.time);
+}
+
+unsigned userTime(GdkDisplay* display) {
+    return gdk_x11_display_get_user_time(display);
 }
 
 void setUserTime(GdkSurface* surface, unsigned time) {

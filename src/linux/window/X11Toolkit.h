@@ -26,8 +26,14 @@ Atom xlibAtom(GdkDisplay* display, const char* name);
 /// The number by which the X Input extension knows the device of an X11 display.
 int xinputDevice(GdkDevice* device);
 
+/// The server's clock, asked for at once. display: must be an X11 display.
+unsigned serverTime(GdkDisplay* display);
+/// When the user last did something in one of our windows, by the server's clock; 0 if never.
+/// display: must be an X11 display.
+unsigned userTime(GdkDisplay* display);
 /// The time of the user's last action in a window (_NET_WM_USER_TIME): 0 if it is to get no
-/// keyboard focus when it appears. surface: must be one of an X11 display.
+/// keyboard focus when it appears. Any other time becomes userTime(), too. surface: must be one of
+/// an X11 display.
 void setUserTime(GdkSurface* surface, unsigned time);
 /// Has a window drawn without waiting for a window manager that answers each frame. surface: must
 /// be one of an X11 display.

@@ -74,7 +74,10 @@ void TrayFixture::show() {
     shown = std::make_unique<tray::TrayItem>(
         ours, "/StatusNotifierItem", "app.kelo.Kelo", extra, icon,
         tray::TrayItem::Handlers{[this] { note("activate"); }, [this] { note("settings"); },
-                                 [this](const std::string& token) { note("token " + token); }});
+                                 [this](const std::string& token) {
+                                     if (!token.empty())
+                                         note("token " + token);
+                                 }});
 }
 
 TrayFixture::Answer TrayFixture::call(const std::string& path, const std::string& interface,

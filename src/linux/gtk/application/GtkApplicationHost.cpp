@@ -138,6 +138,7 @@ void GtkApplicationHost::showMenuBarExtras() {
 void GtkApplicationHost::addActions() {
     for (const auto& action : actions)
         application->add_action(action.name, [run = action.action] {
+            noteUserRequest();
             run();
             endStartUpNotice();
         });
@@ -229,9 +230,8 @@ void GtkApplicationHost::showPage(const std::string& address) {
 }
 
 void GtkApplicationHost::activate() {
-    // A kept activation token stays for the window that opens next.
     if (const auto open = programWindows(); !open.empty())
-        open.front()->present();
+        presentKeepingActivationToken(*open.front());
 }
 
 void GtkApplicationHost::terminate() {

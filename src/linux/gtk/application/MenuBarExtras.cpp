@@ -9,6 +9,9 @@
 
 #include <glibmm/error.h>
 
+#include <string>
+#include <utility>
+
 namespace kelo::gtk {
 
 namespace {
@@ -18,6 +21,12 @@ namespace {
 // of panels.
 constexpr std::uint32_t onDark = 0xf2f2f2;
 constexpr std::uint32_t onEitherScheme = 0x7f7f7f;
+
+void chosenInTray(std::string token) {
+    noteUserRequest();
+    if (!token.empty())
+        keepActivationToken(std::move(token));
+}
 
 } // namespace
 
@@ -53,7 +62,7 @@ void MenuBarExtras::add(const Glib::RefPtr<Gio::DBus::Connection>& connection,
         items.push_back(std::make_unique<tray::TrayItem>(
             connection, path, std::string(deployment::applicationIdentifier), extra, icon,
             tray::TrayItem::Handlers{handlers.openMainWindow, handlers.openSettings,
-                                     &keepActivationToken}));
+                                     &chosenInTray}));
     } catch (const Glib::Error& error) {
         g_warning("The item for the tray cannot be exported: %s", error.what());
         return;

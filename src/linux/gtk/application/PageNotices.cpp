@@ -1,4 +1,5 @@
 #include "linux/gtk/application/PageNotices.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 
 #include "base/ShownText.h"
 #include "deployment/Deployment.h"
@@ -24,6 +25,7 @@ void PageNotices::attach(const Glib::RefPtr<Gio::Application>& newApplication,
     openWindow = std::move(newOpenWindow);
     const auto action = Gio::SimpleAction::create(clickAction, Glib::VARIANT_TYPE_STRING);
     action->signal_activate().connect([this](const Glib::VariantBase& identifier) {
+        noteUserRequest();
         click(Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(identifier).get());
     });
     application->add_action(action);

@@ -29,6 +29,7 @@ void TokenApplication::on_shutdown() {
 // The toolkit reads the older "desktop-startup-id" alone, up to version 4.8.
 void TokenApplication::before_emit_vfunc(const Glib::VariantBase& platformData) {
     Gtk::Application::before_emit_vfunc(platformData);
+    noteUserRequest();
     const char* token = nullptr;
     auto* const data = const_cast<GVariant*>(platformData.gobj());
     if (g_variant_lookup(data, "activation-token", "&s", &token))

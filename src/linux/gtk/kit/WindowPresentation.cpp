@@ -9,6 +9,8 @@
 #include <gdkmm/toplevel.h>
 #include <gtkmm/eventcontrollerkey.h>
 
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace kelo::gtk {
@@ -39,6 +41,28 @@ std::string& keptToken() {
     return token;
 }
 
+std::optional<unsigned>& keptRequest() {
+    static std::optional<unsigned> time;
+    return time;
+}
+
+/// Of two times of the X server, whose clock starts again after 49 days.
+bool isLater(unsigned time, unsigned other) {
+    return static_cast<std::int32_t>(time - other) > 0;
+}
+
+void useKeptRequest(Gtk::Window& window) {
+    const auto time = std::exchange(keptRequest(), std::nullopt);
+    if (!time)
+        return;
+    // What the user did in our windows since then counts more.
+    const unsigned last = window::userTime(gdk_display_get_default());
+    if (last != 0 && !isLater(*time, last))
+        return;
+    gtk_widget_realize(GTK_WIDGET(window.gobj()));
+    window::setUserTime(gtk_native_get_surface(GTK_NATIVE(window.gobj())), *time);
+}
+
 } // namespace
 
 void showProgramIcon(Gtk::Window& window) {
@@ -57,6 +81,12 @@ void showWithoutFocus(Gtk::Window& window) {
     window.set_visible(true);
 }
 
+void noteUserRequest() {
+    GdkDisplay* const display = gdk_display_get_default();
+    if (window::isX11(display))
+        keptRequest() = window::serverTime(display);
+}
+
 void keepActivationToken(std::string token) {
     keptToken() = std::move(token);
 }
@@ -71,6 +101,11 @@ void presentWithActivationToken(Gtk::Window& window) {
         window.set_startup_id(token);
         passToCompositor(token);
     }
+    presentKeepingActivationToken(window);
+}
+
+void presentKeepingActivationToken(Gtk::Window& window) {
+    useKeptRequest(window);
     window.present();
 }
 

@@ -20,6 +20,12 @@ void showProgramIcon(Gtk::Window& window);
 /// program already has it.
 void showWithoutFocus(Gtk::Window& window);
 
+/// Says that the user has just asked for something outside of the program's windows: in the tray,
+/// on a notification, with another start. X11 window managers let a window come to the front only
+/// if the user did nothing in another one since the request, so its time is kept for the next
+/// window that is presented. Nothing happens under Wayland, where desktops send tokens.
+void noteUserRequest();
+
 /// Keeps an activation token for the next call of presentWithActivationToken(); replaces an unused
 /// one. Desktops let a program raise its window only after a click of the user. For a click outside
 /// of the program's windows, in the tray or on a notification, the desktop sends this token as
@@ -29,8 +35,11 @@ void keepActivationToken(std::string token);
 /// Forgets this token if it is the kept one: the click that it came with is over.
 void dropActivationToken(const std::string& token);
 
-/// Presents the window and uses up the kept activation token, if there is one.
+/// Presents the window and uses up the kept request and activation token, if there are any.
 void presentWithActivationToken(Gtk::Window& window);
+
+/// The same, but leaves the activation token to the window that is presented next.
+void presentKeepingActivationToken(Gtk::Window& window);
 
 /// Calls the function when Escape is pressed in the window and no widget has used the key. It
 /// returns whether it has done something; otherwise, the toolkit goes on with the key.
