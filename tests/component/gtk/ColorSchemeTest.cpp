@@ -30,9 +30,12 @@ public:
             "<arg type='s' direction='in'/><arg type='s' direction='in'/>"
             "<arg type='v' direction='out'/></method></interface></node>");
         connection->register_object(path, description->lookup_interface(interface), table);
+        // Where a real portal is installed, the toolkit may have started it: it lets itself be
+        // replaced.
+        constexpr guint32 replaceExisting = 2;
         connection->call_sync("/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
                               Glib::Variant<std::tuple<Glib::ustring, guint32>>::create(
-                                  {"org.freedesktop.portal.Desktop", 0}),
+                                  {"org.freedesktop.portal.Desktop", replaceExisting}),
                               "org.freedesktop.DBus");
     }
     ~FakePortal() { connection->close_sync(); }
