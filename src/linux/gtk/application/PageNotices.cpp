@@ -1,8 +1,8 @@
 #include "linux/gtk/application/PageNotices.h"
-#include "linux/gtk/kit/WindowPresentation.h"
 
 #include "base/ShownText.h"
 #include "deployment/Deployment.h"
+#include "linux/gtk/kit/WindowPresentation.h"
 
 #include <giomm/notification.h>
 #include <giomm/simpleaction.h>
