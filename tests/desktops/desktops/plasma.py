@@ -12,11 +12,12 @@ from gi.repository import GLib
 from desktops.base import Desktop, NotHere, Window
 from drive.bus import Refused
 from drive.kwin import KWIN, FakeInput, WindowList, X11Pointer, read_xvfb, write_picture
-from drive.tree import ROLES, Accessible
+from drive.tree import ROLES
 from drive.waiting import await_that, pump
 from drive.wayland import WaylandConnection
 
 _LIBEXEC = pathlib.Path("/usr/lib/x86_64-linux-gnu/libexec")
+_NOTIFICATION = 101  # the role of what is told
 _SOCKET = "wayland-kelo"
 _SHELL = "org.kde.plasmashell"
 _NOTIFICATIONS_FOR_TRAY = """
@@ -258,15 +259,17 @@ class Plasma(Desktop):
             self.click(used.x + used.width / 2, used.y + 8)
 
     def notifications(self):
-        """In the window of each: a heading with the program's name, one with the title, and a text."""
+        """Each is in a window of its own. The accessible tree has the sizes of windows wrong in version 5."""
+        frames = [[one for one in frame.walk() if one.is_shown()] for frame in self._shell().children()]
+        places = [one for one in self.list.now() if one["notice"]]
         shown = []
-        for window in [one for one in self.list.now() if one["notice"]]:
-            for frame in filter(Accessible.is_shown, self._frames(window["width"])):
-                inside = list(frame.walk())
-                headings = [one.name() for one in inside if one.role() == ROLES["heading"]]
+        for inside in frames:
+            titles = [one.name() for one in inside if one.role() == _NOTIFICATION]
+            if titles and places:
+                place = places.pop(0)
                 texts = [one.text() for one in inside if one.role() == ROLES["text"]]
-                place = (window["x"] + window["width"] / 2, window["y"] + window["height"] / 2)
-                shown.append((headings[-1] if headings else "", " ".join(texts), *place))
+                middle = (place["x"] + place["width"] / 2, place["y"] + place["height"] / 2)
+                shown.append((titles[0], " ".join(texts), *middle))
         return shown
 
     def set_dark(self, is_dark):
