@@ -83,7 +83,7 @@ Calls::~Calls() {
 }
 
 void Calls::call(const Connection&, const Object& object, const char* method, GVariant* parameters,
-                 Answered answered) const {
+                 Answered answered, Patience) const {
     const gobject::GVariantPointer owned(parameters ? g_variant_ref_sink(parameters) : nullptr);
     FakeBus& bus = FakeBus::current();
     bus.pending.push_back({this, object, method, std::move(answered)});
