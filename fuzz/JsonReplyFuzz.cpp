@@ -106,7 +106,8 @@ void examineMembers(const json& value) {
     for (const auto& [name, member] : value.items()) {
         if (value.is_object()) {
             const auto text = service::stringMember(value, name);
-            require(text.has_value() == member.is_string() && (!text || *text == member));
+            require(text.has_value() == member.is_string() &&
+                    (!text || *text == member.get<std::string>()));
             require(service::stringMember(value, name + "?") == std::nullopt ||
                     value.contains(name + "?"));
         }
