@@ -150,11 +150,32 @@ TEST(AccentColor, IsThatOfTheDesktopAndFollowsItsChanges) {
     });
 }
 
+TEST(AccentColor, IsTheThemesOwnWhileTheThemeIsOneOfHighContrast) {
+    RunningProgram program;
+    FakePortal portal(2);
+    portal.changeAccent(0, 0.5, 0);
+    program.run([&] {
+        auto theme = Gtk::Settings::get_default()->property_gtk_theme_name();
+        const Glib::ustring usual = theme;
+        const auto isGreen = [] { return namedColor("kelo_accent") == "rgb(0,128,0)"; };
+        RunningProgram::until("it is green", isGreen);
+        for (const char* const contrasting : {"Default-hc", "HighContrastInverse"}) {
+            theme = contrasting;
+            EXPECT_EQ(namedColor("kelo_accent"), "") << contrasting;
+        }
+        theme = usual;
+        EXPECT_TRUE(isGreen());
+    });
+}
+
 TEST(AccentColor, TextIsWhiteUnlessThatCanHardlyBeRead) {
-    EXPECT_EQ(gtk::textColorOn({0.21, 0.52, 0.89}), "#ffffff");
-    EXPECT_EQ(gtk::textColorOn({0.56, 0.94, 0.64}), "#000000");
-    EXPECT_EQ(gtk::textColorOn({0, 0, 0}), "#ffffff");
-    EXPECT_EQ(gtk::textColorOn({1, 1, 1}), "#000000");
+    const auto textOn = [](float red, float green, float blue) {
+        return gtk::textColorOn(Gdk::RGBA(red, green, blue)).to_string();
+    };
+    EXPECT_EQ(textOn(0.21F, 0.52F, 0.89F), "rgb(255,255,255)");
+    EXPECT_EQ(textOn(0.56F, 0.94F, 0.64F), "rgb(0,0,0)");
+    EXPECT_EQ(textOn(0, 0, 0), "rgb(255,255,255)");
+    EXPECT_EQ(textOn(1, 1, 1), "rgb(0,0,0)");
 }
 
 TEST(ColorScheme, WithoutAPortalTheToolkitsOwnSettingStands) {

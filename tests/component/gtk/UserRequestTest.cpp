@@ -4,8 +4,10 @@
 
 #include "component/gtk/RunningProgram.h"
 #include "linux/gtk/kit/WindowPresentation.h"
+#include "linux/window/X11Handles.h"
 #include "linux/window/X11Toolkit.h"
 
+#include <X11/Xatom.h>
 #include <giomm/dbusconnection.h>
 #include <glibmm/miscutils.h>
 
@@ -41,6 +43,26 @@ protected:
             [&](const Glib::RefPtr<Gio::AsyncResult>&) { isAnswered = true; }, "app.kelo.Kelo");
         RunningProgram::until("an answer to " + method, [&] { return isAnswered; });
         connection->close_sync();
+    }
+    /// What the window manager reads: the time is on a window of its own, which the shown one
+    /// names.
+    static unsigned announcedTime(Gtk::Window& window) {
+        const auto holder =
+            cardinal(window::xlibWindow(surfaceOf(window)), "_NET_WM_USER_TIME_WINDOW", XA_WINDOW);
+        return static_cast<unsigned>(cardinal(holder, "_NET_WM_USER_TIME", XA_CARDINAL));
+    }
+    static unsigned long cardinal(Window window, const char* property, Atom expected) {
+        Atom type = 0;
+        int format = 0;
+        unsigned long count = 0;
+        unsigned long rest = 0;
+        unsigned char* bytes = nullptr;
+        XGetWindowProperty(window::xlibDisplay(display()), window,
+                           window::xlibAtom(display(), property), 0, 1, False, expected, &type,
+                           &format, &count, &rest, &bytes);
+        const window::XMemory<unsigned char> memory(bytes);
+        EXPECT_EQ(count, 1U) << property;
+        return count == 1 ? *reinterpret_cast<unsigned long*>(bytes) : 0;
     }
     static bool isAfter(unsigned time, unsigned other) {
         return static_cast<int>(time - other) > 0;
@@ -99,6 +121,7 @@ TEST_F(UserRequest, IsForgottenAfterALaterActionInOurWindows) {
         const unsigned later = actAt(window, window::serverTime(display()) + longBefore);
         gtk::presentWithActivationToken(window);
         EXPECT_EQ(window::userTime(display()), later);
+        EXPECT_EQ(announcedTime(window), later);
     });
 }
 

@@ -1,12 +1,9 @@
 #include "linux/gtk/application/StayingNotice.h"
 
 #include "base/Translation.h"
-#include "linux/gtk/application/TrayQuestion.h"
 
 #include <giomm/dbusconnection.h>
 #include <giomm/notification.h>
-
-#include <memory>
 
 namespace kelo::gtk {
 
@@ -21,15 +18,14 @@ void StayingNotice::windowClosed() {
     const auto bus = application.get_dbus_connection();
     if (!bus || state.flag(group, identifier))
         return;
-    isWanted = true;
-    askForTray(bus, [this, alive = std::weak_ptr(alive)](bool hasTray) {
-        if (!hasTray && !alive.expired() && isWanted)
+    question.emplace(bus::Connection::share(bus->gobj()), [this](bool hasTray) {
+        if (!hasTray)
             show();
     });
 }
 
 void StayingNotice::windowOpened() {
-    isWanted = false;
+    question.reset();
     application.withdraw_notification(identifier);
 }
 

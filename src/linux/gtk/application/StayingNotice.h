@@ -1,10 +1,11 @@
 #pragma once
 
+#include "linux/gtk/application/TrayQuestion.h"
 #include "linux/gtk/kit/StateFile.h"
 
 #include <giomm/application.h>
 
-#include <memory>
+#include <optional>
 
 namespace kelo::gtk {
 
@@ -27,8 +28,7 @@ private:
 
     Gio::Application& application;
     StateFile& state;
-    bool isWanted = false;
-    std::shared_ptr<bool> alive = std::make_shared<bool>(true);
+    std::optional<TrayQuestion> question; ///< while no window is open
 };
 
 } // namespace kelo::gtk

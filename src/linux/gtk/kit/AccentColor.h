@@ -2,26 +2,21 @@
 
 #include "linux/gtk/kit/PortalSetting.h"
 
+#include <gdkmm/rgba.h>
 #include <gtkmm/cssprovider.h>
+#include <sigc++/trackable.h>
 
-#include <string>
+#include <optional>
 
 namespace kelo::gtk {
 
-/// A color; each part from 0 to 1.
-struct Rgb {
-    double red = 0;
-    double green = 0;
-    double blue = 0;
-};
-
 /// White, or black where white could hardly be read on this color.
-std::string textColorOn(const Rgb& background);
+Gdk::RGBA textColorOn(const Gdk::RGBA& background);
 
 /// Gives buttons, fields and selections the color that the user has chosen in the desktop's
 /// settings. The toolkit's own themes do not know it. Without such a choice, or if the theme is one
 /// of high contrast, the theme's color stays. Main thread only.
-class AccentColor {
+class AccentColor : public sigc::trackable {
 public:
     /// A null connection means that there is no portal.
     explicit AccentColor(const Glib::RefPtr<Gio::DBus::Connection>& connection);
@@ -30,8 +25,9 @@ public:
     AccentColor& operator=(const AccentColor&) = delete;
 
 private:
-    void apply(const Glib::VariantBase& value);
+    void apply();
 
+    std::optional<Gdk::RGBA> chosen;
     Glib::RefPtr<Gtk::CssProvider> style;
     PortalSetting setting;
 };

@@ -15,15 +15,19 @@ bool isUnknownThere(const GError* failure) {
            g_error_matches(failure, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT);
 }
 
-// After it has bound shortcuts, the portal of GNOME 48 answers with any number. A refusal never
-// names a shortcut.
-bool namesShortcuts(GVariant* results) {
+} // namespace
+
+std::vector<std::string> shortcutsIn(GVariant* results) {
+    std::vector<std::string> names;
     const gobject::GVariantPointer bound(
         g_variant_lookup_value(results, "shortcuts", G_VARIANT_TYPE("a(sa{sv})")));
-    return bound && g_variant_n_children(bound.get()) > 0;
+    for (gsize at = 0; bound && at < g_variant_n_children(bound.get()); ++at) {
+        const char* name = nullptr;
+        g_variant_get_child(bound.get(), at, "(&s@a{sv})", &name, nullptr);
+        names.emplace_back(name);
+    }
+    return names;
 }
-
-} // namespace
 
 std::string portalToken() {
     static std::uint64_t next = 0;
@@ -93,7 +97,10 @@ void PortalRequest::responded(GVariant* values) {
     guint32 answer = granted;
     g_variant_get_child(values, 0, "u", &answer);
     const gobject::GVariantPointer results(g_variant_get_child_value(values, 1));
-    finish(answer == granted || namesShortcuts(results.get()) ? results.get() : nullptr);
+    // After it has bound shortcuts, the portal of GNOME 48 answers with any number. A refusal never
+    // names a shortcut.
+    const bool isTaken = answer == granted || !shortcutsIn(results.get()).empty();
+    finish(isTaken ? results.get() : nullptr);
 }
 
 void PortalRequest::finish(GVariant* results) {

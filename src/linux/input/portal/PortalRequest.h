@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace kelo::input {
 
@@ -52,6 +53,8 @@ private:
     bus::Signal response;
 };
 
+/// The names of the shortcuts that a response of the portal says are bound.
+std::vector<std::string> shortcutsIn(GVariant* results);
 /// A token for a request or a session. It is unique within this program.
 std::string portalToken();
 /// The path of the portal's object for a token. kind: "request" or "session".

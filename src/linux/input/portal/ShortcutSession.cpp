@@ -3,6 +3,7 @@
 #include "base/Translation.h"
 #include "deployment/Deployment.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -32,15 +33,8 @@ GVariant* shortcuts() {
 }
 
 bool namesTheShortcut(GVariant* results) {
-    const gobject::GVariantPointer bound(
-        g_variant_lookup_value(results, "shortcuts", G_VARIANT_TYPE("a(sa{sv})")));
-    for (gsize at = 0; bound && at < g_variant_n_children(bound.get()); ++at) {
-        const char* name = nullptr;
-        g_variant_get_child(bound.get(), at, "(&s@a{sv})", &name, nullptr);
-        if (std::string_view(name) == shortcut)
-            return true;
-    }
-    return false;
+    const auto names = shortcutsIn(results);
+    return std::ranges::find(names, shortcut) != names.end();
 }
 
 } // namespace

@@ -46,7 +46,8 @@ SaveMenu::SaveMenu(WebKitWebView* view, Save save)
 // A download that one of the engine's entries has started cannot be told from one that a page
 // starts by itself: since version 2.50 the engine does not signal that an entry is chosen.
 void SaveMenu::opened(WebKitContextMenu* menu, WebKitHitTestResult* place) {
-    for (unsigned position = 0; position < webkit_context_menu_get_n_items(menu); ++position) {
+    const unsigned count = webkit_context_menu_get_n_items(menu); // which replacing leaves
+    for (unsigned position = 0; position < count; ++position) {
         WebKitContextMenuItem* const entry =
             webkit_context_menu_get_item_at_position(menu, static_cast<int>(position));
         const auto offer = offerOf(entry, place);
