@@ -14,8 +14,15 @@ struct ActiveWindowFocus::Pending {
     gobject::ScheduledJob look;
 
     static void activeChanged(GtkWindow*, GParamSpec*, std::shared_ptr<Pending>* pending) {
-        Pending& self = **pending;
-        // The keyboard moves from one of our windows to another in two steps. Wait for both.
+        lookLater(**pending);
+    }
+
+    static void shownOrHidden(GtkWidget*, std::shared_ptr<Pending>* pending) {
+        lookLater(**pending);
+    }
+
+    // The keyboard moves from one of our windows to another in two steps. Wait for both.
+    static void lookLater(Pending& self) {
         if (self.changed && !self.look.isWaiting())
             self.look.whenIdle([&self] { self.changed(); });
     }
@@ -24,6 +31,8 @@ struct ActiveWindowFocus::Pending {
 ActiveWindowFocus::ActiveWindowFocus()
     : pending(std::make_shared<Pending>()), toplevels([pending = pending](GtkWindow* window) {
           gobject::connectWithState(window, "notify::is-active", Pending::activeChanged, pending);
+          for (const char* signal : {"map", "unmap"})
+              gobject::connectWithState(window, signal, Pending::shownOrHidden, pending);
       }) {}
 
 ActiveWindowFocus::~ActiveWindowFocus() {

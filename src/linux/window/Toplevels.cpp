@@ -37,7 +37,9 @@ GtkWindow* activeToplevel() {
     GListModel* const list = gtk_window_get_toplevels();
     for (unsigned at = 0; at < g_list_model_get_n_items(list); ++at) {
         const auto window = windowAt(list, at);
-        if (gtk_window_is_active(window.get()))
+        // The toolkit is not told under every compositor that a window that is hidden while it has
+        // the keyboard loses it, and takes it for active from then on: GTK 4.8 on Plasma 5.27.
+        if (gtk_widget_get_mapped(GTK_WIDGET(window.get())) && gtk_window_is_active(window.get()))
             return window.get();
     }
     return nullptr;
