@@ -1,6 +1,7 @@
 #include "testing/rig/AccessibilityBus.h"
 
 #include <stdexcept>
+#include <string_view>
 
 namespace kelo::rig {
 
@@ -43,11 +44,6 @@ void announceListener(GDBusConnection* session) {
         nullptr, G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, nullptr));
 }
 
-void ignoreSignal(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
-                  gpointer) {
-    // Its arrival has already turned the main loop, which is all that await() needs.
-}
-
 gboolean turnTheLoop(gpointer) {
     return G_SOURCE_CONTINUE;
 }
@@ -84,13 +80,24 @@ AccessibilityBus::AccessibilityBus() {
     for (const char* events : {"object:", "window:", "focus:", "document:"})
         call({registryName, "/org/a11y/atspi/registry"}, registryName, "RegisterEvent",
              g_variant_new("(sass)", events, nullptr, ""));
-    subscription = g_dbus_connection_signal_subscribe(connection.get(), nullptr, nullptr, nullptr,
-                                                      nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-                                                      ignoreSignal, nullptr, nullptr);
+    subscription =
+        g_dbus_connection_signal_subscribe(connection.get(), nullptr, nullptr, nullptr, nullptr,
+                                           nullptr, G_DBUS_SIGNAL_FLAGS_NONE, heard, this, nullptr);
 }
 
 AccessibilityBus::~AccessibilityBus() {
     g_dbus_connection_signal_unsubscribe(connection.get(), subscription);
+}
+
+// That a signal arrives turns the main loop, which is all that await() needs of the others.
+void AccessibilityBus::heard(GDBusConnection*, const char*, const char*, const char*,
+                             const char* signal, GVariant* arguments, gpointer self) {
+    if (std::string_view(signal) != "Announcement" || g_variant_n_children(arguments) < 4)
+        return;
+    const VariantPointer boxed(g_variant_get_child_value(arguments, 3));
+    const VariantPointer text(g_variant_get_variant(boxed.get()));
+    static_cast<const AccessibilityBus*>(self)->announced.emplace_back(
+        g_variant_get_string(text.get(), nullptr));
 }
 
 VariantPointer AccessibilityBus::call(const ObjectAddress& object, const char* interface,

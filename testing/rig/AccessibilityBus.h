@@ -53,6 +53,9 @@ public:
     /// sandboxed web process puts its tree on the bus by itself.
     std::vector<ObjectAddress> pages() const;
 
+    /// What programs have asked screen readers to say, in order.
+    const std::vector<std::string>& announcements() const { return announced; }
+
     /// Evaluates the condition now and after every event on the bus until it holds; false when the
     /// deadline passed first. Also evaluates it every `interval`, for changes without an event.
     bool await(const std::function<bool()>& condition, std::chrono::seconds deadline,
@@ -60,7 +63,11 @@ public:
 
 private:
     std::vector<std::string> names() const;
+    static void heard(GDBusConnection* connection, const char* sender, const char* path,
+                      const char* interface, const char* signal, GVariant* arguments,
+                      gpointer self);
 
+    mutable std::vector<std::string> announced;
     std::string address_;
     gobject::GObjectPointer<GDBusConnection> connection;
     guint subscription = 0;

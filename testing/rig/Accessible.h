@@ -32,6 +32,7 @@ enum class Role : std::uint32_t {
     heading = 83,
     link = 88,
     document = 95,
+    group = 99,
     levelBar = 103,
 };
 

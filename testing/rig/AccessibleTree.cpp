@@ -65,9 +65,10 @@ bool isNameOfAClass(const std::string& name) {
 
 bool isControl(const Accessible& object) {
     constexpr std::array roles{
-        Role::checkBox, Role::checkMenuItem, Role::listItem,    Role::menu,   Role::menuBar,
-        Role::menuItem, Role::passwordText,  Role::progressBar, Role::button, Role::radioButton,
-        Role::entry,    Role::levelBar,      Role::alert,       Role::dialog, Role::window};
+        Role::checkBox, Role::checkMenuItem, Role::listItem,     Role::menu,
+        Role::menuBar,  Role::menuItem,      Role::passwordText, Role::progressBar,
+        Role::button,   Role::radioButton,   Role::entry,        Role::levelBar,
+        Role::alert,    Role::dialog,        Role::window,       Role::statusBar};
     return std::ranges::find(roles, object.role()) != roles.end();
 }
 

@@ -75,6 +75,7 @@ TEST_F(Download, IsShownAndCancelledByAClick) {
 TEST_F(Download, ThatIsCompleteIsThereUnderItsName) {
     user.click(rig::pageButton("Make a file"));
     user.awaitDrawn(rig::button("Open made.txt"));
+    awaitAnnounced("Download finished: made.txt");
     look("finished");
     EXPECT_EQ(saved(), std::vector<std::string>{"made.txt"});
     user.click(rig::button("Close"));

@@ -189,7 +189,8 @@ TEST_F(ClosedMainWindow, PageThatGoesElsewhereIsShownThereByTheNextWindow) {
 TEST_F(ForeignPage, IsNamedWithoutTheSignInButtonAndLeftByKeys) {
     goElsewhere();
     desktop().tree.await(
-        {rig::Place::windows, {rig::Role::statusBar}, "This page is from localhost:8444"});
+        {rig::Place::windows, {rig::Role::group}, "This page is from localhost:8444"});
+    awaitAnnounced("This page is from localhost:8444");
     desktop().tree.awaitGone(rig::button("Sign in with passkey"));
     look("named");
     user.press("F6");

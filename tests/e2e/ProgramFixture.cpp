@@ -1,7 +1,10 @@
 #include "e2e/ProgramFixture.h"
 
+#include "linux/window/ToolkitVersion.h"
+
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 
@@ -80,6 +83,16 @@ void ProgramFixture::picture(const std::string& moment) const {
 void ProgramFixture::look(const std::string& moment) const {
     picture(moment);
     EXPECT_THAT(desktop().tree.badlyNamed(), testing::IsEmpty()) << moment;
+}
+
+void ProgramFixture::awaitAnnounced(const std::string& sentence) const {
+    if (!window::canAnnounce)
+        return;
+    desktop().tree.awaitThat("\"" + sentence + "\" is announced", [&] {
+        const auto& all = desktop().bus.announcements();
+        return std::find(all.begin() + static_cast<std::ptrdiff_t>(announcedBefore), all.end(),
+                         sentence) != all.end();
+    });
 }
 
 } // namespace kelo::e2e

@@ -47,6 +47,8 @@ protected:
     void picture(const std::string& moment) const;
     /// Takes a picture, and expects that a screen reader can name everything that is shown.
     void look(const std::string& moment) const;
+    /// Waits until a screen reader was asked to say the sentence, if the toolkit can.
+    void awaitAnnounced(const std::string& sentence) const;
 
     static rig::PrivateDesktop& desktop();
     static std::filesystem::path build();
@@ -64,6 +66,9 @@ protected:
     std::map<std::string, std::string> environment;
     std::unique_ptr<rig::DemoService> service;
     std::unique_ptr<rig::KeloProcess> kelo;
+
+private:
+    const std::size_t announcedBefore = desktop().bus.announcements().size();
 };
 
 } // namespace kelo::e2e

@@ -107,7 +107,8 @@ TEST_F(UserLocale, GermanIsWhatKeloSpeaks) {
         return entry && entry->name() == findEntry;
     });
     desktop().screen.keyboard.type("Languages");
-    desktop().tree.await({rig::Place::windows, {rig::Role::statusBar}, "1 Stelle"});
+    desktop().tree.await(rig::label("1 Stelle"));
+    awaitAnnounced("1 Stelle");
     picture("find");
     user.press("Escape");
     // Nobody answers any more.

@@ -2,6 +2,8 @@
 
 #include <gtk/gtk.h>
 
+#include <string>
+
 namespace kelo::window {
 
 // What the toolkit does since a version that is newer than the oldest one Kelo is built with. Only
@@ -15,6 +17,19 @@ constexpr bool tellsTokenOfWindow = GTK_CHECK_VERSION(4, 10, 0);
 /// the same (4.18). GTK need not be initialized.
 inline bool readsDisableVariable() {
     return gtk_get_minor_version() >= 18;
+}
+
+/// Whether the toolkit that this is built with can ask a screen reader to say something (4.14).
+constexpr bool canAnnounce = GTK_CHECK_VERSION(4, 14, 0);
+
+/// Asks a screen reader to say the sentence once it is silent; an older toolkit cannot.
+inline void announce([[maybe_unused]] GtkAccessible* source,
+                     [[maybe_unused]] const std::string& sentence) {
+#if GTK_CHECK_VERSION(4, 14, 0)
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    gtk_accessible_announce(source, sentence.c_str(), GTK_ACCESSIBLE_ANNOUNCEMENT_PRIORITY_MEDIUM);
+    G_GNUC_END_IGNORE_DEPRECATIONS
+#endif
 }
 
 } // namespace kelo::window

@@ -23,8 +23,8 @@ TEST_F(ForeignPage, IsNamedByABarWhileItIsShown) {
         show("accounts.example.com");
         ASSERT_TRUE(bar());
         EXPECT_TRUE(isNamed(*bar(), "This page is from accounts.example.com"));
-        EXPECT_TRUE(gtk_test_accessible_has_role(GTK_ACCESSIBLE(bar()->gobj()),
-                                                 GTK_ACCESSIBLE_ROLE_STATUS));
+        EXPECT_TRUE(
+            gtk_test_accessible_has_role(GTK_ACCESSIBLE(bar()->gobj()), GTK_ACCESSIBLE_ROLE_GROUP));
         const auto texts = textsIn(*bar());
         EXPECT_EQ(std::ranges::count(texts, "This page is from"), 1);
         EXPECT_EQ(std::ranges::count(texts, "accounts.example.com"), 1);

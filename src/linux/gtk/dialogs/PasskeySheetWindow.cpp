@@ -123,7 +123,7 @@ void PasskeySheetWindow::buildVerification() {
     setAccessibleRole(statusText, GTK_ACCESSIBLE_ROLE_ALERT);
     statusLine.set_visible(false);
     statusLine.set_focusable();
-    setAccessibleRole(statusLine, GTK_ACCESSIBLE_ROLE_STATUS);
+    setAccessibleRole(statusLine, GTK_ACCESSIBLE_ROLE_GROUP);
     question.set_halign(Gtk::Align::START);
     question.set_wrap();
     question.set_wrap_mode(Pango::WrapMode::WORD_CHAR);

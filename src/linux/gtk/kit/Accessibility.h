@@ -16,9 +16,14 @@ inline void setAccessibleName(Gtk::Widget& widget, const std::string& name) {
 }
 
 /// Gives a widget another role for assistive technology than its class has. Call it before the
-/// widget is shown for the first time, because the toolkit fixes the role then.
+/// widget is shown for the first time, because the toolkit fixes the role then. Not the role of a
+/// status: GTK 4.12 and later give no name to what has it, and a screen reader that comes there
+/// says nothing. Take a label or a group with a name, and announceNews().
 inline void setAccessibleRole(Gtk::Widget& widget, GtkAccessibleRole role) {
     g_object_set(widget.gobj(), "accessible-role", role, nullptr);
 }
+
+/// Has a screen reader say what is new where the keyboard is not.
+void announceNews(Gtk::Widget& widget, const std::string& sentence);
 
 } // namespace kelo::gtk

@@ -24,7 +24,12 @@ class DownloadBar::Observer final : public downloads::DownloadObserver {
 public:
     explicit Observer(DownloadBar& bar) : bar(bar) {}
     void downloadsChanged() override { bar.draw(); }
-    void downloadEnded(const downloads::Download&) override {}
+    void downloadEnded(const downloads::Download& download) override {
+        if (download.status == downloads::DownloadStatus::failed)
+            announceNews(bar, download.name + ": " + download.sentence);
+        else
+            announceNews(bar, translated("Download finished") + ": " + download.name);
+    }
 
 private:
     DownloadBar& bar;

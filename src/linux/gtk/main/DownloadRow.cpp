@@ -60,7 +60,6 @@ void DownloadRow::addTexts() {
     news.set_wrap();
     news.add_css_class("kelo-caption");
     news.add_css_class("kelo-figures");
-    setAccessibleRole(news, GTK_ACCESSIBLE_ROLE_STATUS);
     texts->append(news);
     append(*texts);
 }

@@ -60,7 +60,6 @@ void FindBar::buildEntry() {
     entry.add_controller(keys);
     append(entry);
     count.add_css_class("kelo-figures");
-    setAccessibleRole(count, GTK_ACCESSIBLE_ROLE_STATUS);
     append(count);
 }
 
@@ -129,12 +128,16 @@ void FindBar::showCount(unsigned places) {
     setClass(count, "kelo-red", isMissing);
     nextButton.set_sensitive(places > 0);
     previousButton.set_sensitive(places > 0);
-    if (!hasText())
-        count.set_text("");
-    else if (isMissing)
-        count.set_text(translated("Not found"));
-    else
-        count.set_text(translatedCount("%1 place", "%1 places", places));
+    std::string text;
+    if (isMissing)
+        text = translated("Not found");
+    else if (hasText())
+        text = translatedCount("%1 place", "%1 places", places);
+    if (count.get_text().raw() == text)
+        return;
+    count.set_text(text);
+    if (!text.empty())
+        announceNews(count, text);
 }
 
 } // namespace kelo::gtk

@@ -78,14 +78,22 @@ void PageBars::setPage(window::HostedPage* newPage) {
 void PageBars::draw() {
     const auto host = page ? page->foreignHost() : std::nullopt;
     if (host)
-        // Translators: the name of a host follows, or "another site".
-        foreignBar.setSentence(translated("This page is from"),
-                               host->empty() ? translated("another site") : *host);
+        nameHost(*host);
     show(foreignBar, host.has_value());
+    namedHost = host;
     const bool hangs = page && !page->answers();
     if (!hangs)
         userWaits = false;
     show(hangBar, hangs && !userWaits);
+}
+
+void PageBars::nameHost(const std::string& host) {
+    // Translators: the name of a host follows, or "another site".
+    const std::string beginning = translated("This page is from");
+    const std::string name = host.empty() ? translated("another site") : host;
+    foreignBar.setSentence(beginning, name);
+    if (namedHost != host)
+        announceNews(foreignBar, beginning + " " + name);
 }
 
 void PageBars::drawLoad() {

@@ -6,6 +6,7 @@
 #include <gtkmm/progressbar.h>
 
 #include <optional>
+#include <string>
 
 namespace kelo::window {
 class HostedPage;
@@ -41,11 +42,13 @@ public:
     bool switchFocus();
 
 private:
+    void nameHost(const std::string& host);
     void show(NoticeBar& bar, bool isShown);
     void focusPage();
 
     window::HostedPage* page = nullptr;
-    NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_STATUS};
+    NoticeBar foreignBar{GTK_ACCESSIBLE_ROLE_GROUP};
+    std::optional<std::string> namedHost; ///< by the bar
     NoticeBar hangBar{GTK_ACCESSIBLE_ROLE_ALERT};
     Gtk::ProgressBar loadBar;
     bool userWaits = false;                  ///< for a page that does not answer
