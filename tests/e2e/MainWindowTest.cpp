@@ -134,6 +134,10 @@ TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
     EXPECT_EQ(area.height, 760);
 }
 
+TEST_F(MainWindow, AppearsWithoutAComplaint) {
+    EXPECT_EQ(kelo->printed(), "");
+}
+
 TEST_F(MainWindow, IsRaisedByASecondStart) {
     ASSERT_TRUE(mainWindow());
     // Something else takes the screen: Kelo's window goes to the taskbar.

@@ -45,6 +45,7 @@ bool hasRenderNode(const std::string& folder) {
 }
 
 void chooseRenderer() {
+    ownVariables().clear();
     const char* const forced = std::getenv("LIBGL_ALWAYS_SOFTWARE");
     const bool software = forced && std::string(forced) != "0" && std::string(forced) != "false";
     // NVIDIA's own driver needs no render node.
@@ -53,7 +54,14 @@ void chooseRenderer() {
     if ((hardware && !software) ||
         std::ranges::any_of(std::array{"GSK_RENDERER", "GDK_DEBUG", "GDK_DISABLE"}, isSet))
         return;
-    for (const auto& [name, value] : {std::pair{"GSK_RENDERER", "cairo"}, switchForOpenGl()}) {
+    // The engine would ask OpenGL for buffers to share before it asks the toolkit whether there is
+    // any, and complain of the answer.
+    const std::pair<const char*, const char*> noSharedBuffers{"WEBKIT_DISABLE_DMABUF_RENDERER",
+                                                              "1"};
+    for (const auto& [name, value] :
+         {std::pair{"GSK_RENDERER", "cairo"}, switchForOpenGl(), noSharedBuffers}) {
+        if (isSet(name))
+            continue;
         setenv(name, value, /*overwrite=*/0);
         ownVariables().emplace_back(name);
     }
