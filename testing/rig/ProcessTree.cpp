@@ -1,5 +1,6 @@
 #include "testing/rig/ProcessTree.h"
 
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -71,8 +72,12 @@ std::map<std::string, std::size_t> openDescriptors(pid_t process) {
     for (const auto& entry :
          fs::directory_iterator(fs::path("/proc") / std::to_string(process) / "fd", gone)) {
         const std::string target = fs::read_symlink(entry.path(), gone);
-        // "socket:[4711]" and "pipe:[4711]" differ from one to the next.
-        ++counts[target.substr(0, target.find(":["))];
+        // "socket:[4711]" and "pipe:[4711]" differ from one to the next, "anon_inode:[eventfd]"
+        // does not.
+        const auto number = target.find(":[");
+        const bool isNumbered = number != std::string::npos &&
+                                std::isdigit(static_cast<unsigned char>(target[number + 2]));
+        ++counts[isNumbered ? target.substr(0, number) : target];
     }
     return counts;
 }

@@ -116,6 +116,18 @@ TEST_F(PageKeyboard, MenuOpensTheLink) {
     EXPECT_TRUE(waitForScript("location.hash", "#2"));
 }
 
+TEST_F(PageKeyboard, MenuOpensNoOtherLinkThatGotTheFocusSince) {
+    focusElement("second");
+    press("Menu");
+    ASSERT_TRUE(waitForMenu());
+    evaluate("document.getElementById('first').focus(); 1");
+    press("Return");
+    ASSERT_TRUE(loop.runUntil([this] { return !menu(); }));
+    settle();
+    settle();
+    EXPECT_EQ(evaluate("location.hash"), "");
+}
+
 TEST_F(PageKeyboard, MenuOfAFieldCutsWhatIsSelected) {
     focusElement("field");
     evaluate("field.select(); 1");

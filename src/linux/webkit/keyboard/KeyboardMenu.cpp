@@ -4,6 +4,7 @@
 #include "base/async/Spawn.h"
 #include "base/async/Task.h"
 #include "linux/gobject/AsyncResult.h"
+#include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
 
 #include <cmath>
@@ -13,12 +14,13 @@ namespace kelo::webkit {
 
 namespace {
 
-// In a world of our own: its variables last from one script to the next, and no page can reach
-// them.
+// In a world of our own, because the page's scripts can replace what these call. WebKitGTK 2.52
+// forgets such a world after each script, so none leaves the next one anything; older versions keep
+// it, so nothing may be declared in it that cannot be declared again.
 constexpr const char* world = "kelo-menu";
 
-// The event is not trusted, which pages rarely mind.
-constexpr const char* describeFocus = R"((() => {
+/// The innermost element with the focus, and where its document stands in the view.
+constexpr const char* findFocus = R"(function findFocus() {
   let target = document.activeElement ?? document.body, x = 0, y = 0;
   for (;;) {
     const inner = target.shadowRoot?.activeElement ?? target.contentDocument?.activeElement;
@@ -29,6 +31,13 @@ constexpr const char* describeFocus = R"((() => {
     }
     target = inner;
   }
+  return {target, x, y};
+}
+)";
+
+// The event is not trusted, which pages rarely mind.
+constexpr const char* describeFocus = R"((() => {
+  const {target, x, y} = findFocus();
   const page = target.ownerDocument, view = page.defaultView, selection = page.getSelection();
   const isField = /^(input|textarea)$/.test(target.localName);
   const editable = isField ? !target.readOnly && !target.disabled && 'selectionStart' in target
@@ -42,7 +51,6 @@ constexpr const char* describeFocus = R"((() => {
   }
   const left = Math.min(Math.max(box.left, 0), view.innerWidth - 1);
   const bottom = Math.min(Math.max(box.bottom, 0), view.innerHeight - 1);
-  globalThis.menuTarget = target;
   const event = new view.MouseEvent('contextmenu', {bubbles: true, cancelable: true, composed: true,
                                                     view, button: 2, clientX: left, clientY: bottom});
   if (!target.dispatchEvent(event)) return null;
@@ -50,6 +58,12 @@ constexpr const char* describeFocus = R"((() => {
   const secret = target.type === 'password';
   return {x: x + left, y: y + bottom, link, editable, selected: selected && !secret};
 })())";
+
+/// Not another link that has got the focus since.
+constexpr const char* clickLink = R"(
+const link = findFocus().target.closest('a[href]');
+if (link?.href === address) link.click();
+)";
 
 struct Focus {
     int x = 0;
@@ -87,15 +101,21 @@ void execute(GSimpleAction* action, GVariant*, gpointer view) {
                                             g_action_get_name(G_ACTION(action)));
 }
 
-void openLink(GSimpleAction*, GVariant*, gpointer view) {
-    webkit_web_view_evaluate_javascript(WEBKIT_WEB_VIEW(view), "menuTarget.closest('a').click()",
-                                        -1, world, nullptr, nullptr, nullptr, nullptr);
+const char* linkOf(GSimpleAction* action) {
+    return static_cast<const char*>(g_object_get_data(G_OBJECT(action), "kelo-link"));
+}
+
+void openLink(GSimpleAction* action, GVariant*, gpointer view) {
+    const gobject::GVariantPointer arguments(
+        g_variant_ref_sink(g_variant_new_parsed("{'address': <%s>}", linkOf(action))));
+    const std::string script = std::string(findFocus) + clickLink;
+    webkit_web_view_call_async_javascript_function(WEBKIT_WEB_VIEW(view), script.c_str(), -1,
+                                                   arguments.get(), world, nullptr, nullptr,
+                                                   nullptr, nullptr);
 }
 
 void copyLink(GSimpleAction* action, GVariant*, gpointer view) {
-    gdk_clipboard_set_text(
-        gtk_widget_get_clipboard(GTK_WIDGET(view)),
-        static_cast<const char*>(g_object_get_data(G_OBJECT(action), "kelo-link")));
+    gdk_clipboard_set_text(gtk_widget_get_clipboard(GTK_WIDGET(view)), linkOf(action));
 }
 
 class MenuBuilder {
@@ -152,10 +172,11 @@ private:
 void showMenuFor(WebKitWebView* view, const Focus& focus) {
     MenuBuilder menu(view);
     if (!focus.link.empty()) {
-        menu.add(untranslated("_Open Link"), "open-link", G_CALLBACK(openLink));
-        g_object_set_data_full(G_OBJECT(menu.add(untranslated("Copy Link _Address"), "copy-link",
-                                                 G_CALLBACK(copyLink))),
-                               "kelo-link", g_strdup(focus.link.c_str()), g_free);
+        for (GSimpleAction* const action :
+             {menu.add(untranslated("_Open Link"), "open-link", G_CALLBACK(openLink)),
+              menu.add(untranslated("Copy Link _Address"), "copy-link", G_CALLBACK(copyLink))})
+            g_object_set_data_full(G_OBJECT(action), "kelo-link", g_strdup(focus.link.c_str()),
+                                   g_free);
     }
     const Item items[] = {
         {untranslated("Cu_t"), WEBKIT_EDITING_COMMAND_CUT, focus.editable && focus.selected},
@@ -170,8 +191,9 @@ void showMenuFor(WebKitWebView* view, const Focus& focus) {
 }
 
 Task<void> askAndShow(gobject::GObjectPointer<WebKitWebView> view) {
-    const auto start = [&view](GAsyncReadyCallback ready, gpointer data) {
-        webkit_web_view_evaluate_javascript(view.get(), describeFocus, -1, world, nullptr, nullptr,
+    const std::string script = std::string(findFocus) + describeFocus;
+    const auto start = [&](GAsyncReadyCallback ready, gpointer data) {
+        webkit_web_view_evaluate_javascript(view.get(), script.c_str(), -1, world, nullptr, nullptr,
                                             ready, data);
     };
     const auto result = co_await gobject::asyncResult(start);
