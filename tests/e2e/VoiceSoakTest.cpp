@@ -15,6 +15,12 @@ bool belongsToMemoryWatch(const std::string& target) {
     return target.starts_with("/proc/") || target.starts_with("/sys/fs/cgroup");
 }
 
+/// The web engine has one for each of its timers that runs (WebKitGTK 2.52), and a few run from
+/// time to time whatever the user does. Nothing else in the program has any. A timer that stays
+/// behind after each tap, or after each load, would be far more.
+constexpr const char* engineTimer = "anon_inode:[timerfd]";
+constexpr std::size_t mostPassingTimers = 6;
+
 /// What must not grow with use.
 struct Holdings {
     std::map<std::string, std::size_t> descriptors;
@@ -31,7 +37,8 @@ struct Holdings {
     bool isNoMoreThan(const Holdings& other) const {
         for (const auto& [target, count] : descriptors) {
             const auto found = other.descriptors.find(target);
-            if (found == other.descriptors.end() || count > found->second)
+            const std::size_t before = found == other.descriptors.end() ? 0 : found->second;
+            if (count > before + (target == engineTimer ? mostPassingTimers : 0))
                 return false;
         }
         return windows <= other.windows && webProcesses <= other.webProcesses &&
