@@ -1,9 +1,12 @@
 #include "authenticator/keys/Cryptography.h"
 
+#include "authenticator/keys/OpenSslPointer.h"
 #include "base/Failure.h"
 #include "base/Translation.h"
 
+#include <openssl/ecdsa.h>
 #include <openssl/evp.h>
+#include <openssl/hmac.h>
 #include <openssl/rand.h>
 
 #include <string>
@@ -30,6 +33,35 @@ Bytes randomBytes(std::size_t count) {
 void fillRandom(std::uint8_t* memory, std::size_t count) {
     if (RAND_bytes(memory, static_cast<int>(count)) != 1)
         cryptographyFailed("random bytes");
+}
+
+SecretBytes derivedKey(const SecretBytes& key, std::string_view purpose) {
+    SecretBytes derived(sizeof(Sha256Digest));
+    const Bytes name = bytesOf(purpose);
+    if (!HMAC(EVP_sha256(), key.view().data(), static_cast<int>(key.size()), name.data(),
+              name.size(), derived.data(), nullptr))
+        cryptographyFailed("deriving a key");
+    return derived;
+}
+
+Bytes ecdsaSignature(ByteView r, ByteView s) {
+    using Signature = OpenSslPointer<ECDSA_SIG, ECDSA_SIG_free>;
+    using Number = OpenSslPointer<BIGNUM, BN_free>;
+    const Signature signature(ECDSA_SIG_new());
+    Number first(BN_bin2bn(r.data(), static_cast<int>(r.size()), nullptr));
+    Number second(BN_bin2bn(s.data(), static_cast<int>(s.size()), nullptr));
+    if (!signature || !first || !second ||
+        ECDSA_SIG_set0(signature.get(), first.get(), second.get()) != 1)
+        cryptographyFailed("reading a signature");
+    static_cast<void>(first.release());
+    static_cast<void>(second.release());
+    const int size = i2d_ECDSA_SIG(signature.get(), nullptr);
+    if (size <= 0)
+        cryptographyFailed("writing a signature");
+    Bytes der(static_cast<std::size_t>(size));
+    unsigned char* at = der.data();
+    i2d_ECDSA_SIG(signature.get(), &at);
+    return der;
 }
 
 void cryptographyFailed(std::string_view operation) {

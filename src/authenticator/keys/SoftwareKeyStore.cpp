@@ -3,26 +3,13 @@
 #include "authenticator/keys/KeyWrapping.h"
 #include "base/Failure.h"
 #include "base/Translation.h"
+#include "base/async/StopWhenDropped.h"
 
 #include <utility>
 
 namespace kelo::authenticator {
 
 namespace {
-
-/// Stops the work on the worker when the waiting coroutine is destroyed. The worker is then free
-/// for the next request instead of waiting for the user to unlock the keyring.
-class StopWhenDropped {
-public:
-    StopWhenDropped() = default;
-    ~StopWhenDropped() { source.request_stop(); }
-    StopWhenDropped(const StopWhenDropped&) = delete;
-    StopWhenDropped& operator=(const StopWhenDropped&) = delete;
-    std::stop_token token() const { return source.get_token(); }
-
-private:
-    std::stop_source source;
-};
 
 void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested())

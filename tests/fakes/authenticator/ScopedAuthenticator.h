@@ -10,6 +10,7 @@
 #include "testing/TemporaryFolder.h"
 
 #include <array>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -20,6 +21,13 @@ namespace kelo::fakes {
 class InlineWorker final : public Worker {
 public:
     void perform(std::function<void()> job) override { job(); }
+};
+
+/// Keeps the jobs until the test runs them.
+class HeldWorker final : public Worker {
+public:
+    void perform(std::function<void()> job) override { jobs.push_back(std::move(job)); }
+    std::deque<std::function<void()>> jobs;
 };
 
 class FixedClock final : public Clock {

@@ -2,11 +2,10 @@
 
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/keys/SoftwareKeyStore.h"
+#include "fakes/authenticator/FakeWrappingKeySource.h"
 #include "fakes/authenticator/ScopedAuthenticator.h"
 
 #include <gtest/gtest.h>
-
-#include <deque>
 
 namespace kelo {
 
@@ -14,38 +13,11 @@ using namespace authenticator;
 
 namespace {
 
-class FakeWrappingKeySource final : public authenticator::WrappingKeySource {
-public:
-    std::optional<authenticator::SecretBytes> find(std::stop_token stop) override {
-        lastStop = std::move(stop);
-        if (failure)
-            throw Failure(FailureKind::storage, *failure);
-        if (!kept)
-            return std::nullopt;
-        return authenticator::SecretBytes(Bytes(*kept));
-    }
-    authenticator::SecretBytes findOrCreate(std::stop_token stop) override {
-        if (auto found = find(std::move(stop)))
-            return std::move(*found);
-        kept = authenticator::randomBytes(32);
-        return authenticator::SecretBytes(Bytes(*kept));
-    }
-
-    std::optional<Bytes> kept;
-    std::optional<std::string> failure;
-    std::stop_token lastStop;
-};
-
-class HeldWorker final : public Worker {
-public:
-    void perform(std::function<void()> job) override { jobs.push_back(std::move(job)); }
-    std::deque<std::function<void()>> jobs;
-};
-
 class SoftwareKeyStoreTest : public testing::Test {
 protected:
     fakes::ScopedAuthenticator scope;
-    std::shared_ptr<FakeWrappingKeySource> source = std::make_shared<FakeWrappingKeySource>();
+    std::shared_ptr<fakes::FakeWrappingKeySource> source =
+        std::make_shared<fakes::FakeWrappingKeySource>();
     authenticator::SoftwareKeyStore store{source, scope.worker};
     Bytes digest = Bytes(32, 0x5A);
 };
@@ -94,7 +66,7 @@ TEST_F(SoftwareKeyStoreTest, SaysThatADamagedKeyIsDamaged) {
 }
 
 TEST_F(SoftwareKeyStoreTest, StopsTheSourceWhenNobodyWaitsAnyMore) {
-    HeldWorker worker;
+    fakes::HeldWorker worker;
     authenticator::SoftwareKeyStore held(source, worker);
     scope.run(held.create());
     ASSERT_EQ(worker.jobs.size(), 1U);
@@ -105,7 +77,7 @@ TEST_F(SoftwareKeyStoreTest, StopsTheSourceWhenNobodyWaitsAnyMore) {
 }
 
 TEST_F(SoftwareKeyStoreTest, ADroppedSignatureDoesNotReachTheKeyring) {
-    HeldWorker worker;
+    fakes::HeldWorker worker;
     authenticator::SoftwareKeyStore held(source, worker);
     scope.run(held.sign(Bytes(133), digest));
     ASSERT_EQ(worker.jobs.size(), 1U);

@@ -1,0 +1,65 @@
+#include "component/tpm/SimulatedChip.h"
+
+#include "posix/FileDescriptor.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <stdexcept>
+
+namespace kelo::tests {
+
+namespace {
+
+/// Listens before the chip runs, so that nobody has to wait until it does.
+int listenAt(const std::string& path) {
+    posix::FileDescriptor made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    ::unlink(path.c_str());
+    const auto* const place = reinterpret_cast<const sockaddr*>(&address);
+    if (!made || ::bind(made.get(), place, sizeof address) != 0 || ::listen(made.get(), 8) != 0)
+        throw std::runtime_error("no socket at " + path + ": " + std::strerror(errno));
+    return made.release();
+}
+
+} // namespace
+
+SimulatedChip::~SimulatedChip() {
+    cutPower();
+}
+
+void SimulatedChip::powerOn() {
+    // A real chip is a device, and a device that is gone sends no signal.
+    std::signal(SIGPIPE, SIG_IGN);
+    constexpr int commands = 3;
+    constexpr int control = 4;
+    const auto launcher = gobject::GObjectPointer<GSubprocessLauncher>::adopt(
+        g_subprocess_launcher_new(static_cast<GSubprocessFlags>(
+            G_SUBPROCESS_FLAGS_STDOUT_SILENCE | G_SUBPROCESS_FLAGS_STDERR_SILENCE)));
+    g_subprocess_launcher_take_fd(launcher.get(), listenAt(socket()), commands);
+    g_subprocess_launcher_take_fd(launcher.get(), listenAt(socket() + ".ctrl"), control);
+    const std::string state = "dir=" + folder.path().string();
+    GError* error = nullptr;
+    process = gobject::GObjectPointer<GSubprocess>::adopt(g_subprocess_launcher_spawn(
+        launcher.get(), &error, "swtpm", "socket", "--tpm2", "--tpmstate", state.c_str(),
+        "--server", "type=unixio,fd=3", "--ctrl", "type=unixio,fd=4", "--flags",
+        "not-need-init,startup-clear", nullptr));
+    const gobject::GErrorPointer failure(error);
+    if (failure)
+        throw std::runtime_error(failure->message);
+}
+
+void SimulatedChip::cutPower() {
+    if (!process)
+        return;
+    g_subprocess_force_exit(process.get());
+    g_subprocess_wait(process.get(), nullptr, nullptr);
+    process = {};
+}
+
+} // namespace kelo::tests
