@@ -2,7 +2,7 @@
 
 #include "authenticator/consent/PasskeySheet.h"
 #include "authenticator/consent/UserVerifier.h"
-#include "authenticator/keys/KeyStore.h"
+#include "authenticator/keys/KeyStores.h"
 #include "authenticator/store/CredentialStore.h"
 #include "base/Clock.h"
 #include "base/async/Worker.h"
@@ -26,7 +26,7 @@ struct AuthenticatorParts {
     std::span<const Association> associations;
     PasskeySheetFactory& sheets;
     UserVerifier& verifier;
-    KeyStore& keys;
+    KeyStores& keys;
     const CredentialStore& credentials;
     /// Reads and writes the credential store's file.
     Worker& worker;

@@ -69,6 +69,18 @@ Task<std::vector<CredentialRecord>> GetAssertion::candidates() {
     co_return onePerAccount(std::move(records));
 }
 
+void GetAssertion::noteUse(const CredentialRecord& record) {
+    const auto now = std::chrono::floor<std::chrono::seconds>(parts.clock.now());
+    parts.worker.perform([store = parts.credentials, party = record.relyingPartyIdentifier,
+                          identifier = record.credentialId, now] {
+        try {
+            store.noteUsed(party, identifier, now);
+        } catch (const Failure&) {
+            // The user has signed in. That the list of passkeys shows an earlier day is no harm.
+        }
+    });
+}
+
 Task<platform::PlatformAssertionCredential> GetAssertion::run() {
     const Association& association = parts.requireAssociation(request.relyingPartyIdentifier);
     std::vector<CredentialRecord> records = co_await candidates();
@@ -103,8 +115,9 @@ Task<platform::PlatformAssertionCredential> GetAssertion::run() {
     message.insert(message.end(), clientDataHash.begin(), clientDataHash.end());
     const Sha256Digest digest = sha256(message);
     Bytes digestBytes(digest.begin(), digest.end());
-    credential.signature = co_await gesture.unlessCancelled(
-        parts.keys.sign(std::move(record.wrappedPrivateKey), std::move(digestBytes)));
+    credential.signature = co_await gesture.unlessCancelled(parts.keys.sign(
+        record.keeper, std::move(record.wrappedPrivateKey), std::move(digestBytes)));
+    noteUse(record);
     credential.credentialId = std::move(record.credentialId);
     credential.userId = std::move(record.userId);
     co_return credential;

@@ -27,6 +27,8 @@ public:
 private:
     /// The passkeys to choose from, one for each account.
     Task<std::vector<CredentialRecord>> candidates();
+    /// Has it written down that the passkey was used, and does not wait for that.
+    void noteUse(const CredentialRecord& record);
 
     const AuthenticatorParts parts;
     platform::PlatformAssertionRequest request;

@@ -63,6 +63,7 @@ Task<platform::PlatformRegistrationCredential> MakeCredential::run() {
     record.created = std::chrono::floor<std::chrono::seconds>(parts.clock.now());
     record.publicKey = key.publicKey;
     record.wrappedPrivateKey = std::move(key.wrappedPrivateKey);
+    record.keeper = key.keeper;
 
     webauthn::ClientData clientData;
     clientData.type = "webauthn.create";

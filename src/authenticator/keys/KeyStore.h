@@ -11,11 +11,18 @@
 
 namespace kelo::authenticator {
 
+/// Where a private key is kept. The numbers are those of stored records.
+enum class KeyKeeper {
+    software = 0, ///< encrypted with a key that the user's keyring guards
+    chip = 1,     ///< in the computer's security chip
+};
+
 struct CreatedKey {
     webauthn::PublicKey publicKey;
     /// The private key, encrypted. Only the key store that made it can use it, on the same machine
     /// and account. Stored with the credential.
     Bytes wrappedPrivateKey;
+    KeyKeeper keeper = KeyKeeper::software;
 };
 
 /// Creates ES256 keys and signs with them. A private key never leaves the store unencrypted.

@@ -22,7 +22,9 @@ constexpr std::string_view currentTable = "CREATE TABLE passkey ("
                                           " public_key BLOB NOT NULL," // x and y, 32 bytes each
                                           " wrapped_private_key BLOB NOT NULL,"
                                           " accepted INTEGER NOT NULL DEFAULT 0,"
-                                          " refusals INTEGER NOT NULL DEFAULT 0"
+                                          " refusals INTEGER NOT NULL DEFAULT 0,"
+                                          " keeper INTEGER NOT NULL DEFAULT 0,"
+                                          " last_used INTEGER"
                                           ") STRICT";
 
 /// A passkey of the first version may be the one that the user signs in with, so it counts as
@@ -54,7 +56,7 @@ std::int64_t schemaVersion(Database& database) {
                 "Your passkeys were written by a newer version of Kelo. Update Kelo, then try "
                 "again."),
             "user_version " + std::to_string(version));
-    if (version != schema::current && version != schema::onePerAccount)
+    if (version < schema::onePerAccount)
         storageFailed(SQLITE_CORRUPT, "user_version " + std::to_string(version));
     // A query reads only a part of the file, so it may miss a damaged page. Find it before a write
     // spreads the damage.
@@ -67,7 +69,12 @@ void requireCurrentSchema(Database& database) {
     const std::int64_t version = schemaVersion(database);
     if (version == schema::current)
         return;
-    database.execute(currentTable);
+    if (version == schema::severalPerAccount) {
+        database.execute("ALTER TABLE passkey ADD COLUMN keeper INTEGER NOT NULL DEFAULT 0");
+        database.execute("ALTER TABLE passkey ADD COLUMN last_used INTEGER");
+    } else {
+        database.execute(currentTable);
+    }
     if (version == schema::onePerAccount) {
         database.execute(takeOver);
         database.execute("DROP TABLE credential");

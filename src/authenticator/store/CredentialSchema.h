@@ -18,7 +18,12 @@ inline constexpr std::int64_t onePerAccount = 1;
 ///     number      grows with each passkey, so that an order does not depend on the clock
 ///     accepted    1 if the service has ever accepted it
 ///     refusals    how often the service has refused it since it last accepted it
-inline constexpr std::int64_t current = 2;
+inline constexpr std::int64_t severalPerAccount = 2;
+/// Two columns more:
+///
+///     keeper      the store of the private key: a KeyKeeper
+///     last_used   when it last signed, in seconds since 1970; null if that was never noted
+inline constexpr std::int64_t current = 3;
 } // namespace schema
 
 /// The version of the file's tables. Throws a Failure of kind storage for a file that is damaged,

@@ -2,6 +2,7 @@
 
 #include "authenticator/store/CredentialSchema.h"
 #include "authenticator/store/Database.h"
+#include "authenticator/store/FormerFile.h"
 #include "base/Failure.h"
 #include "base/Translation.h"
 #include "posix/FileDescriptor.h"
@@ -96,11 +97,27 @@ webauthn::PublicKey split(const Bytes& bytes) {
     return key;
 }
 
+KeyKeeper keeperOf(std::int64_t number) {
+    if (number == static_cast<std::int64_t>(KeyKeeper::software))
+        return KeyKeeper::software;
+    if (number == static_cast<std::int64_t>(KeyKeeper::chip))
+        return KeyKeeper::chip;
+    storageFailed(SQLITE_CORRUPT, "a keeper of keys that is not known");
+}
+
+/// Keeps the file as it was if its tables change.
+void bringUpToDate(Database& database, const std::filesystem::path& file) {
+    const std::int64_t version = schemaVersion(database);
+    if (version != schema::none && version != schema::current)
+        keepFormerFile(file);
+    requireCurrentSchema(database);
+}
+
 void insert(const Database& database, const CredentialRecord& record) {
     const Bytes publicKey = joined(record.publicKey);
     Statement(database,
               "INSERT INTO passkey (credential_id, relying_party, user_id, account_name, created,"
-              " public_key, wrapped_private_key) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)")
+              " public_key, wrapped_private_key, keeper) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)")
         .bind(1, ByteView(record.credentialId))
         .bind(2, record.relyingPartyIdentifier)
         .bind(3, ByteView(record.userId))
@@ -108,6 +125,7 @@ void insert(const Database& database, const CredentialRecord& record) {
         .bind(5, static_cast<std::int64_t>(record.created.time_since_epoch().count()))
         .bind(6, ByteView(publicKey))
         .bind(7, ByteView(record.wrappedPrivateKey))
+        .bind(8, static_cast<std::int64_t>(record.keeper))
         .step();
 }
 
@@ -126,11 +144,15 @@ void dropSurplus(const Database& database, const CredentialRecord& saved) {
 std::string_view selection(std::int64_t version) {
     if (version == schema::onePerAccount)
         return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
-               " wrapped_private_key, 0 FROM credential WHERE relying_party = ?1"
+               " wrapped_private_key, 0, 1, 0, NULL FROM credential WHERE relying_party = ?1"
                " ORDER BY created DESC, rowid DESC";
+    if (version == schema::severalPerAccount)
+        return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
+               " wrapped_private_key, refusals, accepted, 0, NULL FROM passkey"
+               " WHERE relying_party = ?1 ORDER BY number DESC";
     return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
-           " wrapped_private_key, refusals FROM passkey WHERE relying_party = ?1"
-           " ORDER BY number DESC";
+           " wrapped_private_key, refusals, accepted, keeper, last_used FROM passkey"
+           " WHERE relying_party = ?1 ORDER BY number DESC";
 }
 
 } // namespace
@@ -143,7 +165,7 @@ void CredentialStore::save(const CredentialRecord& record) const {
         createPrivateFile(file);
     Database database(withoutLinksAbove(file));
     Transaction transaction(database);
-    requireCurrentSchema(database);
+    bringUpToDate(database, file);
     insert(database, record);
     dropSurplus(database, record);
     transaction.commit();
@@ -157,6 +179,7 @@ void CredentialStore::noteAccepted(std::string_view relyingPartyIdentifier,
           "DELETE FROM passkey WHERE relying_party = ?1 AND EXISTS (SELECT 1 FROM passkey AS newer"
           " WHERE newer.credential_id = ?2 AND newer.relying_party = passkey.relying_party"
           " AND newer.user_id = passkey.user_id AND newer.number > passkey.number)"});
+    dropFormerFile(file);
 }
 
 void CredentialStore::noteRefused(std::string_view relyingPartyIdentifier,
@@ -164,6 +187,14 @@ void CredentialStore::noteRefused(std::string_view relyingPartyIdentifier,
     note(relyingPartyIdentifier, credentialId,
          {"UPDATE passkey SET refusals = refusals + 1 WHERE relying_party = ?1"
           " AND credential_id = ?2"});
+}
+
+void CredentialStore::noteUsed(std::string_view relyingPartyIdentifier, ByteView credentialId,
+                               std::chrono::sys_seconds when) const {
+    const std::string change =
+        "UPDATE passkey SET last_used = " + std::to_string(when.time_since_epoch().count()) +
+        " WHERE relying_party = ?1 AND credential_id = ?2";
+    note(relyingPartyIdentifier, credentialId, {change});
 }
 
 void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView credentialId,
@@ -174,7 +205,7 @@ void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView cre
     Transaction transaction(database);
     if (schemaVersion(database) == schema::none)
         return;
-    requireCurrentSchema(database);
+    bringUpToDate(database, file);
     for (const std::string_view change : changes)
         Statement(database, change).bind(1, relyingPartyIdentifier).bind(2, credentialId).step();
     transaction.commit();
@@ -201,6 +232,10 @@ std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPart
         record.publicKey = split(statement.bytes(5));
         record.wrappedPrivateKey = statement.bytes(6);
         record.refusals = statement.integer(7);
+        record.accepted = statement.integer(8) != 0;
+        record.keeper = keeperOf(statement.integer(9));
+        if (!statement.isNull(10))
+            record.lastUsed = std::chrono::sys_seconds(std::chrono::seconds(statement.integer(10)));
         records.push_back(std::move(record));
     }
     return records;

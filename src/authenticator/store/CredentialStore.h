@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,8 +26,15 @@ struct CredentialRecord {
     webauthn::PublicKey publicKey;
     /// See KeyStore.
     Bytes wrappedPrivateKey;
+    /// The store that made the key, and which alone can use it.
+    KeyKeeper keeper = KeyKeeper::software;
     /// How often the service has refused it since it last accepted it. save() does not read this.
     std::int64_t refusals = 0;
+    /// Whether the service has ever accepted it. save() does not read this.
+    bool accepted = false;
+    /// When it last signed; nothing if never, or not since this is noted. save() does not read
+    /// this.
+    std::optional<std::chrono::sys_seconds> lastUsed;
 
     friend bool operator==(const CredentialRecord&, const CredentialRecord&) = default;
 };
@@ -36,8 +44,10 @@ struct CredentialRecord {
 /// Each call opens the file; the constructor does not. A file that is damaged, belongs to another
 /// program or was written by a newer Kelo is reported and not changed. So is a symbolic link, which
 /// could redirect a write to any other file. A write is atomic, even if the process is killed or
-/// the computer loses power. Calls block and may come from any thread. Several processes may use
-/// the file at the same time. Throws a Failure of kind storage.
+/// the computer loses power. The first write to a file of an earlier version leaves a copy of it
+/// beside it (".former"), which goes when the service has accepted a passkey. Calls block and may
+/// come from any thread. Several processes may use the file at the same time. Throws a Failure of
+/// kind storage.
 class CredentialStore {
 public:
     /// The first save() creates the file and missing folders above it.
@@ -56,6 +66,10 @@ public:
     /// Notes that the service has refused a passkey. Removes nothing, because a refusal can be an
     /// error of the service. Does nothing if the store does not hold this passkey.
     void noteRefused(std::string_view relyingPartyIdentifier, ByteView credentialId) const;
+
+    /// Notes when a passkey has signed. Does nothing if the store does not hold it.
+    void noteUsed(std::string_view relyingPartyIdentifier, ByteView credentialId,
+                  std::chrono::sys_seconds when) const;
 
     /// The passkeys of a relying party, the last saved first.
     std::vector<CredentialRecord> find(std::string_view relyingPartyIdentifier) const;

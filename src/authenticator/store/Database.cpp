@@ -141,6 +141,10 @@ std::string Statement::text(int column) const {
     return textOf(bytes(column));
 }
 
+bool Statement::isNull(int column) const {
+    return sqlite3_column_type(statement.get(), column) == SQLITE_NULL;
+}
+
 Bytes Statement::bytes(int column) const {
     const auto* data =
         static_cast<const std::uint8_t*>(sqlite3_column_blob(statement.get(), column));

@@ -52,6 +52,7 @@ public:
     std::int64_t integer(int column) const;
     std::string text(int column) const;
     Bytes bytes(int column) const;
+    bool isNull(int column) const;
 
 private:
     void check(int code) const;

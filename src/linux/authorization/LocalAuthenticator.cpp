@@ -1,11 +1,13 @@
 #include "linux/authorization/LocalAuthenticator.h"
 
+#include "authenticator/keys/KeyStores.h"
 #include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Failure.h"
 #include "deployment/Deployment.h"
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/authorization/verification/PamVerifier.h"
 #include "linux/gobject/WorkerThread.h"
+#include "linux/tpm/TpmKeyStore.h"
 #include "posix/SystemClock.h"
 
 #include <glib.h>
@@ -48,8 +50,11 @@ struct LocalAuthenticator::Storage {
     // A separate thread, because a keyring may block until the user answers its prompt. Reading the
     // credential store must not wait for that.
     gobject::WorkerThread keyringWorker;
-    authenticator::SoftwareKeyStore keys{std::make_shared<SecretServiceWrappingKeySource>(),
-                                         keyringWorker};
+    std::shared_ptr<SecretServiceWrappingKeySource> keyring =
+        std::make_shared<SecretServiceWrappingKeySource>();
+    authenticator::SoftwareKeyStore software{keyring, keyringWorker};
+    tpm::TpmKeyStore chip{tpm::chipOfThisComputer, keyring, keyringWorker};
+    authenticator::KeyStores keys{software, chip};
     authenticator::AuthenticatorParts parts;
 };
 

@@ -27,7 +27,7 @@ authenticator::CreatedKey createNow(const std::string& chip,
     // The keyring first: without it no key must be made.
     const SecretBytes authorization = authorizationFrom(source.findOrCreate(stop));
     const TpmKey key = makeKey(TpmConnection(chip), authorization);
-    return {key.publicKey(), encode(key)};
+    return {key.publicKey(), encode(key), authenticator::KeyKeeper::chip};
 }
 
 Bytes signNow(const std::string& chip, authenticator::WrappingKeySource& source, ByteView stored,

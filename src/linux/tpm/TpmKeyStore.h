@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/keys/KeyStore.h"
+#include "authenticator/keys/KeyStores.h"
 #include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/async/Worker.h"
 
@@ -15,15 +15,13 @@ inline constexpr const char* chipOfThisComputer = "device:/dev/tpmrm0";
 /// A key store in the computer's security chip (TPM 2.0). A key is made and used inside the chip
 /// and cannot leave it. Each signature asks for a value that the user's keyring guards, so what is
 /// on disk is of no use to who has only the computer, or only the disk.
-class TpmKeyStore final : public authenticator::KeyStore {
+class TpmKeyStore final : public authenticator::ChipKeyStore {
 public:
     /// The worker must outlive the store. The source is used on the worker only.
     TpmKeyStore(std::string chip, std::shared_ptr<authenticator::WrappingKeySource> source,
                 Worker& worker);
 
-    /// Whether there is a chip and it answers. Blocking work runs on the worker. Throws nothing.
-    Task<bool> answers();
-
+    Task<bool> answers() override;
     Task<authenticator::CreatedKey> create() override;
     Task<Bytes> sign(Bytes wrappedPrivateKey, Bytes digest) override;
 

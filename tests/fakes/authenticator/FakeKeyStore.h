@@ -1,6 +1,6 @@
 #pragma once
 
-#include "authenticator/keys/KeyStore.h"
+#include "authenticator/keys/KeyStores.h"
 #include "authenticator/keys/P256Key.h"
 #include "base/Failure.h"
 #include "base/async/Continuation.h"
@@ -49,6 +49,25 @@ private:
     }
 
     SheetScript& script;
+};
+
+/// A chip of which there is none, unless a test puts one in.
+class FakeChip final : public authenticator::ChipKeyStore {
+public:
+    explicit FakeChip(SheetScript& script) : keys(script) {}
+
+    Task<bool> answers() override { co_return isThere; }
+    Task<authenticator::CreatedKey> create() override {
+        authenticator::CreatedKey made = co_await keys.create();
+        made.keeper = authenticator::KeyKeeper::chip;
+        co_return made;
+    }
+    Task<Bytes> sign(Bytes wrappedPrivateKey, Bytes digest) override {
+        return keys.sign(std::move(wrappedPrivateKey), std::move(digest));
+    }
+
+    bool isThere = false;
+    FakeKeyStore keys;
 };
 
 } // namespace kelo::fakes

@@ -77,12 +77,14 @@ public:
     FakePasskeySheetFactory sheets{person};
     FakeUserVerifier verifier{person};
     FakeKeyStore keys{person};
+    FakeChip chip{person};
+    authenticator::KeyStores stores{keys, chip};
     authenticator::CredentialStore credentials{folder.path() / "kelo" / "passkeys.sqlite"};
     InlineWorker worker;
     FixedClock clock;
     std::array<authenticator::Association, 1> associations{
         authenticator::Association{"localhost", "https://localhost:8443"}};
-    authenticator::AuthenticatorParts parts{associations, sheets, verifier, keys,
+    authenticator::AuthenticatorParts parts{associations, sheets, verifier, stores,
                                             credentials,  worker, clock};
 };
 

@@ -172,12 +172,12 @@ TEST_F(CredentialStoreAccount, AnAcceptedPasskeyIsNotWrittenAgain) {
 }
 
 TEST_F(CredentialStoreAccount, AFileOfTheFirstVersionIsReadAsItIs) {
-    authenticator::CredentialRecord later = record("b", "two");
+    authenticator::CredentialRecord later = acceptedRecord("b", "two");
     later.created += std::chrono::seconds(1);
     writeFirstVersion(file, {later, record("a", "user")});
     const auto written = fs::last_write_time(file) - std::chrono::hours(1);
     fs::last_write_time(file, written);
-    EXPECT_EQ(store.find("localhost"), (std::vector{later, record("a", "user")}));
+    EXPECT_EQ(store.find("localhost"), (std::vector{later, acceptedRecord("a", "user")}));
     EXPECT_EQ(fs::last_write_time(file), written);
 }
 
@@ -186,7 +186,7 @@ TEST_F(CredentialStoreAccount, APasskeyOfTheFirstVersionCountsAsAccepted) {
     for (int n = 0; n < 6; ++n)
         save(std::to_string(n));
     EXPECT_EQ(kept(), " 5 4 3 2 other old");
-    EXPECT_EQ(store.find("localhost").back(), record("old", "user"));
+    EXPECT_EQ(store.find("localhost").back(), acceptedRecord("old", "user"));
     accept("5");
     EXPECT_EQ(kept(), " 5 other");
 }

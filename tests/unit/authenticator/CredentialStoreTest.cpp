@@ -162,7 +162,7 @@ TEST_F(CredentialStoreTest, RecordOfAnotherShapeIsReported) {
 
 TEST_F(CredentialStoreTest, NewerFileIsReportedAndLeftUntouched) {
     store.save(record("a", "u"));
-    execute("PRAGMA user_version = 3");
+    execute("PRAGMA user_version = 4");
     expectRefused("written by a newer version of Kelo");
 }
 

@@ -54,6 +54,24 @@ TEST_F(GetAssertionTest, SignsWhatSomeoneElsesLibraryAccepts) {
                   "\",\"origin\":\"https://localhost:8443\",\"crossOrigin\":false}");
 }
 
+TEST_F(GetAssertionTest, NotesWhenThePasskeySigned) {
+    registered("zoe", "user-1");
+    EXPECT_FALSE(scope.credentials.find("localhost").front().lastUsed);
+    signIn(assertion());
+    EXPECT_EQ(scope.credentials.find("localhost").front().lastUsed,
+              std::chrono::floor<std::chrono::seconds>(scope.clock.now()));
+}
+
+TEST_F(GetAssertionTest, PasskeyOfTheChipSignsWithTheChip) {
+    scope.chip.isThere = true;
+    const auto credential = registered("zoe", "user-1");
+    scope.keys.failure = "The software store was asked.";
+    const auto ended = signIn(assertion());
+    ASSERT_TRUE(ended->value);
+    const auto registration = verifyRegistration(credential, "localhost");
+    EXPECT_TRUE(verifyAssertion(*ended->value, registration->publicKey, "localhost", true));
+}
+
 TEST_F(GetAssertionTest, TheCounterIsZeroInTheRegistrationAndInEveryAssertion) {
     const auto registration = verifyRegistration(registered("zoe", "user-1"), "localhost");
     EXPECT_EQ(registration->counter, 0U);

@@ -21,4 +21,12 @@ inline authenticator::CredentialRecord record(std::string_view credentialId,
     return made;
 }
 
+/// The same after the service has accepted it.
+inline authenticator::CredentialRecord acceptedRecord(std::string_view credentialId,
+                                                      std::string_view userId) {
+    authenticator::CredentialRecord made = record(credentialId, userId);
+    made.accepted = true;
+    return made;
+}
+
 } // namespace kelo
