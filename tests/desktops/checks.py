@@ -4,9 +4,11 @@ it raises NotHere where the desktop lacks the thing, and Denied where the deskto
 import re
 
 from desktops.base import NotHere
+from drive import keys
 from drive.kelo import Kelo
 from drive.user import OtherProgram, User
 from drive.waiting import Missed, await_that, pump
+from drive.widget import WIDGET, beside, hold_to_its_place, widget_window
 
 
 class Denied(Exception):
@@ -14,7 +16,6 @@ class Denied(Exception):
 
 
 ALL = []
-WIDGET = "Kelo voice assistant"  # the title of its window
 
 
 def check(title):
@@ -239,6 +240,52 @@ def widget_over_full_screen(road):
         road.picture("widget-over-full-screen")
         road.kelo.run("--widget")
         await_that("the widget is gone", lambda: not road.widget())
+    finally:
+        other.end()
+
+
+def hold_and_escape(road):
+    chord = [keys.code("Control_L"), keys.code("Alt_L")]
+    for code in chord:
+        road.desktop.turn_key(code, True)
+    try:
+        await_that("the widget comes while the keys are held", road.widget)
+    finally:
+        for code in reversed(chord):
+            road.desktop.turn_key(code, False)
+    pump(1)
+    if not road.widget():
+        raise Missed("The widget goes when the keys are released.")
+    road.desktop.press("Escape")
+    await_that("Escape closes the widget", lambda: not road.widget())
+
+
+def click_beside(road, other):
+    show_widget(road)
+    window = next(one for one in road.desktop.windows() if one.pid == other.process.pid)
+    road.desktop.click(*beside(widget_window(road.kelo), window))
+    await_that("a click on a window gives it the keyboard", other.has_keyboard)
+    if not road.widget():
+        raise Missed("A click beside the widget closes it.")
+    road.kelo.run("--widget")
+    await_that("the widget is gone", lambda: not road.widget())
+
+
+@check("Widget beside the desktop's panel")
+def widget_beside_panel(road):
+    other = road.other()
+    try:
+        for edge in ("top", "left", "bottom"):
+            road.desktop.move_panel(edge)
+            show_widget(road)
+            hold_to_its_place(road.kelo, edge)
+            road.picture(f"widget-panel-{edge}")
+            road.desktop.press("Escape")
+            await_that("Escape closes the widget", lambda: not road.widget())
+            await_that("the keyboard is back", other.has_keyboard)
+        hold_and_escape(road)
+        await_that("the keyboard is back", other.has_keyboard)
+        click_beside(road, other)
     finally:
         other.end()
 

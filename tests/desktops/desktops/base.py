@@ -126,6 +126,11 @@ class Desktop:
         """Takes the tray away, as on a desktop that was installed without one."""
         raise NotHere("no tray")
 
+    def move_panel(self, edge):
+        """Moves the desktop's main panel to the "top", "bottom" or "left" edge of the screen, and returns when the
+        work area follows."""
+        raise NotHere("panels stay where they are")
+
     def notifications(self):
         """The notifications that are shown: (title, body, x, y) each."""
         raise NotHere("no notifications")

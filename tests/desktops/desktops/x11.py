@@ -94,10 +94,6 @@ class X11Desktop(Desktop):
         self.resize(self.width * factor, self.height * factor)
         pump(3)
 
-    def move_panel(self, edge):
-        """Moves the desktop's main panel to the "top", "bottom" or "left" edge of the screen."""
-        raise NotHere("panels stay where they are")
-
     def await_panel(self, edge):
         def is_there():
             x, y, width, height = self.work_area()
