@@ -5,10 +5,8 @@ import re
 
 from desktops.base import NotHere
 from drive import keys
-from drive.kelo import Kelo
-from drive.user import OtherProgram, User
-from drive.waiting import Missed, await_that, pump
-from drive.widget import WIDGET, beside, hold_to_its_place, widget_window
+from drive.waiting import Missed, await_or_not, await_that
+from drive.widget import beside, hold_to_its_place, widget_window
 
 
 class Denied(Exception):
@@ -24,47 +22,6 @@ def check(title):
         return function
 
     return keep
-
-
-class Road:
-    """What the checks share: a Kelo that stays open from one to the next, and another program for a while."""
-
-    def __init__(self, desktop, build, folder, pictures):
-        self.desktop, self.build, self.folder, self.pictures = desktop, build, folder, pictures
-        self.kelo = None
-        self.number = 0
-
-    def open_kelo(self, environment=None, arguments=()):
-        self.kelo = Kelo(self.desktop, self.build, self.folder / "user", arguments, environment)
-        self.user = User(self.kelo)
-
-    def close_kelo(self):
-        if self.kelo:
-            self.kelo.end()
-            self.kelo = None
-
-    def picture(self, name):
-        self.number += 1
-        pump(0.7)  # what is on its way to the screen
-        self.desktop.picture(self.pictures / f"{self.number:02}-{name}.png")
-
-    def other(self, command=()):
-        return OtherProgram(self.desktop, self.folder, command)
-
-    def main_windows(self):
-        """Their title is the page's."""
-        return [one for one in self.kelo.windows() if one.title != WIDGET]
-
-    def main_window(self):
-        return await_that("the main window is there", lambda: next(iter(self.main_windows()), None))
-
-    def is_in_front(self):
-        return any(one.has_keyboard for one in self.main_windows())
-
-    def widget(self):
-        """The page of a hidden window goes on saying that it is shown: the window has to be there, too."""
-        window = any(self.kelo.tree.find(role, WIDGET) for role in ("frame", "window"))
-        return window and self.kelo.tree.find("button", "Start microphone", "page")
 
 
 @check("Main window")
@@ -190,15 +147,13 @@ def hotkey(road):
     works = re.search(r"^(X11|Kernel|evdev|Keyboard devices)[^:]*: available", said, re.MULTILINE) is not None
     other = road.other()
     try:
+        before = road.look()
         road.desktop.press("Control_L", "Alt_L")
-        try:
-            await_that("the widget is there", road.widget, 10)
-        except Missed:
-            if works:
-                raise
+        if not await_or_not(road.widget, 10) and not works:
             has_shortcut = "portal: available" in said
             instead = "the desktop's shortcut does it" if has_shortcut else "`kelo --widget` can be bound to a key"
-            raise Denied(f"no program sees keys of another one; {instead}") from None
+            raise Denied(f"no program sees keys of another one; {instead}")
+        road.await_widget(before)
         road.picture("hotkey")
         road.desktop.press("Control_L", "Alt_L")
         await_that("the widget is gone", lambda: not road.widget())
@@ -206,22 +161,22 @@ def hotkey(road):
         other.end()
 
 
-def show_widget(road):
+def turn_widget(road):
     status, said = road.kelo.run("--widget")
     if status != 0:
         raise Missed(f"kelo --widget ended with {status}: {said}")
-    await_that("the widget is there", road.widget)
-    pump(1)
 
 
 @check("Widget over a window")
 def widget_over_window(road):
     other = road.other()
     try:
-        show_widget(road)
+        before = road.look()
+        turn_widget(road)
+        road.await_widget(before)
         road.picture("widget")
         took_keyboard = await_or_not(lambda: not other.has_keyboard())
-        road.kelo.run("--widget")
+        turn_widget(road)
         await_that("the widget is gone", lambda: not road.widget())
         if not took_keyboard:
             raise Denied("the keyboard stays where it is until the widget is clicked")
@@ -235,10 +190,12 @@ def widget_over_full_screen(road):
     other = road.other()
     try:
         road.desktop.press("F11")
-        pump(1)
-        show_widget(road)
+        await_that("a window fills the screen", lambda: any(one.is_full_screen for one in road.desktop.windows()))
+        before = road.picture("full-screen")
+        turn_widget(road)
+        road.await_widget(before)
         road.picture("widget-over-full-screen")
-        road.kelo.run("--widget")
+        turn_widget(road)
         await_that("the widget is gone", lambda: not road.widget())
     finally:
         other.end()
@@ -253,21 +210,21 @@ def hold_and_escape(road):
     finally:
         for code in reversed(chord):
             road.desktop.turn_key(code, False)
-    pump(1)
-    if not road.widget():
+    if await_or_not(lambda: not road.widget(), 1):
         raise Missed("The widget goes when the keys are released.")
     road.desktop.press("Escape")
     await_that("Escape closes the widget", lambda: not road.widget())
 
 
 def click_beside(road, other):
-    show_widget(road)
+    turn_widget(road)
+    await_that("the widget is there", road.widget)
     window = next(one for one in road.desktop.windows() if one.pid == other.process.pid)
     road.desktop.click(*beside(widget_window(road.kelo), window))
     await_that("a click on a window gives it the keyboard", other.has_keyboard)
     if not road.widget():
         raise Missed("A click beside the widget closes it.")
-    road.kelo.run("--widget")
+    turn_widget(road)
     await_that("the widget is gone", lambda: not road.widget())
 
 
@@ -277,7 +234,9 @@ def widget_beside_panel(road):
     try:
         for edge in ("top", "left", "bottom"):
             road.desktop.move_panel(edge)
-            show_widget(road)
+            before = road.look()
+            turn_widget(road)
+            road.await_widget(before)
             hold_to_its_place(road.kelo, edge)
             road.picture(f"widget-panel-{edge}")
             road.desktop.press("Escape")
@@ -290,20 +249,14 @@ def widget_beside_panel(road):
         other.end()
 
 
-def await_or_not(condition, seconds=5):
-    try:
-        return await_that("", condition, seconds)
-    except Missed:
-        return False
-
-
 @check("Global shortcut of the desktop")
 def global_shortcut(road):
     note = road.desktop.answer_shortcut_dialog()
     other = road.other()
     try:
+        before = road.look()
         road.desktop.press("Control_L", "Alt_L", "space")
-        await_that("the widget is there", road.widget)
+        road.await_widget(before)
         road.picture("shortcut")
         road.desktop.press("Control_L", "Alt_L", "space")
         await_that("the widget is gone", lambda: not road.widget())
@@ -314,30 +267,58 @@ def global_shortcut(road):
 
 @check("Dark")
 def dark(road):
+    def brightness():
+        window = road.main_window()
+        return road.look().brightness((window.x, window.y, window.width, window.height))
+
     road.desktop.set_dark(True)
-    pump(1.5)
-    road.picture("dark")
-    road.desktop.set_dark(False)
+    try:
+        await_that("the window is dark", lambda: brightness() < 90)
+        road.picture("dark")
+    finally:
+        road.desktop.set_dark(False)
+    await_that("the window is bright", lambda: brightness() > 150)
+
+
+def _is_green(red, green, blue):
+    return green > red + 40 and green > blue + 40
 
 
 @check("Accent colour")
 def accent(road):
+    def share():
+        return road.look().share(road.kelo.area("button", "OK"), _is_green)
+
     road.desktop.set_accent("green")
-    road.kelo.run("--check-for-updates")  # a window with a button in that colour
-    road.kelo.tree.await_one("button", "OK")
-    road.picture("accent")
+    try:
+        road.kelo.run("--check-for-updates")  # a window with a button in that colour
+        road.kelo.tree.await_one("button", "OK")
+        await_that("the button is green", lambda: share() > 0.3)
+        road.picture("accent")
+    finally:
+        road.desktop.set_accent("blue")
+    await_that("the button is not green any more", lambda: share() == 0)
     road.user.close_alert()
-    road.desktop.set_accent("blue")
 
 
 @check("Scale 125 %, 200 %")
 def scale(road):
-    for factor in (1.25, 2):
-        road.desktop.set_scale(factor)
-        pump(2)
-        road.picture(f"scale-{round(factor * 100)}")
-    road.desktop.set_scale(1)
-    pump(1)
+    def width():
+        """Of an entry of the main window's menu, in pixels."""
+        return road.kelo.area("menu", "Account")[2] * road.look().scale
+
+    before = width()
+    try:
+        for factor in (1.25, 2):
+            road.desktop.set_scale(factor)
+            # Not by the whole factor where only texts grow.
+            await_that("the window is drawn larger", lambda wanted=before * (1 + factor) / 2: width() >= wanted)
+            road.user.open_menu("Account")
+            road.picture(f"scale-{round(factor * 100)}")
+            road.user.close_menu()
+    finally:
+        road.desktop.set_scale(1)
+    await_that("the window is drawn as before", lambda: width() == before)
 
 
 @check("Locked screen")
@@ -345,18 +326,21 @@ def lock(road):
     road.desktop.lock()
     road.picture("locked")
     road.kelo.run("--widget")
-    road.desktop.press("Control_L", "Alt_L")
-    pump(3)
-    stays_away = not road.widget()
-    road.picture("locked-and-tapped")
+    came = await_or_not(road.widget, 2)
+    is_seen = road.sees_widget(road.picture("locked-and-asked"))
+    if not came:
+        road.desktop.press("Control_L", "Alt_L")
+        came = await_or_not(road.widget, 2)
+        is_seen = is_seen or road.sees_widget(road.picture("locked-and-tapped"))
     road.desktop.unlock()
-    if not stays_away and not road.desktop.tells_of_lock:
-        road.kelo.run("--widget")
+    if is_seen:
+        raise Missed("The widget can be seen over the lock screen.")
+    if came and not road.desktop.tells_of_lock:
+        turn_widget(road)
         raise Denied("the lock screen covers the widget, but tells nobody that it is there")
-    if not stays_away:
+    if came:
         raise Missed("The widget came over the lock screen.")
-    pump(1)
-    if road.widget():
+    if await_or_not(road.widget, 2):
         raise Missed("The widget came when the screen was unlocked.")
 
 

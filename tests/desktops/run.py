@@ -25,6 +25,7 @@ from desktops import known  # noqa: E402
 from desktops.base import NotHere  # noqa: E402
 from drive.kelo import Service, install  # noqa: E402
 from drive.session import Session  # noqa: E402
+from road import Road  # noqa: E402
 
 
 def release():
@@ -62,7 +63,7 @@ def try_desktop(kind, wanted):
         desktop = kind(session)
         desktop.start()
         service = Service(build, session.folder)
-        road = checks.Road(desktop, program, session.folder, pictures)
+        road = Road(desktop, program, session.folder, pictures)
         found = {}
         for name, title, function in checks.ALL:
             if wanted and name not in wanted:

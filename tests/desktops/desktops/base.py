@@ -108,6 +108,10 @@ class Desktop:
         """All that are shown, as Window."""
         raise NotImplementedError
 
+    def space(self):
+        """Width and height of the whole screen, in points."""
+        return self.width, self.height
+
     def work_area(self):
         """x, y, width and height in points of what panels and docks leave free."""
         return 0, 0, self.width, self.height

@@ -185,6 +185,9 @@ class Gnome(Desktop):
     def windows(self):
         return [Window(**window) for window in self.evaluate(_WINDOWS)]
 
+    def space(self):
+        return tuple(self.evaluate("[global.screen_width, global.screen_height]"))
+
     def work_area(self):
         area = self.evaluate(
             "(() => { const area = Main.layoutManager.getWorkAreaForMonitor(0);"

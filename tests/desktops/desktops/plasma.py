@@ -150,7 +150,7 @@ class Plasma(Desktop):
 
     def move_to(self, x, y):
         # The server draws the pointer, so it has to know where it is.
-        scale = self.width / self._panel()["width"]
+        scale = self.width / self.space()[0]
         self.pointer.move_to(round(x * scale), round(y * scale))
         self.input.move_to(x, y)
 
@@ -175,6 +175,10 @@ class Plasma(Desktop):
             )
             for one in self.list.now()
         ]
+
+    def space(self):
+        width = self._panel()["width"]
+        return width, self.height * width / self.width
 
     def work_area(self):
         panel = self._panel()

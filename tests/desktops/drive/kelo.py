@@ -84,16 +84,21 @@ class Kelo:
 
         return await_that(f'the window "{title}" is there', look)
 
-    def place(self, role, name, program="kelo"):
-        """The middle of an object on the screen. The tree knows places in a window, and the compositor where the
-        window is: the two meet by its title."""
+    def area(self, role, name, program="kelo"):
+        """x, y, width and height of an object, in points of the screen. The tree knows places in a window, and the
+        compositor where the window is: the two meet by its title."""
         one = self.tree.await_one(role, name, program)
         holder = self.tree.main_window() if program == "page" else one
         while program != "page" and (parent := holder.parent()) and parent.role() != APPLICATION:
             holder = parent
         window = self.await_window(holder.name())
         x, y, width, height = one.place(holder)
-        return window.x + x + width / 2, window.y + y + height / 2
+        return window.x + x, window.y + y, width, height
+
+    def place(self, role, name, program="kelo"):
+        """The middle of it."""
+        x, y, width, height = self.area(role, name, program)
+        return x + width / 2, y + height / 2
 
     def click(self, role, name, program="kelo", button="left"):
         await_that(

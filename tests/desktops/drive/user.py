@@ -56,15 +56,26 @@ class User:
     def await_signed_in(self):
         self.tree.await_one("heading", "Welcome, Ada", "page")
 
+    def focused_entry(self):
+        return self.focused("menu item", "check menu item")
+
+    def open_menu(self, menu):
+        """With the mouse, in the main window's menu."""
+        self.insist(
+            f"the menu {menu} has the keyboard",
+            lambda: self.focused_entry() or self.kelo.click("menu", menu),
+            self.focused_entry,
+        )
+
+    def close_menu(self):
+        self.desktop.press("Escape")
+        await_that("the menu is closed", lambda: not self.focused_entry())
+
     def choose(self, menu, entry):
         """From the main window's menu: opened with the mouse, and gone through with the keyboard."""
-
-        def focused():
-            return self.focused("menu item", "check menu item")
-
-        self.insist(f"the menu {menu} has the keyboard", lambda: focused() or self.kelo.click("menu", menu), focused)
+        self.open_menu(menu)
         for _ in range(30):
-            if (one := focused()) and one.name() == entry:
+            if (one := self.focused_entry()) and one.name() == entry:
                 self.desktop.press("Return")
                 return
             self.desktop.press("Down")

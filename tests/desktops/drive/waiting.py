@@ -34,3 +34,11 @@ def await_that(what, condition, deadline=DEADLINE):
         if time.monotonic() >= end:
             raise Missed(f"Waited in vain until {what}.")
         pump(0.1)
+
+
+def await_or_not(condition, seconds=5):
+    """The first value of the condition that counts as true, or False when there was none in time."""
+    try:
+        return await_that("", condition, seconds)
+    except Missed:
+        return False

@@ -3,11 +3,22 @@
 from drive.waiting import Missed, await_that
 
 WIDGET = "Kelo voice assistant"  # its title
+_SIZE = 640, 620  # in points
 _MARGIN = 16  # points between it and the lower edge of the work area
 
 
 def widget_window(kelo):
     return await_that("the widget has a window", lambda: next((w for w in kelo.windows() if w.title == WIDGET), None))
+
+
+def widget_area(kelo):
+    """x, y, width and height. Most compositors list no surfaces of the layer shell among the windows, but there its
+    place is fixed."""
+    for one in kelo.windows():
+        if one.title == WIDGET:
+            return one.x, one.y, one.width, one.height
+    x, y, width, height = kelo.desktop.work_area()
+    return x + (width - _SIZE[0]) / 2, y + height - _MARGIN - _SIZE[1], *_SIZE
 
 
 def hold_to_its_place(kelo, edge):

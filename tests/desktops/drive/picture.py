@@ -1,0 +1,54 @@
+"""What a picture of the screen shows, in numbers."""
+
+import gi
+
+gi.require_version("GdkPixbuf", "2.0")
+from gi.repository import GdkPixbuf  # noqa: E402
+
+_BLINKING = 0.0005  # of all pixels
+_STEP = 2  # of the pixels of an area, each second in each second row is looked at
+
+
+class Picture:
+    """`space`: width and height in points of what the picture shows. Areas are x, y, width and height in points."""
+
+    def __init__(self, file, space):
+        image = GdkPixbuf.Pixbuf.new_from_file(str(file))
+        self.width, self.height = image.get_width(), image.get_height()
+        self.channels, self.stride = image.get_n_channels(), image.get_rowstride()
+        self.content = image.get_pixels()
+        self.scale = self.width / space[0]  # pixels a point
+
+    def _row(self, number, left=0, right=None):
+        begin = number * self.stride
+        return self.content[begin + left * self.channels : begin + (right or self.width) * self.channels]
+
+    def colours(self, area):
+        """Of the pixels in the area that are on the screen: (red, green, blue) each."""
+        x, y, width, height = (round(number * self.scale) for number in area)
+        left, right = max(0, x), min(self.width, x + width)
+        for number in range(max(0, y), min(self.height, y + height), _STEP):
+            row = self._row(number, left, right) if left < right else b""
+            step = self.channels * _STEP
+            yield from zip(row[0::step], row[1::step], row[2::step])
+
+    def brightness(self, area):
+        """From 0, which is black, to 255."""
+        shades = [(299 * red + 587 * green + 114 * blue) / 1000 for red, green, blue in self.colours(area)]
+        return sum(shades) / len(shades) if shades else 0
+
+    def share(self, area, is_wanted):
+        """Of the area's pixels, the part whose colour is_wanted(red, green, blue) says yes to: from 0 to 1."""
+        answers = [is_wanted(*colour) for colour in self.colours(area)]
+        return sum(answers) / len(answers) if answers else 0
+
+    def is_like(self, other):
+        """But for what blinks: a cursor, the colon of a clock."""
+        if (self.width, self.height) != (other.width, other.height):
+            return False
+        count = 0
+        for number in range(self.height):
+            ours, theirs = self._row(number), other._row(number)
+            if ours != theirs:
+                count += sum(one != another for one, another in zip(ours, theirs))
+        return count <= _BLINKING * len(self.content)
