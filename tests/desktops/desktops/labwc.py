@@ -13,9 +13,18 @@ _SECOND = "HEADLESS-2"
 _CONFIGURATION = """<?xml version="1.0"?>
 <labwc_config>
   <windowRules>
-    <windowRule identifier="*" serverDecoration="no"><action name="MoveTo" x="{}" y="{}"/></windowRule>
+    <windowRule identifier="*" serverDecoration="no"><action name="MoveTo" x="{0}" y="{1}"/></windowRule>
   </windowRules>
+  <keyboard>
+    <keybind key="W-m"><action name="MoveTo" x="{0}" y="{1}"/></keybind>
+  </keyboard>
 </labwc_config>
+"""
+# Debian's own asks any portal. On a system with labwc alone that is the one for GTK, and other desktops that are
+# installed beside it bring more.
+_PORTALS = """[preferred]
+default=wlr;gtk
+org.freedesktop.impl.portal.Inhibit=none
 """
 
 
@@ -32,6 +41,9 @@ class Labwc(WlrootsDesktop):
 
     def _start_compositor(self):
         (self.folder / "rc.xml").write_text(_CONFIGURATION.format(*_CORNER), encoding="utf-8")
+        portals = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "xdg-desktop-portal"
+        portals.mkdir(parents=True, exist_ok=True)
+        (portals / "labwc-portals.conf").write_text(_PORTALS, encoding="utf-8")
         self.run_compositor("labwc", "--config-dir", self.folder)
 
     def version(self):
@@ -75,6 +87,11 @@ class Labwc(WlrootsDesktop):
 
     def remove_output(self, name):
         self.randr("--output", name, "--off")
+
+    def set_scale(self, factor):
+        """A window that has become too large for its output, labwc puts elsewhere."""
+        super().set_scale(factor)
+        self.press("Super_L", "m")
 
     def answer_shortcut_dialog(self):
         raise NotHere("its portal, xdg-desktop-portal-wlr, has no global shortcuts")
