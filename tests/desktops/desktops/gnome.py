@@ -247,9 +247,13 @@ class Gnome(Desktop):
     def lock(self):
         self.evaluate("Main.screenShield.lock(true); 0")
         await_that("the screen is locked", lambda: self._is("Main.screenShield.locked"))
-        # The shell darkens the screen with it, until somebody comes.
-        self.press("Shift_L")
-        await_that("the lock screen is shown", lambda: self._is("!Main.screenShield._shortLightbox.active"))
+
+        def is_bright():
+            """The shell darkens the screen when it locks, until somebody comes."""
+            self.press("Shift_L")
+            return self._is("!Main.screenShield._shortLightbox.active")
+
+        await_that("the lock screen is shown", is_bright)
 
     def unlock(self):
         """As after the right password, which the display manager would check."""
