@@ -4,7 +4,7 @@ from drive.kelo import Kelo
 from drive.picture import Picture
 from drive.user import OtherProgram, User
 from drive.waiting import await_that, pump
-from drive.widget import WIDGET, widget_area
+from drive.widget import BUTTON, WIDGET, has_button_colour, widget_area
 
 
 class Road:
@@ -57,22 +57,14 @@ class Road:
     def widget(self):
         """The page of a hidden window goes on saying that it is shown: the window has to be there, too."""
         window = any(self.kelo.tree.find(role, WIDGET) for role in ("frame", "window"))
-        return window and self.kelo.tree.find("button", "Start microphone", "page")
+        return window and self.kelo.tree.find("button", BUTTON, "page")
 
     def sees_widget(self, seen, before=None):
         """Whether the picture shows it, as one from before did not: its button has a colour of its own."""
         area = widget_area(self.kelo)
-        shares = [one.share(area, _is_button_of_widget) if one else 0 for one in (before, seen)]
+        shares = [one.share(area, has_button_colour) if one else 0 for one in (before, seen)]
         return shares[1] - shares[0] > 0.01
 
     def await_widget(self, before):
         await_that("the widget is there", self.widget)
         await_that("the widget can be seen", lambda: self.sees_widget(self.look(), before))
-
-
-def _is_button_of_widget(*colour):
-    """Alone, or with the pointer on it."""
-    return any(
-        all(abs(one - wanted) < 5 for one, wanted in zip(colour, button))
-        for button in ((0x2F, 0x5D, 0x50), (0x25, 0x4A, 0x40))
-    )

@@ -133,7 +133,7 @@ class Desktop:
     def move_panel(self, edge):
         """Moves the desktop's main panel to the "top", "bottom" or "left" edge of the screen, and returns when the
         work area follows."""
-        raise NotHere("panels stay where they are")
+        raise NotHere("the panel stays where it is")
 
     def notifications(self):
         """The notifications that are shown: (title, body, x, y) each."""

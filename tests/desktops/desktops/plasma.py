@@ -177,12 +177,11 @@ class Plasma(Desktop):
         ]
 
     def space(self):
-        width = self._panel()["width"]
-        return width, self.height * width / self.width
+        """The desktop itself is a window, too."""
+        return max((one["width"], one["height"]) for one in self._parts_of_shell())
 
     def work_area(self):
-        panel = self._panel()
-        return 0, 0, panel["width"], panel["y"]
+        return self.list.work_area()
 
     def _parts_of_shell(self):
         return [one for one in self.list.now() if one["program"].endswith("plasmashell")]
@@ -261,6 +260,16 @@ class Plasma(Desktop):
         self._start_shell()
         if used:  # the new desktop has taken the keyboard
             self.click(used.x + used.width / 2, used.y + 8)
+
+    def move_panel(self, edge):
+        arguments = GLib.Variant("(s)", (f"panels().forEach(panel => panel.location = '{edge}');",))
+        self.session.bus.call(_SHELL, "/PlasmaShell", "org.kde.PlasmaShell", "evaluateScript", arguments)
+
+        def is_there():
+            x, y, width, height = self.work_area()
+            return {"top": y > 0, "left": x > 0, "bottom": x + y == 0 and height < self.space()[1]}[edge]
+
+        await_that(f"the panel is at the {edge}", is_there)
 
     def notifications(self):
         """Each is in a window of its own. The accessible tree has the sizes of windows wrong in version 5."""

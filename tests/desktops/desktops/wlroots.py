@@ -11,12 +11,14 @@ from gi.repository import Gio, GLib
 
 from desktops.base import Desktop, NotHere
 from drive.bus import Refused
+from drive.picture import Picture
 from drive.processes import Process
 from drive.waiting import await_that, pump
 from drive.wayland import WaylandConnection
 from drive.wlroots import Keyboard, Pointer, Toplevels
 
 BAR_HEIGHT = 30
+_BAR_COLOUR = 43, 43, 43
 _ICON = 22
 _NOBODY = pwd.getpwnam("nobody")
 _PACKAGES = (
@@ -61,7 +63,8 @@ class WlrootsDesktop(Desktop):
         self.toplevels = Toplevels(self.wayland)
         self.move_to(self.width / 2, self.height / 2)
         self._start_notifications()
-        self._start_bar()
+        self._start_bar("top", {"modules-left": ["tray"], "modules-center": ["clock"], "tray": {"icon-size": _ICON}})
+        self.session.bus.await_name("org.kde.StatusNotifierWatcher")
 
     def _start_compositor(self):
         raise NotImplementedError
@@ -93,15 +96,15 @@ class WlrootsDesktop(Desktop):
         self.session.run("mako", "--config", configuration)
         self.session.bus.await_name("org.freedesktop.Notifications")
 
-    def _start_bar(self):
+    def _start_bar(self, edge, modules):
+        self.bar_edge = edge
         configuration = self.folder / "waybar.json"
-        bar = {"layer": "top", "height": BAR_HEIGHT, "modules-left": ["tray"], "modules-center": ["clock"],
-               "tray": {"icon-size": _ICON}}  # fmt: skip
+        thickness = "width" if edge == "left" else "height"
+        bar = {"layer": "top", "position": edge, thickness: BAR_HEIGHT, **modules}
         configuration.write_text(json.dumps(bar), encoding="utf-8")
         style = self.folder / "waybar.css"
-        style.write_text("window#waybar { background: #2b2b2b; color: #ffffff; }", encoding="utf-8")
+        style.write_text("window#waybar {{ background: rgb{}; color: #ffffff; }}".format(_BAR_COLOUR), encoding="utf-8")
         self.bar = self.session.run("waybar", "--config", configuration, "--style", style)
-        self.session.bus.await_name("org.kde.StatusNotifierWatcher")
 
     def ask(self, *command):
         """What a tool prints."""
@@ -138,8 +141,11 @@ class WlrootsDesktop(Desktop):
 
     def work_area(self):
         width, height = self.space()
-        bar = BAR_HEIGHT if self.bar.is_running() else 0
-        return 0, bar, width, height - bar
+        if not self.bar.is_running():
+            return 0, 0, width, height
+        if self.bar_edge == "left":
+            return BAR_HEIGHT, 0, width - BAR_HEIGHT, height
+        return 0, BAR_HEIGHT if self.bar_edge == "top" else 0, width, height - BAR_HEIGHT
 
     # --- parts ---------------------------------------------------------------------------------------
 
@@ -173,6 +179,24 @@ class WlrootsDesktop(Desktop):
 
     def without_tray(self):
         self.bar.end()
+
+    def move_panel(self, edge):
+        """Without a tray: only where that is at the top is it known where in it the icon is."""
+        self.bar.end()
+        self._start_bar(edge, {})
+        width, height = self.space()
+        place = {
+            "top": (0, 0, width, BAR_HEIGHT),
+            "left": (0, 0, BAR_HEIGHT, height),
+            "bottom": (0, height - BAR_HEIGHT, width, BAR_HEIGHT),
+        }[edge]
+        file = self.folder / "bar.png"
+
+        def is_drawn():
+            self.picture(file)
+            return Picture(file, (width, height)).share(place, lambda *colour: colour == _BAR_COLOUR) > 0.9
+
+        await_that("the bar is drawn", is_drawn)
 
     def notifications(self):
         mako = "fr.emersion.Mako"

@@ -87,7 +87,7 @@ class X11Pointer:
         self.library.XSync(self.display, 0)
 
 
-_LISTING = """
+_WINDOWS = """
 const all = workspace.windowList ? workspace.windowList() : workspace.clientList();
 const active = workspace.windowList ? workspace.activeWindow : workspace.activeClient;
 const isShown = one => !one.minimized && !one.deleted && !one.hidden;
@@ -102,6 +102,13 @@ const told = all.filter(isShown).map(one => {
              active: one === active, full: one.fullScreen, program: String(one.resourceClass),
              above: one.stackingOrder, dock: one.dock, notice: one.notification || one.criticalNotification };
 });
+"""
+_WORK_AREA = """
+const screen = workspace.windowList ? workspace.activeScreen : 0;
+const { x, y, width, height } = workspace.clientArea(KWin.MaximizeArea, screen, workspace.currentDesktop);
+const told = [x, y, width, height];
+"""
+_TELLING = """
 callDBus("%(name)s", "%(path)s", "%(interface)s", "Told", "%(token)s", JSON.stringify(told));
 """
 _INTERFACE = "app.example.Windows"
@@ -111,7 +118,7 @@ _DESCRIPTION = f"""<node><interface name="{_INTERFACE}"><method name="Told"><arg
 
 
 class WindowList:
-    """Asks KWin for its windows with a script that it is given each time."""
+    """Asks KWin for its windows, and what they have for themselves, with a script that it is given each time."""
 
     def __init__(self, bus, folder):
         self.bus = bus
@@ -128,10 +135,16 @@ class WindowList:
 
     def now(self):
         """As dictionaries."""
+        return self._ask(_WINDOWS)
+
+    def work_area(self):
+        return tuple(self._ask(_WORK_AREA))
+
+    def _ask(self, code):
         self.count += 1
         token = f"windows{self.count}"
         words = {"name": self.bus.connection.get_unique_name(), "path": _PATH, "interface": _INTERFACE, "token": token}
-        self.script.write_text(_LISTING % words, encoding="utf-8")
+        self.script.write_text(code + _TELLING % words, encoding="utf-8")
         arguments = GLib.Variant("(ss)", (str(self.script), token))
         number = self._scripting("loadScript", arguments)[0]
         self._run(number)

@@ -124,6 +124,8 @@ class User:
 class OtherProgram:
     """See other.py."""
 
+    TITLE = "Another program"
+
     def __init__(self, desktop, folder, command=()):
         self.desktop = desktop
         script = pathlib.Path(__file__).parent.parent / "other.py"
