@@ -35,17 +35,25 @@ def notes(result):
     return f"* **{result['desktop']} {result['version']}**: {'; '.join(said)}." if said else ""
 
 
-def kept(text, pattern):
-    """Lines of the page, by the desktop that they are about."""
-    return {match.group(1): match.group(0) for match in re.finditer(pattern, text, re.MULTILINE)}
+def cells_of(row):
+    return [cell.strip() for cell in row.strip("|").split("|")]
+
+
+def kept_lines(table, titles):
+    """By the desktop that they are about. What has become a check since has not been tried there."""
+    rows = [cells_of(row) for row in table.splitlines() if row.startswith("| ")]
+    for row in rows[1:]:
+        known = dict(zip(rows[0], row))
+        yield row[0], f"| {' | '.join([*row[:2], *[known.get(title, '') for title in titles]])} |"
 
 
 def main():
     page = PAGE.read_text(encoding="utf-8")
     before, rest = page.split(BEGIN)
     table, after = rest.split(END)
-    lines = kept(table, r"^\| (?!Desktop|---)([^|]+) \|.*\|$")
-    said = kept(table, r"^\* \*\*([^*]+)\*\*.*$")
+    titles = [title for _name, title, _function in checks.ALL]
+    lines = dict(kept_lines(table, titles))
+    said = {match[1]: match[0] for match in re.finditer(r"^\* \*\*([^*]+)\*\*.*$", table, re.MULTILINE)}
     for file in sorted(pathlib.Path("build/desktops").glob("*/outcome.json")):
         result = json.loads(file.read_text(encoding="utf-8"))
         if set(result["checks"]) != {name for name, _title, _function in checks.ALL}:
@@ -53,7 +61,6 @@ def main():
         desktop = f"{result['desktop']} {result['version']}"
         lines[desktop] = line(result)
         said[desktop] = notes(result)
-    titles = [title for _name, title, _function in checks.ALL]
     head = [f"| Desktop | System | {' | '.join(titles)} |", "|" + "---|" * (len(titles) + 2)]
     body = [lines[name] for name in sorted(lines)]
     below = [said[name] for name in sorted(said) if said[name]]
