@@ -13,12 +13,37 @@ struct ActiveWindowFocus::Pending {
     std::function<void()> changed;
     gobject::ScheduledJob look;
 
-    static void activeChanged(GtkWindow*, GParamSpec*, std::shared_ptr<Pending>* pending) {
+    void watch(GtkWindow* window, const std::shared_ptr<Pending>& self) {
+        gobject::connectWithState(window, "notify::is-active", activeChanged, self);
+        gobject::connectWithState(window, "unmap", hidden, self);
+        // Before the window's own handler, which lets no other have the event.
+        GtkEventController* const events = gtk_event_controller_legacy_new();
+        gtk_event_controller_set_propagation_phase(events, GTK_PHASE_CAPTURE);
+        gobject::connectWithState(events, "event", focusTold, self);
+        gtk_widget_add_controller(GTK_WIDGET(window), events);
+    }
+
+    static void activeChanged(GtkWindow* window, GParamSpec*, std::shared_ptr<Pending>* pending) {
+        window::trustActivity(window);
         lookLater(**pending);
     }
 
-    static void shownOrHidden(GtkWidget*, std::shared_ptr<Pending>* pending) {
+    // GTK 4.8 does not listen when a window that is hidden is told that it has lost the keyboard.
+    // It takes the window for active from then on, also when it is shown again, and tells of no
+    // change when it gets the keyboard.
+    static void hidden(GtkWidget* window, std::shared_ptr<Pending>* pending) {
+        if (gtk_window_is_active(GTK_WINDOW(window)))
+            window::distrustActivity(GTK_WINDOW(window));
         lookLater(**pending);
+    }
+
+    static gboolean focusTold(GtkEventController* events, GdkEvent* event,
+                              std::shared_ptr<Pending>* pending) {
+        if (gdk_event_get_event_type(event) == GDK_FOCUS_CHANGE && gdk_focus_event_get_in(event)) {
+            window::trustActivity(GTK_WINDOW(gtk_event_controller_get_widget(events)));
+            lookLater(**pending);
+        }
+        return FALSE;
     }
 
     // The keyboard moves from one of our windows to another in two steps. Wait for both.
@@ -29,11 +54,8 @@ struct ActiveWindowFocus::Pending {
 };
 
 ActiveWindowFocus::ActiveWindowFocus()
-    : pending(std::make_shared<Pending>()), toplevels([pending = pending](GtkWindow* window) {
-          gobject::connectWithState(window, "notify::is-active", Pending::activeChanged, pending);
-          for (const char* signal : {"map", "unmap"})
-              gobject::connectWithState(window, signal, Pending::shownOrHidden, pending);
-      }) {}
+    : pending(std::make_shared<Pending>()),
+      toplevels([pending = pending](GtkWindow* window) { pending->watch(window, pending); }) {}
 
 ActiveWindowFocus::~ActiveWindowFocus() {
     pending->changed = nullptr;

@@ -13,6 +13,13 @@ gobject::GObjectPointer<GtkWindow> windowAt(GListModel* list, unsigned position)
         GTK_WINDOW(g_list_model_get_item(list, position)));
 }
 
+constexpr const char* distrusted = "kelo-distrusted-activity";
+
+bool hasKeyboard(GtkWindow* window) {
+    return gtk_widget_get_mapped(GTK_WIDGET(window)) && gtk_window_is_active(window) &&
+           !g_object_get_data(G_OBJECT(window), distrusted);
+}
+
 } // namespace
 
 ToplevelWatch::ToplevelWatch(Handler handler)
@@ -37,12 +44,18 @@ GtkWindow* activeToplevel() {
     GListModel* const list = gtk_window_get_toplevels();
     for (unsigned at = 0; at < g_list_model_get_n_items(list); ++at) {
         const auto window = windowAt(list, at);
-        // The toolkit is not told under every compositor that a window that is hidden while it has
-        // the keyboard loses it, and takes it for active from then on: GTK 4.8 on Plasma 5.27.
-        if (gtk_widget_get_mapped(GTK_WIDGET(window.get())) && gtk_window_is_active(window.get()))
+        if (hasKeyboard(window.get()))
             return window.get();
     }
     return nullptr;
+}
+
+void distrustActivity(GtkWindow* window) {
+    g_object_set_data(G_OBJECT(window), distrusted, window);
+}
+
+void trustActivity(GtkWindow* window) {
+    g_object_set_data(G_OBJECT(window), distrusted, nullptr);
 }
 
 } // namespace kelo::window

@@ -29,7 +29,12 @@ private:
     unsigned long connection;
 };
 
-/// The window of ours that has the keyboard, as far as the toolkit knows; or null.
+/// The window of ours that has the keyboard, as far as the toolkit knows; or null. A hidden window
+/// has not got it, whatever the toolkit takes for true.
 GtkWindow* activeToplevel();
+
+/// From now on this is not the activeToplevel(), until trustActivity().
+void distrustActivity(GtkWindow* window);
+void trustActivity(GtkWindow* window);
 
 } // namespace kelo::window
