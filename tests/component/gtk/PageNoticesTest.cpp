@@ -54,6 +54,18 @@ TEST_F(PageNotices, ClickOpensTheWindowAndReachesThePage) {
     });
 }
 
+TEST_F(PageNotices, ButtonDoesWhatAClickDoes) {
+    program.run([&] {
+        show("one", "A title");
+        closeWindow();
+        ASSERT_EQ(desktop.buttons.size(), 4U);
+        EXPECT_EQ(desktop.buttons[3], "Open Kelo");
+        desktop.press(desktop.buttons[2]);
+        RunningProgram::until("the page was told", [&] { return clicks == 1; });
+        program.untilActive(program.window("Kelo"));
+    });
+}
+
 TEST_F(PageNotices, ClickBringsItsActivationTokenToTheWindow) {
     program.run([&] {
         show("one", "A title");

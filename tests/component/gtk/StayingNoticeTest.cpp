@@ -67,15 +67,28 @@ TEST(StayingNotice, BringsItsActivationTokenToTheWindow) {
     });
 }
 
+TEST(StayingNotice, OpensTheWindowByAButtonWhereAClickDoesNothing) {
+    DesktopOnBus desktop(/*hasTray=*/false);
+    RunningProgram program;
+    program.run([&] {
+        closeWindow(program);
+        awaitNotice(desktop);
+        ASSERT_EQ(desktop.buttons.size(), 6U);
+        EXPECT_EQ(desktop.buttons[3], "Open Kelo");
+        desktop.press(desktop.buttons[2]);
+        program.untilActive(program.window("Kelo"));
+    });
+}
+
 TEST(StayingNotice, EndsTheProgramByItsButton) {
     DesktopOnBus desktop(/*hasTray=*/false);
     RunningProgram program;
     program.runToItsOwnEnd([&] {
         closeWindow(program);
         awaitNotice(desktop);
-        ASSERT_EQ(desktop.buttons.size(), 4U);
-        EXPECT_EQ(desktop.buttons[3], "Quit");
-        desktop.press(desktop.buttons[2]);
+        ASSERT_EQ(desktop.buttons.size(), 6U);
+        EXPECT_EQ(desktop.buttons[5], "Quit");
+        desktop.press(desktop.buttons[4]);
     });
     EXPECT_EQ(program.status, 0);
 }

@@ -1,6 +1,7 @@
 #include "linux/gtk/application/PageNotices.h"
 
 #include "base/ShownText.h"
+#include "base/Translation.h"
 #include "deployment/Deployment.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
@@ -50,8 +51,10 @@ void PageNotices::show(const std::string& identifier,
     const auto notice = Gio::Notification::create(notification.title);
     notice->set_body(withoutMarkup(notification.body));
     notice->set_icon(Gio::ThemedIcon::create(std::string(deployment::applicationIdentifier)));
-    notice->set_default_action_variant(
-        fullClickAction, Glib::Variant<Glib::ustring>::create(Glib::ustring(identifier)));
+    const auto which = Glib::Variant<Glib::ustring>::create(Glib::ustring(identifier));
+    notice->set_default_action_variant(fullClickAction, which);
+    // For desktops that do nothing when a notification is clicked, as XFCE's does.
+    notice->add_button_variant(translated("Open Kelo"), fullClickAction, which);
     application->send_notification(identifier, notice);
     clickedOf[identifier] = std::move(clicked);
 }
