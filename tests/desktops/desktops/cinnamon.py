@@ -23,6 +23,8 @@ class Cinnamon(X11Desktop):
     releases = ("bookworm", "trixie")
     current_desktop = "X-Cinnamon"
     session_command = ("cinnamon-session-cinnamon",)
+    starts_at_login = ("xapp-sn-watcher.desktop",)
+    services = ("org.cinnamon.ScreenSaver.service",)
 
     def version(self):
         return self.package_version("cinnamon")

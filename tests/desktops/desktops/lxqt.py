@@ -6,7 +6,9 @@ import pathlib
 import re
 
 from desktops.base import NotHere
-from desktops.x11 import X11Desktop, XScreenSaver
+from desktops.x11 import X11Desktop
+from desktops.xscreensaver import XScreenSaver
+from drive.notices import rectangle_on_screen
 from drive.tree import ROLES
 from drive.waiting import await_that, pump
 from gi.repository import GLib
@@ -38,8 +40,9 @@ class Lxqt(XScreenSaver, X11Desktop):
         known = [pathlib.Path(folder) / "lxqt" / "panel.conf" for folder in ("/etc/xdg", "/usr/share")]
         self.panel_settings = next(file for file in known if file.exists()).read_text(encoding="utf-8")
 
-    def foreign_autostart(self):
-        return [entry for entry in super().foreign_autostart() if entry != "xscreensaver.desktop"]
+    def await_ready(self):
+        super().await_ready()
+        self.start_locker()
 
     def _panel(self):
         return self.session.tree.program("lxqt-panel")
@@ -50,8 +53,8 @@ class Lxqt(XScreenSaver, X11Desktop):
         for one in panel.walk() if panel else ():
             if one.role() == ROLES["button"] and one.name() == "+":
                 icons = [icon for icon in one.parent().children() if "Kelo" in icon.description()]
-                if icons and icons[0].extents()[2] > 0:
-                    x, y, width, height = icons[0].extents()
+                x, y, width, height = rectangle_on_screen(icons[0]) if icons else (0, 0, 0, 0)
+                if width > 0:
                     return x + width / 2, y + height / 2
         return None
 
@@ -88,7 +91,7 @@ class Lxqt(XScreenSaver, X11Desktop):
                 continue
             texts = [part for part in parts if part.role() == ROLES["label"] and part.name()]
             if len(texts) > 1:
-                x, y, width, height = texts[1].extents()
+                x, y, width, height = rectangle_on_screen(texts[1])
                 body = " ".join(part.name() for part in texts[2:])
                 found.append((texts[1].name(), body, x + width / 2, y + height / 2))
         return found

@@ -18,6 +18,7 @@ class Mate(X11Desktop):
     releases = ("bookworm", "trixie")
     current_desktop = "MATE"
     session_command = ("mate-session",)
+    services = ("org.freedesktop.mate.Notifications.service", "org.mate.ScreenSaver.service")
 
     def version(self):
         return self.package_version("mate-panel")

@@ -7,6 +7,7 @@ import re
 import subprocess
 
 from desktops.base import Desktop, NotHere, Window
+from drive import neighbours
 from drive.bus import Refused
 from drive.processes import Process
 from drive.waiting import await_that, pump
@@ -30,6 +31,8 @@ class X11Desktop(Desktop):
     current_desktop = ""  # XDG_CURRENT_DESKTOP
     session_command = ()
     session_variables = {}
+    services = ()  # files of /usr/share/dbus-1/services that are its own, where other desktops bring the like
+    starts_at_login = ()  # files of /etc/xdg/autostart that are its own, where they start on other desktops, too
     base_packages = "xvfb python3-xlib python3-pil x11-utils adwaita-icon-theme dconf-gsettings-backend dconf-service"
 
     def __init__(self, session):
@@ -105,12 +108,7 @@ class X11Desktop(Desktop):
     def prepare_home(self):
         """Writes what has to be there before the session starts."""
         (pathlib.Path(os.environ["HOME"]) / "Desktop").mkdir(exist_ok=True)
-        # Lockers and helpers of other desktops, where several are installed side by side. On a system with one
-        # desktop they are not there.
-        autostart = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "autostart"
-        autostart.mkdir(parents=True, exist_ok=True)
-        for entry in self.foreign_autostart():
-            (autostart / entry).write_text("[Desktop Entry]\nType=Application\nName=x\nHidden=true\n", encoding="utf-8")
+        neighbours.keep_away(self.session, self.services, self.starts_at_login)
 
     def let_password_unlock(self, service):
         """Lets a lock screen take the session's password, by the service with which it asks PAM."""
@@ -119,9 +117,6 @@ class X11Desktop(Desktop):
         (folder / "pam.d" / service).write_text(ours, encoding="utf-8")
         with open(folder / "passdb", "a", encoding="utf-8") as known:
             known.write(f"{getpass.getuser()}:{self.session.password}:{service}\n")
-
-    def foreign_autostart(self):
-        return ["light-locker.desktop", "nm-applet.desktop", "pulseaudio.desktop", "xscreensaver.desktop"]
 
     def await_ready(self):
         """Waits until panels and tray are there."""
@@ -360,16 +355,3 @@ class X11Desktop(Desktop):
     def _text(self, window, name):
         found = self._property(window, name)
         return bytes(found).decode("utf-8", "replace") if found else ""
-
-
-class XScreenSaver:
-    """The lock screen of desktops that have none of their own. It does not ask root for a password."""
-
-    def lock(self):
-        self.run("xscreensaver-command", "-activate")
-        await_that("the lock screen covers the screen", lambda: self.covered_by("xscreensaver"))
-        pump(1)
-
-    def unlock(self):
-        self.run("xscreensaver-command", "-deactivate")
-        await_that("the lock screen is gone", lambda: not self.covered_by("xscreensaver"))

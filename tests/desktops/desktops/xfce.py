@@ -1,8 +1,10 @@
 """XFCE as startxfce4 brings it up: xfwm4, xfsettingsd, xfce4-panel with its first layout, xfdesktop, xfce4-notifyd. Of
 the lock screens that Debian offers with it, the one that needs no other console: xscreensaver."""
 
-from desktops.x11 import X11Desktop, XScreenSaver
+from desktops.x11 import X11Desktop
+from desktops.xscreensaver import XScreenSaver
 from drive.notices import notifications_of
+from drive.tree import ROLES
 from drive.waiting import await_that
 
 _PLACES = {"top": ("p=6;x=640;y=13", 0), "bottom": ("p=8;x=640;y=787", 0), "left": ("p=6;x=13;y=400", 1)}
@@ -18,6 +20,7 @@ class Xfce(XScreenSaver, X11Desktop):
     releases = ("bookworm", "trixie")
     current_desktop = "XFCE"
     session_command = ("startxfce4",)
+    services = ("org.xfce.xfce4-notifyd.Notifications.service",)
 
     def version(self):
         return self.package_version("xfce4-session")
@@ -25,7 +28,7 @@ class Xfce(XScreenSaver, X11Desktop):
     def await_ready(self):
         super().await_ready()
         await_that("the tray is drawn", lambda: self.plug_of("wrapper-2.0"))
-        self.session.run("xscreensaver", "-no-splash")
+        self.start_locker()
 
     def tray_icon_place(self):
         # The other plug-ins with a window of their own come behind it.
@@ -48,7 +51,12 @@ class Xfce(XScreenSaver, X11Desktop):
         self.await_panel(edge)
 
     def notifications(self):
-        return notifications_of(self, "xfce4-notifyd")
+        """A click on the text does nothing but close it: what it does elsewhere is the first button here."""
+
+        def first_button(window):
+            return next((one for one in window.walk() if one.role() == ROLES["button"] and one.is_shown()), None)
+
+        return notifications_of(self, "xfce4-notifyd", first_button)
 
     def _set(self, name, kind, value):
         self.run("xfconf-query", "-c", "xsettings", "-p", name, "-n", "-t", kind, "-s", str(value))
