@@ -38,6 +38,7 @@ class Desktop:
     releases = ()  # of Debian, by code name, where it is tried
     width, height = 1280, 800
     hands_on_tokens = True  # whether a click in the tray lets the program come to the front
+    asks_for_password = True  # on the lock screen; for the user who runs this
     tells_of_lock = True  # whether programs can learn that the screen is locked
     sends_tokens = True  # with a click on a notification: what lets the window come to the front
     panel_status = ""  # a part of what `kelo --hotkey-status` says of the voice panel here

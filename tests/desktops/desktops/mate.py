@@ -2,6 +2,7 @@
 area is the tray), caja, mate-notification-daemon, mate-screensaver."""
 
 import ast
+import os
 
 from desktops.x11 import X11Desktop
 from drive.notices import notifications_of
@@ -19,6 +20,8 @@ class Mate(X11Desktop):
     current_desktop = "MATE"
     session_command = ("mate-session",)
     services = ("org.freedesktop.mate.Notifications.service", "org.mate.ScreenSaver.service")
+
+    asks_for_password = os.getuid() != 0
 
     def version(self):
         return self.package_version("mate-panel")
