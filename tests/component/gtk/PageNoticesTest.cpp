@@ -59,7 +59,7 @@ TEST_F(PageNotices, ButtonDoesWhatAClickDoes) {
         show("one", "A title");
         closeWindow();
         ASSERT_EQ(desktop.buttons.size(), 4U);
-        EXPECT_EQ(desktop.buttons[3], "Open Kelo");
+        EXPECT_EQ(desktop.buttons[3], "Show Window");
         desktop.press(desktop.buttons[2]);
         RunningProgram::until("the page was told", [&] { return clicks == 1; });
         program.untilActive(program.window("Kelo"));

@@ -74,7 +74,7 @@ TEST(StayingNotice, OpensTheWindowByAButtonWhereAClickDoesNothing) {
         closeWindow(program);
         awaitNotice(desktop);
         ASSERT_EQ(desktop.buttons.size(), 6U);
-        EXPECT_EQ(desktop.buttons[3], "Open Kelo");
+        EXPECT_EQ(desktop.buttons[3], "Show Window");
         desktop.press(desktop.buttons[2]);
         program.untilActive(program.window("Kelo"));
     });

@@ -54,7 +54,7 @@ void PageNotices::show(const std::string& identifier,
     const auto which = Glib::Variant<Glib::ustring>::create(Glib::ustring(identifier));
     notice->set_default_action_variant(fullClickAction, which);
     // For desktops that do nothing when a notification is clicked, as XFCE's does.
-    notice->add_button_variant(translated("Open Kelo"), fullClickAction, which);
+    notice->add_button_variant(translated("Show Window"), fullClickAction, which);
     application->send_notification(identifier, notice);
     clickedOf[identifier] = std::move(clicked);
 }

@@ -34,7 +34,7 @@ void StayingNotice::show() {
     notice->set_body(translated("Start Kelo again to see its window."));
     notice->set_default_action("app.open");
     // For desktops that do nothing when a notification is clicked, as XFCE's does.
-    notice->add_button(translated("Open Kelo"), "app.open");
+    notice->add_button(translated("Show Window"), "app.open");
     notice->add_button(translated("Quit"), "app.quit");
     application.send_notification(identifier, notice);
     state.setFlag(group, identifier, true);
