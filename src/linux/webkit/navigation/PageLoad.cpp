@@ -48,7 +48,7 @@ void PageLoad::progressed() {
 void PageLoad::committed() {
     processHasShownADocument = true;
     unanswered.reset();
-    certificateAllowed = false;
+    certificateAllowances = 0;
     repetitions = 0;
     progressed();
 }
@@ -96,12 +96,18 @@ bool PageLoad::repeatLost() {
     if (repetitions == mostRepetitions)
         return false;
     ++repetitions;
-    certificateAllowed = false;
+    certificateAllowances = 0;
     return true;
 }
 
 bool PageLoad::allowCertificate() {
-    return !std::exchange(certificateAllowed, true);
+    // The network process may see the repeated load before it hears that the certificate is
+    // allowed: the one comes from the web process, the other from ours.
+    constexpr int mostAllowances = 3;
+    if (certificateAllowances == mostAllowances)
+        return false;
+    ++certificateAllowances;
+    return true;
 }
 
 void PageLoad::startTimer() {

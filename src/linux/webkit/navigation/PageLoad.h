@@ -72,8 +72,8 @@ public:
     /// Whether a page that the engine lost through its own fault may be loaded again: three times
     /// until a document is shown.
     bool repeatLost();
-    /// Whether a refused certificate may be allowed: once until a document is shown or the load is
-    /// repeated.
+    /// Whether a refused certificate may be allowed: three times until a document is shown or the
+    /// load is repeated.
     bool allowCertificate();
 
     /// How long the page may go without progress.
@@ -99,7 +99,7 @@ private:
     bool processHasShownADocument = false;
     std::optional<platform::UrlRequest> unanswered;
     bool isPaused = false; ///< while the timeout would run
-    bool certificateAllowed = false;
+    int certificateAllowances = 0;
     int repetitions = 0;
 };
 
