@@ -5,6 +5,7 @@
 #include "testing/rig/ChildProcess.h"
 #include "testing/screen/Keyboard.h"
 #include "testing/screen/OtherProgram.h"
+#include "testing/screen/Windows.h"
 
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
@@ -30,6 +31,31 @@ constexpr OtherProgram::Place wholeScreen{0, 0, 1280, 1024};
 class Other : public OtherProgram {
 public:
     explicit Other(Place place = Place()) : OtherProgram(place, Kind::unmanaged) {}
+
+    /// The manager may still be handing on the keyboard of a window that has just gone.
+    void takeKeyboard() {
+        settleManager();
+        OtherProgram::takeKeyboard();
+    }
+
+private:
+    /// Managers take what comes to them in order, and answer this question by a property.
+    void settleManager() const {
+        if (!screen::Windows(connection()).hasManager())
+            return;
+        const screen::XConnection asking;
+        Display* const x = asking.display();
+        const ::Window window = XCreateSimpleWindow(x, asking.root(), 0, 0, 1, 1, 0, 0, 0);
+        XSelectInput(x, window, PropertyChangeMask);
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = asking.atom("_NET_REQUEST_FRAME_EXTENTS");
+        event.xclient.format = 32;
+        XSendEvent(x, asking.root(), False, SubstructureRedirectMask | SubstructureNotifyMask,
+                   &event);
+        XWindowEvent(x, window, PropertyChangeMask, &event);
+    }
 };
 
 /// A window of ours like the voice panel's: no window manager manages it, and it lies above all.
