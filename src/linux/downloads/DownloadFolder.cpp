@@ -65,6 +65,17 @@ std::pair<fs::path, posix::FileDescriptor> makeHiddenFolder(const fs::path& fold
     }
 }
 
+/// Unlike remove_all(), does not give up when the engine removes its file at the same time.
+void removeHidden(const fs::path& folder, std::error_code& failure) {
+    std::error_code ignored;
+    fs::directory_iterator entry(folder, ignored);
+    for (; entry != fs::directory_iterator(); entry.increment(ignored)) {
+        std::error_code gone;
+        fs::remove(entry->path(), gone);
+    }
+    fs::remove(folder, failure);
+}
+
 } // namespace
 
 /// The names that files in a folder can have.
@@ -100,14 +111,14 @@ DownloadPlace::DownloadPlace(fs::path hidden, posix::FileDescriptor lock,
 DownloadPlace::~DownloadPlace() {
     Names::reserved().erase(path);
     std::error_code failure;
-    fs::remove_all(hidden, failure);
+    removeHidden(hidden, failure);
     if (failure)
         g_warning("The rest of a download could not be removed: %s", failure.message().c_str());
 }
 
 void DownloadPlace::discard() const {
     std::error_code ignored;
-    fs::remove_all(hidden, ignored);
+    removeHidden(hidden, ignored);
 }
 
 std::string DownloadPlace::complete() {
