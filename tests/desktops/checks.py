@@ -310,8 +310,16 @@ def accent(road):
     road.user.close_alert()
 
 
+def _is_dark(red, green, blue):
+    return red + green + blue < 300
+
+
 @check("Scale 125 %, 200 %")
 def scale(road):
+    def has_page():
+        heading = road.kelo.area("heading", "Welcome, Ada", "page")
+        return road.look().share(heading, _is_dark) > 0.01
+
     def width():
         """Of an entry of the main window's menu, in pixels."""
         return road.kelo.area("menu", "Account")[2] * road.look().scale
@@ -322,12 +330,14 @@ def scale(road):
             road.desktop.set_scale(factor)
             # Not by the whole factor where only texts grow.
             await_that("the window is drawn larger", lambda wanted=before * (1 + factor) / 2: width() >= wanted)
+            await_that("the page is drawn", has_page)
             road.user.open_menu("Account")
             road.picture(f"scale-{round(factor * 100)}")
             road.user.close_menu()
     finally:
         road.desktop.set_scale(1)
     await_that("the window is drawn as before", lambda: width() == before)
+    await_that("the page is drawn as before", has_page)
 
 
 @check("Locked screen")

@@ -27,7 +27,16 @@ inline void announce([[maybe_unused]] GtkAccessible* source,
                      [[maybe_unused]] const std::string& sentence) {
 #if GTK_CHECK_VERSION(4, 14, 0)
     G_GNUC_BEGIN_IGNORE_DEPRECATIONS
-    gtk_accessible_announce(source, sentence.c_str(), GTK_ACCESSIBLE_ANNOUNCEMENT_PRIORITY_MEDIUM);
+    GtkATContext* const context = gtk_accessible_get_at_context(source);
+    // What GTK_A11Y=test asks for cannot announce, and the toolkit calls it all the same and
+    // crashes: https://gitlab.gnome.org/GNOME/gtk/-/blob/4.18.6/gtk/gtkatcontext.c#L1686 To be
+    // removed when every GTK since 4.14 that we run on has a function there.
+    const bool isForTests = context && g_str_equal(G_OBJECT_TYPE_NAME(context), "GtkTestATContext");
+    if (context && !isForTests)
+        gtk_accessible_announce(source, sentence.c_str(),
+                                GTK_ACCESSIBLE_ANNOUNCEMENT_PRIORITY_MEDIUM);
+    if (context)
+        g_object_unref(context);
     G_GNUC_END_IGNORE_DEPRECATIONS
 #endif
 }

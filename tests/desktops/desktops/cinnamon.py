@@ -23,6 +23,7 @@ class Cinnamon(X11Desktop):
     releases = ("bookworm", "trixie")
     current_desktop = "X-Cinnamon"
     session_command = ("cinnamon-session-cinnamon",)
+    locker = None
     starts_at_login = ("xapp-sn-watcher.desktop",)
     services = ("org.cinnamon.ScreenSaver.service",)
 
@@ -68,8 +69,10 @@ class Cinnamon(X11Desktop):
         self.await_panel(edge)
 
     def notifications(self):
+        """Not before it is where it stays."""
         return self.ask(
-            "const one = Main.messageTray._notification; if (!one) return []; const actor = one.actor; "
+            "const one = Main.messageTray._notification; const shown = 2; "
+            "if (!one || Main.messageTray._notificationState != shown) return []; const actor = one.actor; "
             f"{_PLACE} return [[one.title, one._bodyUrlHighlighter ? one._bodyUrlHighlighter.actor.text : '', "
             "x + w / 2, y + h / 2]];"
         )
@@ -92,7 +95,10 @@ class Cinnamon(X11Desktop):
         pump(2)
 
     def lock(self):
-        """Its service ends when the theme has changed, and is started again by the next command."""
+        """It ends when the theme has changed. The bus would start it with nowhere to print to, which ends it, too."""
+        if not self.locker or not self.locker.is_running():
+            self.locker = self.session.run("cinnamon-screensaver", log="screensaver")
+            self.session.bus.await_name("org.cinnamon.ScreenSaver")
 
         def lock():
             self.session.run("cinnamon-screensaver-command", "--lock")

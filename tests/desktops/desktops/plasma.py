@@ -59,6 +59,9 @@ class Plasma(Desktop):
             QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
         )
         self._let_us_in()
+        # Longer than it takes to look at them.
+        settings = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "plasmanotifyrc"
+        settings.write_text("[Notifications]\nPopupTimeout=60000\n", encoding="utf-8")
         self._make_lock_screen_take_the_password()
         self._start_compositor()
         session.export(WAYLAND_DISPLAY=_SOCKET, QT_QPA_PLATFORM="wayland")
@@ -343,3 +346,9 @@ class Plasma5(Plasma):
     major = "5"
     packages = "kwin-wayland libkf5screen-bin plasma-desktop plasma-workspace qtwayland5 xdg-desktop-portal-kde"
     releases = ("bookworm",)
+
+    def move_panel(self, edge):
+        raise NotHere("without the library for the layer shell, which Debian has since 13, KWin chooses the place")
+
+    def set_accent(self, name):
+        raise NotHere("its portal does not tell programs of the accent colour")

@@ -16,7 +16,7 @@ from gi.repository import GLib
 try:
     from PIL import Image
     from Xlib import X, display, error
-    from Xlib.ext import randr, xtest
+    from Xlib.ext import xtest
 except ImportError:  # not on every system, and other desktops do without
     pass
 
@@ -39,6 +39,7 @@ class X11Desktop(Desktop):
         super().__init__(session)
         self.factor = 1
         self.display = None
+        self.modes = set()
 
     # --- start ---------------------------------------------------------------------------------------
 
@@ -83,9 +84,10 @@ class X11Desktop(Desktop):
 
     def resize(self, width, height):
         """The screen has the size of a common one; with the scale of 2, of a common one with twice as many pixels."""
-        modes = randr.get_screen_resources(self.root).modes
-        name = f"{width}x{height}"
-        if not any((one.width, one.height) == (width, height) for one in modes):
+        name = f"own-{width}x{height}"
+        # The server's own mode has no refresh rate, so that Cinnamon does not find it.
+        if name not in self.modes:
+            self.modes.add(name)
             numbers = [width, 0, 0, width, height, 0, 0, height]
             self.run("xrandr", "--newmode", name, "60", *[str(number) for number in numbers])
             self.run("xrandr", "--addmode", "screen", name)

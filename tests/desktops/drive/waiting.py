@@ -15,7 +15,8 @@ def pump(seconds):
     """Lets the main loop run, with all signals of all buses."""
     context = GLib.MainContext.default()
     end = time.monotonic() + seconds
-    tick = GLib.timeout_add(50, lambda: True)
+    # Keys are held no longer than said: a press of several is still a tap.
+    tick = GLib.timeout_add(min(50, max(1, round(seconds * 1000))), lambda: True)
     try:
         while time.monotonic() < end:
             context.iteration(True)
