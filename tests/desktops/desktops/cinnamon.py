@@ -4,7 +4,6 @@ cinnamon-screensaver."""
 import getpass
 import json
 import os
-import signal
 
 from desktops.x11 import X11Desktop
 from drive.waiting import await_that, pump
@@ -23,6 +22,7 @@ class Cinnamon(X11Desktop):
     releases = ("bookworm", "trixie")
     current_desktop = "X-Cinnamon"
     session_command = ("cinnamon-session-cinnamon",)
+    asks_for_password = os.getuid() != 0
     locker = None
     starts_at_login = ("xapp-sn-watcher.desktop",)
     services = ("org.cinnamon.ScreenSaver.service",)
@@ -108,9 +108,10 @@ class Cinnamon(X11Desktop):
         await_that("the lock screen covers the screen", lock)
 
     def unlock(self):
-        """Without a question: the lock screen stays black where there is nothing that accelerates drawing."""
+        self.press("Shift_L")
+        pump(2)
+        if self.asks_for_password:
+            self.type(self.session.password)
+            self.press("Return")
         lockers = ("cinnamon-screensaver", "cs-backup-locker")
-        for one in self.windows():
-            if one.program.lower() in lockers:
-                os.kill(one.pid, signal.SIGKILL)
         await_that("the lock screen is gone", lambda: not any(self.covered_by(program) for program in lockers))
