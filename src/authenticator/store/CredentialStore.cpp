@@ -140,19 +140,37 @@ void dropSurplus(const Database& database, const CredentialRecord& saved) {
         .step();
 }
 
-/// Not in the order of "created", because a clock can be set back.
-std::string_view selection(std::int64_t version) {
+/// The columns of a record, in each version of the tables. Not in the order of "created", because a
+/// clock can be set back.
+std::string selection(std::int64_t version, std::string_view condition) {
+    const std::string common =
+        "SELECT credential_id, relying_party, user_id, account_name, created,"
+        " public_key, wrapped_private_key, ";
+    const std::string where(condition);
     if (version == schema::onePerAccount)
-        return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
-               " wrapped_private_key, 0, 1, 0, NULL FROM credential WHERE relying_party = ?1"
+        return common + "0, 1, 0, NULL FROM credential" + where +
                " ORDER BY created DESC, rowid DESC";
-    if (version == schema::severalPerAccount)
-        return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
-               " wrapped_private_key, refusals, accepted, 0, NULL FROM passkey"
-               " WHERE relying_party = ?1 ORDER BY number DESC";
-    return "SELECT credential_id, relying_party, user_id, account_name, created, public_key,"
-           " wrapped_private_key, refusals, accepted, keeper, last_used FROM passkey"
-           " WHERE relying_party = ?1 ORDER BY number DESC";
+    const std::string noted =
+        version == schema::severalPerAccount ? "0, NULL" : "keeper, last_used";
+    return common + "refusals, accepted, " + noted + " FROM passkey" + where +
+           " ORDER BY number DESC";
+}
+
+CredentialRecord recordIn(const Statement& statement) {
+    CredentialRecord record;
+    record.credentialId = statement.bytes(0);
+    record.relyingPartyIdentifier = statement.text(1);
+    record.userId = statement.bytes(2);
+    record.accountName = statement.text(3);
+    record.created = std::chrono::sys_seconds(std::chrono::seconds(statement.integer(4)));
+    record.publicKey = split(statement.bytes(5));
+    record.wrappedPrivateKey = statement.bytes(6);
+    record.refusals = statement.integer(7);
+    record.accepted = statement.integer(8) != 0;
+    record.keeper = keeperOf(statement.integer(9));
+    if (!statement.isNull(10))
+        record.lastUsed = std::chrono::sys_seconds(std::chrono::seconds(statement.integer(10)));
+    return record;
 }
 
 } // namespace
@@ -197,6 +215,10 @@ void CredentialStore::noteUsed(std::string_view relyingPartyIdentifier, ByteView
     note(relyingPartyIdentifier, credentialId, {change});
 }
 
+void CredentialStore::remove(ByteView credentialId) const {
+    note("", credentialId, {"DELETE FROM passkey WHERE ?1 = '' AND credential_id = ?2"});
+}
+
 void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView credentialId,
                            std::initializer_list<std::string_view> changes) const {
     if (!present(file))
@@ -212,6 +234,15 @@ void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView cre
 }
 
 std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPartyIdentifier) const {
+    return select(" WHERE relying_party = ?1", relyingPartyIdentifier);
+}
+
+std::vector<CredentialRecord> CredentialStore::all() const {
+    return select(" WHERE ?1 = ''", "");
+}
+
+std::vector<CredentialRecord>
+CredentialStore::select(std::string_view condition, std::string_view relyingPartyIdentifier) const {
     if (!present(file))
         return {};
     Database database(withoutLinksAbove(file));
@@ -219,25 +250,11 @@ std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPart
     if (version == schema::none)
         return {};
     // An earlier version is read as it is, so that a disk without room does not prevent a sign-in.
-    Statement statement(database, selection(version));
+    Statement statement(database, selection(version, condition));
     statement.bind(1, relyingPartyIdentifier);
     std::vector<CredentialRecord> records;
-    while (statement.step()) {
-        CredentialRecord record;
-        record.credentialId = statement.bytes(0);
-        record.relyingPartyIdentifier = statement.text(1);
-        record.userId = statement.bytes(2);
-        record.accountName = statement.text(3);
-        record.created = std::chrono::sys_seconds(std::chrono::seconds(statement.integer(4)));
-        record.publicKey = split(statement.bytes(5));
-        record.wrappedPrivateKey = statement.bytes(6);
-        record.refusals = statement.integer(7);
-        record.accepted = statement.integer(8) != 0;
-        record.keeper = keeperOf(statement.integer(9));
-        if (!statement.isNull(10))
-            record.lastUsed = std::chrono::sys_seconds(std::chrono::seconds(statement.integer(10)));
-        records.push_back(std::move(record));
-    }
+    while (statement.step())
+        records.push_back(recordIn(statement));
     return records;
 }
 

@@ -74,7 +74,16 @@ public:
     /// The passkeys of a relying party, the last saved first.
     std::vector<CredentialRecord> find(std::string_view relyingPartyIdentifier) const;
 
+    /// All passkeys, of every relying party, the last saved first.
+    std::vector<CredentialRecord> all() const;
+
+    /// Removes a passkey. Whatever its private key is kept in forgets it, too: outside of the
+    /// record it is nowhere. Does nothing if the store does not hold it.
+    void remove(ByteView credentialId) const;
+
 private:
+    std::vector<CredentialRecord> select(std::string_view condition,
+                                         std::string_view relyingPartyIdentifier) const;
     void note(std::string_view relyingPartyIdentifier, ByteView credentialId,
               std::initializer_list<std::string_view> changes) const;
 

@@ -4,6 +4,7 @@
 #include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Failure.h"
 #include "deployment/Deployment.h"
+#include "linux/authorization/PasskeyFile.h"
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/authorization/verification/PamVerifier.h"
 #include "linux/gobject/WorkerThread.h"

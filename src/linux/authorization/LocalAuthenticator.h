@@ -4,7 +4,6 @@
 #include "base/async/Cancellation.h"
 #include "platform/Authorization.h"
 
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -35,8 +34,5 @@ private:
     std::unique_ptr<Storage> storage;
     std::optional<Cancellation> current;
 };
-
-/// The file with the passkeys, below $XDG_DATA_HOME (by default ~/.local/share).
-std::filesystem::path passkeyFile();
 
 } // namespace kelo::authorization

@@ -2,6 +2,7 @@
 
 #include "authenticator/keys/Cryptography.h"
 #include "base/async/StopWhenDropped.h"
+#include "linux/tpm/ChipCheck.h"
 #include "linux/tpm/TpmKey.h"
 #include "linux/tpm/TpmResult.h"
 
@@ -50,14 +51,7 @@ TpmKeyStore::TpmKeyStore(std::string chip, std::shared_ptr<authenticator::Wrappi
     : chip(std::move(chip)), source(std::move(source)), worker(worker) {}
 
 Task<bool> TpmKeyStore::answers() {
-    auto job = [chip = chip] {
-        try {
-            requireSuitableChip(TpmConnection(chip));
-            return true;
-        } catch (const Failure& failure) {
-            return false;
-        }
-    };
+    auto job = [chip = chip] { return !chipTrouble(chip); };
     co_return co_await onWorker(worker, std::move(job));
 }
 

@@ -45,8 +45,9 @@ TEST(DebianPackage, HasNothingThatLintianWouldMend) {
 TEST(DebianPackage, HoldsEverythingInItsPlace) {
     const auto listed = runCommand("dpkg-deb -c " + quoted(Packages::ofThisBuild().package()));
     for (const auto* path :
-         {"./usr/bin/kelo\n", "./usr/bin/kelo-appcast\n", "./usr/libexec/kelo/kelo-verify-user\n",
-          "./usr/share/kelo/Info.plist\n", "./etc/pam.d/kelo\n", "./usr/share/man/man1/kelo.1.gz\n",
+         {"./usr/bin/kelo\n", "./usr/bin/kelo-appcast\n", "./usr/bin/kelo-passkeys\n",
+          "./usr/libexec/kelo/kelo-verify-user\n", "./usr/share/kelo/Info.plist\n",
+          "./etc/pam.d/kelo\n", "./usr/share/man/man1/kelo.1.gz\n",
           "./usr/share/man/man1/kelo-appcast.1.gz\n", "./usr/share/doc/kelo/copyright\n",
           "./usr/share/doc/kelo/changelog.gz\n", "./usr/share/applications/app.kelo.Kelo.desktop\n",
           "./usr/share/dbus-1/services/app.kelo.Kelo.service\n",

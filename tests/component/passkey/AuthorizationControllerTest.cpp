@@ -4,6 +4,7 @@
 #include "base/Failure.h"
 #include "fakes/authenticator/FakePasskeySheet.h"
 #include "linux/authorization/LocalAuthenticator.h"
+#include "linux/authorization/PasskeyFile.h"
 #include "linux/authorization/PasskeyServices.h"
 #include "platform/Application.h"
 #include "platform/Window.h"

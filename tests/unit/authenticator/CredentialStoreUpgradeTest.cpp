@@ -108,6 +108,27 @@ TEST_F(CredentialStoreUpgrade, WithoutACopyNothingIsChanged) {
     EXPECT_EQ(contentOf(file), before);
 }
 
+TEST_F(CredentialStoreUpgrade, AllAreThoseOfEveryRelyingParty) {
+    CredentialRecord elsewhere = record("b", "user");
+    elsewhere.relyingPartyIdentifier = "example.org";
+    EXPECT_TRUE(store.all().empty());
+    store.save(record("a", "user"));
+    store.save(elsewhere);
+    EXPECT_EQ(store.all(), (std::vector{elsewhere, record("a", "user")}));
+}
+
+TEST_F(CredentialStoreUpgrade, RemovedPasskeyIsGoneAndNoOther) {
+    for (const auto write : {&writeFirstVersion, &writeSecondVersion}) {
+        fs::remove(file);
+        write(file, {record("a", "one"), record("b", "two")});
+        store.remove(bytesOf("unknown"));
+        EXPECT_EQ(store.all().size(), 2U);
+        store.remove(bytesOf("a"));
+        ASSERT_EQ(store.all().size(), 1U);
+        EXPECT_EQ(store.all().front().credentialId, bytesOf("b"));
+    }
+}
+
 TEST_F(CredentialStoreUpgrade, KeeperThatIsNotKnownIsReported) {
     CredentialRecord strange = record("a", "one");
     strange.keeper = static_cast<KeyKeeper>(7);

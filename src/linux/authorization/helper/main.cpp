@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 // kelo-verify-user verifies that the person at the computer is the user this process runs as. PAM
 // runs in a separate process because its modules block, load third-party code, and can only be
@@ -91,10 +92,18 @@ int run() {
                                                                           : EXIT_FAILURE;
 }
 
+/// Ends as a verification could begin, without one.
+int check() {
+    return PamService::find() ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 } // namespace
 
 } // namespace kelo::authorization
 
-int main() {
-    return kelo::authorization::run();
+/// With --check: whether there is a PAM service for Kelo. Otherwise a verification, as the protocol
+/// has it.
+int main(int count, char** words) {
+    const bool onlyChecks = count == 2 && std::string_view(words[1]) == "--check";
+    return onlyChecks ? kelo::authorization::check() : kelo::authorization::run();
 }

@@ -130,6 +130,14 @@ gobject::GObjectPointer<SecretCollection> Keyring::defaultCollection() {
     return collection;
 }
 
+KeyringState Keyring::state() {
+    const auto collection = defaultCollection();
+    if (!collection)
+        return KeyringState::empty;
+    return secret_collection_get_locked(collection.get()) ? KeyringState::locked
+                                                          : KeyringState::unlocked;
+}
+
 void Keyring::throwIfStopped() const {
     if (stop.stop_requested())
         throw authenticator::requestCancelled();
@@ -217,6 +225,14 @@ void Keyring::fail(gobject::GErrorPointer error, const char* operation) const {
         translated("Your keyring did not keep or give the key that protects your passkeys. Check "
                    "that it is unlocked and try again."),
         cause);
+}
+
+KeyringState keyringState() {
+    try {
+        return Keyring(std::stop_token()).state();
+    } catch (const Failure&) {
+        return KeyringState::absent;
+    }
 }
 
 } // namespace kelo::authorization

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "authenticator/keys/SecretBytes.h"
+#include "linux/authorization/keyring/KeyringState.h"
 #include "linux/gobject/GObjectPointer.h"
 
 #include <libsecret/secret.h>
@@ -18,6 +19,9 @@ namespace kelo::authorization {
 class Keyring {
 public:
     explicit Keyring(const std::stop_token& stop);
+
+    /// Of the default collection. Asks the user nothing.
+    KeyringState state();
 
     /// The wrapping key. Nothing if the keyring has none. May ask the user to unlock the keyring.
     std::optional<authenticator::SecretBytes> load();

@@ -5,6 +5,7 @@
 #include "base/async/Cancellation.h"
 #include "linux/authorization/verification/HelperProcess.h"
 
+#include <gio/gio.h>
 #include <unistd.h>
 
 #include <utility>
@@ -139,6 +140,15 @@ Task<VerificationOutcome> PamVerifier::verify(VerificationConversation& conversa
         co_await untilCancelled(cancellation, runVerification(std::move(process), conversation));
     conversation.onCancel(nullptr);
     co_return outcome.value_or(VerificationOutcome::cancelled);
+}
+
+VerificationMeans verificationMeans(const std::filesystem::path& helper) {
+    const auto process = gobject::GObjectPointer<GSubprocess>::adopt(g_subprocess_new(
+        G_SUBPROCESS_FLAGS_STDERR_SILENCE, nullptr, helper.c_str(), "--check", nullptr));
+    if (!process || !g_subprocess_wait(process.get(), nullptr, nullptr))
+        return VerificationMeans::noHelper;
+    return g_subprocess_get_successful(process.get()) ? VerificationMeans::complete
+                                                      : VerificationMeans::noService;
 }
 
 std::filesystem::path verificationHelperPath() {

@@ -29,6 +29,16 @@ private:
     std::vector<std::string> extraEnvironment;
 };
 
+/// What a verification on this computer would begin with.
+enum class VerificationMeans {
+    complete,
+    noHelper,  ///< kelo-verify-user is missing or does not start
+    noService, ///< there is no PAM service for Kelo
+};
+
+/// Asks the helper, which verifies nobody for it. Blocks for as long as a small program takes.
+VerificationMeans verificationMeans(const std::filesystem::path& helper);
+
 /// The path of kelo-verify-user: beside this program, else in the libexec folder of the same
 /// installation, else where the build would install it. The environment has no influence on it.
 std::filesystem::path verificationHelperPath();

@@ -1,0 +1,148 @@
+#include "linux/inventory/Commands.h"
+
+#include "base/Failure.h"
+#include "base/ShownText.h"
+#include "base/Translation.h"
+#include "linux/inventory/Listing.h"
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelo::inventory {
+
+namespace {
+
+using authenticator::CredentialRecord;
+using authenticator::VerificationOutcome;
+
+constexpr int succeeded = 0;
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+std::string helpText() {
+    return translated("Usage: kelo-passkeys [list | delete NAME | doctor] [--json]") + "\n\n" +
+           "  list         " + translated("shows the passkeys that Kelo keeps on this computer") +
+           "\n" + "  delete NAME  " +
+           translated("deletes one of them, after asking and checking that it is you") + "\n" +
+           "  doctor       " + translated("says what passkeys need here, and what to do about it") +
+           "\n" + "  --json       " + translated("for other programs: list and doctor only") + "\n";
+}
+
+/// The passkeys whose identifier begins like this.
+std::vector<CredentialRecord> calledSo(std::string_view name,
+                                       const std::vector<CredentialRecord>& all) {
+    std::vector<CredentialRecord> found;
+    for (const CredentialRecord& passkey : all)
+        if (!name.empty() && nameOf(passkey, all).starts_with(name))
+            found.push_back(passkey);
+    return found;
+}
+
+std::string refusalFor(VerificationOutcome outcome) {
+    switch (outcome) {
+    case VerificationOutcome::cancelled:
+        return translated("Nothing was deleted.");
+    case VerificationOutcome::unavailable:
+        return translated(
+            "This computer has no way to check that it is you, so nothing was deleted. "
+            "\"%1\" says what is missing.",
+            {"kelo-passkeys doctor"});
+    default:
+        return translated("Kelo could not verify that it is you, so nothing was deleted.");
+    }
+}
+
+class Command {
+public:
+    explicit Command(const CommandParts& parts) : parts(parts) {}
+
+    Task<int> run(std::span<const char* const> given) {
+        std::vector<std::string_view> words(given.begin(), given.end());
+        const bool isForPrograms = std::erase(words, "--json") > 0;
+        if (words == std::vector<std::string_view>{"--help"})
+            co_return print(helpText());
+        const std::string_view command = words.empty() ? "list" : words[0];
+        if (command == "list" && words.size() <= 1)
+            co_return list(isForPrograms);
+        if (command == "doctor" && words.size() == 1)
+            co_return doctor(isForPrograms);
+        if (command == "delete" && words.size() == 2 && !isForPrograms)
+            co_return co_await remove(words[1]);
+        parts.errors << "kelo-passkeys: " << translated("Try \"%1\".", {"kelo-passkeys --help"})
+                     << std::endl;
+        co_return wrongUsage;
+    }
+
+private:
+    int print(const std::string& text) {
+        parts.output << text << std::flush;
+        return parts.output ? succeeded : failed;
+    }
+
+    int refuse(const std::string& sentence) {
+        parts.errors << "kelo-passkeys: " << sentence << std::endl;
+        return failed;
+    }
+
+    int list(bool isForPrograms) {
+        const auto all = parts.passkeys.all();
+        return print(isForPrograms ? jsonOf(all) : tableOf(all));
+    }
+
+    int doctor(bool isForPrograms) {
+        const auto findings = diagnose(parts.lookAround());
+        const int status = print(isForPrograms ? jsonOf(findings) : reportOf(findings));
+        const bool hasTrouble =
+            std::ranges::count(findings, Finding::State::trouble, &Finding::state) > 0;
+        return hasTrouble ? failed : status;
+    }
+
+    Task<int> remove(std::string_view name) {
+        const auto all = parts.passkeys.all();
+        const auto found = calledSo(name, all);
+        if (found.size() != 1)
+            co_return refuse(
+                found.empty()
+                    ? translated("There is no passkey %1. \"%2\" shows all.",
+                                 {name, "kelo-passkeys list"})
+                    : translated("There are several passkeys %1…: name one of them.", {name}));
+        if (!confirms(found.front()))
+            co_return refuse(translated("Nothing was deleted."));
+        const VerificationOutcome outcome = co_await parts.verifier.verify(parts.terminal);
+        if (outcome != VerificationOutcome::verified)
+            co_return refuse(refusalFor(outcome));
+        parts.passkeys.remove(found.front().credentialId);
+        co_return print(translated("The passkey was deleted.") + "\n");
+    }
+
+    bool confirms(const CredentialRecord& passkey) {
+        print(
+            translated("The passkey of %1 for %2 will be deleted from this computer for good. The "
+                       "service is not told: remove the passkey in your account there as well.",
+                       {shownName(passkey.accountName), passkey.relyingPartyIdentifier}) +
+            "\n");
+        const auto answer =
+            parts.terminal.readLine(translated("Type \"delete\" to go on:") + " ", true);
+        return answer && answer->view() == "delete";
+    }
+
+    const CommandParts& parts;
+};
+
+} // namespace
+
+Task<int> runCommand(const CommandParts& parts, std::span<const char* const> words) {
+    Command command(parts);
+    try {
+        co_return co_await command.run(words);
+    } catch (const Failure& failure) {
+        parts.errors << "kelo-passkeys: " << failure.localizedDescription() << std::endl;
+        co_return failed;
+    }
+}
+
+} // namespace kelo::inventory

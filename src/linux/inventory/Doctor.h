@@ -1,0 +1,46 @@
+#pragma once
+
+#include "linux/authorization/keyring/KeyringState.h"
+#include "linux/authorization/verification/PamVerifier.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelo::inventory {
+
+/// What passkeys need of this computer, as it was found.
+struct Surroundings {
+    /// Why the security chip cannot be used: the sentence for the user. Nothing if it can be.
+    std::optional<std::string> chipTrouble;
+    authorization::KeyringState keyring = authorization::KeyringState::absent;
+    authorization::VerificationMeans verification = authorization::VerificationMeans::noHelper;
+    /// Why the file with the passkeys cannot be read: the sentence for the user.
+    std::optional<std::string> fileTrouble;
+    std::size_t passkeys = 0;
+    /// How many of them are in the chip.
+    std::size_t passkeysInChip = 0;
+};
+
+/// Looks at this computer. Changes nothing and asks the user nothing. Blocks for up to some
+/// seconds.
+Surroundings lookAround();
+
+struct Finding {
+    enum class State {
+        good,
+        worth,   ///< works, and could be better
+        trouble, ///< passkeys do not work until it is mended
+    };
+
+    std::string name; ///< for programs: "chip", "keyring", "verification" or "passkeys"
+    State state;
+    std::string title;
+    std::string sentence; ///< what was found, and what to do
+};
+
+/// What the user should know of it, always in the same order.
+std::vector<Finding> diagnose(const Surroundings& found);
+
+} // namespace kelo::inventory
