@@ -111,6 +111,14 @@ TEST_F(TpmKeyStore, KeyIsOfNoUseWithoutTheKeyringItWasMadeWith) {
     }
 }
 
+// It is what the other store encrypts with, and no business of a chip.
+TEST_F(TpmKeyStore, WrappingKeyItselfAuthorizesNothing) {
+    const tpm::TpmKey key = tpm::decodeKey(make().wrappedPrivateKey);
+    const tpm::TpmConnection connection(chip.transport());
+    EXPECT_THROW(tpm::signWith(connection, key, SecretBytes(Bytes(*keyring->kept)), digest),
+                 Failure);
+}
+
 TEST_F(TpmKeyStore, WhoListensOnTheWayToTheChipLearnsNeitherAuthorizationNorDigest) {
     const test::TemporaryFolder folder;
     const auto heard = folder / "heard.pcap";
