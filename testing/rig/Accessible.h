@@ -21,6 +21,7 @@ enum class Role : std::uint32_t {
     menu = 33,
     menuBar = 34,
     menuItem = 35,
+    panel = 39, ///< a group, to a toolkit as old as 4.8
     passwordText = 40,
     progressBar = 42,
     button = 43,

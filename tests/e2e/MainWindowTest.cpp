@@ -192,8 +192,9 @@ TEST_F(ClosedMainWindow, PageThatGoesElsewhereIsShownThereByTheNextWindow) {
 
 TEST_F(ForeignPage, IsNamedWithoutTheSignInButtonAndLeftByKeys) {
     goElsewhere();
-    desktop().tree.await(
-        {rig::Place::windows, {rig::Role::group}, "This page is from localhost:8444"});
+    desktop().tree.await({rig::Place::windows,
+                          {rig::Role::panel, rig::Role::group},
+                          "This page is from localhost:8444"});
     awaitAnnounced("This page is from localhost:8444");
     desktop().tree.awaitGone(rig::button("Sign in with passkey"));
     look("named");
