@@ -142,11 +142,10 @@ void dropSurplus(const Database& database, const CredentialRecord& saved) {
 
 /// The columns of a record, in each version of the tables. Not in the order of "created", because a
 /// clock can be set back.
-std::string selection(std::int64_t version, std::string_view condition) {
+std::string selection(std::int64_t version, const std::string& where) {
     const std::string common =
         "SELECT credential_id, relying_party, user_id, account_name, created,"
         " public_key, wrapped_private_key, ";
-    const std::string where(condition);
     if (version == schema::onePerAccount)
         return common + "0, 1, 0, NULL FROM credential" + where +
                " ORDER BY created DESC, rowid DESC";
@@ -191,36 +190,57 @@ void CredentialStore::save(const CredentialRecord& record) const {
 
 void CredentialStore::noteAccepted(std::string_view relyingPartyIdentifier,
                                    ByteView credentialId) const {
-    note(relyingPartyIdentifier, credentialId,
-         {"UPDATE passkey SET accepted = 1, refusals = 0 WHERE relying_party = ?1"
-          " AND credential_id = ?2",
-          "DELETE FROM passkey WHERE relying_party = ?1 AND EXISTS (SELECT 1 FROM passkey AS newer"
-          " WHERE newer.credential_id = ?2 AND newer.relying_party = passkey.relying_party"
-          " AND newer.user_id = passkey.user_id AND newer.number > passkey.number)"});
+    change([&](const Database& database) {
+        Statement(database, "UPDATE passkey SET accepted = 1, refusals = 0"
+                            " WHERE relying_party = ?1 AND credential_id = ?2")
+            .bind(1, relyingPartyIdentifier)
+            .bind(2, credentialId)
+            .step();
+        Statement(database,
+                  "DELETE FROM passkey WHERE relying_party = ?1 AND EXISTS"
+                  " (SELECT 1 FROM passkey AS newer"
+                  " WHERE newer.credential_id = ?2 AND newer.relying_party = passkey.relying_party"
+                  " AND newer.user_id = passkey.user_id AND newer.number > passkey.number)")
+            .bind(1, relyingPartyIdentifier)
+            .bind(2, credentialId)
+            .step();
+    });
     dropFormerFile(file);
 }
 
 void CredentialStore::noteRefused(std::string_view relyingPartyIdentifier,
                                   ByteView credentialId) const {
-    note(relyingPartyIdentifier, credentialId,
-         {"UPDATE passkey SET refusals = refusals + 1 WHERE relying_party = ?1"
-          " AND credential_id = ?2"});
+    change([&](const Database& database) {
+        Statement(database, "UPDATE passkey SET refusals = refusals + 1"
+                            " WHERE relying_party = ?1 AND credential_id = ?2")
+            .bind(1, relyingPartyIdentifier)
+            .bind(2, credentialId)
+            .step();
+    });
 }
 
 void CredentialStore::noteUsed(std::string_view relyingPartyIdentifier, ByteView credentialId,
                                std::chrono::sys_seconds when) const {
-    const std::string change =
-        "UPDATE passkey SET last_used = " + std::to_string(when.time_since_epoch().count()) +
-        " WHERE relying_party = ?1 AND credential_id = ?2";
-    note(relyingPartyIdentifier, credentialId, {change});
+    change([&](const Database& database) {
+        Statement(database, "UPDATE passkey SET last_used = ?3"
+                            " WHERE relying_party = ?1 AND credential_id = ?2")
+            .bind(1, relyingPartyIdentifier)
+            .bind(2, credentialId)
+            .bind(3, static_cast<std::int64_t>(when.time_since_epoch().count()))
+            .step();
+    });
 }
 
 void CredentialStore::remove(ByteView credentialId) const {
-    note("", credentialId, {"DELETE FROM passkey WHERE ?1 = '' AND credential_id = ?2"});
+    change([&](const Database& database) {
+        Statement(database, "DELETE FROM passkey WHERE credential_id = ?1")
+            .bind(1, credentialId)
+            .step();
+    });
+    dropFormerFile(file);
 }
 
-void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView credentialId,
-                           std::initializer_list<std::string_view> changes) const {
+void CredentialStore::change(const std::function<void(const Database&)>& work) const {
     if (!present(file))
         return;
     Database database(withoutLinksAbove(file));
@@ -228,21 +248,20 @@ void CredentialStore::note(std::string_view relyingPartyIdentifier, ByteView cre
     if (schemaVersion(database) == schema::none)
         return;
     bringUpToDate(database, file);
-    for (const std::string_view change : changes)
-        Statement(database, change).bind(1, relyingPartyIdentifier).bind(2, credentialId).step();
+    work(database);
     transaction.commit();
 }
 
 std::vector<CredentialRecord> CredentialStore::find(std::string_view relyingPartyIdentifier) const {
-    return select(" WHERE relying_party = ?1", relyingPartyIdentifier);
+    return select(relyingPartyIdentifier);
 }
 
 std::vector<CredentialRecord> CredentialStore::all() const {
-    return select(" WHERE ?1 = ''", "");
+    return select(std::nullopt);
 }
 
 std::vector<CredentialRecord>
-CredentialStore::select(std::string_view condition, std::string_view relyingPartyIdentifier) const {
+CredentialStore::select(std::optional<std::string_view> relyingPartyIdentifier) const {
     if (!present(file))
         return {};
     Database database(withoutLinksAbove(file));
@@ -250,8 +269,10 @@ CredentialStore::select(std::string_view condition, std::string_view relyingPart
     if (version == schema::none)
         return {};
     // An earlier version is read as it is, so that a disk without room does not prevent a sign-in.
+    const char* const condition = relyingPartyIdentifier ? " WHERE relying_party = ?1" : "";
     Statement statement(database, selection(version, condition));
-    statement.bind(1, relyingPartyIdentifier);
+    if (relyingPartyIdentifier)
+        statement.bind(1, *relyingPartyIdentifier);
     std::vector<CredentialRecord> records;
     while (statement.step())
         records.push_back(recordIn(statement));

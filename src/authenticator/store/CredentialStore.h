@@ -6,13 +6,15 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <initializer_list>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kelo::authenticator {
+
+class Database;
 
 /// A stored passkey.
 struct CredentialRecord {
@@ -77,15 +79,17 @@ public:
     /// All passkeys, of every relying party, the last saved first.
     std::vector<CredentialRecord> all() const;
 
-    /// Removes a passkey. Whatever its private key is kept in forgets it, too: outside of the
-    /// record it is nowhere. Does nothing if the store does not hold it.
+    /// Removes a passkey, and the copy of a file of an earlier version, which may hold it as well.
+    /// Its private key is nowhere outside of the record, so it is gone. Does nothing to the
+    /// passkeys if the store does not hold it.
     void remove(ByteView credentialId) const;
 
 private:
-    std::vector<CredentialRecord> select(std::string_view condition,
-                                         std::string_view relyingPartyIdentifier) const;
-    void note(std::string_view relyingPartyIdentifier, ByteView credentialId,
-              std::initializer_list<std::string_view> changes) const;
+    /// Of every relying party if none is named.
+    std::vector<CredentialRecord>
+    select(std::optional<std::string_view> relyingPartyIdentifier) const;
+    /// Does the work in one transaction. Not if there is no file yet.
+    void change(const std::function<void(const Database&)>& work) const;
 
     std::filesystem::path file;
 };

@@ -9,7 +9,8 @@ namespace kelo::authenticator {
 /// is the older one. Throws a Failure of kind storage.
 void keepFormerFile(const std::filesystem::path& file);
 
-/// Removes the copy, once the new tables have served. Does nothing if there is none.
+/// Removes the copy, once the new tables have served or a passkey in it must not stay. Does nothing
+/// if there is none.
 void dropFormerFile(const std::filesystem::path& file);
 
 } // namespace kelo::authenticator

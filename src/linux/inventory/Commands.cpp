@@ -32,7 +32,7 @@ std::string helpText() {
            "\n" + "  --json       " + translated("for other programs: list and doctor only") + "\n";
 }
 
-/// The passkeys whose identifier begins like this.
+/// The passkeys whose name begins like this.
 std::vector<CredentialRecord> calledSo(std::string_view name,
                                        const std::vector<CredentialRecord>& all) {
     std::vector<CredentialRecord> found;

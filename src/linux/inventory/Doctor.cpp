@@ -4,7 +4,6 @@
 #include "base/Failure.h"
 #include "base/Translation.h"
 #include "linux/authorization/PasskeyFile.h"
-#include "linux/tpm/ChipCheck.h"
 #include "linux/tpm/TpmKeyStore.h"
 
 #include <algorithm>
@@ -26,7 +25,7 @@ Finding diagnoseChip(const Surroundings& found) {
         chip.state = State::trouble;
         chip.sentence = *found.chipTrouble;
     } else {
-        chip.state = State::worth;
+        chip.state = State::notice;
         chip.sentence = translated("New passkeys are kept in software. %1", {*found.chipTrouble});
     }
     return chip;
@@ -42,7 +41,7 @@ Finding diagnoseKeyring(const Surroundings& found) {
         keyring.sentence = translated("Your keyring is made when it is first needed.");
         break;
     case KeyringState::locked:
-        keyring.state = State::worth;
+        keyring.state = State::notice;
         keyring.sentence =
             translated("Your keyring is locked. It asks for its password when a passkey is used.");
         break;

@@ -30,7 +30,7 @@ Surroundings lookAround();
 struct Finding {
     enum class State {
         good,
-        worth,   ///< works, and could be better
+        notice,  ///< works, and could be better
         trouble, ///< passkeys do not work until it is mended
     };
 

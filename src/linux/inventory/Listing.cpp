@@ -71,8 +71,8 @@ const char* wordOf(Finding::State state) {
     switch (state) {
     case Finding::State::good:
         return "good";
-    case Finding::State::worth:
-        return "could be better";
+    case Finding::State::notice:
+        return "notice";
     case Finding::State::trouble:
         break;
     }
@@ -83,7 +83,7 @@ const char* signOf(Finding::State state) {
     switch (state) {
     case Finding::State::good:
         return "✓";
-    case Finding::State::worth:
+    case Finding::State::notice:
         return "–";
     case Finding::State::trouble:
         break;

@@ -5,6 +5,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
+#include <cstddef>
 #include <ostream>
 #include <utility>
 
@@ -12,27 +15,48 @@ namespace kelo::inventory {
 
 namespace {
 
-/// While it exists, the terminal does not show what is typed.
+/// While it exists, the terminal does not show what is typed. A signal that ends the program
+/// meanwhile, as Control and C do, leaves the terminal as it was.
 class HiddenTyping {
 public:
-    HiddenTyping() : isTerminal(::tcgetattr(STDIN_FILENO, &before) == 0) {
-        termios hidden = before;
+    HiddenTyping() : isTerminal(::tcgetattr(STDIN_FILENO, &usual()) == 0) {
+        if (!isTerminal)
+            return;
+        for (std::size_t at = 0; at < ending.size(); ++at)
+            former[at] = std::signal(ending[at], showAndEnd);
+        termios hidden = usual();
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        if (isTerminal)
-            ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
     }
     ~HiddenTyping() {
-        if (isTerminal)
-            ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
+        if (!isTerminal)
+            return;
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &usual());
+        for (std::size_t at = 0; at < ending.size(); ++at)
+            std::signal(ending[at], former[at]);
     }
     HiddenTyping(const HiddenTyping&) = delete;
     HiddenTyping& operator=(const HiddenTyping&) = delete;
 
-    const bool& hidesLineBreak() const { return isTerminal; }
+    /// Whether the line break that ends the answer is not seen, either.
+    bool hidesLineBreak() const { return isTerminal; }
 
 private:
-    termios before{};
+    static constexpr std::array ending{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+    /// Where a signal handler finds it.
+    static termios& usual() {
+        static termios settings{};
+        return settings;
+    }
+    static void showAndEnd(int signal) {
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &usual());
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
+
     bool isTerminal;
+    std::array<void (*)(int), ending.size()> former{};
 };
 
 /// Read byte by byte, so that nothing of it stays in a buffer of a library.
@@ -56,12 +80,12 @@ std::optional<SecretText> readBytes() {
 } // namespace
 
 std::optional<SecretText> Terminal::readLine(const std::string& question, bool echo) {
+    std::optional<HiddenTyping> hidden;
+    if (!echo)
+        hidden.emplace();
     output << question << std::flush;
-    if (echo)
-        return readBytes();
-    const HiddenTyping hidden;
     auto answer = readBytes();
-    if (hidden.hidesLineBreak())
+    if (hidden && hidden->hidesLineBreak())
         output << std::endl;
     return answer;
 }

@@ -19,7 +19,7 @@ void requireDevice(const std::string& transport) {
         return;
     const std::string device = transport.substr(devicePrefix.size());
     if (::access(device.c_str(), F_OK) != 0)
-        throw tpmFailure(TpmTrouble::absent, "there is no " + device);
+        throw tpmFailure(TpmTrouble::missing, "there is no " + device);
     if (::access(device.c_str(), R_OK | W_OK) != 0)
         throw tpmFailure(TpmTrouble::notPermitted, "no permission for " + device);
 }

@@ -2,7 +2,6 @@
 
 #include "authenticator/keys/Cryptography.h"
 #include "base/async/StopWhenDropped.h"
-#include "linux/tpm/ChipCheck.h"
 #include "linux/tpm/TpmKey.h"
 #include "linux/tpm/TpmResult.h"
 
@@ -45,6 +44,15 @@ Bytes signNow(const std::string& chip, authenticator::WrappingKeySource& source,
 }
 
 } // namespace
+
+std::optional<Failure> chipTrouble(const std::string& chip) {
+    try {
+        requireSuitableChip(TpmConnection(chip));
+        return std::nullopt;
+    } catch (const Failure& failure) {
+        return failure;
+    }
+}
 
 TpmKeyStore::TpmKeyStore(std::string chip, std::shared_ptr<authenticator::WrappingKeySource> source,
                          Worker& worker)

@@ -2,15 +2,20 @@
 
 #include "authenticator/keys/KeyStores.h"
 #include "authenticator/keys/SoftwareKeyStore.h"
+#include "base/Failure.h"
 #include "base/async/Worker.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kelo::tpm {
 
 /// The chip that computers have for this, as the library's loader names it.
 inline constexpr const char* chipOfThisComputer = "device:/dev/tpmrm0";
+
+/// Why passkeys' keys cannot be made in the chip; nothing if they can. Blocks for up to a second.
+std::optional<Failure> chipTrouble(const std::string& chip);
 
 /// A key store in the computer's security chip (TPM 2.0). A key is made and used inside the chip
 /// and cannot leave it. Each signature asks for a value that the user's keyring guards, so what is

@@ -46,7 +46,10 @@ TpmTrouble troubleOfChip(TSS2_RC code) {
 
 std::string sentenceFor(TpmTrouble trouble) {
     switch (trouble) {
-    case TpmTrouble::absent:
+    case TpmTrouble::missing:
+        return translated("There is no security chip (TPM) in this computer, or it is switched off "
+                          "in the settings of the firmware.");
+    case TpmTrouble::silent:
         return translated("This computer's security chip (TPM) does not answer. Restart the "
                           "computer; if that does not help, see whether the chip is switched on in "
                           "the settings of the firmware.");
@@ -86,7 +89,7 @@ TpmTrouble troubleOf(TSS2_RC code) {
     case TSS2_BASE_RC_IO_ERROR:
     case TSS2_BASE_RC_NO_CONNECTION:
     case TSS2_BASE_RC_NOT_SUPPORTED:
-        return TpmTrouble::absent;
+        return TpmTrouble::silent;
     case TSS2_BASE_RC_NOT_PERMITTED:
         return TpmTrouble::notPermitted;
     case TSS2_BASE_RC_TRY_AGAIN:

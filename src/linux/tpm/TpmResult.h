@@ -10,7 +10,8 @@ namespace kelo::tpm {
 
 /// What went wrong in a call to the chip, as far as it makes a difference to the user.
 enum class TpmTrouble {
-    absent,        ///< there is no chip, or it does not answer
+    missing,       ///< the system shows no chip
+    silent,        ///< it does not answer
     notPermitted,  ///< the device is there, and this user may not open it
     lockedOut,     ///< it refuses after too many wrong authorisations
     busy,          ///< its memory is taken by other programs, or it asks for patience

@@ -39,7 +39,7 @@ TEST_F(Doctor, SaysOfEverythingThatItIsWell) {
 
 TEST_F(Doctor, MissingChipIsNoTroubleUnlessAPasskeyIsInIt) {
     found.chipTrouble = "The chip does not answer.";
-    EXPECT_EQ(finding("chip").state, State::worth);
+    EXPECT_EQ(finding("chip").state, State::notice);
     EXPECT_EQ(finding("chip").sentence,
               "New passkeys are kept in software. The chip does not answer.");
     found.passkeysInChip = 1;
@@ -49,7 +49,7 @@ TEST_F(Doctor, MissingChipIsNoTroubleUnlessAPasskeyIsInIt) {
 
 TEST_F(Doctor, LockedKeyringIsNoTrouble) {
     found.keyring = KeyringState::locked;
-    EXPECT_EQ(finding("keyring").state, State::worth);
+    EXPECT_EQ(finding("keyring").state, State::notice);
     found.keyring = KeyringState::empty;
     EXPECT_EQ(finding("keyring").state, State::good);
     found.keyring = KeyringState::absent;

@@ -72,9 +72,9 @@ TEST(Listing, ProgramsGetAnAccountThatIsNoUtf8) {
 }
 
 TEST(Listing, FindingsHaveAStateForPrograms) {
-    const std::vector<Finding> findings{{"chip", Finding::State::worth, "Chip", "None."}};
+    const std::vector<Finding> findings{{"chip", Finding::State::notice, "Chip", "None."}};
     EXPECT_EQ(Json::parse(jsonOf(findings))["findings"][0],
-              (Json{{"name", "chip"}, {"state", "could be better"}, {"sentence", "None."}}));
+              (Json{{"name", "chip"}, {"state", "notice"}, {"sentence", "None."}}));
     EXPECT_EQ(reportOf(findings), "– Chip: None.\n");
 }
 

@@ -1,13 +1,9 @@
-#include "component/tpm/SimulatedChip.h"
+#include "component/tpm/ChipFixture.h"
 
 #include "authenticator/keys/Cryptography.h"
 #include "authenticator/keys/OpenSslPointer.h"
-#include "fakes/authenticator/FakeWrappingKeySource.h"
-#include "fakes/authenticator/ScopedAuthenticator.h"
 #include "linux/tpm/TpmKey.h"
-#include "linux/tpm/TpmKeyStore.h"
 
-#include <gtest/gtest.h>
 #include <openssl/ec.h>
 #include <openssl/evp.h>
 
@@ -36,25 +32,7 @@ bool isSignatureOf(const Bytes& signature, const Bytes& digest, const webauthn::
                            digest.size()) == 1;
 }
 
-class TpmKeyStore : public testing::Test {
-protected:
-    CreatedKey make() {
-        const auto made = scope.run(store.create());
-        if (!made->value)
-            throw std::runtime_error(made->error->what());
-        return *made->value;
-    }
-    auto sign(const CreatedKey& key) {
-        return scope.run(store.sign(key.wrappedPrivateKey, digest));
-    }
-
-    SimulatedChip chip;
-    fakes::ScopedAuthenticator scope;
-    std::shared_ptr<fakes::FakeWrappingKeySource> keyring =
-        std::make_shared<fakes::FakeWrappingKeySource>();
-    tpm::TpmKeyStore store{chip.transport(), keyring, scope.worker};
-    Bytes digest = Bytes(32, 0x5A);
-};
+class TpmKeyStore : public ChipFixture {};
 
 TEST_F(TpmKeyStore, SignsWithTheKeyItMade) {
     const CreatedKey key = make();

@@ -1,4 +1,4 @@
-#include "FirstVersion.h"
+#include "EarlierVersions.h"
 #include "Records.h"
 
 #include "authenticator/store/CredentialStore.h"

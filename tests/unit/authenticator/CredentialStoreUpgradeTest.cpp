@@ -1,6 +1,5 @@
-#include "FirstVersion.h"
+#include "EarlierVersions.h"
 #include "Records.h"
-#include "SecondVersion.h"
 
 #include "authenticator/store/CredentialStore.h"
 #include "base/Failure.h"
@@ -126,6 +125,7 @@ TEST_F(CredentialStoreUpgrade, RemovedPasskeyIsGoneAndNoOther) {
         store.remove(bytesOf("a"));
         ASSERT_EQ(store.all().size(), 1U);
         EXPECT_EQ(store.all().front().credentialId, bytesOf("b"));
+        EXPECT_FALSE(fs::exists(former)) << "the copy holds the passkey, too";
     }
 }
 

@@ -8,6 +8,7 @@
 #include <gio/gio.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <utility>
 
 namespace kelo::authorization {
@@ -147,8 +148,16 @@ VerificationMeans verificationMeans(const std::filesystem::path& helper) {
         G_SUBPROCESS_FLAGS_STDERR_SILENCE, nullptr, helper.c_str(), "--check", nullptr));
     if (!process || !g_subprocess_wait(process.get(), nullptr, nullptr))
         return VerificationMeans::noHelper;
-    return g_subprocess_get_successful(process.get()) ? VerificationMeans::complete
-                                                      : VerificationMeans::noService;
+    if (!g_subprocess_get_if_exited(process.get()))
+        return VerificationMeans::noHelper;
+    switch (g_subprocess_get_exit_status(process.get())) {
+    case EXIT_SUCCESS:
+        return VerificationMeans::complete;
+    case EXIT_FAILURE:
+        return VerificationMeans::noService;
+    default:
+        return VerificationMeans::noHelper;
+    }
 }
 
 std::filesystem::path verificationHelperPath() {
