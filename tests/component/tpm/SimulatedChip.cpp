@@ -1,5 +1,7 @@
 #include "component/tpm/SimulatedChip.h"
 
+#include "linux/tpm/TpmConnection.h"
+#include "linux/tpm/TpmResult.h"
 #include "posix/FileDescriptor.h"
 
 #include <sys/socket.h>
@@ -52,6 +54,13 @@ void SimulatedChip::powerOn() {
     const gobject::GErrorPointer failure(error);
     if (failure)
         throw std::runtime_error(failure->message);
+}
+
+void SimulatedChip::clear() const {
+    const tpm::TpmConnection connection(transport());
+    tpm::require(Esys_Clear(connection.get(), ESYS_TR_RH_LOCKOUT, ESYS_TR_PASSWORD, ESYS_TR_NONE,
+                            ESYS_TR_NONE),
+                 "clearing");
 }
 
 void SimulatedChip::cutPower() {

@@ -25,6 +25,8 @@ public:
     /// variable TCTI_PCAP_FILE names.
     std::string recordedTransport() const { return "pcap:" + transport(); }
 
+    /// As a user clears it in the settings of the firmware: all that it has made is lost.
+    void clear() const;
     /// Ends it in the middle of whatever it does.
     void cutPower();
     /// Starts it again after cutPower().
