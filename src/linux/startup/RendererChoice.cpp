@@ -1,5 +1,6 @@
 #include "linux/startup/RendererChoice.h"
 
+#include "linux/startup/OwnVariables.h"
 #include "linux/window/ToolkitVersion.h"
 
 #include <fcntl.h>
@@ -15,11 +16,6 @@
 namespace kelo::startup {
 
 namespace {
-
-std::vector<std::string>& ownVariables() {
-    static std::vector<std::string> variables;
-    return variables;
-}
 
 /// The toolkit that runs decides, not the one that this was built with: each complains of a value
 /// that it does not know.
@@ -45,7 +41,6 @@ bool hasRenderNode(const std::string& folder) {
 }
 
 void chooseRenderer() {
-    ownVariables().clear();
     const char* const forced = std::getenv("LIBGL_ALWAYS_SOFTWARE");
     const bool software = forced && std::string(forced) != "0" && std::string(forced) != "false";
     // NVIDIA's own driver needs no render node.
@@ -59,16 +54,8 @@ void chooseRenderer() {
     const std::pair<const char*, const char*> noSharedBuffers{"WEBKIT_DISABLE_DMABUF_RENDERER",
                                                               "1"};
     for (const auto& [name, value] :
-         {std::pair{"GSK_RENDERER", "cairo"}, switchForOpenGl(), noSharedBuffers}) {
-        if (isSet(name))
-            continue;
-        setenv(name, value, /*overwrite=*/0);
-        ownVariables().emplace_back(name);
-    }
-}
-
-const std::vector<std::string>& rendererVariables() {
-    return ownVariables();
+         {std::pair{"GSK_RENDERER", "cairo"}, switchForOpenGl(), noSharedBuffers})
+        setOwnVariable(name, value);
 }
 
 } // namespace kelo::startup

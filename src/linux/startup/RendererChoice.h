@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace kelo::startup {
 
@@ -9,12 +8,9 @@ namespace kelo::startup {
 /// do without OpenGL. There the GL renderer costs about 95 MiB and up to 1.5 s to the first frame;
 /// even unused, OpenGL costs another 100 MiB in all processes and 0.3 s to the first page. In
 /// return, pages have no WebGL on such machines. Changes nothing if GSK_RENDERER, GDK_DEBUG or
-/// GDK_DISABLE is set, because the user has chosen then. prepareProcess() calls it.
+/// GDK_DISABLE is set, because the user has chosen then. What it sets is among ownVariables().
+/// prepareProcess() calls it.
 void chooseRenderer();
-
-/// Names of the environment variables that chooseRenderer() has set. They are meant for this
-/// process alone: remove them from the environment of programs that are started for the user.
-const std::vector<std::string>& rendererVariables();
 
 /// Whether a graphics card can be used: a render node in the folder can be opened.
 bool hasRenderNode(const std::string& folder);

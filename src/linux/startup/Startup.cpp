@@ -2,6 +2,7 @@
 
 #include "base/async/MainLoop.h"
 #include "bundle/ProgramPlace.h"
+#include "linux/startup/OwnVariables.h"
 #include "linux/startup/RendererChoice.h"
 #include "linux/startup/UnsafeVariables.h"
 #include "linux/startup/UserLocale.h"
@@ -52,6 +53,7 @@ std::optional<std::filesystem::path> programTree() {
 
 void prepareProcess() {
     unsetUnsafeVariables();
+    quietChipLibrary();
     followUserLocale();
     findTranslations(bundle::installationPrefix(bundle::programPath()));
     fixMappingThreshold();

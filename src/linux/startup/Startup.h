@@ -6,6 +6,7 @@ namespace kelo::startup {
 /// it sets environment variables.
 ///
 /// - Removes environment variables that open the program to others (UnsafeVariables.h).
+/// - Keeps the security chip's library from printing (OwnVariables.h).
 /// - Follows the user's locale, with translations from where this program is installed
 ///   (UserLocale.h).
 /// - Limits the memory that the allocator keeps.

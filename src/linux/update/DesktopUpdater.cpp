@@ -3,7 +3,7 @@
 #include "bundle/ProgramPlace.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/WorkerThread.h"
-#include "linux/startup/RendererChoice.h"
+#include "linux/startup/OwnVariables.h"
 #include "linux/update/SoupTransport.h"
 #include "posix/SystemClock.h"
 #include "updater/Updater.h"
@@ -50,7 +50,7 @@ std::string packageSystem() {
 
 /// Whether it is one of the variables that this program set for itself.
 bool isOurs(const std::string& setting) {
-    const auto& variables = startup::rendererVariables();
+    const auto variables = startup::ownVariables();
     return std::any_of(variables.begin(), variables.end(),
                        [&](const std::string& name) { return setting.starts_with(name + "="); });
 }

@@ -7,6 +7,10 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <map>
+#include <string>
+#include <vector>
+
 namespace kelo::tests {
 namespace {
 
@@ -25,6 +29,8 @@ protected:
         g_subprocess_launcher_unsetenv(launcher.get(), "LANGUAGE");
         g_subprocess_launcher_setenv(launcher.get(), "DBUS_SESSION_BUS_ADDRESS", "unix:path=/none",
                                      TRUE);
+        for (const auto& [name, value] : environment)
+            g_subprocess_launcher_setenv(launcher.get(), name.c_str(), value.c_str(), TRUE);
         std::vector<const char*> command{KELO_PASSKEYS};
         command.insert(command.end(), words.begin(), words.end());
         command.push_back(nullptr);
@@ -39,6 +45,7 @@ protected:
 
     test::TemporaryFolder folder;
     authenticator::CredentialStore passkeys{folder.path() / "kelo" / "passkeys.sqlite"};
+    std::map<std::string, std::string> environment;
     std::string printed;
 };
 
@@ -58,6 +65,17 @@ TEST_F(PasskeysProgram, DoctorSaysWhatIsMissingHere) {
     EXPECT_EQ(run({"doctor", "--json"}), 1);
     EXPECT_EQ(nlohmann::json::parse(printed)["findings"].size(), 4U);
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they insist on being first
+TEST_F(PasskeysProgram, LibraryOfTheChipPrintsNothingBesideTheReport) {
+    environment = {{"LD_PRELOAD", KELO_GIVEN_CHIP_LIBRARY},
+                   {"KELO_GIVEN_CHIP", "swtpm:path=/none"},
+                   {"TSS2_LOG", "all+TRACE"}};
+    EXPECT_EQ(run({"doctor", "--json"}), 1);
+    const auto findings = nlohmann::json::parse(printed)["findings"];
+    EXPECT_THAT(findings.dump(), HasSubstr("security chip (TPM) does not answer"));
+}
+#endif
 
 TEST_F(PasskeysProgram, DeletesNothingForWhomItCannotVerify) {
     passkeys.save(record("one", "user"));

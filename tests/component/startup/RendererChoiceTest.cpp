@@ -1,6 +1,7 @@
 #include "linux/startup/RendererChoice.h"
 
 #include "component/ScopedVariable.h"
+#include "linux/startup/OwnVariables.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -28,7 +29,7 @@ TEST_F(RendererChoice, SoftwareGraphicsDrawWithCairoAndWithoutOpenGl) {
     EXPECT_STREQ(std::getenv("GDK_DEBUG"), hasDisable ? nullptr : "gl-disable");
     EXPECT_STREQ(std::getenv("GDK_DISABLE"), hasDisable ? "gl" : nullptr);
     EXPECT_STREQ(std::getenv("WEBKIT_DISABLE_DMABUF_RENDERER"), "1");
-    EXPECT_EQ(startup::rendererVariables(),
+    EXPECT_EQ(startup::ownVariables(),
               (std::vector<std::string>{"GSK_RENDERER", hasDisable ? "GDK_DISABLE" : "GDK_DEBUG",
                                         "WEBKIT_DISABLE_DMABUF_RENDERER"}));
 }
@@ -48,7 +49,7 @@ TEST_F(RendererChoice, WhatTheUserSetForTheEngineStaysTheirs) {
     const ScopedVariable chosen("WEBKIT_DISABLE_DMABUF_RENDERER", "0");
     startup::chooseRenderer();
     EXPECT_STREQ(std::getenv("WEBKIT_DISABLE_DMABUF_RENDERER"), "0");
-    EXPECT_EQ(startup::rendererVariables().size(), 2U);
+    EXPECT_EQ(startup::ownVariables().size(), 2U);
 }
 
 TEST_F(RendererChoice, RenderNodeMeansHardware) {

@@ -1,7 +1,7 @@
 #include "linux/webkit/navigation/ExternalLinks.h"
 
 #include "linux/gobject/GObjectPointer.h"
-#include "linux/startup/RendererChoice.h"
+#include "linux/startup/OwnVariables.h"
 
 #include <gio/gio.h>
 
@@ -16,7 +16,7 @@ void openWithDefaultProgram(const std::string& address) {
     };
     const auto context =
         gobject::GObjectPointer<GAppLaunchContext>::adopt(g_app_launch_context_new());
-    for (const std::string& variable : startup::rendererVariables())
+    for (const std::string& variable : startup::ownVariables())
         g_app_launch_context_unsetenv(context.get(), variable.c_str());
     g_app_info_launch_default_for_uri_async(address.c_str(), context.get(), nullptr, finished,
                                             nullptr);
