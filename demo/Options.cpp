@@ -44,6 +44,8 @@ Options parseOptions(std::span<const char* const> arguments) {
             options.port = parsePort(value());
         else if (name == "--state")
             options.state = value();
+        else if (name == "--record")
+            options.record = value();
         else if (name == "--origin")
             options.origin = parseOrigin(value());
         else if (name == "--stranger")
@@ -64,7 +66,7 @@ std::string helpText() {
     return "Usage:\n"
            "  kelo-demo-service --init --authority DIRECTORY\n"
            "  kelo-demo-service --authority DIRECTORY [--port PORT] [--state FILE] [--origin URL]\n"
-           "                    [--stranger] [--gallery DIRECTORY]\n"
+           "                    [--stranger] [--gallery DIRECTORY] [--record FILE]\n"
            "\n"
            "A complete assistant service for one computer: it answers on the loopback\n"
            "addresses only, over HTTPS, with passkeys.\n"
@@ -78,6 +80,8 @@ std::string helpText() {
            "  --stranger   put a frame of a foreign origin into the widget page, which tries\n"
            "               to get at the microphone and to close the panel\n"
            "  --gallery    serve the pages of this folder below /gallery/\n"
+           "  --record     write the passkey ceremonies that it has accepted into this file,\n"
+           "               for other verifiers\n"
            "  --help       this text\n"
            "\n"
            "Accounts:\n"

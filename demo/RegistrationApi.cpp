@@ -115,6 +115,7 @@ Passkey RegistrationApi::checkAttestation(const json& body, const Session& sessi
                                                 std::chrono::steady_clock::now()))
         throw PasskeyRefused("The challenge is unknown, used or expired");
     auto passkey = context.verifier.verifyRegistration(*message, clientData->challenge);
+    context.record.add("registration", clientData->origin, clientData->challenge, body["response"]);
 
     passkey.label = textMember(body, "label");
     if (passkey.label.find_first_not_of(" \t\r\n") == std::string::npos)

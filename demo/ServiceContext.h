@@ -5,6 +5,7 @@
 #include "demo/accounts/CsrfToken.h"
 #include "demo/accounts/SessionTable.h"
 #include "demo/http/Http.h"
+#include "demo/passkeys/CeremonyRecord.h"
 #include "demo/passkeys/ChallengeTable.h"
 #include "demo/passkeys/PasskeyStore.h"
 #include "demo/passkeys/PasskeyVerifier.h"
@@ -46,6 +47,7 @@ struct ServiceContext {
     /// Whether the widget page contains a cross-origin frame, to show what such a frame cannot do.
     bool showsStranger = false;
     PasskeyVerifier verifier;
+    CeremonyRecord record;
     AccountStore accounts;
     PasskeyStore passkeys;
     SessionTable sessions;

@@ -67,7 +67,8 @@ Reply SignInApi::callback(const Request& request) {
 
 /// The address of the account that the assertion signs in. Throws PasskeyRefused.
 std::string SignInApi::checkAssertion(const std::string& assertion) {
-    const auto message = parseAssertion(json::parse(assertion, nullptr, false));
+    const json credential = json::parse(assertion, nullptr, false);
+    const auto message = parseAssertion(credential);
     if (!message)
         throw PasskeyRefused("The assertion is malformed");
     const auto clientData = parseClientData(message->clientData);
@@ -84,6 +85,7 @@ std::string SignInApi::checkAssertion(const std::string& assertion) {
     if (message->userHandle != account->userHandle)
         throw PasskeyRefused("The passkey belongs to another account");
     passkey->counter = context.verifier.verifyAssertion(*message, clientData->challenge, *passkey);
+    context.record.add("sign-in", clientData->origin, clientData->challenge, credential);
     return account->email;
 }
 

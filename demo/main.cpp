@@ -55,6 +55,8 @@ int serve(const Options& options) {
     const auto origin = originAt(server.port());
     ServiceContext context(origin, options.origin.value_or(origin), StateFile(options.state));
     context.showsStranger = options.stranger;
+    if (options.record)
+        context.record = CeremonyRecord(*options.record);
     Service service(context);
     std::optional<Gallery> gallery;
     if (options.gallery)

@@ -43,7 +43,7 @@ void ProgramFixture::TearDown() {
 void ProgramFixture::startService() {
     service.reset();
     service = std::make_unique<rig::DemoService>(build(), authority, folder.path() / "service.log",
-                                                 serviceState);
+                                                 serviceState, serviceOptions);
 }
 
 void ProgramFixture::startKelo() {

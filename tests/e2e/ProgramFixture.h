@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kelo::e2e {
 
@@ -58,6 +59,8 @@ protected:
     std::filesystem::path authority = build() / "demo-authority";
     /// What the service keeps from one start to the next; nothing, unless a file is named.
     std::filesystem::path serviceState;
+    /// More of the service's command line.
+    std::vector<std::string> serviceOptions;
     /// Where Kelo stores what it keeps.
     std::filesystem::path userFolder = folder.path();
     /// Where the programs are that Kelo is started from.

@@ -167,5 +167,34 @@ TEST_F(ServiceProcess, PasskeyThatCannotBeStoredIsNotTaken) {
     EXPECT_EQ(registerPasskey(*browser, *passkey).status, 200u);
 }
 
+TEST_F(ServiceProcess, AcceptedCeremoniesAreWrittenDownForOtherVerifiers) {
+    const auto record = directory.path() / "record";
+    startService({"--record", record.string()});
+    ASSERT_EQ(signInWithPassword(*browser).status, 303u);
+    ASSERT_EQ(registerPasskey(*browser, *passkey).status, 200u);
+    ASSERT_EQ(signInWithPasskey(*browser, *passkey).status, 200u);
+    passkey->origin = "https://elsewhere.example";
+    ASSERT_EQ(signInWithPasskey(*browser, *passkey).status, 401u);
+    std::istringstream lines(read(record));
+    for (const std::string expected : {"registration", "sign-in"}) {
+        std::string line;
+        ASSERT_TRUE(std::getline(lines, line));
+        const auto ceremony = nlohmann::json::parse(line);
+        EXPECT_EQ(ceremony["ceremony"], expected);
+        EXPECT_EQ(ceremony["origin"], service->origin());
+        EXPECT_EQ(ceremony["challenge"].get<std::string>().size(), 43u) << "32 bytes";
+        EXPECT_TRUE(ceremony["credential"]["response"].contains("clientDataJSON"));
+    }
+    std::string more;
+    EXPECT_FALSE(std::getline(lines, more)) << "a ceremony that was refused";
+}
+
+TEST_F(ServiceProcess, RecordThatCannotBeWrittenStopsNobody) {
+    startService({"--record", (directory.path() / "none" / "record").string()});
+    ASSERT_EQ(signInWithPassword(*browser).status, 303u);
+    EXPECT_EQ(registerPasskey(*browser, *passkey).status, 200u);
+    EXPECT_NE(service->stop(SIGTERM).errors.find("could not be written"), std::string::npos);
+}
+
 } // namespace
 } // namespace kelo::demo
