@@ -6,10 +6,12 @@
 #include "linux/inventory/Listing.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kelo::inventory {
@@ -24,12 +26,23 @@ constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
 std::string helpText() {
-    return translated("Usage: kelo-passkeys [list | delete NAME | doctor] [--json]") + "\n\n" +
-           "  list         " + translated("shows the passkeys that Kelo keeps on this computer") +
-           "\n" + "  delete NAME  " +
-           translated("deletes one of them, after asking and checking that it is you") + "\n" +
-           "  doctor       " + translated("says what passkeys need here, and what to do about it") +
-           "\n" + "  --json       " + translated("for other programs: list and doctor only") + "\n";
+    constexpr std::size_t widest = sizeof "keyring default";
+    const std::array<std::pair<std::string_view, std::string>, 6> lines{
+        {{"list", translated("shows the passkeys that Kelo keeps on this computer")},
+         {"delete NAME",
+          translated("deletes one of them, after asking and checking that it is you")},
+         {"doctor", translated("says what passkeys need here, and what to do about it")},
+         {"keyring own",
+          translated("protects them by a keyring that asks for its password at each use")},
+         {"keyring default", translated("protects them by the keyring of your login again")},
+         {"--json", translated("for other programs: list and doctor only")}}};
+    std::string text = translated(
+        "Usage: kelo-passkeys [list | delete NAME | doctor | keyring own|default] [--json]");
+    text += "\n\n";
+    for (const auto& [words, meaning] : lines)
+        text += "  " + std::string(words) + std::string(widest - words.size() + 1, ' ') + meaning +
+                "\n";
+    return text;
 }
 
 /// The passkeys whose name begins like this.
@@ -72,6 +85,16 @@ public:
             co_return doctor(isForPrograms);
         if (command == "delete" && words.size() == 2 && !isForPrograms)
             co_return co_await remove(words[1]);
+        if (command == "keyring" && words.size() == 2 && !isForPrograms && words[1] == "own")
+            co_return moveKey(parts.keepKeyInOwnKeyring,
+                              translated("Your keyring asks for that password from now on, "
+                                         "whenever a passkey is used. Do not tick that it is to "
+                                         "be unlocked at each login, or any program of yours can "
+                                         "use the passkeys."));
+        if (command == "keyring" && words.size() == 2 && !isForPrograms && words[1] == "default")
+            co_return moveKey(parts.keepKeyInDefaultKeyring,
+                              translated("The key that protects your passkeys is in the keyring of "
+                                         "your login."));
         parts.errors << "kelo-passkeys: " << translated("Try \"%1\".", {"kelo-passkeys --help"})
                      << std::endl;
         co_return wrongUsage;
@@ -99,6 +122,11 @@ private:
         const bool hasTrouble =
             std::ranges::count(findings, Finding::State::trouble, &Finding::state) > 0;
         return hasTrouble ? failed : status;
+    }
+
+    int moveKey(const std::function<void()>& move, const std::string& done) {
+        move();
+        return print(done + "\n");
     }
 
     Task<int> remove(std::string_view name) {

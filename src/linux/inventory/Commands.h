@@ -17,6 +17,8 @@ struct CommandParts {
     authenticator::UserVerifier& verifier;
     Terminal& terminal;
     std::function<Surroundings()> lookAround;
+    std::function<void()> keepKeyInOwnKeyring;
+    std::function<void()> keepKeyInDefaultKeyring;
     std::ostream& output;
     std::ostream& errors;
 };

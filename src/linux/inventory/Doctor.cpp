@@ -37,6 +37,11 @@ Finding diagnoseKeyring(const Surroundings& found) {
     case KeyringState::unlocked:
         keyring.sentence = translated("Your keyring is unlocked.");
         break;
+    case KeyringState::own:
+        keyring.sentence =
+            translated("The key that protects your passkeys is in a keyring of its own, which asks "
+                       "for its password at each use.");
+        break;
     case KeyringState::empty:
         keyring.sentence = translated("Your keyring is made when it is first needed.");
         break;

@@ -1,6 +1,7 @@
 #include "base/async/Spawn.h"
 #include "bundle/ProgramPlace.h"
 #include "linux/authorization/PasskeyFile.h"
+#include "linux/authorization/keyring/KeyringState.h"
 #include "linux/authorization/verification/PamVerifier.h"
 #include "linux/gobject/GLibMainLoop.h"
 #include "linux/inventory/Commands.h"
@@ -33,7 +34,14 @@ int main(int count, char** words) {
     kelo::authorization::PamVerifier verifier(kelo::authorization::verificationHelperPath());
     kelo::inventory::Terminal terminal(std::cout);
     const kelo::inventory::CommandParts parts{
-        passkeys, verifier, terminal, kelo::inventory::lookAround, std::cout, std::cerr};
+        passkeys,
+        verifier,
+        terminal,
+        kelo::inventory::lookAround,
+        kelo::authorization::keepWrappingKeyInOwnCollection,
+        kelo::authorization::keepWrappingKeyInDefaultCollection,
+        std::cout,
+        std::cerr};
     const std::span<const char* const> all(words, static_cast<std::size_t>(count));
     std::optional<int> status;
     kelo::spawn(run(parts, all.subspan(all.empty() ? 0 : 1), status));

@@ -33,8 +33,15 @@ protected:
     std::ostringstream errors;
     inventory::Terminal terminal{output};
     inventory::Surroundings found;
-    inventory::CommandParts parts{scope.credentials,        scope.verifier, terminal,
-                                  [this] { return found; }, output,         errors};
+    std::vector<std::string> moves;
+    inventory::CommandParts parts{scope.credentials,
+                                  scope.verifier,
+                                  terminal,
+                                  [this] { return found; },
+                                  [this] { moves.emplace_back("own"); },
+                                  [this] { moves.emplace_back("default"); },
+                                  output,
+                                  errors};
 };
 
 TEST_F(Commands, WithoutAnyItLists) {
@@ -52,17 +59,21 @@ TEST_F(Commands, WhatIsNotUnderstoodIsSaidAndChangesNothing) {
     using Words = std::vector<const char*>;
     for (const Words& words :
          {Words{"remove"}, Words{"list", "6f6e65"}, Words{"delete"}, Words{"delete", "a", "b"},
-          Words{"delete", "6f6e65", "--json"}, Words{"doctor", "now"}, Words{"--yes"}, Words{""}}) {
+          Words{"delete", "6f6e65", "--json"}, Words{"doctor", "now"}, Words{"keyring"},
+          Words{"keyring", "mine"}, Words{"keyring", "own", "now"},
+          Words{"keyring", "own", "--json"}, Words{"--yes"}, Words{""}}) {
         EXPECT_EQ(run(words, "delete\n"), 2) << words.front();
         EXPECT_THAT(errors.str(), HasSubstr("kelo-passkeys --help"));
         EXPECT_THAT(output.str(), IsEmpty());
     }
     EXPECT_EQ(kept(), 1U);
+    EXPECT_THAT(moves, IsEmpty());
 }
 
 TEST_F(Commands, HelpNamesAll) {
     EXPECT_EQ(run({"--help"}), 0);
-    for (const char* word : {"list", "delete NAME", "doctor", "--json"})
+    for (const char* word :
+         {"list", "delete NAME", "doctor", "keyring own", "keyring default", "--json"})
         EXPECT_THAT(output.str(), HasSubstr(word));
 }
 
@@ -119,6 +130,21 @@ TEST_F(Commands, DoctorEndsWithOneWhereThereIsTrouble) {
     found.keyring = authorization::KeyringState::absent;
     EXPECT_EQ(run({"doctor"}), 1);
     EXPECT_THAT(output.str(), HasSubstr("✗ Keyring: No keyring is running"));
+}
+
+TEST_F(Commands, KeyMovesToTheKeyringThatIsNamed) {
+    EXPECT_EQ(run({"keyring", "own"}), 0);
+    EXPECT_THAT(output.str(), HasSubstr("asks for that password from now on"));
+    EXPECT_EQ(run({"keyring", "default"}), 0);
+    EXPECT_THAT(output.str(), HasSubstr("in the keyring of your login"));
+    EXPECT_EQ(moves, (std::vector<std::string>{"own", "default"}));
+}
+
+TEST_F(Commands, KeyThatCannotBeMovedIsSaid) {
+    parts.keepKeyInOwnKeyring = [] { throw Failure(FailureKind::storage, "It stays.", "cause"); };
+    EXPECT_EQ(run({"keyring", "own"}), 1);
+    EXPECT_EQ(errors.str(), "kelo-passkeys: It stays.\n");
+    EXPECT_THAT(output.str(), IsEmpty());
 }
 
 TEST_F(Commands, FileThatCannotBeReadIsSaid) {

@@ -52,6 +52,9 @@ TEST_F(Doctor, LockedKeyringIsNoTrouble) {
     EXPECT_EQ(finding("keyring").state, State::notice);
     found.keyring = KeyringState::empty;
     EXPECT_EQ(finding("keyring").state, State::good);
+    found.keyring = KeyringState::own;
+    EXPECT_EQ(finding("keyring").state, State::good);
+    EXPECT_THAT(finding("keyring").sentence, HasSubstr("asks for its password at each use"));
     found.keyring = KeyringState::absent;
     EXPECT_EQ(finding("keyring").state, State::trouble);
 }

@@ -2,16 +2,22 @@
 
 #include "authenticator/keys/SoftwareKeyStore.h"
 #include "base/Failure.h"
+#include "linux/authorization/keyring/KeyringState.h"
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/gobject/WorkerThread.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 // Uses the keyring of the session bus it is started on, as a process of its own, since GIO keeps
 // one session bus for the life of a process:
 //   create              makes a key and prints it wrapped, in hexadecimal
 //   sign WRAPPED        signs with it and prints "signed"
+//   state               prints the state of the keyring
+//   keep-in-own         moves the wrapping key into a collection of its own, and prints "moved"
+//   keep-in-default     moves it back
+//   sign-and-stay WRAPPED  as sign, and stays until it reads a line
 //   create-and-give-up  begins as create, but drops the request when it reads a line, and prints
 //                       "given up" once the worker is free again
 // A failure is printed as "error: " and its sentence.
@@ -64,13 +70,51 @@ Task<void> passThrough(Worker& worker, std::string& outcome) {
     outcome = "given up";
 }
 
+std::string nameOf(authorization::KeyringState state) {
+    switch (state) {
+    case authorization::KeyringState::absent:
+        return "absent";
+    case authorization::KeyringState::empty:
+        return "empty";
+    case authorization::KeyringState::locked:
+        return "locked";
+    case authorization::KeyringState::unlocked:
+        return "unlocked";
+    case authorization::KeyringState::own:
+        break;
+    }
+    return "own";
+}
+
+/// What needs no key store. Nothing for other commands.
+std::optional<std::string> runAtOnce(const std::string& command) {
+    try {
+        if (command == "state")
+            return nameOf(authorization::keyringState());
+        if (command == "keep-in-own")
+            authorization::keepWrappingKeyInOwnCollection();
+        else if (command == "keep-in-default")
+            authorization::keepWrappingKeyInDefaultCollection();
+        else
+            return std::nullopt;
+        return "moved";
+    } catch (const Failure& error) {
+        std::fprintf(stderr, "cause: %s\n", error.what());
+        return "error: " + error.localizedDescription();
+    }
+}
+
 int run(const std::string& command, const std::string& argument) {
+    if (const auto outcome = runAtOnce(command)) {
+        std::puts(outcome->c_str());
+        return 0;
+    }
     const ScopedMainLoop loop;
     WorkerThread worker;
     authenticator::SoftwareKeyStore keys(
         std::make_shared<authorization::SecretServiceWrappingKeySource>(), worker);
     std::string outcome;
-    spawn(record(outcome, command == "sign" ? sign(keys, argument) : create(keys)));
+    spawn(record(outcome, command.starts_with("sign") ? sign(keys, argument) : create(keys)));
     if (command == "create-and-give-up") {
         GIOChannel* input = g_io_channel_unix_new(0);
         bool told = false;
@@ -91,6 +135,9 @@ int run(const std::string& command, const std::string& argument) {
     const bool ended = ScopedMainLoop::runUntil([&] { return !outcome.empty(); });
     dropSpawnedTasks();
     std::puts(outcome.c_str());
+    std::fflush(stdout);
+    if (command == "sign-and-stay")
+        std::getchar();
     return ended ? 0 : 1;
 }
 

@@ -1,8 +1,7 @@
-#include "SessionBus.h"
+#include "KeyringFixture.h"
 #include "UnansweredPrompter.h"
-#include "component/ScopedMainLoop.h"
 
-#include "testing/TemporaryFolder.h"
+#include "testing/rig/ProcessMemory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,59 +9,24 @@
 #include <fstream>
 #include <iterator>
 
-// The real keyring daemon on a bus of its own; each use of it is a process of its own.
-
 namespace kelo {
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::MatchesRegex;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
 
-class KeyringTest : public testing::Test {
-protected:
-    std::vector<std::string> environment() const {
-        const std::string home = folder.path().string();
-        return {"DBUS_SESSION_BUS_ADDRESS=" + bus.address(),
-                "HOME=" + home,
-                "XDG_DATA_HOME=" + home + "/data",
-                "XDG_RUNTIME_DIR=" + home,
-                "XDG_CONFIG_HOME=" + home,
-                "XDG_CACHE_HOME=" + home};
-    }
-    void startKeyring(const std::vector<std::string>& options) {
-        std::vector<std::string> command = {"gnome-keyring-daemon", "--foreground",
-                                            "--components=secrets"};
-        command.insert(command.end(), options.begin(), options.end());
-        daemon = Child(command, environment());
-    }
-    void startUnlocked() {
-        startKeyring({"--unlock"});
-        daemon.write("password");
-        daemon.closeInput();
-        ASSERT_TRUE(bus.waitForName("org.freedesktop.secrets"));
-    }
-    void startLocked() {
-        startKeyring({});
-        ASSERT_TRUE(bus.waitForName("org.freedesktop.secrets"));
-    }
-    void stopKeyring() {
-        daemon.kill();
-        ASSERT_TRUE(bus.waitForNoName("org.freedesktop.secrets"));
-    }
-    /// Wrong use of a library counts as a failure, too.
-    std::vector<std::string> probeEnvironment() const {
-        auto variables = environment();
-        variables.emplace_back("G_DEBUG=fatal-criticals");
-        return variables;
-    }
-    std::string probe(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), KELO_KEYRING_PROBE);
-        return Child(arguments, probeEnvironment()).readLine();
-    }
+std::string hexadecimal(unsigned char byte) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    return {digits[byte >> 4], digits[byte & 0xF]};
+}
 
+class KeyringTest : public KeyringFixture {
+protected:
     struct Item {
         std::string secret;
         int created;
@@ -97,12 +61,6 @@ protected:
         stopKeyring();
         return wrapped.substr(0, 18);
     }
-
-    ScopedMainLoop loop;
-    test::TemporaryFolder folder;
-    const std::filesystem::path keyrings = folder.path() / "data" / "keyrings";
-    SessionBus bus{folder.path()};
-    Child daemon;
 };
 
 } // namespace
@@ -138,6 +96,17 @@ TEST_F(KeyringTest, NoKeyringIsSaidPlainly) {
         "safe. Start your desktop's keyring or password manager and try again.";
     EXPECT_EQ(probe({"create"}), sentence);
     EXPECT_EQ(probe({"sign", "00"}), sentence);
+}
+
+TEST_F(KeyringTest, StateIsToldWithoutAQuestion) {
+    EXPECT_EQ(probe({"state"}), "absent");
+    startLocked();
+    EXPECT_EQ(probe({"state"}), "empty");
+    stopKeyring();
+    startUnlocked();
+    EXPECT_EQ(probe({"state"}), "unlocked");
+    ASSERT_TRUE(bus.lockKeyring());
+    EXPECT_EQ(probe({"state"}), "locked");
 }
 
 TEST_F(KeyringTest, NoSessionBusIsSaidPlainly) {
@@ -222,6 +191,25 @@ TEST_F(KeyringTest, OfSeveralWrappingKeysTheOldestCounts) {
     EXPECT_NE(wrappingKeyAmong({newer}), wanted);
     EXPECT_EQ(wrappingKeyAmong({older, newer}), wanted);
     EXPECT_EQ(wrappingKeyAmong({newer, older}), wanted);
+}
+
+TEST_F(KeyringTest, WrappingKeyIsForgottenAfterTheSignature) {
+    std::string key, digits;
+    for (int byte = 0; byte < 32; ++byte) {
+        key += static_cast<char>(0x81 + 3 * byte);
+        digits += hexadecimal(static_cast<unsigned char>(key.back()));
+    }
+    writeKeyring({{digits, 1}});
+    startLocked();
+    const std::string wrapped = probe({"create"});
+    const Child child({KELO_KEYRING_PROBE, "sign-and-stay", wrapped}, probeEnvironment());
+    ASSERT_EQ(child.readLine(), "signed");
+    const auto placesOf = [&](const std::string& text) {
+        return rig::findInMemory(child.identifier(), rig::DisguisedText::of(text));
+    };
+    EXPECT_THAT(placesOf(key), IsEmpty());
+    EXPECT_THAT(placesOf(digits), IsEmpty());
+    EXPECT_THAT(placesOf(wrapped), Not(IsEmpty())) << "what is there is found";
 }
 
 TEST_F(KeyringTest, AWrappingKeyMayBeInCapitals) {

@@ -54,6 +54,10 @@ std::string Child::readLine() const {
     return line ? line.get() : "";
 }
 
+pid_t Child::identifier() const {
+    return static_cast<pid_t>(std::stol(g_subprocess_get_identifier(process.get())));
+}
+
 void Child::kill() const {
     g_subprocess_force_exit(process.get());
     g_subprocess_wait(process.get(), nullptr, nullptr);

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace kelo {
@@ -27,6 +28,7 @@ public:
     void closeInput() const;
     /// The next line, without its end; empty at the end of the output.
     std::string readLine() const;
+    pid_t identifier() const;
     /// Kills it and waits until it is gone.
     void kill() const;
     /// Stops it until it is resumed or killed. Whoever asks it something gets no answer meanwhile.

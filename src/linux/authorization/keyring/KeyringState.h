@@ -8,9 +8,17 @@ enum class KeyringState {
     empty,  ///< it has no default collection; the first passkey makes one
     locked, ///< it asks the user before it gives a secret
     unlocked,
+    own, ///< the wrapping key is in a collection of its own, and the user is asked at each use
 };
 
 /// The state of the user's keyring. Asks the user nothing; blocks until the keyring answers.
 KeyringState keyringState();
+
+/// Moves the wrapping key into a collection of its own, which is locked whenever it is not in use;
+/// makes the key first if there is none. The keyring asks the user for passwords meanwhile, so both
+/// calls block that long. They throw a Failure of kind storage, and leave the key where it was.
+void keepWrappingKeyInOwnCollection();
+/// Moves it back into the default collection, which is open while the user is logged in.
+void keepWrappingKeyInDefaultCollection();
 
 } // namespace kelo::authorization

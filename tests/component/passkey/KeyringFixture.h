@@ -1,0 +1,66 @@
+#pragma once
+
+#include "SessionBus.h"
+#include "component/ScopedMainLoop.h"
+
+#include "testing/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kelo {
+
+/// The real keyring daemon on a bus of its own; each use of it is a process of its own.
+class KeyringFixture : public testing::Test {
+protected:
+    std::vector<std::string> environment() const {
+        const std::string home = folder.path().string();
+        return {"DBUS_SESSION_BUS_ADDRESS=" + bus.address(),
+                "HOME=" + home,
+                "XDG_DATA_HOME=" + home + "/data",
+                "XDG_RUNTIME_DIR=" + home,
+                "XDG_CONFIG_HOME=" + home,
+                "XDG_CACHE_HOME=" + home};
+    }
+    void startKeyring(const std::vector<std::string>& options) {
+        std::vector<std::string> command = {"gnome-keyring-daemon", "--foreground",
+                                            "--components=secrets"};
+        command.insert(command.end(), options.begin(), options.end());
+        daemon = Child(command, environment());
+    }
+    void startUnlocked() {
+        startKeyring({"--unlock"});
+        daemon.write("password");
+        daemon.closeInput();
+        ASSERT_TRUE(bus.waitForName("org.freedesktop.secrets"));
+    }
+    void startLocked() {
+        startKeyring({});
+        ASSERT_TRUE(bus.waitForName("org.freedesktop.secrets"));
+    }
+    void stopKeyring() {
+        daemon.kill();
+        ASSERT_TRUE(bus.waitForNoName("org.freedesktop.secrets"));
+    }
+    /// Wrong use of a library counts as a failure, too.
+    std::vector<std::string> probeEnvironment() const {
+        auto variables = environment();
+        variables.emplace_back("G_DEBUG=fatal-criticals");
+        return variables;
+    }
+    std::string probe(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), KELO_KEYRING_PROBE);
+        return Child(arguments, probeEnvironment()).readLine();
+    }
+
+    ScopedMainLoop loop;
+    test::TemporaryFolder folder;
+    const std::filesystem::path keyrings = folder.path() / "data" / "keyrings";
+    SessionBus bus{folder.path()};
+    Child daemon;
+};
+
+} // namespace kelo

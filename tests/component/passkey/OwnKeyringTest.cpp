@@ -1,0 +1,156 @@
+#include "KeyringFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <iterator>
+
+namespace kelo {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+namespace {
+
+/// Keyrings on disk are encrypted, but the names of files and of their keyrings are not.
+class OwnKeyring : public KeyringFixture {
+protected:
+    Child userWho(const std::vector<std::string>& does) const {
+        std::vector<std::string> command = {KELO_ANSWERING_PROMPTER};
+        command.insert(command.end(), does.begin(), does.end());
+        Child prompter(command, environment());
+        EXPECT_EQ(prompter.readLine(), "ready");
+        return prompter;
+    }
+    /// How many prompts the user has seen.
+    static std::string promptsOf(const Child& user) {
+        user.closeInput();
+        return user.readLine();
+    }
+    /// The keyring and the prompter agree on a key for what is typed, and in one of some hundred
+    /// cases the keyring does not take that key: then the user tries again, as Kelo asks.
+    void moveToOwn() {
+        std::string outcome = "error: ";
+        for (int tries = 0; tries < 5 && outcome.starts_with("error: "); ++tries) {
+            const Child user = userWho({"answer", "of its own"});
+            outcome = probe({"keep-in-own"});
+            EXPECT_EQ(promptsOf(user), "1") << "for the new password";
+        }
+        ASSERT_EQ(outcome, "moved");
+    }
+    bool hasOwnKeyring() const {
+        return std::filesystem::exists(keyrings / "Passkeys_of_Kelo.keyring");
+    }
+    /// A passkey's key, wrapped, with the wrapping key in a keyring of its own.
+    std::string makeGuardedKey() {
+        startUnlocked();
+        const std::string wrapped = probe({"create"});
+        EXPECT_THAT(wrapped, MatchesRegex("[0-9a-f]{266}"));
+        moveToOwn();
+        return wrapped;
+    }
+};
+
+TEST_F(OwnKeyring, AsksAtEachUse) {
+    const std::string wrapped = makeGuardedKey();
+    EXPECT_TRUE(hasOwnKeyring());
+    EXPECT_EQ(probe({"state"}), "own");
+    const Child user = userWho({"answer", "of its own"});
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(probe({"create"}).substr(0, 18), wrapped.substr(0, 18));
+    EXPECT_EQ(probe({"state"}), "own");
+    EXPECT_EQ(promptsOf(user), "3");
+}
+
+TEST_F(OwnKeyring, GivesNothingWithoutItsPassword) {
+    const std::string wrapped = makeGuardedKey();
+    // The other keyring is still unlocked, as it is while the user is logged in.
+    const Child user = userWho({"refuse"});
+    EXPECT_EQ(probe({"sign", wrapped}),
+              "error: Your keyring is locked, and a passkey needs it. Try "
+              "again and unlock the keyring when it asks.");
+    EXPECT_EQ(promptsOf(user), "1");
+}
+
+TEST_F(OwnKeyring, IsMadeBeforeTheFirstPasskeyToo) {
+    startUnlocked();
+    moveToOwn();
+    EXPECT_EQ(probe({"state"}), "own");
+    const Child user = userWho({"answer", "of its own"});
+    const std::string wrapped = probe({"create"});
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+}
+
+TEST_F(OwnKeyring, RefusedOneLeavesTheKeyWhereItIs) {
+    startUnlocked();
+    const std::string wrapped = probe({"create"});
+    const Child user = userWho({"refuse"});
+    EXPECT_EQ(probe({"keep-in-own"}),
+              "error: Nothing was changed, because your keyring has made no keyring for Kelo. Try "
+              "again and choose a password when it asks.");
+    EXPECT_EQ(promptsOf(user), "1");
+    EXPECT_EQ(probe({"state"}), "unlocked");
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+}
+
+TEST_F(OwnKeyring, GivesItsKeyBack) {
+    const std::string wrapped = makeGuardedKey();
+    const Child user = userWho({"answer", "of its own"});
+    EXPECT_EQ(probe({"keep-in-default"}), "moved");
+    EXPECT_EQ(promptsOf(user), "1");
+    EXPECT_FALSE(hasOwnKeyring());
+    EXPECT_EQ(probe({"state"}), "unlocked");
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(probe({"keep-in-default"}), "moved") << "as it is already";
+}
+
+TEST_F(OwnKeyring, AskedForTwiceAsksOnce) {
+    makeGuardedKey();
+    const Child user = userWho({"refuse"});
+    EXPECT_EQ(probe({"keep-in-own"}), "moved");
+    EXPECT_EQ(promptsOf(user), "0");
+}
+
+TEST_F(OwnKeyring, MoveThatWasInterruptedIsFinished) {
+    startUnlocked();
+    const std::string wrapped = probe({"create"});
+    std::filesystem::copy(keyrings, folder.path() / "before");
+    moveToOwn();
+    stopKeyring();
+    // As if the computer had lost power before the key was removed from where it had been.
+    std::filesystem::copy(folder.path() / "before", keyrings,
+                          std::filesystem::copy_options::recursive |
+                              std::filesystem::copy_options::overwrite_existing);
+    startUnlocked();
+    const Child user = userWho({"answer", "of its own"});
+    EXPECT_EQ(probe({"keep-in-own"}), "moved");
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(promptsOf(user), "2");
+    std::filesystem::remove(keyrings / "Passkeys_of_Kelo.keyring");
+    stopKeyring();
+    startUnlocked();
+    EXPECT_THAT(probe({"sign", wrapped}), HasSubstr("no longer holds the key"))
+        << "nowhere else is a copy";
+}
+
+TEST_F(OwnKeyring, SurvivesALoginAndStaysLocked) {
+    const std::string wrapped = makeGuardedKey();
+    stopKeyring();
+    startUnlocked();
+    EXPECT_EQ(probe({"state"}), "own");
+    const Child user = userWho({"answer", "of its own"});
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(promptsOf(user), "1");
+}
+
+TEST_F(OwnKeyring, KeyringOfTheLoginIsNotLocked) {
+    startUnlocked();
+    const std::string wrapped = probe({"create"});
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(probe({"state"}), "unlocked");
+}
+
+} // namespace
+
+} // namespace kelo
