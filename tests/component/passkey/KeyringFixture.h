@@ -56,6 +56,30 @@ protected:
         return Child(arguments, probeEnvironment()).readLine();
     }
 
+    Child userWho(const std::vector<std::string>& does) const {
+        std::vector<std::string> command = {KELO_ANSWERING_PROMPTER};
+        command.insert(command.end(), does.begin(), does.end());
+        Child prompter(command, environment());
+        EXPECT_EQ(prompter.readLine(), "ready");
+        return prompter;
+    }
+    /// How many prompts the user has seen.
+    static std::string promptsOf(const Child& user) {
+        user.closeInput();
+        return user.readLine();
+    }
+    /// The keyring and the prompter agree on a key for what is typed, and in one of some hundred
+    /// cases the keyring does not take that key: then the user tries again, as Kelo asks.
+    void moveToOwn() {
+        std::string outcome = "error: ";
+        for (int tries = 0; tries < 5 && outcome.starts_with("error: "); ++tries) {
+            const Child user = userWho({"answer", "of its own"});
+            outcome = probe({"keep-in-own"});
+            EXPECT_EQ(promptsOf(user), "1") << "for the new password";
+        }
+        ASSERT_EQ(outcome, "moved");
+    }
+
     ScopedMainLoop loop;
     test::TemporaryFolder folder;
     const std::filesystem::path keyrings = folder.path() / "data" / "keyrings";

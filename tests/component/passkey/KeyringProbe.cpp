@@ -5,6 +5,7 @@
 #include "linux/authorization/keyring/KeyringState.h"
 #include "linux/authorization/keyring/SecretServiceWrappingKeySource.h"
 #include "linux/gobject/WorkerThread.h"
+#include "linux/tpm/TpmKeyStore.h"
 
 #include <cstdio>
 #include <optional>
@@ -18,6 +19,7 @@
 //   keep-in-own         moves the wrapping key into a collection of its own, and prints "moved"
 //   keep-in-default     moves it back
 //   sign-and-stay WRAPPED  as sign, and stays until it reads a line
+//   create-in-chip TRANSPORT, sign-in-chip TRANSPORT WRAPPED   the same with a key in that chip
 //   create-and-give-up  begins as create, but drops the request when it reads a line, and prints
 //                       "given up" once the worker is free again
 // A failure is printed as "error: " and its sentence.
@@ -104,6 +106,19 @@ std::optional<std::string> runAtOnce(const std::string& command) {
     }
 }
 
+int runWithChip(const std::string& command, const std::string& chip, const std::string& wrapped) {
+    const ScopedMainLoop loop;
+    WorkerThread worker;
+    tpm::TpmKeyStore keys(chip, std::make_shared<authorization::SecretServiceWrappingKeySource>(),
+                          worker);
+    std::string outcome;
+    spawn(record(outcome, command == "sign-in-chip" ? sign(keys, wrapped) : create(keys)));
+    const bool ended = ScopedMainLoop::runUntil([&] { return !outcome.empty(); });
+    dropSpawnedTasks();
+    std::puts(outcome.c_str());
+    return ended ? 0 : 1;
+}
+
 int run(const std::string& command, const std::string& argument) {
     if (const auto outcome = runAtOnce(command)) {
         std::puts(outcome->c_str());
@@ -146,5 +161,9 @@ int run(const std::string& command, const std::string& argument) {
 } // namespace kelo
 
 int main(int count, char** arguments) {
-    return kelo::run(count > 1 ? arguments[1] : "", count > 2 ? arguments[2] : "");
+    const std::string command = count > 1 ? arguments[1] : "";
+    const std::string argument = count > 2 ? arguments[2] : "";
+    if (command.ends_with("-in-chip"))
+        return kelo::runWithChip(command, argument, count > 3 ? arguments[3] : "");
+    return kelo::run(command, argument);
 }
