@@ -2,8 +2,8 @@
 // any kind can do at the same keys, and how often a Kelo that waits for the chord wakes the
 // processor, beside the browser that the web engine brings along.
 
+#include "common/Distribution.h"
 #include "common/Programs.h"
-#include "popup/Distribution.h"
 #include "popup/Floor.h"
 #include "popup/Idle.h"
 #include "popup/Trial.h"

@@ -141,16 +141,30 @@ CollectionPointer SecretServiceSession::collectionAt(const std::string& path) {
     return collection;
 }
 
+std::string SecretServiceSession::labelOf(const char* path) {
+    auto* proxy = G_DBUS_PROXY(service.get());
+    const gobject::GVariantPointer answer(g_dbus_connection_call_sync(
+        g_dbus_proxy_get_connection(proxy), g_dbus_proxy_get_name(proxy), path,
+        "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", "org.freedesktop.Secret.Collection", "Label"), G_VARIANT_TYPE("(v)"),
+        G_DBUS_CALL_FLAGS_NONE, -1, cancellable.get(), nullptr));
+    if (!answer)
+        return {};
+    const gobject::GVariantPointer boxed(g_variant_get_child_value(answer.get(), 0));
+    const gobject::GVariantPointer label(g_variant_get_variant(boxed.get()));
+    return g_variant_is_of_type(label.get(), G_VARIANT_TYPE_STRING)
+               ? g_variant_get_string(label.get(), nullptr)
+               : "";
+}
+
 CollectionPointer SecretServiceSession::collectionCalled(std::string_view label) {
     const gobject::GVariantPointer paths(
         g_dbus_proxy_get_cached_property(G_DBUS_PROXY(service.get()), "Collections"));
     for (gsize at = 0; paths && at < g_variant_n_children(paths.get()); ++at) {
         const char* path = nullptr;
         g_variant_get_child(paths.get(), at, "&o", &path);
-        auto collection = collectionAt(path);
-        const gobject::GText name(secret_collection_get_label(collection.get()));
-        if (name && name.get() == label)
-            return collection;
+        if (labelOf(path) == label)
+            return collectionAt(path);
     }
     return {};
 }

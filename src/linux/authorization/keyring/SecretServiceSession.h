@@ -52,6 +52,8 @@ public:
 
 private:
     CollectionPointer collectionAt(const std::string& path);
+    /// Empty if it cannot be had: the collection may have gone.
+    std::string labelOf(const char* path);
     /// Waits for a call that may prompt the user.
     GAsyncResult* wait(const AbandonableCall& call,
                        const std::function<void(GAsyncReadyCallback, gpointer)>& begin) const;

@@ -1,4 +1,4 @@
-#include "popup/Distribution.h"
+#include "common/Distribution.h"
 
 #include <algorithm>
 
