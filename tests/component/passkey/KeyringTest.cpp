@@ -27,27 +27,6 @@ std::string hexadecimal(unsigned char byte) {
 
 class KeyringTest : public KeyringFixture {
 protected:
-    struct Item {
-        std::string secret;
-        int created;
-    };
-    /// Puts a keyring without a password in place that holds these as wrapping keys.
-    void writeKeyring(const std::vector<Item>& items) const {
-        std::filesystem::create_directories(keyrings);
-        std::ofstream(keyrings / "default") << "login";
-        std::ofstream text(keyrings / "login.keyring");
-        text << "[keyring]\ndisplay-name=login\nctime=1\nmtime=1\n"
-                "lock-on-idle=false\nlock-after=false\n";
-        int number = 0;
-        for (const Item& item : items) {
-            const std::string name = std::to_string(++number);
-            text << "\n[" << name << "]\nitem-type=0\ndisplay-name=key\nsecret=" << item.secret
-                 << "\nmtime=" << item.created << "\nctime=" << item.created << "\n\n[" << name
-                 << ":attribute0]\nname=purpose\ntype=string\nvalue=passkeys\n\n[" << name
-                 << ":attribute1]\nname=xdg:schema\ntype=string\n"
-                 << "value=app.kelo.Kelo.WrappingKey\n";
-        }
-    }
     std::string keyringText() const {
         std::ifstream stream(keyrings / "login.keyring");
         return {std::istreambuf_iterator<char>(stream), {}};

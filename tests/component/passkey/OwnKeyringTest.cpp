@@ -111,6 +111,31 @@ TEST_F(OwnKeyring, MoveThatWasInterruptedIsFinished) {
         << "nowhere else is a copy";
 }
 
+TEST_F(OwnKeyring, EmptyOneIsAskedForNothingUntilTheKeyIsMoved) {
+    startUnlocked();
+    const std::string wrapped = probe({"create"});
+    // As a move leaves it that was interrupted before it had moved anything.
+    ASSERT_NE(bus.makeCollection("Passkeys of Kelo"), "");
+    EXPECT_EQ(probe({"state"}), "unlocked");
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+    EXPECT_EQ(probe({"keep-in-own"}), "moved");
+    EXPECT_EQ(probe({"state"}), "own");
+    EXPECT_EQ(probe({"sign", wrapped}), "signed");
+}
+
+TEST_F(OwnKeyring, KeyOfOtherPasskeysStaysWhereItIs) {
+    makeGuardedKey();
+    stopKeyring();
+    std::filesystem::remove(keyrings / "login.keyring");
+    writeKeyring({{std::string(64, 'b'), 1}});
+    startLocked();
+    const Child user = userWho({"answer", "of its own"});
+    EXPECT_EQ(probe({"keep-in-own"}), "moved");
+    std::ifstream stream(keyrings / "login.keyring");
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(stream), {}),
+                HasSubstr("secret=" + std::string(64, 'b')));
+}
+
 TEST_F(OwnKeyring, SurvivesALoginAndStaysLocked) {
     const std::string wrapped = makeGuardedKey();
     stopKeyring();

@@ -150,24 +150,29 @@ bool SessionBus::lockKeyring() const {
                     "([objectpath '/org/freedesktop/secrets/aliases/default'],)")) != nullptr;
 }
 
-bool SessionBus::makeKeyringWithoutPassword() const {
+std::string SessionBus::makeCollection(const std::string& label) const {
     const auto opened = call("org.freedesktop.Secret.Service", "OpenSession",
                              g_variant_new_parsed("('plain', <''>)"));
     if (!opened)
-        return false;
+        return "";
     const char* session = nullptr;
     g_variant_get(opened.get(), "(v&o)", nullptr, &session);
     const auto made = call(
         "org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface", "CreateWithMasterPassword",
-        g_variant_new_parsed("({'org.freedesktop.Secret.Collection.Label': <'login'>},"
+        g_variant_new_parsed("({'org.freedesktop.Secret.Collection.Label': <%s>},"
                              " (%o, @ay [], @ay [], 'text/plain'))",
-                             session));
-    if (!made)
-        return false;
-    const char* collection = nullptr;
-    g_variant_get(made.get(), "(&o)", &collection);
-    return call("org.freedesktop.Secret.Service", "SetAlias",
-                g_variant_new("(so)", "default", collection)) != nullptr;
+                             label.c_str(), session));
+    const char* collection = "";
+    if (made)
+        g_variant_get(made.get(), "(&o)", &collection);
+    return collection;
+}
+
+bool SessionBus::makeKeyringWithoutPassword() const {
+    const std::string collection = makeCollection("login");
+    return !collection.empty() &&
+           call("org.freedesktop.Secret.Service", "SetAlias",
+                g_variant_new("(so)", "default", collection.c_str())) != nullptr;
 }
 
 } // namespace kelo

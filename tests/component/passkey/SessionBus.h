@@ -60,6 +60,8 @@ public:
     bool lockKeyring() const;
     /// Gives the keyring daemon a default collection that opens without a question.
     bool makeKeyringWithoutPassword() const;
+    /// Gives it a collection without a password. Its path; empty if it failed.
+    std::string makeCollection(const std::string& label) const;
 
 private:
     GVariantPointer call(const char* interface, const char* method, GVariant* parameters) const;
