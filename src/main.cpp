@@ -5,17 +5,18 @@
 #include "linux/startup/Startup.h"
 
 int main(int count, char** words) {
-    kelo::startup::prepareProcess();
+    kelo::startup::ProcessStart start({words, words + count});
 
     kelo::gobject::GLibMainLoop loop;
     const kelo::MainLoop::Installation loopInstallation(loop);
-    kelo::startup::removeFormerVersionLater();
-    kelo::desktop::LinuxDesktop desktop({words, words + count});
+    start.confirmLater();
+    kelo::desktop::LinuxDesktop desktop({words, words + count}, start.failedUpdate());
     const kelo::platform::Desktop::Installation desktopInstallation(desktop);
 
     kelo::app::KeloApp app;
     const int status = desktop.application().run(app);
     // Suspended tasks refer to the objects above.
     kelo::dropSpawnedTasks();
+    start.end(status);
     return status;
 }

@@ -117,12 +117,15 @@ void UpdateProgramFixture::stamp(const fs::path& tree, const VersionStamp& stamp
         << entry("SUPublicEDKey", publicKey) << "</dict></plist>\n";
 }
 
-void UpdateProgramFixture::publishSignedWith(const SigningKey& key) {
+void UpdateProgramFixture::publishSignedWith(const SigningKey& key, const std::string& script) {
     const std::string name = "kelo-" + newVersion.version;
     const fs::path tree = folder.path() / "build" / name;
     fs::create_directories(tree.parent_path());
     fs::copy(downloadedTree(build()), tree, fs::copy_options::recursive);
     stamp(tree, newVersion, key.publicHalf);
+    if (!script.empty())
+        std::ofstream(tree / "bin/kelo")
+            << "#!/bin/sh\n[ \"$1\" = --help ] && exit 0\n" + script + "\n";
     runOrThrow("tar --zstd -cf " + quoted(releases / (name + ".tar.zst")) + " -C " +
                quoted(tree.parent_path()) + " " + name);
     std::ofstream(releases / (name + ".md")) << notes;

@@ -35,6 +35,9 @@ protected:
     /// The same, signed with a key that the installed copy does not accept.
     void publishByAStranger() { publishSignedWith(makeKey("stranger.key")); }
 
+    /// Signs a 1.1 that shows its help and does nothing else but this shell script.
+    void publishThatOnlyRuns(const std::string& script) { publishSignedWith(ownKey, script); }
+
     /// Starts the installed copy as its owner does. `environment` is added to theirs.
     void startInstalled(const std::vector<std::string>& arguments = {},
                         std::map<std::string, std::string> environment = {});
@@ -80,7 +83,7 @@ private:
     SigningKey makeKey(const std::string& name) const;
     void stamp(const std::filesystem::path& tree, const VersionStamp& stamp,
                const std::string& publicKey) const;
-    void publishSignedWith(const SigningKey& key);
+    void publishSignedWith(const SigningKey& key, const std::string& script = "");
 
     const std::filesystem::path releases = folder.path() / "releases";
     const SigningKey ownKey = makeKey("own.key");

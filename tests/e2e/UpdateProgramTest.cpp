@@ -97,6 +97,29 @@ TEST_F(UpdateProgramFixture, RefusesWhatAnotherKeySigned) {
     EXPECT_TRUE(program->isRunning());
 }
 
+TEST_F(UpdateProgramFixture, PutsTheVersionBeforeBackWhenTheNewOneDoesNotStart) {
+    publishThatOnlyRuns("kill -SEGV $$");
+    startInstalled();
+    user.awaitLoginPage();
+    askForUpdates();
+    awaitText(offered);
+    choose("Install Update");
+    awaitText("The update is ready");
+    choose("Install and Relaunch");
+    program->awaitExit(rig::deadline);
+    awaitText("The update did not work");
+    awaitText(
+        "Kelo 1.1 did not start on this computer, so Kelo 1.0 was put back. You can go on with "
+        "it; tell the publisher of Kelo, and try again with the version that follows.");
+    EXPECT_EQ(installedVersion(), "1.0");
+    user.awaitLoginPage();
+    look("put-back");
+    choose("OK");
+    awaitNoText("The update did not work");
+    awaitThat("nothing of the update is left", [&] { return homeContents() == Names{"Kelo"}; });
+    EXPECT_EQ(runningCopies().size(), 1U);
+}
+
 TEST_F(UpdateProgramFixture, OffersASkippedVersionAgainToTheUserWhoAsks) {
     publish();
     startInstalled();

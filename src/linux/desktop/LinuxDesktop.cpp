@@ -1,5 +1,6 @@
 #include "linux/desktop/LinuxDesktop.h"
 
+#include "base/async/Spawn.h"
 #include "bundle/ProgramPlace.h"
 #include "deployment/Deployment.h"
 #include "linux/desktop/HotkeyReport.h"
@@ -45,14 +46,17 @@ gtk::HostSettings LinuxDesktop::hostSettings() {
         [this] { return downloads::mayEndDownloads(downloadList, alerts_); },
     };
     settings.stateFile = stateFolder() / "windows";
+    settings.started = [this] { tellOfFailedUpdate(); };
     // Asked now: once the file is replaced, the kernel no longer tells its path.
     settings.program = bundle::programPath();
     settings.relaunch = [program = settings.program] { update::relaunchAfterThisProcess(program); };
     return settings;
 }
 
-LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
-    : permissions(std::make_shared<permission::Permissions>(
+LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments,
+                           std::optional<updater::TreeUpdate> failedUpdate)
+    : failedUpdate(std::move(failedUpdate)),
+      permissions(std::make_shared<permission::Permissions>(
           stateFolder() / "permissions", std::string(deployment::serviceOrigin))),
       downloadList(std::make_shared<downloads::DownloadList>(
           downloads::desktopFileHandling(webkit::openWithDefaultProgram))),
@@ -61,6 +65,11 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments)
       passkeys(sheets) {}
 
 LinuxDesktop::~LinuxDesktop() = default;
+
+void LinuxDesktop::tellOfFailedUpdate() {
+    if (const auto failed = std::exchange(failedUpdate, std::nullopt))
+        spawn(update::tellOfFailedUpdate(bundle, *failed, std::make_unique<gtk::GtkUserDriver>()));
+}
 
 std::unique_ptr<platform::HttpSession> LinuxDesktop::makeEphemeralHttpSession() {
     return http::makeEphemeralHttpSession();

@@ -14,8 +14,12 @@
 #include "linux/window/OpenPages.h"
 #include "platform/Desktop.h"
 #include "posix/SystemClock.h"
+#include "updater/install/InstallRecovery.h"
 
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace kelo::downloads {
 class DownloadList;
@@ -31,8 +35,10 @@ namespace kelo::desktop {
 /// are created at their first use. Main thread only.
 class LinuxDesktop final : public platform::Desktop {
 public:
-    /// arguments: the command line of main().
-    explicit LinuxDesktop(std::vector<std::string> arguments);
+    /// arguments: the command line of main(). failedUpdate: one that was taken back because
+    /// it did not start.
+    explicit LinuxDesktop(std::vector<std::string> arguments,
+                          std::optional<updater::TreeUpdate> failedUpdate = std::nullopt);
     ~LinuxDesktop() override;
 
     platform::Application& application() override { return application_; }
@@ -56,7 +62,9 @@ public:
 
 private:
     gtk::HostSettings hostSettings();
+    void tellOfFailedUpdate();
 
+    std::optional<updater::TreeUpdate> failedUpdate;
     std::shared_ptr<permission::Permissions> permissions;
     std::shared_ptr<downloads::DownloadList> downloadList;
     std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();

@@ -9,7 +9,7 @@ namespace kelo::startup {
 /// even unused, OpenGL costs another 100 MiB in all processes and 0.3 s to the first page. In
 /// return, pages have no WebGL on such machines. Changes nothing if GSK_RENDERER, GDK_DEBUG or
 /// GDK_DISABLE is set, because the user has chosen then. What it sets is among ownVariables().
-/// prepareProcess() calls it.
+/// ProcessStart calls it.
 void chooseRenderer();
 
 /// Whether a graphics card can be used: a render node in the folder can be opened.

@@ -6,7 +6,7 @@
 #include "linux/startup/RendererChoice.h"
 #include "linux/startup/UnsafeVariables.h"
 #include "linux/startup/UserLocale.h"
-#include "updater/install/InstallRecovery.h"
+#include "updater/install/ProgramStart.h"
 
 #include <malloc.h>
 #include <unistd.h>
@@ -14,13 +14,10 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 
 namespace kelo::startup {
 
 namespace {
-
-constexpr std::chrono::seconds startedAfter{10};
 
 // Each picture of a page is a block of some MB. By default glibc raises this threshold when the
 // first one is freed and takes the next ones from the heap, where the holes between them cost 10 MB
@@ -49,24 +46,56 @@ std::optional<std::filesystem::path> programTree() {
     return root;
 }
 
+/// Runs the tree's program in the place of this one. Returns only if that failed.
+void runInstead(const std::filesystem::path& root, std::vector<std::string> words) {
+    const std::string program = root / "bin" / "kelo";
+    std::vector<char*> list;
+    for (auto& word : words)
+        list.push_back(word.data());
+    list.push_back(nullptr);
+    execv(program.c_str(), list.data());
+}
+
 } // namespace
 
-void prepareProcess() {
+ProcessStart::ProcessStart(const std::vector<std::string>& words) {
+    using Replacement = updater::TreeStart::Replacement;
+    if (const auto root = programTree()) {
+        // Opened now: it is this tree's, which an update moves away.
+        const posix::FileDescriptor watcher = updater::openStartWatcher(*root);
+        tree.emplace(*root);
+        if (tree->replacement() == Replacement::byUpdate)
+            updater::watchThisProcess(watcher, *root, words);
+        if (tree->replacement() != Replacement::none)
+            runInstead(*root, words);
+    }
     unsetUnsafeVariables();
     quietChipLibrary();
     followUserLocale();
     findTranslations(bundle::installationPrefix(bundle::programPath()));
     fixMappingThreshold();
-    if (const auto root = programTree())
-        updater::repairInstalledTree(*root);
     chooseRenderer();
     avoidBlankWindowOnNvidia();
 }
 
-void removeFormerVersionLater() {
-    if (const auto root = programTree())
-        MainLoop::main().scheduleTimer(startedAfter,
-                                       [root = *root] { updater::confirmInstalledTree(root); });
+void ProcessStart::confirmLater() {
+    if (!tree)
+        return;
+    MainLoop::main().post([this] { loopRan = true; });
+    MainLoop::main().scheduleTimer(startedAfter, [this] { tree->confirm(); });
+}
+
+void ProcessStart::end(int status) {
+    if (!tree || status != 0)
+        return;
+    if (loopRan)
+        tree->confirm();
+    else
+        tree->setAside();
+}
+
+std::optional<updater::TreeUpdate> ProcessStart::failedUpdate() const {
+    return tree ? tree->failedUpdate() : std::nullopt;
 }
 
 } // namespace kelo::startup

@@ -1,25 +1,51 @@
 #pragma once
 
+#include "updater/install/InstallRecovery.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
 namespace kelo::startup {
 
-/// Prepares this process. Call it first in main(), before any thread and before GTK starts, because
-/// it sets environment variables.
-///
-/// - Removes environment variables that open the program to others (UnsafeVariables.h).
-/// - Keeps the security chip's library from printing (OwnVariables.h).
-/// - Follows the user's locale, with translations from where this program is installed
-///   (UserLocale.h).
-/// - Limits the memory that the allocator keeps.
-/// - If an update of the tree that this program runs from was interrupted, moves the missing pieces
-///   back, before anything in the tree is read.
-/// - Chooses the renderer (RendererChoice.h).
-/// - Works around web views that stay blank with NVIDIA's own kernel driver.
-void prepareProcess();
+/// How long the main loop has to run until a start counts as having gone well.
+inline constexpr std::chrono::seconds startedAfter{10};
 
-/// Once the main loop has run for ten seconds, removes what an update has left beside the tree:
-/// this program has started by then, so the version before it is not needed any more. Call it when
-/// the main loop is installed. A process that never runs the loop (for --help, or to activate a
-/// running one) removes nothing.
-void removeFormerVersionLater();
+/// The preparation of this process, and what its start means to an update of the tree that it runs
+/// from. Main thread only.
+class ProcessStart {
+public:
+    /// Make it first in main(), before any thread and before GTK starts, because it sets
+    /// environment variables. words: the arguments of main(), the program's name included.
+    ///
+    /// - If an update of the tree was interrupted, waits to be installed, or did not start last
+    ///   time, puts the tree in order first (InstallRecovery.h), and runs the program that it then
+    ///   holds in this one's place.
+    /// - Removes environment variables that open the program to others (UnsafeVariables.h).
+    /// - Keeps the security chip's library from printing (OwnVariables.h).
+    /// - Follows the user's locale, with translations from where this program is installed
+    ///   (UserLocale.h).
+    /// - Limits the memory that the allocator keeps.
+    /// - Chooses the renderer (RendererChoice.h).
+    /// - Works around web views that stay blank with NVIDIA's own kernel driver.
+    explicit ProcessStart(const std::vector<std::string>& words);
+
+    /// Confirms the start once the main loop has run for ten seconds, and removes what an update
+    /// has left beside the tree. Call it when the main loop is installed.
+    void confirmLater();
+
+    /// To be called at the end of main() with its exit status. Status 0 confirms the start of a
+    /// program that ran its main loop. If it never ran it (for --help, or to activate a running
+    /// one), nothing is known about its start.
+    void end(int status);
+
+    /// An update that was taken back because it did not start.
+    std::optional<updater::TreeUpdate> failedUpdate() const;
+
+private:
+    std::optional<updater::TreeStart> tree;
+    bool loopRan = false;
+};
 
 } // namespace kelo::startup

@@ -1,5 +1,6 @@
 #include "linux/update/DesktopUpdater.h"
 
+#include "base/Translation.h"
 #include "bundle/ProgramPlace.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/WorkerThread.h"
@@ -7,6 +8,7 @@
 #include "linux/update/SoupTransport.h"
 #include "posix/SystemClock.h"
 #include "updater/Updater.h"
+#include "updater/appcast/Version.h"
 #include "updater/install/ProgramStart.h"
 #include "updater/install/SystemInstaller.h"
 
@@ -99,15 +101,31 @@ public:
           updater::Updater(makeContext(static_cast<Services&>(*this))) {}
 };
 
+std::shared_ptr<updater::FileStateStore> stateStore() {
+    const std::filesystem::path states = g_get_user_state_dir();
+    return std::make_shared<updater::FileStateStore>(states / "kelo" / "updater", writeToLog);
+}
+
+updater::UpdaterSettings settingsOf(platform::Bundle& bundle) {
+    return updater::UpdaterSettings(
+        bundle.infoDictionary().value_or(platform::InformationDictionary()));
+}
+
+std::string takenBackSentence(const updater::UpdaterSettings& settings,
+                              const updater::TreeUpdate& failed) {
+    return translated(
+        "%1 %2 did not start on this computer, so %1 %3 was put back. You can go on with it; tell "
+        "the publisher of %1, and try again with the version that follows.",
+        {settings.programName, failed.shownVersion, settings.installedDisplayVersion});
+}
+
 } // namespace
 
 std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterController(
     platform::Bundle& bundle, std::function<std::unique_ptr<updater::UserDriver>()> makeUserDriver,
     std::function<void(const std::string& address)> openLink, std::function<void()> terminate) {
-    const std::filesystem::path states = g_get_user_state_dir();
     const std::filesystem::path caches = g_get_user_cache_dir();
-    const updater::UpdaterSettings settings(
-        bundle.infoDictionary().value_or(platform::InformationDictionary()));
+    const updater::UpdaterSettings settings = settingsOf(bundle);
     const auto makeContext = [&](Services& services) {
         return updater::UpdaterContext{
             settings,
@@ -117,7 +135,7 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
             services.installer,
             services.worker,
             services.clock,
-            std::make_shared<updater::FileStateStore>(states / "kelo" / "updater", writeToLog),
+            stateStore(),
             std::move(makeUserDriver),
             [openLink = std::move(openLink)](const Url& url) { openLink(url.absoluteString()); },
             [] { return std::random_device()(); },
@@ -126,6 +144,19 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
     auto made = std::make_unique<DesktopUpdater>(settings, std::move(terminate), makeContext);
     made->start();
     return made;
+}
+
+Task<void> tellOfFailedUpdate(platform::Bundle& bundle, updater::TreeUpdate failed,
+                              std::unique_ptr<updater::UserDriver> driver) {
+    const updater::UpdaterSettings settings = settingsOf(bundle);
+    const auto store = stateStore();
+    updater::UpdaterState state = store->load();
+    if (state.skippedVersion.empty() || updater::isOlder(state.skippedVersion, failed.version)) {
+        state.skippedVersion = failed.version;
+        store->save(state);
+    }
+    co_await driver->showFailure(takenBackSentence(settings, failed));
+    driver->dismiss();
 }
 
 void relaunchAfterThisProcess(const std::string& program) {

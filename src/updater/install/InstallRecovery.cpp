@@ -1,68 +1,100 @@
 #include "updater/install/InstallRecovery.h"
 
-#include "updater/install/InstallFiles.h"
+#include "updater/install/InstalledCopy.h"
+#include "updater/install/WorkFolder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <exception>
 #include <utility>
 
 namespace kelo::updater {
 
-namespace {
-
-struct WorkFolder {
-    posix::FileDescriptor parent;
-    posix::FileDescriptor folder;
-
-    explicit operator bool() const { return static_cast<bool>(folder); }
-};
-
-bool isHeld(int folder) {
-    return ::flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-}
-
-/// The tree's work folder, if it belongs to this user and no process has locked it.
-WorkFolder takeWorkFolder(const std::filesystem::path& root) {
-    posix::FileDescriptor parent(
-        ::open(root.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    posix::FileDescriptor folder =
-        parent ? openFolder(parent.get(), workFolderName(root)) : posix::FileDescriptor();
-    struct stat status {};
-    if (!folder || ::fstat(folder.get(), &status) != 0 || status.st_uid != ::geteuid() ||
-        isHeld(folder.get()))
-        return {};
-    return {std::move(parent), std::move(folder)};
-}
-
-/// False if pieces are still missing.
-bool repair(const std::filesystem::path& root, const WorkFolder& work, const ExchangeCalls& calls) {
-    return !exchangeWasInterrupted(work.folder.get()) ||
-           takeBack(root, work.parent.get(), work.folder.get(), calls);
-}
-
-} // namespace
-
-void repairInstalledTree(const std::filesystem::path& root, const ExchangeCalls& calls) noexcept {
-    if (const WorkFolder work = takeWorkFolder(root))
-        repair(root, work, calls);
-}
-
-void confirmInstalledTree(const std::filesystem::path& root, const ExchangeCalls& calls) noexcept {
-    const WorkFolder work = takeWorkFolder(root);
-    if (!work || !repair(root, work, calls))
-        return;
-    // "new" goes last. If this process is killed in between, what is left looks like an exchange
-    // that was undone completely, or like none.
-    for (const auto* name :
-         {"previous", "added", "discarded", "copying", "unpacking", "old", "new"}) {
-        removeTree(work.folder.get(), name);
-        calls.step();
+TreeStart::TreeStart(std::filesystem::path root, ExchangeCalls calls) noexcept
+    : root(std::move(root)), calls(std::move(calls)) {
+    try {
+        look();
+    } catch (const std::exception&) {
+        // An update that could not be put in place waits for the next start.
     }
-    removeTree(work.parent.get(), workFolderName(root));
+}
+
+void TreeStart::look() {
+    const auto work = WorkFolder::take(root);
+    if (!work)
+        return;
+    switch (work->state()) {
+    case TreeState::settled:
+        return;
+    case TreeState::cutOff: {
+        const bool wasOnTrial = work->has(WorkFolder::starting);
+        if (work->endCutOff(calls) && wasOnTrial)
+            replaced = Replacement::byTreeBefore;
+        return;
+    }
+    case TreeState::staged:
+        // A file of the user's own in the tree is never lost.
+        if (foreignFile(root))
+            return;
+        work->install(calls);
+        replaced = Replacement::byUpdate;
+        return;
+    case TreeState::onTrial:
+        beginTrial(*work);
+        return;
+    case TreeState::takenBack:
+        failed = work->update();
+        return;
+    }
+}
+
+void TreeStart::beginTrial(const WorkFolder& work) {
+    const auto open = [&](int flags) {
+        return posix::FileDescriptor(::openat(work.descriptor(), WorkFolder::starting,
+                                              O_RDWR | O_NOFOLLOW | O_CLOEXEC | flags, 0600));
+    };
+    trial = open(O_CREAT | O_EXCL);
+    const bool isFirst = static_cast<bool>(trial);
+    if (!isFirst)
+        trial = open(0);
+    if (::flock(trial.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        trial = posix::FileDescriptor(); // another process is on trial
+        return;
+    }
+    if (isFirst) {
+        ::unlinkat(work.descriptor(), WorkFolder::setAside, 0);
+        ::fsync(work.descriptor());
+    } else if (work.takeTreeBack(calls)) {
+        replaced = Replacement::byTreeBefore;
+    }
+}
+
+void TreeStart::confirm() noexcept {
+    clearWorkFolder(root, StagedUpdate::keep, calls);
+    trial = posix::FileDescriptor();
+}
+
+void TreeStart::setAside() noexcept {
+    if (!trial)
+        return;
+    if (const auto work = WorkFolder::take(root))
+        ::renameat(work->descriptor(), WorkFolder::starting, work->descriptor(),
+                   WorkFolder::setAside);
+    trial = posix::FileDescriptor();
+}
+
+void clearWorkFolder(const std::filesystem::path& root, StagedUpdate staged,
+                     const ExchangeCalls& calls) noexcept {
+    const auto work = WorkFolder::take(root);
+    if (!work)
+        return;
+    const TreeState state = work->state();
+    const bool isKept = state == TreeState::staged && staged == StagedUpdate::keep;
+    if (!isKept && (state != TreeState::cutOff || work->endCutOff(calls)))
+        work->remove(calls);
 }
 
 } // namespace kelo::updater

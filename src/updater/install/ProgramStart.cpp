@@ -1,6 +1,6 @@
 #include "updater/install/ProgramStart.h"
 
-#include "posix/FileDescriptor.h"
+#include "updater/install/StartWatch.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,7 +25,6 @@ namespace kelo::updater {
 namespace {
 
 constexpr int patienceMilliseconds = 5 * 60 * 1000;
-constexpr int lastStandardStream = 2;
 
 /// A descriptor that becomes readable when the process has closed everything it had open. None
 /// where the system does not support it (an old kernel, a strict sandbox).
@@ -98,24 +97,69 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
     return list;
 }
 
+/// What the process is to run that is made for the time after this one. Everything in it is ready,
+/// because nothing may be allocated there.
+struct Successor {
+    int ended = -1;   ///< readable once this process has ended
+    int watcher = -1; ///< runs the watcher with its words; -1: only starts the program
+    std::vector<std::string> watcherWords;
+    std::vector<std::string> programWords; ///< empty: the program runs already
+    std::vector<std::string> environment;
+};
+
 /// Runs in the waiting process. Makes only calls that are allowed after fork() in a process with
 /// threads; in particular it allocates no memory.
-[[noreturn]] void waitAndStart(int ended, char* const* words, char* const* environment) {
+[[noreturn]] void succeed(int ended, int watcher, char* const* watcherWords,
+                          char* const* programWords, char* const* environment) {
+    constexpr int own = endedDescriptor;
+    constexpr int beyond = own + 2;
     // Inherited descriptors would keep the connections of the ended process open.
-    const int own = lastStandardStream + 1;
+    const int moved = watcher < 0 ? -1 : ::fcntl(watcher, F_DUPFD_CLOEXEC, beyond);
     if (ended != own && ::dup2(ended, own) < 0)
         ::_exit(1);
-    ::close_range(own + 1, UINT_MAX, 0);
+    if (ended == own)
+        ::fcntl(own, F_SETFD, 0);
+    const int program = moved < 0 ? -1 : ::dup3(moved, own + 1, O_CLOEXEC);
+    ::close_range(program < 0 ? own + 1 : beyond, UINT_MAX, 0);
     ::setsid();
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    if (program >= 0)
+        ::execveat(program, "", watcherWords, environment, AT_EMPTY_PATH);
     pollfd end{own, POLLIN, 0};
-    if (::poll(&end, 1, patienceMilliseconds) <= 0)
+    if (!programWords || ::poll(&end, 1, patienceMilliseconds) <= 0)
         ::_exit(1);
     ::close(own);
-    ::execve(words[0], words, environment);
+    ::execve(programWords[0], programWords, environment);
     ::_exit(127);
+}
+
+bool launch(Successor successor) {
+    const auto watcherWords = pointers(successor.watcherWords);
+    const auto programWords = pointers(successor.programWords);
+    const auto variables = pointers(successor.environment);
+    const pid_t between = ::fork();
+    if (between < 0)
+        return false;
+    if (between == 0) {
+        // A second fork, so that the waiting process is not our child and nobody has to wait for
+        // it.
+        const pid_t waiting = ::fork();
+        if (waiting == 0)
+            succeed(successor.ended, successor.watcher, watcherWords.data(),
+                    successor.programWords.empty() ? nullptr : programWords.data(),
+                    variables.data());
+        ::_exit(waiting < 0 ? 1 : 0);
+    }
+    return succeeded(between);
+}
+
+std::vector<std::string> ownEnvironment() {
+    std::vector<std::string> settings;
+    for (char** setting = environ; *setting; ++setting)
+        settings.emplace_back(*setting);
+    return settings;
 }
 
 } // namespace
@@ -148,24 +192,37 @@ bool relaunchAfterThisProcess(const std::filesystem::path& program,
                               const std::vector<std::string>& environment) {
     // Static, because the waiting process watches for these descriptors to be closed.
     static EndOfThisProcess end;
-    if (!end.readable)
+    return end.readable && launch({end.readable.get(), -1, {}, {program.string()}, environment});
+}
+
+posix::FileDescriptor openStartWatcher(const std::filesystem::path& root) {
+    return posix::FileDescriptor(::open((root / startWatcherPath).c_str(), O_PATH | O_CLOEXEC));
+}
+
+bool relaunchWatched(const posix::FileDescriptor& watcher, const std::filesystem::path& root,
+                     const std::vector<std::string>& environment) {
+    static EndOfThisProcess end;
+    const std::string program = root / "bin" / "kelo";
+    return end.readable && launch({end.readable.get(),
+                                   watcher.get(),
+                                   {startWatcherPath, "relaunch", root.string(), program},
+                                   {program},
+                                   environment});
+}
+
+bool watchThisProcess(const posix::FileDescriptor& watcher, const std::filesystem::path& root,
+                      const std::vector<std::string>& words) {
+    // Only a handle of the process outlives the change of its program; a pipe does not.
+    const posix::FileDescriptor self = processHandle(::getpid());
+    if (!self || !watcher)
         return false;
-    std::vector<std::string> words{program.string()};
-    std::vector<std::string> variables = environment;
-    const auto wordList = pointers(words);
-    const auto variableList = pointers(variables);
-    const pid_t between = ::fork();
-    if (between < 0)
-        return false;
-    if (between == 0) {
-        // A second fork, so that the waiting process is not our child and nobody has to wait for
-        // it.
-        const pid_t waiting = ::fork();
-        if (waiting == 0)
-            waitAndStart(end.readable.get(), wordList.data(), variableList.data());
-        ::_exit(waiting < 0 ? 1 : 0);
-    }
-    return succeeded(between);
+    Successor successor{self.get(),
+                        watcher.get(),
+                        {startWatcherPath, "watch", root.string()},
+                        {},
+                        ownEnvironment()};
+    successor.watcherWords.insert(successor.watcherWords.end(), words.begin(), words.end());
+    return launch(std::move(successor));
 }
 
 } // namespace kelo::updater

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "posix/FileDescriptor.h"
+
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -24,5 +26,20 @@ bool opensFile(const std::string& program, const std::string& argument,
 /// system refuses.
 bool relaunchAfterThisProcess(const std::filesystem::path& program,
                               const std::vector<std::string>& environment);
+
+/// The program that watches an update's first start (StartWatch.h), open, so that it can be run
+/// wherever an exchange has moved it. None if the tree has none.
+posix::FileDescriptor openStartWatcher(const std::filesystem::path& root);
+
+/// The same as relaunchAfterThisProcess() for the tree's program, with its start being watched.
+/// Without a watcher (none) it is only started.
+bool relaunchWatched(const posix::FileDescriptor& watcher, const std::filesystem::path& root,
+                     const std::vector<std::string>& environment);
+
+/// Has the watcher watch this process, which is about to run the tree's program in its own place.
+/// words: its arguments, the program's name included; the tree before is started with the same ones
+/// if need be. False if the system refuses.
+bool watchThisProcess(const posix::FileDescriptor& watcher, const std::filesystem::path& root,
+                      const std::vector<std::string>& words);
 
 } // namespace kelo::updater

@@ -103,9 +103,11 @@ Task<void> SystemInstaller::installAndRelaunch() {
 Task<void> SystemInstaller::exchangeAndRelaunch() {
     if (!tree)
         throw unfitArchive("nothing was prepared");
+    // Opened now: it is the present tree's, which the exchange moves away.
+    const posix::FileDescriptor watcher = openStartWatcher(copy.root);
     const auto install = [installing = tree] { installing->install(); };
     co_await onWorker(worker, install);
-    if (!relaunchAfterThisProcess(tree->program(), host.environment()))
+    if (!relaunchWatched(watcher, copy.root, host.environment()))
         throw UpdateError(
             UpdateErrorKind::installing,
             translated("The update is in place. Quit Kelo and start it again to use it."),

@@ -219,9 +219,11 @@ bool takeBack(const std::filesystem::path& root, int parent, int work, const Exc
     const posix::FileDescriptor previous = openFolder(work, "previous");
     if (!tree || !previous)
         return false;
-    const bool pieces = takeBackPieces(tree.get(), work, previous.get(), calls);
+    // The program first, because it can go on here if this process is killed; the other one may not
+    // even start.
     const bool programs = takeBackPrograms(tree.get(), work, previous.get(), calls);
-    return pieces && programs && ::fsync(tree.get()) == 0;
+    const bool pieces = takeBackPieces(tree.get(), work, previous.get(), calls);
+    return programs && pieces && ::fsync(tree.get()) == 0;
 }
 
 } // namespace kelo::updater

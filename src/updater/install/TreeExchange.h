@@ -24,7 +24,7 @@ struct ExchangeCalls {
 ///
 ///   unpacking/   an archive that is being unpacked
 ///   new/         the staged tree; for a moment after the exchange, the old one
-///   old/         the old tree, until the new program has started
+///   old/         the old tree, until a start of the new program was confirmed
 ///   previous/    pieces of the old tree, if the trees cannot be exchanged atomically
 ///   added/       folders named after the pieces that the old tree did not have
 ///   discarded/   pieces of the new tree that were removed again
@@ -40,8 +40,9 @@ void exchangeTrees(const std::filesystem::path& root, int parent, int work,
 /// Whether a process ended during an exchange piece by piece.
 bool exchangeWasInterrupted(int work);
 
-/// Moves the old tree's pieces back. May be interrupted and called again. False if something could
-/// not be moved back.
+/// Moves the old tree's pieces back, its program first, after an exchange piece by piece that was
+/// interrupted or complete. May be interrupted and called again. False if something could not be
+/// moved back.
 bool takeBack(const std::filesystem::path& root, int parent, int work, const ExchangeCalls& calls);
 
 } // namespace kelo::updater

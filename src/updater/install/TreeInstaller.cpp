@@ -1,14 +1,13 @@
 #include "updater/install/TreeInstaller.h"
 
 #include "base/Translation.h"
-#include "bundle/InformationFile.h"
-#include "bundle/ProgramPlace.h"
 #include "updater/appcast/Version.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/InstallFiles.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/InstalledCopy.h"
 #include "updater/install/ProgramStart.h"
+#include "updater/install/WorkFolder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -34,9 +33,7 @@ void takeOverPermissions(int from, int to) {
 TreeInstaller::TreeInstaller(std::filesystem::path root, ExchangeCalls calls, ArchiveLimits limits)
     : root(std::move(root)), calls(std::move(calls)), limits(limits) {}
 
-TreeInstaller::~TreeInstaller() {
-    discard();
-}
+TreeInstaller::~TreeInstaller() = default;
 
 void TreeInstaller::stage(int archive, const std::string& version) {
     if (installed)
@@ -46,7 +43,7 @@ void TreeInstaller::stage(int archive, const std::string& version) {
     discard();
     openPlace();
     makeWorkFolder();
-    staged = true;
+    begun = true;
     try {
         calls.step();
         const posix::FileDescriptor unpacking = makeFolder(work.get(), "unpacking");
@@ -59,8 +56,7 @@ void TreeInstaller::stage(int archive, const std::string& version) {
         calls.step();
         checkStaged(version);
         takeOverPermissions(tree.get(), openFolder(work.get(), "new").get());
-        if (::fsync(work.get()) != 0 || ::fsync(parent.get()) != 0)
-            throw installFailure(errno, root, "fsync");
+        noteStaged();
         calls.step();
     } catch (...) {
         discard();
@@ -69,12 +65,12 @@ void TreeInstaller::stage(int archive, const std::string& version) {
 }
 
 void TreeInstaller::install() {
-    if (!staged)
+    if (!begun)
         throw unfitArchive("nothing is staged");
     checkUnchanged();
     exchangeTrees(root, parent.get(), work.get(), calls);
-    // The work folder now contains the old tree, which the next start removes.
-    staged = false;
+    // The work folder now contains the old tree, which a confirmed start of the new one removes.
+    begun = false;
     installed = true;
 }
 
@@ -90,7 +86,7 @@ void TreeInstaller::openPlace() {
 
 void TreeInstaller::makeWorkFolder() {
     const std::string name = workFolderName(root);
-    confirmInstalledTree(root);
+    clearWorkFolder(root, StagedUpdate::remove);
     if (::mkdirat(parent.get(), name.c_str(), 0700) != 0) {
         if (errno != EEXIST)
             throw installFailure(errno, root, "mkdir " + name);
@@ -108,18 +104,21 @@ void TreeInstaller::makeWorkFolder() {
 
 void TreeInstaller::checkStaged(const std::string& version) const {
     const auto place = root.parent_path() / workFolderName(root) / "new";
-    const auto information = bundle::readInformationFile(bundle::informationPath(place));
-    const auto found =
-        information ? platform::informationValue<std::string>(*information, "CFBundleVersion")
-                    : std::nullopt;
-    if (!found || compareVersions(*found, version) != 0)
-        throw unfitArchive("it says that it is version " + found.value_or("nothing") + ", not " +
-                           version);
+    const auto found = versionOf(place);
+    if (!found || compareVersions(found->version, version) != 0)
+        throw unfitArchive("it says that it is version " + (found ? found->version : "nothing") +
+                           ", not " + version);
     if (!printsHelp(place / "bin" / "kelo", probeDeadline))
         throw UpdateError(
             UpdateErrorKind::installing,
             translated("The new version does not start on this computer, so yours stays. It may "
                        "need a newer system; ask its publisher."));
+}
+
+void TreeInstaller::noteStaged() {
+    const auto update = versionOf(root.parent_path() / workFolderName(root) / "new");
+    if (::fsync(parent.get()) != 0 || !update || !markStaged(work.get(), *update))
+        throw installFailure(errno, root, "note what is staged");
 }
 
 void TreeInstaller::checkUnchanged() const {
@@ -133,9 +132,9 @@ void TreeInstaller::checkUnchanged() const {
 }
 
 void TreeInstaller::discard() noexcept {
-    if (staged && work)
+    if (begun && work)
         removeTree(parent.get(), workFolderName(root));
-    staged = false;
+    begun = false;
     work = posix::FileDescriptor();
 }
 

@@ -14,13 +14,14 @@ namespace kelo::updater {
 /// the installed tree unchanged. Any thread, but one call at a time.
 ///
 /// If this process is killed at any moment, the installed program still starts: see
-/// exchangeTrees(). Its next start removes what is left beside the tree (InstallRecovery.h).
+/// exchangeTrees(). Its next start repairs what is left beside the tree, and takes a staged update
+/// over (InstallRecovery.h).
 class TreeInstaller {
 public:
     /// The root is the folder above the running program's bin.
     explicit TreeInstaller(std::filesystem::path root, ExchangeCalls calls = {},
                            ArchiveLimits limits = {});
-    /// Removes a staged tree that was not installed.
+    /// A staged tree stays, for the next start.
     ~TreeInstaller();
     TreeInstaller(const TreeInstaller&) = delete;
     TreeInstaller& operator=(const TreeInstaller&) = delete;
@@ -30,7 +31,8 @@ public:
     /// been installed.
     void stage(int archive, const std::string& version);
 
-    /// Installs the staged tree. The old one is kept until the new program has started.
+    /// Installs the staged tree. The old one is kept until a start of the new program was
+    /// confirmed.
     void install();
 
     /// The program of the installed tree.
@@ -43,6 +45,7 @@ private:
     void openPlace();
     void makeWorkFolder();
     void checkStaged(const std::string& version) const;
+    void noteStaged();
     void checkUnchanged() const;
     void discard() noexcept;
 
@@ -52,7 +55,7 @@ private:
     posix::FileDescriptor parent;
     posix::FileDescriptor tree; ///< the installed tree at the time of staging
     posix::FileDescriptor work; ///< locked, so that other processes do not use it
-    bool staged = false;
+    bool begun = false;         ///< staging; true also when that is complete
     bool installed = false;
 };
 

@@ -75,10 +75,14 @@ protected:
         installer.install();
     }
 
-    /// Does what a start of the program does.
+    /// Does what a start of the program does, in each program that takes the place of the one
+    /// before, until one stays and is confirmed.
     void start(const std::function<void()>& step) const {
-        updater::repairInstalledTree(root, callsFor(GetParam(), step));
-        updater::confirmInstalledTree(root, callsFor(GetParam(), step));
+        while (true) {
+            updater::TreeStart start(root, callsFor(GetParam(), step));
+            if (start.replacement() == updater::TreeStart::Replacement::none)
+                return start.confirm();
+        }
     }
 
     std::string expectAProgramThatStarts() const {
@@ -107,17 +111,22 @@ protected:
 TEST_P(KilledInstall, LeavesAProgramThatStartsWhereverItWasKilled) {
     bool ended = false;
     int kills = 0;
+    int takeOvers = 0;
     for (int number = 0; !ended; ++number) {
         installAfresh();
         ended = runsToTheEnd([&] { install(killedAt(number)); });
         const std::string version = expectAProgramThatStarts();
         EXPECT_TRUE(!ended || version == "1.1\n");
+        const bool staged = version == "1.0\n" && fs::exists(home / ".Kelo.kelo-update/update") &&
+                            !fs::exists(home / ".Kelo.kelo-update/previous");
         start([] {});
-        EXPECT_EQ(expectAProgramThatStarts(), version);
-        expectWhole(version);
+        EXPECT_EQ(expectAProgramThatStarts(), staged ? "1.1\n" : version);
+        expectWhole(expectAProgramThatStarts());
         ASSERT_FALSE(HasFailure()) << "killed at step " << number;
         kills += ended ? 0 : 1;
+        takeOvers += staged ? 1 : 0;
     }
+    EXPECT_GE(takeOvers, 1);
     EXPECT_GE(kills, GetParam() == FileSystem::exchanges ? 6 : 20);
 }
 
@@ -128,12 +137,10 @@ TEST_P(KilledInstall, IsClearedUpHoweverOftenTheStartIsKilledToo) {
         for (int startNumber = 0; !started; ++startNumber) {
             installAfresh();
             ended = runsToTheEnd([&] { install(killedAt(number)); });
-            const std::string version = expectAProgramThatStarts();
             started = runsToTheEnd([&] { start(killedAt(startNumber)); });
-            EXPECT_EQ(expectAProgramThatStarts(), version);
+            expectAProgramThatStarts();
             start([] {});
-            EXPECT_EQ(expectAProgramThatStarts(), version);
-            expectWhole(version);
+            expectWhole(expectAProgramThatStarts());
             ASSERT_FALSE(HasFailure()) << "killed at " << number << ", then at " << startNumber;
         }
     }
@@ -158,6 +165,67 @@ TEST_P(KilledInstall, AStartBesideALivingInstallerTouchesNothing) {
     ASSERT_TRUE(runsToTheEnd([&] { start([] {}); }));
     installer.install();
     EXPECT_EQ(expectAProgramThatStarts(), "1.1\n");
+}
+
+TEST_P(KilledInstall, IsTakenBackByTheSecondStartThatWasNotConfirmed) {
+    installAfresh();
+    install([] {});
+    ASSERT_TRUE(runsToTheEnd([&] {
+        EXPECT_EQ(updater::TreeStart(root, callsFor(GetParam(), [] {})).replacement(),
+                  updater::TreeStart::Replacement::none);
+    }));
+    const updater::TreeStart second(root, callsFor(GetParam(), [] {}));
+    EXPECT_EQ(second.replacement(), updater::TreeStart::Replacement::byTreeBefore);
+    EXPECT_EQ(contentsOf(root), versions.at("1.0\n"));
+    updater::TreeStart old(root, callsFor(GetParam(), [] {}));
+    EXPECT_EQ(old.replacement(), updater::TreeStart::Replacement::none);
+    ASSERT_TRUE(old.failedUpdate());
+    EXPECT_EQ(old.failedUpdate()->shownVersion, "1.1");
+    old.confirm();
+    expectWhole("1.0\n");
+}
+
+TEST_P(KilledInstall, IsTakenBackWholeHoweverOftenThatIsKilledToo) {
+    bool ended = false;
+    int kills = 0;
+    for (int number = 0; !ended; ++number) {
+        installAfresh();
+        install([] {});
+        ASSERT_TRUE(runsToTheEnd([&] { updater::TreeStart(root, callsFor(GetParam(), [] {})); }));
+        ended =
+            runsToTheEnd([&] { updater::TreeStart(root, callsFor(GetParam(), killedAt(number))); });
+        expectAProgramThatStarts();
+        start([] {});
+        expectWhole("1.0\n");
+        ASSERT_FALSE(HasFailure()) << "killed at step " << number;
+        kills += ended ? 0 : 1;
+    }
+    EXPECT_GE(kills, GetParam() == FileSystem::exchanges ? 3 : 10);
+}
+
+TEST_P(KilledInstall, AStartBesideTheOneOnTrialTouchesNothing) {
+    installAfresh();
+    install([] {});
+    updater::TreeStart first(root, callsFor(GetParam(), [] {}));
+    ASSERT_TRUE(runsToTheEnd([&] {
+        const updater::TreeStart second(root, callsFor(GetParam(), [] {}));
+        EXPECT_EQ(second.replacement(), updater::TreeStart::Replacement::none);
+    }));
+    EXPECT_EQ(expectAProgramThatStarts(), "1.1\n");
+    first.confirm();
+    expectWhole("1.1\n");
+}
+
+TEST_P(KilledInstall, AStartThatWasSetAsideDoesNotCount) {
+    installAfresh();
+    install([] {});
+    for (int time = 0; time < 3; ++time) {
+        updater::TreeStart help(root, callsFor(GetParam(), [] {}));
+        EXPECT_EQ(help.replacement(), updater::TreeStart::Replacement::none);
+        help.setAside();
+    }
+    start([] {});
+    expectWhole("1.1\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(OnDisk, KilledInstall,

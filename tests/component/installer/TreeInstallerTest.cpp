@@ -2,6 +2,7 @@
 #include "component/installer/PrivateMount.h"
 #include "component/installer/Trees.h"
 #include "updater/error/UpdateError.h"
+#include "updater/install/InstallRecovery.h"
 
 #include <gmock/gmock.h>
 
@@ -77,12 +78,44 @@ TEST_F(TreeInstallerTest, StagingTouchesNothingOfTheInstalledTree) {
     EXPECT_EQ(outputOf(installer.program()), "1.1\n");
 }
 
-TEST_F(TreeInstallerTest, WhatWasStagedAndNeverInstalledIsRemoved) {
+TEST_F(TreeInstallerTest, WhatWasStagedTakesTheTreesPlaceAtTheNextStart) {
+    {
+        TreeInstaller installer(root);
+        stage(installer);
+        EXPECT_EQ(updater::TreeStart(root).replacement(), updater::TreeStart::Replacement::none)
+            << "the process that staged it still runs";
+    }
+    EXPECT_EQ(contentsOf(root), first);
+    EXPECT_EQ(updater::TreeStart(root).replacement(), updater::TreeStart::Replacement::byUpdate);
+    EXPECT_EQ(contentsOf(root), contentsOf(folder / "1.1"));
+}
+
+TEST_F(TreeInstallerTest, WhatWasStagedWaitsWhileAFileOfTheUserIsInTheTree) {
     {
         TreeInstaller installer(root);
         stage(installer);
     }
-    expectNothingHappened();
+    writeFile(root / "notes.txt", "mine");
+    updater::TreeStart start(root);
+    EXPECT_EQ(start.replacement(), updater::TreeStart::Replacement::none);
+    start.confirm();
+    EXPECT_EQ(readFile(root / "notes.txt"), "mine");
+    fs::remove(root / "notes.txt");
+    EXPECT_EQ(updater::TreeStart(root).replacement(), updater::TreeStart::Replacement::byUpdate);
+}
+
+TEST_F(TreeInstallerTest, WhatWasStagedNeverTakesThePlaceOfANewerTree) {
+    {
+        TreeInstaller installer(root);
+        stage(installer);
+    }
+    fs::remove_all(root);
+    writeTree(root, "1.2");
+    updater::TreeStart start(root);
+    EXPECT_EQ(start.replacement(), updater::TreeStart::Replacement::none);
+    start.confirm();
+    EXPECT_EQ(outputOf(root / "bin/kelo"), "1.2\n");
+    EXPECT_FALSE(fs::exists(home / ".Kelo.kelo-update"));
 }
 
 TEST_F(TreeInstallerTest, StagingAgainTakesThePlaceOfWhatWasStaged) {
@@ -217,7 +250,7 @@ TEST_F(TreeInstallerTest, AFailedExchangeLeavesEverythingAndSaysWhatToDo) {
         stage(installer);
         EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("Move that folder"));
     }
-    expectNothingHappened();
+    EXPECT_EQ(contentsOf(root), first);
 }
 
 TEST_F(TreeInstallerTest, AFullDiskIsSaidPlainlyAndNothingIsLost) {

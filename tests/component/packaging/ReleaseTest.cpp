@@ -110,7 +110,7 @@ TEST_F(Release, GoesFromAKeyToAnInstalledUpdate) {
                   *bundle::readInformationFile(installed / "share/kelo/Info.plist"),
                   "CFBundleShortVersionString"),
               "1.1");
-    updater::confirmInstalledTree(installed);
+    updater::TreeStart(installed).confirm();
     EXPECT_EQ(contentsOf(home), [&] {
         Contents expected;
         for (const auto& [path, content] : contentsOf(folder / "build/kelo-1.1"))

@@ -4,20 +4,31 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
-/// Replaces the installed program: starts like it, runs its loop for the given number of seconds,
-/// and prints the version from its information dictionary.
+/// Replaces the installed program: starts like it, runs its loop for the given number of seconds
+/// (none: not at all), prints the version from its information dictionary and the update that was
+/// taken back, and ends as the second argument says: "crash", or in order.
 int main(int count, char** words) {
     using namespace kelo;
-    startup::prepareProcess();
+    startup::ProcessStart start({words, words + count});
     fakes::FakeMainLoop loop;
     const MainLoop::Installation installation(loop);
-    startup::removeFormerVersionLater();
-    loop.advance(std::chrono::seconds(count > 1 ? std::atoi(words[1]) : 0));
-    loop.runUntilIdle();
+    start.confirmLater();
+    if (count > 1) {
+        loop.runUntilIdle();
+        loop.advance(std::chrono::seconds(std::atoi(words[1])));
+        loop.runUntilIdle();
+    }
     const auto information = bundle::InstalledBundle().infoDictionary();
     if (!information)
         return 1;
-    std::cout << std::get<std::string>(information->at("CFBundleVersion")) << std::endl;
+    std::cout << std::get<std::string>(information->at("CFBundleVersion"));
+    if (const auto failed = start.failedUpdate())
+        std::cout << " instead of " << failed->shownVersion;
+    std::cout << std::endl;
+    if (count > 2 && std::string_view(words[2]) == "crash")
+        std::abort();
+    start.end(0);
     return 0;
 }

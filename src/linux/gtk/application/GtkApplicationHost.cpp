@@ -117,13 +117,13 @@ void GtkApplicationHost::startUp() {
                                             : std::vector<Glib::ustring>{accelerator});
         }});
     menuBar->append(programMenu(programMenuActions()));
-    // After the window, because the user is waiting for it. The color scheme is destroyed when the
-    // run ends.
+    // After the window, which the user waits for. The color scheme is gone once the run has ended.
     MainLoop::main().post([this, running = std::weak_ptr(colorScheme)] {
         if (running.expired())
             return;
         showMenuBarExtras();
         replacementNotice = std::make_unique<ReplacementNotice>(*application, given.program);
+        given.started();
     });
     // The delegate decides whether the program exits after its last window, not the toolkit.
     application->hold();

@@ -49,6 +49,8 @@ struct HostSettings {
     /// Path of the program's file, to tell the user when another version takes its place; empty to
     /// tell nothing.
     std::string program = "";
+    /// Called once the program runs, after its first window was shown.
+    std::function<void()> started = [] {};
     /// Has the program started again once this process has ended.
     std::function<void()> relaunch = [] {};
     /// What the user has allowed the pages; null to show no window about it.
