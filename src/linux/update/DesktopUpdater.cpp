@@ -50,6 +50,14 @@ std::string packageSystem() {
     return (system == "debian" ? "deb" : system) + (number ? number.get() : name.get());
 }
 
+/// The processor's name as packages of this system have it.
+std::string packageArchitecture() {
+    const std::string machine = thisSystem().architecture;
+    if (machine == "x86_64")
+        return "amd64";
+    return machine == "aarch64" ? "arm64" : machine;
+}
+
 /// Whether it is one of the variables that this program set for itself.
 bool isOurs(const std::string& setting) {
     const auto variables = startup::ownVariables();
@@ -81,8 +89,9 @@ authorityFor(const updater::UpdaterSettings& settings) {
 struct Services {
     Services(const updater::UpdaterSettings& settings, std::function<void()> terminate)
         : transport(authorityFor(settings)),
-          installer(updater::findInstalledCopy(bundle::programPath(), g_get_home_dir()), worker,
-                    {std::move(terminate), environmentAsFound, packageSystem()}) {}
+          installer(
+              updater::findInstalledCopy(bundle::programPath(), g_get_home_dir()), worker,
+              {std::move(terminate), environmentAsFound, packageSystem(), packageArchitecture()}) {}
 
     posix::SystemClock clock;
     SoupTransport transport;

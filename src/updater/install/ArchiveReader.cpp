@@ -1,6 +1,7 @@
 #include "updater/install/ArchiveReader.h"
 
 #include "updater/install/ArchivePath.h"
+#include "updater/install/ArchiveSource.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/InstallFiles.h"
 
@@ -10,9 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -20,45 +19,13 @@ namespace kelo::updater {
 
 namespace {
 
-struct ArchiveDeleter {
-    void operator()(archive* reader) const { archive_read_free(reader); }
-};
-using ArchivePointer = std::unique_ptr<archive, ArchiveDeleter>;
-
-/// Reads with pread(2), so that the descriptor's own offset stays unchanged.
-struct Source {
-    int file;
-    off_t offset = 0;
-    std::array<char, 65536> buffer{};
-
-    static la_ssize_t read(archive* reader, void* data, const void** bytes) {
-        auto& source = *static_cast<Source*>(data);
-        ssize_t count = 0;
-        do
-            count = ::pread(source.file, source.buffer.data(), source.buffer.size(), source.offset);
-        while (count < 0 && errno == EINTR);
-        if (count < 0) {
-            archive_set_error(reader, errno, "cannot be read");
-            return ARCHIVE_FATAL;
-        }
-        source.offset += count;
-        *bytes = source.buffer.data();
-        return count;
-    }
-};
-
 class Unpacking {
 public:
     Unpacking(int file, int folder, const ArchiveLimits& limits)
-        : source{file}, folder(folder), limits(limits), reader(archive_read_new()) {
-        archive_read_support_format_tar(reader.get());
-        archive_read_support_filter_zstd(reader.get());
-        archive_read_support_filter_xz(reader.get());
-        archive_read_support_filter_gzip(reader.get());
-    }
+        : source{file}, folder(folder), limits(limits), reader(makeTarReader()) {}
 
     std::string run() {
-        check(archive_read_open(reader.get(), &source, nullptr, &Source::read, nullptr));
+        check(archive_read_open(reader.get(), &source, nullptr, &ArchiveSource::read, nullptr));
         archive_entry* entry = nullptr;
         while (true) {
             const int status = archive_read_next_header(reader.get(), &entry);
@@ -216,7 +183,7 @@ private:
             failOf(link.path.back());
     }
 
-    Source source;
+    ArchiveSource source;
     int folder;
     ArchiveLimits limits;
     ArchivePointer reader;

@@ -1,7 +1,9 @@
 #include "updater/install/SystemInstaller.h"
 
 #include "base/Translation.h"
+#include "updater/appcast/Version.h"
 #include "updater/archive/Download.h"
+#include "updater/install/DebianPackage.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/ProgramStart.h"
 #include "updater/install/TreeInstaller.h"
@@ -20,6 +22,7 @@ namespace kelo::updater {
 namespace {
 
 constexpr std::chrono::seconds openerDeadline{10};
+constexpr const char* packageName = "kelo";
 
 bool isTreeArchive(std::string_view fileName) {
     constexpr std::array<std::string_view, 4> endings{".tar.zst", ".tar.xz", ".tar.gz", ".tgz"};
@@ -58,6 +61,21 @@ bool isVerifiedFile(const VerifiedArchive& archive) {
            verified.st_ino == named.st_ino;
 }
 
+// The signature does not cover what the feed says of the package, so an old one could be announced
+// as a new one.
+void checkPackage(const VerifiedArchive& archive, const std::string& architecture) {
+    const DebianPackage found = readDebianPackage(archive.descriptor());
+    if (found.name == packageName && found.architecture == architecture &&
+        compareVersions(found.version, archive.item().version) == 0)
+        return;
+    throw UpdateError(
+        UpdateErrorKind::installing,
+        translated("The package is not the one that was announced, so it was not opened. Tell its "
+                   "publisher; your version keeps working."),
+        "it is " + found.name + " " + found.version + " for " + found.architecture + ", not " +
+            packageName + " " + archive.item().version + " for " + architecture);
+}
+
 } // namespace
 
 SystemInstaller::SystemInstaller(InstalledCopy copy, Worker& worker, InstallerHost host)
@@ -77,9 +95,14 @@ Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
     const auto shared = std::make_shared<const VerifiedArchive>(std::move(archive));
     package.reset();
     switch (kind(shared->item())) {
-    case InstallKind::handToPackageManager:
+    case InstallKind::handToPackageManager: {
+        const auto check = [shared, architecture = host.architecture] {
+            checkPackage(*shared, architecture);
+        };
+        co_await onWorker(worker, check);
         package = shared;
         co_return;
+    }
     case InstallKind::informationalOnly:
         throw unfitArchive("this copy cannot be replaced with it");
     case InstallKind::replaceInPlace:

@@ -25,6 +25,8 @@ struct InstallerHost {
     /// The system's name as the names of packages end with it, for instance "deb13"; empty if it is
     /// unknown.
     std::string system = "";
+    /// The processor's name as packages have it: "amd64", "arm64"...
+    std::string architecture = "";
     /// Program that opens a file with the user's program for its type.
     std::string opener = "xdg-open";
 };

@@ -52,7 +52,7 @@ protected:
         writeTree(root, "1.0");
         writeTree(folder / "later", "1.1");
         packTree(folder / "later", "kelo-1.1", folder / "kelo-1.1.tar.zst");
-        writeFile(folder / "kelo-1.1.deb", "a package");
+        writePackage(folder / "kelo-1.1.deb", {});
     }
 
     std::unique_ptr<SystemInstaller> installerFor(CopyOwner owner) {
@@ -63,6 +63,7 @@ protected:
                                             "PLACE=" + folder.path().string()};
         };
         host.system = system;
+        host.architecture = "amd64";
         host.opener = opener;
         return std::make_unique<SystemInstaller>(updater::InstalledCopy{owner, root}, worker, host);
     }
@@ -177,8 +178,43 @@ TEST_F(SystemInstallerTest, OpensTheVerifiedPackageAndGoesOn) {
     EXPECT_EQ(outcomeOf(installer->prepare(verified("kelo-1.1.deb"))), "");
     EXPECT_FALSE(fs::exists(folder / "opened"));
     EXPECT_EQ(outcomeOf(installer->installAndRelaunch()), "");
-    EXPECT_EQ(readFile(folder / "opened"), "a package");
+    EXPECT_EQ(readFile(folder / "opened"), readFile(folder / "kelo-1.1.deb"));
     EXPECT_EQ(terminations, 0);
+}
+
+TEST_F(SystemInstallerTest, OpensOnlyThePackageThatWasAnnounced) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "no system for such packages";
+    writeFile(opener, "#!/bin/sh\ntouch '" + (folder / "opened").string() + "'\n", 0755);
+    const std::string second = "./usr/share/kelo/Info.plist";
+    for (const auto& [description, because] :
+         {std::pair{PackageDescription{.version = "1.0"}, "not the one that was announced"},
+          {PackageDescription{.version = "1.2"}, "not the one that was announced"},
+          {PackageDescription{.name = "kelo-tools"}, "not the one that was announced"},
+          {PackageDescription{.name = ""}, "not the one that was announced"},
+          {PackageDescription{.architecture = "arm64"}, "not the one that was announced"},
+          {PackageDescription{.more = {{.path = second, .content = information("1.0")}}},
+           "not packed correctly"}}) {
+        writePackage(folder / "kelo-1.1.deb", description);
+        const auto installer = installerFor(CopyOwner::packageManager);
+        EXPECT_THAT(outcomeOf(installer->prepare(verified("kelo-1.1.deb"))), HasSubstr(because));
+        EXPECT_NE(outcomeOf(installer->installAndRelaunch()), "");
+    }
+    EXPECT_FALSE(fs::exists(folder / "opened"));
+}
+
+TEST_F(SystemInstallerTest, OpensNothingThatIsNoPackage) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "no system for such packages";
+    const std::string whole = readFile(folder / "kelo-1.1.deb");
+    for (const std::string& content :
+         {std::string(), std::string("a package"), whole.substr(0, 100),
+          whole.substr(0, whole.size() / 2), whole.substr(0, whole.size() - 40)}) {
+        writeFile(folder / "kelo-1.1.deb", content);
+        EXPECT_THAT(
+            outcomeOf(installerFor(CopyOwner::packageManager)->prepare(verified("kelo-1.1.deb"))),
+            HasSubstr("not packed correctly"));
+    }
 }
 
 TEST_F(SystemInstallerTest, SaysWhereThePackageIsWhenNothingOpensIt) {

@@ -48,6 +48,15 @@ void writeArchive(const std::filesystem::path& archive, const std::vector<TarEnt
 void packTree(const std::filesystem::path& root, const std::string& top,
               const std::filesystem::path& archive);
 
+/// A .deb, as much of it as says what it is.
+struct PackageDescription {
+    std::string name = "kelo";
+    std::string architecture = "amd64";
+    std::string version = "1.1"; ///< in its Info.plist
+    std::vector<TarEntry> more = {};
+};
+void writePackage(const std::filesystem::path& package, const PackageDescription& description);
+
 posix::FileDescriptor openForReading(const std::filesystem::path& path);
 
 /// The output of the program without arguments; empty unless it exits with status 0.

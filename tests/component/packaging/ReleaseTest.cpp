@@ -3,6 +3,7 @@
 #include "bundle/InformationFile.h"
 #include "updater/appcast/Appcast.h"
 #include "updater/archive/Signature.h"
+#include "updater/install/DebianPackage.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/InstalledCopy.h"
 #include "updater/install/TreeInstaller.h"
@@ -140,6 +141,17 @@ TEST_F(Release, SaysTheSameOfThePackagesForSeveralSystems) {
     ASSERT_EQ(generated.status, 0) << generated.output;
     EXPECT_EQ(newestItem().enclosure->url.path(), "/get/" + name.string());
     EXPECT_EQ(newestItem().description, "Everything is new.");
+}
+
+TEST_F(Release, SaysInItsPackageWhatItIs) {
+    const auto file = openForReading(Packages::ofThisBuild().package());
+    const auto found = updater::readDebianPackage(file.get());
+    EXPECT_EQ(found.name, "kelo");
+    EXPECT_EQ(found.architecture + "\n", runCommand("dpkg --print-architecture").output);
+    EXPECT_EQ(found.version, platform::informationValue<std::string>(
+                                 *bundle::readInformationFile(Packages::ofThisBuild().tree() /
+                                                              "share/kelo/Info.plist"),
+                                 "CFBundleVersion"));
 }
 
 TEST_F(Release, KeepsTheDateAndWhatWasAddedByHand) {
