@@ -2,8 +2,12 @@
 # Sets kelo_update_settings, the lines of Info.plist for them. A file of its own so that a test can
 # run it as a script.
 
-if(NOT KELO_VERSION MATCHES "^[0-9][0-9A-Za-z.+~]*$")
-  message(FATAL_ERROR "KELO_VERSION is \"${KELO_VERSION}\": write it with digits, letters and dots, beginning with a digit, for instance 1.4.2.")
+# No more than this, because Debian's tools order anything else in another way than Kelo.
+if(NOT KELO_VERSION MATCHES "^[0-9]+(\\.[0-9]+)*([A-Za-z]+([0-9]+(\\.[0-9]+)*)?)?$")
+  message(FATAL_ERROR "KELO_VERSION is \"${KELO_VERSION}\": write it with digits and dots, for instance 1.4.2, and a pre-release with letters after them, for instance 1.5b2.")
+endif()
+if(KELO_MINIMUM_SYSTEM AND NOT KELO_MINIMUM_SYSTEM MATCHES "^[0-9]+(\\.[0-9]+)*$")
+  message(FATAL_ERROR "KELO_MINIMUM_SYSTEM is \"${KELO_MINIMUM_SYSTEM}\": write a version of the C library with digits and dots, for instance 2.36, or leave it empty.")
 endif()
 if(NOT KELO_BUILD_NUMBER MATCHES "^[0-9]+(\\.[0-9]+)*$")
   message(FATAL_ERROR "KELO_BUILD_NUMBER is \"${KELO_BUILD_NUMBER}\": write it with digits and dots, for instance 57.")
@@ -34,6 +38,9 @@ macro(kelo_switch key on)
   endif()
 endmacro()
 
+if(KELO_MINIMUM_SYSTEM)
+  kelo_setting(LSMinimumSystemVersion "<string>${KELO_MINIMUM_SYSTEM}</string>")
+endif()
 if(KELO_UPDATE_FEED)
   kelo_setting(SUFeedURL "<string>${KELO_UPDATE_FEED}</string>")
   kelo_setting(SUPublicEDKey "<string>${KELO_UPDATE_PUBLIC_KEY}</string>")

@@ -11,6 +11,12 @@ set(KELO_UPDATE_ALLOWS_AUTOMATIC "ON" CACHE BOOL "Whether the user may have upda
 set(KELO_UPDATE_AUTOMATICALLY "OFF" CACHE BOOL "Install updates unasked from the start")
 set_property(CACHE KELO_UPDATE_AUTOMATIC_CHECKS PROPERTY STRINGS ask on off)
 
+# A program runs on the system it was built on and on newer ones. The C library stands for the system: no
+# release of a distribution goes without a new one, and it is what a program can ask for on each of them.
+execute_process(COMMAND getconf GNU_LIBC_VERSION OUTPUT_VARIABLE kelo_c_library OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+string(REGEX MATCH "[0-9]+\\.[0-9]+" kelo_c_library "${kelo_c_library}")
+set(KELO_MINIMUM_SYSTEM "${kelo_c_library}" CACHE STRING "Oldest C library that the program runs with, for instance 2.36; updates are offered to no older system")
+
 if(NOT KELO_VERSION)
   set(KELO_VERSION "${PROJECT_VERSION}")
 endif()

@@ -8,7 +8,7 @@ if(CPACK_GENERATOR STREQUAL "DEB")
 else()
   # Unpacked by a user, anywhere: nothing of it has a fixed place.
   set(kelo_components Unspecified tree)
-  set(CPACK_PRE_BUILD_SCRIPTS ${CPACK_KELO_TREE_SCRIPT})
+  set(CPACK_PRE_BUILD_SCRIPTS ${CPACK_KELO_TREE_SCRIPTS})
 endif()
 
 # One package of several components: the same build tree once for each.

@@ -4,6 +4,7 @@
 set(KELO_PACKAGE_CONTACT "The Kelo authors <authors@kelo.app>" CACHE STRING "Who answers for the packages: name and address")
 
 find_program(GZIP gzip REQUIRED)
+find_program(PATCHELF patchelf)
 
 # Configures a page or a changelog and compresses it as Debian asks: as small as it goes, and without
 # a date, so that the same text gives the same file.
@@ -28,8 +29,8 @@ endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT tree)
 
 # Of the .deb alone: a component of its own, because other packages hold what "system" has.
-kelo_compressed_text(${PROJECT_SOURCE_DIR}/data/debian/changelog.in ${kelo_texts}/changelog)
-install(FILES ${kelo_texts}/changelog.gz ${PROJECT_SOURCE_DIR}/data/debian/copyright
+kelo_compressed_text(${PROJECT_SOURCE_DIR}/data/debian/changelog.in ${kelo_texts}/changelog.Debian)
+install(FILES ${kelo_texts}/changelog.Debian.gz ${PROJECT_SOURCE_DIR}/data/debian/copyright
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelo COMPONENT debian)
 
 set(CPACK_GENERATOR "DEB;TZST")
@@ -37,7 +38,7 @@ set(CPACK_PACKAGE_NAME kelo)
 set(CPACK_PACKAGE_VENDOR "The Kelo authors")
 set(CPACK_PACKAGE_CONTACT "${KELO_PACKAGE_CONTACT}")
 set(CPACK_PACKAGE_VERSION "${KELO_VERSION}")
-set(CPACK_PACKAGE_FILE_NAME "kelo-${KELO_VERSION}")
+set(CPACK_PACKAGE_FILE_NAME "${KELO_TREE_NAME}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "web assistant in a window of its own, with passkeys")
 set(CPACK_PACKAGE_DESCRIPTION
 "Kelo keeps one web-based assistant at hand: its web application in a window
@@ -50,10 +51,11 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_THREADS 0)
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/PackageKinds.cmake)
-set(CPACK_KELO_TREE_SCRIPT ${PROJECT_SOURCE_DIR}/cmake/ListTreeFiles.cmake)
+set(CPACK_KELO_TREE_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/BringLibraries.cmake ${PROJECT_SOURCE_DIR}/cmake/ListTreeFiles.cmake)
+set(CPACK_KELO_PATCHELF ${PATCHELF})
 
 set(CPACK_DEBIAN_PACKAGE_VERSION "${KELO_PACKAGE_VERSION}")
-set(CPACK_DEBIAN_FILE_NAME "kelo-${KELO_PACKAGE_VERSION}.deb")
+set(CPACK_DEBIAN_FILE_NAME "${KELO_PACKAGE_NAME}.deb")
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

@@ -79,6 +79,7 @@ FeedItem itemFor(const fs::path& path, const Arguments& arguments, const Signing
     item.version = package.version;
     item.shortVersion = package.shortVersion.empty() ? package.version : package.shortVersion;
     item.system = package.system;
+    item.minimumSystem = package.minimumSystem;
     item.fileName = path.filename();
     item.url = downloadUrl(arguments, package, path) + item.fileName;
     item.pageUrl = arguments.pageUrl;

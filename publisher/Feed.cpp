@@ -133,6 +133,8 @@ public:
         const std::string date = contentOf(childOf(old, "pubDate"));
         add(node, nullptr, "pubDate", date.empty() ? now : date);
         const std::string oldLink = contentOf(childOf(old, "link"));
+        if (!item.minimumSystem.empty())
+            add(node, appcast, "minimumSystemVersion", item.minimumSystem);
         if (!item.pageUrl.empty() || !oldLink.empty())
             add(node, nullptr, "link", item.pageUrl.empty() ? oldLink : item.pageUrl);
         if (item.notes)
@@ -140,7 +142,9 @@ public:
         else if (xmlNode* const notes = childOf(old, "description"))
             copy(notes, node);
         for (xmlNode* kept = old ? old->children : nullptr; kept; kept = kept->next) {
-            if (kept->type == XML_ELEMENT_NODE && !isOurs(kept))
+            const bool isReplaced =
+                !item.minimumSystem.empty() && hasName(kept, "minimumSystemVersion");
+            if (kept->type == XML_ELEMENT_NODE && !isOurs(kept) && !isReplaced)
                 copy(kept, node);
         }
         writeEnclosure(node, item);

@@ -21,6 +21,7 @@ struct FeedItem {
     std::string version;
     std::string shortVersion;
     std::string system;
+    std::string minimumSystem; ///< version of the C library; may be empty
     std::string fileName;
     std::string url;
     std::string pageUrl; ///< may be empty
@@ -31,8 +32,8 @@ struct FeedItem {
 
 /// Writes a feed of these items, in this order. An item with the same version and file name in the
 /// old feed (empty: none) keeps its date and every element that this program does not write, such
-/// as a channel or criticalUpdate. The date of new items is now. Throws Failure if the old feed
-/// cannot be read.
+/// as a channel or criticalUpdate; also a minimumSystemVersion, if the item has none itself. The
+/// date of new items is now. Throws Failure if the old feed cannot be read.
 std::string writeFeed(const std::vector<FeedItem>& items, const std::string& oldFeed,
                       std::chrono::sys_seconds now);
 

@@ -165,8 +165,9 @@ Package readPackage(const std::filesystem::path& path) {
     const auto text = [&](std::string_view key) {
         return platform::informationValue<std::string>(*information, key).value_or("");
     };
-    Package package{text("CFBundleVersion"), text("CFBundleShortVersionString"), text("SUFeedURL"),
-                    text("SUPublicEDKey"), systemOf(*found.program)};
+    Package package{text("CFBundleVersion"),  text("CFBundleShortVersionString"),
+                    text("SUFeedURL"),        text("SUPublicEDKey"),
+                    systemOf(*found.program), text("LSMinimumSystemVersion")};
     if (package.version.empty())
         throw Failure("The Info.plist in \"" + path.string() +
                       "\" names no CFBundleVersion. Pack the release again.");

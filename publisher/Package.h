@@ -16,6 +16,8 @@ struct Package {
     /// System of the program as feeds name it: "linux-x86_64", or "linux" if the program is not an
     /// ELF file of a known processor.
     std::string system;
+    /// Oldest C library that the program runs with (LSMinimumSystemVersion); may be empty.
+    std::string minimumSystem;
 };
 
 /// Whether the extension is that of a package: .tar.zst, .tar.xz, .tar.gz or .deb.

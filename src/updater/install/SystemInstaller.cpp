@@ -45,7 +45,10 @@ bool systemTakesPackages() {
 bool isForAnotherSystem(const AppcastItem& item, const std::string& system) {
     const std::string name = fileNameOf(item.enclosure->url);
     const std::string start = "kelo-" + item.displayVersion() + "~";
-    return !system.empty() && name.starts_with(start) && name != start + system + ".deb";
+    const std::string ours = start + system;
+    // The processor may follow the system.
+    const bool isOurs = name == ours + ".deb" || name.starts_with(ours + "-");
+    return !system.empty() && name.starts_with(start) && !isOurs;
 }
 
 std::filesystem::path packagePath(const VerifiedArchive& archive) {

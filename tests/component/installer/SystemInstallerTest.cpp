@@ -124,7 +124,10 @@ TEST_F(SystemInstallerTest, HandsNoPackageOverThatIsForAnotherSystem) {
     };
     system = "deb13";
     EXPECT_TRUE(isTaken("kelo-1.1~deb13.deb"));
+    EXPECT_TRUE(isTaken("kelo-1.1~deb13-amd64.deb"));
     EXPECT_FALSE(isTaken("kelo-1.1~deb12.deb"));
+    EXPECT_FALSE(isTaken("kelo-1.1~deb12-amd64.deb"));
+    EXPECT_FALSE(isTaken("kelo-1.1~deb1-amd64.deb"));
     EXPECT_FALSE(isTaken("kelo-1.1~deb13.1.deb"));
     EXPECT_TRUE(isTaken("kelo-1.1.deb"));
     EXPECT_TRUE(isTaken("another-1.1~deb12.deb")) << "its publisher has other names";

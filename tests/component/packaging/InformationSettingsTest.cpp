@@ -39,6 +39,13 @@ TEST(InformationSettings, MayNameAFeedAndItsKey) {
     EXPECT_EQ(outcome.status, 0) << outcome.output;
 }
 
+TEST(InformationSettings, MayNameAPreRelease) {
+    for (const auto* version : {"1.4", "1.5b2", "1.5rc", "1.5rc1.2"}) {
+        const auto outcome = check(std::string("-DKELO_VERSION=") + version);
+        EXPECT_EQ(outcome.status, 0) << outcome.output;
+    }
+}
+
 TEST(InformationSettings, TakeFeedsOverHttpsOnly) {
     for (const auto* feed :
          {"http://kelo.example/appcast.xml", "file:///appcast.xml", "appcast.xml",
@@ -57,7 +64,10 @@ TEST(InformationSettings, RefuseAFeedWithoutAKeyAndAKeyThatIsNone) {
 
 TEST(InformationSettings, RefuseWhatWouldBreakTheDictionaryOrTheOrderOfVersions) {
     expectRefused("-DKELO_VERSION='1.0<'", "KELO_VERSION");
-    expectRefused("-DKELO_VERSION=v1", "KELO_VERSION");
+    for (const auto* version :
+         {"v1", "1.0~b1", "1.0-b1", "1.0+1", "1.0.b1", "1.0b.1", "1..0", "1.0b1c"})
+        expectRefused(std::string("-DKELO_VERSION=") + version, "KELO_VERSION");
+    expectRefused("-DKELO_MINIMUM_SYSTEM=deb12", "KELO_MINIMUM_SYSTEM");
     expectRefused("-DKELO_BUILD_NUMBER=5b", "KELO_BUILD_NUMBER");
     expectRefused("-DKELO_UPDATE_CHECK_INTERVAL=60", "3600");
     expectRefused("-DKELO_UPDATE_AUTOMATIC_CHECKS=maybe", "ask, on or off");

@@ -16,7 +16,7 @@ const Packages& Packages::ofThisBuild() {
     return packages;
 }
 
-Packages::Packages() : name("kelo-" KELO_PACKAGE_VERSION) {
+Packages::Packages() : name(KELO_TREE_NAME) {
     const auto made =
         runCommand("cd '" + folder.path().string() +
                    "' && '" KELO_CPACK "' --config '" KELO_BUILD_FOLDER "/CPackConfig.cmake' -B '" +
@@ -29,7 +29,7 @@ Packages::Packages() : name("kelo-" KELO_PACKAGE_VERSION) {
 }
 
 std::filesystem::path Packages::package() const {
-    return folder / ("packages/kelo-" KELO_DEBIAN_VERSION ".deb");
+    return folder / "packages/" KELO_PACKAGE_NAME ".deb";
 }
 
 std::filesystem::path Packages::archive() const {

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <gnu/libc-version.h>
 #include <sstream>
 #include <string>
 
@@ -49,7 +50,8 @@ TEST(DebianPackage, HoldsEverythingInItsPlace) {
           "./usr/libexec/kelo/kelo-verify-user\n", "./usr/share/kelo/Info.plist\n",
           "./etc/pam.d/kelo\n", "./usr/share/man/man1/kelo.1.gz\n",
           "./usr/share/man/man1/kelo-appcast.1.gz\n", "./usr/share/doc/kelo/copyright\n",
-          "./usr/share/doc/kelo/changelog.gz\n", "./usr/share/applications/app.kelo.Kelo.desktop\n",
+          "./usr/share/doc/kelo/changelog.Debian.gz\n",
+          "./usr/share/applications/app.kelo.Kelo.desktop\n",
           "./usr/share/dbus-1/services/app.kelo.Kelo.service\n",
           "./usr/share/metainfo/app.kelo.Kelo.metainfo.xml\n",
           "./usr/share/icons/hicolor/scalable/apps/app.kelo.Kelo.svg\n",
@@ -79,11 +81,19 @@ TEST(DebianPackage, SaysWhichSystemItIsFor) {
         runCommand("dpkg-deb -f " + quoted(Packages::ofThisBuild().package()) + " Version");
     const auto system =
         runCommand(". /etc/os-release && echo $ID$VERSION_ID | sed 's/^debian/deb/'");
-    EXPECT_EQ(version.output, KELO_PACKAGE_VERSION "~" + system.output);
+    EXPECT_THAT(version.output, testing::EndsWith("~" + system.output));
+    EXPECT_EQ(version.output, KELO_DEBIAN_VERSION "\n");
     const auto changelog =
         runCommand("dpkg-deb --fsys-tarfile " + quoted(Packages::ofThisBuild().package()) +
-                   " | tar -xO ./usr/share/doc/kelo/changelog.gz | zcat");
+                   " | tar -xO ./usr/share/doc/kelo/changelog.Debian.gz | zcat");
     EXPECT_THAT(changelog.output, HasSubstr("(" KELO_DEBIAN_VERSION ")"));
+}
+
+TEST(DebianPackage, SaysInItsNameWhichProcessorItIsFor) {
+    const auto package = Packages::ofThisBuild().package();
+    auto processor = runCommand("dpkg-deb -f " + quoted(package) + " Architecture").output;
+    std::erase(processor, '\n');
+    EXPECT_THAT(package.filename().string(), testing::EndsWith("-" + processor + ".deb"));
 }
 
 TEST(DebianPackage, IsStartedByItsNameFromItsPlace) {
@@ -141,8 +151,40 @@ TEST(DebianPackage, LeavesTheUsersOwnPamServiceAlone) {
 
 TEST(Tree, HasOneTopFolderAndBelongsToNobody) {
     const auto listed = runCommand("tar -tvf " + quoted(Packages::ofThisBuild().archive()) +
-                                   " --numeric-owner | grep -v ' kelo-" KELO_PACKAGE_VERSION "/'");
+                                   " --numeric-owner | grep -v ' " KELO_TREE_NAME "/'");
     EXPECT_EQ(listed.output, "");
+}
+
+// Debian 12 and 13 have them under different names.
+TEST(Tree, BringsTheLibrariesThatAreNotTheSameEverywhere) {
+    const auto& tree = Packages::ofThisBuild().tree();
+    for (const auto* program : {"kelo", "kelo-appcast"}) {
+        const auto found = runCommand("ldd " + quoted(tree / "bin" / program) +
+                                      " | grep -E '^\\s*lib(cbor|plist)'");
+        EXPECT_THAT(found.output, HasSubstr("libplist"));
+        std::istringstream lines(found.output);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_THAT(line, HasSubstr(" => " + (tree / "bin").string() + "/lib"));
+    }
+    for (const auto& entry : fs::directory_iterator(tree / "bin"))
+        if (const std::string name = entry.path().filename(); name.starts_with("lib")) {
+            EXPECT_EQ(fs::status(entry).permissions(), fs::perms(0644)) << name;
+            EXPECT_THAT(readFile(tree / "share/doc/kelo" / ("copyright-" + name)),
+                        HasSubstr("Copyright"));
+        }
+}
+
+// Its package manager sees to them.
+TEST(DebianPackage, LooksForItsLibrariesWhereTheSystemHasThem) {
+    const auto& package = Packages::ofThisBuild().package();
+    const auto listed = runCommand("dpkg-deb -c " + quoted(package));
+    EXPECT_THAT(listed.output, Not(HasSubstr("/libplist")));
+    const TreeFolder folder;
+    const auto program = quoted(folder / "kelo");
+    const auto path =
+        runCommand("dpkg-deb --fsys-tarfile " + quoted(package) + " | tar -xO ./usr/bin/kelo >" +
+                   program + " && readelf -d " + program);
+    EXPECT_THAT(path.output, AllOf(HasSubstr("NEEDED"), Not(HasSubstr("RUNPATH"))));
 }
 
 TEST(Tree, ListsExactlyItsFiles) {
@@ -162,6 +204,15 @@ TEST(Tree, IsTheUsersToReplaceWhereverItWasUnpackedInTheirHome) {
     const auto& tree = Packages::ofThisBuild().tree();
     EXPECT_EQ(updater::findInstalledCopy(tree / "bin/kelo", tree.parent_path()).owner,
               updater::CopyOwner::user);
+}
+
+// Feeds offer it to no older system.
+TEST(Tree, NamesTheSystemThatItWasBuiltOn) {
+    const auto information =
+        bundle::readInformationFile(Packages::ofThisBuild().tree() / "share/kelo/Info.plist");
+    ASSERT_TRUE(information);
+    EXPECT_EQ(platform::informationValue<std::string>(*information, "LSMinimumSystemVersion"),
+              gnu_get_libc_version());
 }
 
 TEST(Tree, NamesTheVersionThatWasBuilt) {

@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include <gnu/libc-version.h>
+
 namespace kelo::tests {
 
 namespace {
@@ -141,6 +143,7 @@ TEST_F(Release, SaysTheSameOfThePackagesForSeveralSystems) {
     ASSERT_EQ(generated.status, 0) << generated.output;
     EXPECT_EQ(newestItem().enclosure->url.path(), "/get/" + name.string());
     EXPECT_EQ(newestItem().description, "Everything is new.");
+    EXPECT_EQ(newestItem().minimumSystemVersion, gnu_get_libc_version());
 }
 
 TEST_F(Release, SaysInItsPackageWhatItIs) {

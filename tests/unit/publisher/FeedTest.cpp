@@ -53,6 +53,27 @@ TEST(Feed, IsReadBackAsItWasMeant) {
     EXPECT_EQ(appcast.items[1].version, "10");
 }
 
+TEST(Feed, NamesTheLeastSystemThatAPackageNeeds) {
+    FeedItem item = itemOf("11");
+    item.minimumSystem = "2.36";
+    const auto appcast = read(writeFeed({item, itemOf("10")}, "", now));
+    ASSERT_EQ(appcast.items.size(), 2U);
+    EXPECT_EQ(appcast.items[0].minimumSystemVersion, "2.36");
+    EXPECT_EQ(appcast.items[1].minimumSystemVersion, "");
+}
+
+TEST(Feed, TakesTheLeastSystemFromThePackageWhereThatNamesIt) {
+    FeedItem item = itemOf("11");
+    item.minimumSystem = "2.41";
+    std::string old = writeFeed({item}, "", now);
+    item.minimumSystem = "2.36";
+    const auto again = writeFeed({item}, old, now);
+    EXPECT_EQ(read(again).items.at(0).minimumSystemVersion, "2.36");
+    EXPECT_EQ(again.find("minimumSystemVersion"), again.rfind("<sparkle:minimumSystemVersion") + 9);
+    item.minimumSystem = "";
+    EXPECT_EQ(read(writeFeed({item}, old, now)).items.at(0).minimumSystemVersion, "2.41");
+}
+
 TEST(Feed, KeepsDateLinkNotesAndHandWrittenElementsOfAnItem) {
     FeedItem first = itemOf("10");
     first.pageUrl = "https://kelo.example/page";

@@ -45,6 +45,16 @@ TEST(Package, TellsItsVersionAndItsProcessor) {
     }
 }
 
+TEST(Package, TellsTheLeastSystemThatItNeeds) {
+    const TreeFolder folder;
+    std::string plist = information("1.1");
+    plist.insert(plist.find("</dict>"), "<key>LSMinimumSystemVersion</key><string>2.36</string>");
+    tests::writeArchive(folder / "kelo.tar.zst",
+                        {{.path = "kelo-1.1/bin/kelo", .content = programFor('\x3e')},
+                         {.path = "kelo-1.1/share/kelo/Info.plist", .content = plist}});
+    EXPECT_EQ(readPackage(folder / "kelo.tar.zst").minimumSystem, "2.36");
+}
+
 TEST(Package, IsToldByItsName) {
     EXPECT_TRUE(isPackageName("folder/kelo-1.1.tar.zst"));
     EXPECT_TRUE(isPackageName("kelo-1.1.deb"));
