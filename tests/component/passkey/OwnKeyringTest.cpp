@@ -153,6 +153,13 @@ TEST_F(OwnKeyring, KeyringOfTheLoginIsNotLocked) {
     EXPECT_EQ(probe({"state"}), "unlocked");
 }
 
+TEST_F(OwnKeyring, IsNeverTheDefaultOneWhateverItsName) {
+    startLocked();
+    ASSERT_TRUE(bus.makeKeyringWithoutPassword("Passkeys of Kelo"));
+    EXPECT_THAT(probe({"create"}), MatchesRegex("[0-9a-f]{266}"));
+    EXPECT_EQ(probe({"state"}), "unlocked");
+}
+
 } // namespace
 
 } // namespace kelo

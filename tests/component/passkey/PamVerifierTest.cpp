@@ -1,6 +1,11 @@
 #include "PamFixture.h"
 
+#include "testing/TemporaryFolder.h"
+
 #include <security/pam_appl.h>
+
+#include <filesystem>
+#include <fstream>
 
 // The real helper and the real libpam.
 
@@ -178,6 +183,21 @@ TEST_F(PamVerifierTest, AFingerprintReadersWordsShowAndCancelEndsIt) {
     person.pressCancel();
     ASSERT_TRUE(ScopedMainLoop::runUntil([this] { return outcome.has_value(); }));
     EXPECT_EQ(*outcome, Outcome::cancelled);
+}
+
+TEST(VerificationMeans, AreAsTheHelperSays) {
+    using authorization::VerificationMeans;
+    using authorization::verificationMeans;
+    EXPECT_EQ(verificationMeans("/bin/true"), VerificationMeans::complete);
+    EXPECT_EQ(verificationMeans("/bin/false"), VerificationMeans::noService);
+    EXPECT_EQ(verificationMeans("/bin/no such program"), VerificationMeans::noHelper);
+    const test::TemporaryFolder folder;
+    const auto helper = folder / "helper";
+    for (const char* end : {"exit 127", "kill -9 $$"}) {
+        std::ofstream(helper) << "#!/bin/sh\n" << end << "\n";
+        std::filesystem::permissions(helper, std::filesystem::perms::owner_all);
+        EXPECT_EQ(verificationMeans(helper), VerificationMeans::noHelper) << end;
+    }
 }
 
 } // namespace kelo

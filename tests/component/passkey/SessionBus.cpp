@@ -168,8 +168,8 @@ std::string SessionBus::makeCollection(const std::string& label) const {
     return collection;
 }
 
-bool SessionBus::makeKeyringWithoutPassword() const {
-    const std::string collection = makeCollection("login");
+bool SessionBus::makeKeyringWithoutPassword(const std::string& label) const {
+    const std::string collection = makeCollection(label);
     return !collection.empty() &&
            call("org.freedesktop.Secret.Service", "SetAlias",
                 g_variant_new("(so)", "default", collection.c_str())) != nullptr;

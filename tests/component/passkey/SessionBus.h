@@ -59,7 +59,7 @@ public:
     /// Locks the keyring's default collection.
     bool lockKeyring() const;
     /// Gives the keyring daemon a default collection that opens without a question.
-    bool makeKeyringWithoutPassword() const;
+    bool makeKeyringWithoutPassword(const std::string& label = "login") const;
     /// Gives it a collection without a password. Its path; empty if it failed.
     std::string makeCollection(const std::string& label) const;
 
