@@ -1,5 +1,6 @@
 #include "linux/tray/StatusNotifierItem.h"
 
+#include <string>
 #include <utility>
 
 namespace kelo::tray {
@@ -11,7 +12,7 @@ using Values = ExportedObject::Values;
 
 // ContextMenu and Scroll are missing on purpose: on the error "unknown method" a host shows the
 // menu by itself, or does nothing.
-constexpr const char* description = R"xml(<node><interface name="org.kde.StatusNotifierItem">
+constexpr const char* before = R"xml(<node><interface name="org.kde.StatusNotifierItem">
 <property name="Category" type="s" access="read"/>
 <property name="Id" type="s" access="read"/>
 <property name="Title" type="s" access="read"/>
@@ -28,7 +29,10 @@ constexpr const char* description = R"xml(<node><interface name="org.kde.StatusN
 <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
 <property name="ItemIsMenu" type="b" access="read"/>
 <property name="Menu" type="o" access="read"/>
-<method name="Activate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
+)xml";
+constexpr const char* activation = R"xml(
+<method name="Activate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>)xml";
+constexpr const char* after = R"xml(
 <method name="SecondaryActivate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
 <method name="ProvideXdgActivationToken"><arg type="s" direction="in"/></method>
 <signal name="NewTitle"/><signal name="NewIcon"/><signal name="NewAttentionIcon"/>
@@ -41,12 +45,27 @@ constexpr const char* description = R"xml(<node><interface name="org.kde.StatusN
 StatusNotifierItem::StatusNotifierItem(Glib::RefPtr<Gio::DBus::Connection> connection,
                                        Identity identity, TrayIcon icon,
                                        std::function<void()> activate)
-    : identity(std::move(identity)),
+    : connection(std::move(connection)),
+      identity(std::move(identity)),
       icon(std::move(icon)),
-      object(std::move(connection), this->identity.path, description,
-             members(std::move(activate))) {}
+      activate(std::move(activate)) {
+    exportObject();
+}
 
-ExportedObject::Members StatusNotifierItem::members(std::function<void()> activate) {
+void StatusNotifierItem::exportObject() {
+    const std::string description =
+        std::string(before) + (isActivationOffered ? activation : "") + after;
+    object.reset();
+    object.emplace(connection, identity.path, description.c_str(), members());
+}
+
+void StatusNotifierItem::offer(bool activation, bool iconName) {
+    isIconNamed = iconName;
+    if (std::exchange(isActivationOffered, activation) != activation)
+        exportObject();
+}
+
+ExportedObject::Members StatusNotifierItem::members() {
     const auto text = [](std::string value) { return [value] { return Text::create(value); }; };
     const auto nothing = text("");
     const auto noPixmaps = [] { return iconPixmaps({}, 0); };
@@ -59,7 +78,7 @@ ExportedObject::Members StatusNotifierItem::members(std::function<void()> activa
         {"Status", text("Active")},
         {"WindowId", [] { return Glib::Variant<gint32>::create(0); }},
         {"IconThemePath", text(icon.themePath)},
-        {"IconName", text(icon.name)},
+        {"IconName", [this] { return Text::create(isIconNamed ? icon.name : ""); }},
         {"IconPixmap",
          [this] {
              if (!pixmaps.gobj())
@@ -83,8 +102,8 @@ ExportedObject::Members StatusNotifierItem::members(std::function<void()> activa
         {"Menu",
          [this] { return Glib::Variant<Glib::DBusObjectPathString>::create(identity.menuPath); }},
     };
-    const auto activated = [run = std::move(activate)](const Values&) {
-        run();
+    const auto activated = [this](const Values&) {
+        activate();
         return Values();
     };
     members.methods = {
@@ -105,7 +124,7 @@ void StatusNotifierItem::setColor(std::uint32_t color) {
     if (std::exchange(icon.color, color) == color)
         return;
     pixmaps = {};
-    object.emit("NewIcon");
+    object->emit("NewIcon");
 }
 
 std::string StatusNotifierItem::takeActivationToken() {

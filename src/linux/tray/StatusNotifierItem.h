@@ -4,6 +4,7 @@
 #include "linux/tray/IconPixmaps.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,11 @@ public:
     StatusNotifierItem(Glib::RefPtr<Gio::DBus::Connection> connection, Identity identity,
                        TrayIcon icon, std::function<void()> activate);
 
+    /// Whether the item itself can be chosen, beside its menu, and whether the icon has a name, or
+    /// pixels only. At first it has both. Hosts learn of a change when the item is registered
+    /// again.
+    void offer(bool activation, bool iconName);
+
     /// Does nothing if the color is the same.
     void setColor(std::uint32_t color);
 
@@ -43,16 +49,23 @@ public:
     /// raises. Empty if there is none. Each token is returned once.
     std::string takeActivationToken();
 
-    const std::string& path() const { return object.path(); }
+    const std::string& path() const { return identity.path; }
 
 private:
-    ExportedObject::Members members(std::function<void()> activate);
+    void exportObject();
+    ExportedObject::Members members();
+
+    Glib::RefPtr<Gio::DBus::Connection> connection;
 
     Identity identity;
     TrayIcon icon;
     Glib::VariantBase pixmaps; ///< empty until first requested
     std::string activationToken;
-    ExportedObject object; ///< last: calls that use the other members may arrive once it exists
+    std::function<void()> activate;
+    bool isActivationOffered = true;
+    bool isIconNamed = true;
+    /// Never empty; last: calls that use the other members may arrive once it exists.
+    std::optional<ExportedObject> object;
 };
 
 } // namespace kelo::tray

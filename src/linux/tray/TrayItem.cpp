@@ -15,7 +15,8 @@ TrayItem::TrayItem(const Glib::RefPtr<Gio::DBus::Connection>& connection, const 
            [this](const platform::MenuEntry& entry) { choose(entry); }),
       item(connection, {path, identifier, extra.title, path + "/Menu"}, std::move(icon),
            [this] { later(this->handlers->activate); }),
-      registration(connection, path) {}
+      registration(connection, path,
+                   [this](Tray tray) { item.offer(tray != Tray::gnome, tray != Tray::lxqt); }) {}
 
 void TrayItem::choose(const platform::MenuEntry& entry) {
     if (const auto* chosen = std::get_if<platform::MenuItem>(&entry))

@@ -100,11 +100,16 @@ protected:
         screen.pointer.moveTo({0, 0});
         screen.until("the place is free", [&] { return !isDrawn(panel()); });
         GetParam().configure(dark);
+        std::vector<std::string> command = GetParam().command;
+        if (hidesSvg)
+            command = withoutSvg(command);
         auto host = std::make_unique<rig::ChildProcess>(
-            GetParam().command,
-            std::map<std::string, std::string>{{"GDK_BACKEND", "x11"},
-                                               {"QT_QPA_PLATFORM", "xcb"},
-                                               {"GTK_THEME", dark ? "Adwaita:dark" : "Adwaita"}},
+            command,
+            std::map<std::string, std::string>{
+                {"GDK_BACKEND", "x11"},
+                {"GDK_PIXBUF_MODULE_FILE", hidesSvg ? "/dev/null" : ""},
+                {"QT_QPA_PLATFORM", "xcb"},
+                {"GTK_THEME", dark ? "Adwaita:dark" : "Adwaita"}},
             home() / "host.log");
         screen.until("the tray's panel is there", [&] { return isDrawn(panel()); });
         return host;
@@ -177,6 +182,25 @@ protected:
     }
 
     HostScreen screen;
+    /// The host is started where nothing can draw SVG.
+    bool hidesSvg = false;
+
+    /// Qt finds its plugins in one place, which is empty for this command.
+    static std::vector<std::string> withoutSvg(const std::vector<std::string>& command) {
+        std::string script = "set -e\n";
+        for (const char* kind : {"imageformats", "iconengines"})
+            for (const char* version : {"qt5", "qt6"})
+                script += std::string("for folder in /usr/lib/*/") + version + "/plugins/" + kind +
+                          "; do [ ! -d \"$folder\" ] || mount -t tmpfs none \"$folder\"; done\n";
+        std::vector<std::string> hidden{"/usr/bin/unshare", "--mount"};
+        if (::geteuid() != 0)
+            hidden.emplace_back("--map-root-user");
+        for (const std::string& word :
+             {std::string("sh"), std::string("-c"), script + "exec \"$@\"", std::string("sh")})
+            hidden.push_back(word);
+        hidden.insert(hidden.end(), command.begin(), command.end());
+        return hidden;
+    }
 };
 
 TEST_P(TrayHost, ShowsTheIconAndEachEntryDoesItsWork) {
@@ -242,6 +266,23 @@ TEST_P(TrayHost, ShowsTheIconOfTheThemeOnLightAndDark) {
     restart(host, true);
     awaitIconBack(icon);
     screen.save(icon, picture("theme-dark"));
+    program->end();
+    files::remove_all(home() / "data/icons");
+}
+
+TEST_P(TrayHost, ShowsTheIconWhereNothingDrawsSvg) {
+    hidesSvg = true;
+    rig::ChildProcess attempt(withoutSvg({"/bin/true"}), {}, home() / "attempt.log");
+    if (attempt.awaitExit(deadline) != 0)
+        GTEST_SKIP() << "Nothing can be hidden here: " << attempt.printed();
+    files::create_directories(home() / "data/icons");
+    files::copy(KELO_ICONS, home() / "data/icons/hicolor", files::copy_options::recursive);
+    auto host = startHost();
+    const auto before = screen.still();
+    const auto program = startProgram();
+    const auto icon = awaitIcon(before);
+    EXPECT_GE(contrast(icon), legible);
+    screen.save(icon, picture("without-svg"));
     program->end();
     files::remove_all(home() / "data/icons");
 }

@@ -134,6 +134,39 @@ TEST_F(Registration, WaitsForATrayThatComesLaterAndComesAgainForEachNewOne) {
     EXPECT_EQ(tray.item("Activate", "(0, 0)").error, "") << "without a tray it is there still";
 }
 
+TEST_F(Registration, ShellOfGnomeIsNotToldThatTheItemCanBeChosen) {
+    const std::string unknown = "org.freedesktop.DBus.Error.UnknownMethod";
+    const auto description = [this] {
+        return tray
+            .call("/StatusNotifierItem", "org.freedesktop.DBus.Introspectable", "Introspect", "()")
+            .text;
+    };
+    tray.show();
+    tray.settle();
+    EXPECT_NE(description().find("\"Activate\""), std::string::npos);
+    {
+        FakeWatcher watcher(tray, {"org.gnome.Shell"});
+        tray.until("the item has registered", [&] { return watcher.layouts == 1; });
+        EXPECT_EQ(description().find("\"Activate\""), std::string::npos);
+        EXPECT_EQ(tray.item("Activate", "(0, 0)").error, unknown);
+        EXPECT_EQ(tray.item("SecondaryActivate", "(0, 0)").error, "");
+    }
+    // Another tray, as after a change of desktops in one session.
+    FakeWatcher watcher(tray);
+    tray.until("the item has registered again", [&] { return watcher.layouts == 1; });
+    EXPECT_EQ(tray.item("Activate", "(0, 0)").error, "");
+}
+
+TEST_F(Registration, TrayBesideTheShellOfGnomeIsToldThatTheItemCanBeChosen) {
+    const FakeWatcher watcher(tray);
+    tray.ours->call_sync("/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+                         Glib::VariantContainerBase(g_variant_new("(su)", "org.gnome.Shell", 0U)),
+                         "org.freedesktop.DBus");
+    tray.show();
+    tray.until("the item has registered", [&] { return watcher.layouts == 1; });
+    EXPECT_EQ(tray.item("Activate", "(0, 0)").error, "");
+}
+
 TEST_F(Registration, EndsWithTheItem) {
     tray.show();
     tray.settle();

@@ -134,7 +134,7 @@ void TrayFixture::settle() {
     call("/StatusNotifierItem", "org.freedesktop.DBus.Peer", "Ping", "()");
 }
 
-FakeWatcher::FakeWatcher(TrayFixture& tray)
+FakeWatcher::FakeWatcher(TrayFixture& tray, std::vector<std::string> others)
     : tray(tray),
       object(tray.theirs, "/StatusNotifierWatcher", description,
              {{{"RegisterStatusNotifierItem",
@@ -145,12 +145,16 @@ FakeWatcher::FakeWatcher(TrayFixture& tray)
                     look(path.get());
                     return tray::ExportedObject::Values();
                 }}},
-              {}}) {
-    askBus(tray, "RequestName", "('org.kde.StatusNotifierWatcher', uint32 0)");
+              {}}),
+      names(std::move(others)) {
+    names.emplace_back("org.kde.StatusNotifierWatcher");
+    for (const std::string& name : names)
+        askBus(tray, "RequestName", ("('" + name + "', uint32 0)").c_str());
 }
 
 FakeWatcher::~FakeWatcher() {
-    askBus(tray, "ReleaseName", "('org.kde.StatusNotifierWatcher',)");
+    for (const std::string& name : names)
+        askBus(tray, "ReleaseName", ("('" + name + "',)").c_str());
 }
 
 void FakeWatcher::look(const std::string& path) {

@@ -60,7 +60,8 @@ private:
 /// A StatusNotifierWatcher. It reads each item as soon as the item registers.
 class FakeWatcher {
 public:
-    explicit FakeWatcher(TrayFixture& tray);
+    /// others: names that it owns as well.
+    explicit FakeWatcher(TrayFixture& tray, std::vector<std::string> others = {});
     ~FakeWatcher();
 
     std::vector<std::string> registered;  ///< the arguments
@@ -72,6 +73,7 @@ private:
 
     TrayFixture& tray;
     tray::ExportedObject object;
+    std::vector<std::string> names;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 };
 
