@@ -167,6 +167,19 @@ std::string shownText(std::string_view text, std::size_t most) {
     return shortened(shown, most);
 }
 
+std::string withoutHidden(std::string_view text) {
+    std::string shown;
+    for (std::size_t at = 0; at < text.size();) {
+        const Utf8Sequence sequence = utf8SequenceAt(text, at);
+        const char32_t character =
+            sequence.wellFormed ? characterIn(text.substr(at, sequence.length)) : replacement;
+        at += sequence.length;
+        if (isIn(blankRanges, character) || !isIn(hiddenRanges, character))
+            append(shown, character);
+    }
+    return shown;
+}
+
 std::string shortened(std::string_view text, std::size_t most) {
     std::size_t at = 0;
     std::size_t end = 0; // of the text that leaves room for the ellipsis

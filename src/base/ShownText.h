@@ -22,6 +22,10 @@ std::string shownLine(std::string_view text, std::size_t most);
 /// this does, too. Blanks at the end are left out.
 std::string shownText(std::string_view text, std::size_t most);
 
+/// The text without what shownName() leaves out, beside blanks and line breaks. What is not UTF-8
+/// is replaced.
+std::string withoutHidden(std::string_view text);
+
 /// The text, or its first characters and "…" if it has more than `most`. Never cuts a character.
 std::string shortened(std::string_view text, std::size_t most);
 

@@ -68,7 +68,8 @@ LinuxDesktop::~LinuxDesktop() = default;
 
 void LinuxDesktop::tellOfFailedUpdate() {
     if (const auto failed = std::exchange(failedUpdate, std::nullopt))
-        spawn(update::tellOfFailedUpdate(bundle, *failed, std::make_unique<gtk::GtkUserDriver>()));
+        spawn(update::tellOfFailedUpdate(
+            bundle, *failed, std::make_unique<gtk::GtkUserDriver>(webkit::openWithDefaultProgram)));
 }
 
 std::unique_ptr<platform::HttpSession> LinuxDesktop::makeEphemeralHttpSession() {
@@ -116,7 +117,7 @@ std::shared_ptr<platform::Panel> LinuxDesktop::makePanel(platform::PanelDescript
 
 std::unique_ptr<platform::StandardUpdaterController> LinuxDesktop::makeStandardUpdaterController() {
     return update::makeStandardUpdaterController(
-        bundle, [] { return std::make_unique<gtk::GtkUserDriver>(); },
+        bundle, [] { return std::make_unique<gtk::GtkUserDriver>(webkit::openWithDefaultProgram); },
         webkit::openWithDefaultProgram, [this] { application_.terminate(); });
 }
 

@@ -1,8 +1,11 @@
 #include "updater/notes/NotesBuilder.h"
 
+#include "base/ShownText.h"
 #include "base/Text.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace kelo::updater {
 
@@ -10,18 +13,25 @@ namespace {
 
 constexpr std::size_t longestNotes = std::size_t(64) * 1024;
 
-bool sameStyle(const TextRun& run, RunStyle style) {
+bool sameStyle(const TextRun& run, const TextRun& style) {
     return run.strong == style.strong && run.emphasized == style.emphasized &&
-           run.code == style.code;
+           run.code == style.code && run.link == style.link;
+}
+
+/// Removes line breaks from the end of the last run, and the runs that are empty then.
+void trimLines(std::vector<TextRun>& runs) {
+    while (!runs.empty()) {
+        std::string& last = runs.back().text;
+        while (last.ends_with('\n'))
+            last.pop_back();
+        if (!last.empty())
+            return;
+        runs.pop_back();
+    }
 }
 
 bool continuesCharacter(char c) {
     return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
-}
-
-bool isControl(char c) {
-    const auto value = static_cast<unsigned char>(c);
-    return value < 0x20 || value == 0x7f;
 }
 
 } // namespace
@@ -31,30 +41,35 @@ void NotesBuilder::begin(ParagraphKind kind) {
     paragraph.kind = kind;
 }
 
-void NotesBuilder::add(std::string_view text, RunStyle style) {
-    for (const char c : text) {
+void NotesBuilder::add(std::string_view text, const TextRun& style) {
+    const bool isVerbatim = paragraph.kind == ParagraphKind::code;
+    for (const char c : withoutHidden(text)) {
         // Never cut in the middle of a UTF-8 character.
         if (length >= longestNotes && !continuesCharacter(c))
             return;
-        if (blanks.find(c) != std::string_view::npos)
-            blankPending = true;
-        else if (!isControl(c))
+        if (isVerbatim ? c == '\r' : blanks.find(c) != std::string_view::npos)
+            blankPending = !isVerbatim;
+        else
             addCharacter(c, style);
     }
 }
 
-void NotesBuilder::addCharacter(char c, RunStyle style) {
+void NotesBuilder::addCharacter(char c, const TextRun& style) {
     const bool first = paragraph.runs.empty();
     if (std::exchange(blankPending, false) && !first)
         paragraph.runs.back().text += ' ';
-    if (first || !sameStyle(paragraph.runs.back(), style))
-        paragraph.runs.push_back({"", style.strong, style.emphasized, style.code});
+    if (first || !sameStyle(paragraph.runs.back(), style)) {
+        paragraph.runs.push_back(style);
+        paragraph.runs.back().text.clear();
+    }
     paragraph.runs.back().text += c;
     if (++length == longestNotes)
         paragraph.runs.back().text += "…";
 }
 
 void NotesBuilder::endParagraph() {
+    if (paragraph.kind == ParagraphKind::code)
+        trimLines(paragraph.runs);
     if (!paragraph.runs.empty())
         notes.push_back(std::move(paragraph));
     paragraph = {};

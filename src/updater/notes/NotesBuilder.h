@@ -7,24 +7,19 @@
 
 namespace kelo::updater {
 
-/// Style of a text run.
-struct RunStyle {
-    bool strong = false;
-    bool emphasized = false;
-    bool code = false;
-};
-
-/// Assembles release notes. Collapses blanks between words to one space, trims paragraphs, leaves
-/// out empty ones, and cuts notes that are longer than 64 KiB.
+/// Assembles release notes. Collapses blanks between words to one space except in code, trims
+/// paragraphs, leaves out empty ones, and cuts notes that are longer than 64 KiB. Leaves out
+/// controls and direction marks, which would turn around or hide what is around them.
 class NotesBuilder {
 public:
     /// Ends the current paragraph and begins one of this kind.
     void begin(ParagraphKind kind);
-    void add(std::string_view text, RunStyle style);
+    /// Well-formed UTF-8, in the style of this run, whose text counts for nothing.
+    void add(std::string_view text, const TextRun& style);
     ReleaseNotes finish();
 
 private:
-    void addCharacter(char c, RunStyle style);
+    void addCharacter(char c, const TextRun& style);
     void endParagraph();
 
     ReleaseNotes notes;
@@ -33,12 +28,11 @@ private:
     std::size_t length = 0;
 };
 
-/// The text of an HTML page or fragment. Runs and fetches nothing.
+/// The text of an HTML page or fragment, and the links in it that are complete addresses of https.
+/// Runs and fetches nothing.
 ReleaseNotes readHtmlNotes(std::string_view html);
 
-/// The common part of Markdown: paragraphs, "#" headings, list items, **strong**, *emphasized* and
-/// `code` text. Of a link the text is kept, unless it is longer than 4 KiB. Everything else is
-/// shown as written.
+/// Markdown as CommonMark has it.
 ReleaseNotes readMarkdownNotes(std::string_view text);
 
 } // namespace kelo::updater

@@ -284,7 +284,7 @@ private:
 
     void updates() {
         using updater::ParagraphKind;
-        gtk::GtkUserDriver driver;
+        gtk::GtkUserDriver driver(nullptr);
         driver.showChecking([] {});
         keepUpdate("checking");
         updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
@@ -297,7 +297,12 @@ private:
             {ParagraphKind::listItem,
              {{"Start it with "}, {"kelo --widget", false, false, true}, {"."}}},
             {ParagraphKind::body,
-             {{"Thank you to everyone who wrote in, and "}, {"please go on", false, true}, {"."}}}};
+             {{"Thank you to everyone who wrote in, and "},
+              {"please go on", false, true},
+              {": "},
+              {.text = "all that has changed", .link = "https://example.org/changes"},
+              {"."}}},
+            {ParagraphKind::code, {{.text = "kelo --quit\nkelo --background", .code = true}}}};
         spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
         keepUpdate("offer");
         offer.critical = true;

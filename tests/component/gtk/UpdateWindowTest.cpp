@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <gtkmm/button.h>
 #include <gtkmm/progressbar.h>
+#include <gtkmm/scrolledwindow.h>
 #include <gtkmm/spinner.h>
 #include <gtkmm/textview.h>
 
@@ -43,7 +44,8 @@ class UpdateWindows : public testing::Test {
 protected:
     void run(const std::function<void()>& body) {
         program.run([&] {
-            driver = std::make_unique<gtk::GtkUserDriver>();
+            driver = std::make_unique<gtk::GtkUserDriver>(
+                [this](const std::string& address) { opened.push_back(address); });
             body();
             driver.reset();
         });
@@ -52,6 +54,12 @@ protected:
         auto& found = program.window(title);
         program.untilActive(found);
         return found;
+    }
+    Gtk::Label& shownNotes() {
+        for (auto* frame : visibleIn<Gtk::ScrolledWindow>(window()))
+            if (isNamed(*frame, "Release notes"))
+                return *visibleIn<Gtk::Label>(*frame).front();
+        throw std::runtime_error("There are no release notes.");
     }
     bool says(const std::string& text) {
         const auto texts = textsIn(program.window(title));
@@ -76,6 +84,7 @@ protected:
     }
 
     RunningProgram program;
+    std::vector<std::string> opened; ///< addresses of links
     std::unique_ptr<gtk::GtkUserDriver> driver;
     updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
 };
@@ -172,11 +181,39 @@ TEST_F(UpdateWindows, NotesAreTextToReadAndNothingMore) {
                           {updater::ParagraphKind::listItem, {{"<b>Bold</b> "}, {"claims", true}}}};
     run([&] {
         start(driver->showOffer(offer, CheckKind::userInitiated));
-        const auto views = visibleIn<Gtk::TextView>(window());
-        ASSERT_EQ(views.size(), 1U);
-        EXPECT_EQ(views[0]->get_buffer()->get_text(), "News\n•\u2002<b>Bold</b> claims");
-        EXPECT_FALSE(views[0]->get_editable());
-        EXPECT_TRUE(isNamed(*views[0], "Release notes"));
+        auto& notes = shownNotes();
+        EXPECT_EQ(notes.get_text(), "News\n\n•\u2002<b>Bold</b> claims");
+        EXPECT_TRUE(notes.get_selectable());
+    });
+}
+
+TEST_F(UpdateWindows, LinkInTheNotesShowsItsAddressAndOpensIt) {
+    offer.releaseNotes = {
+        {updater::ParagraphKind::body,
+         {{"See "}, {.text = "the <page>", .link = "https://example.org/?a=1&b=\"2\""}, {"."}}}};
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        auto& notes = shownNotes();
+        EXPECT_EQ(notes.get_text(), "See the <page>.");
+        program.untilActive(window());
+        // Past the buttons and the text to the link in it.
+        for (int presses = 0; presses < 8 && notes.get_current_uri().empty(); ++presses) {
+            program.screen.press(GDK_KEY_Tab);
+            program.settle();
+        }
+        EXPECT_EQ(notes.get_current_uri(), "https://example.org/?a=1&b=\"2\"");
+        program.screen.press(GDK_KEY_Return);
+        program.settle();
+        EXPECT_EQ(opened, std::vector<std::string>{"https://example.org/?a=1&b=\"2\""});
+    });
+}
+
+TEST_F(UpdateWindows, CodeInTheNotesKeepsItsLines) {
+    offer.releaseNotes = {
+        {updater::ParagraphKind::code, {{.text = "a {\n    b & c;\n}", .code = true}}}};
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        EXPECT_EQ(shownNotes().get_text(), "a {\n    b & c;\n}");
     });
 }
 

@@ -95,7 +95,8 @@ TEST(ReleaseNotes, MarkdownKeepsItsSimpleFormatting) {
                             item("first"),
                             item("second"),
                             item("third"),
-                            body("See the page.")}));
+                            {ParagraphKind::body,
+                             {{"See "}, {.text = "the page", .link = "https://e.com/"}, {"."}}}}));
 }
 
 TEST(ReleaseNotes, MarkdownWithoutAnEndStaysAsItIs) {
@@ -104,11 +105,62 @@ TEST(ReleaseNotes, MarkdownWithoutAnEndStaysAsItIs) {
     EXPECT_EQ(markdown("#hash snake_case_name"), ReleaseNotes{body("#hash snake_case_name")});
 }
 
-TEST(ReleaseNotes, LinkLongerThanAnyOtherStaysAsItIs) {
-    const std::string words(2000, 'a');
-    EXPECT_EQ(markdown("[" + words + "](" + words + ")"), ReleaseNotes{body(words)});
-    const std::string link = "[" + words + "](" + words + words + ")";
-    EXPECT_EQ(markdown(link), ReleaseNotes{body(link)});
+TEST(ReleaseNotes, LinksKeepTheirAddresses) {
+    const ReleaseNotes expected{
+        {ParagraphKind::body, {{"See "}, {.text = "the page", .link = "https://e.com/"}, {"."}}}};
+    EXPECT_EQ(markdown("See [the page](https://e.com/)."), expected);
+    EXPECT_EQ(html("See <a href='https://e.com/'>the page</a>."), expected);
+    EXPECT_EQ(markdown("<https://e.com/a>"),
+              (ReleaseNotes{{ParagraphKind::body,
+                             {{.text = "https://e.com/a", .link = "https://e.com/a"}}}}));
+}
+
+TEST(ReleaseNotes, LinkThatIsNoCompleteAddressOfHttpsIsText) {
+    for (const char* address : {"http://e.com/", "javascript:y()", "/notes", "#top",
+                                "file:///etc/passwd", "mailto:a@e.com", "https:", "", "//e.com/"})
+        EXPECT_EQ(html("<a href=\"" + std::string(address) + "\">words</a>"),
+                  ReleaseNotes{body("words")})
+            << address;
+}
+
+TEST(ReleaseNotes, FencedCodeKeepsItsLines) {
+    const ReleaseNotes expected{
+        body("Type:"),
+        {ParagraphKind::code, {{.text = "if (x)\n    y = *z;", .code = true}}},
+        body("Done.")};
+    EXPECT_EQ(markdown("Type:\n\n```cpp\nif (x)\n    y = *z;\n```\nDone."), expected);
+    EXPECT_EQ(html("Type:<pre><code>if (x)\r\n    y = *z;\n\n</code></pre>Done."), expected);
+    EXPECT_TRUE(markdown("```\n\n```").empty());
+}
+
+TEST(ReleaseNotes, EmphasisIsReadInBothSpellings) {
+    EXPECT_EQ(markdown("_leaning_ __bold__ *__both__* snake_case"),
+              (ReleaseNotes{{ParagraphKind::body,
+                             {{.text = "leaning ", .emphasized = true},
+                              {.text = "bold ", .strong = true},
+                              {.text = "both ", .strong = true, .emphasized = true},
+                              {"snake_case"}}}}));
+}
+
+TEST(ReleaseNotes, ItemsOfALooseListAreItems) {
+    EXPECT_EQ(markdown("- first\n\n- second\n\n  more"),
+              (ReleaseNotes{item("first"), item("second"), body("more")}));
+}
+
+TEST(ReleaseNotes, DirectionMarksAreLeftOut) {
+    const ReleaseNotes expected{body("Not evil")};
+    EXPECT_EQ(plain("Not \u202Eevil\u2066"), expected);
+    EXPECT_EQ(markdown("Not \u202Eevil&#x200F;"), expected);
+    EXPECT_EQ(html("Not &#x202E;evil\u061C"), expected);
+}
+
+TEST(ReleaseNotes, MegabyteOfBracketsIsReadInTime) {
+    for (const char* mark : {"[", "*", "_", "`", "<", "> ", "![", "[a](", "- "}) {
+        std::string text;
+        while (text.size() < updater::notesLimit)
+            text += mark;
+        EXPECT_NO_FATAL_FAILURE(markdown(text)) << mark;
+    }
 }
 
 TEST(ReleaseNotes, PlainTextIsTakenByTheLine) {

@@ -44,7 +44,8 @@ std::string offerSentence(const UpdateOffer& offer) {
 
 } // namespace
 
-GtkUserDriver::GtkUserDriver() = default;
+GtkUserDriver::GtkUserDriver(std::function<void(const std::string&)> openLink)
+    : openLink(std::move(openLink)) {}
 
 GtkUserDriver::~GtkUserDriver() = default;
 
@@ -120,6 +121,7 @@ Task<UpdateChoice> GtkUserDriver::showOffer(UpdateOffer offer, CheckKind kind) {
     content.heading = translated("A new version of %1 is available", {offer.programName});
     content.sentence = offerSentence(offer);
     content.notes = offer.releaseNotes;
+    content.openLink = openLink;
     const std::string install =
         offer.informationalOnly ? translated("Learn More…") : translated("Install Update");
     std::vector<Button<UpdateChoice>> answers;

@@ -16,7 +16,8 @@ class UpdateWindow;
 /// The updater's windows on this desktop. The toolkit must be initialized. Main thread only.
 class GtkUserDriver final : public updater::UserDriver {
 public:
-    GtkUserDriver();
+    /// openLink: opens an address in the browser, for links in release notes.
+    explicit GtkUserDriver(std::function<void(const std::string&)> openLink);
     ~GtkUserDriver() override;
 
     void showChecking(std::function<void()> cancel) override;
@@ -55,6 +56,7 @@ private:
     void finish(bool moreFollows);
     void hide();
 
+    std::function<void(const std::string&)> openLink;
     std::unique_ptr<UpdateWindow> window;
     /// Answers the open question with its fallback; null if no question is open.
     std::function<void()> fallbackAnswer;

@@ -3,91 +3,82 @@
 #include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
 
-#include <pango/pango-layout.h>
+#include <glibmm/markup.h>
+#include <gtkmm/settings.h>
 
 #include <string>
-#include <vector>
 
 namespace kelo::gtk {
 
 using updater::Paragraph;
 using updater::ParagraphKind;
+using updater::TextRun;
 
 namespace {
 
 constexpr const char* bullet = "•\u2002";
 constexpr int smallestHeight = 96;
 constexpr int greatestHeight = 220;
-constexpr int listIndent = 18;
 
-using Tag = Glib::RefPtr<Gtk::TextTag>;
-
-void addTags(Gtk::TextBuffer& buffer) {
-    const auto add = [&](const char* name) { return buffer.create_tag(name); };
-    Tag tag = add("strong");
-    tag->property_weight() = PANGO_WEIGHT_BOLD;
-    tag = add("emphasized");
-    tag->property_style() = Pango::Style::ITALIC;
-    tag = add("code");
-    tag->property_family() = "monospace";
-    tag = add("heading");
-    tag->property_weight() = PANGO_WEIGHT_BOLD;
-    tag->property_scale() = 1.1;
-    tag = add("listItem");
-    tag->property_left_margin() = listIndent;
-    tag->property_indent() = -listIndent / 2;
-    tag = add("space");
-    tag->property_pixels_below_lines() = 8;
-    tag = add("listSpace");
-    tag->property_pixels_below_lines() = 4;
+std::string tagged(const char* name, const std::string& markup) {
+    return std::string("<") + name + ">" + markup + "</" + name + ">";
 }
 
-void append(Gtk::TextBuffer& buffer, const std::string& text,
-            const std::vector<Glib::ustring>& tags) {
-    buffer.insert_with_tags_by_name(buffer.end(), text, tags);
+std::string markupOf(const TextRun& run) {
+    std::string markup = Glib::Markup::escape_text(run.text);
+    if (run.strong)
+        markup = tagged("b", markup);
+    if (run.emphasized)
+        markup = tagged("i", markup);
+    if (run.code)
+        markup = tagged("tt", markup);
+    if (run.link.empty())
+        return markup;
+    return "<a href=\"" + Glib::Markup::escape_text(run.link).raw() + "\">" + markup + "</a>";
 }
 
-/// next: the following paragraph; null for the last one.
-void append(Gtk::TextBuffer& buffer, const Paragraph& paragraph, const Paragraph* next) {
-    const bool isListItem = paragraph.kind == ParagraphKind::listItem;
-    std::vector<Glib::ustring> common;
+std::string markupOf(const Paragraph& paragraph) {
+    std::string markup = paragraph.kind == ParagraphKind::listItem ? bullet : "";
+    for (const TextRun& run : paragraph.runs)
+        markup += markupOf(run);
     if (paragraph.kind == ParagraphKind::heading)
-        common.emplace_back("heading");
-    if (isListItem)
-        common.emplace_back("listItem");
-    if (next) // smaller spacing inside of a list
-        common.emplace_back(isListItem && next->kind == ParagraphKind::listItem ? "listSpace"
-                                                                                : "space");
-    if (isListItem)
-        append(buffer, bullet, common);
-    for (const auto& run : paragraph.runs) {
-        auto tags = common;
-        if (run.strong)
-            tags.emplace_back("strong");
-        if (run.emphasized)
-            tags.emplace_back("emphasized");
-        if (run.code)
-            tags.emplace_back("code");
-        append(buffer, run.text, tags);
-    }
-    if (next)
-        append(buffer, "\n", common);
+        return "<span weight=\"bold\" size=\"110%\">" + markup + "</span>";
+    return paragraph.kind == ParagraphKind::code ? tagged("tt", markup) : markup;
+}
+
+/// What stands between two paragraphs: less inside of a list.
+const char* gapBetween(const Paragraph& one, const Paragraph& next) {
+    const bool isList = one.kind == ParagraphKind::listItem && next.kind == ParagraphKind::listItem;
+    return isList ? "\n<span size=\"25%\">\n</span>" : "\n<span size=\"60%\">\n</span>";
 }
 
 } // namespace
 
 ReleaseNotesView::ReleaseNotesView() {
-    text.set_editable(false);
-    text.set_cursor_visible(false);
-    text.set_accepts_tab(false); // Tab goes on to the buttons
-    text.set_wrap_mode(Gtk::WrapMode::WORD_CHAR);
-    text.set_margin(0);
-    text.set_left_margin(12);
-    text.set_right_margin(12);
-    text.set_top_margin(10);
-    text.set_bottom_margin(10);
-    setAccessibleName(text, translated("Release notes"));
-    addTags(*text.get_buffer());
+    text.set_selectable();
+    text.set_wrap();
+    text.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    // What the window has room for: the natural height is that of lines of this length.
+    text.set_max_width_chars(54);
+    text.set_xalign(0);
+    text.set_yalign(0);
+    text.set_margin_start(12);
+    text.set_margin_end(12);
+    text.set_margin_top(10);
+    text.set_margin_bottom(10);
+    // A label's own name is its text.
+    setAccessibleRole(*this, GTK_ACCESSIBLE_ROLE_GROUP);
+    setAccessibleName(*this, translated("Release notes"));
+    text.signal_activate_link().connect(
+        [this](const Glib::ustring& address) {
+            if (open)
+                open(address);
+            return true;
+        },
+        false);
+    // Otherwise the toolkit selects all of a text that gets the keyboard, and Tab leaves out its
+    // links.
+    get_settings()->property_gtk_label_select_on_focus() = false;
     set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     set_min_content_height(smallestHeight);
     set_max_content_height(greatestHeight);
@@ -96,12 +87,16 @@ ReleaseNotesView::ReleaseNotesView() {
     set_child(text);
 }
 
-void ReleaseNotesView::show(const updater::ReleaseNotes& notes) {
-    auto& buffer = *text.get_buffer();
-    buffer.set_text("");
-    for (const auto& paragraph : notes)
-        append(buffer, paragraph, &paragraph == &notes.back() ? nullptr : &paragraph + 1);
-    buffer.place_cursor(buffer.begin());
+void ReleaseNotesView::show(const updater::ReleaseNotes& notes,
+                            std::function<void(const std::string&)> openLink) {
+    open = std::move(openLink);
+    std::string markup;
+    for (const auto& paragraph : notes) {
+        markup += markupOf(paragraph);
+        if (&paragraph != &notes.back())
+            markup += gapBetween(paragraph, *(&paragraph + 1));
+    }
+    text.set_markup(markup);
 }
 
 } // namespace kelo::gtk

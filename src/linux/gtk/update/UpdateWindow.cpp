@@ -90,7 +90,7 @@ void UpdateWindow::setContent(UpdateContent content) {
     setText(heading, shown.heading);
     setText(sentence, shown.sentence);
     notes.set_visible(!shown.notes.empty());
-    notes.show(shown.notes);
+    notes.show(shown.notes, shown.openLink);
     progressLine.set_visible(shown.progress.has_value());
     if (shown.progress)
         setProgress(*shown.progress);

@@ -38,6 +38,8 @@ struct UpdateContent {
     std::string heading;
     std::string sentence;
     updater::ReleaseNotes notes = {};
+    /// Opens the address of a link in the notes.
+    std::function<void(const std::string&)> openLink = nullptr;
     std::optional<Progress> progress = std::nullopt;
     std::vector<Choice> choices = {};
     /// Called when the user pressed Escape or closed the window through the window manager. The
