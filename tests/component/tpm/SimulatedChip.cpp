@@ -8,7 +8,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 
@@ -27,6 +29,20 @@ int listenAt(const std::string& path) {
     if (!made || ::bind(made.get(), place, sizeof address) != 0 || ::listen(made.get(), 8) != 0)
         throw std::runtime_error("no socket at " + path + ": " + std::strerror(errno));
     return made.release();
+}
+
+/// As a command of its own: the library flushes only what it has made itself.
+void flush(const tpm::TpmConnection& connection, TPM2_HANDLE handle) {
+    TSS2_TCTI_CONTEXT* transport = nullptr;
+    tpm::require(Esys_GetTcti(connection.get(), &transport), "asking for the transport");
+    std::array<std::uint8_t, 14> command{0x80, 0x01, 0, 0, 0, 14, 0x00, 0x00, 0x01, 0x65};
+    for (std::size_t byte = 0; byte < 4; ++byte)
+        command[10 + byte] = static_cast<std::uint8_t>(handle >> (24 - 8 * byte));
+    tpm::require(Tss2_Tcti_Transmit(transport, command.size(), command.data()), "flushing");
+    std::array<std::uint8_t, 10> response{};
+    std::size_t size = response.size();
+    tpm::require(Tss2_Tcti_Receive(transport, &size, response.data(), TSS2_TCTI_TIMEOUT_BLOCK),
+                 "flushing");
 }
 
 } // namespace
@@ -61,6 +77,20 @@ void SimulatedChip::clear() const {
     tpm::require(Esys_Clear(connection.get(), ESYS_TR_RH_LOCKOUT, ESYS_TR_PASSWORD, ESYS_TR_NONE,
                             ESYS_TR_NONE),
                  "clearing");
+}
+
+void SimulatedChip::forgetLeftovers() const {
+    const tpm::TpmConnection connection(transport());
+    for (const TPM2_HANDLE first :
+         {TPM2_TRANSIENT_FIRST, TPM2_HMAC_SESSION_FIRST, TPM2_LOADED_SESSION_FIRST}) {
+        TPMS_CAPABILITY_DATA* told = nullptr;
+        tpm::require(Esys_GetCapability(connection.get(), ESYS_TR_NONE, ESYS_TR_NONE, ESYS_TR_NONE,
+                                        TPM2_CAP_HANDLES, first, 32, nullptr, &told),
+                     "asking for handles");
+        const tpm::TpmMemory<TPMS_CAPABILITY_DATA> memory(told);
+        for (UINT32 number = 0; number < told->data.handles.count; ++number)
+            flush(connection, told->data.handles.handle[number]);
+    }
 }
 
 void SimulatedChip::cutPower() {

@@ -27,6 +27,8 @@ public:
 
     /// As a user clears it in the settings of the firmware: all that it has made is lost.
     void clear() const;
+    /// What the kernel does for a program that has ended: flushes what it has left in the memory.
+    void forgetLeftovers() const;
     /// Ends it in the middle of whatever it does.
     void cutPower();
     /// Starts it again after cutPower().
