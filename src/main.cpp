@@ -17,6 +17,5 @@ int main(int count, char** words) {
     const int status = desktop.application().run(app);
     // Suspended tasks refer to the objects above.
     kelo::dropSpawnedTasks();
-    start.end(status);
     return status;
 }

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 
 namespace kelo::startup {
 
@@ -63,11 +64,13 @@ ProcessStart::ProcessStart(const std::vector<std::string>& words) {
     if (const auto root = programTree()) {
         // Opened now: it is this tree's, which an update moves away.
         const posix::FileDescriptor watcher = updater::openStartWatcher(*root);
-        tree.emplace(*root);
-        if (tree->replacement() == Replacement::byUpdate)
+        trial = std::make_shared<Trial>(Trial{updater::TreeStart(*root)});
+        if (trial->tree.replacement() == Replacement::byUpdate)
             updater::watchThisProcess(watcher, *root, words);
-        if (tree->replacement() != Replacement::none)
+        if (trial->tree.replacement() != Replacement::none)
             runInstead(*root, words);
+        // Not at the end of main(): the toolkit exits by itself after it has shown its help.
+        on_exit(&ended, new std::shared_ptr(trial));
     }
     unsetUnsafeVariables();
     quietChipLibrary();
@@ -79,23 +82,25 @@ ProcessStart::ProcessStart(const std::vector<std::string>& words) {
 }
 
 void ProcessStart::confirmLater() {
-    if (!tree)
+    if (!trial)
         return;
-    MainLoop::main().post([this] { loopRan = true; });
-    MainLoop::main().scheduleTimer(startedAfter, [this] { tree->confirm(); });
+    MainLoop::main().post([trial = trial] { trial->loopRan = true; });
+    MainLoop::main().scheduleTimer(startedAfter, [trial = trial] { trial->tree.confirm(); });
 }
 
-void ProcessStart::end(int status) {
-    if (!tree || status != 0)
+void ProcessStart::ended(int status, void* shared) {
+    const std::unique_ptr<std::shared_ptr<Trial>> trial(
+        static_cast<std::shared_ptr<Trial>*>(shared));
+    if (status != 0)
         return;
-    if (loopRan)
-        tree->confirm();
+    if ((*trial)->loopRan)
+        (*trial)->tree.confirm();
     else
-        tree->setAside();
+        (*trial)->tree.setAside();
 }
 
 std::optional<updater::TreeUpdate> ProcessStart::failedUpdate() const {
-    return tree ? tree->failedUpdate() : std::nullopt;
+    return trial ? trial->tree.failedUpdate() : std::nullopt;
 }
 
 } // namespace kelo::startup

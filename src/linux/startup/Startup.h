@@ -3,6 +3,7 @@
 #include "updater/install/InstallRecovery.h"
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,19 +34,24 @@ public:
 
     /// Confirms the start once the main loop has run for ten seconds, and removes what an update
     /// has left beside the tree. Call it when the main loop is installed.
+    ///
+    /// The end of the process with status 0 confirms the start, too, if the loop has run. If it has
+    /// not (for --help, or to activate a running process), nothing is known about the start.
     void confirmLater();
-
-    /// To be called at the end of main() with its exit status. Status 0 confirms the start of a
-    /// program that ran its main loop. If it never ran it (for --help, or to activate a running
-    /// one), nothing is known about its start.
-    void end(int status);
 
     /// An update that was taken back because it did not start.
     std::optional<updater::TreeUpdate> failedUpdate() const;
 
 private:
-    std::optional<updater::TreeStart> tree;
-    bool loopRan = false;
+    struct Trial {
+        updater::TreeStart tree;
+        bool loopRan = false;
+    };
+    static void ended(int status, void* trial);
+
+    /// Shared with the main loop and with what runs at the end of the process. Null for a program
+    /// that no update can have replaced.
+    std::shared_ptr<Trial> trial;
 };
 
 } // namespace kelo::startup

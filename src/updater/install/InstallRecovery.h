@@ -31,6 +31,7 @@ struct TreeUpdate {
 class TreeStart {
 public:
     explicit TreeStart(std::filesystem::path root, ExchangeCalls calls = {}) noexcept;
+    TreeStart(TreeStart&&) noexcept = default;
 
     enum class Replacement {
         none,

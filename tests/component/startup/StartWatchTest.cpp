@@ -108,6 +108,14 @@ TEST_F(StartWatch, LeavesAProgramAloneThatItsUserQuitsSoon) {
     install();
     EXPECT_EQ(watch({"2"}), WatchResult::confirmed);
     EXPECT_EQ(readFile(root / "share/kelo/Info.plist"), information("1.1"));
+    EXPECT_FALSE(fs::exists(beside));
+}
+
+// As the toolkit does for --help.
+TEST_F(StartWatch, LeavesAProgramAloneThatExitsFromWithin) {
+    install();
+    EXPECT_EQ(watch({"2", "exit"}), WatchResult::confirmed);
+    EXPECT_EQ(readFile(root / "share/kelo/Info.plist"), information("1.1"));
 }
 
 TEST_F(StartWatch, LeavesAProgramAloneThatHandedOverToARunningOne) {
