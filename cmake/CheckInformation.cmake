@@ -44,6 +44,7 @@ endif()
 if(KELO_UPDATE_FEED)
   kelo_setting(SUFeedURL "<string>${KELO_UPDATE_FEED}</string>")
   kelo_setting(SUPublicEDKey "<string>${KELO_UPDATE_PUBLIC_KEY}</string>")
+  kelo_switch(SURequireSignedFeed KELO_UPDATE_SIGNED_FEED)
 endif()
 # Without the key the user is asked.
 if(KELO_UPDATE_AUTOMATIC_CHECKS STREQUAL "on")

@@ -21,7 +21,8 @@ struct CommandForm {
 constexpr std::array<CommandForm, 4> forms{{
     {"keygen", Command::keygen, 0, "keygen --key FILE"},
     {"sign", Command::sign, 1, "sign [--key FILE] ARCHIVE"},
-    {"generate", Command::generate, 1, "generate [--key FILE] [--url URL] [--link URL] FOLDER"},
+    {"generate", Command::generate, 1,
+     "generate [--key FILE] [--next-key FILE] [--url URL] [--link URL] [--replace] FOLDER"},
     {"verify", Command::verify, 2, "verify [--public-key KEY | --key FILE] FEED ARCHIVE"},
 }};
 
@@ -62,6 +63,10 @@ private:
 void readOption(const std::string& option, Reader& reader, Arguments& arguments) {
     if (option == "--key") {
         arguments.key = reader.valueOf(option);
+    } else if (option == "--next-key") {
+        arguments.nextKey = reader.valueOf(option);
+    } else if (option == "--replace") {
+        arguments.replace = true;
     } else if (option == "--public-key") {
         arguments.publicKey = reader.valueOf(option);
     } else if (option == "--url") {
@@ -112,14 +117,19 @@ Commands:
   keygen    write a new private key to FILE and print the public key, which
             is the value of KELO_UPDATE_PUBLIC_KEY when you build Kelo
   sign      print an archive's signature and length
-  generate  write FOLDER/appcast.xml for the packages in the folder
+  generate  write and sign FOLDER/appcast.xml for the packages in the folder
             (kelo-VERSION.tar.zst, kelo-VERSION.deb) with their release notes
             (kelo-VERSION.md or kelo-VERSION.txt)
-  verify    check an archive's signature and length in the feed, as Kelo does
+  verify    check the feed's signature, and an archive's signature and length
+            in it, as Kelo does
 
 Options:
   --key FILE        private key (default: the file that the environment
                     variable KELO_APPCAST_KEY names)
+  --next-key FILE   private key that will take its place: the first release
+                    that was built with it is signed with the present key,
+                    those after it with the next one, and the feed with both
+  --replace         sign packages again that were changed under their names
   --public-key KEY  public key, as printed by keygen
   --url URL         folder that the packages are downloaded from, https
                     (default: the folder of the feed that the packages name)

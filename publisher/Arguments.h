@@ -16,9 +16,11 @@ struct Arguments {
     std::vector<std::filesystem::path> files;
     /// The private key's file: from --key, else from KELO_APPCAST_KEY, else empty.
     std::filesystem::path key;
-    std::string publicKey;   ///< Base64, or empty
-    std::string downloadUrl; ///< ends with "/", or empty
-    std::string pageUrl;     ///< may be empty
+    std::filesystem::path nextKey; ///< while the key is being changed; may be empty
+    bool replace = false;          ///< sign packages again that were changed
+    std::string publicKey;         ///< Base64, or empty
+    std::string downloadUrl;       ///< ends with "/", or empty
+    std::string pageUrl;           ///< may be empty
 };
 
 /// Parses the arguments after the program's name. keyVariable is the value of KELO_APPCAST_KEY, if

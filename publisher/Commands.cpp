@@ -5,11 +5,13 @@
 #include "publisher/Feed.h"
 #include "publisher/Files.h"
 #include "publisher/Package.h"
+#include "publisher/Releases.h"
 #include "publisher/SigningKey.h"
 
 #include "updater/appcast/Appcast.h"
 #include "updater/appcast/Version.h"
 #include "updater/archive/Signature.h"
+#include "updater/archive/SignedFeed.h"
 #include "updater/error/UpdateError.h"
 
 #include <algorithm>
@@ -67,15 +69,12 @@ std::string downloadUrl(const Arguments& arguments, const Package& package, cons
     return package.feedUrl.substr(0, package.feedUrl.rfind('/') + 1);
 }
 
-FeedItem itemFor(const fs::path& path, const Arguments& arguments, const SigningKey& key) {
-    const Package package = readPackage(path);
-    const std::string publicKey = base64Encode(key.publicKey());
-    if (!package.publicKey.empty() && package.publicKey != publicKey)
-        throw Failure("\"" + path.string() +
-                      "\" was built with another public key (KELO_UPDATE_PUBLIC_KEY). Once "
-                      "installed, it would refuse updates that are signed with this key.");
-    const MappedFile file(path);
-    FeedItem item;
+Release readRelease(const fs::path& path, const Arguments& arguments) {
+    Release release;
+    release.path = path;
+    release.package = readPackage(path);
+    const Package& package = release.package;
+    FeedItem& item = release.item;
     item.version = package.version;
     item.shortVersion = package.shortVersion.empty() ? package.version : package.shortVersion;
     item.system = package.system;
@@ -83,18 +82,18 @@ FeedItem itemFor(const fs::path& path, const Arguments& arguments, const Signing
     item.fileName = path.filename();
     item.url = downloadUrl(arguments, package, path) + item.fileName;
     item.pageUrl = arguments.pageUrl;
-    item.signature = base64Encode(key.sign(file.bytes()));
-    item.length = file.bytes().size();
     item.notes = notesFor(path.parent_path(), packageStem(path));
     // One text serves the packages for several systems, whose names go on after the version.
     if (!item.notes)
         item.notes = notesFor(path.parent_path(), "kelo-" + item.shortVersion);
-    return item;
+    return release;
 }
 
 /// Newest first. Of one version, trees come before packages, because readers take the first item of
 /// equal versions.
-bool comesFirst(const FeedItem& left, const FeedItem& right) {
+bool comesFirst(const Release& one, const Release& other) {
+    const FeedItem& left = one.item;
+    const FeedItem& right = other.item;
     const auto order = updater::compareVersions(left.version, right.version);
     if (order != 0)
         return order > 0;
@@ -103,27 +102,53 @@ bool comesFirst(const FeedItem& left, const FeedItem& right) {
     return leftIsPackage != rightIsPackage ? rightIsPackage : left.fileName < right.fileName;
 }
 
+ReleaseKeys loadKeys(const Arguments& arguments) {
+    ReleaseKeys keys{loadKey(arguments)};
+    if (arguments.nextKey.empty())
+        return keys;
+    keys.next = SigningKey::load(arguments.nextKey);
+    if (keys.next->publicKey() == keys.current.publicKey())
+        throw UsageError("--next-key names the present key. Make another one with keygen.");
+    return keys;
+}
+
+std::vector<std::string> signaturesFor(const std::string& feed, const ReleaseKeys& keys) {
+    std::vector<std::string> signatures{base64Encode(keys.current.sign(bytesOf(feed)))};
+    if (keys.next)
+        signatures.push_back(base64Encode(keys.next->sign(bytesOf(feed))));
+    return signatures;
+}
+
 void generate(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
     const fs::path& folder = arguments.files.front();
     std::error_code failure;
     if (!fs::is_directory(folder, failure))
         throw Failure("There is no folder \"" + folder.string() + "\".");
-    const SigningKey key = loadKey(arguments);
-    std::vector<FeedItem> items;
+    const ReleaseKeys keys = loadKeys(arguments);
+    std::vector<Release> releases;
     for (const auto& entry : fs::directory_iterator(folder)) {
         if (entry.is_regular_file() && isPackageName(entry.path()))
-            items.push_back(itemFor(entry.path(), arguments, key));
+            releases.push_back(readRelease(entry.path(), arguments));
     }
-    if (items.empty())
+    if (releases.empty())
         throw Failure("There are no packages (kelo-VERSION.tar.zst, kelo-VERSION.deb) in \"" +
                       folder.string() + "\".");
-    std::ranges::sort(items, comesFirst);
+    std::ranges::sort(releases, comesFirst);
 
     const std::string old = readText(folder / feedName).value_or("");
-    for (const auto& name : droppedFiles(items, old))
+    const auto oldItems = packagesIn(old);
+    signReleases(releases, keys, oldItems, arguments.replace);
+    std::vector<FeedItem> items;
+    for (const auto& release : releases)
+        items.push_back(release.item);
+    for (const auto& name : droppedFiles(items, oldItems))
         remarks << name << " is no longer in the folder, so the feed leaves it out.\n";
-    const std::string feed = writeFeed(
+    for (const auto& remark : remarksOn(releases, oldItems, keys))
+        remarks << remark << "\n";
+    std::string feed = writeFeed(
         items, old, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+    requireReadable(items, feed);
+    feed += updater::signatureLines(feed.size(), signaturesFor(feed, keys));
     replaceFile(folder / feedName, feed);
     for (const auto& item : items)
         output << item.fileName << ": version " << item.shortVersion << " (" << item.version
@@ -154,10 +179,9 @@ const updater::AppcastItem& itemOf(const updater::Appcast& appcast, const std::s
     return *found;
 }
 
-updater::Appcast readFeed(const fs::path& path, std::ostream& remarks) {
-    const MappedFile file(path);
+updater::Appcast readFeed(const fs::path& path, ByteView bytes, std::ostream& remarks) {
     try {
-        updater::Appcast appcast = updater::parseAppcast(file.bytes());
+        updater::Appcast appcast = updater::parseAppcast(bytes);
         for (const auto& problem : appcast.problems)
             remarks << "Left out: " << problem << "\n";
         return appcast;
@@ -167,14 +191,28 @@ updater::Appcast readFeed(const fs::path& path, std::ostream& remarks) {
     }
 }
 
+/// The part of the feed that is read, which is the signed one if it is signed.
+ByteView checkedFeed(const MappedFile& feed, const updater::PublicKey& key) {
+    const auto found = updater::signaturesOf(feed.bytes());
+    const auto isValid = [&](const updater::Signature& signature) {
+        return updater::verifies(key, signature, found->signedPart);
+    };
+    if (found && std::ranges::any_of(found->signatures, isValid))
+        return found->signedPart;
+    if (found)
+        throw Failure("The feed's signature is not valid: Kelo would refuse it. Run kelo-appcast "
+                      "generate again, with the right key.");
+    return feed.bytes();
+}
+
 void verify(const Arguments& arguments, std::ostream& output, std::ostream& remarks) {
     const fs::path& archive = arguments.files[1];
-    const updater::Appcast appcast = readFeed(arguments.files[0], remarks);
-    const std::string name = archive.filename();
-    const updater::AppcastItem& item = itemOf(appcast, name);
     const auto key = updater::parsePublicKey(publicKeyFor(arguments, archive, remarks));
     if (!key)
         throw Failure("The public key is not valid. Use the 44 characters that keygen printed.");
+    const MappedFile feed(arguments.files[0]);
+    const updater::Appcast appcast = readFeed(arguments.files[0], checkedFeed(feed, *key), remarks);
+    const updater::AppcastItem& item = itemOf(appcast, archive.filename());
     const auto signature = updater::parseSignature(item.enclosure->signature.value_or(""));
     if (!signature)
         throw Failure("The feed has no signature for \"" + archive.string() +
@@ -189,6 +227,10 @@ void verify(const Arguments& arguments, std::ostream& output, std::ostream& rema
             "The signature of \"" + archive.string() +
             "\" is not valid: Kelo would refuse it. Run kelo-appcast generate again, with "
             "the right key.");
+    if (!updater::signaturesOf(feed.bytes()) && readPackage(archive).requiresSignedFeed)
+        throw Failure("The feed is not signed, or was changed by hand since, and this release was "
+                      "built to take no such feed (KELO_UPDATE_SIGNED_FEED). Run kelo-appcast "
+                      "generate again.");
     output << archive.filename().string() << ": version " << item.displayVersion() << " ("
            << item.version << "), the signature is valid.\n";
 }

@@ -17,6 +17,9 @@ namespace {
 
 constexpr const char* appcastNamespace = "http://www.andymatuschak.org/xml-namespaces/sparkle";
 
+constexpr const char* warning =
+    " Signed below. After a change by hand, run kelo-appcast generate again. ";
+
 struct DocumentDeleter {
     void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
@@ -121,6 +124,7 @@ public:
         xmlDocSetRootElement(document.get(), root);
         xmlNewProp(root, xml("version"), xml("2.0"));
         appcast = xmlNewNs(root, xml(appcastNamespace), xml("sparkle"));
+        xmlAddChild(root, xmlNewDocComment(document.get(), xml(warning)));
         channel = xmlNewChild(root, nullptr, xml("channel"), nullptr);
         add(channel, nullptr, "title", "Kelo");
     }
@@ -141,9 +145,12 @@ public:
             writeNotes(node, *item.notes);
         else if (xmlNode* const notes = childOf(old, "description"))
             copy(notes, node);
+        if (!item.minimumUpdateVersion.empty())
+            add(node, appcast, "minimumUpdateVersion", item.minimumUpdateVersion);
         for (xmlNode* kept = old ? old->children : nullptr; kept; kept = kept->next) {
             const bool isReplaced =
-                !item.minimumSystem.empty() && hasName(kept, "minimumSystemVersion");
+                (!item.minimumSystem.empty() && hasName(kept, "minimumSystemVersion")) ||
+                (!item.minimumUpdateVersion.empty() && hasName(kept, "minimumUpdateVersion"));
             if (kept->type == XML_ELEMENT_NODE && !isOurs(kept) && !isReplaced)
                 copy(kept, node);
         }
@@ -203,15 +210,26 @@ std::string writeFeed(const std::vector<FeedItem>& items, const std::string& old
     return writer.text();
 }
 
-std::vector<std::string> droppedFiles(const std::vector<FeedItem>& items,
-                                      const std::string& oldFeed) {
-    const Document old = parse(oldFeed);
-    std::vector<std::string> dropped;
-    for (const xmlNode* node : itemsOf(old)) {
+std::vector<OldItem> packagesIn(const std::string& feed) {
+    const Document document = parse(feed);
+    std::vector<OldItem> packages;
+    for (const xmlNode* node : itemsOf(document)) {
         const std::string name = fileNameOf(node);
-        const auto isIt = [&](const FeedItem& item) { return item.fileName == name; };
-        if (!name.empty() && std::ranges::none_of(items, isIt))
-            dropped.push_back(name);
+        xmlNode* const enclosure = childOf(node, "enclosure");
+        if (!name.empty())
+            packages.push_back({name, contentOf(childOf(node, "version")),
+                                textOf(XmlText(xmlGetNsProp(enclosure, xml("edSignature"),
+                                                            xml(appcastNamespace))))});
+    }
+    return packages;
+}
+
+std::vector<std::string> droppedFiles(const std::vector<FeedItem>& items,
+                                      const std::vector<OldItem>& oldItems) {
+    std::vector<std::string> dropped;
+    for (const auto& old : oldItems) {
+        if (std::ranges::find(items, old.fileName, &FeedItem::fileName) == items.end())
+            dropped.push_back(old.fileName);
     }
     return dropped;
 }

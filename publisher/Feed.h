@@ -25,6 +25,8 @@ struct FeedItem {
     std::string fileName;
     std::string url;
     std::string pageUrl; ///< may be empty
+    /// Only copies of this version or a newer one can take it; empty: all.
+    std::string minimumUpdateVersion = {};
     std::string signature;
     std::uint64_t length = 0;
     std::optional<Notes> notes;
@@ -37,8 +39,18 @@ struct FeedItem {
 std::string writeFeed(const std::vector<FeedItem>& items, const std::string& oldFeed,
                       std::chrono::sys_seconds now);
 
+/// What a feed says of a package.
+struct OldItem {
+    std::string fileName;
+    std::string version;
+    std::string signature; ///< may be empty
+};
+
+/// The packages in a feed (empty: none). Throws Failure if it cannot be read.
+std::vector<OldItem> packagesIn(const std::string& feed);
+
 /// File names that have an item in the old feed, but not among these items.
 std::vector<std::string> droppedFiles(const std::vector<FeedItem>& items,
-                                      const std::string& oldFeed);
+                                      const std::vector<OldItem>& oldItems);
 
 } // namespace kelo::publisher

@@ -165,9 +165,14 @@ Package readPackage(const std::filesystem::path& path) {
     const auto text = [&](std::string_view key) {
         return platform::informationValue<std::string>(*information, key).value_or("");
     };
-    Package package{text("CFBundleVersion"),  text("CFBundleShortVersionString"),
-                    text("SUFeedURL"),        text("SUPublicEDKey"),
-                    systemOf(*found.program), text("LSMinimumSystemVersion")};
+    Package package{
+        text("CFBundleVersion"),
+        text("CFBundleShortVersionString"),
+        text("SUFeedURL"),
+        text("SUPublicEDKey"),
+        systemOf(*found.program),
+        text("LSMinimumSystemVersion"),
+        platform::informationValue<bool>(*information, "SURequireSignedFeed").value_or(false)};
     if (package.version.empty())
         throw Failure("The Info.plist in \"" + path.string() +
                       "\" names no CFBundleVersion. Pack the release again.");

@@ -18,6 +18,7 @@ struct Package {
     std::string system;
     /// Oldest C library that the program runs with (LSMinimumSystemVersion); may be empty.
     std::string minimumSystem;
+    bool requiresSignedFeed = false;
 };
 
 /// Whether the extension is that of a package: .tar.zst, .tar.xz, .tar.gz or .deb.

@@ -3,6 +3,7 @@
 #include "base/Translation.h"
 #include "updater/UpdateTexts.h"
 #include "updater/archive/Download.h"
+#include "updater/archive/SignedFeed.h"
 #include "updater/error/UpdateError.h"
 #include "updater/notes/NotesReader.h"
 
@@ -87,7 +88,9 @@ Task<void> UpdateCheck::checkAndInstall() {
 Task<Appcast> UpdateCheck::readFeed() {
     const Bytes bytes =
         co_await unlessCancelled(context.transport.fetch(*context.settings.feed, appcastLimit));
-    Appcast appcast = parseAppcast(bytes);
+    const UpdaterSettings& settings = context.settings;
+    Appcast appcast = parseAppcast(
+        settings.requiresSignedFeed ? verifiedPart(bytes, settings.publicKey) : ByteView(bytes));
     for (const std::string& problem : appcast.problems)
         context.log("In the list of updates, " + problem);
     putInstallableFirst(appcast, context.installer);
@@ -159,6 +162,10 @@ Task<ReleaseNotes> UpdateCheck::notesOf(AppcastItem item) {
     if (!notes.empty() || !item.releaseNotesLink)
         co_return notes;
     const Url link = *item.releaseNotesLink;
+    if (context.settings.requiresSignedFeed) {
+        context.log("The release notes are outside the signed feed and are not shown.");
+        co_return notes;
+    }
     try {
         const Bytes page = co_await unlessCancelled(context.transport.fetch(link, notesLimit));
         notes = readReleaseNotes(kelo::textOf(page), notesFormatOf(link));

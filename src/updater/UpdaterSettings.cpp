@@ -32,7 +32,8 @@ std::chrono::seconds intervalIn(const InformationDictionary& dictionary) {
 } // namespace
 
 UpdaterSettings::UpdaterSettings(const InformationDictionary& dictionary)
-    : automaticChecks(informationValue<bool>(dictionary, "SUEnableAutomaticChecks")),
+    : requiresSignedFeed(informationValue<bool>(dictionary, "SURequireSignedFeed").value_or(false)),
+      automaticChecks(informationValue<bool>(dictionary, "SUEnableAutomaticChecks")),
       checkInterval(intervalIn(dictionary)),
       downloadsUnasked(
           informationValue<bool>(dictionary, "SUAutomaticallyUpdate").value_or(false) &&

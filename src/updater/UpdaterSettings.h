@@ -20,6 +20,8 @@ struct UpdaterSettings {
     bool feedRefused = false;
     /// Nothing if it is absent or not a key.
     std::optional<PublicKey> publicKey;
+    /// Whether the feed itself has to be signed with the key.
+    bool requiresSignedFeed = false;
 
     /// Whether to check automatically; nothing: ask the user.
     std::optional<bool> automaticChecks;

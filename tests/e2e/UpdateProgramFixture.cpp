@@ -114,7 +114,8 @@ void UpdateProgramFixture::stamp(const fs::path& tree, const VersionStamp& stamp
         << entry("CFBundleShortVersionString", stamp.version)
         << entry("CFBundleVersion", stamp.build)
         << entry("SUFeedURL", server->origin() + "/appcast.xml")
-        << entry("SUPublicEDKey", publicKey) << "</dict></plist>\n";
+        << entry("SUPublicEDKey", publicKey) << "<key>SURequireSignedFeed</key><true/>\n"
+        << "</dict></plist>\n";
 }
 
 void UpdateProgramFixture::publishSignedWith(const SigningKey& key, const std::string& script) {

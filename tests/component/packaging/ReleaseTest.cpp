@@ -1,8 +1,11 @@
 #include "component/packaging/Packages.h"
 
 #include "bundle/InformationFile.h"
+#include "updater/UpdateSelection.h"
 #include "updater/appcast/Appcast.h"
 #include "updater/archive/Signature.h"
+#include "updater/archive/SignedFeed.h"
+#include "updater/error/UpdateError.h"
 #include "updater/install/DebianPackage.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/InstalledCopy.h"
@@ -11,6 +14,7 @@
 #include <gmock/gmock.h>
 
 #include <gnu/libc-version.h>
+#include <sys/utsname.h>
 
 namespace kelo::tests {
 
@@ -29,10 +33,7 @@ class Release : public testing::Test {
 protected:
     Release() {
         EXPECT_EQ(runCommand("mkdir " + quoted(releases)).status, 0);
-        const auto made =
-            runCommand(quoted(tool) + " keygen --key " + quoted(key) + " 2>/dev/null");
-        EXPECT_EQ(made.status, 0);
-        publicKey = made.output.substr(0, made.output.find('\n'));
+        publicKey = makeKey(key);
     }
 
     void stamp(const fs::path& tree, const std::string& version, const std::string& build) const {
@@ -42,20 +43,56 @@ protected:
                   "<plist version=\"1.0\"><dict><key>CFBundleShortVersionString</key><string>" +
                       version + "</string><key>CFBundleVersion</key><string>" + build +
                       "</string><key>SUFeedURL</key><string>https://kelo.example/get/appcast.xml"
-                      "</string><key>SUPublicEDKey</key><string>" +
+                      "</string><key>SURequireSignedFeed</key><true/><key>SUPublicEDKey</key>"
+                      "<string>" +
                       publicKey + "</string></dict></plist>");
     }
 
     void pack(const std::string& version, const std::string& build) const {
+        stamp(folder / ("build/kelo-" + version), version, build);
+        packAgain(version);
+    }
+
+    void packAgain(const std::string& version) const {
         const std::string name = "kelo-" + version;
-        stamp(folder / ("build/" + name), version, build);
         const auto packed = runCommand("tar --zstd -cf " + quoted(releases / (name + ".tar.zst")) +
                                        " -C " + quoted(folder / "build") + " " + name);
         EXPECT_EQ(packed.status, 0) << packed.output;
     }
 
-    Outcome generate() const {
-        return runCommand(quoted(tool) + " generate --key " + quoted(key) + " " + quoted(releases));
+    Outcome generate(const std::string& options = "") const {
+        return runCommand(quoted(tool) + " generate --key " + quoted(key) + " " + options + " " +
+                          quoted(releases));
+    }
+
+    /// Makes a key, and returns its public half.
+    std::string makeKey(const fs::path& file) const {
+        const auto made =
+            runCommand(quoted(tool) + " keygen --key " + quoted(file) + " 2>/dev/null");
+        EXPECT_EQ(made.status, 0);
+        return made.output.substr(0, made.output.find('\n'));
+    }
+
+    /// The version that a copy of this version and with this key would take, and could verify.
+    std::string takenBy(const std::string& build, const std::string& ownKey) const {
+        const auto parsedKey = updater::parsePublicKey(ownKey);
+        const auto bytes = bytesOf(readFile(feed));
+        updater::SelectionRules rules;
+        rules.installedVersion = build;
+        utsname names{};
+        ::uname(&names);
+        rules.system.architecture = names.machine;
+        const auto selection = updater::selectUpdate(
+            updater::parseAppcast(updater::verifiedPart(bytes, parsedKey)), rules);
+        if (!selection.update)
+            return "";
+        const auto& enclosure = *selection.update->item.enclosure;
+        const std::string path = enclosure.url.path();
+        const auto archive = openForReading(releases / path.substr(path.rfind('/') + 1));
+        EXPECT_TRUE(updater::verifiesFile(*parsedKey,
+                                          *updater::parseSignature(*enclosure.signature),
+                                          archive.get(), *enclosure.length));
+        return selection.update->item.version;
     }
 
     Outcome verify(const std::string& fileName) const {
@@ -114,12 +151,13 @@ TEST_F(Release, GoesFromAKeyToAnInstalledUpdate) {
                   "CFBundleShortVersionString"),
               "1.1");
     updater::TreeStart(installed).confirm();
-    EXPECT_EQ(contentsOf(home), [&] {
-        Contents expected;
-        for (const auto& [path, content] : contentsOf(folder / "build/kelo-1.1"))
-            expected["Kelo/" + path] = content;
-        return expected;
-    }());
+    const Contents released = contentsOf(folder / "build/kelo-1.1");
+    const Contents found = contentsOf(home);
+    EXPECT_EQ(found.size(), released.size());
+    for (const auto& [path, content] : found)
+        EXPECT_TRUE(path.starts_with("Kelo/") && released.contains(path.substr(5)) &&
+                    released.at(path.substr(5)) == content)
+            << path;
 }
 
 TEST_F(Release, OfBothPackagesPutsTheTreeFirst) {
@@ -174,6 +212,72 @@ TEST_F(Release, KeepsTheDateAndWhatWasAddedByHand) {
     EXPECT_EQ(items[0].channel, "");
     EXPECT_EQ(items[1].channel, "beta");
     EXPECT_THAT(readFile(feed), HasSubstr(oldDate));
+}
+
+// The road in "Another key" of that page.
+TEST_F(Release, BringsTheNextKeyToEveryCopy) {
+    const std::string oldKey = publicKey;
+    const fs::path nextFile = folder / "next.key";
+    const std::string newKey = makeKey(nextFile);
+    pack("1.0", "10");
+    ASSERT_EQ(generate().status, 0);
+
+    publicKey = newKey;
+    pack("1.1", "11");
+    auto generated = generate("--next-key " + quoted(nextFile));
+    ASSERT_EQ(generated.status, 0) << generated.output;
+    EXPECT_EQ(takenBy("9", oldKey), "11");
+
+    pack("1.2", "12");
+    generated = generate("--next-key " + quoted(nextFile));
+    ASSERT_EQ(generated.status, 0) << generated.output;
+    EXPECT_EQ(takenBy("9", oldKey), "11") << "a copy that stayed behind";
+    EXPECT_EQ(takenBy("11", newKey), "12");
+    EXPECT_EQ(verify("kelo-1.2.tar.zst").status, 0);
+
+    key = nextFile;
+    fs::remove(releases / "kelo-1.0.tar.zst");
+    fs::remove(releases / "kelo-1.1.tar.zst");
+    pack("1.3", "13");
+    generated = generate();
+    ASSERT_EQ(generated.status, 0) << generated.output;
+    EXPECT_EQ(takenBy("11", newKey), "13");
+    EXPECT_THROW(takenBy("9", oldKey), updater::UpdateError) << "it was given up";
+}
+
+TEST_F(Release, WhoseFeedWasChangedByHandIsRefusedUntilItIsGeneratedAgain) {
+    pack("1.1", "11");
+    ASSERT_EQ(generate().status, 0);
+    std::string text = readFile(feed);
+    text.replace(text.find("<pubDate>"), 0, "<sparkle:channel>beta</sparkle:channel>");
+    writeFile(feed, text);
+    EXPECT_THAT(verify("kelo-1.1.tar.zst").output, HasSubstr("changed by hand"));
+    ASSERT_EQ(generate().status, 0);
+    EXPECT_EQ(verify("kelo-1.1.tar.zst").status, 0);
+    EXPECT_EQ(newestItem().channel, "beta");
+}
+
+TEST_F(Release, ThatChangedUnderItsNameIsSignedAgainOnlyWhenTold) {
+    pack("1.1", "11");
+    ASSERT_EQ(generate().status, 0);
+    const std::string before = readFile(feed);
+    writeFile(folder / "build/kelo-1.1/share/doc/more.txt", "more");
+    packAgain("1.1");
+    const auto outcome = generate();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("not what was published under that name"));
+    EXPECT_EQ(readFile(feed), before);
+    EXPECT_EQ(generate("--replace").status, 0);
+    EXPECT_EQ(verify("kelo-1.1.tar.zst").status, 0);
+}
+
+TEST_F(Release, ThatCopiesWouldLeaveOutIsNotPublished) {
+    pack("1.1", "11");
+    fs::rename(releases / "kelo-1.1.tar.zst", releases / "kelo 1.1.tar.zst");
+    const auto outcome = generate();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("would leave"));
+    EXPECT_FALSE(fs::exists(feed));
 }
 
 TEST_F(Release, ThatWasChangedAfterwardsDoesNotVerify) {

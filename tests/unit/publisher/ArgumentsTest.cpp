@@ -67,4 +67,15 @@ TEST(Arguments, HelpNamesEveryCommandAndOption) {
         EXPECT_THAT(helpText(), HasSubstr(word));
 }
 
+TEST(Arguments, NameTheNextKeyAndWhetherToReplace) {
+    const auto plain = parse({"generate", "releases"});
+    EXPECT_EQ(plain.nextKey, "");
+    EXPECT_FALSE(plain.replace);
+    const auto both = parse({"generate", "--replace", "releases", "--next-key", "new.key"});
+    EXPECT_EQ(both.nextKey, "new.key");
+    EXPECT_TRUE(both.replace);
+    EXPECT_THAT(both.files, ElementsAre("releases"));
+    expectRefused({"generate", "releases", "--next-key"}, "--next-key needs a value");
+}
+
 } // namespace kelo::publisher

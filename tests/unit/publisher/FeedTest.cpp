@@ -103,8 +103,18 @@ TEST(Feed, WrittenTwiceStaysTheSame) {
 
 TEST(Feed, NamesWhatItLeavesOut) {
     const std::string old = writeFeed({itemOf("11"), itemOf("10")}, "", now);
-    EXPECT_THAT(droppedFiles({itemOf("11")}, old), ElementsAre("kelo-1.10.tar.zst"));
-    EXPECT_THAT(droppedFiles({itemOf("11")}, ""), IsEmpty());
+    EXPECT_THAT(droppedFiles({itemOf("11")}, packagesIn(old)), ElementsAre("kelo-1.10.tar.zst"));
+    EXPECT_THAT(droppedFiles({itemOf("11")}, packagesIn("")), IsEmpty());
+}
+
+TEST(Feed, OffersAReleaseOnlyToTheCopiesThatCanTakeIt) {
+    FeedItem item = itemOf("12");
+    item.minimumUpdateVersion = "11";
+    const std::string feed = writeFeed({item, itemOf("11")}, "", now);
+    EXPECT_EQ(read(feed).items[0].minimumUpdateVersion, "11");
+    EXPECT_EQ(read(feed).items[1].minimumUpdateVersion, "");
+    item.minimumUpdateVersion = "10";
+    EXPECT_EQ(read(writeFeed({item}, feed, now)).items[0].minimumUpdateVersion, "10");
 }
 
 TEST(Feed, ThatIsDamagedIsNotOverwrittenUnread) {

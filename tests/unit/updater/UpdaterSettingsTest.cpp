@@ -100,4 +100,11 @@ TEST(UpdaterSettings, WithoutAVersionNothingCanBeCompared) {
                      .isSetUp());
 }
 
+TEST(UpdaterSettings, RequireASignedFeedOnlyWhenTheBundleSaysSo) {
+    using updater::UpdaterSettings;
+    EXPECT_FALSE(UpdaterSettings({}).requiresSignedFeed);
+    EXPECT_TRUE(UpdaterSettings({{"SURequireSignedFeed", true}}).requiresSignedFeed);
+    EXPECT_FALSE(UpdaterSettings({{"SURequireSignedFeed", false}}).requiresSignedFeed);
+}
+
 } // namespace kelo::test
