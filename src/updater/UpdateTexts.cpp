@@ -37,7 +37,13 @@ UpdateMessage notSetUpMessage(const UpdaterSettings& settings) {
                        {settings.programName})};
 }
 
-UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item) {
+UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item,
+                            const std::string& obstacle) {
+    if (!obstacle.empty())
+        return {translated("A newer version is available"),
+                translated("%1 %2 cannot be installed from here.",
+                           {settings.programName, item.displayVersion()}) +
+                    " " + obstacle};
     return {translated("A newer version is available"),
             translated("%1 %2 cannot be installed from here. Get it from where you got this copy.",
                        {settings.programName, item.displayVersion()})};

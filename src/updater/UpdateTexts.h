@@ -19,7 +19,9 @@ UpdateMessage upToDateMessage(const UpdaterSettings& settings);
 UpdateMessage unsupportedMessage(const UpdaterSettings& settings, const AppcastItem& item,
                                  const SystemDescription& system);
 UpdateMessage notSetUpMessage(const UpdaterSettings& settings);
-UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item);
+/// obstacle: what the user can do so that it can be installed, as a sentence; may be empty.
+UpdateMessage noLinkMessage(const UpdaterSettings& settings, const AppcastItem& item,
+                            const std::string& obstacle);
 UpdateMessage handedOverMessage(const UpdaterSettings& settings, const AppcastItem& item);
 
 /// The offer for the user, without release notes.

@@ -2,6 +2,8 @@
 // keys, against a real web server, with what the publisher's tool made.
 #include "e2e/UpdateProgramFixture.h"
 
+#include <fstream>
+
 namespace kelo::e2e {
 
 namespace {
@@ -44,7 +46,8 @@ TEST_F(UpdateProgramFixture, GoesFromOneVersionToTheNextAndComesBackAsIt) {
     server->letGo();
 
     awaitText("The update is ready");
-    awaitText("Kelo will close, and open again as version 1.1.");
+    awaitText("Kelo will close, and open again as version 1.1. If you choose “Later”, its next "
+              "start is that version.");
     awaitInFront(updateWindow);
     look("4-ready");
     EXPECT_EQ(installedVersion(), "1.0");
@@ -147,7 +150,7 @@ TEST_F(UpdateProgramFixture, SettingsShowVersionAndHostAndGoWithEscapeOrTheirClo
 }
 
 // At twice the size, with the keyboard alone, and without the program's main window.
-TEST_F(UpdateProgramFixture, LeavesTheOldVersionInPlaceForAUserWhoPutsItOff) {
+TEST_F(UpdateProgramFixture, KeepsTheOldVersionUntilTheNextStartForAUserWhoPutsItOff) {
     publish();
     startInstalled({"--check-for-updates"}, {{"GDK_SCALE", "2"}});
     desktop().tree.await(rig::label(offered));
@@ -164,6 +167,28 @@ TEST_F(UpdateProgramFixture, LeavesTheOldVersionInPlaceForAUserWhoPutsItOff) {
     awaitInFront("Settings");
     look("3-settings");
     EXPECT_EQ(installedVersion(), "1.0");
+    user.press("Escape");
+    ask("--quit");
+    EXPECT_EQ(program->awaitExit(rig::deadline), 0);
+    startInstalled();
+    user.awaitLoginPage();
+    EXPECT_EQ(installedVersion(), "1.1");
+    EXPECT_EQ(runningCopies().size(), 1U);
+    awaitThat("the old version is cleared away", [&] { return homeContents() == Names{"Kelo"}; });
+}
+
+TEST_F(UpdateProgramFixture, NamesTheFileThatKeepsItFromBeingUpdated) {
+    publish();
+    std::ofstream(installed / "bin/notes.txt") << "mine";
+    startInstalled();
+    user.awaitLoginPage();
+    askForUpdates();
+    awaitText("Version 1.1 is available. You have version 1.0. It cannot be installed from here. "
+              "The folder “" +
+              installed.string() +
+              "” contains a file that is not Kelo's, “bin/notes.txt”. Move it elsewhere and start "
+              "Kelo again.");
+    look("stray-file");
 }
 
 } // namespace kelo::e2e

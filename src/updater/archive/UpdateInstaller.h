@@ -3,6 +3,8 @@
 #include "base/async/Task.h"
 #include "updater/archive/VerifiedArchive.h"
 
+#include <string>
+
 namespace kelo::updater {
 
 /// How a release is installed on this computer.
@@ -26,6 +28,10 @@ public:
 
     /// Does not block and has no side effects. The item must have an enclosure.
     virtual InstallKind kind(const AppcastItem& item) const = 0;
+
+    /// What the user can do so that updates of this copy can be installed, as a sentence; empty if
+    /// nothing stands in the way, or nothing can be done about it.
+    virtual std::string obstacle() const { return {}; }
 
     /// replaceInPlace: unpacks and stages the new copy beside the installed one, which stays
     /// untouched. handToPackageManager: keeps the package until it is handed over. Replaces what

@@ -25,6 +25,8 @@ struct UpdateOffer {
     /// Nothing can be installed on this computer; "Install Update" becomes "Learn More…" and opens
     /// a link.
     bool informationalOnly = false;
+    /// What the user can do about that, as a sentence; may be empty.
+    std::string obstacle = {};
     /// The window has no buttons to skip or postpone it.
     bool critical = false;
 };

@@ -41,8 +41,13 @@ InstalledCopy findInstalledCopy(const fs::path& program, const fs::path& home) {
     if (inPlace && isBelow(program, "/usr") && !isBelow(program, "/usr/local"))
         copy.owner = CopyOwner::packageManager;
     else if (inPlace && !failure && isBelow(copy.root, canonicalHome) && isMine(copy.root) &&
-             isMine(copy.root.parent_path()) && !foreignFile(copy.root))
-        copy.owner = CopyOwner::user;
+             isMine(copy.root.parent_path())) {
+        const auto stray = foreignFile(copy.root);
+        if (!stray)
+            copy.owner = CopyOwner::user;
+        else if (*stray != treeListPath)
+            copy.strayFile = *stray;
+    }
     return copy;
 }
 

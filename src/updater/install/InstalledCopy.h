@@ -17,6 +17,9 @@ struct InstalledCopy {
     CopyOwner owner = CopyOwner::unknown;
     /// The folder above bin.
     std::filesystem::path root;
+    /// A file, relative to the root, that is all that keeps the copy from being the user's own
+    /// tree; empty if there is none.
+    std::string strayFile = {};
 };
 
 /// Reads a few dozen names from the disk at most. Changes nothing.

@@ -94,6 +94,14 @@ InstallKind SystemInstaller::kind(const AppcastItem& item) const {
     return InstallKind::informationalOnly;
 }
 
+std::string SystemInstaller::obstacle() const {
+    if (copy.strayFile.empty())
+        return {};
+    return translated("The folder “%1” contains a file that is not Kelo's, “%2”. Move it elsewhere "
+                      "and start Kelo again.",
+                      {copy.root.string(), copy.strayFile});
+}
+
 Task<void> SystemInstaller::prepare(VerifiedArchive archive) {
     const auto shared = std::make_shared<const VerifiedArchive>(std::move(archive));
     package.reset();

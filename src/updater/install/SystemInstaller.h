@@ -39,6 +39,7 @@ public:
     SystemInstaller(InstalledCopy copy, Worker& worker, InstallerHost host);
 
     InstallKind kind(const AppcastItem& item) const override;
+    std::string obstacle() const override;
     Task<void> prepare(VerifiedArchive archive) override;
     Task<void> installAndRelaunch() override;
 

@@ -143,6 +143,13 @@ TEST_F(SystemInstallerTest, OnlyTellsOfUpdatesOfAnyOtherCopy) {
     EXPECT_EQ(outputOf(root / "bin/kelo"), "1.0\n");
 }
 
+TEST_F(SystemInstallerTest, NamesTheFileThatStandsInTheWay) {
+    EXPECT_EQ(installerFor(CopyOwner::user)->obstacle(), "");
+    const SystemInstaller blocked({CopyOwner::unknown, root, "bin/notes.txt"}, worker, {});
+    EXPECT_THAT(blocked.obstacle(), HasSubstr("“" + root.string() + "”"));
+    EXPECT_THAT(blocked.obstacle(), HasSubstr("“bin/notes.txt”"));
+}
+
 TEST_F(SystemInstallerTest, ExchangesStartsTheNewProgramAndEndsTheOldOne) {
     writeFile(folder / "later/bin/kelo", "#!/bin/sh\n[ $# = 1 ] || echo 1.1 > $PLACE/started\n",
               0755);

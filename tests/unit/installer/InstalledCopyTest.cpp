@@ -27,12 +27,14 @@ protected:
 TEST_F(InstalledCopy, OfATreeBelowTheHomeIsTheUsers) {
     EXPECT_EQ(owner(), CopyOwner::user);
     EXPECT_EQ(findInstalledCopy(root / "bin/kelo", home.path()).root, root);
+    EXPECT_EQ(findInstalledCopy(root / "bin/kelo", home.path()).strayFile, "");
 }
 
 TEST_F(InstalledCopy, ThatSharesItsFolderIsNotTheUpdatersToReplace) {
     writeFile(root / "bin/other-program", "");
     EXPECT_EQ(owner(), CopyOwner::unknown);
     EXPECT_EQ(foreignFile(root), "bin/other-program");
+    EXPECT_EQ(findInstalledCopy(root / "bin/kelo", home.path()).strayFile, "bin/other-program");
 }
 
 TEST_F(InstalledCopy, WithAHiddenFileOfTheUsersIsNotTheUpdatersToReplace) {
@@ -43,6 +45,7 @@ TEST_F(InstalledCopy, WithAHiddenFileOfTheUsersIsNotTheUpdatersToReplace) {
 TEST_F(InstalledCopy, WithoutAListOfItsFilesIsNotTheUpdatersToReplace) {
     fs::remove(root / updater::treeListPath);
     EXPECT_EQ(owner(), CopyOwner::unknown);
+    EXPECT_EQ(findInstalledCopy(root / "bin/kelo", home.path()).strayFile, "");
 }
 
 TEST_F(InstalledCopy, ThatLacksAFileCanStillBeReplaced) {

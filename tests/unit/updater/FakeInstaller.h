@@ -19,6 +19,8 @@ public:
                    : updater::InstallKind::informationalOnly;
     }
 
+    std::string obstacle() const override { return inTheWay; }
+
     Task<void> prepare(updater::VerifiedArchive archive) override {
         std::string bytes(archive.size() + 1, '\0');
         const ssize_t count = pread(archive.descriptor(), bytes.data(), bytes.size(), 0);
@@ -42,6 +44,7 @@ public:
     /// The bytes of each prepared archive.
     std::vector<std::string> prepared;
     std::string preparedName;
+    std::string inTheWay;
     int installations = 0;
     std::exception_ptr failure;
     std::optional<updater::VerifiedArchive> kept;

@@ -36,7 +36,8 @@ std::string offerSentence(const UpdateOffer& offer) {
     std::string sentence = translated("Version %1 is available. You have version %2.",
                                       {offer.offeredVersion, offer.installedVersion});
     if (offer.informationalOnly)
-        sentence += " " + translated("It cannot be installed from here.");
+        sentence += " " + translated("It cannot be installed from here.") +
+                    (offer.obstacle.empty() ? "" : " " + offer.obstacle);
     else if (offer.critical)
         sentence += " " + translated("It is important to install it.");
     return sentence;
@@ -159,7 +160,8 @@ void GtkUserDriver::showPreparing() {
 Task<RelaunchChoice> GtkUserDriver::showReadyToRelaunch(UpdateOffer offer) {
     UpdateContent content;
     content.heading = translated("The update is ready");
-    content.sentence = translated("%1 will close, and open again as version %2.",
+    content.sentence = translated("%1 will close, and open again as version %2. If you choose "
+                                  "“Later”, its next start is that version.",
                                   {offer.programName, offer.offeredVersion});
     std::vector<Button<RelaunchChoice>> answers;
     answers.push_back({translated("Later"), RelaunchChoice::later});
