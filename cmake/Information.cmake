@@ -6,6 +6,7 @@ set(KELO_BUILD_NUMBER "1" CACHE STRING "Number of the build; grows with every re
 set(KELO_UPDATE_FEED "" CACHE STRING "Address of the update feed (https://...); empty: this build has no updates")
 set(KELO_UPDATE_PUBLIC_KEY "" CACHE STRING "Key that updates are signed for, as kelo-appcast keygen prints it")
 set(KELO_UPDATE_SIGNED_FEED "ON" CACHE BOOL "Whether the feed itself has to be signed, as kelo-appcast generate does")
+set(KELO_UPDATE_CHANNELS "" CACHE STRING "Channels of the feed to take releases from besides the default one, with blanks between")
 set(KELO_UPDATE_AUTOMATIC_CHECKS "ask" CACHE STRING "Whether to look for updates unasked: ask (the user), on or off")
 set(KELO_UPDATE_CHECK_INTERVAL "86400" CACHE STRING "Seconds between automatic checks, at least 3600")
 set(KELO_UPDATE_ALLOWS_AUTOMATIC "ON" CACHE BOOL "Whether the user may have updates installed unasked")

@@ -14,6 +14,9 @@ namespace kelo::updater {
 
 namespace {
 
+/// An offer that was open this long is looked at again before it is taken.
+constexpr std::chrono::hours longestOffer{24};
+
 /// A release can have several archives, one item each, and the selection takes the first of equal
 /// versions. So items that can be installed here go first.
 void putInstallableFirst(Appcast& appcast, const UpdateInstaller& installer) {
@@ -76,13 +79,19 @@ Task<T> UpdateCheck::unlessCancelled(Task<T> task) {
 
 Task<void> UpdateCheck::checkAndInstall() {
     enter(Stage::checking);
-    co_await context.saveState();
-    const Appcast appcast = co_await readFeed();
-    Selection selection = selectUpdate(appcast, rules());
+    Selection selection = co_await lookForUpdate();
     if (selection.update)
         co_await offer(std::move(*selection.update));
     else
         co_await showNothingNew(std::move(selection));
+}
+
+Task<Selection> UpdateCheck::lookForUpdate() {
+    const Appcast appcast = co_await readFeed();
+    looked = true;
+    context.state.lastCheck = context.now();
+    co_await context.saveState();
+    co_return selectUpdate(appcast, rules());
 }
 
 Task<Appcast> UpdateCheck::readFeed() {
@@ -101,6 +110,9 @@ SelectionRules UpdateCheck::rules() const {
     SelectionRules rules;
     rules.installedVersion = context.settings.installedVersion;
     rules.system = context.system;
+    rules.channels = context.settings.channels;
+    rules.channels.insert(rules.channels.end(), context.state.channels.begin(),
+                          context.state.channels.end());
     rules.now = context.now();
     rules.kind = kind;
     rules.state = context.state;
@@ -125,13 +137,15 @@ InstallKind UpdateCheck::installKind(const SelectedUpdate& update) const {
 
 bool UpdateCheck::installsWithoutAsking(const SelectedUpdate& update, InstallKind how) const {
     return kind == CheckKind::scheduled && context.settings.downloadsUnasked && !update.major &&
-           how == InstallKind::replaceInPlace;
+           how == InstallKind::replaceInPlace && !context.network.isMetered();
 }
 
 Task<void> UpdateCheck::offer(SelectedUpdate update) {
     const InstallKind how = installKind(update);
     UpdateOffer offer = offerOf(context.settings, update);
     offer.informationalOnly = how == InstallKind::informationalOnly;
+    if (!update.informational)
+        offer.obstacle = context.installer.obstacle();
     if (!context.preparedVersion.empty() && context.preparedVersion == update.item.version) {
         co_await putInPlace(update.item, offer, how);
         co_return;
@@ -142,6 +156,7 @@ Task<void> UpdateCheck::offer(SelectedUpdate update) {
     }
     offer.releaseNotes = co_await notesOf(update.item);
     stage = Stage::asking;
+    const auto asked = context.now();
     const UpdateChoice choice = co_await driver().showOffer(offer, kind);
     if (choice == UpdateChoice::skipThisVersion)
         skip(update, context.state);
@@ -151,10 +166,34 @@ Task<void> UpdateCheck::offer(SelectedUpdate update) {
     if (choice != UpdateChoice::install)
         co_return;
     visible = true;
+    if (context.now() - asked >= longestOffer)
+        co_await lookAgain(std::move(update));
+    else
+        co_await take(std::move(update), std::move(offer), how);
+}
+
+Task<void> UpdateCheck::take(SelectedUpdate update, UpdateOffer offer, InstallKind how) {
     if (how == InstallKind::informationalOnly)
         co_await openInformation(update.item);
     else
         co_await install(update.item, offer, how);
+}
+
+// Meanwhile it may have been withdrawn, or followed by another one.
+Task<void> UpdateCheck::lookAgain(SelectedUpdate offered) {
+    enter(Stage::checking);
+    Selection selection = co_await lookForUpdate();
+    if (!selection.update) {
+        co_await showNothingNew(std::move(selection));
+        co_return;
+    }
+    SelectedUpdate& update = *selection.update;
+    if (update.item.version != offered.item.version) {
+        co_await this->offer(std::move(update));
+        co_return;
+    }
+    const InstallKind how = installKind(update);
+    co_await take(update, offerOf(context.settings, update), how);
 }
 
 Task<ReleaseNotes> UpdateCheck::notesOf(AppcastItem item) {
@@ -184,7 +223,8 @@ Task<void> UpdateCheck::openInformation(AppcastItem item) {
         context.openLink(*item.link);
         co_return;
     }
-    const UpdateMessage message = noLinkMessage(context.settings, item);
+    const UpdateMessage message =
+        noLinkMessage(context.settings, item, context.installer.obstacle());
     co_await driver().showMessage(message.heading, message.sentence);
 }
 

@@ -21,6 +21,9 @@ public:
     /// Runs once. Reports failures to the user or to the log; never throws.
     Task<void> run();
 
+    /// Whether the feed was read. A check that could not read it counts for none.
+    bool hasLooked() const { return looked; }
+
     /// Shows the check's window in front, and from then on treats the check as one that the user
     /// asked for.
     void bringToUser();
@@ -44,7 +47,10 @@ private:
     Task<Appcast> readFeed();
     SelectionRules rules() const;
     Task<void> showNothingNew(Selection selection);
+    Task<Selection> lookForUpdate();
     Task<void> offer(SelectedUpdate update);
+    Task<void> take(SelectedUpdate update, UpdateOffer offer, InstallKind how);
+    Task<void> lookAgain(SelectedUpdate offered);
     InstallKind installKind(const SelectedUpdate& update) const;
     bool installsWithoutAsking(const SelectedUpdate& update, InstallKind how) const;
     Task<ReleaseNotes> notesOf(AppcastItem item);
@@ -57,6 +63,7 @@ private:
     CheckKind kind;
     /// Whether progress and failures are shown: the user asked for the check or answered it.
     bool visible;
+    bool looked = false;
     Stage stage = Stage::checking;
     DownloadProgress progress;
     Cancellation cancellation;

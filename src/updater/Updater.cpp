@@ -17,6 +17,11 @@ constexpr std::uint32_t checksBeforeAsking = 2;
 /// A timer stands still while the computer sleeps, so the clock is read at least this often.
 constexpr std::chrono::seconds longestWait = std::chrono::hours(1);
 
+constexpr std::chrono::seconds retryInterval = std::chrono::hours(1);
+
+/// Names are not looked up in the first moments of a network.
+constexpr std::chrono::seconds networkSettles{10};
+
 } // namespace
 
 Updater::Updater(UpdaterContext given) : context(std::move(given)) {
@@ -26,6 +31,7 @@ Updater::Updater(UpdaterContext given) : context(std::move(given)) {
 }
 
 Updater::~Updater() {
+    context.network.whenAvailable(nullptr);
     if (timer)
         timer->invalidate();
     running = RunningTask();
@@ -33,6 +39,7 @@ Updater::~Updater() {
 
 void Updater::start() {
     started = true;
+    context.network.whenAvailable([this] { networkCame(); });
     schedule();
 }
 
@@ -67,11 +74,17 @@ Task<void> Updater::showNotSetUp() {
 }
 
 Task<void> Updater::check(CheckKind kind) {
-    context.state.lastCheck = context.now();
-    context.state.checkCount = std::max(context.state.checkCount, context.state.checkCount + 1);
     current = std::make_unique<UpdateCheck>(context, kind);
     co_await current->run();
+    const bool looked = current->hasLooked();
     current.reset();
+    if (!looked) {
+        retry = context.now() + retryInterval;
+        co_return;
+    }
+    retry.reset();
+    context.state.checkCount = std::max(context.state.checkCount, context.state.checkCount + 1);
+    co_await context.saveState();
     co_await askForAutomaticChecks();
 }
 
@@ -100,7 +113,17 @@ std::chrono::seconds Updater::untilDue() {
     // The clock was set back. Without this the next check could be years away.
     if (last && *last > now)
         last = now;
-    return last ? *last + context.settings.checkInterval - now : std::chrono::seconds(0);
+    if (retry)
+        retry = std::min(*retry, now + retryInterval);
+    const auto regular = last ? *last + context.settings.checkInterval : now;
+    return std::max(regular, retry.value_or(now)) - now;
+}
+
+void Updater::networkCame() {
+    if (active || !retry)
+        return;
+    retry = std::min(*retry, context.now() + networkSettles);
+    schedule();
 }
 
 void Updater::schedule() {

@@ -8,13 +8,15 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace kelo::updater {
 
 class UpdateCheck;
 
 /// Finds, downloads, verifies and installs releases. Runs one check at a time: when the user asks
-/// for one, and, if automatic checks are enabled, once per interval. Main thread only. Destroying
+/// for one, and, if automatic checks are enabled, once per interval. An automatic check that fails
+/// is made again after an hour, or when the network comes. Main thread only. Destroying
 /// the updater drops a running check; do not destroy it inside a call that it makes.
 class Updater : public platform::StandardUpdaterController {
 public:
@@ -41,12 +43,15 @@ private:
 
     bool checksAutomatically() const;
     std::chrono::seconds untilDue();
+    void networkCame();
     void schedule();
 
     UpdaterContext context;
     std::unique_ptr<UpdateCheck> current;
     bool started = false;
     bool active = false;
+    /// After a check that failed: not before then.
+    std::optional<std::chrono::sys_seconds> retry;
     std::shared_ptr<Timer> timer;
     RunningTask running;
 };

@@ -7,6 +7,7 @@
 #include "updater/UpdateSelection.h"
 #include "updater/UpdaterSettings.h"
 #include "updater/UpdaterState.h"
+#include "updater/archive/Network.h"
 #include "updater/archive/Transport.h"
 #include "updater/archive/UpdateInstaller.h"
 #include "updater/driver/UserDriver.h"
@@ -31,6 +32,7 @@ struct UpdaterContext {
     UpdateInstaller& installer;
     Worker& worker;
     const Clock& clock;
+    Network& network;
     std::shared_ptr<UpdaterStateStore> store;
     /// Called once, when the first window is needed.
     std::function<std::unique_ptr<UserDriver>()> makeUserDriver;

@@ -1,5 +1,7 @@
 #include "updater/UpdaterSettings.h"
 
+#include "updater/UpdaterState.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
@@ -38,6 +40,7 @@ UpdaterSettings::UpdaterSettings(const InformationDictionary& dictionary)
       downloadsUnasked(
           informationValue<bool>(dictionary, "SUAutomaticallyUpdate").value_or(false) &&
           informationValue<bool>(dictionary, "SUAllowsAutomaticUpdates").value_or(true)),
+      channels(words(text(dictionary, "KeloUpdateChannels"))),
       programName(text(dictionary, "CFBundleName")),
       installedVersion(text(dictionary, "CFBundleVersion")),
       installedDisplayVersion(text(dictionary, "CFBundleShortVersionString")) {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kelo::updater {
 
@@ -29,6 +30,9 @@ struct UpdaterSettings {
     std::chrono::seconds checkInterval{};
     /// Whether scheduled checks download and stage an update before they ask.
     bool downloadsUnasked = false;
+
+    /// Channels that releases are taken from besides the default one.
+    std::vector<std::string> channels;
 
     std::string programName;
     /// Compared with the versions in the feed; empty if the bundle does not name one.

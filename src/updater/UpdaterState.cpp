@@ -11,6 +11,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <utility>
 
 namespace kelo::updater {
@@ -46,6 +47,8 @@ bool readLine(std::string_view name, std::string_view value, UpdaterState& state
     } else if (name == "automatic-checks") {
         state.automaticChecks = value == "yes";
         return value == "yes" || value == "no";
+    } else if (name == "channels") {
+        state.channels = words(value);
     } else if (name == "skipped-version") {
         state.skippedVersion = value;
     } else if (name == "skipped-major-version") {
@@ -58,12 +61,27 @@ bool readLine(std::string_view name, std::string_view value, UpdaterState& state
     return true;
 }
 
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const auto& word : words)
+        text += (text.empty() ? "" : " ") + word;
+    return text;
+}
+
 bool isOurs(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
 }
 
 } // namespace
+
+std::vector<std::string> words(std::string_view text) {
+    std::vector<std::string> found;
+    std::istringstream stream{std::string(text)};
+    for (std::string word; stream >> word;)
+        found.push_back(word);
+    return found;
+}
 
 std::string textOf(const UpdaterState& state) {
     std::string text(heading);
@@ -75,6 +93,8 @@ std::string textOf(const UpdaterState& state) {
     add("check-count", std::to_string(state.checkCount));
     if (state.automaticChecks)
         add("automatic-checks", *state.automaticChecks ? "yes" : "no");
+    if (!state.channels.empty())
+        add("channels", joined(state.channels));
     if (!state.skippedVersion.empty())
         add("skipped-version", state.skippedVersion);
     if (!state.skippedMajorVersion.empty())

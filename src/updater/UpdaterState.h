@@ -7,16 +7,21 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelo::updater {
 
 /// What the updater keeps between two runs of the program.
 struct UpdaterState {
+    /// When the feed was last read.
     std::optional<std::chrono::sys_seconds> lastCheck;
-    /// Number of checks so far.
+    /// Number of times that it was, by a check.
     std::uint32_t checkCount = 0;
     /// Whether the user wants automatic checks; nothing: not asked yet.
     std::optional<bool> automaticChecks;
+
+    /// Channels that this user takes releases from, besides the build's own.
+    std::vector<std::string> channels;
 
     /// Scheduled checks do not offer this version or an older one.
     std::string skippedVersion;
@@ -30,6 +35,9 @@ struct UpdaterState {
 
     friend bool operator==(const UpdaterState&, const UpdaterState&) = default;
 };
+
+/// The words of a text, which blanks separate.
+std::vector<std::string> words(std::string_view text);
 
 /// The state as lines of text.
 std::string textOf(const UpdaterState& state);

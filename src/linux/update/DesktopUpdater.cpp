@@ -5,6 +5,7 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gobject/WorkerThread.h"
 #include "linux/startup/OwnVariables.h"
+#include "linux/update/DesktopNetwork.h"
 #include "linux/update/SoupTransport.h"
 #include "posix/SystemClock.h"
 #include "updater/Updater.h"
@@ -94,6 +95,7 @@ struct Services {
               {std::move(terminate), environmentAsFound, packageSystem(), packageArchitecture()}) {}
 
     posix::SystemClock clock;
+    DesktopNetwork network;
     SoupTransport transport;
     gobject::WorkerThread worker;
     updater::SystemInstaller installer;
@@ -144,6 +146,7 @@ std::unique_ptr<platform::StandardUpdaterController> makeStandardUpdaterControll
             services.installer,
             services.worker,
             services.clock,
+            services.network,
             stateStore(),
             std::move(makeUserDriver),
             [openLink = std::move(openLink)](const Url& url) { openLink(url.absoluteString()); },

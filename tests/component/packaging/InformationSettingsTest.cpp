@@ -70,6 +70,7 @@ TEST(InformationSettings, RefuseWhatWouldBreakTheDictionaryOrTheOrderOfVersions)
     expectRefused("-DKELO_MINIMUM_SYSTEM=deb12", "KELO_MINIMUM_SYSTEM");
     expectRefused("-DKELO_BUILD_NUMBER=5b", "KELO_BUILD_NUMBER");
     expectRefused("-DKELO_UPDATE_CHECK_INTERVAL=60", "3600");
+    expectRefused("-DKELO_UPDATE_CHANNELS='<beta>'", "KELO_UPDATE_CHANNELS");
     expectRefused("-DKELO_UPDATE_AUTOMATIC_CHECKS=maybe", "ask, on or off");
 }
 

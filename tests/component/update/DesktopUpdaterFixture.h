@@ -8,6 +8,7 @@
 #include "posix/SystemClock.h"
 #include "testing/TemporaryFolder.h"
 #include "unit/updater/FakeInstaller.h"
+#include "unit/updater/FakeNetwork.h"
 #include "unit/updater/FakeUserDriver.h"
 #include "unit/updater/Feed.h"
 #include "unit/updater/Publisher.h"
@@ -110,6 +111,7 @@ protected:
             installer,
             worker,
             clock,
+            network,
             std::make_shared<updater::FileStateStore>(folder.path() / "state" / "updater",
                                                       [](const std::string&) {}),
             [this] { return std::make_unique<FakeUserDriver>(user); },
@@ -127,6 +129,7 @@ protected:
     posix::SystemClock clock;
     UserBefore user;
     FakeInstaller installer;
+    FakeNetwork network;
     std::vector<std::string> log;
     update::SoupTransport transport{std::make_shared<const http::TrustedAuthority>(
                                         authority.pem(), std::vector<std::string>{"localhost"}),

@@ -3,6 +3,7 @@
 #include "fakes/FakeMainLoop.h"
 #include "testing/TemporaryFolder.h"
 #include "unit/updater/FakeInstaller.h"
+#include "unit/updater/FakeNetwork.h"
 #include "unit/updater/FakeTransport.h"
 #include "unit/updater/FakeUserDriver.h"
 #include "unit/updater/Feed.h"
@@ -67,6 +68,7 @@ protected:
             installer,
             worker,
             clock,
+            network,
             store,
             [this] { return std::make_unique<FakeUserDriver>(user); },
             [this](const Url& url) { opened.push_back(url.absoluteString()); },
@@ -138,6 +140,7 @@ protected:
     Publisher publisher;
     FakeTransport transport;
     FakeInstaller installer;
+    FakeNetwork network;
     UserBefore user;
     std::shared_ptr<MemoryStateStore> store = std::make_shared<MemoryStateStore>();
     platform::InformationDictionary dictionary;

@@ -24,6 +24,7 @@ UpdaterState fullState() {
     state.lastCheck = std::chrono::sys_seconds(std::chrono::seconds(1795219200));
     state.checkCount = 7;
     state.automaticChecks = false;
+    state.channels = {"beta", "nightly"};
     state.skippedVersion = "1.1=x (5)";
     state.skippedMajorVersion = "2.0";
     state.skippedMajorRelease = "2.1";

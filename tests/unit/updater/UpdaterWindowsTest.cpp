@@ -171,6 +171,50 @@ TEST_F(UpdaterWindows, WithoutALinkTheUserIsToldWhereToLook) {
     EXPECT_THAT(opened, IsEmpty());
 }
 
+TEST_F(UpdaterWindows, SayWhatTheUserCanDoSoThatItCanBeInstalled) {
+    installer.supportedKind = InstallKind::informationalOnly;
+    installer.inTheWay = "Move it elsewhere.";
+    check();
+    EXPECT_EQ(user.offer->obstacle, "Move it elsewhere.");
+    choose(UpdateChoice::install);
+    EXPECT_THAT(user.sentence, HasSubstr("Move it elsewhere."));
+}
+
+TEST_F(UpdaterWindows, OfferTakenAfterDaysIsLookedAtAgain) {
+    check();
+    clock.time += std::chrono::hours(50);
+    choose(UpdateChoice::install);
+    EXPECT_THAT(transport.requests, ElementsAre(feedAddress, feedAddress, archiveAddress));
+    EXPECT_EQ(lastShown(), "ready 1.1");
+}
+
+TEST_F(UpdaterWindows, OfferTakenSoonIsNotLookedAtAgain) {
+    check();
+    clock.time += std::chrono::hours(23);
+    choose(UpdateChoice::install);
+    EXPECT_THAT(transport.requests, ElementsAre(feedAddress, archiveAddress));
+}
+
+TEST_F(UpdaterWindows, OfferTakenAfterDaysGivesWayToANewerOne) {
+    check();
+    clock.time += std::chrono::hours(50);
+    publish(signedRelease("1.2"));
+    choose(UpdateChoice::install);
+    EXPECT_EQ(lastShown(), "offer 1.0 -> 1.2");
+    EXPECT_TRUE(installer.prepared.empty());
+    choose(UpdateChoice::install);
+    EXPECT_EQ(lastShown(), "ready 1.2");
+}
+
+TEST_F(UpdaterWindows, OfferTakenAfterItWasWithdrawnSaysSo) {
+    check();
+    clock.time += std::chrono::hours(50);
+    publish(release("1.0"));
+    choose(UpdateChoice::install);
+    EXPECT_EQ(lastShown(), "message Kelo is up to date");
+    EXPECT_TRUE(installer.prepared.empty());
+}
+
 TEST_F(UpdaterWindows, PackageIsVerifiedAndHandedOverWithoutARelaunch) {
     installer.supportedKind = InstallKind::handToPackageManager;
     check();
@@ -250,6 +294,22 @@ TEST_F(UpdaterWindows, UpdaterMayGoWhileADownloadIsUnderWay) {
     EXPECT_THAT(leftovers(), IsEmpty());
     transport.answer();
     loop.runUntilIdle();
+}
+
+TEST_F(UpdaterWindows, OfferReleasesOfAChannelToThoseWhoChoseIt) {
+    publish(signedRelease("1.1", "<sparkle:channel>beta</sparkle:channel>"));
+    check();
+    EXPECT_EQ(lastShown(), "message Kelo is up to date");
+    acknowledge();
+    store->state.channels = {"nightly", "beta"};
+    start();
+    check();
+    EXPECT_EQ(lastShown(), "offer 1.0 -> 1.1") << "by a line of the state";
+    store->state.channels = {};
+    dictionary["KeloUpdateChannels"] = std::string("beta");
+    start();
+    check();
+    EXPECT_EQ(lastShown(), "offer 1.0 -> 1.1") << "by the build";
 }
 
 TEST_F(UpdaterWindows, ProblemsOfTheFeedGoToTheJournal) {
