@@ -88,7 +88,9 @@ Task<void> UpdateCheck::checkAndInstall() {
 
 Task<Selection> UpdateCheck::lookForUpdate() {
     const Appcast appcast = co_await readFeed();
-    looked = true;
+    auto& count = context.state.checkCount;
+    if (!std::exchange(looked, true))
+        count = std::max(count, count + 1);
     context.state.lastCheck = context.now();
     co_await context.saveState();
     co_return selectUpdate(appcast, rules());

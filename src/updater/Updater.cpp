@@ -83,8 +83,6 @@ Task<void> Updater::check(CheckKind kind) {
         co_return;
     }
     retry.reset();
-    context.state.checkCount = std::max(context.state.checkCount, context.state.checkCount + 1);
-    co_await context.saveState();
     co_await askForAutomaticChecks();
 }
 

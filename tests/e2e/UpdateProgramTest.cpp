@@ -173,7 +173,8 @@ TEST_F(UpdateProgramFixture, KeepsTheOldVersionUntilTheNextStartForAUserWhoPutsI
     startInstalled();
     user.awaitLoginPage();
     EXPECT_EQ(installedVersion(), "1.1");
-    EXPECT_EQ(runningCopies().size(), 1U);
+    look("4-taken-over");
+    awaitThat("one copy runs", [&] { return runningCopies().size() == 1; });
     awaitThat("the old version is cleared away", [&] { return homeContents() == Names{"Kelo"}; });
 }
 

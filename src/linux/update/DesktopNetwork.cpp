@@ -16,8 +16,8 @@ bool DesktopNetwork::isMetered() const {
 
 // The signal also tells of every address that comes or goes.
 void DesktopNetwork::changed(GNetworkMonitor*, gboolean available, DesktopNetwork* network) {
-    const bool came = available && !std::exchange(network->wasAvailable, available);
-    if (came && network->action)
+    const bool was = std::exchange(network->wasAvailable, available);
+    if (available && !was && network->action)
         network->action();
 }
 
