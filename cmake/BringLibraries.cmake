@@ -23,7 +23,7 @@ function(kelo_bring_license library name)
 endfunction()
 
 set(bin "${CPACK_TEMPORARY_DIRECTORY}/bin")
-file(GLOB programs "${bin}/kelo*")
+file(GLOB programs "${bin}/kelo*" "${CPACK_TEMPORARY_DIRECTORY}/libexec/kelo/kelo*")
 foreach(program IN LISTS programs)
   file(GET_RUNTIME_DEPENDENCIES EXECUTABLES "${program}"
     PRE_INCLUDE_REGEXES "^lib(cbor|plist-2\\.0)\\.so"
@@ -36,6 +36,8 @@ foreach(program IN LISTS programs)
     kelo_bring_license("${library}" "${name}")
   endforeach()
   if(libraries)
-    execute_process(COMMAND "${CPACK_KELO_PATCHELF}" --set-rpath "$ORIGIN" "${program}" COMMAND_ERROR_IS_FATAL ANY)
+    get_filename_component(folder "${program}" DIRECTORY)
+    file(RELATIVE_PATH way "${folder}" "${bin}")
+    execute_process(COMMAND "${CPACK_KELO_PATCHELF}" --set-rpath "$ORIGIN/${way}" "${program}" COMMAND_ERROR_IS_FATAL ANY)
   endif()
 endforeach()
