@@ -24,17 +24,9 @@ install(CODE "
 
 # Programs that list software lead to the publisher's page.
 set(KELO_HOMEPAGE "" CACHE STRING "The publisher's page about this program (https://...), for lists of software")
-if(KELO_HOMEPAGE AND NOT KELO_HOMEPAGE MATCHES "^https://[A-Za-z0-9][^ \"'<>&]*$")
-  message(FATAL_ERROR "KELO_HOMEPAGE is \"${KELO_HOMEPAGE}\": write it as https://host/path, or leave it empty.")
-endif()
-set(kelo_metainfo ${PROJECT_SOURCE_DIR}/data/app.kelo.Kelo.metainfo.xml)
+set(KELO_SCREENSHOT "" CACHE STRING "Address of a picture of the program (https://...), for lists of software")
 set(kelo_metainfo_installed ${PROJECT_BINARY_DIR}/texts/app.kelo.Kelo.metainfo.xml)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${kelo_metainfo})
-file(READ ${kelo_metainfo} kelo_metainfo_text)
-if(KELO_HOMEPAGE)
-  string(REPLACE "  <launchable" "  <url type=\"homepage\">${KELO_HOMEPAGE}</url>\n  <launchable" kelo_metainfo_text "${kelo_metainfo_text}")
-endif()
-file(CONFIGURE OUTPUT ${kelo_metainfo_installed} CONTENT "${kelo_metainfo_text}" @ONLY)
+include(${PROJECT_SOURCE_DIR}/cmake/WriteMetainfo.cmake)
 install(FILES ${kelo_metainfo_installed} DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/data/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons
   FILES_MATCHING PATTERN "*.svg")

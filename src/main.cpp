@@ -2,6 +2,7 @@
 #include "base/async/Spawn.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/gobject/GLibMainLoop.h"
+#include "linux/integration/DesktopIntegration.h"
 #include "linux/startup/Startup.h"
 
 int main(int count, char** words) {
@@ -10,6 +11,7 @@ int main(int count, char** words) {
     kelo::gobject::GLibMainLoop loop;
     const kelo::MainLoop::Installation loopInstallation(loop);
     start.confirmLater();
+    kelo::integration::followLater();
     kelo::desktop::LinuxDesktop desktop({words, words + count}, start.failedUpdate());
     const kelo::platform::Desktop::Installation desktopInstallation(desktop);
 

@@ -4,6 +4,7 @@
 #include "bundle/ProgramPlace.h"
 #include "deployment/Deployment.h"
 #include "linux/desktop/HotkeyReport.h"
+#include "linux/desktop/IntegrationOptions.h"
 #include "linux/desktop/ProgramVersion.h"
 #include "linux/downloads/DownloadFolder.h"
 #include "linux/downloads/DownloadList.h"
@@ -60,7 +61,9 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments,
           stateFolder() / "permissions", std::string(deployment::serviceOrigin))),
       downloadList(std::make_shared<downloads::DownloadList>(
           downloads::desktopFileHandling(webkit::openWithDefaultProgram))),
-      application_(std::move(arguments), {versionOption(), hotkeyStatusOption()}, hostSettings()),
+      application_(std::move(arguments),
+                   {versionOption(), hotkeyStatusOption(), integrateOption(), removeOption()},
+                   hostSettings()),
       alerts_(application_),
       passkeys(sheets) {}
 

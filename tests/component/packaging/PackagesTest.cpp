@@ -235,6 +235,33 @@ TEST(Tree, RunsFromWhereItWasUnpacked) {
     EXPECT_EQ(tool.status, 0) << tool.output;
 }
 
+TEST(Tree, ComesIntoTheMenuAndIsStartedByItsNameUntilItIsRemoved) {
+    if (runCommand("command -v dbus-run-session desktop-file-validate gdbus").status != 0)
+        GTEST_SKIP() << "there is no session bus to try it on";
+    const TreeFolder folder;
+    const auto data = folder / "data";
+    const auto& tree = Packages::ofThisBuild().tree();
+    const std::string environment = "env HOME=" + quoted(tree.parent_path()) +
+                                    " XDG_DATA_HOME=" + quoted(data) +
+                                    " XDG_CONFIG_HOME=" + quoted(folder / "config") +
+                                    " XDG_DATA_DIRS=" + quoted(folder / "system") +
+                                    " XDG_RUNTIME_DIR=" + quoted(folder.path()) + " ";
+    // The bus starts first, when there is no folder yet that it could watch.
+    const auto names = runCommand(
+        environment + "dbus-run-session -- sh -c '" + tree.string() +
+        "/bin/kelo --integrate && gdbus call --session --dest org.freedesktop.DBus --object-path / "
+        "--method org.freedesktop.DBus.ListActivatableNames'");
+    EXPECT_THAT(names.output, AllOf(HasSubstr("is in your menu"), HasSubstr("'app.kelo.Kelo'")));
+    const auto entry = data / "applications/app.kelo.Kelo.desktop";
+    const auto valid = runCommand("desktop-file-validate " + quoted(entry));
+    EXPECT_EQ(valid.output, "");
+    EXPECT_THAT(readFile(entry), HasSubstr("\nDBusActivatable=true\n"));
+    EXPECT_TRUE(fs::exists(data / "icons/hicolor/scalable/apps/app.kelo.Kelo.svg"));
+    const auto removed = runCommand(environment + quoted(tree / "bin/kelo") + " --remove");
+    EXPECT_EQ(removed.status, 0) << removed.output;
+    EXPECT_TRUE(fs::is_empty(data));
+}
+
 TEST(Tree, SpeaksTheUsersLanguageWhereverItWasUnpacked) {
     test::LocaleFolder locales;
     locales.add("de_DE");

@@ -16,6 +16,7 @@ namespace kelo::gtk {
 
 namespace {
 
+constexpr int failureStatus = 1;
 constexpr int wrongUsageStatus = 2;
 
 /// Options without a value.
@@ -90,10 +91,11 @@ CommandLine readCommandLine(const std::vector<std::string>& words,
                               {deployment::serviceOrigin}));
         return result;
     }
-    for (const auto& [given, report] : reportSwitches)
+    for (const auto& [given, option] : reportSwitches)
         if (*given) {
-            std::cout << report->text() << std::flush;
-            result.exitStatus = 0;
+            const Report report = option->report();
+            (report.succeeded ? std::cout : std::cerr) << report.text << std::flush;
+            result.exitStatus = report.succeeded ? result.exitStatus.value_or(0) : failureStatus;
         }
     for (const auto& [given, action] : actionSwitches)
         if (*given)

@@ -10,12 +10,21 @@
 
 namespace kelo::gtk {
 
-/// A command line option that prints a report about the program or this desktop. The program then
-/// exits. Needs no display.
+/// What an option has to say, and whether it did what it was asked for.
+struct Report {
+    Report(std::string text) : text(std::move(text)) {} // NOLINT(google-explicit-constructor)
+    Report(std::string text, bool succeeded) : text(std::move(text)), succeeded(succeeded) {}
+
+    std::string text;
+    bool succeeded = true;
+};
+
+/// A command line option that prints a report about the program or this desktop, or changes its
+/// place there and says so. The program then exits. Needs no display.
 struct ReportOption {
     std::string name; ///< without dashes
     std::string description;
-    std::function<std::string()> text;
+    std::function<Report()> report;
 };
 
 /// The parsed command line.
