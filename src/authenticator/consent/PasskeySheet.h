@@ -16,15 +16,21 @@ class Window;
 
 namespace kelo::authenticator {
 
-enum class Ceremony { registration, signIn };
+enum class Ceremony {
+    registration,
+    signIn,
+    deletion, ///< no service asks for it, but the owner of the passkey
+};
 
 /// What the user is asked to consent to.
 struct ConsentRequest {
     Ceremony ceremony = Ceremony::signIn;
-    /// The service that asks.
+    /// The service that asks, or whose passkey is to be deleted.
     std::string relyingPartyIdentifier;
-    /// At least one. If there are several, the user chooses one.
+    /// At least one, but for a deletion none. If there are several, the user chooses one.
     std::vector<std::string> accountNames;
+    /// For a deletion: what it takes away, in the user's language.
+    std::string warning;
 };
 
 /// A question of the user verification, in the words of the PAM module ("Password: ").

@@ -1,8 +1,8 @@
 #include "linux/inventory/Commands.h"
 
 #include "base/Failure.h"
-#include "base/ShownText.h"
 #include "base/Translation.h"
+#include "linux/inventory/Deletion.h"
 #include "linux/inventory/Listing.h"
 
 #include <algorithm>
@@ -53,20 +53,6 @@ std::vector<CredentialRecord> calledSo(std::string_view name,
         if (!name.empty() && nameOf(passkey, all).starts_with(name))
             found.push_back(passkey);
     return found;
-}
-
-std::string refusalFor(VerificationOutcome outcome) {
-    switch (outcome) {
-    case VerificationOutcome::cancelled:
-        return translated("Nothing was deleted.");
-    case VerificationOutcome::unavailable:
-        return translated(
-            "This computer has no way to check that it is you, so nothing was deleted. "
-            "\"%1\" says what is missing.",
-            {"kelo-passkeys doctor"});
-    default:
-        return translated("Kelo could not verify that it is you, so nothing was deleted.");
-    }
 }
 
 class Command {
@@ -139,20 +125,16 @@ private:
                                  {name, "kelo-passkeys list"})
                     : translated("There are several passkeys %1…: name one of them.", {name}));
         if (!confirms(found.front()))
-            co_return refuse(translated("Nothing was deleted."));
+            co_return refuse(nothingDeleted());
         const VerificationOutcome outcome = co_await parts.verifier.verify(parts.terminal);
         if (outcome != VerificationOutcome::verified)
             co_return refuse(refusalFor(outcome));
         parts.passkeys.remove(found.front().credentialId);
-        co_return print(translated("The passkey was deleted.") + "\n");
+        co_return print(passkeyDeleted() + "\n");
     }
 
     bool confirms(const CredentialRecord& passkey) {
-        print(
-            translated("The passkey of %1 for %2 will be deleted from this computer for good. The "
-                       "service is not told: remove the passkey in your account there as well.",
-                       {shownName(passkey.accountName), passkey.relyingPartyIdentifier}) +
-            "\n");
+        print(deletionWarning(passkey.accountName, passkey.relyingPartyIdentifier) + "\n");
         const auto answer =
             parts.terminal.readLine(translated("Type \"delete\" to go on:") + " ", true);
         return answer && answer->view() == "delete";

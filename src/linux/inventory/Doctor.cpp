@@ -92,11 +92,11 @@ Finding diagnoseFile(const Surroundings& found) {
 
 } // namespace
 
-Surroundings lookAround() {
+Surroundings lookAround(const std::stop_token& stop) {
     Surroundings found;
     if (const auto trouble = tpm::chipTrouble(tpm::chipOfThisComputer))
         found.chipTrouble = trouble->localizedDescription();
-    found.keyring = authorization::keyringState();
+    found.keyring = authorization::keyringState(stop);
     found.verification = authorization::verificationMeans(authorization::verificationHelperPath());
     try {
         const auto all = authenticator::CredentialStore(authorization::passkeyFile()).all();

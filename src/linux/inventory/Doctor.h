@@ -2,9 +2,11 @@
 
 #include "linux/authorization/keyring/KeyringState.h"
 #include "linux/authorization/verification/PamVerifier.h"
+#include "linux/inventory/overview/Finding.h"
 
 #include <cstddef>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -24,21 +26,8 @@ struct Surroundings {
 };
 
 /// Looks at this computer. Changes nothing and asks the user nothing. Blocks for up to some
-/// seconds.
-Surroundings lookAround();
-
-struct Finding {
-    enum class State {
-        good,
-        notice,  ///< works, and could be better
-        trouble, ///< passkeys do not work until it is mended
-    };
-
-    std::string name; ///< for programs: "chip", "keyring", "verification" or "passkeys"
-    State state;
-    std::string title;
-    std::string sentence; ///< what was found, and what to do
-};
+/// seconds; a stop ends the wait for a keyring that does not answer, which then counts as absent.
+Surroundings lookAround(const std::stop_token& stop = {});
 
 /// What the user should know of it, always in the same order.
 std::vector<Finding> diagnose(const Surroundings& found);

@@ -37,7 +37,7 @@ int main(int count, char** words) {
         passkeys,
         verifier,
         terminal,
-        kelo::inventory::lookAround,
+        [] { return kelo::inventory::lookAround(); },
         kelo::authorization::keepWrappingKeyInOwnCollection,
         kelo::authorization::keepWrappingKeyInDefaultCollection,
         std::cout,

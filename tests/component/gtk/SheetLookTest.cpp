@@ -2,6 +2,7 @@
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gtk/dialogs/GtkPasskeySheet.h"
 
+#include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/label.h>
 
@@ -30,6 +31,24 @@ protected:
         co_await sheet.confirm(std::move(request));
     }
     Gtk::Window& window() { return program.window("Sign in with a passkey?"); }
+    /// Nothing while it is open; then whether the user has agreed.
+    using Agreed = std::shared_ptr<std::optional<bool>>;
+    Agreed startDeletion() {
+        sheet = factory.makeSheet(program.host.keyWindow());
+        authenticator::ConsentRequest request;
+        request.ceremony = authenticator::Ceremony::deletion;
+        request.warning = "The passkey of Ada <ada> will be gone.";
+        auto agreed = std::make_shared<std::optional<bool>>();
+        spawn(agree(*sheet, std::move(request), agreed));
+        program.untilActive(question());
+        return agreed;
+    }
+    static Task<void> agree(authenticator::PasskeySheet& sheet,
+                            authenticator::ConsentRequest request, Agreed agreed) {
+        const auto chosen = co_await sheet.confirm(std::move(request));
+        *agreed = chosen.has_value();
+    }
+    Gtk::Window& question() { return program.window("Delete this passkey?"); }
 
     RunningProgram program;
     gtk::GtkPasskeySheetFactory factory{hurryingClock()};
@@ -43,6 +62,31 @@ TEST_F(SheetLook, OnlyAccountIsNotInAFrameLikeAnEntry) {
         // Nor is there room for one: the buttons follow.
         const auto name = program.boxOf(*withClass(window(), "kelo-only-account"));
         EXPECT_LT(name.height, 30);
+    });
+}
+
+TEST_F(SheetLook, DeletionSaysWhatItTakesAwayAndHasAButtonOfItsOwn) {
+    run([&] {
+        const auto agreed = startDeletion();
+        EXPECT_TRUE(labelSaying(question(), "The passkey of Ada <ada> will be gone."));
+        EXPECT_FALSE(labelSaying(question(), "Account"));
+        EXPECT_FALSE(buttonNamed(question(), "Continue"));
+        auto* button = buttonNamed(question(), "Delete");
+        ASSERT_NE(button, nullptr);
+        EXPECT_TRUE(button->has_css_class("destructive-action"));
+        EXPECT_FALSE(button->has_css_class("suggested-action"));
+        program.click(*button);
+        RunningProgram::until("the user has agreed", [&] { return agreed->has_value(); });
+        EXPECT_TRUE(**agreed);
+    });
+}
+
+TEST_F(SheetLook, EnterDeletesNothing) {
+    run([&] {
+        const auto agreed = startDeletion();
+        program.screen.press(GDK_KEY_Return);
+        RunningProgram::until("the question is answered", [&] { return agreed->has_value(); });
+        EXPECT_FALSE(**agreed);
     });
 }
 

@@ -173,9 +173,9 @@ void Keyring::moveToDefaultCollection() {
     session.remove(own.get());
 }
 
-KeyringState keyringState() {
+KeyringState keyringState(const std::stop_token& stop) {
     try {
-        return Keyring(std::stop_token()).state();
+        return Keyring(stop).state();
     } catch (const Failure&) {
         return KeyringState::absent;
     }

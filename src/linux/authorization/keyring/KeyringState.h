@@ -1,5 +1,7 @@
 #pragma once
 
+#include <stop_token>
+
 namespace kelo::authorization {
 
 /// What the user's keyring is ready for.
@@ -11,8 +13,9 @@ enum class KeyringState {
     own, ///< the wrapping key is in a collection of its own, and the user is asked at each use
 };
 
-/// The state of the user's keyring. Asks the user nothing; blocks until the keyring answers.
-KeyringState keyringState();
+/// The state of the user's keyring. Asks the user nothing; blocks until the keyring answers. After
+/// a stop, which may come from any thread, it is absent.
+KeyringState keyringState(const std::stop_token& stop = {});
 
 /// Moves the wrapping key into a collection of its own, which is locked whenever it is not in use;
 /// makes the key first if there is none. The keyring asks the user for passwords meanwhile, so both

@@ -23,19 +23,27 @@ constexpr int iconSize = 48;
 constexpr int textWidthInCharacters = 44;
 
 void wrapCentred(Gtk::Label& label) {
-    label.set_wrap();
-    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    wrapLines(label);
     label.set_halign(Gtk::Align::CENTER);
     label.set_justify(Gtk::Justification::CENTER);
 }
 
 std::string titleOf(authenticator::Ceremony ceremony) {
-    return ceremony == authenticator::Ceremony::registration
-               ? translated("Create a passkey?")
-               : translated("Sign in with a passkey?");
+    switch (ceremony) {
+    case authenticator::Ceremony::registration:
+        return translated("Create a passkey?");
+    case authenticator::Ceremony::deletion:
+        return translated("Delete this passkey?");
+    case authenticator::Ceremony::signIn:
+        break;
+    }
+    return translated("Sign in with a passkey?");
 }
 
+/// In the toolkit's markup.
 std::string explanationOf(const authenticator::ConsentRequest& request) {
+    if (request.ceremony == authenticator::Ceremony::deletion)
+        return Glib::Markup::escape_text(request.warning);
     const std::string who =
         "<b>" + Glib::Markup::escape_text(request.relyingPartyIdentifier).raw() + "</b>";
     if (request.ceremony == authenticator::Ceremony::registration)
@@ -141,7 +149,6 @@ void PasskeySheetWindow::buildButtons() {
     continueButton.set_hexpand();
     cancelButton.signal_clicked().connect([this] { dismissed(); });
     continueButton.signal_clicked().connect([this] { proceed(); });
-    continueButton.add_css_class("suggested-action");
     continueButton.set_receives_default();
     row->append(cancelButton);
     row->append(continueButton);
@@ -157,9 +164,16 @@ void PasskeySheetWindow::showConsent(const authenticator::ConsentRequest& reques
     explanation.set_markup(explanationOf(request));
     balanceLines(explanation, textWidthInCharacters);
     fillAccounts(request.accountNames);
+    const bool isDeletion = request.ceremony == authenticator::Ceremony::deletion;
+    if (isDeletion)
+        continueButton.set_label(translated("Delete"));
+    setClass(continueButton, "suggested-action", !isDeletion);
+    setClass(continueButton, "destructive-action", isDeletion);
     updateLook();
     present();
-    if (choices.empty())
+    if (isDeletion)
+        cancelButton.grab_focus(); // what cannot be undone is not a matter of one key
+    else if (choices.empty())
         continueButton.grab_focus();
     else
         choices.front()->grab_focus();

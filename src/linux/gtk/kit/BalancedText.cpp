@@ -1,5 +1,7 @@
 #include "linux/gtk/kit/BalancedText.h"
 
+#include <pangomm/attrlist.h>
+
 namespace kelo::gtk {
 
 namespace {
@@ -22,6 +24,22 @@ int linesAt(const Glib::RefPtr<Pango::Layout>& text, int width) {
 }
 
 } // namespace
+
+void wrapLines(Gtk::Label& label) {
+    label.set_wrap();
+    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    Pango::AttrList attributes;
+    auto withoutHyphens = Pango::Attribute::create_attr_insert_hyphens(false);
+    attributes.insert(withoutHyphens);
+    label.set_attributes(attributes);
+}
+
+void wrapLinesAtStart(Gtk::Label& label) {
+    wrapLines(label);
+    label.set_natural_wrap_mode(Gtk::NaturalWrapMode::NONE);
+    label.set_halign(Gtk::Align::START);
+    label.set_xalign(0);
+}
 
 void balanceLines(Gtk::Label& label, int widestInCharacters) {
     const int widest = naturalWidth(label, widestInCharacters);
