@@ -12,6 +12,7 @@
 #include "linux/gtk/dialogs/GtkPermissionAsker.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
+#include "linux/inventory/OwnInventory.h"
 #include "linux/login/StartAtLogin.h"
 #include "linux/update/DesktopUpdater.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
@@ -37,6 +38,7 @@ gtk::HostSettings LinuxDesktop::hostSettings() {
     gtk::HostSettings settings;
     settings.pages = pages;
     settings.permissions = permissions;
+    settings.passkeys = inventory::inventoryOfThisComputer(sheets);
     settings.version = programVersion;
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());

@@ -68,9 +68,9 @@ private:
     std::shared_ptr<permission::Permissions> permissions;
     std::shared_ptr<downloads::DownloadList> downloadList;
     std::shared_ptr<window::OpenPages> pages = std::make_shared<window::OpenPages>();
+    gtk::GtkPasskeySheetFactory sheets;
     gtk::GtkApplicationHost application_;
     gtk::GtkAlertPresenter alerts_;
-    gtk::GtkPasskeySheetFactory sheets;
     authorization::PasskeyServices passkeys;
     input::KeyboardMonitors keyboard;
     panel::DesktopPanels panels;

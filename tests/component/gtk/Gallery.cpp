@@ -2,6 +2,7 @@
 //   with-display with-window-manager openbox gallery FOLDER
 // It speaks the language of the environment: LANGUAGE=de shows whether German fits.
 #include "base/Translation.h"
+#include "component/gtk/PasskeysGallery.h"
 #include "component/gtk/RunningProgram.h"
 #include "linux/downloads/DownloadList.h"
 #include "linux/gtk/dialogs/GtkAlertPresenter.h"
@@ -24,9 +25,11 @@ constexpr const char* longError =
     "Could not connect to assistant.example.com: Connection refused. Check your connection and "
     "try again.";
 
-gtk::HostSettings settingsWith(const std::shared_ptr<downloads::DownloadList>& list) {
+gtk::HostSettings settingsWith(const std::shared_ptr<downloads::DownloadList>& list,
+                               const std::shared_ptr<FakeInventory>& inventory) {
     gtk::HostSettings settings;
     settings.downloads = list;
+    settings.passkeys = inventory;
     settings.permissions = std::make_shared<permission::Permissions>("", "");
     settings.permissions->remember(permission::Capability::microphone, permission::Answer::allowed);
     return settings;
@@ -101,6 +104,9 @@ private:
         program.host.openPermissions();
         keep(program.window(translated("Permissions")), "permissions");
         program.window(translated("Permissions")).close();
+        PasskeysGallery(program, *inventory, [this](Gtk::Window& window, const std::string& name) {
+            keep(window, name);
+        }).walk();
         program.host.openShortcuts();
         keep(program.window(translated("Keyboard Shortcuts")), "shortcuts");
         program.window(translated("Keyboard Shortcuts")).close();
@@ -333,7 +339,8 @@ private:
     const std::shared_ptr<downloads::DownloadList> list = std::make_shared<downloads::DownloadList>(
         downloads::FileHandling{[](const std::string&) { return true; }, [](const std::string&) {},
                                 [](const std::string&) {}});
-    RunningProgram program{settingsWith(list)};
+    const std::shared_ptr<FakeInventory> inventory = std::make_shared<FakeInventory>();
+    RunningProgram program{settingsWith(list, inventory)};
     gtk::GtkAlertPresenter presenter{program.host};
 };
 

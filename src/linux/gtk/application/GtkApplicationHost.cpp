@@ -8,6 +8,7 @@
 #include "linux/gtk/application/PageNotices.h"
 #include "linux/gtk/application/ReplacementNotice.h"
 #include "linux/gtk/application/RunningInstance.h"
+#include "linux/gtk/application/SoleWindows.h"
 #include "linux/gtk/application/StayingNotice.h"
 #include "linux/gtk/application/TokenApplication.h"
 #include "linux/gtk/application/ToolkitStart.h"
@@ -18,10 +19,6 @@
 #include "linux/gtk/main/MainWindow.h"
 #include "linux/gtk/main/MenuBar.h"
 #include "linux/gtk/main/ViewCommands.h"
-#include "linux/gtk/windows/AboutWindow.h"
-#include "linux/gtk/windows/PermissionsWindow.h"
-#include "linux/gtk/windows/SettingsWindow.h"
-#include "linux/gtk/windows/ShortcutsWindow.h"
 
 #include <glibmm/miscutils.h>
 
@@ -51,7 +48,11 @@ GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
       given(std::move(given)),
       state(this->given.stateFile),
       departure(questionsBeforeQuit(), [this](auto then) { quit(then); }),
-      pageNotices(std::make_shared<PageNotices>()) {
+      pageNotices(std::make_shared<PageNotices>()),
+      soleWindows(std::make_unique<SoleWindows>(
+          SoleWindows::Handlers{[this](auto& window) { soleWindowMade(window); },
+                                [this](auto& window) { present(window); },
+                                [this](auto window) { windowClosed(std::move(window)); }})) {
     keepStreamsPlain();
 }
 
@@ -78,8 +79,7 @@ int GtkApplicationHost::run(platform::App& toRun) {
     const int status = application->run();
     pageNotices->detach();
     mainWindows.clear();
-    for (auto* slot : {&settings, &about, &shortcuts, &permissions})
-        slot->reset();
+    soleWindows->clear();
     menuBarExtras.reset();
     menuBar.reset();
     stayingNotice.reset();
@@ -161,13 +161,19 @@ void GtkApplicationHost::announceDownloads() {
 }
 
 std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
-    return {{"open", translated("Open the main window, or raise it when it is open"),
-             [this] { openMainWindow(); }},
-            {"settings", translated("Open the settings"), [this] { openSettings(); }},
-            // Doing something else than to open the window is all that it does.
-            {"background", translated("Start without a window"), [] {}},
-            {quitAction, translated("End the running program, if there is one"),
-             [this] { terminate(); }}};
+    std::vector<platform::ProgramAction> standard{
+        {"open", translated("Open the main window, or raise it when it is open"),
+         [this] { openMainWindow(); }},
+        {"settings", translated("Open the settings"), [this] { openSettings(); }},
+        // Doing something else than to open the window is all that it does.
+        {"background", translated("Start without a window"), [] {}},
+        {quitAction, translated("End the running program, if there is one"),
+         [this] { terminate(); }}};
+    if (given.passkeys)
+        standard.insert(standard.begin() + 2,
+                        {"passkeys", translated("Show the passkeys that are kept on this computer"),
+                         [this] { openPasskeys(); }});
+    return standard;
 }
 
 ProgramMenuActions GtkApplicationHost::programMenuActions() {
@@ -176,6 +182,8 @@ ProgramMenuActions GtkApplicationHost::programMenuActions() {
         chosen.openSettings = [this] { openSettings(); };
     if (given.permissions)
         chosen.openPermissions = [this] { openPermissions(); };
+    if (given.passkeys)
+        chosen.openPasskeys = [this] { openPasskeys(); };
     chosen.openShortcuts = [this] { openShortcuts(); };
     chosen.openAbout = [this] { openAbout(); };
     chosen.loginStart = given.loginStart;
@@ -289,42 +297,30 @@ std::shared_ptr<notification::DesktopNotifications> GtkApplicationHost::pageNoti
 
 void GtkApplicationHost::openSettings() {
     readScenes();
-    const auto* scene = firstScene<platform::SettingsScene>(scenes);
-    if (!scene)
-        return;
-    openSole(settings, [scene](std::function<void()> closed) {
-        return std::make_shared<SettingsWindow>(*scene, std::move(closed));
-    });
+    if (const auto* scene = firstScene<platform::SettingsScene>(scenes))
+        soleWindows->showSettings(*scene);
 }
 
 void GtkApplicationHost::openAbout() {
-    openSole(about, [this](std::function<void()> closed) {
-        return std::make_shared<AboutWindow>(given.version(), std::move(closed));
-    });
+    soleWindows->showAbout(given.version());
 }
 
 void GtkApplicationHost::openPermissions() {
-    openSole(permissions, [this](std::function<void()> closed) {
-        return std::make_shared<PermissionsWindow>(given.permissions, std::move(closed));
-    });
+    soleWindows->showPermissions(given.permissions);
+}
+
+void GtkApplicationHost::openPasskeys() {
+    soleWindows->showPasskeys(given.passkeys);
 }
 
 void GtkApplicationHost::openShortcuts() {
-    openSole(shortcuts, [this](std::function<void()> closed) {
-        return std::make_shared<ShortcutsWindow>(menuBar->shortcuts(), std::move(closed));
-    });
+    soleWindows->showShortcuts(menuBar->shortcuts());
 }
 
-void GtkApplicationHost::openSole(
-    std::shared_ptr<ProgramWindow>& slot,
-    const std::function<std::shared_ptr<ProgramWindow>(std::function<void()>)>& make) {
-    if (!slot) {
-        slot = make([this, &slot] { windowClosed(std::exchange(slot, nullptr)); });
-        application->add_window(*slot);
-        if (!mainWindows.empty())
-            slot->set_transient_for(*mainWindows.begin()->second);
-    }
-    present(*slot);
+void GtkApplicationHost::soleWindowMade(ProgramWindow& window) {
+    application->add_window(window);
+    if (!mainWindows.empty())
+        window.set_transient_for(*mainWindows.begin()->second);
 }
 
 void GtkApplicationHost::present(Gtk::Window& window) {

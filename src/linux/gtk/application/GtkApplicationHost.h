@@ -4,6 +4,7 @@
 #include "linux/gtk/application/Departure.h"
 #include "linux/gtk/application/ProgramMenu.h"
 #include "linux/gtk/kit/StateFile.h"
+#include "linux/inventory/overview/PasskeyInventory.h"
 #include "linux/notification/DesktopNotifications.h"
 #include "linux/permission/Permissions.h"
 #include "linux/window/OpenPages.h"
@@ -31,6 +32,7 @@ class MenuBarExtras;
 class PageNotices;
 class ProgramWindow;
 class ReplacementNotice;
+class SoleWindows;
 class StayingNotice;
 
 /// What the windows are given beside the app.
@@ -55,6 +57,8 @@ struct HostSettings {
     std::function<void()> relaunch = [] {};
     /// What the user has allowed the pages; null to show no window about it.
     std::shared_ptr<permission::Permissions> permissions = nullptr;
+    /// For the window that shows them, and the option that asks for it; null for neither.
+    std::shared_ptr<inventory::PasskeyInventory> passkeys = nullptr;
 };
 
 /// The program as a desktop application with one process for each user: a second process activates
@@ -89,11 +93,10 @@ public:
     void openAbout();
     void openShortcuts();
     void openPermissions();
+    void openPasskeys();
 
 private:
-    /// Shows the window of which there is one at a time; makes it if it is not open.
-    void openSole(std::shared_ptr<ProgramWindow>& slot,
-                  const std::function<std::shared_ptr<ProgramWindow>(std::function<void()>)>& make);
+    void soleWindowMade(ProgramWindow& window);
     void makeApplication();
     void quit(Departure::Then then);
     void startUp();
@@ -138,10 +141,7 @@ private:
     std::unique_ptr<StayingNotice> stayingNotice;
     std::unique_ptr<ReplacementNotice> replacementNotice;
     std::shared_ptr<DownloadNotices> downloadNotices;
-    std::shared_ptr<ProgramWindow> settings;
-    std::shared_ptr<ProgramWindow> about;
-    std::shared_ptr<ProgramWindow> shortcuts;
-    std::shared_ptr<ProgramWindow> permissions;
+    std::unique_ptr<SoleWindows> soleWindows;
 };
 
 } // namespace kelo::gtk

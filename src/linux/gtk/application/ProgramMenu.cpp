@@ -31,6 +31,8 @@ platform::Menu entries(const ProgramMenuActions& actions) {
         menu.emplace_back(item("Settings…", actions.openSettings, ","));
     if (actions.openPermissions)
         menu.emplace_back(item(translated("Permissions…").c_str(), actions.openPermissions));
+    if (actions.openPasskeys)
+        menu.emplace_back(item(translated("Passkeys on This Computer…"), actions.openPasskeys));
     if (actions.loginStart)
         menu.emplace_back(loginItem(*actions.loginStart));
     menu.emplace_back(std::in_place_type<platform::MenuSeparator>);

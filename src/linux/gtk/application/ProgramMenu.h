@@ -23,6 +23,8 @@ struct ProgramMenuActions {
     std::function<void()> openSettings;
     /// Empty if pages can be allowed nothing.
     std::function<void()> openPermissions;
+    /// Empty if there is no list of passkeys to be shown.
+    std::function<void()> openPasskeys;
     std::function<void()> openShortcuts;
     std::function<void()> openAbout;
     std::optional<LoginStart> loginStart;
