@@ -1,7 +1,9 @@
 #include "FuzzInput.h"
+#include "base/ShownText.h"
 #include "base/Utf8.h"
 #include "updater/notes/NotesReader.h"
 
+#include <algorithm>
 #include <string>
 
 // Release notes from anybody. The first byte says in which format the rest is.
@@ -39,10 +41,16 @@ void examine(const Paragraph& paragraph) {
     for (const TextRun& run : paragraph.runs) {
         require(!run.text.empty() && isWellFormedUtf8(run.text));
         require(!before || before->strong != run.strong || before->emphasized != run.emphasized ||
-                before->code != run.code);
+                before->code != run.code || before->link != run.link);
+        require(run.link.empty() || run.link.starts_with("https://"));
         before = &run;
     }
     const std::string text = textOf(paragraph);
+    require(withoutHidden(text) == text);
+    if (paragraph.kind == updater::ParagraphKind::code) {
+        require(!text.ends_with('\n'));
+        return;
+    }
     require(std::ranges::none_of(text, isControl));
     require(!text.starts_with(' ') && !text.ends_with(' '));
     require(text.find("  ") == std::string::npos);
@@ -61,10 +69,10 @@ bool comesFrom(std::string_view letters, std::string_view source) {
     return true;
 }
 
-/// What is shown of plain text: everything but blanks and controls.
+/// What is shown of plain text: everything but blanks, controls and direction marks.
 std::string lettersOf(std::string_view text) {
     std::string letters;
-    for (const char c : text)
+    for (const char c : withoutHidden(text))
         if (c != ' ' && !isControl(static_cast<unsigned char>(c)))
             letters += c;
     return letters;
@@ -83,10 +91,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         all += textOf(paragraph);
     }
     require(all.size() <= mostText);
-    if (format == NotesFormat::html || !isWellFormedUtf8(text))
+    if (format != NotesFormat::plainText || !isWellFormedUtf8(text))
         return 0;
     require(comesFrom(all, text));
-    if (format == NotesFormat::plainText && size < updater::notesLimit / 64)
+    if (size < updater::notesLimit / 64)
         require(lettersOf(all) == lettersOf(text));
     return 0;
 }

@@ -293,7 +293,7 @@ private:
         gtk::GtkUserDriver driver(nullptr);
         driver.showChecking([] {});
         keepUpdate("checking");
-        updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
+        updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}};
         spawn(wait(driver.showOffer(offer, updater::CheckKind::userInitiated)));
         keepUpdate("offer-without-notes");
         offer.releaseNotes = {

@@ -48,7 +48,9 @@ int main(int count, char** words) {
     kelo::gobject::GLibMainLoop loop;
     kelo::MainLoop::Installation installation(loop);
     kelo::gtk::GtkApplicationHost host(
-        {words, words + count}, {{"weather", "Say what it is like", [] { return "fine\n"; }}});
+        {words, words + count},
+        {{"weather", "Say what it is like", [] { return std::string("fine\n"); }},
+         {"rain", "Make some", [] { return kelo::gtk::Report("dry\n", false); }}});
     EndingApp app(host);
     const int status = host.run(app);
     app.sayWhatWasLoaded();

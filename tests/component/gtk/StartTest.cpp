@@ -211,6 +211,12 @@ TEST(FirstStart, WithAReportPrintsItAndStartsNothing) {
     EXPECT_EQ(ended.output, "fine\n");
 }
 
+TEST(FirstStart, WithAnOptionThatCouldNotDoItsWorkFails) {
+    const auto ended = startAndWait(environmentWith({{"DISPLAY", ""}}), {"--rain", "--weather"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "fine\n") << "what failed is said on the other stream";
+}
+
 TEST(FirstStart, WithWhatItDoesNotKnowIsRefused) {
     for (const char* argument : {"--fly", "-x"}) {
         const auto ended = startAndWait(environmentWith({{"GTK_A11Y", "none"}}), {argument});

@@ -86,7 +86,7 @@ protected:
     RunningProgram program;
     std::vector<std::string> opened; ///< addresses of links
     std::unique_ptr<gtk::GtkUserDriver> driver;
-    updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}, false, false};
+    updater::UpdateOffer offer{"Kelo", "1.0", "1.1", {}};
 };
 
 TEST_F(UpdateWindows, OfferNamesBothVersionsAndHasThreeAnswers) {

@@ -234,6 +234,15 @@ TEST_F(DesktopIntegration, TakesTheIconsOfANewBuildUnasked) {
     follow(places);
     EXPECT_EQ(readFile(places.data / iconName), "<svg>2</svg>");
     EXPECT_FALSE(fs::exists(places.data / "icons/hicolor/symbolic/apps/old.svg"));
+    const auto made = [this] {
+        const auto record = readFile(places.data / "kelo/integration.json");
+        return record.substr(0, record.find("folders"));
+    };
+    const auto now = made();
+    EXPECT_TRUE(remove(places).done);
+    EXPECT_THAT(contentsOf(places.data), IsEmpty());
+    EXPECT_TRUE(integrate(places).done);
+    EXPECT_EQ(made(), now) << "it goes on about what was";
     EXPECT_TRUE(remove(places).done);
     EXPECT_THAT(contentsOf(places.data), IsEmpty());
 }

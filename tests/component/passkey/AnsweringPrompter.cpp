@@ -1,3 +1,5 @@
+#include "PrompterInterface.h"
+
 #include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
 
@@ -24,18 +26,6 @@ namespace {
 using gobject::GObjectPointer;
 using gobject::GText;
 
-constexpr const char* description = "<node><interface name='org.gnome.keyring.internal.Prompter'>"
-                                    "<method name='BeginPrompting'>"
-                                    "<arg name='callback' type='o' direction='in'/></method>"
-                                    "<method name='PerformPrompt'>"
-                                    "<arg name='callback' type='o' direction='in'/>"
-                                    "<arg name='type' type='s' direction='in'/>"
-                                    "<arg name='properties' type='a{sv}' direction='in'/>"
-                                    "<arg name='exchange' type='s' direction='in'/></method>"
-                                    "<method name='StopPrompting'>"
-                                    "<arg name='callback' type='o' direction='in'/></method>"
-                                    "</interface></node>";
-
 class AnsweringPrompter {
 public:
     explicit AnsweringPrompter(std::string password) : password(std::move(password)) {}
@@ -54,7 +44,7 @@ public:
 
 private:
     static void offer(GDBusConnection* connection, const gchar*, gpointer self) {
-        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(description, nullptr);
+        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(prompterInterface, nullptr);
         static const GDBusInterfaceVTable calls{onCall, nullptr, nullptr, {}};
         g_dbus_connection_register_object(connection, "/org/gnome/keyring/Prompter",
                                           node->interfaces[0], &calls, self, nullptr, nullptr);

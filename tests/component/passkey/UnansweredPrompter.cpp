@@ -1,5 +1,7 @@
 #include "UnansweredPrompter.h"
 
+#include "PrompterInterface.h"
+
 #include "component/ScopedMainLoop.h"
 
 #include <memory>
@@ -8,18 +10,6 @@
 namespace kelo {
 
 namespace {
-
-constexpr const char* description = "<node><interface name='org.gnome.keyring.internal.Prompter'>"
-                                    "<method name='BeginPrompting'>"
-                                    "<arg name='callback' type='o' direction='in'/></method>"
-                                    "<method name='PerformPrompt'>"
-                                    "<arg name='callback' type='o' direction='in'/>"
-                                    "<arg name='type' type='s' direction='in'/>"
-                                    "<arg name='properties' type='a{sv}' direction='in'/>"
-                                    "<arg name='exchange' type='s' direction='in'/></method>"
-                                    "<method name='StopPrompting'>"
-                                    "<arg name='callback' type='o' direction='in'/></method>"
-                                    "</interface></node>";
 
 struct NodeRelease {
     void operator()(GDBusNodeInfo* node) const { g_dbus_node_info_unref(node); }
@@ -30,7 +20,7 @@ struct NodeRelease {
 UnansweredPrompter::UnansweredPrompter(GDBusConnection* bus)
     : connection(gobject::GObjectPointer<GDBusConnection>::share(bus)) {
     const std::unique_ptr<GDBusNodeInfo, NodeRelease> node(
-        g_dbus_node_info_new_for_xml(description, nullptr));
+        g_dbus_node_info_new_for_xml(prompterInterface, nullptr));
     static const GDBusInterfaceVTable calls{onCall, nullptr, nullptr, {}};
     object = g_dbus_connection_register_object(bus, "/org/gnome/keyring/Prompter",
                                                node->interfaces[0], &calls, this, nullptr, nullptr);

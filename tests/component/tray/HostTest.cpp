@@ -90,10 +90,11 @@ protected:
     /// The least contrast that accessibility guidelines ask of what is to be told from its ground.
     static constexpr double legible = 3;
 
-    /// What was on the screen when a test failed.
+    /// Keeps what was on the screen when a test failed.
     void TearDown() override {
         if (HasFailure())
             screen.save(picture("failure"));
+        files::remove_all(home() / "data/icons");
     }
 
     std::unique_ptr<rig::ChildProcess> startHost(bool dark = false) {
@@ -113,6 +114,11 @@ protected:
             home() / "host.log");
         screen.until("the tray's panel is there", [&] { return isDrawn(panel()); });
         return host;
+    }
+    /// Where every tray looks; until the test ends.
+    static void installIcons() {
+        files::create_directories(home() / "data/icons");
+        files::copy(KELO_ICONS, home() / "data/icons/hicolor", files::copy_options::recursive);
     }
     std::unique_ptr<rig::ChildProcess> startProgram() {
         files::remove(home() / "program.log");
@@ -255,8 +261,7 @@ TEST_P(TrayHost, HasTheItemBackAfterARestart) {
 }
 
 TEST_P(TrayHost, ShowsTheIconOfTheThemeOnLightAndDark) {
-    files::create_directories(home() / "data/icons");
-    files::copy(KELO_ICONS, home() / "data/icons/hicolor", files::copy_options::recursive);
+    installIcons();
     auto host = startHost();
     const auto before = screen.still();
     const auto program = startProgram();
@@ -267,7 +272,6 @@ TEST_P(TrayHost, ShowsTheIconOfTheThemeOnLightAndDark) {
     awaitIconBack(icon);
     screen.save(icon, picture("theme-dark"));
     program->end();
-    files::remove_all(home() / "data/icons");
 }
 
 TEST_P(TrayHost, ShowsTheIconWhereNothingDrawsSvg) {
@@ -275,8 +279,7 @@ TEST_P(TrayHost, ShowsTheIconWhereNothingDrawsSvg) {
     rig::ChildProcess attempt(withoutSvg({"/bin/true"}), {}, home() / "attempt.log");
     if (attempt.awaitExit(deadline) != 0)
         GTEST_SKIP() << "Nothing can be hidden here: " << attempt.printed();
-    files::create_directories(home() / "data/icons");
-    files::copy(KELO_ICONS, home() / "data/icons/hicolor", files::copy_options::recursive);
+    installIcons();
     auto host = startHost();
     const auto before = screen.still();
     const auto program = startProgram();
@@ -284,7 +287,6 @@ TEST_P(TrayHost, ShowsTheIconWhereNothingDrawsSvg) {
     EXPECT_GE(contrast(icon), legible);
     screen.save(icon, picture("without-svg"));
     program->end();
-    files::remove_all(home() / "data/icons");
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, TrayHost, testing::Values(xfce, lxqt),
