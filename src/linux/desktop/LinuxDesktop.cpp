@@ -12,7 +12,7 @@
 #include "linux/gtk/dialogs/GtkPermissionAsker.h"
 #include "linux/gtk/update/GtkUserDriver.h"
 #include "linux/http/SoupHttpSession.h"
-#include "linux/inventory/OwnInventory.h"
+#include "linux/inventory/computer/InventoryOfComputer.h"
 #include "linux/login/StartAtLogin.h"
 #include "linux/update/DesktopUpdater.h"
 #include "linux/webkit/WebKitEmbeddedView.h"
@@ -38,7 +38,7 @@ gtk::HostSettings LinuxDesktop::hostSettings() {
     gtk::HostSettings settings;
     settings.pages = pages;
     settings.permissions = permissions;
-    settings.passkeys = inventory::inventoryOfThisComputer(sheets);
+    settings.passkeys = inventory::inventoryOfComputer(sheets);
     settings.version = programVersion;
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());

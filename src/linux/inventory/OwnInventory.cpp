@@ -2,9 +2,6 @@
 
 #include "base/Translation.h"
 #include "base/async/StopWhenDropped.h"
-#include "linux/authorization/PasskeyFile.h"
-#include "linux/authorization/verification/PamVerifier.h"
-#include "linux/gobject/WorkerThread.h"
 #include "linux/inventory/Deletion.h"
 
 #include <algorithm>
@@ -27,18 +24,6 @@ ListedPasskey listed(const CredentialRecord& record) {
 bool isToBeSaid(const Finding& finding) {
     return finding.state != Finding::State::good && finding.name != "passkeys";
 }
-
-/// An inventory with what it works with.
-struct ThisComputer {
-    explicit ThisComputer(authenticator::PasskeySheetFactory& sheets)
-        : inventory({authenticator::CredentialStore(authorization::passkeyFile()), verifier, sheets,
-                     worker, slowWorker, lookAround}) {}
-
-    authorization::PamVerifier verifier{authorization::verificationHelperPath()};
-    gobject::WorkerThread worker;
-    gobject::WorkerThread slowWorker;
-    OwnInventory inventory;
-};
 
 } // namespace
 
@@ -83,12 +68,6 @@ Task<DeletionResult> OwnInventory::remove(ListedPasskey passkey,
     auto job = [store = parts.passkeys, passkey] { store.remove(passkey.credentialId); };
     co_await onWorker(parts.worker, std::move(job));
     co_return DeletionResult{true, passkeyDeleted()};
-}
-
-std::shared_ptr<PasskeyInventory>
-inventoryOfThisComputer(authenticator::PasskeySheetFactory& sheets) {
-    auto whole = std::make_shared<ThisComputer>(sheets);
-    return {whole, &whole->inventory};
 }
 
 } // namespace kelo::inventory

@@ -42,9 +42,4 @@ private:
     InventoryParts parts;
 };
 
-/// The inventory of this user. Touches no file, helper or thread before it is asked for something.
-/// The factory must outlive its last task.
-std::shared_ptr<PasskeyInventory>
-inventoryOfThisComputer(authenticator::PasskeySheetFactory& sheets);
-
 } // namespace kelo::inventory

@@ -33,11 +33,11 @@ protected:
     Gtk::Window& window() { return program.window("Sign in with a passkey?"); }
     /// Nothing while it is open; then whether the user has agreed.
     using Agreed = std::shared_ptr<std::optional<bool>>;
-    Agreed startDeletion() {
+    Agreed startDeletion(std::string warning = "The passkey of Ada <ada> will be gone.") {
         sheet = factory.makeSheet(program.host.keyWindow());
         authenticator::ConsentRequest request;
         request.ceremony = authenticator::Ceremony::deletion;
-        request.warning = "The passkey of Ada <ada> will be gone.";
+        request.warning = std::move(warning);
         auto agreed = std::make_shared<std::optional<bool>>();
         spawn(agree(*sheet, std::move(request), agreed));
         program.untilActive(question());
@@ -78,6 +78,22 @@ TEST_F(SheetLook, DeletionSaysWhatItTakesAwayAndHasAButtonOfItsOwn) {
         program.click(*button);
         RunningProgram::until("the user has agreed", [&] { return agreed->has_value(); });
         EXPECT_TRUE(**agreed);
+    });
+}
+
+TEST_F(SheetLook, NameThatWrapsGetsNoHyphenOfOurs) {
+    run([&] {
+        const std::string name(64, 'W');
+        startDeletion(name);
+        auto* label = labelSaying(question(), name);
+        ASSERT_NE(label, nullptr);
+        auto* const layout = label->get_layout()->gobj();
+        ASSERT_GT(pango_layout_get_line_count(layout), 1);
+        int glyphs = 0;
+        for (auto* line = pango_layout_get_lines_readonly(layout); line; line = line->next)
+            for (auto* run = static_cast<PangoLayoutLine*>(line->data)->runs; run; run = run->next)
+                glyphs += static_cast<PangoGlyphItem*>(run->data)->glyphs->num_glyphs;
+        EXPECT_EQ(glyphs, 64);
     });
 }
 

@@ -7,9 +7,11 @@
 #include "linux/gobject/WorkerThread.h"
 #include "linux/tpm/TpmKeyStore.h"
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <thread>
 
 // Uses the keyring of the session bus it is started on, as a process of its own, since GIO keeps
 // one session bus for the life of a process:
@@ -20,6 +22,8 @@
 //   keep-in-default     moves it back
 //   sign-and-stay WRAPPED  as sign, and stays until it reads a line
 //   create-in-chip TRANSPORT, sign-in-chip TRANSPORT WRAPPED   the same with a key in that chip
+//   state-and-give-up   begins as state, but gives up when it reads a line, and prints "given up"
+//                       unless the answer came only after the bus had ended the call by itself
 //   create-and-give-up  begins as create, but drops the request when it reads a line, and prints
 //                       "given up" once the worker is free again
 // A failure is printed as "error: " and its sentence.
@@ -119,7 +123,22 @@ int runWithChip(const std::string& command, const std::string& chip, const std::
     return ended ? 0 : 1;
 }
 
+/// Ends a question about the state from another thread.
+int giveUpState() {
+    constexpr std::chrono::seconds timeOfTheBus{25};
+    const auto begin = std::chrono::steady_clock::now();
+    std::jthread asking([](const std::stop_token& stop) { authorization::keyringState(stop); });
+    std::getchar();
+    asking.request_stop();
+    asking.join();
+    const auto taken = std::chrono::steady_clock::now() - begin;
+    std::puts(taken < timeOfTheBus ? "given up" : "waited");
+    return 0;
+}
+
 int run(const std::string& command, const std::string& argument) {
+    if (command == "state-and-give-up")
+        return giveUpState();
     if (const auto outcome = runAtOnce(command)) {
         std::puts(outcome->c_str());
         return 0;

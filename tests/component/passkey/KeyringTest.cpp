@@ -140,6 +140,25 @@ TEST_F(KeyringTest, ARequestThatIsGivenUpDoesNotWaitForTheUnlockPrompt) {
     EXPECT_TRUE(bus.ping("org.freedesktop.secrets"));
 }
 
+TEST_F(KeyringTest, StateIsToldWithoutAQuestion) {
+    EXPECT_EQ(probe({"state"}), "absent");
+    startLocked();
+    EXPECT_EQ(probe({"state"}), "empty");
+    ASSERT_TRUE(bus.makeKeyringWithoutPassword());
+    EXPECT_EQ(probe({"state"}), "unlocked");
+    ASSERT_TRUE(bus.lockKeyring());
+    EXPECT_EQ(probe({"state"}), "locked");
+}
+
+TEST_F(KeyringTest, NobodyWaitsForTheStateOfOneThatHangsAfterAStop) {
+    startUnlocked();
+    daemon.suspend();
+    const Child waiting({KELO_KEYRING_PROBE, "state-and-give-up"}, probeEnvironment());
+    waiting.write("\n");
+    EXPECT_EQ(waiting.readLine(), "given up");
+    daemon.resume();
+}
+
 TEST_F(KeyringTest, ALockedKeyringIsUnlockedAndUsed) {
     startLocked();
     ASSERT_TRUE(bus.makeKeyringWithoutPassword());

@@ -5,9 +5,9 @@
 #include "linux/gobject/GLibHandles.h"
 #include "linux/gobject/GObjectPointer.h"
 #include "linux/gtk/kit/Accessibility.h"
-#include "linux/gtk/kit/BalancedText.h"
 
 #include <gtkmm/label.h>
+#include <gtkmm/tooltip.h>
 
 #include <utility>
 
@@ -23,15 +23,35 @@ std::string day(std::chrono::sys_seconds time) {
     return text ? text.get() : "?";
 }
 
-std::string detailsOf(const inventory::ListedPasskey& passkey) {
-    std::string details = translated("Made on %1", {day(passkey.made)});
-    const auto add = [&details](const std::string& more) { details += " · " + more; };
-    add(passkey.lastUsed ? translated("Last used on %1", {day(*passkey.lastUsed)})
-                         : translated("Never used"));
-    add(passkey.isInChip ? translated("In the security chip") : translated("In software"));
-    add(passkey.isAccepted ? translated("Accepted by the service")
-                           : translated("Not yet accepted by the service"));
-    return details;
+std::string daysOf(const inventory::ListedPasskey& passkey) {
+    return translated("Made on %1", {day(passkey.made)}) + " · " +
+           (passkey.lastUsed ? translated("Last used on %1", {day(*passkey.lastUsed)})
+                             : translated("Never used"));
+}
+
+std::string stateOf(const inventory::ListedPasskey& passkey) {
+    return (passkey.isInChip ? translated("In the security chip") : translated("In software")) +
+           " · " +
+           (passkey.isAccepted ? translated("Accepted by the service")
+                               : translated("Not yet accepted by the service"));
+}
+
+// Not wrapped: to measure lines that may wrap takes so long that hundreds of rows would stop the
+// program for seconds.
+Gtk::Label* makeLine(const std::string& text) {
+    auto* label = Gtk::make_managed<Gtk::Label>(text);
+    // At the start also where the text runs the other way than the window. Names that begin alike
+    // may differ at their ends.
+    label->set_halign(Gtk::Align::START);
+    label->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
+    label->set_has_tooltip();
+    label->signal_query_tooltip().connect(
+        [label](int, int, bool, const Glib::RefPtr<Gtk::Tooltip>& tooltip) {
+            tooltip->set_text(label->get_text());
+            return label->get_layout()->is_ellipsized(); // otherwise it would say nothing new
+        },
+        false);
+    return label;
 }
 
 } // namespace
@@ -40,12 +60,14 @@ PasskeyRow::PasskeyRow(inventory::ListedPasskey passkey, std::function<void()> a
     : shown(std::move(passkey)), deleteButton(translated("Delete…")) {
     const std::string account = shownName(shown.account);
     const std::string service = shownName(shown.service);
-    const std::string details = detailsOf(shown);
+    const std::string days = daysOf(shown);
+    const std::string state = stateOf(shown);
     set_activatable(false);
-    setAccessibleName(*this, account + ", " + service + ", " + details);
+    setAccessibleName(*this, account + ", " + service + ", " + days + " · " + state);
     addLine(account, {"kelo-strong"});
     addLine(service, {});
-    addLine(details, {"kelo-caption", "kelo-dim"});
+    addLine(days, {"kelo-caption", "kelo-dim"});
+    addLine(state, {"kelo-caption", "kelo-dim"});
     texts.set_hexpand();
     deleteButton.set_valign(Gtk::Align::CENTER);
     deleteButton.signal_clicked().connect(std::move(askToDelete));
@@ -57,8 +79,7 @@ PasskeyRow::PasskeyRow(inventory::ListedPasskey passkey, std::function<void()> a
 }
 
 void PasskeyRow::addLine(const std::string& text, const std::vector<Glib::ustring>& cssClasses) {
-    auto* label = Gtk::make_managed<Gtk::Label>(text);
-    wrapLinesAtStart(*label);
+    auto* label = makeLine(text);
     label->set_css_classes(cssClasses);
     texts.append(*label);
 }

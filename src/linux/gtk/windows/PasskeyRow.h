@@ -11,8 +11,7 @@
 namespace kelo::gtk {
 
 /// One passkey in the list of them: whose it is, for which service, what is known of it, and the
-/// button that deletes it. Nothing is cut off, because names that begin alike may differ at their
-/// ends.
+/// button that deletes it.
 class PasskeyRow final : public Gtk::ListBoxRow {
 public:
     PasskeyRow(inventory::ListedPasskey passkey, std::function<void()> askToDelete);
