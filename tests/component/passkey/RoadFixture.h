@@ -32,8 +32,9 @@ protected:
     /// Both, by a program of its own.
     nlohmann::json answerTo(const std::string& verb, const std::string& object) const;
 
-    /// Expects that somebody else's library accepts the registration, and then a signature.
-    void expectWorks(const nlohmann::json& registered) const;
+    /// Has a program of its own make a passkey and sign with it, and expects that somebody else's
+    /// library accepts both. The answer to the registration.
+    nlohmann::json expectRegistration(const std::string& account) const;
     void expectAccepted(const nlohmann::json& signedIn, const Bytes& publicKey) const;
     /// Expects that every record in the file is whole and signs.
     void expectAllSign() const;

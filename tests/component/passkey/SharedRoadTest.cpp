@@ -39,7 +39,7 @@ protected:
 } // namespace
 
 TEST_F(SharedRoad, TwoProgramsThatRegisterAtOnceLoseNothing) {
-    expectWorks(answerTo("register", "first"));
+    expectRegistration("first");
     std::set<std::string> identifiers;
     for (int round = 0; round < 20; ++round)
         for (const auto& made : askBoth("register", "round" + std::to_string(round) + "-"))
@@ -50,8 +50,7 @@ TEST_F(SharedRoad, TwoProgramsThatRegisterAtOnceLoseNothing) {
 }
 
 TEST_F(SharedRoad, TwoProgramsThatSignAtOnceBothSign) {
-    const auto registered = answerTo("register", "first");
-    expectWorks(registered);
+    const auto registered = expectRegistration("first");
     std::size_t signatures = 0;
     for (int round = 0; round < 20; ++round)
         signatures += askBoth("sign", registered["id"]).size();
@@ -61,7 +60,7 @@ TEST_F(SharedRoad, TwoProgramsThatSignAtOnceBothSign) {
 }
 
 TEST_F(SharedRoad, OneThatIsKilledDoesNotHoldUpTheOther) {
-    expectWorks(answerTo("register", "first"));
+    expectRegistration("first");
     for (int round = 0; round < 10; ++round) {
         const Child killed = start({"KELO_KILLED_AT_EXCHANGE=" + std::to_string(2 * round + 1)});
         ask(killed, "register", "killed" + std::to_string(round));
