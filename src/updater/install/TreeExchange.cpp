@@ -151,7 +151,9 @@ bool takeBackPrograms(int root, int work, int previous, const ExchangeCalls& cal
     bool all = true;
     const posix::FileDescriptor bin = openFolder(root, programFolder);
     if (const posix::FileDescriptor previousBin = openFolder(previous, programFolder)) {
-        for (const auto& name : namesIn(previousBin.get())) {
+        auto names = namesIn(previousBin.get());
+        std::ranges::partition(names, [](const auto& name) { return name == program; });
+        for (const auto& name : names) {
             all = move(previousBin.get(), name, bin.get()) && all;
             // rename(2) does nothing if both names refer to the same file.
             removeTree(previousBin.get(), name);

@@ -2,6 +2,7 @@
 
 #include "component/installer/Trees.h"
 #include "layers/Command.h"
+#include "updater/install/InstallRecovery.h"
 #include "updater/install/ProgramStart.h"
 #include "updater/install/TreeInstaller.h"
 
@@ -138,6 +139,20 @@ TEST_F(StartWatch, TakesBackAReleaseThatCrashes) {
     install();
     EXPECT_EQ(watch({"2", "crash"}), WatchResult::takenBack);
     expectTheTreeBefore();
+}
+
+TEST_F(StartWatch, TakesBackAReleaseThatFailsBeforeItsStartIsConfirmed) {
+    install();
+    EXPECT_EQ(watch({"2", "fail"}), WatchResult::takenBack);
+    expectTheTreeBefore();
+}
+
+TEST_F(StartWatch, LeavesTheTrialToAnotherStartThatIsUnderWay) {
+    release("exit 1");
+    install();
+    const updater::TreeStart other(root);
+    EXPECT_EQ(watch(), WatchResult::confirmed);
+    EXPECT_EQ(readFile(root / "share/kelo/Info.plist"), information("1.1"));
 }
 
 TEST_F(StartWatch, TakesBackAReleaseThatHangs) {

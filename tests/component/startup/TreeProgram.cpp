@@ -8,7 +8,8 @@
 
 /// Replaces the installed program: starts like it, runs its loop for the given number of seconds
 /// (none: not at all), prints the version from its information dictionary and the update that was
-/// taken back, and ends as the second argument says: "crash", "exit" from within, or in order.
+/// taken back, and ends as the second argument says: "crash", "exit" from within, "fail", or in
+/// order.
 int main(int count, char** words) {
     using namespace kelo;
     startup::ProcessStart start({words, words + count});
@@ -31,5 +32,5 @@ int main(int count, char** words) {
         std::abort();
     if (count > 2 && std::string_view(words[2]) == "exit")
         std::exit(0);
-    return 0;
+    return count > 2 && std::string_view(words[2]) == "fail" ? 3 : 0;
 }
