@@ -218,6 +218,7 @@ std::vector<OldItem> packagesIn(const std::string& feed) {
         xmlNode* const enclosure = childOf(node, "enclosure");
         if (!name.empty())
             packages.push_back({name, contentOf(childOf(node, "version")),
+                                contentOf(childOf(node, "shortVersionString")),
                                 textOf(XmlText(xmlGetNsProp(enclosure, xml("edSignature"),
                                                             xml(appcastNamespace))))});
     }

@@ -43,7 +43,8 @@ std::string writeFeed(const std::vector<FeedItem>& items, const std::string& old
 struct OldItem {
     std::string fileName;
     std::string version;
-    std::string signature; ///< may be empty
+    std::string shortVersion; ///< may be empty
+    std::string signature;    ///< may be empty
 };
 
 /// The packages in a feed (empty: none). Throws Failure if it cannot be read.

@@ -111,6 +111,13 @@ std::vector<std::string> remarksOn(const std::vector<Release>& releases,
             updater::isOlder(release.item.version, newest->version))
             remarks.push_back("The build number falls: " + describe(release.item) +
                               " is new, and the feed had " + newest->version + " already.");
+        const auto isRepeated = [&](const OldItem& old) {
+            return updater::compareVersions(old.version, release.item.version) == 0 &&
+                   !old.shortVersion.empty() && old.shortVersion != release.item.shortVersion;
+        };
+        if (std::ranges::any_of(oldItems, isRepeated) && !oldItemOf(oldItems, release))
+            remarks.push_back("The build number repeats: another version in the feed had that of " +
+                              describe(release.item) + ".");
     }
     const auto carriesNext = [&](const Release& release) { return isFor(release, *keys.next); };
     const auto isForAll = [&](const Release& release) {

@@ -40,7 +40,8 @@ protected:
     static std::vector<OldItem> published(const std::vector<Release>& releases) {
         std::vector<OldItem> items;
         for (const auto& each : releases)
-            items.push_back({each.item.fileName, each.item.version, each.item.signature});
+            items.push_back({each.item.fileName, each.item.version, each.item.shortVersion,
+                             each.item.signature});
         return items;
     }
 
@@ -117,12 +118,17 @@ TEST_F(Releases, WhoseBuildNumbersRepeatOrFallAreRemarkedOn) {
                 ElementsAre(HasSubstr("build number repeats")));
     EXPECT_THAT(remarks({release("11", keys.current, "1.1"), release("10", keys.current, "1.2")}),
                 ElementsAre(HasSubstr("build number falls")));
-    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.12.tar.zst", "12", ""}}),
+    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.12.tar.zst", "12", "1.12", ""}}),
                 ElementsAre(HasSubstr("the feed had 12 already")));
-    EXPECT_THAT(remarks({release("11", keys.current)},
-                        {{"kelo-1.11.tar.zst", "11", ""}, {"kelo-1.12.tar.zst", "12", ""}}),
+    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.11.tar.zst", "11", "1.11", ""},
+                                                        {"kelo-1.12.tar.zst", "12", "1.12", ""}}),
                 IsEmpty())
         << "it was there before";
+    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.1.tar.zst", "11", "1.1", ""}}),
+                ElementsAre(HasSubstr("another version in the feed")));
+    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.11.deb", "11", "1.11", ""}}),
+                IsEmpty())
+        << "another package of the same version";
 }
 
 TEST_F(Releases, ThatAReaderWouldLeaveOutAreRefused) {
