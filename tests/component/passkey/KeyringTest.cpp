@@ -77,17 +77,6 @@ TEST_F(KeyringTest, NoKeyringIsSaidPlainly) {
     EXPECT_EQ(probe({"sign", "00"}), sentence);
 }
 
-TEST_F(KeyringTest, StateIsToldWithoutAQuestion) {
-    EXPECT_EQ(probe({"state"}), "absent");
-    startLocked();
-    EXPECT_EQ(probe({"state"}), "empty");
-    stopKeyring();
-    startUnlocked();
-    EXPECT_EQ(probe({"state"}), "unlocked");
-    ASSERT_TRUE(bus.lockKeyring());
-    EXPECT_EQ(probe({"state"}), "locked");
-}
-
 TEST_F(KeyringTest, NoSessionBusIsSaidPlainly) {
     auto variables = probeEnvironment();
     variables.front() = "DBUS_SESSION_BUS_ADDRESS=unix:path=" + (folder.path() / "no-bus").string();
