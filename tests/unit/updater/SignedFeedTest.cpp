@@ -105,6 +105,13 @@ TEST_F(SignedFeed, IsReadOnlyAsFarAsItIsSigned) {
     expectRefused(feed.substr(0, end) + signedRelease("9.9") + feed.substr(end));
 }
 
+TEST_F(SignedFeed, IsHandedOnWithoutWhatStandsBehindIt) {
+    const std::string text = feedOf(signedRelease("1.1"));
+    const Bytes whole = bytesOf(withSignatures(text, {&publisher}) + "<more/><!-- more -->");
+    const auto key = updater::parsePublicKey(publisher.publicKey());
+    EXPECT_EQ(textOf(updater::verifiedPart(whole, key)), text);
+}
+
 TEST_F(SignedFeed, ShowsNoNotesFromOutsideOfIt) {
     serve(signedFeed("<sparkle:releaseNotesLink>https://updates.example.com/notes.txt"
                      "</sparkle:releaseNotesLink>"));
