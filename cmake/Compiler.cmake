@@ -21,12 +21,23 @@ endif()
 option(KELO_WARNINGS_AS_ERRORS "Stop at the first warning in our own code" OFF)
 set(KELO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
+option(KELO_HIDE_PATHS "Compile in no path of this build's folders, so that another folder gives the same program" OFF)
+if(KELO_HIDE_PATHS)
+  # The last that fits counts.
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}/=)
+endif()
+
 find_program(CCACHE ccache)
 if(CCACHE)
   # Paths below the project's root count as relative to it, so that one clone finds what another has
-  # compiled; without the sloppiness ccache refuses files that use a precompiled header.
+  # compiled; without the sloppiness ccache refuses files that use a precompiled header. Not where paths are
+  # hidden: a relative path would stay in the program.
+  set(kelo_ccache_base CCACHE_BASEDIR=${PROJECT_SOURCE_DIR})
+  if(KELO_HIDE_PATHS)
+    set(kelo_ccache_base)
+  endif()
   set(CMAKE_CXX_COMPILER_LAUNCHER
-    env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
+    env ${kelo_ccache_base} CCACHE_NOHASHDIR=1
     CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
     ${CCACHE})
 endif()

@@ -20,7 +20,8 @@ TEST(PackageScript, AsksForNoTestsAndForgivesWarnings) {
     const auto preset = inSource("'" KELO_CMAKE "' --preset package -N");
     ASSERT_EQ(preset.status, 0) << preset.output;
     for (const auto* setting : {"KELO_BUILD_TESTS=\"OFF\"", "KELO_BUILD_BENCHMARKS=\"OFF\"",
-                                "KELO_WARNINGS_AS_ERRORS=\"OFF\"", "CMAKE_BUILD_TYPE=\"Release\""})
+                                "KELO_WARNINGS_AS_ERRORS=\"OFF\"", "CMAKE_BUILD_TYPE=\"Release\"",
+                                "KELO_HIDE_PATHS=\"ON\""})
         EXPECT_THAT(preset.output, HasSubstr(setting));
 }
 
