@@ -74,4 +74,13 @@ TEST_F(SharedRoad, OneThatIsKilledDoesNotHoldUpTheOther) {
     expectAllSign();
 }
 
+/// Several times, because not every time the two meet.
+class FirstPasskeys : public SharedRoad, public testing::WithParamInterface<int> {};
+
+TEST_P(FirstPasskeys, OfTwoProgramsAtOnceBothSign) {
+    EXPECT_FALSE(askBoth("register", "first").empty());
+    expectAllSign();
+}
+INSTANTIATE_TEST_SUITE_P(Rounds, FirstPasskeys, testing::Range(0, 30));
+
 } // namespace kelo

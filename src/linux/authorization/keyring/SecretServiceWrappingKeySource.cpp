@@ -3,6 +3,7 @@
 #include "authenticator/keys/Cryptography.h"
 #include "base/Failure.h"
 #include "base/Translation.h"
+#include "linux/authorization/keyring/FirstKeyLock.h"
 #include "linux/authorization/keyring/Keyring.h"
 
 namespace kelo::authorization {
@@ -15,6 +16,9 @@ std::optional<SecretBytes> SecretServiceWrappingKeySource::find(std::stop_token 
 
 SecretBytes SecretServiceWrappingKeySource::findOrCreate(std::stop_token stop) {
     Keyring keyring(stop);
+    if (auto known = keyring.load())
+        return std::move(*known);
+    const FirstKeyLock lock(stop);
     if (auto known = keyring.load())
         return std::move(*known);
     SecretBytes made(authenticator::wrappingKeySize);
