@@ -1,7 +1,6 @@
 #include "updater/notes/NotesBuilder.h"
 
 #include "base/ShownText.h"
-#include "base/Text.h"
 
 #include <string>
 #include <utility>
@@ -30,6 +29,11 @@ void trimLines(std::vector<TextRun>& runs) {
     }
 }
 
+/// Controls in code that are neither line breaks nor tabs.
+bool isOddControl(char c) {
+    return static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t';
+}
+
 bool continuesCharacter(char c) {
     return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
@@ -47,7 +51,7 @@ void NotesBuilder::add(std::string_view text, const TextRun& style) {
         // Never cut in the middle of a UTF-8 character.
         if (length >= longestNotes && !continuesCharacter(c))
             return;
-        if (isVerbatim ? c == '\r' : blanks.find(c) != std::string_view::npos)
+        if (isVerbatim ? isOddControl(c) : static_cast<unsigned char>(c) <= ' ')
             blankPending = !isVerbatim;
         else
             addCharacter(c, style);

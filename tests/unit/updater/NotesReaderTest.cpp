@@ -177,6 +177,8 @@ TEST(ReleaseNotes, TextThatIsNoUtf8GivesNone) {
 
 TEST(ReleaseNotes, ControlCharactersAreLeftOut) {
     EXPECT_EQ(plain(std::string("a\x1b[31mb\x07\0c", 10)), ReleaseNotes{body("a[31mbc")});
+    EXPECT_EQ(plain("a\vb\fc"), ReleaseNotes{body("a b c")});
+    EXPECT_EQ(html("<pre>a\vb\r\n\tc</pre>"), (ReleaseNotes{{ParagraphKind::code, {{"ab\n\tc"}}}}));
 }
 
 TEST(ReleaseNotes, VeryLongNotesAreCut) {
