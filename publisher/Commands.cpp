@@ -212,7 +212,8 @@ void verify(const Arguments& arguments, std::ostream& output, std::ostream& rema
         throw Failure("The public key is not valid. Use the 44 characters that keygen printed.");
     const MappedFile feed(arguments.files[0]);
     const updater::Appcast appcast = readFeed(arguments.files[0], checkedFeed(feed, *key), remarks);
-    const updater::AppcastItem& item = itemOf(appcast, archive.filename());
+    const std::string name = archive.filename();
+    const updater::AppcastItem& item = itemOf(appcast, name);
     const auto signature = updater::parseSignature(item.enclosure->signature.value_or(""));
     if (!signature)
         throw Failure("The feed has no signature for \"" + archive.string() +
