@@ -25,9 +25,8 @@ platform::SceneGraph KeloApp::body() {
 }
 
 std::vector<platform::ProgramAction> KeloApp::actions() {
-    return {{"widget", translated("Show the voice widget, or hide it when it is shown"),
-             [voice = voice] { voice.get()->toggleWidget(); }},
-            {"check-for-updates", translated("Look for a newer version"), &checkForUpdates}};
+    return {{"widget", [voice = voice] { voice.get()->toggleWidget(); }},
+            {"check-for-updates", &checkForUpdates}};
 }
 
 platform::WindowGroup KeloApp::mainWindowGroup() const {

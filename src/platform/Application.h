@@ -22,8 +22,6 @@ public:
 struct ProgramAction {
     /// Lower-case letters and dashes. "--NAME" on the command line starts the action.
     std::string name;
-    /// One short line for the user, without a full stop.
-    std::string description;
     std::function<void()> action;
 };
 

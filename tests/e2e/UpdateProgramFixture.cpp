@@ -125,7 +125,7 @@ void UpdateProgramFixture::publishSignedWith(const SigningKey& key, const std::s
     fs::copy(downloadedTree(build()), tree, fs::copy_options::recursive);
     stamp(tree, newVersion, key.publicHalf);
     if (!script.empty())
-        std::ofstream(tree / "bin/kelo")
+        std::ofstream(tree / "libexec/kelo/kelo")
             << "#!/bin/sh\n[ \"$1\" = --help ] && exit 0\n" + script + "\n";
     runOrThrow("tar --zstd -cf " + quoted(releases / (name + ".tar.zst")) + " -C " +
                quoted(tree.parent_path()) + " " + name);

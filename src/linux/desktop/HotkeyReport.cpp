@@ -28,8 +28,8 @@ std::string hotkeyReport(const std::vector<input::SourceStatus>& sources,
     return report;
 }
 
-gtk::ReportOption hotkeyStatusOption() {
-    return {"hotkey-status", translated("Show which input sources the hotkey can use, then exit"),
+command::ReportOption hotkeyStatusOption() {
+    return {"hotkey-status",
             [] { return hotkeyReport(input::hotkeyStatus(), panel::panelStatus()); }};
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/gtk/application/CommandLine.h"
+#include "linux/command/Report.h"
 #include "linux/input/HotkeyStatus.h"
 
 #include <string>
@@ -13,6 +13,6 @@ namespace kelo::desktop {
 std::string hotkeyReport(const std::vector<input::SourceStatus>& sources, const std::string& panel);
 
 /// --hotkey-status
-gtk::ReportOption hotkeyStatusOption();
+command::ReportOption hotkeyStatusOption();
 
 } // namespace kelo::desktop

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "linux/gtk/application/CommandLine.h"
+#include "linux/command/Report.h"
 
 namespace kelo::desktop {
 
 /// --integrate
-gtk::ReportOption integrateOption();
+command::ReportOption integrateOption();
 /// --remove
-gtk::ReportOption removeOption();
+command::ReportOption removeOption();
 
 } // namespace kelo::desktop

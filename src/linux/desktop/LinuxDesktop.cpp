@@ -3,9 +3,9 @@
 #include "base/async/Spawn.h"
 #include "bundle/ProgramPlace.h"
 #include "deployment/Deployment.h"
+#include "linux/command/ProgramOptions.h"
 #include "linux/desktop/HotkeyReport.h"
 #include "linux/desktop/IntegrationOptions.h"
-#include "linux/desktop/ProgramVersion.h"
 #include "linux/downloads/DownloadFolder.h"
 #include "linux/downloads/DownloadList.h"
 #include "linux/downloads/QuitQuestion.h"
@@ -28,6 +28,10 @@ namespace kelo::desktop {
 
 namespace {
 
+command::ReportOption versionReport() {
+    return {command::versionOption, [] { return command::versionLine() + "\n"; }};
+}
+
 std::filesystem::path stateFolder() {
     return std::filesystem::path(g_get_user_state_dir()) / "kelo";
 }
@@ -39,7 +43,10 @@ gtk::HostSettings LinuxDesktop::hostSettings() {
     settings.pages = pages;
     settings.permissions = permissions;
     settings.passkeys = inventory::inventoryOfComputer(sheets);
-    settings.version = programVersion;
+    settings.version = [] {
+        bundle::InstalledBundle installed;
+        return platform::versionString(installed);
+    };
     const auto start =
         std::make_shared<login::StartAtLogin>(login::StartAtLogin::Settings::standard());
     settings.loginStart = gtk::LoginStart{[start] { return start->isOn(); },
@@ -64,7 +71,7 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments,
       downloadList(std::make_shared<downloads::DownloadList>(
           downloads::desktopFileHandling(webkit::openWithDefaultProgram))),
       application_(std::move(arguments),
-                   {versionOption(), hotkeyStatusOption(), integrateOption(), removeOption()},
+                   {versionReport(), hotkeyStatusOption(), integrateOption(), removeOption()},
                    hostSettings()),
       alerts_(application_),
       passkeys(sheets) {}

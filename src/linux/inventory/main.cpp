@@ -5,8 +5,8 @@
 #include "linux/authorization/verification/PamVerifier.h"
 #include "linux/gobject/GLibMainLoop.h"
 #include "linux/inventory/Commands.h"
+#include "linux/locale/UserLocale.h"
 #include "linux/startup/OwnVariables.h"
-#include "linux/startup/UserLocale.h"
 
 #include <glib.h>
 
@@ -25,8 +25,8 @@ kelo::Task<void> run(const kelo::inventory::CommandParts& parts, std::span<const
 /// kelo-passkeys: the passkeys of this computer, for their owner.
 int main(int count, char** words) {
     kelo::startup::quietChipLibrary();
-    kelo::startup::followUserLocale();
-    kelo::startup::findTranslations(kelo::bundle::installationPrefix(kelo::bundle::programPath()));
+    kelo::locale::followUserLocale();
+    kelo::locale::findTranslations(kelo::bundle::installationPrefix(kelo::bundle::programPath()));
     kelo::gobject::GLibMainLoop loop;
     const kelo::MainLoop::Installation installation(loop);
 

@@ -2,10 +2,10 @@
 
 #include "base/async/MainLoop.h"
 #include "bundle/ProgramPlace.h"
+#include "linux/locale/UserLocale.h"
 #include "linux/startup/OwnVariables.h"
 #include "linux/startup/RendererChoice.h"
 #include "linux/startup/UnsafeVariables.h"
-#include "linux/startup/UserLocale.h"
 #include "updater/install/ProgramStart.h"
 
 #include <malloc.h>
@@ -74,8 +74,8 @@ ProcessStart::ProcessStart(const std::vector<std::string>& words) {
     }
     unsetUnsafeVariables();
     quietChipLibrary();
-    followUserLocale();
-    findTranslations(bundle::installationPrefix(bundle::programPath()));
+    locale::followUserLocale();
+    locale::findTranslations(bundle::installationPrefix(bundle::programPath()));
     fixMappingThreshold();
     chooseRenderer();
     avoidBlankWindowOnNvidia();

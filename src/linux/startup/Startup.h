@@ -26,7 +26,7 @@ public:
     /// - Removes environment variables that open the program to others (UnsafeVariables.h).
     /// - Keeps the security chip's library from printing (OwnVariables.h).
     /// - Follows the user's locale, with translations from where this program is installed
-    ///   (UserLocale.h).
+    ///   (linux/locale/UserLocale.h).
     /// - Limits the memory that the allocator keeps.
     /// - Chooses the renderer (RendererChoice.h).
     /// - Works around web views that stay blank with NVIDIA's own kernel driver.

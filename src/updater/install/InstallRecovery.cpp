@@ -1,6 +1,7 @@
 #include "updater/install/InstallRecovery.h"
 
 #include "updater/install/InstalledCopy.h"
+#include "updater/install/TreeState.h"
 #include "updater/install/WorkFolder.h"
 
 #include <fcntl.h>
@@ -26,7 +27,7 @@ void TreeStart::look() {
     const auto work = WorkFolder::take(root);
     if (!work)
         return;
-    switch (work->state()) {
+    switch (stateOf(*work)) {
     case TreeState::settled:
         return;
     case TreeState::cutOff: {
@@ -46,7 +47,7 @@ void TreeStart::look() {
         beginTrial(*work);
         return;
     case TreeState::takenBack:
-        failed = work->update();
+        failed = updateOf(*work);
         return;
     }
 }
@@ -91,7 +92,7 @@ void clearWorkFolder(const std::filesystem::path& root, StagedUpdate staged,
     const auto work = WorkFolder::take(root);
     if (!work)
         return;
-    const TreeState state = work->state();
+    const TreeState state = stateOf(*work);
     const bool isKept = state == TreeState::staged && staged == StagedUpdate::keep;
     if (!isKept && (state != TreeState::cutOff || work->endCutOff(calls)))
         work->remove(calls);

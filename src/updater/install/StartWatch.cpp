@@ -1,6 +1,7 @@
 #include "updater/install/StartWatch.h"
 
 #include "updater/install/InstallFiles.h"
+#include "updater/install/TreeState.h"
 #include "updater/install/WorkFolder.h"
 
 #include <fcntl.h>
@@ -131,7 +132,7 @@ WatchResult watchStart(const std::filesystem::path& root, posix::FileDescriptor 
         awaitReadable(process, deadlines.end);
     }
     const auto work = WorkFolder::take(root);
-    if (!work || work->state() != TreeState::onTrial || work->has(WorkFolder::setAside) ||
+    if (!work || stateOf(*work) != TreeState::onTrial || work->has(WorkFolder::setAside) ||
         isOnTrialElsewhere(*work))
         return WatchResult::confirmed;
     return work->takeTreeBack(calls) ? WatchResult::takenBack : WatchResult::confirmed;

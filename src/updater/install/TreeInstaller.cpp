@@ -1,13 +1,14 @@
 #include "updater/install/TreeInstaller.h"
 
 #include "base/Translation.h"
+#include "bundle/ProgramPlace.h"
 #include "updater/appcast/Version.h"
 #include "updater/install/InstallFailure.h"
 #include "updater/install/InstallFiles.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/InstalledCopy.h"
 #include "updater/install/ProgramStart.h"
-#include "updater/install/WorkFolder.h"
+#include "updater/install/TreeState.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -108,7 +109,10 @@ void TreeInstaller::checkStaged(const std::string& version) const {
     if (!found || compareVersions(found->version, version) != 0)
         throw unfitArchive("it says that it is version " + (found ? found->version : "nothing") +
                            ", not " + version);
-    if (!printsHelp(place / "bin" / "kelo", probeDeadline))
+    // The command answers for itself, so the program behind it is asked as well.
+    const auto program = bundle::programBehind(place);
+    if (!printsHelp(place / "bin" / "kelo", probeDeadline) ||
+        (std::filesystem::exists(program) && !printsHelp(program, probeDeadline)))
         throw UpdateError(
             UpdateErrorKind::installing,
             translated("The new version does not start on this computer, so yours stays. It may "

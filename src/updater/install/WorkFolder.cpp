@@ -1,8 +1,5 @@
 #include "updater/install/WorkFolder.h"
 
-#include "bundle/InformationFile.h"
-#include "bundle/ProgramPlace.h"
-#include "updater/appcast/Version.h"
 #include "updater/install/InstallFiles.h"
 
 #include <fcntl.h>
@@ -17,49 +14,13 @@ namespace kelo::updater {
 
 namespace {
 
-constexpr const char* updateMark = "update";
-constexpr const char* failedMark = "failed";
 constexpr const char* takingBack = "taking-back";
-constexpr std::size_t longestMark = 4096;
 
 bool isHeld(int folder) {
     return ::flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
-bool hasProgram(int folder, const char* tree) {
-    return exists(folder, std::string(tree) + "/bin/kelo");
-}
-
-std::optional<TreeUpdate> readMark(int folder, const char* name) {
-    const posix::FileDescriptor file(
-        ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    const auto text = file ? posix::readAll(file.get(), longestMark) : std::nullopt;
-    const auto first = text ? text->find('\n') : std::string::npos;
-    if (first == std::string::npos || !text->ends_with('\n'))
-        return std::nullopt;
-    return TreeUpdate{text->substr(0, first), text->substr(first + 1, text->size() - first - 2)};
-}
-
 } // namespace
-
-std::optional<TreeUpdate> versionOf(const std::filesystem::path& tree) {
-    const auto found = bundle::readInformationFile(bundle::informationPath(tree));
-    const auto text = [&](const char* key) {
-        return found ? platform::informationValue<std::string>(*found, key) : std::nullopt;
-    };
-    const auto version = text("CFBundleVersion");
-    if (!version)
-        return std::nullopt;
-    return TreeUpdate{*version, text("CFBundleShortVersionString").value_or(*version)};
-}
-
-bool markStaged(int workFolder, const TreeUpdate& update) {
-    const posix::FileDescriptor file(::openat(
-        workFolder, updateMark, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-    return file &&
-           posix::writeAll(file.get(), update.version + "\n" + update.shownVersion + "\n") &&
-           ::fsync(file.get()) == 0 && ::fsync(workFolder) == 0;
-}
 
 WorkFolder::WorkFolder(std::filesystem::path root, posix::FileDescriptor parent,
                        posix::FileDescriptor folder)
@@ -81,29 +42,16 @@ bool WorkFolder::has(const char* name) const {
     return exists(folder.get(), name);
 }
 
-// The names of the folders do not tell a staged tree from the one before an exchange that was cut
-// off, so the versions do.
-TreeState WorkFolder::state() const {
-    if (has(takingBack) || exchangeWasInterrupted(folder.get()))
-        return TreeState::cutOff;
-    if (has(failedMark))
-        return TreeState::takenBack;
-    const auto wanted = readMark(folder.get(), updateMark);
-    const auto installed = versionOf(root);
-    if (!wanted || !installed)
-        return TreeState::settled;
-    if (compareVersions(wanted->version, installed->version) == 0)
-        return treeBefore() || has("previous") ? TreeState::onTrial : TreeState::settled;
-    if (has(starting))
-        return TreeState::takenBack;
-    return isOlder(installed->version, wanted->version) && hasProgram(folder.get(), "new")
-               ? TreeState::staged
-               : TreeState::settled;
+bool WorkFolder::isCutOff() const {
+    return has(takingBack) || exchangeWasInterrupted(folder.get());
 }
 
-std::optional<TreeUpdate> WorkFolder::update() const {
-    const auto failed = readMark(folder.get(), failedMark);
-    return failed ? failed : readMark(folder.get(), updateMark);
+bool WorkFolder::hasTreeBefore() const {
+    return treeBefore() || has("previous");
+}
+
+bool WorkFolder::hasProgram(const char* name) const {
+    return exists(folder.get(), std::string(name) + "/bin/kelo");
 }
 
 void WorkFolder::install(const ExchangeCalls& calls) const {
@@ -112,7 +60,7 @@ void WorkFolder::install(const ExchangeCalls& calls) const {
 
 const char* WorkFolder::treeBefore() const {
     for (const char* name : {"old", "new"}) {
-        if (hasProgram(folder.get(), name))
+        if (hasProgram(name))
             return name;
     }
     return nullptr;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "posix/FileDescriptor.h"
-#include "updater/install/InstallRecovery.h"
 #include "updater/install/TreeExchange.h"
 
 #include <filesystem>
@@ -9,15 +8,6 @@
 #include <string>
 
 namespace kelo::updater {
-
-/// What a work folder says of the tree beside it.
-enum class TreeState {
-    settled,   ///< nothing to be done; what is left in the folder can be removed
-    cutOff,    ///< an exchange piece by piece did not come to its end, in either direction
-    staged,    ///< an update waits to be installed
-    onTrial,   ///< an update is installed, and no start of it was confirmed yet
-    takenBack, ///< the tree before an update that did not start is in its place again
-};
 
 /// The work folder beside an installed tree, held with a lock. Besides the folders that
 /// TreeExchange.h names it contains:
@@ -34,9 +24,12 @@ public:
     /// None if there is no such folder, if it is another user's, or if a process has locked it.
     static std::optional<WorkFolder> take(const std::filesystem::path& root);
 
-    TreeState state() const;
-    /// Nothing if the folder is about none.
-    std::optional<TreeUpdate> update() const;
+    /// Whether an exchange piece by piece did not come to its end, in either direction.
+    bool isCutOff() const;
+    /// Whether the tree before the installed one is here, whole or in pieces.
+    bool hasTreeBefore() const;
+    /// Whether the folder of this name holds a tree.
+    bool hasProgram(const char* name) const;
     /// Puts the staged tree in place. Throws an UpdateError; the installed tree is unchanged then.
     void install(const ExchangeCalls& calls) const;
     /// Puts the tree before an update on trial back. False if that failed.
@@ -47,8 +40,11 @@ public:
     void remove(const ExchangeCalls& calls) const;
 
     int descriptor() const { return folder.get(); }
+    const std::filesystem::path& tree() const { return root; }
     bool has(const char* name) const;
 
+    static constexpr const char* updateMark = "update";
+    static constexpr const char* failedMark = "failed";
     static constexpr const char* starting = "starting";
     static constexpr const char* setAside = "set-aside";
 
@@ -62,11 +58,5 @@ private:
     posix::FileDescriptor parent;
     posix::FileDescriptor folder;
 };
-
-/// Says in a work folder that the update is completely staged. False on failure, with errno set.
-bool markStaged(int workFolder, const TreeUpdate& update);
-
-/// What the information dictionary of a tree says of its version. Nothing if it has none.
-std::optional<TreeUpdate> versionOf(const std::filesystem::path& tree);
 
 } // namespace kelo::updater

@@ -7,7 +7,7 @@
 namespace kelo::tests {
 
 std::vector<platform::ProgramAction> FakeApp::actions() {
-    return {{"wave", "Wave once", [this] { events.emplace_back("wave"); }}};
+    return {{"wave", [this] { events.emplace_back("wave"); }}};
 }
 
 platform::SceneGraph FakeApp::body() {

@@ -11,7 +11,7 @@
 #include "linux/gtk/dialogs/GtkPermissionAsker.h"
 #include "linux/gtk/kit/ModalWindow.h"
 #include "linux/gtk/update/GtkUserDriver.h"
-#include "linux/startup/UserLocale.h"
+#include "linux/locale/UserLocale.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/settings.h>
@@ -352,8 +352,8 @@ int main(int count, char** arguments) {
         std::cerr << "usage: gallery FOLDER [SIZE OF THE TEXT IN PERCENT]\n";
         return 2;
     }
-    kelo::startup::followUserLocale();
-    kelo::startup::findTranslations(KELO_BUILD_FOLDER);
+    kelo::locale::followUserLocale();
+    kelo::locale::findTranslations(KELO_BUILD_FOLDER);
     kelo::tests::Gallery(arguments[1]).show(count == 3 ? std::stoi(arguments[2]) : 100);
     return 0;
 }

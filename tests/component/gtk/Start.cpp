@@ -7,6 +7,7 @@
 
 #include <iostream>
 #include <locale>
+#include <utility>
 
 namespace {
 
@@ -26,7 +27,7 @@ public:
         return scenes;
     }
     std::vector<kelo::platform::ProgramAction> actions() override {
-        return {{"wave", "Wave once", [this] {
+        return {{"wave", [this] {
                      std::cout << "wave" << std::endl;
                      application.terminate();
                  }}};
@@ -47,10 +48,16 @@ private:
 int main(int count, char** words) {
     kelo::gobject::GLibMainLoop loop;
     kelo::MainLoop::Installation installation(loop);
+    using kelo::command::Option;
+    kelo::gtk::HostSettings settings;
+    settings.options.push_back({"wave", "Wave once"});
+    settings.options.push_back({"weather", "Say what it is like", Option::Kind::report});
+    settings.options.push_back({"rain", "Make some", Option::Kind::report});
     kelo::gtk::GtkApplicationHost host(
         {words, words + count},
-        {{"weather", "Say what it is like", [] { return std::string("fine\n"); }},
-         {"rain", "Make some", [] { return kelo::gtk::Report("dry\n", false); }}});
+        {{"weather", [] { return std::string("fine\n"); }},
+         {"rain", [] { return kelo::command::Report("dry\n", false); }}},
+        std::move(settings));
     EndingApp app(host);
     const int status = host.run(app);
     app.sayWhatWasLoaded();

@@ -1,4 +1,5 @@
 #include "component/installer/Trees.h"
+#include "updater/install/CutOffExchange.h"
 #include "updater/install/InstallRecovery.h"
 #include "updater/install/TreeInstaller.h"
 
@@ -128,6 +129,44 @@ TEST_P(KilledInstall, LeavesAProgramThatStartsWhereverItWasKilled) {
     }
     EXPECT_GE(takeOvers, 1);
     EXPECT_GE(kills, GetParam() == FileSystem::exchanges ? 6 : 20);
+}
+
+// The command, which is a file of "bin" and so always there, does this before it runs the program.
+TEST_P(KilledInstall, LeavesAProgramToTheCommandWhereverItWasKilled) {
+    bool ended = false;
+    int missing = 0;
+    for (int number = 0; !ended; ++number) {
+        installAfresh();
+        ended = runsToTheEnd([&] { install(killedAt(number)); });
+        const std::string version = expectAProgramThatStarts();
+        missing += fs::exists(root / "libexec/kelo/kelo") ? 0 : 1;
+        updater::undoExchangeThatWasCutOff(root, callsFor(GetParam(), [] {}));
+        EXPECT_EQ(outputOf(root / "libexec/kelo/kelo"), version);
+        start([] {});
+        expectWhole(expectAProgramThatStarts());
+        ASSERT_FALSE(HasFailure()) << "killed at step " << number;
+    }
+    EXPECT_EQ(missing > 0, GetParam() == FileSystem::cannotExchange);
+}
+
+TEST_P(KilledInstall, LeavesAProgramThoughTheCommandIsKilledToo) {
+    bool ended = false;
+    for (int number = 0; !ended; ++number) {
+        bool undone = false;
+        for (int undoNumber = 0; !undone; ++undoNumber) {
+            installAfresh();
+            ended = runsToTheEnd([&] { install(killedAt(number)); });
+            const auto undo = [&](const std::function<void()>& step) {
+                updater::undoExchangeThatWasCutOff(root, callsFor(GetParam(), step));
+            };
+            undone = runsToTheEnd([&] { undo(killedAt(undoNumber)); });
+            undo([] {});
+            EXPECT_EQ(outputOf(root / "libexec/kelo/kelo"), expectAProgramThatStarts());
+            start([] {});
+            expectWhole(expectAProgramThatStarts());
+            ASSERT_FALSE(HasFailure()) << "killed at " << number << ", then at " << undoNumber;
+        }
+    }
 }
 
 TEST_P(KilledInstall, IsClearedUpHoweverOftenTheStartIsKilledToo) {

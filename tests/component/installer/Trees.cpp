@@ -96,6 +96,7 @@ void writeTree(const fs::path& root, const std::string& version) {
     writeFile(root / "bin/kelo", "#!/bin/sh\necho " + version + "\n", 0755);
     writeFile(root / "bin/kelo-appcast", "#!/bin/sh\necho " + version + "\n", 0755);
     writeFile(root / "bin" / (kind + "-tool"), version, 0755);
+    writeFile(root / "libexec/kelo/kelo", "#!/bin/sh\necho " + version + "\n", 0755);
     writeFile(root / "libexec/kelo/kelo-verify-user", version, 0755);
     writeFile(root / kind / "only.txt", version);
     writeFile(root / "share/doc" / (kind + ".txt"), version);

@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 std::string quoted(const fs::path& path) {
     return "'" + path.string() + "'";
@@ -47,8 +48,8 @@ TEST(DebianPackage, HoldsEverythingInItsPlace) {
     const auto listed = runCommand("dpkg-deb -c " + quoted(Packages::ofThisBuild().package()));
     for (const auto* path :
          {"./usr/bin/kelo\n", "./usr/bin/kelo-appcast\n", "./usr/bin/kelo-passkeys\n",
-          "./usr/libexec/kelo/kelo-verify-user\n", "./usr/share/kelo/Info.plist\n",
-          "./etc/pam.d/kelo\n", "./usr/share/man/man1/kelo.1.gz\n",
+          "./usr/libexec/kelo/kelo\n", "./usr/libexec/kelo/kelo-verify-user\n",
+          "./usr/share/kelo/Info.plist\n", "./etc/pam.d/kelo\n", "./usr/share/man/man1/kelo.1.gz\n",
           "./usr/share/man/man1/kelo-appcast.1.gz\n", "./usr/share/doc/kelo/copyright\n",
           "./usr/share/doc/kelo/changelog.Debian.gz\n",
           "./usr/share/applications/app.kelo.Kelo.desktop\n",
@@ -158,13 +159,14 @@ TEST(Tree, HasOneTopFolderAndBelongsToNobody) {
 // Debian 12 and 13 have them under different names.
 TEST(Tree, BringsTheLibrariesThatAreNotTheSameEverywhere) {
     const auto& tree = Packages::ofThisBuild().tree();
-    for (const auto* program : {"kelo", "kelo-appcast"}) {
-        const auto found = runCommand("ldd " + quoted(tree / "bin" / program) +
-                                      " | grep -E '^\\s*lib(cbor|plist)'");
+    for (const auto* program : {"libexec/kelo/kelo", "bin/kelo-appcast"}) {
+        const auto found =
+            runCommand("ldd " + quoted(tree / program) + " | grep -E '^\\s*lib(cbor|plist)'");
         EXPECT_THAT(found.output, HasSubstr("libplist"));
         std::istringstream lines(found.output);
         for (std::string line; std::getline(lines, line);)
-            EXPECT_THAT(line, HasSubstr(" => " + (tree / "bin").string() + "/lib"));
+            EXPECT_THAT(fs::weakly_canonical(line.substr(line.find('/'))).string(),
+                        StartsWith((tree / "bin/lib").string()));
     }
     for (const auto& entry : fs::directory_iterator(tree / "bin"))
         if (const std::string name = entry.path().filename(); name.starts_with("lib")) {
@@ -182,8 +184,8 @@ TEST(DebianPackage, LooksForItsLibrariesWhereTheSystemHasThem) {
     const TreeFolder folder;
     const auto program = quoted(folder / "kelo");
     const auto path =
-        runCommand("dpkg-deb --fsys-tarfile " + quoted(package) + " | tar -xO ./usr/bin/kelo >" +
-                   program + " && readelf -d " + program);
+        runCommand("dpkg-deb --fsys-tarfile " + quoted(package) +
+                   " | tar -xO ./usr/libexec/kelo/kelo >" + program + " && readelf -d " + program);
     EXPECT_THAT(path.output, AllOf(HasSubstr("NEEDED"), Not(HasSubstr("RUNPATH"))));
 }
 
@@ -233,6 +235,27 @@ TEST(Tree, RunsFromWhereItWasUnpacked) {
     EXPECT_EQ(keys.status, 0) << keys.output;
     const auto tool = runCommand(quoted(tree / "bin/kelo-appcast") + " --help");
     EXPECT_EQ(tool.status, 0) << tool.output;
+}
+
+// It puts the tree in order when an update was cut off, and then a library of the tree's may be
+// missing. It is also what makes it quick.
+TEST(Tree, HasACommandThatNeedsNothingButTheLibrariesOfEverySystem) {
+    const auto needed =
+        runCommand("readelf -d " + quoted(Packages::ofThisBuild().tree() / "bin/kelo") +
+                   R"( | sed -n 's/.*(NEEDED).*\[\(.*\)\.so.*\]/\1/p' | sort | tr '\n' ' ')");
+    EXPECT_EQ(needed.output, "libc libgcc_s libgio-2.0 libglib-2.0 libgobject-2.0 libstdc++ ");
+}
+
+TEST(Tree, HasACommandThatTellsTheVersionOfItsInformationDictionary) {
+    const auto& tree = Packages::ofThisBuild().tree();
+    const auto information = bundle::readInformationFile(tree / "share/kelo/Info.plist");
+    ASSERT_TRUE(information);
+    const auto text = [&](const char* key) {
+        return platform::informationValue<std::string>(*information, key).value_or("?");
+    };
+    EXPECT_EQ(runCommand(quoted(tree / "bin/kelo") + " --version").output,
+              "Kelo " + text("CFBundleShortVersionString") + " (" + text("CFBundleVersion") +
+                  ")\n");
 }
 
 TEST(Tree, ComesIntoTheMenuAndIsStartedByItsNameUntilItIsRemoved) {

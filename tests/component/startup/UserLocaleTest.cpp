@@ -1,4 +1,4 @@
-#include "linux/startup/UserLocale.h"
+#include "linux/locale/UserLocale.h"
 
 #include "base/Translation.h"
 #include "component/ScopedVariable.h"
@@ -49,8 +49,8 @@ protected:
 class TranslationCatalogues : public UserLocale {
 protected:
     static std::string close() {
-        startup::followUserLocale();
-        startup::findTranslations(KELO_BUILD_FOLDER);
+        locale::followUserLocale();
+        locale::findTranslations(KELO_BUILD_FOLDER);
         return translated("Close");
     }
 };
@@ -58,7 +58,7 @@ protected:
 } // namespace
 
 TEST_F(UserLocale, IsThatOfTheEnvironment) {
-    startup::followUserLocale();
+    locale::followUserLocale();
     EXPECT_EQ(of(LC_MESSAGES), "de_DE.UTF-8");
     EXPECT_EQ(of(LC_COLLATE), "de_DE.UTF-8");
     EXPECT_EQ(sunday(), "Sonntag");
@@ -66,7 +66,7 @@ TEST_F(UserLocale, IsThatOfTheEnvironment) {
 }
 
 TEST_F(UserLocale, LeavesNumbersTheirPoint) {
-    startup::followUserLocale();
+    locale::followUserLocale();
     char text[8];
     std::snprintf(text, sizeof text, "%.1f", 1.5);
     EXPECT_STREQ(text, "1.5");
@@ -75,13 +75,13 @@ TEST_F(UserLocale, LeavesNumbersTheirPoint) {
 }
 
 TEST_F(UserLocale, LeavesTheStreamsOfCppAsTheyAre) {
-    startup::followUserLocale();
+    locale::followUserLocale();
     EXPECT_EQ(std::locale(), std::locale::classic());
 }
 
 TEST_F(UserLocale, ThatIsNotInstalledLeavesEnglishInUtf8) {
     const ScopedVariable unknown("LC_ALL", "xx_XX.UTF-8");
-    startup::followUserLocale();
+    locale::followUserLocale();
     EXPECT_EQ(of(LC_MESSAGES), "C");
     EXPECT_EQ(sunday(), "Sunday");
     EXPECT_EQ(characters(), "UTF-8");
@@ -90,7 +90,7 @@ TEST_F(UserLocale, ThatIsNotInstalledLeavesEnglishInUtf8) {
 TEST_F(UserLocale, ThatIsNotNamedLeavesEnglishInUtf8) {
     for (const char* none : {"C", "POSIX"}) {
         const ScopedVariable unnamed("LC_ALL", none);
-        startup::followUserLocale();
+        locale::followUserLocale();
         EXPECT_EQ(sunday(), "Sunday");
         EXPECT_EQ(characters(), "UTF-8");
     }
@@ -98,7 +98,7 @@ TEST_F(UserLocale, ThatIsNotNamedLeavesEnglishInUtf8) {
 
 TEST_F(UserLocale, OfOneCategoryThatIsNotInstalledLeavesTheOthers) {
     const ScopedVariable unknown("LC_TIME", "xx_XX.UTF-8");
-    startup::followUserLocale();
+    locale::followUserLocale();
     EXPECT_EQ(of(LC_MESSAGES), "de_DE.UTF-8");
     EXPECT_EQ(of(LC_CTYPE), "de_DE.UTF-8");
     EXPECT_EQ(sunday(), "Sunday");
@@ -126,8 +126,8 @@ TEST_F(TranslationCatalogues, AreNotUsedWhereNoLanguageIsNamed) {
 }
 
 TEST_F(TranslationCatalogues, ThatAreMissingLeaveEnglish) {
-    startup::followUserLocale();
-    startup::findTranslations(locales->path());
+    locale::followUserLocale();
+    locale::findTranslations(locales->path());
     EXPECT_EQ(translated("Close"), "Close");
 }
 

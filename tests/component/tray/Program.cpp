@@ -5,6 +5,7 @@
 #include "linux/gtk/application/GtkApplicationHost.h"
 
 #include <iostream>
+#include <utility>
 
 namespace kelo::tests {
 namespace {
@@ -15,7 +16,7 @@ public:
 
     platform::ApplicationDelegate& applicationDelegate() override { return *this; }
     std::vector<platform::ProgramAction> actions() override {
-        return {{"nothing", "Start without a window", [] { say("started"); }}};
+        return {{"nothing", [] { say("started"); }}};
     }
     platform::SceneGraph body() override {
         platform::WindowGroup main;
@@ -71,7 +72,9 @@ private:
 int main(int count, char** words) {
     kelo::gobject::GLibMainLoop loop;
     const kelo::MainLoop::Installation installation(loop);
-    kelo::gtk::GtkApplicationHost host({words, words + count});
+    kelo::gtk::HostSettings settings;
+    settings.options.push_back({"nothing", "Start without a window"});
+    kelo::gtk::GtkApplicationHost host({words, words + count}, {}, std::move(settings));
     kelo::tests::TrayApp app(host);
     return host.run(app);
 }

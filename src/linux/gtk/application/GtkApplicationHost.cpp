@@ -3,6 +3,7 @@
 #include "base/Translation.h"
 #include "base/async/MainLoop.h"
 #include "deployment/Deployment.h"
+#include "linux/command/RunningProgram.h"
 #include "linux/gtk/application/DownloadNotices.h"
 #include "linux/gtk/application/MenuBarExtras.h"
 #include "linux/gtk/application/PageNotices.h"
@@ -29,8 +30,6 @@ namespace kelo::gtk {
 
 namespace {
 
-constexpr const char* quitAction = "quit";
-
 template <typename Kind>
 const Kind* firstScene(const platform::SceneGraph& scenes) {
     for (const auto& scene : scenes)
@@ -42,7 +41,8 @@ const Kind* firstScene(const platform::SceneGraph& scenes) {
 } // namespace
 
 GtkApplicationHost::GtkApplicationHost(std::vector<std::string> arguments,
-                                       std::vector<ReportOption> reports, HostSettings given)
+                                       std::vector<command::ReportOption> reports,
+                                       HostSettings given)
     : arguments(std::move(arguments)),
       reports(std::move(reports)),
       given(std::move(given)),
@@ -62,14 +62,16 @@ int GtkApplicationHost::run(platform::App& toRun) {
     actions = standardActions();
     for (auto& action : toRun.actions())
         actions.push_back(std::move(action));
-    auto asked = readCommandLine(arguments, reports, actions);
+    auto asked = command::readCommandLine(arguments, given.options);
     if (asked.exitStatus)
         return *asked.exitStatus;
+    if (!asked.reports.empty())
+        return command::printReports(asked.reports, reports);
     const bool asksForMore = !asked.actions.empty() || asked.page;
-    if (asksForMore && askRunningInstance(asked.actions, asked.page))
+    if (asksForMore && command::askRunningProgram(asked))
         return 0;
     // No process is running, so there is nothing to quit.
-    if (std::ranges::find(asked.actions, quitAction) != asked.actions.end())
+    if (std::ranges::find(asked.actions, command::quitOption) != asked.actions.end())
         return 0;
     app = &toRun;
     requestedActions = std::move(asked.actions);
@@ -144,7 +146,8 @@ void GtkApplicationHost::addActions() {
         });
     application->add_action("restart", [this] { departure.request(Departure::Then::startAgain); });
     application->add_action_with_parameter(
-        showPageAction, Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& address) {
+        command::showPageAction, Glib::VARIANT_TYPE_STRING,
+        [this](const Glib::VariantBase& address) {
             showPage(Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(address).get());
         });
 }
@@ -162,17 +165,13 @@ void GtkApplicationHost::announceDownloads() {
 
 std::vector<platform::ProgramAction> GtkApplicationHost::standardActions() {
     std::vector<platform::ProgramAction> standard{
-        {"open", translated("Open the main window, or raise it when it is open"),
-         [this] { openMainWindow(); }},
-        {"settings", translated("Open the settings"), [this] { openSettings(); }},
+        {"open", [this] { openMainWindow(); }},
+        {"settings", [this] { openSettings(); }},
         // Doing something else than to open the window is all that it does.
-        {"background", translated("Start without a window"), [] {}},
-        {quitAction, translated("End the running program, if there is one"),
-         [this] { terminate(); }}};
+        {"background", [] {}},
+        {command::quitOption, [this] { terminate(); }}};
     if (given.passkeys)
-        standard.insert(standard.begin() + 2,
-                        {"passkeys", translated("Show the passkeys that are kept on this computer"),
-                         [this] { openPasskeys(); }});
+        standard.push_back({"passkeys", [this] { openPasskeys(); }});
     return standard;
 }
 
@@ -227,7 +226,7 @@ void GtkApplicationHost::openMainWindow() {
 
 // Checked again, because every program of the user can ask for it.
 void GtkApplicationHost::showPage(const std::string& address) {
-    const auto page = pageOfService(address);
+    const auto page = command::pageOfService(address);
     if (!page) {
         g_warning("A page that is not the service's was asked for; it is not shown");
         return;

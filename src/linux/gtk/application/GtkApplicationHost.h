@@ -1,6 +1,7 @@
 #pragma once
 
-#include "linux/gtk/application/CommandLine.h"
+#include "linux/command/ProgramOptions.h"
+#include "linux/command/Report.h"
 #include "linux/gtk/application/Departure.h"
 #include "linux/gtk/application/ProgramMenu.h"
 #include "linux/gtk/kit/StateFile.h"
@@ -37,6 +38,8 @@ class StayingNotice;
 
 /// What the windows are given beside the app.
 struct HostSettings {
+    /// What the command line may ask for.
+    std::vector<command::Option> options = command::programOptions();
     /// For the window about the program, and asked for when that opens.
     std::function<std::string()> version = [] { return std::string("?"); };
     /// Where the windows remember things; empty to remember nothing.
@@ -70,9 +73,11 @@ struct HostSettings {
 /// runs. Main thread only.
 class GtkApplicationHost final : public platform::Application {
 public:
-    /// arguments: of main(), the program's name included. reports: options for the command line.
+    /// arguments: of main(), the program's name included. reports: what the options of that kind
+    /// do.
     explicit GtkApplicationHost(std::vector<std::string> arguments = {"kelo"},
-                                std::vector<ReportOption> reports = {}, HostSettings given = {});
+                                std::vector<command::ReportOption> reports = {},
+                                HostSettings given = {});
     ~GtkApplicationHost() override;
 
     int run(platform::App& app) override;
@@ -121,7 +126,7 @@ private:
     std::vector<ProgramWindow*> programWindows();
 
     const std::vector<std::string> arguments;
-    const std::vector<ReportOption> reports;
+    const std::vector<command::ReportOption> reports;
     const HostSettings given;
     StateFile state;
     Departure departure;

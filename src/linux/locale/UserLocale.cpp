@@ -1,4 +1,4 @@
-#include "linux/startup/UserLocale.h"
+#include "linux/locale/UserLocale.h"
 
 #include "base/Translation.h"
 
@@ -7,7 +7,7 @@
 #include <clocale>
 #include <string_view>
 
-namespace kelo::startup {
+namespace kelo::locale {
 
 void followUserLocale() {
     // One by one: setlocale() with LC_ALL does nothing at all if a single category names a locale
@@ -27,4 +27,4 @@ void findTranslations(const std::filesystem::path& prefix) {
     bind_textdomain_codeset(translationDomain, "UTF-8");
 }
 
-} // namespace kelo::startup
+} // namespace kelo::locale

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-namespace kelo::startup {
+namespace kelo::locale {
 
 /// Makes the C library and all that is built on it speak the user's language: the toolkit's texts
 /// and their direction, the texts of errors, the names of days and months. ProcessStart calls
@@ -20,4 +20,4 @@ void followUserLocale();
 /// prefix: where the program is installed, or its build tree (bundle/ProgramPlace.h).
 void findTranslations(const std::filesystem::path& prefix);
 
-} // namespace kelo::startup
+} // namespace kelo::locale
