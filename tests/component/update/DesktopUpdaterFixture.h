@@ -32,7 +32,9 @@ class DesktopUpdaterFixture : public testing::Test {
 protected:
     DesktopUpdaterFixture()
         : server(std::make_unique<MisbehavingServer>(
-              authority.issue(), [this](ServerConnection& connection) { serve(connection); })) {
+              authority.issue({{"localhost", hostBehindProxy}}),
+              [this](ServerConnection& connection) { serve(connection); })),
+          origin(server->origin()) {
         publish(signedRelease("1.1"));
         reply("/kelo.tar.zst", httpReply(archive));
     }
@@ -59,9 +61,9 @@ protected:
     std::string releaseOf(std::string_view version, const std::string& bytes,
                           const std::string& signature) const {
         return "<item><sparkle:version>" + std::string(version) +
-               "</sparkle:version><enclosure url=\"" + server->origin() +
-               "/kelo.tar.zst\" length=\"" + std::to_string(bytes.size()) +
-               "\" sparkle:edSignature=\"" + signature + "\"/></item>";
+               "</sparkle:version><enclosure url=\"" + origin + "/kelo.tar.zst\" length=\"" +
+               std::to_string(bytes.size()) + "\" sparkle:edSignature=\"" + signature +
+               "\"/></item>";
     }
 
     /// The user asks for a check; waits for the window whose record starts with this text.
@@ -102,7 +104,7 @@ protected:
 
     void make() {
         made = std::make_unique<updater::Updater>(updater::UpdaterContext{
-            updater::UpdaterSettings({{"SUFeedURL", server->origin() + "/appcast.xml"},
+            updater::UpdaterSettings({{"SUFeedURL", origin + "/appcast.xml"},
                                       {"SUPublicEDKey", publisher.publicKey()},
                                       {"CFBundleVersion", std::string("1.0")}}),
             {"linux", "x86_64", "2.36"},
@@ -121,6 +123,9 @@ protected:
         made->start();
     }
 
+    /// A name of the server that nothing but a proxy can find.
+    static constexpr const char* hostBehindProxy = "updates.invalid";
+
     TestMainLoop loop;
     TestAuthority authority;
     Publisher publisher;
@@ -131,13 +136,16 @@ protected:
     FakeInstaller installer;
     FakeNetwork network;
     std::vector<std::string> log;
-    update::SoupTransport transport{std::make_shared<const http::TrustedAuthority>(
-                                        authority.pem(), std::vector<std::string>{"localhost"}),
-                                    std::chrono::seconds(1)};
+    update::SoupTransport transport{
+        std::make_shared<const http::TrustedAuthority>(
+            authority.pem(), std::vector<std::string>{"localhost", hostBehindProxy}),
+        std::chrono::seconds(1)};
     gobject::WorkerThread worker;
     std::mutex mutex;
     std::map<std::string, MisbehavingServer::Behaviour> behaviours;
     std::unique_ptr<MisbehavingServer> server;
+    /// Where the feed and the archive are: the server, by one of its names.
+    std::string origin;
     std::unique_ptr<updater::Updater> made;
 
 private:
