@@ -152,7 +152,8 @@ bool takeBackPrograms(int root, int work, int previous, const ExchangeCalls& cal
     const posix::FileDescriptor bin = openFolder(root, programFolder);
     if (const posix::FileDescriptor previousBin = openFolder(previous, programFolder)) {
         auto names = namesIn(previousBin.get());
-        std::ranges::partition(names, [](const auto& name) { return name == program; });
+        std::partition(names.begin(), names.end(),
+                       [](const auto& name) { return name == program; });
         for (const auto& name : names) {
             all = move(previousBin.get(), name, bin.get()) && all;
             // rename(2) does nothing if both names refer to the same file.
