@@ -118,8 +118,7 @@ void examineLink(std::string_view path, std::string_view target) {
 }
 
 void examineTexts(std::string_view description) {
-    fuzz::FuzzInput input(reinterpret_cast<const std::uint8_t*>(description.data()),
-                          description.size());
+    fuzz::FuzzInput input(description);
     while (!input.isEmpty()) {
         const std::string_view line = input.takeLine();
         const auto middle = std::min(line.find('>'), line.size());

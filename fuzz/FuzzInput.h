@@ -22,6 +22,7 @@ class FuzzInput {
 public:
     FuzzInput(const std::uint8_t* data, std::size_t size)
         : left(reinterpret_cast<const char*>(data), size) {}
+    explicit FuzzInput(std::string_view text) : left(text) {}
 
     bool isEmpty() const { return left.empty(); }
 

@@ -65,7 +65,7 @@ std::string paxRecord(std::string_view text) {
 }
 
 void appendLine(std::string& archive, std::string_view line) {
-    FuzzInput input(reinterpret_cast<const std::uint8_t*>(line.data()), line.size());
+    FuzzInput input(line);
     const char kind = static_cast<char>(input.takeByte());
     input.takeByte();
     Entry extra{kind, "644", "././@LongLink", "", input.rest()};
@@ -93,7 +93,7 @@ void appendLine(std::string& archive, std::string_view line) {
 
 std::string tarOf(std::string_view description) {
     std::string archive;
-    FuzzInput input(reinterpret_cast<const std::uint8_t*>(description.data()), description.size());
+    FuzzInput input(description);
     while (!input.isEmpty())
         appendLine(archive, input.takeLine());
     archive.append(2 * blockSize, '\0');
