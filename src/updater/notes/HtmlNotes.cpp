@@ -48,14 +48,17 @@ void addText(std::string_view text, const TextRun& style, NotesBuilder& builder)
         builder.add(text, style);
 }
 
-/// The address of a link; empty if it is not one that the browser may be given.
+/// The address of a link, whose scheme is in small letters; empty if it is not one that the browser
+/// may be given.
 std::string addressOf(const xmlNode* link) {
     const std::unique_ptr<xmlChar, XmlTextDeleter> given(
         xmlGetProp(link, reinterpret_cast<const xmlChar*>("href")));
     if (!given)
         return {};
     const auto address = Url::parse(reinterpret_cast<const char*>(given.get()));
-    return address && address->scheme() == "https" ? address->absoluteString() : std::string();
+    if (!address || address->scheme() != "https")
+        return {};
+    return address->scheme() + address->absoluteString().substr(address->scheme().size());
 }
 
 void walk(const xmlNode* node, const TextRun& style, int depth, NotesBuilder& builder);

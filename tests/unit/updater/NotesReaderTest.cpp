@@ -110,6 +110,7 @@ TEST(ReleaseNotes, LinksKeepTheirAddresses) {
         {ParagraphKind::body, {{"See "}, {.text = "the page", .link = "https://e.com/"}, {"."}}}};
     EXPECT_EQ(markdown("See [the page](https://e.com/)."), expected);
     EXPECT_EQ(html("See <a href='https://e.com/'>the page</a>."), expected);
+    EXPECT_EQ(html("See <a href='hTTps://e.com/'>the page</a>."), expected);
     EXPECT_EQ(markdown("<https://e.com/a>"),
               (ReleaseNotes{{ParagraphKind::body,
                              {{.text = "https://e.com/a", .link = "https://e.com/a"}}}}));
