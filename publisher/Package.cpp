@@ -4,16 +4,14 @@
 
 #include "bundle/InformationFile.h"
 #include "updater/install/ArchivePath.h"
+#include "updater/install/ArchiveSource.h"
 
-#include <archive.h>
 #include <archive_entry.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 namespace kelo::publisher {
 
@@ -21,18 +19,10 @@ namespace {
 
 constexpr std::array<std::string_view, 4> endings{".tar.zst", ".tar.xz", ".tar.gz", ".deb"};
 
-struct ArchiveDeleter {
-    void operator()(archive* reader) const { archive_read_free(reader); }
-};
-using ArchivePointer = std::unique_ptr<archive, ArchiveDeleter>;
-
-ArchivePointer tarReader() {
-    ArchivePointer reader(archive_read_new());
-    archive_read_support_format_tar(reader.get());
-    archive_read_support_filter_zstd(reader.get());
-    archive_read_support_filter_xz(reader.get());
-    archive_read_support_filter_gzip(reader.get());
-    return reader;
+Failure unreadable(archive* reader, const std::filesystem::path& path) {
+    const char* const reason = archive_error_string(reader);
+    return Failure("\"" + path.string() +
+                   "\" cannot be read as a package: " + (reason ? reason : "it is damaged") + ".");
 }
 
 /// The next entry; null at the end. Throws Failure if the archive is damaged.
@@ -42,8 +32,7 @@ archive_entry* nextEntry(archive* reader, const std::filesystem::path& path) {
     if (status == ARCHIVE_EOF)
         return nullptr;
     if (status != ARCHIVE_OK)
-        throw Failure("\"" + path.string() +
-                      "\" cannot be read as a package: " + archive_error_string(reader) + ".");
+        throw unreadable(reader, path);
     return entry;
 }
 
@@ -100,26 +89,22 @@ Findings lookInto(archive* tree, const std::filesystem::path& path) {
     return found;
 }
 
-/// Reads the archive inside a .deb.
-struct InnerArchive {
-    archive* outer;
-    std::vector<char> buffer = std::vector<char>(65536);
-
-    static la_ssize_t read(archive*, void* data, const void** bytes) {
-        auto& inner = *static_cast<InnerArchive*>(data);
-        *bytes = inner.buffer.data();
-        return archive_read_data(inner.outer, inner.buffer.data(), inner.buffer.size());
-    }
-};
+/// Throws Failure unless the archive could be opened.
+void requireOpen(int status, archive* reader, const std::filesystem::path& path) {
+    if (status != ARCHIVE_OK)
+        throw unreadable(reader, path);
+}
 
 Findings lookIntoPackage(archive* outer, const std::filesystem::path& path) {
     while (archive_entry* const entry = nextEntry(outer, path)) {
         const char* const name = archive_entry_pathname(entry);
         if (!std::string_view(name ? name : "").starts_with("data.tar"))
             continue;
-        InnerArchive inner{outer};
-        const ArchivePointer tree = tarReader();
-        archive_read_open(tree.get(), &inner, nullptr, &InnerArchive::read, nullptr);
+        updater::MemberSource member{outer};
+        const updater::ArchivePointer tree = updater::makeTarReader();
+        requireOpen(
+            archive_read_open(tree.get(), &member, nullptr, &updater::MemberSource::read, nullptr),
+            tree.get(), path);
         return lookInto(tree.get(), path);
     }
     return {};
@@ -127,12 +112,9 @@ Findings lookIntoPackage(archive* outer, const std::filesystem::path& path) {
 
 Findings lookInto(const std::filesystem::path& path) {
     const bool isDebian = path.extension() == ".deb";
-    ArchivePointer reader = isDebian ? ArchivePointer(archive_read_new()) : tarReader();
-    if (isDebian)
-        archive_read_support_format_ar(reader.get());
-    if (archive_read_open_filename(reader.get(), path.c_str(), 65536) != ARCHIVE_OK)
-        throw Failure("\"" + path.string() + "\" cannot be read as a package: " +
-                      archive_error_string(reader.get()) + ".");
+    const updater::ArchivePointer reader =
+        isDebian ? updater::makePackageReader() : updater::makeTarReader();
+    requireOpen(archive_read_open_filename(reader.get(), path.c_str(), 65536), reader.get(), path);
     return isDebian ? lookIntoPackage(reader.get(), path) : lookInto(reader.get(), path);
 }
 

@@ -15,6 +15,12 @@ ArchivePointer makeTarReader() {
     return reader;
 }
 
+ArchivePointer makePackageReader() {
+    ArchivePointer reader(archive_read_new());
+    archive_read_support_format_ar(reader.get());
+    return reader;
+}
+
 la_ssize_t ArchiveSource::read(archive* reader, void* data, const void** bytes) {
     auto& source = *static_cast<ArchiveSource*>(data);
     ssize_t count = 0;
@@ -28,6 +34,16 @@ la_ssize_t ArchiveSource::read(archive* reader, void* data, const void** bytes) 
     source.offset += count;
     *bytes = source.buffer.data();
     return count;
+}
+
+la_ssize_t MemberSource::read(archive* reader, void* data, const void** bytes) {
+    auto& source = *static_cast<MemberSource*>(data);
+    *bytes = source.buffer.data();
+    const la_ssize_t count =
+        archive_read_data(source.package, source.buffer.data(), source.buffer.size());
+    if (count < 0)
+        archive_set_error(reader, EIO, "the package is damaged");
+    return count < 0 ? ARCHIVE_FATAL : count;
 }
 
 } // namespace kelo::updater

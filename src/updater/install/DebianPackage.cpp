@@ -6,12 +6,10 @@
 
 #include <archive_entry.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <optional>
 #include <sstream>
 #include <string_view>
-#include <vector>
 
 namespace kelo::updater {
 
@@ -39,22 +37,6 @@ std::string nameOf(archive_entry* entry) {
     return name ? name : "";
 }
 
-/// The archive inside the package that the outer reader stands at.
-struct Member {
-    archive* outer;
-    std::vector<char> buffer = std::vector<char>(65536);
-
-    static la_ssize_t read(archive* inner, void* data, const void** bytes) {
-        auto& member = *static_cast<Member*>(data);
-        *bytes = member.buffer.data();
-        const la_ssize_t count =
-            archive_read_data(member.outer, member.buffer.data(), member.buffer.size());
-        if (count < 0)
-            archive_set_error(inner, EIO, "the package is damaged");
-        return count < 0 ? ARCHIVE_FATAL : count;
-    }
-};
-
 std::string contentOf(archive* reader, std::size_t longest) {
     std::string content(longest + 1, '\0');
     std::size_t length = 0;
@@ -72,10 +54,11 @@ std::string contentOf(archive* reader, std::size_t longest) {
 
 /// The file's content in the archive inside. Reads that to its end: of two files with one name, the
 /// package manager would take the second.
-std::string fileInside(archive* outer, std::string_view file, std::size_t longest) {
-    Member member{outer};
+std::string fileInside(archive* package, std::string_view file, std::size_t longest) {
+    MemberSource member{package};
     const ArchivePointer reader = makeTarReader();
-    if (archive_read_open(reader.get(), &member, nullptr, &Member::read, nullptr) != ARCHIVE_OK)
+    if (archive_read_open(reader.get(), &member, nullptr, &MemberSource::read, nullptr) !=
+        ARCHIVE_OK)
         refuse(reader.get());
     std::optional<std::string> found;
     std::size_t entries = 0;
@@ -124,8 +107,7 @@ std::string versionIn(const std::string& information) {
 
 DebianPackage readDebianPackage(int package) {
     ArchiveSource source{package};
-    const ArchivePointer reader(archive_read_new());
-    archive_read_support_format_ar(reader.get());
+    const ArchivePointer reader = makePackageReader();
     if (archive_read_open(reader.get(), &source, nullptr, &ArchiveSource::read, nullptr) !=
         ARCHIVE_OK)
         refuse(reader.get());

@@ -81,4 +81,27 @@ TEST(Package, ThatLacksAnythingIsRefusedByName) {
     expectRefused(folder / "missing.deb", "cannot be read as a package");
 }
 
+TEST(Package, ForDebianIsReadLikeATree) {
+    const TreeFolder folder;
+    const auto path = folder / "kelo-1.1.deb";
+    tests::writePackage(path, {});
+    EXPECT_EQ(readPackage(path).version, "1.1");
+}
+
+TEST(Package, ForDebianThatIsDamagedInsideIsRefused) {
+    const TreeFolder folder;
+    const auto path = folder / "kelo-1.1.deb";
+    tests::writePackage(path, {});
+    const std::string whole = tests::readFile(path);
+    // In the content, and in what the content is packed with.
+    for (const std::size_t missing : {std::size_t(40), std::size_t(200)}) {
+        tests::writeFile(path, whole.substr(0, whole.size() - missing));
+        expectRefused(path, "cannot be read as a package");
+    }
+    std::string changed = whole;
+    changed.replace(changed.size() - 40, 20, std::string(20, '\xff'));
+    tests::writeFile(path, changed);
+    expectRefused(path, "cannot be read as a package");
+}
+
 } // namespace kelo::publisher
