@@ -20,7 +20,10 @@ std::optional<TreeUpdate> readMark(int folder, const char* name) {
         ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     const auto text = file ? posix::readAll(file.get(), longestMark) : std::nullopt;
     const auto first = text ? text->find('\n') : std::string::npos;
-    if (first == std::string::npos || !text->ends_with('\n'))
+    // A process may have been killed while it wrote them.
+    const bool hasBothLines =
+        first != std::string::npos && text->find('\n', first + 1) == text->size() - 1;
+    if (!hasBothLines)
         return std::nullopt;
     return TreeUpdate{text->substr(0, first), text->substr(first + 1, text->size() - first - 2)};
 }

@@ -244,15 +244,42 @@ TEST_P(KilledInstall, IsTakenBackWholeHoweverOftenThatIsKilledToo) {
     EXPECT_GE(kills, GetParam() == FileSystem::exchanges ? 3 : 10);
 }
 
+TEST_P(KilledInstall, TheProgramBeforeRunsOnceItsWayBackIsEnded) {
+    installAfresh();
+    install([] {});
+    ASSERT_TRUE(runsToTheEnd([&] { updater::TreeStart(root, callsFor(GetParam(), [] {})); }));
+    const bool isPieceByPiece = GetParam() == FileSystem::cannotExchange;
+    ASSERT_FALSE(
+        runsToTheEnd([&] { updater::TreeStart(root, callsFor(GetParam(), killedAt(1))); }));
+    const updater::TreeStart next(root, callsFor(GetParam(), [] {}));
+    EXPECT_EQ(next.replacement(), isPieceByPiece ? updater::TreeStart::Replacement::byTreeBefore
+                                                 : updater::TreeStart::Replacement::none);
+    EXPECT_EQ(contentsOf(root), versions.at("1.0\n"));
+}
+
+TEST_P(KilledInstall, IsEndedBeforeAnotherUpdateIsStaged) {
+    bool ended = false;
+    for (int number = 0; !ended; ++number) {
+        installAfresh();
+        ended = runsToTheEnd([&] { install(killedAt(number)); });
+        const std::string version = expectAProgramThatStarts();
+        updater::TreeInstaller installer(root, callsFor(GetParam(), [] {}));
+        installer.stage(openForReading(archive).get(), "1.1");
+        EXPECT_EQ(contentsOf(root), versions.at(version)) << "killed at step " << number;
+    }
+}
+
 TEST_P(KilledInstall, AStartBesideTheOneOnTrialTouchesNothing) {
     installAfresh();
     install([] {});
     updater::TreeStart first(root, callsFor(GetParam(), [] {}));
     ASSERT_TRUE(runsToTheEnd([&] {
-        const updater::TreeStart second(root, callsFor(GetParam(), [] {}));
+        updater::TreeStart second(root, callsFor(GetParam(), [] {}));
         EXPECT_EQ(second.replacement(), updater::TreeStart::Replacement::none);
+        second.setAside();
     }));
     EXPECT_EQ(expectAProgramThatStarts(), "1.1\n");
+    EXPECT_TRUE(fs::exists(home / ".Kelo.kelo-update/starting")) << "the first one's trial goes on";
     first.confirm();
     expectWhole("1.1\n");
 }
@@ -263,7 +290,9 @@ TEST_P(KilledInstall, AStartThatWasSetAsideDoesNotCount) {
     for (int time = 0; time < 3; ++time) {
         updater::TreeStart help(root, callsFor(GetParam(), [] {}));
         EXPECT_EQ(help.replacement(), updater::TreeStart::Replacement::none);
+        EXPECT_FALSE(fs::exists(home / ".Kelo.kelo-update/set-aside")) << "this one is on trial";
         help.setAside();
+        EXPECT_TRUE(fs::exists(home / ".Kelo.kelo-update/set-aside"));
     }
     start([] {});
     expectWhole("1.1\n");
