@@ -135,5 +135,15 @@ TEST_F(AlertText, WordLongerThanALineIsBrokenAndNothingSticksOut) {
     });
 }
 
+TEST_F(AlertText, WordThatIsBrokenGetsNoHyphenOfOurs) {
+    program.run([&] {
+        auto alert = notice();
+        alert.informativeText = std::string(120, 'W');
+        auto* label = labelSaying(show(alert), alert.informativeText);
+        ASSERT_NE(label, nullptr);
+        EXPECT_TRUE(isBrokenWithoutHyphen(*label));
+    });
+}
+
 } // namespace
 } // namespace kelo::tests

@@ -172,6 +172,14 @@ TEST_F(OverlayLook, ErrorIsReadableInBothSchemesOverAnyPage) {
     });
 }
 
+TEST_F(OverlayLook, ErrorWithAWordLongerThanALineGetsNoHyphenOfOurs) {
+    whileOnLogin([&] {
+        program.app.state->error = std::string(120, 'W');
+        draw();
+        EXPECT_TRUE(isBrokenWithoutHyphen(*errorText()));
+    });
+}
+
 TEST_F(OverlayLook, ErrorIsRedOnTheScreenAndOtherTextIsNot) {
     whileOnLogin([&] {
         program.app.state->error = "Cancelled.";

@@ -208,6 +208,16 @@ Gtk::Label* labelSaying(Gtk::Widget& root, const std::string& text) {
     return nullptr;
 }
 
+bool isBrokenWithoutHyphen(Gtk::Label& label) {
+    auto* const layout = label.get_layout()->gobj();
+    int glyphs = 0;
+    for (auto* line = pango_layout_get_lines_readonly(layout); line; line = line->next)
+        for (auto* run = static_cast<PangoLayoutLine*>(line->data)->runs; run; run = run->next)
+            glyphs += static_cast<PangoGlyphItem*>(run->data)->glyphs->num_glyphs;
+    return pango_layout_get_line_count(layout) > 1 &&
+           glyphs == static_cast<int>(label.get_text().size());
+}
+
 Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name) {
     for (auto* button : visibleIn<Gtk::Button>(root))
         if (button->get_label().raw() == name || isNamed(*button, name))

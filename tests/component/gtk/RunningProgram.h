@@ -86,6 +86,10 @@ std::vector<std::string> textsIn(Gtk::Widget& root);
 /// The visible label with the text; null if there is none.
 Gtk::Label* labelSaying(Gtk::Widget& root, const std::string& text);
 
+/// Whether the text of one word in wide letters has more than one line, and nothing but its
+/// letters: the toolkit puts a hyphen where it breaks a word, which nobody wrote.
+bool isBrokenWithoutHyphen(Gtk::Label& label);
+
 /// The visible button with the accessible name; null if there is none.
 Gtk::Button* buttonNamed(Gtk::Widget& root, const std::string& name);
 

@@ -87,13 +87,7 @@ TEST_F(SheetLook, NameThatWrapsGetsNoHyphenOfOurs) {
         startDeletion(name);
         auto* label = labelSaying(question(), name);
         ASSERT_NE(label, nullptr);
-        auto* const layout = label->get_layout()->gobj();
-        ASSERT_GT(pango_layout_get_line_count(layout), 1);
-        int glyphs = 0;
-        for (auto* line = pango_layout_get_lines_readonly(layout); line; line = line->next)
-            for (auto* run = static_cast<PangoLayoutLine*>(line->data)->runs; run; run = run->next)
-                glyphs += static_cast<PangoGlyphItem*>(run->data)->glyphs->num_glyphs;
-        EXPECT_EQ(glyphs, 64);
+        EXPECT_TRUE(isBrokenWithoutHyphen(*label));
     });
 }
 

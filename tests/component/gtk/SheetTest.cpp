@@ -182,6 +182,18 @@ TEST_F(PasskeySheet, CancelsWithTheButtonEscapeAndTheWindowManager) {
     });
 }
 
+TEST_F(PasskeySheet, QuestionWithAWordLongerThanTheSheetGetsNoHyphenOfOurs) {
+    run([&] {
+        agree();
+        const std::string word(64, 'W');
+        startQuestion(word);
+        untilFocusIsIn<Gtk::PasswordEntry>();
+        auto* label = labelSaying(window(), word);
+        ASSERT_NE(label, nullptr);
+        EXPECT_TRUE(isBrokenWithoutHyphen(*label));
+    });
+}
+
 TEST_F(PasskeySheet, PasswordIsAskedForMaskedAndHandedOver) {
     run([&] {
         agree();

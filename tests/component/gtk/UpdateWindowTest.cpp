@@ -187,6 +187,18 @@ TEST_F(UpdateWindows, NotesAreTextToReadAndNothingMore) {
     });
 }
 
+TEST_F(UpdateWindows, WordLongerThanALineGetsNoHyphenOfOurs) {
+    const std::string word(120, 'W');
+    offer.releaseNotes = {{updater::ParagraphKind::body, {{word}}}};
+    run([&] {
+        start(driver->showOffer(offer, CheckKind::userInitiated));
+        EXPECT_TRUE(isBrokenWithoutHyphen(shownNotes()));
+        start(thenTrue(driver->showFailure(word)));
+        RunningProgram::until("the failure is shown", [&] { return says(word); });
+        EXPECT_TRUE(isBrokenWithoutHyphen(*labelSaying(window(), word)));
+    });
+}
+
 TEST_F(UpdateWindows, LinkInTheNotesShowsItsAddressAndOpensIt) {
     offer.releaseNotes = {
         {updater::ParagraphKind::body,

@@ -20,8 +20,7 @@ Gtk::Box* makeButtonRow() {
 
 Gtk::Label* makeDialogText(const std::string& text, const char* cssClass) {
     auto* label = Gtk::make_managed<Gtk::Label>(text);
-    label->set_wrap();
-    label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    wrapLines(*label);
     label->set_justify(Gtk::Justification::CENTER);
     label->add_css_class(cssClass);
     balanceLines(*label, dialogTextWidth);

@@ -133,8 +133,7 @@ void PasskeySheetWindow::buildVerification() {
     statusLine.set_focusable();
     setAccessibleRole(statusLine, GTK_ACCESSIBLE_ROLE_GROUP);
     question.set_halign(Gtk::Align::START);
-    question.set_wrap();
-    question.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    wrapLines(question);
     question.set_max_width_chars(textWidthInCharacters);
     question.set_visible(false);
     answerPlace.set_visible(false);

@@ -2,6 +2,7 @@
 
 #include "base/ShownText.h"
 #include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/Style.h"
 
 #include <gtkmm/stylecontext.h>
@@ -43,8 +44,7 @@ OverlayPanel::OverlayPanel() : Gtk::Box(Gtk::Orientation::VERTICAL) {
 
     text.set_halign(Gtk::Align::CENTER);
     text.set_justify(Gtk::Justification::CENTER);
-    text.set_wrap();
-    text.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    wrapLines(text);
     text.set_max_width_chars(textWidthInCharacters);
     setAccessibleRole(text, GTK_ACCESSIBLE_ROLE_ALERT);
     text.set_visible(false);

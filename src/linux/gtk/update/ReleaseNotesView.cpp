@@ -2,6 +2,7 @@
 
 #include "base/Translation.h"
 #include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/BalancedText.h"
 
 #include <glibmm/markup.h>
 #include <gtkmm/settings.h>
@@ -56,8 +57,7 @@ const char* gapBetween(const Paragraph& one, const Paragraph& next) {
 
 ReleaseNotesView::ReleaseNotesView() {
     text.set_selectable();
-    text.set_wrap();
-    text.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    wrapLines(text);
     // What the window has room for: the natural height is that of lines of this length.
     text.set_max_width_chars(54);
     text.set_xalign(0);

@@ -3,6 +3,7 @@
 #include "base/Translation.h"
 #include "deployment/Deployment.h"
 #include "linux/gtk/kit/Accessibility.h"
+#include "linux/gtk/kit/BalancedText.h"
 #include "linux/gtk/kit/WindowPresentation.h"
 
 #include <utility>
@@ -20,8 +21,7 @@ void setText(Gtk::Label& label, const std::string& text) {
 }
 
 void makeParagraph(Gtk::Label& label) {
-    label.set_wrap();
-    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    wrapLines(label);
     label.set_xalign(0);
     label.set_max_width_chars(1); // as wide as the window, not as the text
     label.set_hexpand();
