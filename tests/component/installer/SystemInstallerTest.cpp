@@ -86,6 +86,34 @@ protected:
         return failure;
     }
 
+    /// Has a process update itself and end. Returns once the new program has ended, and all that
+    /// was started for it.
+    void updateInAnotherProcess() {
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        const pid_t old = ::fork();
+        if (old == 0) {
+            ::close(ends[0]);
+            ::dup2(ends[1], STDOUT_FILENO);
+            ::close(ends[1]);
+            const auto installer = installerFor(CopyOwner::user);
+            const bool prepared =
+                outcomeOf(installer->prepare(verified("kelo-1.1.tar.zst"))).empty() &&
+                outputOf(root / "bin/kelo") == "1.0\n";
+            const bool installed = outcomeOf(installer->installAndRelaunch()).empty();
+            std::_Exit(prepared && installed && terminations == 1 ? 0 : 1);
+        }
+        ::close(ends[1]);
+        // The new program has the other end open.
+        char end = 0;
+        while (::read(ends[0], &end, 1) > 0) {
+        }
+        ::close(ends[0]);
+        int status = -1;
+        ::waitpid(old, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+
     TreeFolder folder;
     fs::path root = folder / "home/Kelo";
     fs::path opener = folder / "opener";
@@ -101,7 +129,8 @@ protected:
 TEST_F(SystemInstallerTest, ReplacesATreeThatTheUserOwnsByATree) {
     const auto installer = installerFor(CopyOwner::user);
     EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.zst")), InstallKind::replaceInPlace);
-    EXPECT_EQ(installer->kind(itemFor("kelo-1.1.tar.xz")), InstallKind::replaceInPlace);
+    for (const auto* name : {"kelo-1.1.tar.xz", "kelo-1.1.tar.gz", "kelo-1.1.tgz"})
+        EXPECT_EQ(installer->kind(itemFor(name)), InstallKind::replaceInPlace) << name;
     EXPECT_EQ(installer->kind(itemFor("kelo-1.1.deb")), InstallKind::informationalOnly);
     EXPECT_EQ(installer->kind(itemFor("kelo-1.1.zip")), InstallKind::informationalOnly);
 }
@@ -154,30 +183,23 @@ TEST_F(SystemInstallerTest, ExchangesStartsTheNewProgramAndEndsTheOldOne) {
     writeFile(folder / "later/bin/kelo", "#!/bin/sh\n[ $# = 1 ] || echo 1.1 > $PLACE/started\n",
               0755);
     packTree(folder / "later", "kelo-1.1", folder / "kelo-1.1.tar.zst");
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t old = ::fork();
-    if (old == 0) {
-        ::close(ends[0]);
-        ::dup2(ends[1], STDOUT_FILENO);
-        ::close(ends[1]);
-        const auto installer = installerFor(CopyOwner::user);
-        const bool prepared = outcomeOf(installer->prepare(verified("kelo-1.1.tar.zst"))).empty() &&
-                              outputOf(root / "bin/kelo") == "1.0\n";
-        const bool installed = outcomeOf(installer->installAndRelaunch()).empty();
-        std::_Exit(prepared && installed && terminations == 1 ? 0 : 1);
-    }
-    ::close(ends[1]);
-    // Returns when the new program, which has the other end open, has ended.
-    char end = 0;
-    while (::read(ends[0], &end, 1) > 0) {
-    }
-    ::close(ends[0]);
-    int status = -1;
-    ::waitpid(old, &status, 0);
-    EXPECT_EQ(status, 0);
+    updateInAnotherProcess();
     EXPECT_EQ(readFile(folder / "started"), "1.1\n");
     EXPECT_EQ(readFile(root / "share/kelo/Info.plist"), information("1.1"));
+}
+
+// The new one's own is as little known to work here as the new program.
+TEST_F(SystemInstallerTest, HasTheTreeBeforeWatchTheNewOnesStart) {
+    const std::string watcher = "libexec/kelo/kelo-watch-start";
+    fs::copy_file(KELO_WATCH_START, root / watcher);
+    const fs::path list = root / "share/kelo/files.txt";
+    writeFile(list, readFile(list) + watcher + "\n");
+    writeFile(root / "bin/kelo", "#!/bin/sh\necho 1.0 | tee ${PLACE:+$PLACE/started}\n", 0755);
+    writeFile(folder / "later/bin/kelo", "#!/bin/sh\n[ $# = 1 ] || exit 1\n", 0755);
+    packTree(folder / "later", "kelo-1.1", folder / "kelo-1.1.tar.zst");
+    updateInAnotherProcess();
+    EXPECT_EQ(readFile(folder / "started"), "1.0\n");
+    EXPECT_EQ(readFile(root / "share/kelo/Info.plist"), information("1.0"));
 }
 
 TEST_F(SystemInstallerTest, OpensTheVerifiedPackageAndGoesOn) {
@@ -247,9 +269,25 @@ TEST_F(SystemInstallerTest, NeverOpensAPackageThatWasExchangedAfterItWasVerified
     auto archive = verified("kelo-1.1.deb");
     const fs::path package = archive.folder() / archive.fileName();
     EXPECT_EQ(outcomeOf(installer->prepare(std::move(archive))), "");
-    fs::remove(package);
+    fs::rename(package, folder / "away.deb");
+    EXPECT_THAT(outcomeOf(installer->installAndRelaunch()), HasSubstr("changed after"));
     writeFile(package, "another one");
     EXPECT_THAT(outcomeOf(installer->installAndRelaunch()), HasSubstr("changed after"));
+    fs::remove(package);
+    fs::create_symlink(folder / "away.deb", package); // and to another one a moment later
+    EXPECT_THAT(outcomeOf(installer->installAndRelaunch()), HasSubstr("changed after"));
+    EXPECT_FALSE(fs::exists(folder / "opened"));
+}
+
+TEST_F(SystemInstallerTest, NeverOpensThePackageBeforeTheOneThatWasRefused) {
+    if (!fs::exists("/usr/bin/dpkg"))
+        GTEST_SKIP() << "no system for such packages";
+    writeFile(opener, "#!/bin/sh\ntouch '" + (folder / "opened").string() + "'\n", 0755);
+    const auto installer = installerFor(CopyOwner::packageManager);
+    EXPECT_EQ(outcomeOf(installer->prepare(verified("kelo-1.1.deb"))), "");
+    writePackage(folder / "kelo-1.1.deb", {.version = "1.0"});
+    EXPECT_NE(outcomeOf(installer->prepare(verified("kelo-1.1.deb"))), "");
+    EXPECT_NE(outcomeOf(installer->installAndRelaunch()), "");
     EXPECT_FALSE(fs::exists(folder / "opened"));
 }
 

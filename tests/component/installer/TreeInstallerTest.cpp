@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <iostream>
+#include <utility>
 
 namespace kelo::tests {
 
@@ -174,6 +175,16 @@ TEST_F(TreeInstallerTest, ATreeThatWasMovedMeanwhileIsLeftWhereItIs) {
     EXPECT_FALSE(fs::exists(root));
 }
 
+TEST_F(TreeInstallerTest, ATreeInAnotherFolderOfTheSameNameIsLeftAlone) {
+    TreeInstaller installer(root);
+    stage(installer);
+    fs::rename(home, folder / "before");
+    fs::create_directory(home);
+    fs::rename(folder / "before/Kelo", root);
+    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("was moved or replaced"));
+    EXPECT_EQ(contentsOf(root), first);
+}
+
 TEST_F(TreeInstallerTest, ATreeThatSomebodyElseExchangedMeanwhileIsLeftAlone) {
     TreeInstaller installer(root);
     stage(installer);
@@ -199,6 +210,28 @@ TEST_F(TreeInstallerTest, TheFoldersPermissionsStayTheUsers) {
     struct stat status {};
     ::stat(root.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0700U);
+}
+
+TEST_F(TreeInstallerTest, AFolderThatItsUserCannotWriteToCanBeUpdatedAgain) {
+    ::chmod(root.c_str(), 0550);
+    TreeInstaller installer(root);
+    stage(installer);
+    installer.install();
+    struct stat status {};
+    ::stat(root.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0750U);
+}
+
+TEST_F(TreeInstallerTest, WhatAProcessBeforeHasStagedGivesWay) {
+    {
+        TreeInstaller installer(root);
+        stage(installer);
+    }
+    pack("1.2");
+    TreeInstaller installer(root);
+    stage(installer, "1.2");
+    installer.install();
+    EXPECT_EQ(outputOf(root / "bin/kelo"), "1.2\n");
 }
 
 TEST_F(TreeInstallerTest, NothingIsInstalledThatWasNotStaged) {
@@ -239,6 +272,20 @@ TEST_F(TreeInstallerTest, PiecesAreTakenBackWhenTheLastOneCannotBePlaced) {
     EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("Your version keeps working"));
     EXPECT_FALSE(fs::exists(staged));
     EXPECT_EQ(outputOf(root / "bin/kelo"), "1.0\n");
+    EXPECT_EQ(contentsOf(root), first);
+}
+
+TEST_F(TreeInstallerTest, PiecesAreTakenBackWhenOneBeforeTheProgramCannotBePlaced) {
+    const fs::path kept = home / updater::workFolderName(root) / "previous/share";
+    ExchangeCalls calls;
+    calls.exchange = [](int, const char*, int, const char*) { return EOPNOTSUPP; };
+    calls.step = [&, isThere = false]() mutable {
+        if (fs::exists(kept) && !std::exchange(isThere, true))
+            writeFile(root / "share/another", "in the way");
+    };
+    TreeInstaller installer(root, calls);
+    stage(installer);
+    EXPECT_THAT(failureOf([&] { installer.install(); }), HasSubstr("Your version keeps working"));
     EXPECT_EQ(contentsOf(root), first);
 }
 

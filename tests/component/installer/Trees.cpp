@@ -137,26 +137,29 @@ void packTree(const fs::path& root, const std::string& top, const fs::path& arch
 }
 
 void writePackage(const fs::path& path, const PackageDescription& description) {
-    const fs::path control = path.string() + ".control.tar.xz";
-    const fs::path data = path.string() + ".data.tar.zst";
-    writeArchive(control, {{.path = "./control",
-                            .content = "Package: " + description.name + "\nVersion: 1\n" +
-                                       "Architecture: " + description.architecture +
-                                       "\nDescription: Kelo\n Package: another\n"}});
+    const std::string control = "Package: " + description.name + "\nVersion: 1\n" +
+                                "Architecture: " + description.architecture +
+                                "\nDescription: Kelo\n Package: another\n";
     std::vector<TarEntry> files{
         {.path = "./usr/bin/kelo", .content = "a program"},
         {.path = "./usr/share/kelo/Info.plist", .content = information(description.version)}};
     files.insert(files.end(), description.more.begin(), description.more.end());
-    writeArchive(data, files);
+    writeMembers(path, {{"control.tar.xz", {{.path = "./control", .content = control}}},
+                        {"data.tar.zst", files}});
+}
+
+void writeMembers(const fs::path& path, const std::vector<PackageMember>& members) {
     const std::unique_ptr<archive, ArchiveDeleter> writer(archive_write_new());
     check(writer.get(), archive_write_set_format_ar_svr4(writer.get()));
     check(writer.get(), archive_write_open_filename(writer.get(), path.c_str()));
     addEntry(writer.get(), {.path = "debian-binary", .content = "2.0\n"});
-    addEntry(writer.get(), {.path = "control.tar.xz", .content = readFile(control)});
-    addEntry(writer.get(), {.path = "data.tar.zst", .content = readFile(data)});
+    for (const auto& member : members) {
+        const fs::path packed = path.string() + "." + member.name;
+        writeArchive(packed, member.entries);
+        addEntry(writer.get(), {.path = member.name, .content = readFile(packed)});
+        fs::remove(packed);
+    }
     check(writer.get(), archive_write_close(writer.get()));
-    fs::remove(control);
-    fs::remove(data);
 }
 
 posix::FileDescriptor openForReading(const fs::path& path) {

@@ -48,6 +48,13 @@ void writeArchive(const std::filesystem::path& archive, const std::vector<TarEnt
 void packTree(const std::filesystem::path& root, const std::string& top,
               const std::filesystem::path& archive);
 
+/// An archive inside a .deb, compressed as its name says.
+struct PackageMember {
+    std::string name;
+    std::vector<TarEntry> entries;
+};
+void writeMembers(const std::filesystem::path& package, const std::vector<PackageMember>& members);
+
 /// A .deb, as much of it as says what it is.
 struct PackageDescription {
     std::string name = "kelo";

@@ -171,6 +171,21 @@ TEST_F(WorkFolderTest, StaysCutOffUntilAllIsBack) {
     EXPECT_EQ(state(), TreeState::cutOff);
 }
 
+TEST_F(WorkFolderTest, StaysCutOffWhileAPieceCannotBeMoved) {
+    stage();
+    const Contents before = contentsOf(root);
+    taken().install(failing(EINVAL));
+    fs::create_directory(work / "taking-back");
+    writeFile(work / "discarded", "in the way of the folder with this name");
+    EXPECT_FALSE(taken().endCutOff({}));
+    EXPECT_EQ(installed(), "1.0\n") << "the program goes first";
+    EXPECT_EQ(state(), TreeState::cutOff);
+    fs::remove(work / "discarded");
+    EXPECT_TRUE(taken().endCutOff({}));
+    EXPECT_EQ(contentsOf(root), before);
+    EXPECT_EQ(state(), TreeState::takenBack);
+}
+
 TEST_F(WorkFolderTest, HoldsNoUpdateOfWhichPiecesAreMissing) {
     writeTree(folder / "first", "1.0");
     int ended = 0;
