@@ -59,6 +59,10 @@ std::string readFile(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+std::string nameOf(const VersionStamp& version) {
+    return "kelo-" + version.version;
+}
+
 std::string entry(const std::string& key, const std::string& value) {
     return "<key>" + key + "</key><string>" + value + "</string>\n";
 }
@@ -118,20 +122,42 @@ void UpdateProgramFixture::stamp(const fs::path& tree, const VersionStamp& stamp
         << "</dict></plist>\n";
 }
 
-void UpdateProgramFixture::publishSignedWith(const SigningKey& key, const std::string& script) {
-    const std::string name = "kelo-" + newVersion.version;
+void UpdateProgramFixture::pack(const VersionStamp& version, const SigningKey& key,
+                                const std::string& script) {
+    const std::string name = nameOf(version);
     const fs::path tree = folder.path() / "build" / name;
+    fs::remove_all(tree);
     fs::create_directories(tree.parent_path());
     fs::copy(downloadedTree(build()), tree, fs::copy_options::recursive);
-    stamp(tree, newVersion, key.publicHalf);
+    stamp(tree, version, key.publicHalf);
     if (!script.empty())
         std::ofstream(tree / "libexec/kelo/kelo")
             << "#!/bin/sh\n[ \"$1\" = --help ] && exit 0\n" + script + "\n";
     runOrThrow("tar --zstd -cf " + quoted(releases / (name + ".tar.zst")) + " -C " +
                quoted(tree.parent_path()) + " " + name);
     std::ofstream(releases / (name + ".md")) << notes;
-    runOrThrow(quoted(build() / "kelo-appcast") + " generate --key " + quoted(key.file) + " " +
-               quoted(releases));
+}
+
+void UpdateProgramFixture::withdraw(const VersionStamp& version) const {
+    fs::remove(releases / (nameOf(version) + ".tar.zst"));
+    fs::remove(releases / (nameOf(version) + ".md"));
+}
+
+void UpdateProgramFixture::generate(const SigningKey& key, const SigningKey* next) const {
+    runOrThrow(quoted(build() / "kelo-appcast") + " generate --key " + quoted(key.file) +
+               (next ? " --next-key " + quoted(next->file) : "") + " " + quoted(releases));
+}
+
+void UpdateProgramFixture::publishSignedWith(const SigningKey& key, const std::string& script) {
+    pack(newVersion, key, script);
+    generate(key);
+}
+
+void UpdateProgramFixture::unpack(const VersionStamp& version) const {
+    fs::remove_all(installed);
+    fs::create_directory(installed);
+    runOrThrow("tar -xf " + quoted(releases / (nameOf(version) + ".tar.zst")) +
+               " --strip-components=1 -C " + quoted(installed));
 }
 
 void UpdateProgramFixture::startInstalled(const std::vector<std::string>& arguments,
@@ -167,11 +193,12 @@ void UpdateProgramFixture::awaitInFront(const std::string& title) const {
 
 std::string UpdateProgramFixture::installedVersion() const {
     const std::string text = readFile(installed / "share/kelo/Info.plist");
-    for (const auto& stamp : {oldVersion, newVersion}) {
-        if (text.find(entry("CFBundleShortVersionString", stamp.version)) != std::string::npos)
-            return stamp.version;
-    }
-    return "";
+    const std::string before = "<key>CFBundleShortVersionString</key><string>";
+    const auto start = text.find(before);
+    if (start == std::string::npos)
+        return "";
+    const std::string rest = text.substr(start + before.size());
+    return rest.substr(0, rest.find('<'));
 }
 
 std::vector<std::string> UpdateProgramFixture::homeContents() const {

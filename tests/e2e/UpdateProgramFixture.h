@@ -25,6 +25,11 @@ inline const VersionStamp newVersion{"1.1", "2"};
 /// Independent of the Kelo that is installed on this computer.
 class UpdateProgramFixture : public ProgramFixture {
 protected:
+    struct SigningKey {
+        std::filesystem::path file;
+        std::string publicHalf;
+    };
+
     UpdateProgramFixture();
 
     void SetUp() override;
@@ -37,6 +42,18 @@ protected:
 
     /// Signs a 1.1 that shows its help and does nothing else but this shell script.
     void publishThatOnlyRuns(const std::string& script) { publishSignedWith(ownKey, script); }
+
+    // The publisher's steps one by one.
+    SigningKey makeKey(const std::string& name) const;
+    /// Puts a release that was built for the key into the folder of the web server, with notes. It
+    /// runs the script, or is this build.
+    void pack(const VersionStamp& version, const SigningKey& key, const std::string& script = "");
+    void withdraw(const VersionStamp& version) const;
+    /// Signs what is in that folder, and writes the feed. The next key: null for none.
+    void generate(const SigningKey& key, const SigningKey* next = nullptr) const;
+
+    /// Unpacks a release in the home, as users do.
+    void unpack(const VersionStamp& version) const;
 
     /// Starts the installed copy as its owner does. `environment` is added to theirs.
     void startInstalled(const std::vector<std::string>& arguments = {},
@@ -73,20 +90,14 @@ protected:
     const std::filesystem::path installed = home / "Kelo";
     std::unique_ptr<rig::DownloadServer> server;
     std::unique_ptr<rig::ChildProcess> program;
+    const SigningKey ownKey = makeKey("own.key");
 
 private:
-    struct SigningKey {
-        std::filesystem::path file;
-        std::string publicHalf;
-    };
-
-    SigningKey makeKey(const std::string& name) const;
     void stamp(const std::filesystem::path& tree, const VersionStamp& stamp,
                const std::string& publicKey) const;
     void publishSignedWith(const SigningKey& key, const std::string& script = "");
 
     const std::filesystem::path releases = folder.path() / "releases";
-    const SigningKey ownKey = makeKey("own.key");
 };
 
 } // namespace kelo::e2e
