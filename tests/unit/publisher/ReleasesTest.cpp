@@ -104,6 +104,13 @@ TEST_F(Releases, BuiltForAThirdKeyAreRefused) {
     expectRefused(releases, keys, {}, "another public key");
 }
 
+TEST_F(Releases, BuiltWithoutUpdatesMayBePublished) {
+    std::vector releases{release("11", keys.current)};
+    releases[0].package.publicKey = "";
+    signReleases(releases, keys, {}, false);
+    EXPECT_TRUE(isSignedWith(keys.current, releases[0]));
+}
+
 TEST_F(Releases, WhoseBuildNumbersRepeatOrFallAreRemarkedOn) {
     const auto remarks = [&](const std::vector<Release>& releases, std::vector<OldItem> old = {}) {
         return remarksOn(releases, old, keys);
@@ -129,6 +136,13 @@ TEST_F(Releases, WhoseBuildNumbersRepeatOrFallAreRemarkedOn) {
     EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.11.deb", "11", "1.11", ""}}),
                 IsEmpty())
         << "another package of the same version";
+    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.11.deb", "11", "", ""}}),
+                IsEmpty())
+        << "nobody knows its version";
+    EXPECT_THAT(remarks({release("11", keys.current)}, {{"kelo-1.11.tar.zst", "11", "1.11", ""},
+                                                        {"kelo-1.1.tar.zst", "11", "1.1", ""}}),
+                IsEmpty())
+        << "it was remarked on when it was new";
 }
 
 TEST_F(Releases, ThatAReaderWouldLeaveOutAreRefused) {
@@ -147,6 +161,22 @@ TEST_F(Releases, ThatAReaderWouldLeaveOutAreRefused) {
     }
 }
 
+TEST_F(Releases, AreWhatTheFeedSaysOfThem) {
+    const auto now = std::chrono::sys_seconds(std::chrono::seconds(1795248000));
+    std::vector releases{release("11", keys.current), release("10", keys.current)};
+    signReleases(releases, keys, {}, false);
+    const FeedItem& item = releases[0].item;
+    const auto expectRefusal = [&](auto change) {
+        FeedItem changed = item;
+        change(changed);
+        EXPECT_THROW(requireReadable({item}, writeFeed({changed}, "", now)), Failure);
+    };
+    expectRefusal([&](FeedItem& changed) { changed.version = "10"; });
+    expectRefusal([&](FeedItem& changed) { changed.url = releases[1].item.url; });
+    expectRefusal([&](FeedItem& changed) { changed.length += 1; });
+    expectRefusal([&](FeedItem& changed) { changed.signature = releases[1].item.signature; });
+}
+
 TEST_F(NextKey, IsBroughtByAReleaseThatThePresentKeySigned) {
     std::vector releases{release("13", next()), release("12", next()), release("11", present)};
     signReleases(releases, keys, {}, false);
@@ -156,6 +186,17 @@ TEST_F(NextKey, IsBroughtByAReleaseThatThePresentKeySigned) {
     EXPECT_TRUE(isSignedWith(next(), releases[0]));
     EXPECT_EQ(releases[0].item.minimumUpdateVersion, "12");
     EXPECT_THAT(remarksOn(releases, {}, keys), IsEmpty());
+}
+
+TEST_F(NextKey, IsBroughtByTheFirstOfTheReleasesThatThePresentKeySigned) {
+    std::vector published12{release("12", next())};
+    signReleases(published12, keys, {}, false);
+    ASSERT_TRUE(isSignedWith(present, published12[0]));
+    std::vector releases{release("13", next()), release("12", next()), release("11", next())};
+    signReleases(releases, keys, published(published12), false);
+    EXPECT_TRUE(isSignedWith(present, releases[1]));
+    EXPECT_TRUE(isSignedWith(present, releases[2]));
+    EXPECT_EQ(releases[0].item.minimumUpdateVersion, "11");
 }
 
 TEST_F(NextKey, IsBroughtByAllPackagesOfThatRelease) {

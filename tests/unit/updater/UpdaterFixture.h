@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -76,6 +77,18 @@ protected:
             [this](const std::string& line) { log.push_back(line); }});
         made->start();
         return *made;
+    }
+
+    /// The same where checks are automatic.
+    void startAutomatic() {
+        dictionary["SUEnableAutomaticChecks"] = true;
+        start();
+        pass(std::chrono::seconds(1));
+    }
+
+    std::size_t feedRequests() const {
+        return static_cast<std::size_t>(
+            std::count(transport.requests.begin(), transport.requests.end(), feedAddress));
     }
 
     /// The user asks for a check; makes an updater if there is none.

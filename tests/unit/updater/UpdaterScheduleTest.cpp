@@ -15,18 +15,7 @@ using std::chrono::minutes;
 using std::chrono::seconds;
 
 /// Scheduled checks.
-class UpdaterSchedule : public UpdaterFixture {
-protected:
-    void startAutomatic() {
-        dictionary["SUEnableAutomaticChecks"] = true;
-        start();
-        pass(seconds(1));
-    }
-    std::size_t feedRequests() const {
-        return static_cast<std::size_t>(
-            std::count(transport.requests.begin(), transport.requests.end(), feedAddress));
-    }
-};
+using UpdaterSchedule = UpdaterFixture;
 
 TEST_F(UpdaterSchedule, OverdueCheckIsMadeAtOnce) {
     store->state.lastCheck = clock.time - hours(25);
@@ -117,50 +106,6 @@ TEST_F(UpdaterSchedule, ShowsNothingWhenItFails) {
     EXPECT_EQ(log.size(), 1u);
 }
 
-TEST_F(UpdaterSchedule, FailedCheckIsNotedAsNoneAndMadeAgainAfterAnHour) {
-    transport.replies.erase(feedAddress);
-    const auto before = clock.time - hours(30);
-    store->state.lastCheck = before;
-    startAutomatic();
-    EXPECT_EQ(feedRequests(), 1u);
-    EXPECT_EQ(store->state.lastCheck, before);
-    EXPECT_EQ(store->state.checkCount, 0u);
-    pass(minutes(58));
-    EXPECT_EQ(feedRequests(), 1u) << "it is not tried again and again";
-    pass(minutes(3));
-    EXPECT_EQ(feedRequests(), 2u);
-    publish(release("1.0"));
-    pass(hours(1));
-    EXPECT_EQ(feedRequests(), 3u);
-    EXPECT_GT(store->state.lastCheck, before);
-    EXPECT_EQ(store->state.checkCount, 1u);
-    pass(hours(23));
-    EXPECT_EQ(feedRequests(), 3u);
-}
-
-TEST_F(UpdaterSchedule, FailedCheckIsMadeAgainWhenTheNetworkComes) {
-    transport.replies.erase(feedAddress);
-    startAutomatic();
-    publish(release("1.0"));
-    network.come();
-    network.come();
-    pass(minutes(1));
-    EXPECT_EQ(feedRequests(), 2u);
-    network.come();
-    pass(hours(2));
-    EXPECT_EQ(feedRequests(), 2u) << "the last one did not fail";
-}
-
-TEST_F(UpdaterSchedule, NetworkThatComesMakesNoCheckThatNobodyWants) {
-    transport.replies.erase(feedAddress);
-    dictionary["SUEnableAutomaticChecks"] = false;
-    check();
-    acknowledge();
-    network.come();
-    pass(hours(5));
-    EXPECT_EQ(feedRequests(), 1u);
-}
-
 TEST_F(UpdaterSchedule, NothingLargeIsFetchedUnaskedOverAMeteredNetwork) {
     dictionary["SUAutomaticallyUpdate"] = true;
     network.metered = true;
@@ -169,15 +114,6 @@ TEST_F(UpdaterSchedule, NothingLargeIsFetchedUnaskedOverAMeteredNetwork) {
     EXPECT_THAT(transport.requests, ElementsAre(feedAddress));
     choose(UpdateChoice::install);
     EXPECT_EQ(lastShown(), "ready 1.1") << "who asks for it pays for it";
-}
-
-TEST_F(UpdaterSchedule, NetworkOfAnUpdaterThatHasGoneDoesNothing) {
-    transport.replies.erase(feedAddress);
-    startAutomatic();
-    made.reset();
-    network.come();
-    pass(hours(2));
-    EXPECT_EQ(feedRequests(), 1u);
 }
 
 TEST_F(UpdaterSchedule, ShowsNothingForASkippedVersion) {

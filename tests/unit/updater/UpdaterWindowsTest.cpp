@@ -186,6 +186,7 @@ TEST_F(UpdaterWindows, OfferTakenAfterDaysIsLookedAtAgain) {
     choose(UpdateChoice::install);
     EXPECT_THAT(transport.requests, ElementsAre(feedAddress, feedAddress, archiveAddress));
     EXPECT_EQ(lastShown(), "ready 1.1");
+    EXPECT_EQ(store->state.checkCount, 1u) << "the user asked once";
 }
 
 TEST_F(UpdaterWindows, OfferTakenSoonIsNotLookedAtAgain) {
