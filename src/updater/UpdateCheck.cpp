@@ -261,6 +261,7 @@ Task<void> UpdateCheck::putInPlace(AppcastItem item, UpdateOffer offer, InstallK
     }
     context.preparedVersion.clear();
     co_await context.installer.installAndRelaunch();
+    relaunching = how == InstallKind::replaceInPlace;
     if (how == InstallKind::handToPackageManager) {
         const UpdateMessage message = handedOverMessage(context.settings, item);
         stage = Stage::asking;

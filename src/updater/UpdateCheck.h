@@ -24,6 +24,9 @@ public:
     /// Whether the feed was read. A check that could not read it counts for none.
     bool hasLooked() const { return looked; }
 
+    /// Whether the program is about to end for the version that it was replaced by.
+    bool isRelaunching() const { return relaunching; }
+
     /// Shows the check's window in front, and from then on treats the check as one that the user
     /// asked for.
     void bringToUser();
@@ -64,6 +67,7 @@ private:
     /// Whether progress and failures are shown: the user asked for the check or answered it.
     bool visible;
     bool looked = false;
+    bool relaunching = false;
     Stage stage = Stage::checking;
     DownloadProgress progress;
     Cancellation cancellation;

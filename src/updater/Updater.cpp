@@ -77,13 +77,15 @@ Task<void> Updater::check(CheckKind kind) {
     current = std::make_unique<UpdateCheck>(context, kind);
     co_await current->run();
     const bool looked = current->hasLooked();
+    const bool relaunching = current->isRelaunching();
     current.reset();
     if (!looked) {
         retry = context.now() + retryInterval;
         co_return;
     }
     retry.reset();
-    co_await askForAutomaticChecks();
+    if (!relaunching)
+        co_await askForAutomaticChecks();
 }
 
 Task<void> Updater::askForAutomaticChecks() {

@@ -268,6 +268,16 @@ TEST_F(UpdaterSchedule, UserIsAskedAfterTheSecondCheckOfTheirLife) {
     EXPECT_EQ(feedRequests(), 3u);
 }
 
+TEST_F(UpdaterSchedule, UserIsAskedNothingByAProgramThatMakesRoomForTheNextOne) {
+    store->state.checkCount = 1;
+    check();
+    choose(UpdateChoice::install);
+    chooseRelaunch(RelaunchChoice::installAndRelaunch);
+    EXPECT_EQ(installer.installations, 1);
+    EXPECT_FALSE(user.automatic);
+    EXPECT_FALSE(user.open);
+}
+
 TEST_F(UpdaterSchedule, NoIsNoAndIsNotAskedAgain) {
     publish(release("1.0"));
     store->state.checkCount = 1;
