@@ -91,8 +91,8 @@ bool isPlain(const Member& member) {
     fuzz::FuzzInput input(member.entries);
     while (!input.isEmpty()) {
         const std::string_view line = input.takeLine();
-        if (!line.starts_with("f 644 ") || line.find('\0') != std::string_view::npos ||
-            line.find('>') > longestName)
+        const bool isFile = line.starts_with("f 644 ") || line.starts_with("f 755 ");
+        if (!isFile || line.find('\0') != std::string_view::npos || line.find('>') > longestName)
             return false;
     }
     return true;
