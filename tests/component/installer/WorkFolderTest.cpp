@@ -1,3 +1,4 @@
+#include "updater/install/TreeState.h"
 #include "updater/install/WorkFolder.h"
 #include "component/installer/Trees.h"
 
@@ -52,7 +53,7 @@ protected:
             throw std::runtime_error("the work folder cannot be taken");
         return std::move(*folder);
     }
-    TreeState state() const { return taken().state(); }
+    TreeState state() const { return stateOf(taken()); }
     std::string installed() const { return outputOf(root / "bin/kelo"); }
 
     static ExchangeCalls failing(int error) {
@@ -102,9 +103,9 @@ TEST_F(WorkFolderTest, TellsOfTheUpdateAsUsersKnowIt) {
     stage();
     fs::remove(work / "update");
     ASSERT_TRUE(updater::markStaged(taken().descriptor(), update));
-    ASSERT_TRUE(taken().update());
-    EXPECT_EQ(taken().update()->version, "110");
-    EXPECT_EQ(taken().update()->shownVersion, "1.1");
+    ASSERT_TRUE(updateOf(taken()));
+    EXPECT_EQ(updateOf(taken())->version, "110");
+    EXPECT_EQ(updateOf(taken())->shownVersion, "1.1");
 }
 
 TEST_F(WorkFolderTest, IsOnTrialWhileTheTreeBeforeIsThere) {
@@ -126,7 +127,7 @@ TEST_F(WorkFolderTest, SaysWhichUpdateWasTakenBack) {
     install("old");
     EXPECT_TRUE(taken().takeTreeBack({}));
     EXPECT_EQ(state(), TreeState::takenBack);
-    EXPECT_EQ(taken().update()->version, "1.1");
+    EXPECT_EQ(updateOf(taken())->version, "1.1");
     EXPECT_FALSE(taken().has("update")) << "it would still count as one to be tried";
 }
 
@@ -141,7 +142,7 @@ TEST_F(WorkFolderTest, NeverOffersAgainWhatWasTakenBack) {
             EXPECT_THROW(taken().takeTreeBack(calls), Stop);
             EXPECT_EQ(installed(), "1.0\n");
             EXPECT_EQ(state(), TreeState::takenBack) << before << ", stopped at " << step;
-            EXPECT_EQ(taken().update()->version, "1.1");
+            EXPECT_EQ(updateOf(taken())->version, "1.1");
         }
     }
 }
@@ -204,7 +205,7 @@ TEST_F(WorkFolderTest, HoldsNoUpdateOfWhichPiecesAreMissing) {
         ++ended;
         EXPECT_TRUE(taken().endCutOff({}));
         EXPECT_EQ(contentsOf(root), contentsOf(folder / "first"));
-        EXPECT_FALSE(taken().update()) << "stopped at " << step;
+        EXPECT_FALSE(updateOf(taken())) << "stopped at " << step;
     }
     EXPECT_GT(ended, 5);
 }
