@@ -44,6 +44,8 @@ Options parseOptions(std::span<const char* const> arguments) {
             options.port = parsePort(value());
         else if (name == "--state")
             options.state = value();
+        else if (name == "--times")
+            options.times = value();
         else if (name == "--record")
             options.record = value();
         else if (name == "--origin")
@@ -67,6 +69,7 @@ std::string helpText() {
            "  kelo-demo-service --init --authority DIRECTORY\n"
            "  kelo-demo-service --authority DIRECTORY [--port PORT] [--state FILE] [--origin URL]\n"
            "                    [--stranger] [--gallery DIRECTORY] [--record FILE]\n"
+           "                    [--times FILE]\n"
            "\n"
            "A complete assistant service for one computer: it answers on the loopback\n"
            "addresses only, over HTTPS, with passkeys.\n"
@@ -82,6 +85,8 @@ std::string helpText() {
            "  --gallery    serve the pages of this folder below /gallery/\n"
            "  --record     write the passkey ceremonies that it has accepted into this file,\n"
            "               for other verifiers\n"
+           "  --times      write when each request came and when its answer began, in\n"
+           "               nanoseconds of the monotonic clock, into this file\n"
            "  --help       this text\n"
            "\n"
            "Accounts:\n"

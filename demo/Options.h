@@ -20,7 +20,8 @@ struct Options {
     std::optional<std::string> origin; ///< expected of passkeys instead of the service's own
     bool stranger = false;             ///< the widget page holds a frame of a foreign origin
     std::optional<std::filesystem::path> gallery; ///< a folder of more pages
-    std::optional<std::filesystem::path> record;  ///< where accepted ceremonies are written down
+    std::optional<std::filesystem::path> times; ///< where it is written when requests were answered
+    std::optional<std::filesystem::path> record; ///< where accepted ceremonies are written down
 };
 
 /// The command line is invalid; the text says why.

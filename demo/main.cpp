@@ -53,6 +53,8 @@ int serve(const Options& options) {
     const auto end = watchForEnd();
     HttpServer server(files, options.port);
     const auto origin = originAt(server.port());
+    if (options.times)
+        server.keepTimes(ExchangeTimes(*options.times));
     ServiceContext context(origin, options.origin.value_or(origin), StateFile(options.state));
     context.showsStranger = options.stranger;
     if (options.record)

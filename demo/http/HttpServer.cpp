@@ -118,7 +118,9 @@ HttpServer::~HttpServer() {
 }
 
 void HttpServer::onHeaders(SoupServer*, SoupServerMessage* message, const char*, GHashTable*,
-                           gpointer) {
+                           gpointer self) {
+    if (const auto& times = static_cast<const HttpServer*>(self)->times)
+        times->follow(message);
     auto* headers = soup_server_message_get_request_headers(message);
     const bool sized = soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH;
     if (sized &&

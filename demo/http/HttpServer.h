@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/http/ExchangeTimes.h"
 #include "demo/http/Http.h"
 #include "demo/tls/Authority.h"
 #include "linux/gobject/GObjectPointer.h"
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace kelo::demo {
 
@@ -31,6 +33,9 @@ public:
     /// Sets the handler. Without one, every response has status 503.
     void setHandler(Handler newHandler) { handler = std::move(newHandler); }
 
+    /// Writes down from now on when requests came and answers began.
+    void keepTimes(ExchangeTimes kept) { times = std::move(kept); }
+
 private:
     static void onHeaders(SoupServer* server, SoupServerMessage* message, const char* path,
                           GHashTable* query, gpointer self);
@@ -40,6 +45,7 @@ private:
 
     gobject::GObjectPointer<SoupServer> server;
     Handler handler;
+    std::optional<ExchangeTimes> times;
     std::uint16_t listeningPort = 0;
 };
 

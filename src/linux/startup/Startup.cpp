@@ -6,6 +6,7 @@
 #include "linux/startup/OwnVariables.h"
 #include "linux/startup/RendererChoice.h"
 #include "linux/startup/UnsafeVariables.h"
+#include "posix/Moments.h"
 #include "updater/install/ProgramStart.h"
 
 #include <malloc.h>
@@ -61,6 +62,8 @@ void runInstead(const std::filesystem::path& root, std::vector<std::string> word
 
 ProcessStart::ProcessStart(const std::vector<std::string>& words) {
     using Replacement = updater::TreeStart::Replacement;
+    posix::followMoments();
+    posix::mark(posix::Moment::mainEntered);
     if (const auto root = programTree()) {
         // Opened now: it is this tree's, which an update moves away.
         const posix::FileDescriptor watcher = updater::openStartWatcher(*root);

@@ -20,6 +20,7 @@ public:
     /// Make it first in main(), before any thread and before GTK starts, because it sets
     /// environment variables. words: the arguments of main(), the program's name included.
     ///
+    /// - Tells moments, if it is asked to (Moments.h).
     /// - If an update of the tree was interrupted, waits to be installed, or did not start last
     ///   time, puts the tree in order first (InstallRecovery.h), and runs the program that it then
     ///   holds in this one's place.

@@ -2,6 +2,7 @@
 
 #include "deployment/Deployment.h"
 #include "linux/webkit/content/EngineHandles.h"
+#include "linux/webkit/content/LoadMoments.h"
 #include "linux/webkit/content/WorkerNotifications.h"
 
 #include <string>
@@ -58,6 +59,7 @@ gobject::GObjectPointer<WebKitWebView> makeNativeView(WebKitNetworkSession* sess
     auto view = gobject::GObjectPointer<WebKitWebView>::share(WEBKIT_WEB_VIEW(g_object_new(
         WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager", content.get(),
         "settings", settings.get(), "website-policies", policies.get(), nullptr)));
+    markLoads(view.get());
     gtk_widget_set_hexpand(GTK_WIDGET(view.get()), TRUE);
     gtk_widget_set_vexpand(GTK_WIDGET(view.get()), TRUE);
     if (frame.width > 0 && frame.height > 0)

@@ -73,6 +73,22 @@ TEST_F(ServiceProcess, WrongOptionsAreExplained) {
     }
 }
 
+TEST_F(ServiceProcess, TimesNameRequestsInTheirOrderAndLeaveQueriesOut) {
+    const auto file = directory.path() / "times";
+    startService({"--times", file.string()});
+    browser->get("/login?secret=4711");
+    std::istringstream times(read(file));
+    std::string what, method, path;
+    long long asked = 0, served = 0;
+    times >> what >> method >> path >> asked;
+    EXPECT_EQ(what + " " + method + " " + path, "asked GET /login");
+    times >> what >> method >> path >> served;
+    EXPECT_EQ(what + " " + method + " " + path, "served GET /login");
+    EXPECT_GT(asked, 0);
+    EXPECT_GE(served, asked);
+    EXPECT_EQ(times.str().find("secret"), std::string::npos);
+}
+
 TEST_F(ServiceProcess, HelpNamesTheAccounts) {
     const auto outcome = runDemoService({"--help"});
     EXPECT_EQ(outcome.exitCode, 0);

@@ -1,6 +1,7 @@
 #include "linux/gtk/application/TokenApplication.h"
 
 #include "linux/gtk/kit/WindowPresentation.h"
+#include "posix/Moments.h"
 
 #include <giomm/dbusconnection.h>
 
@@ -13,7 +14,9 @@ Glib::RefPtr<TokenApplication> TokenApplication::create(const std::string& ident
 TokenApplication::TokenApplication(const std::string& identifier) : Gtk::Application(identifier) {}
 
 void TokenApplication::on_startup() {
+    posix::mark(posix::Moment::busConnected);
     Gtk::Application::on_startup();
+    posix::mark(posix::Moment::toolkitStarted);
     if (const auto bus = get_dbus_connection()) {
         clickTokens.emplace(
             notification::ClickTokens::Handlers{&keepActivationToken, &dropActivationToken});

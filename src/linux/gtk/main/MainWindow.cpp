@@ -6,9 +6,11 @@
 #include "linux/gtk/main/DownloadBar.h"
 #include "linux/gtk/main/FindBar.h"
 #include "linux/gtk/main/FittingMinimum.h"
+#include "linux/gtk/main/FrameMoments.h"
 #include "linux/gtk/main/TitleBar.h"
 #include "linux/gtk/main/ViewCommands.h"
 #include "linux/gtk/main/WindowMemory.h"
+#include "posix/Moments.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/shortcutcontroller.h>
@@ -26,6 +28,7 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
       content(std::make_unique<ContentArea>(group.defaultSize)),
       findBar(std::make_unique<FindBar>(*content)),
       titleBar(std::make_unique<TitleBar>(menu)) {
+    markFrames(*this);
     set_title(programName);
     add_css_class("kelo-main");
     if (!get_display()->is_composited())
@@ -91,6 +94,7 @@ void MainWindow::closing() {
 }
 
 void MainWindow::appear() {
+    posix::mark(posix::Moment::windowMapped);
     // The page has the keyboard focus from the start. The toolkit would focus the menu.
     content->takeFocus();
     if (group.onAppear)
