@@ -1,11 +1,14 @@
 #include "common/Programs.h"
 
 #include "testing/rig/ProcessTree.h"
+#include "testing/screen/Windows.h"
 
 #include <chrono>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
+#include <utility>
 
 namespace kelo::bench {
 
@@ -33,10 +36,22 @@ fs::path miniBrowser() {
     throw std::runtime_error("WebKitGTK's MiniBrowser is not installed.");
 }
 
+std::optional<fs::path> installedProgram(const std::string& name) {
+    for (const char* folder : {"/usr/local/bin", "/usr/bin", "/usr/games"})
+        if (::access((fs::path(folder) / name).c_str(), X_OK) == 0)
+            return fs::path(folder) / name;
+    return std::nullopt;
+}
+
 std::map<std::string, std::string> ownFolders(const fs::path& folder) {
-    fs::create_directories(folder / "data");
-    fs::create_directories(folder / "cache");
-    return {{"XDG_DATA_HOME", folder / "data"}, {"XDG_CACHE_HOME", folder / "cache"}};
+    std::map<std::string, std::string> variables;
+    for (const auto& [variable, name] :
+         {std::pair("XDG_DATA_HOME", "data"), std::pair("XDG_CACHE_HOME", "cache"),
+          std::pair("XDG_CONFIG_HOME", "config"), std::pair("XDG_STATE_HOME", "state")}) {
+        fs::create_directories(folder / name);
+        variables[variable] = folder / name;
+    }
+    return variables;
 }
 
 void endWithTree(rig::ChildProcess& process) {
@@ -46,6 +61,17 @@ void endWithTree(rig::ChildProcess& process) {
     for (const pid_t member : tree) {
         while (exists(member) && std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(lookEvery);
+    }
+}
+
+void awaitWindowManager() {
+    const screen::XConnection connection;
+    const screen::Windows windows(connection);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!windows.hasManager()) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            throw std::runtime_error("No window manager has started.");
+        std::this_thread::sleep_for(lookEvery);
     }
 }
 

@@ -4,17 +4,18 @@
 
 #include "common/Distribution.h"
 #include "common/Programs.h"
+#include "common/Results.h"
+#include "common/RunningKelo.h"
 #include "popup/Floor.h"
 #include "popup/Idle.h"
+#include "popup/Launcher.h"
 #include "popup/Trial.h"
 #include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
 #include "testing/screen/OtherProgram.h"
 
 #include <cstdio>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
 #include <thread>
 
@@ -25,9 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* page = "https://localhost:8443";
-constexpr const char* logFile = "/tmp/kelo-debug.log";
 
-constexpr std::chrono::seconds patience{60};
 constexpr std::chrono::seconds settling{4};
 constexpr std::chrono::seconds idleWindow{30};
 constexpr int firstShows = 15;
@@ -47,47 +46,6 @@ constexpr std::array<Goal, momentCount> goals{{
     {"tap: release to unmapped", 5},
 }};
 
-void awaitWindowManager(const screen::Windows& windows) {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (!windows.hasManager()) {
-        if (std::chrono::steady_clock::now() >= deadline)
-            throw std::runtime_error("No window manager has started.");
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-}
-
-/// A start of Kelo with the hotkey armed and its window's page loaded.
-class Kelo {
-public:
-    Kelo(const fs::path& build, const fs::path& folder)
-        : logBegin(fs::exists(logFile) ? fs::file_size(logFile) : 0),
-          process({build / "kelo"}, ownFolders(folder / "kelo"), folder / "kelo.log") {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (log().find("hotkey.start global=true") == std::string::npos) {
-            if (std::chrono::steady_clock::now() >= deadline)
-                throw std::runtime_error("Kelo's hotkey was not armed: " + log() +
-                                         process.printed());
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        std::this_thread::sleep_for(settling);
-    }
-    ~Kelo() { endWithTree(process); }
-    Kelo(const Kelo&) = delete;
-    Kelo& operator=(const Kelo&) = delete;
-
-    pid_t identifier() const { return process.identifier(); }
-
-private:
-    std::string log() const {
-        std::ifstream file(logFile);
-        file.seekg(static_cast<std::streamoff>(logBegin));
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    std::uintmax_t logBegin;
-    rig::ChildProcess process;
-};
-
 struct Place {
     int x;
     int y;
@@ -98,30 +56,42 @@ Place panelPlace(const screen::XConnection& connection) {
     return {(connection.width() - panelWidth) / 2, connection.height() - aboveEdge - panelHeight};
 }
 
-void printLine(const std::string& name, const Distribution& times) {
-    std::printf("%-40s %7.2f %7.2f %7.2f %7.2f", name.c_str(), times.lowest, times.median,
-                times.percentile95, times.highest);
+void addTimes(Results& results, const std::string& subject, const Times& times) {
+    for (std::size_t moment = 0; moment < momentCount; ++moment)
+        results.add(goals[moment].name, "ms", subject, times[moment]);
 }
 
-void printTimes(const Times& kelo, const Times& floor, const std::vector<double>& first) {
-    std::printf("\n%-40s %7s %7s %7s %7s   goal\n", "milliseconds", "min", "median", "p95", "max");
-    for (std::size_t moment = 0; moment < momentCount; ++moment) {
-        const auto& goal = goals[moment];
-        const auto ofKelo = distributionOf(kelo[moment]);
-        const auto ofFloor = distributionOf(floor[moment]);
-        printLine(goal.name, ofKelo);
-        std::printf("   p95 < %.0f: %s\n", goal.percentile95,
-                    ofKelo.percentile95 < goal.percentile95 ? "met" : "MISSED");
-        printLine("    the floor", ofFloor);
-        std::printf("   Kelo's median is %.1f times that\n", ofKelo.median / ofFloor.median);
-    }
-    const auto ofFirst = distributionOf(first);
-    printLine("first tap ever: release to mapped", ofFirst);
-    std::printf("   < 120: %s (%zu starts)\n", ofFirst.highest < 120 ? "met" : "MISSED",
-                ofFirst.count);
+void judge(Results& results, const Times& kelo, const std::vector<double>& first) {
+    const auto note = [&](const std::string& name, double value, double limit) {
+        char text[160];
+        std::snprintf(text, sizeof text, "goal: %s below %.0f ms: %s", name.c_str(), limit,
+                      value < limit ? "met" : "MISSED");
+        results.note(text);
+    };
+    for (std::size_t moment = 0; moment < momentCount; ++moment)
+        note(std::string("95 of 100, ") + goals[moment].name,
+             distributionOf(kelo[moment]).percentile95, goals[moment].percentile95);
+    note("all, first tap ever: release to mapped", distributionOf(first).highest, 120);
 }
 
-void printIdle(const char* name, const WakeUps& counted) {
+void addLauncher(Results& results, const fs::path& folder, int repetitions) {
+    const auto program = installedProgram("rofi");
+    if (!program)
+        return results.note("Left out: rofi is not installed.");
+    const screen::XConnection connection;
+    const auto times = timeLauncher(*program, {connection.width() / 2, connection.height() / 2},
+                                    repetitions, folder / "launcher.log");
+    const std::string subject = "rofi, a new process";
+    results.add(goals[0].name, "ms", subject, times.startToMapped);
+    results.add(goals[1].name, "ms", subject, times.startToPainted);
+    results.add(goals[3].name, "ms", subject, times.escapeToUnmapped);
+    results.note("rofi: from the start of its process with an empty list, as a key binding starts "
+                 "it; and from Escape to unmapped.");
+}
+
+void addIdle(Results& results, const char* name, const WakeUps& counted) {
+    results.add("idle wake-ups, interface process", "/s", name, counted.interfaceProcess);
+    results.add("idle wake-ups, all processes", "/s", name, counted.allProcesses);
     std::printf("%-40s %7.2f interface process, %7.2f all processes\n", name,
                 counted.interfaceProcess, counted.allProcesses);
     std::fflush(stdout);
@@ -134,7 +104,8 @@ Times timeFloor(const Place& place, int repetitions) {
     return trial.repeat(repetitions);
 }
 
-void measureIdle(const fs::path& build, const fs::path& folder, const Place& place) {
+void measureIdle(Results& results, const fs::path& build, const fs::path& folder,
+                 const Place& place) {
     std::printf("\nidle wake-ups per second, over %lld s\n",
                 static_cast<long long>(idleWindow.count()));
     {
@@ -142,29 +113,29 @@ void measureIdle(const fs::path& build, const fs::path& folder, const Place& pla
             {miniBrowser(), "--ignore-tls-errors", "--geometry=1100x760", page},
             ownFolders(folder / "browser"), folder / "browser.log");
         std::this_thread::sleep_for(2 * settling);
-        printIdle("MiniBrowser", wakeUps(browser.identifier(), idleWindow));
+        addIdle(results, "MiniBrowser", wakeUps(browser.identifier(), idleWindow));
         endWithTree(browser);
     }
-    const Kelo kelo(build, folder);
+    const RunningKelo kelo(build, folder);
     std::this_thread::sleep_for(settling);
-    printIdle("Kelo, hotkey armed", wakeUps(kelo.identifier(), idleWindow));
+    addIdle(results, "Kelo, hotkey armed", wakeUps(kelo.identifier(), idleWindow));
     Trial trial(panelWidth, panelHeight, place.pixel());
     trial.firstShow();
     trial.putAway();
     std::this_thread::sleep_for(settling);
-    printIdle("Kelo, panel shown once and hidden", wakeUps(kelo.identifier(), idleWindow));
+    addIdle(results, "Kelo, panel shown once and hidden", wakeUps(kelo.identifier(), idleWindow));
 }
 
 void run(const fs::path& build, int repetitions) {
     const screen::XConnection connection;
-    awaitWindowManager(screen::Windows(connection));
+    awaitWindowManager();
     const test::TemporaryFolder folder;
     const rig::DemoService service(build, build / "demo-authority", folder.path() / "service.log");
     const Place place = panelPlace(connection);
 
     std::vector<double> first;
     for (int start = 0; start < firstShows; ++start) {
-        const Kelo kelo(build, folder.path());
+        const RunningKelo kelo(build, folder.path());
         screen::OtherProgram other({0, 0, connection.width(), connection.height()});
         Trial trial(panelWidth, panelHeight, place.pixel());
         first.push_back(trial.firstShow());
@@ -173,7 +144,7 @@ void run(const fs::path& build, int repetitions) {
     }
     Times ofKelo;
     {
-        const Kelo kelo(build, folder.path());
+        const RunningKelo kelo(build, folder.path());
         // What the user is at: it covers the screen, in one color.
         screen::OtherProgram other({0, 0, connection.width(), connection.height()});
         other.fillScreen();
@@ -183,9 +154,14 @@ void run(const fs::path& build, int repetitions) {
     }
     screen::OtherProgram other({0, 0, connection.width(), connection.height()});
     other.fillScreen();
-    printTimes(ofKelo, timeFloor(place, repetitions), first);
-    std::fflush(stdout);
-    measureIdle(build, folder.path(), place);
+    Results results("popup", "Kelo");
+    addTimes(results, "Kelo", ofKelo);
+    addTimes(results, "floor: a bare window", timeFloor(place, repetitions));
+    addLauncher(results, folder.path(), repetitions);
+    results.add("first tap of a process: release to mapped", "ms", "Kelo", first);
+    judge(results, ofKelo, first);
+    measureIdle(results, build, folder.path(), place);
+    results.publish(resultFolder(build));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "popup/PaintWatch.h"
+#include "common/PaintWatch.h"
 #include "testing/screen/Keyboard.h"
 #include "testing/screen/WindowEvents.h"
 #include "testing/screen/Windows.h"

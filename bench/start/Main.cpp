@@ -1,20 +1,22 @@
 // bench-start: how long Kelo takes to show its window and its page, what it weighs then, and how
-// often it wakes the processor when nothing happens, beside the browser that the web engine brings
-// along, on the same page. The rounds are interleaved, so that what else the machine does meanwhile
-// falls on all alike.
+// often it wakes the processor when nothing happens, beside the browsers that are installed and the
+// least that toolkit and engine allow, on the same page. The rounds are interleaved, so that what
+// else the machine does meanwhile falls on all alike. With --phases: where the time of a start
+// goes.
 
 #include "common/Programs.h"
+#include "common/Results.h"
+#include "start/Candidates.h"
 #include "start/Measurement.h"
-#include "start/Statistics.h"
+#include "start/Phases.h"
 #include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
-#include "testing/rig/Screen.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <string>
-#include <thread>
+#include <string_view>
 
 namespace kelo::bench {
 
@@ -22,76 +24,88 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* page = "https://localhost:8443";
+class Comparison {
+public:
+    Comparison(const fs::path& build, const fs::path& folder)
+        : folder(folder),
+          authority(build / "demo-authority"),
+          service(build, authority, folder / "service.log"),
+          all(candidates(build, authority, folder, results)) {}
 
-std::vector<Candidate> candidates(const fs::path& build, const fs::path& folder) {
-    const std::vector<std::string> browser{miniBrowser(), "--ignore-tls-errors",
-                                           "--geometry=1100x760", page};
-    Candidate kelo{"Kelo", {build / "kelo"}, ownFolders(folder / "kelo"), {}};
-    Candidate software{"MiniBrowser, cairo", browser, ownFolders(folder / "cairo"), {}};
-    software.environment["GSK_RENDERER"] = "cairo";
-    Candidate hardware{"MiniBrowser, OpenGL", browser, ownFolders(folder / "opengl"), {}};
-    hardware.environment["GSK_RENDERER"] = "opengl";
-    return {kelo, software, hardware};
-}
+    /// Finds where each colours its page. Whoever does not show it is left out.
+    void prepare() {
+        leaveOutWhoFails([&](Candidate& each) {
+            each.paintedFirst = findPaintedPixel(watch, each.name, each.launch(kept(each)), log());
+            each.paintedLater = findPaintedPixel(watch, each.name, each.launch(kept(each)), log());
+        });
+    }
 
-void print(const std::vector<Candidate>& all, const std::vector<std::vector<Sample>>& samples) {
-    std::printf("\n%-34s", "median (lowest to highest)");
-    for (const auto& candidate : all)
-        std::printf("%-30s", candidate.name.c_str());
-    std::printf("Kelo to the better\n");
-    for (std::size_t quantity = 0; quantity < quantityCount; ++quantity) {
-        const auto& label = quantityLabels[quantity];
-        std::printf("%-34s", label.name);
-        std::vector<double> medians;
-        for (const auto& ofCandidate : samples) {
-            std::vector<double> values;
-            for (const auto& sample : ofCandidate)
-                values.push_back(sample[quantity]);
-            const Summary summary = summarize(values);
-            medians.push_back(summary.median);
-            char cell[64];
-            std::snprintf(cell, sizeof cell, "%.1f %s (%.1f to %.1f)", summary.median, label.unit,
-                          summary.lowest, summary.highest);
-            std::printf("%-30s", cell);
+    void perform(int round) {
+        // Every round begins with another candidate.
+        std::rotate(all.begin(), all.begin() + (round > 0 ? 1 : 0), all.end());
+        std::printf("round %d, from %s\n", round + 1, all.front().name.c_str());
+        std::fflush(stdout);
+        leaveOutWhoFails([&](const Candidate& each) { measureBoth(each, round); });
+    }
+
+    void publish(const fs::path& target) const { results.publish(target); }
+
+private:
+    fs::path log() const { return folder / "program.log"; }
+    fs::path kept(const Candidate& each) const { return folder / "kept" / each.name; }
+
+    template <typename Work>
+    void leaveOutWhoFails(const Work& work) {
+        for (auto each = all.begin(); each != all.end();) {
+            try {
+                work(*each);
+                ++each;
+            } catch (const std::runtime_error& error) {
+                if (each->name == "Kelo")
+                    throw;
+                results.drop(each->name);
+                results.note("Left out: " + each->name + " failed. " + error.what());
+                each = all.erase(each);
+            }
         }
-        const double better = *std::min_element(medians.begin() + 1, medians.end());
-        std::printf("%.2f\n", better > 0 ? medians.front() / better : 0.0);
     }
-}
 
-/// Without the rig's view of the accessibility tree: it would have the programs keep one.
-void awaitWindowManager() {
-    const rig::Screen screen;
-    const auto deadline = WindowWatch::Clock::now() + std::chrono::seconds(30);
-    while (!screen.windows.hasManager()) {
-        if (WindowWatch::Clock::now() >= deadline)
-            throw std::runtime_error("No window manager has started.");
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    void measureBoth(const Candidate& each, int round) {
+        const auto fresh = folder / "fresh" / (each.name + std::to_string(round));
+        const auto first = measure(watch, each.name, each.launch(fresh), each.paintedFirst, log());
+        fs::remove_all(fresh);
+        IdleCost cost;
+        const auto later =
+            measure(watch, each.name, each.launch(kept(each)), each.paintedLater, log(), &cost);
+        std::printf("  %-28s mapped %7.1f ms, painted %7.1f ms; new profile %7.1f and %7.1f ms\n",
+                    each.name.c_str(), later.mapped, later.painted, first.mapped, first.painted);
+        std::fflush(stdout);
+        results.add("start to window mapped", "ms", each.name, later.mapped);
+        results.add("start to page painted", "ms", each.name, later.painted);
+        results.add("new profile: start to window mapped", "ms", each.name, first.mapped);
+        results.add("new profile: start to page painted", "ms", each.name, first.painted);
+        results.add("memory, all processes", "MiB", each.name, cost.treeMemory);
+        results.add("memory, interface process", "MiB", each.name, cost.interfaceMemory);
+        results.add("idle wake-ups, all processes", "/s", each.name, cost.treeWakeUps);
+        results.add("idle wake-ups, interface process", "/s", each.name, cost.interfaceWakeUps);
     }
-}
 
-void run(const fs::path& build, int rounds) {
+    Results results{"start", "Kelo"};
+    const fs::path folder;
+    const fs::path authority;
+    const rig::DemoService service;
+    const WindowWatch watch;
+    std::vector<Candidate> all;
+};
+
+void compare(const fs::path& build, int rounds) {
     awaitWindowManager();
     const test::TemporaryFolder folder;
-    const rig::DemoService service(build, build / "demo-authority", folder.path() / "service.log");
-    const WindowWatch watch;
-    auto all = candidates(build, folder.path());
-    for (auto& candidate : all)
-        candidate.painted = findPaintedPixel(watch, candidate, folder.path() / "program.log");
-
-    std::vector<std::vector<Sample>> samples(all.size());
-    for (int round = 0; round < rounds; ++round) {
-        for (std::size_t index = 0; index < all.size(); ++index) {
-            // Every round begins with another candidate.
-            const std::size_t turn = (index + static_cast<std::size_t>(round)) % all.size();
-            samples[turn].push_back(measure(watch, all[turn], folder.path() / "program.log"));
-            std::printf("round %d, %-20s mapped %7.1f ms, painted %7.1f ms\n", round + 1,
-                        all[turn].name.c_str(), samples[turn].back()[0], samples[turn].back()[1]);
-            std::fflush(stdout);
-        }
-    }
-    print(all, samples);
+    Comparison comparison(build, folder.path());
+    comparison.prepare();
+    for (int round = 0; round < rounds; ++round)
+        comparison.perform(round);
+    comparison.publish(resultFolder(build));
 }
 
 } // namespace
@@ -100,12 +114,17 @@ void run(const fs::path& build, int rounds) {
 
 int main(int count, char** arguments) {
     try {
-        const int rounds = count == 3 ? std::stoi(arguments[2]) : 0;
-        if (rounds < 1) {
-            std::cerr << "Usage: bench-start BUILD-FOLDER ROUNDS\n";
+        const int rounds = count >= 3 ? std::stoi(arguments[2]) : 0;
+        const bool phases = count == 4 && std::string_view(arguments[3]) == "--phases";
+        if (rounds < 1 || (count == 4 && !phases) || count > 4) {
+            std::cerr << "Usage: bench-start BUILD-FOLDER ROUNDS [--phases]\n";
             return 2;
         }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]), rounds);
+        const auto build = std::filesystem::absolute(arguments[1]);
+        if (phases)
+            kelo::bench::measurePhases(build, rounds);
+        else
+            kelo::bench::compare(build, rounds);
     } catch (const std::exception& error) {
         std::cerr << "bench-start: " << error.what() << "\n";
         return 1;

@@ -1,7 +1,6 @@
 #include "start/Measurement.h"
 
 #include "common/Programs.h"
-#include "testing/rig/ChildProcess.h"
 #include "testing/rig/ProcessTree.h"
 
 #include <stdexcept>
@@ -25,10 +24,6 @@ double milliseconds(Clock::duration time) {
     return std::chrono::duration<double, std::milli>(time).count();
 }
 
-double mebibytes(std::uint64_t kibibytes) {
-    return static_cast<double>(kibibytes) / 1024;
-}
-
 double sum(const std::vector<pid_t>& tree, std::uint64_t (*value)(pid_t)) {
     std::uint64_t total = 0;
     for (const pid_t member : tree)
@@ -36,52 +31,62 @@ double sum(const std::vector<pid_t>& tree, std::uint64_t (*value)(pid_t)) {
     return static_cast<double>(total);
 }
 
-double& at(Sample& sample, Quantity quantity) {
-    return sample[static_cast<std::size_t>(quantity)];
+[[noreturn]] void fail(const std::string& name, const rig::ChildProcess& process) {
+    throw std::runtime_error(name + " did not show the page: " + process.printed());
+}
+
+IdleCost measureIdle(pid_t process) {
+    constexpr double kibibytes = 1024;
+    std::this_thread::sleep_for(settling);
+    const auto tree = rig::processTree(process);
+    IdleCost cost;
+    cost.interfaceMemory = static_cast<double>(rig::proportionalSetSize(process)) / kibibytes;
+    cost.treeMemory = sum(tree, rig::proportionalSetSize) / kibibytes;
+    const double interfaceBefore = static_cast<double>(rig::voluntarySwitches(process));
+    const double treeBefore = sum(tree, rig::voluntarySwitches);
+    std::this_thread::sleep_for(idleWindow);
+    const double seconds = std::chrono::duration<double>(idleWindow).count();
+    cost.interfaceWakeUps =
+        (static_cast<double>(rig::voluntarySwitches(process)) - interfaceBefore) / seconds;
+    cost.treeWakeUps = (sum(tree, rig::voluntarySwitches) - treeBefore) / seconds;
+    return cost;
 }
 
 } // namespace
 
-Pixel findPaintedPixel(const WindowWatch& watch, const Candidate& candidate,
+Pixel findPaintedPixel(const WindowWatch& watch, const std::string& name, const Launch& launch,
                        const std::filesystem::path& log) {
-    rig::ChildProcess process(candidate.command, candidate.environment, log);
+    rig::ChildProcess process(launch.command, launch.environment, log);
     const auto pixel = watch.awaitArea(pageColor, leastPixels, Clock::now() + patience);
-    if (!pixel)
-        throw std::runtime_error(candidate.name + " did not show the page: " + process.printed());
+    if (!pixel) {
+        endWithTree(process);
+        fail(name, process);
+    }
     std::this_thread::sleep_for(settling);
     const auto settled = watch.awaitArea(pageColor, leastPixels, Clock::now() + patience);
     endWithTree(process);
     return settled.value_or(*pixel);
 }
 
-Sample measure(const WindowWatch& watch, const Candidate& candidate,
-               const std::filesystem::path& log) {
-    Sample sample{};
+StartTimes awaitStart(const WindowWatch& watch, const std::string& name, Pixel painted,
+                      Clock::time_point start, const rig::ChildProcess& process) {
+    const auto mapped = watch.awaitMapped(start + patience);
+    const auto shown = watch.awaitColor(painted, pageColor, start + patience);
+    if (!mapped || !shown)
+        fail(name, process);
+    return {milliseconds(*mapped - start), milliseconds(*shown - start)};
+}
+
+StartTimes measure(const WindowWatch& watch, const std::string& name, const Launch& launch,
+                   Pixel painted, const std::filesystem::path& log, IdleCost* cost) {
     watch.reset();
     const auto start = Clock::now();
-    rig::ChildProcess process(candidate.command, candidate.environment, log);
-    const auto mapped = watch.awaitMapped(start + patience);
-    const auto painted = watch.awaitColor(candidate.painted, pageColor, start + patience);
-    if (!mapped || !painted)
-        throw std::runtime_error(candidate.name + " did not show the page: " + process.printed());
-    at(sample, Quantity::mapped) = milliseconds(*mapped - start);
-    at(sample, Quantity::painted) = milliseconds(*painted - start);
-
-    std::this_thread::sleep_for(settling);
-    const auto tree = rig::processTree(process.identifier());
-    const auto pid = process.identifier();
-    at(sample, Quantity::interfaceMemory) = mebibytes(rig::proportionalSetSize(pid));
-    at(sample, Quantity::treeMemory) = sum(tree, rig::proportionalSetSize) / 1024;
-
-    const double interfaceBefore = static_cast<double>(rig::voluntarySwitches(pid));
-    const double treeBefore = sum(tree, rig::voluntarySwitches);
-    std::this_thread::sleep_for(idleWindow);
-    const double seconds = std::chrono::duration<double>(idleWindow).count();
-    at(sample, Quantity::interfaceWakeUps) =
-        (static_cast<double>(rig::voluntarySwitches(pid)) - interfaceBefore) / seconds;
-    at(sample, Quantity::treeWakeUps) = (sum(tree, rig::voluntarySwitches) - treeBefore) / seconds;
+    rig::ChildProcess process(launch.command, launch.environment, log);
+    const auto times = awaitStart(watch, name, painted, start, process);
+    if (cost)
+        *cost = measureIdle(process.identifier());
     endWithTree(process);
-    return sample;
+    return times;
 }
 
 } // namespace kelo::bench

@@ -1,51 +1,39 @@
 #pragma once
 
-#include "start/WindowWatch.h"
+#include "start/Candidate.h"
+#include "testing/rig/ChildProcess.h"
 
-#include <array>
-#include <chrono>
 #include <filesystem>
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace kelo::bench {
 
-/// A program to measure, and how it is started.
-struct Candidate {
-    std::string name;
-    std::vector<std::string> command;
-    std::map<std::string, std::string> environment;
-    /// A pixel that only the page colours, found by a start that is not measured.
-    Pixel painted;
+/// Milliseconds from the start.
+struct StartTimes {
+    double mapped = 0;
+    double painted = 0;
 };
 
-/// The results of one start. Smaller is better for all of them.
-enum class Quantity { mapped, painted, interfaceMemory, treeMemory, interfaceWakeUps, treeWakeUps };
-inline constexpr std::size_t quantityCount = 6;
-using Sample = std::array<double, quantityCount>;
-
-struct QuantityLabel {
-    const char* name;
-    const char* unit;
+/// What a program costs that shows a page and is left alone. Memory is the proportional set size in
+/// MiB, wake-ups are voluntary context switches per second.
+struct IdleCost {
+    double interfaceMemory = 0;
+    double treeMemory = 0;
+    double interfaceWakeUps = 0;
+    double treeWakeUps = 0;
 };
-inline constexpr std::array<QuantityLabel, quantityCount> quantityLabels{{
-    {"start to window mapped", "ms"},
-    {"start to page painted", "ms"},
-    {"memory, interface process", "MiB"},
-    {"memory, all processes", "MiB"},
-    {"idle wake-ups, interface process", "/s"},
-    {"idle wake-ups, all processes", "/s"},
-}};
 
-/// Starts the candidate and finds a pixel that the page colours. Throws std::runtime_error when the
-/// page does not come.
-Pixel findPaintedPixel(const WindowWatch& watch, const Candidate& candidate,
+// All throw std::runtime_error when the page does not come.
+
+/// Starts the candidate and finds a pixel that the page colours.
+Pixel findPaintedPixel(const WindowWatch& watch, const std::string& name, const Launch& launch,
                        const std::filesystem::path& log);
 
-/// One start, from nothing to idle, and its end.
-Sample measure(const WindowWatch& watch, const Candidate& candidate,
-               const std::filesystem::path& log);
+/// A start, and its end. What it costs is measured too, over some seconds, if it is wanted.
+StartTimes measure(const WindowWatch& watch, const std::string& name, const Launch& launch,
+                   Pixel painted, const std::filesystem::path& log, IdleCost* cost = nullptr);
+
+/// The times of a program that has been started.
+StartTimes awaitStart(const WindowWatch& watch, const std::string& name, Pixel painted,
+                      WindowWatch::Clock::time_point start, const rig::ChildProcess& process);
 
 } // namespace kelo::bench

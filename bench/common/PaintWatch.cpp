@@ -1,4 +1,4 @@
-#include "popup/PaintWatch.h"
+#include "common/PaintWatch.h"
 
 #include "testing/screen/Picture.h"
 

@@ -1,4 +1,4 @@
-#include "start/WindowWatch.h"
+#include "common/WindowWatch.h"
 
 #include "testing/screen/Picture.h"
 #include "testing/screen/Windows.h"
