@@ -1,0 +1,168 @@
+// bench-windows: how long what a user does with the main window takes to be on the screen, and how
+// long the longest frame of it kept the interface's thread.
+
+#include "common/Frames.h"
+#include "common/KeloWindow.h"
+#include "common/PaintWatch.h"
+#include "common/Programs.h"
+#include "common/Results.h"
+#include "common/RunningKelo.h"
+#include "testing/TemporaryFolder.h"
+#include "testing/rig/DemoService.h"
+#include "testing/screen/Keyboard.h"
+#include "windows/Portal.h"
+
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace kelo::bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Clock = WindowWatch::Clock;
+
+constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::milliseconds lookEvery{2};
+constexpr std::chrono::milliseconds quiet{250};
+constexpr std::chrono::seconds longestUnrest{4};
+
+constexpr std::uint32_t darkAccentColor = 0x7fc2ac;
+
+double milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+class Windows {
+public:
+    Windows(const fs::path& build, const fs::path& folder, Results& results)
+        : results(results),
+          moments(folder / "moments"),
+          kelo(build, folder, {}, moments.variables()),
+          window(kelo.identifier()) {}
+
+    /// The first of each is not counted: what a process does once is in no later one.
+    void perform(int repetitions) {
+        for (int repetition = -1; repetition < repetitions; ++repetition) {
+            counts = repetition >= 0;
+            reopen();
+            reload();
+            changeScheme(true);
+            changeScheme(false);
+        }
+    }
+
+private:
+    Clock::time_point begin() {
+        settle();
+        return Clock::now();
+    }
+
+    void settle() {
+        paint.awaitQuiet(quiet, Clock::now() + longestUnrest);
+        paint.forget();
+        window.forget();
+    }
+
+    void add(const std::string& subject, Clock::duration time) {
+        if (counts)
+            results.add("from the wish to the screen", "ms", subject, milliseconds(time));
+    }
+
+    void addFrames(const std::string& subject, Clock::time_point begun) {
+        settle();
+        const auto frames = framesSince(moments.read(), begun);
+        if (!counts)
+            return;
+        results.add("longest frame", "ms", subject, milliseconds(frames.longest));
+        results.add("frames over 16 ms", "frames", subject, static_cast<double>(frames.janky));
+        results.add("all frames", "frames", subject, static_cast<double>(frames.count));
+    }
+
+    void reopen() {
+        window.close();
+        const auto begun = begin();
+        portal.activateKelo();
+        add("closed window mapped again", window.awaitMapped() - begun);
+        add("closed window painted again", window.awaitPainted() - begun);
+        addFrames("closed window shown again", begun);
+    }
+
+    void reload() {
+        const auto begun = begin();
+        keyboard.press(screen::keySymbol("F5"));
+        add("reload, page's first bytes", await("loadCommitted", begun) - begun);
+        add("reload, page loaded", await("loadFinished", begun) - begun);
+        addFrames("reload", begun);
+    }
+
+    Clock::time_point await(const char* moment, Clock::time_point begun) const {
+        while (Clock::now() < begun + patience) {
+            if (const auto time = firstMoment(moments.read(), moment, begun))
+                return *time;
+            std::this_thread::sleep_for(lookEvery);
+        }
+        throw std::runtime_error(std::string("There was no ") + moment + ".");
+    }
+
+    void changeScheme(bool dark) {
+        const std::string subject = dark ? "light to dark" : "dark to light";
+        const Pixel accented = window.accented();
+        const Pixel bar{accented.x, window.described().origin.y + 4};
+        const auto barColor = paint.color({bar.x, bar.y});
+        const auto begun = begin();
+        portal.prefer(dark);
+        const auto barPainted = paint.awaitChange({bar.x, bar.y}, barColor, begun + patience);
+        const auto pagePainted =
+            watch.awaitColor(accented, dark ? darkAccentColor : accentColor, begun + patience);
+        if (!barPainted || !pagePainted)
+            throw std::runtime_error("The colors did not change.");
+        add(subject + ", title bar", *barPainted - begun);
+        add(subject + ", page", *pagePainted - begun);
+        addFrames(subject, begun);
+    }
+
+    Results& results;
+    const MomentFile moments;
+    const RunningKelo kelo;
+    const KeloWindow window;
+    const Portal portal;
+    const WindowWatch watch;
+    const PaintWatch paint;
+    const screen::XConnection hands;
+    const screen::Keyboard keyboard{hands};
+    bool counts = false;
+};
+
+void run(const fs::path& build, int repetitions) {
+    awaitWindowManager();
+    const test::TemporaryFolder folder;
+    const rig::DemoService service(build, build / "demo-authority", folder.path() / "service.log");
+    Results results("windows");
+    Windows(build, folder.path(), results).perform(repetitions);
+    results.note("A frame is what the toolkit's frame clock spends on it in the interface process, "
+                 "from its beginning to the end of drawing; more than 16 ms is janky.");
+    results.publish(resultFolder(build));
+}
+
+} // namespace
+
+} // namespace kelo::bench
+
+int main(int count, char** arguments) {
+    try {
+        const int repetitions = count == 3 ? std::stoi(arguments[2]) : 0;
+        if (repetitions < 1) {
+            std::cerr << "Usage: bench-windows BUILD-FOLDER REPETITIONS\n";
+            return 2;
+        }
+        kelo::bench::run(std::filesystem::absolute(arguments[1]), repetitions);
+    } catch (const std::exception& error) {
+        std::cerr << "bench-windows: " << error.what() << "\n";
+        return 1;
+    }
+    return 0;
+}
