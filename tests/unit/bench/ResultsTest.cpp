@@ -83,7 +83,7 @@ TEST(BarChart, TextsOfOthersAreNoMarkup) {
 
 TEST(BarChart, LengthsAreInProportionWithinAGroup) {
     BarChart chart;
-    chart.add("first", {{"a", 10, 10, 10}, {"b", 5, 5, 5}});
+    chart.add("first", {{"a", 10, 10, 10}, {"b", 5, 1, 7}});
     chart.add("second", {{"c", 0.5, 0.5, 1}});
     const std::string picture = chart.svg();
     EXPECT_THAT(picture, HasSubstr("width=\"520.0\" height=\"14.0\""));
