@@ -30,6 +30,7 @@ void run(const std::filesystem::path& build) {
     take(archiveGrowth());
     take(hotkeyGrowth());
     take(monitorGrowth(folder.path()));
+    take(pressGrowth(build, folder.path() / "presses"));
     take(pageGrowth(build, folder.path()));
     const std::vector<std::string> notes{
         "size^e is fitted to all five sizes. What every run costs, whatever the size, makes e "

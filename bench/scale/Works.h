@@ -24,6 +24,10 @@ std::vector<GrowthSeries> archiveGrowth();
 /// Changes of modifier keys, up to 200 seconds with 200 of them each.
 std::vector<GrowthSeries> hotkeyGrowth();
 
+/// The same in the program as it runs, up to 800 changes a second: what it takes of the processor.
+std::vector<GrowthSeries> pressGrowth(const std::filesystem::path& build,
+                                      const std::filesystem::path& folder);
+
 /// Monitors, up to 16: finding the place for the panel. Needs the X server for itself.
 std::vector<GrowthSeries> monitorGrowth(const std::filesystem::path& folder);
 
