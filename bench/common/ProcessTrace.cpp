@@ -20,8 +20,6 @@ namespace kelo::bench {
 
 namespace {
 
-constexpr std::size_t pages = 16;
-
 perf_event_attr wanted() {
     perf_event_attr attributes{};
     attributes.size = sizeof attributes;
@@ -45,7 +43,7 @@ perf_event_attr wanted() {
 /// The records of one processor. The kernel writes at the head, we read at the tail.
 class ProcessTrace::Ring {
 public:
-    explicit Ring(int processor) {
+    Ring(int processor, std::size_t pages) {
         auto attributes = wanted();
         event = posix::FileDescriptor(static_cast<int>(
             ::syscall(SYS_perf_event_open, &attributes, 0, processor, -1, PERF_FLAG_FD_CLOEXEC)));
@@ -84,10 +82,10 @@ private:
     std::size_t size = 0;
 };
 
-ProcessTrace::ProcessTrace() {
+ProcessTrace::ProcessTrace(std::size_t pages) {
     const long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
     for (int processor = 0; processor < processors; ++processor)
-        rings.emplace_back(processor);
+        rings.emplace_back(processor, pages);
 }
 
 ProcessTrace::~ProcessTrace() = default;

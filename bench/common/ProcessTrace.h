@@ -12,8 +12,9 @@ namespace kelo::bench {
 /// programs run as they do without it.
 class ProcessTrace {
 public:
-    /// Begins. Throws std::runtime_error where the kernel allows it to root alone.
-    ProcessTrace();
+    /// Begins. pages: of memory for what happens between two calls of take(), on each processor; a
+    /// power of two. Throws std::runtime_error where the kernel allows it to root alone.
+    explicit ProcessTrace(std::size_t pages = 16);
     ~ProcessTrace();
     ProcessTrace(const ProcessTrace&) = delete;
     ProcessTrace& operator=(const ProcessTrace&) = delete;

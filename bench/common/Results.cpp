@@ -75,6 +75,10 @@ const Series* Results::find(const std::string& quantity, const std::string& subj
 }
 
 std::string Results::table() const {
+    std::size_t longest = 40;
+    for (const auto& each : all)
+        longest = std::max({longest, each.quantity.size() + each.unit.size(), each.subject.size()});
+    const int width = static_cast<int>(longest) + 4;
     std::string text;
     for (const auto& quantity : quantities()) {
         const Series* const compared = find(quantity, reference);
@@ -83,11 +87,12 @@ std::string Results::table() const {
             if (each.quantity != quantity)
                 continue;
             if (std::exchange(first, false))
-                text += formatted(
-                    "\n%-44s %9s %9s %9s %9s%s\n", (quantity + ", " + each.unit).c_str(), "median",
-                    "lowest", "highest", "p95", compared ? ("   times " + reference).c_str() : "");
+                text +=
+                    formatted("\n%-*s %9s %9s %9s %9s%s\n", width,
+                              (quantity + ", " + each.unit).c_str(), "median", "lowest", "highest",
+                              "p95", compared ? ("   times " + reference).c_str() : "");
             const auto values = distributionOf(each.values);
-            text += formatted("  %-42s %9.2f %9.2f %9.2f %9.2f", each.subject.c_str(),
+            text += formatted("  %-*s %9.2f %9.2f %9.2f %9.2f", width - 2, each.subject.c_str(),
                               values.median, values.lowest, values.highest, values.percentile95);
             const auto ratio = compared ? ratioOf(each.values, compared->values) : std::nullopt;
             if (ratio && &each != compared)

@@ -7,6 +7,7 @@
 #include "common/Results.h"
 #include "common/RunningKelo.h"
 #include "common/Wakings.h"
+#include "component/gtk/DesktopOnBus.h"
 #include "testing/TemporaryFolder.h"
 #include "testing/rig/DemoService.h"
 #include "testing/rig/ProcessTree.h"
@@ -17,7 +18,6 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace kelo::bench {
@@ -31,6 +31,16 @@ constexpr std::chrono::milliseconds tapLength{40};
 constexpr int panelWidth = 640;
 constexpr int panelHeight = 620;
 constexpr std::size_t threadsShown = 6;
+
+/// Waits, while the tray answers.
+void wait(std::chrono::milliseconds time) {
+    GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
+    g_timeout_add_once(
+        static_cast<guint>(time.count()),
+        [](gpointer waiting) { g_main_loop_quit(static_cast<GMainLoop*>(waiting)); }, loop);
+    g_main_loop_run(loop);
+    g_main_loop_unref(loop);
+}
 
 class Idle {
 public:
@@ -50,7 +60,7 @@ public:
         count("tray, window closed, hotkey armed", kelo);
         tap();
         panel.awaitShown();
-        std::this_thread::sleep_for(settling);
+        wait(settling);
         tap();
         panel.awaitHidden();
         count("the same, panel shown once and hidden", kelo);
@@ -62,15 +72,15 @@ private:
         const auto option = screen::keySymbol("Alt_L");
         keyboard.down(control);
         keyboard.down(option);
-        std::this_thread::sleep_for(tapLength);
+        wait(tapLength);
         keyboard.up(option);
         keyboard.up(control);
     }
 
     void count(const std::string& state, const RunningKelo& kelo) {
-        std::this_thread::sleep_for(settling);
+        wait(settling);
         const auto before = wakingsOf(rig::processTree(kelo.identifier()));
-        std::this_thread::sleep_for(window);
+        wait(window);
         const auto between = wakingsBetween(before, wakingsOf(rig::processTree(kelo.identifier())));
         const auto minutes = static_cast<double>(window.count());
         ThreadCounts all;
@@ -118,6 +128,7 @@ private:
     const fs::path folder;
     const std::chrono::minutes window;
     Results& results;
+    const tests::DesktopOnBus tray{true};
     const screen::XConnection hands;
     const screen::Keyboard keyboard{hands};
     PanelWatch panel{panelWidth, panelHeight};
@@ -133,7 +144,7 @@ void run(const fs::path& build, std::chrono::minutes window) {
                  "switches (/proc/PID/task/*/status) and time on a processor (schedstat).");
     results.note("A process that runs several times has several values on its line.");
     results.note(
-        "No program shows trays on this desktop. The hotkey is armed with the first "
+        "The tray takes the item and asks it for nothing. The hotkey is armed with the first "
         "window. Kelo watches its own program's folder: what is built there meanwhile wakes it.");
     results.publish(resultFolder(build));
 }
