@@ -23,21 +23,19 @@ set(KELO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= take
 
 option(KELO_HIDE_PATHS "Compile in no path of this build's folders, so that another folder gives the same program" OFF)
 if(KELO_HIDE_PATHS)
-  # The last that fits counts.
-  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}/=)
+  # Of those that fit, the last one counts. The compiler's cache writes the first relative to the build.
+  file(RELATIVE_PATH kelo_way_to_source ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  foreach(front IN ITEMS ${PROJECT_SOURCE_DIR} ${kelo_way_to_source} ${PROJECT_BINARY_DIR})
+    add_compile_options(-ffile-prefix-map=${front}/=)
+  endforeach()
 endif()
 
 find_program(CCACHE ccache)
 if(CCACHE)
   # Paths below the project's root count as relative to it, so that one clone finds what another has
-  # compiled; without the sloppiness ccache refuses files that use a precompiled header. Not where paths are
-  # hidden: a relative path would stay in the program.
-  set(kelo_ccache_base CCACHE_BASEDIR=${PROJECT_SOURCE_DIR})
-  if(KELO_HIDE_PATHS)
-    set(kelo_ccache_base)
-  endif()
+  # compiled; without the sloppiness ccache refuses files that use a precompiled header.
   set(CMAKE_CXX_COMPILER_LAUNCHER
-    env ${kelo_ccache_base} CCACHE_NOHASHDIR=1
+    env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
     CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
     ${CCACHE})
 endif()
