@@ -31,6 +31,18 @@ double sum(const std::vector<pid_t>& tree, std::uint64_t (*value)(pid_t)) {
     return static_cast<double>(total);
 }
 
+/// A program that is ended with everything it started, even if it has not done what was awaited.
+class Started {
+public:
+    Started(const Launch& launch, const std::filesystem::path& log)
+        : process(launch.command, launch.environment, log) {}
+    ~Started() { endWithTree(process); }
+    Started(const Started&) = delete;
+    Started& operator=(const Started&) = delete;
+
+    rig::ChildProcess process;
+};
+
 [[noreturn]] void fail(const std::string& name, const rig::ChildProcess& process) {
     throw std::runtime_error(name + " did not show the page: " + process.printed());
 }
@@ -56,15 +68,12 @@ IdleCost measureIdle(pid_t process) {
 
 Pixel findPaintedPixel(const WindowWatch& watch, const std::string& name, const Launch& launch,
                        const std::filesystem::path& log) {
-    rig::ChildProcess process(launch.command, launch.environment, log);
+    const Started program(launch, log);
     const auto pixel = watch.awaitArea(pageColor, leastPixels, Clock::now() + patience);
-    if (!pixel) {
-        endWithTree(process);
-        fail(name, process);
-    }
+    if (!pixel)
+        fail(name, program.process);
     std::this_thread::sleep_for(settling);
     const auto settled = watch.awaitArea(pageColor, leastPixels, Clock::now() + patience);
-    endWithTree(process);
     return settled.value_or(*pixel);
 }
 
@@ -81,11 +90,10 @@ StartTimes measure(const WindowWatch& watch, const std::string& name, const Laun
                    Pixel painted, const std::filesystem::path& log, IdleCost* cost) {
     watch.reset();
     const auto start = Clock::now();
-    rig::ChildProcess process(launch.command, launch.environment, log);
-    const auto times = awaitStart(watch, name, painted, start, process);
+    const Started program(launch, log);
+    const auto times = awaitStart(watch, name, painted, start, program.process);
     if (cost)
-        *cost = measureIdle(process.identifier());
-    endWithTree(process);
+        *cost = measureIdle(program.process.identifier());
     return times;
 }
 

@@ -10,10 +10,12 @@
 #include "testing/rig/DemoService.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -165,11 +167,47 @@ private:
     Clock::time_point begun;
 };
 
+struct Stretch {
+    const char* name;
+    const char* from;
+    const char* to;
+};
+constexpr std::array stretches{
+    Stretch{"load: execution to main()", "program executed", "main() entered (load)"},
+    Stretch{"connect: main() to the bus", "main() entered (load)", "on the bus (connect)"},
+    Stretch{"initialise: bus to toolkit", "on the bus (connect)", "toolkit started (initialise)"},
+    Stretch{"toolkit to web view", "toolkit started (initialise)", "web view made"},
+    Stretch{"web view to web process executing", "web view made", "web process executing"},
+    Stretch{"web process to first request", "web process executing", "first request at the server"},
+    Stretch{"the server's answer", "first request at the server", "first answer begun"},
+    Stretch{"answer to the page's first bytes here", "first answer begun",
+            "page's first bytes here"},
+    Stretch{"page's first bytes to painted", "page's first bytes here", "page painted"},
+    Stretch{"toolkit to window mapped", "toolkit started (initialise)", "window mapped"},
+    Stretch{"window mapped to first frame", "window mapped", "first frame drawn"},
+};
+
+std::optional<Clock::time_point> timeOf(const Phases& phases, std::string_view name) {
+    for (const auto& [phase, time] : phases)
+        if (phase == name)
+            return time;
+    return std::nullopt;
+}
+
+double milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
 void add(Results& results, const std::string& kind, Clock::time_point begun, const Phases& phases) {
     for (const auto& [phase, time] : phases)
         if (time)
-            results.add(kind, "ms since the start", phase,
-                        std::chrono::duration<double, std::milli>(*time - begun).count());
+            results.add(kind, "ms since the start", phase, milliseconds(*time - begun));
+    for (const auto& stretch : stretches) {
+        const auto from = timeOf(phases, stretch.from);
+        const auto to = timeOf(phases, stretch.to);
+        if (from && to)
+            results.add(kind + ", stretches", "ms", stretch.name, milliseconds(*to - *from));
+    }
 }
 
 } // namespace
