@@ -4,6 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <random>
+
 namespace kelo::publisher {
 
 namespace {
@@ -79,6 +82,27 @@ TEST(Package, ThatLacksAnythingIsRefusedByName) {
     tests::writeFile(path, "no archive");
     expectRefused(path, "cannot be read as a package");
     expectRefused(folder / "missing.deb", "cannot be read as a package");
+}
+
+TEST(Package, ThatIsCutOffBehindWhatItIsIsRefused) {
+    const TreeFolder folder;
+    std::mt19937 noise;
+    std::string picture(300'000, '\0');
+    std::ranges::generate(picture, [&] { return static_cast<char>(noise()); });
+    const auto filesBelow = [&](const std::string& top) {
+        return std::vector<tests::TarEntry>{
+            {.path = top + "/share/kelo/Info.plist", .content = information("1.1")},
+            {.path = top + "/bin/kelo", .content = programFor('\x3e')},
+            {.path = top + "/share/picture", .content = picture}};
+    };
+    tests::writeArchive(folder / "kelo.tar.zst", filesBelow("kelo-1.1"));
+    tests::writeMembers(folder / "kelo.deb", {{"data.tar.zst", filesBelow("./usr")}});
+    for (const auto& path : {folder / "kelo.tar.zst", folder / "kelo.deb"}) {
+        EXPECT_EQ(readPackage(path).version, "1.1");
+        const std::string whole = tests::readFile(path);
+        tests::writeFile(path, whole.substr(0, whole.size() / 2));
+        expectRefused(path, "cannot be read as a package");
+    }
 }
 
 TEST(Package, ForDebianIsReadLikeATree) {

@@ -278,6 +278,16 @@ TEST_F(UpdaterSchedule, UserIsAskedNothingByAProgramThatMakesRoomForTheNextOne) 
     EXPECT_FALSE(user.open);
 }
 
+TEST_F(UpdaterSchedule, UserIsAskedOnceAPackageWasHandedOver) {
+    store->state.checkCount = 1;
+    installer.supportedKind = updater::InstallKind::handToPackageManager;
+    check();
+    choose(UpdateChoice::install);
+    acknowledge();
+    EXPECT_EQ(installer.installations, 1);
+    EXPECT_TRUE(user.automatic) << "the program goes on";
+}
+
 TEST_F(UpdaterSchedule, NoIsNoAndIsNotAskedAgain) {
     publish(release("1.0"));
     store->state.checkCount = 1;
