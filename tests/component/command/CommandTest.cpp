@@ -1,5 +1,6 @@
 #include "bundle/ProgramPlace.h"
 #include "component/ScopedMainLoop.h"
+#include "component/bus/StartingBus.h"
 #include "component/installer/Trees.h"
 #include "component/session/StandInServices.h"
 #include "deployment/Deployment.h"
@@ -158,14 +159,24 @@ TEST_F(CommandBesideTheProgram, HandsOverActionsInTheirOrderAndThenThePage) {
                             "ActivateAction ('show-page', [<'" + page() + "'>], {})"));
 }
 
+TEST_F(CommandBesideTheProgram, HandsOverAPageAlone) {
+    EXPECT_EQ(run({page()}).status, 0);
+    EXPECT_THAT(running.asked,
+                ElementsAre("ActivateAction ('show-page', [<'" + page() + "'>], {})"));
+}
+
 TEST_F(CommandBesideTheProgram, PassesOnThatItMayComeToTheFront) {
     set("XDG_ACTIVATION_TOKEN", "token-1");
     set("DESKTOP_STARTUP_ID", "start-2");
     const std::string data = "{'activation-token': <'token-1'>, 'desktop-startup-id': <'start-2'>}";
     run({});
     run({"--widget"});
-    EXPECT_THAT(running.asked, ElementsAre("Activate (" + data + ",)",
-                                           "ActivateAction ('widget', [], " + data + ")"));
+    set("XDG_ACTIVATION_TOKEN", "");
+    set("DESKTOP_STARTUP_ID", "");
+    run({});
+    EXPECT_THAT(running.asked,
+                ElementsAre("Activate (" + data + ",)",
+                            "ActivateAction ('widget', [], " + data + ")", "Activate ({},)"));
 }
 
 TEST_F(CommandBesideTheProgram, AnswersForItselfWhatNeedsNoProgram) {
@@ -208,6 +219,18 @@ TEST_F(Command, BecomesTheProgramWithoutASessionBus) {
         SCOPED_TRACE(address);
         expectTheProgram({"--widget"});
     }
+}
+
+// Otherwise a command that the bus itself has started would wait for itself.
+TEST_F(Command, DoesNotHaveTheBusStartTheProgram) {
+    fs::create_directories(folder / "services");
+    const test::StartingBus starting(folder / "services",
+                                     {RunningProgram::name, "org.example.Other"});
+    set("DBUS_SESSION_BUS_ADDRESS", starting.address().c_str());
+    expectTheProgram({"--widget"});
+    expectTheProgram({});
+    ASSERT_TRUE(starting.start("org.example.Other"));
+    EXPECT_FALSE(starting.hasStarted(RunningProgram::name));
 }
 
 TEST_F(Command, SaysThatTheProgramCannotBeRun) {

@@ -157,6 +157,17 @@ TEST_F(TreeInstallerTest, AProgramThatDoesNotStartHereIsRefused) {
     }
 }
 
+TEST_F(TreeInstallerTest, ACommandWithoutAProgramThatStartsHereIsRefused) {
+    writeArchive(
+        archive,
+        {{.path = "kelo/bin/kelo", .permissions = 0755, .content = "#!/bin/sh\n"},
+         {.path = "kelo/libexec/kelo/kelo", .permissions = 0755, .content = "#!/bin/sh\nexit 1\n"},
+         {.path = "kelo/share/kelo/Info.plist", .content = information("1.1")}});
+    TreeInstaller installer(root);
+    EXPECT_THAT(failureOf([&] { stage(installer); }), HasSubstr("does not start on this computer"));
+    expectNothingHappened();
+}
+
 TEST_F(TreeInstallerTest, AFileThatTheUserPutThereMeanwhileIsNeverLost) {
     TreeInstaller installer(root);
     stage(installer);

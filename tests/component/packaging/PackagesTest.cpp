@@ -278,7 +278,8 @@ TEST(Tree, ComesIntoTheMenuAndIsStartedByItsNameUntilItIsRemoved) {
     const auto entry = data / "applications/app.kelo.Kelo.desktop";
     const auto valid = runCommand("desktop-file-validate " + quoted(entry));
     EXPECT_EQ(valid.output, "");
-    EXPECT_THAT(readFile(entry), HasSubstr("\nDBusActivatable=true\n"));
+    EXPECT_THAT(readFile(entry), AllOf(HasSubstr("\nDBusActivatable=true\n"),
+                                       HasSubstr("\nExec=\"" + (tree / "bin/kelo").string())));
     EXPECT_TRUE(fs::exists(data / "icons/hicolor/scalable/apps/app.kelo.Kelo.svg"));
     const auto removed = runCommand(environment + quoted(tree / "bin/kelo") + " --remove");
     EXPECT_EQ(removed.status, 0) << removed.output;
