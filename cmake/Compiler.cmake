@@ -25,6 +25,7 @@ option(KELO_HIDE_PATHS "Compile in no path of this build's folders, so that anot
 if(KELO_HIDE_PATHS)
   # Of those that fit, the last one counts. The compiler's cache writes the first relative to the build.
   file(RELATIVE_PATH kelo_way_to_source ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  string(REGEX REPLACE "/$" "" kelo_way_to_source "${kelo_way_to_source}")
   foreach(front IN ITEMS ${PROJECT_SOURCE_DIR} ${kelo_way_to_source} ${PROJECT_BINARY_DIR})
     add_compile_options(-ffile-prefix-map=${front}/=)
   endforeach()
