@@ -18,12 +18,21 @@ protected:
         program.run([&] {
             program.app.state->onLogin = true;
             draw();
+            awaitRest();
             body();
         });
     }
     void draw() {
         RunningProgram::settle();
         program.untilDrawn(main());
+    }
+    /// Until the panel stays where it is: the window manager may still move the window.
+    void awaitRest() {
+        RunningProgram::until("the panel has come to rest", [&] {
+            const auto before = program.boxOf(*panel());
+            program.untilDrawn(main());
+            return program.boxOf(*panel()) == before;
+        });
     }
     /// Draws the description of the test.
     void drawAs(std::function<void(platform::OverlayDescription&)> adjust) {
