@@ -1,6 +1,7 @@
 // bench-handover: how soon a command in a shell has its effect in the Kelo that already runs, and
 // how long commands take that need none, beside the least that any process takes to start and end.
 
+#include "common/BenchmarkMain.h"
 #include "common/KeloWindow.h"
 #include "common/PaintWatch.h"
 #include "common/PanelWatch.h"
@@ -11,7 +12,6 @@
 #include "testing/rig/DemoService.h"
 
 #include <cstdio>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 
@@ -131,16 +131,7 @@ void run(const fs::path& build, int repetitions) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        const int repetitions = count == 3 ? std::stoi(arguments[2]) : 0;
-        if (repetitions < 1) {
-            std::cerr << "Usage: bench-handover BUILD-FOLDER REPETITIONS\n";
-            return 2;
-        }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]), repetitions);
-    } catch (const std::exception& error) {
-        std::cerr << "bench-handover: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-handover", "REPETITIONS",
+        [](const kelo::bench::Order& order) { kelo::bench::run(order.build, order.times); });
 }

@@ -1,6 +1,7 @@
 // bench-idle: how often each process of Kelo wakes the processor while nobody does anything, in the
 // states in which the program spends its days.
 
+#include "common/BenchmarkMain.h"
 #include "common/KeloWindow.h"
 #include "common/PanelWatch.h"
 #include "common/Programs.h"
@@ -15,7 +16,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -154,16 +154,8 @@ void run(const fs::path& build, std::chrono::minutes window) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        const int minutes = count == 3 ? std::stoi(arguments[2]) : 0;
-        if (minutes < 1) {
-            std::cerr << "Usage: bench-idle BUILD-FOLDER MINUTES\n";
-            return 2;
-        }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]), std::chrono::minutes(minutes));
-    } catch (const std::exception& error) {
-        std::cerr << "bench-idle: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-idle", "MINUTES", [](const kelo::bench::Order& order) {
+            kelo::bench::run(order.build, std::chrono::minutes(order.times));
+        });
 }

@@ -1,6 +1,7 @@
 // bench-memory: what the memory of Kelo's interface process is for, mapping by mapping, beside the
 // barest program of the same toolkit and engine on the same page.
 
+#include "common/BenchmarkMain.h"
 #include "common/KeloWindow.h"
 #include "common/Mappings.h"
 #include "common/MomentFile.h"
@@ -12,7 +13,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -129,15 +129,7 @@ void run(const fs::path& build) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        if (count < 2) {
-            std::cerr << "Usage: bench-memory BUILD-FOLDER\n";
-            return 2;
-        }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]));
-    } catch (const std::exception& error) {
-        std::cerr << "bench-memory: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-memory", nullptr,
+        [](const kelo::bench::Order& order) { kelo::bench::run(order.build); });
 }

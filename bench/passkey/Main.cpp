@@ -2,6 +2,7 @@
 // a program, beside the bare arithmetic; and how long the window's thread is kept from its window
 // meanwhile. Says so where the computer has a token that another library could be timed with.
 
+#include "common/BenchmarkMain.h"
 #include "common/Distribution.h"
 #include "component/tpm/SimulatedChip.h"
 #include "passkey/Ceremonies.h"
@@ -13,7 +14,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -99,11 +99,7 @@ void run(int rounds) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        kelo::bench::run(count > 2 ? std::stoi(arguments[2]) : 50);
-    } catch (const std::exception& error) {
-        std::cerr << "bench-passkey: " << error.what() << "\n";
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-passkey", "REPETITIONS",
+        [](const kelo::bench::Order& order) { kelo::bench::run(order.times); });
 }

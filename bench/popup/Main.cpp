@@ -2,6 +2,7 @@
 // any kind can do at the same keys, and how often a Kelo that waits for the chord wakes the
 // processor, beside the browser that the web engine brings along.
 
+#include "common/BenchmarkMain.h"
 #include "common/Distribution.h"
 #include "common/Programs.h"
 #include "common/Results.h"
@@ -15,7 +16,6 @@
 #include "testing/screen/OtherProgram.h"
 
 #include <cstdio>
-#include <iostream>
 #include <string>
 #include <thread>
 
@@ -169,16 +169,7 @@ void run(const fs::path& build, int repetitions) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        const int repetitions = count == 3 ? std::stoi(arguments[2]) : 0;
-        if (repetitions < 1) {
-            std::cerr << "Usage: bench-popup BUILD-FOLDER REPETITIONS\n";
-            return 2;
-        }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]), repetitions);
-    } catch (const std::exception& error) {
-        std::cerr << "bench-popup: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-popup", "REPETITIONS",
+        [](const kelo::bench::Order& order) { kelo::bench::run(order.build, order.times); });
 }

@@ -1,6 +1,7 @@
 // bench-scale: how the cost of what can become large grows with it. Nothing may grow faster than
 // its size.
 
+#include "common/BenchmarkMain.h"
 #include "common/Programs.h"
 #include "common/Results.h"
 #include "scale/Works.h"
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
 #include <iterator>
 #include <string>
 
@@ -50,15 +50,7 @@ void run(const std::filesystem::path& build) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        if (count < 2) {
-            std::cerr << "Usage: bench-scale BUILD-FOLDER\n";
-            return 2;
-        }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]));
-    } catch (const std::exception& error) {
-        std::cerr << "bench-scale: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-scale", nullptr,
+        [](const kelo::bench::Order& order) { kelo::bench::run(order.build); });
 }

@@ -1,6 +1,7 @@
 // bench-windows: how long what a user does with the main window takes to be on the screen, and how
 // long the longest frame of it kept the interface's thread.
 
+#include "common/BenchmarkMain.h"
 #include "common/Frames.h"
 #include "common/KeloWindow.h"
 #include "common/PaintWatch.h"
@@ -12,7 +13,6 @@
 #include "testing/screen/Keyboard.h"
 #include "windows/Portal.h"
 
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -153,16 +153,7 @@ void run(const fs::path& build, int repetitions) {
 } // namespace kelo::bench
 
 int main(int count, char** arguments) {
-    try {
-        const int repetitions = count == 3 ? std::stoi(arguments[2]) : 0;
-        if (repetitions < 1) {
-            std::cerr << "Usage: bench-windows BUILD-FOLDER REPETITIONS\n";
-            return 2;
-        }
-        kelo::bench::run(std::filesystem::absolute(arguments[1]), repetitions);
-    } catch (const std::exception& error) {
-        std::cerr << "bench-windows: " << error.what() << "\n";
-        return 1;
-    }
-    return 0;
+    return kelo::bench::benchmarkMain(
+        count, arguments, "bench-windows", "REPETITIONS",
+        [](const kelo::bench::Order& order) { kelo::bench::run(order.build, order.times); });
 }
