@@ -53,4 +53,13 @@ TEST(Toolkit, IsAskedForItsVersionInOneFile) {
                              "G[DT]K_(MAJOR|MINOR|MICRO)_VERSION"));
 }
 
+// The file that runs is not the command that was started, so who looks for what lies beside it asks
+// there. The helper stands for itself, and has its files beside it.
+TEST(ProgramPlace, IsAskedOfTheKernelInOneFile) {
+    for (const auto& place : placesOf("/proc/self/exe"))
+        EXPECT_TRUE(place.starts_with("bundle/ProgramPlace.cpp:") ||
+                    place.starts_with("linux/authorization/helper/PamService.cpp:"))
+            << place;
+}
+
 } // namespace kelo::layers

@@ -1,5 +1,7 @@
 #include "linux/tray/IconFiles.h"
 
+#include "bundle/ProgramPlace.h"
+
 #include <glibmm/miscutils.h>
 
 #include <system_error>
@@ -32,9 +34,7 @@ IconFiles findIconFiles(const std::string& iconName, const files::path& programF
 IconFiles findIconFiles(const std::string& iconName) {
     std::vector<std::string> folders = Glib::get_system_data_dirs();
     folders.push_back(Glib::get_user_data_dir());
-    std::error_code ignored;
-    return findIconFiles(iconName, files::read_symlink("/proc/self/exe", ignored).parent_path(),
-                         folders);
+    return findIconFiles(iconName, bundle::programPath().parent_path(), folders);
 }
 
 } // namespace kelo::tray

@@ -39,9 +39,13 @@ TSS2_RC receive(TSS2_TCTI_CONTEXT* context, size_t* size, uint8_t* message, int3
     return realReceive(context, size, message, timeout);
 }
 
-/// Programs that this one starts have no use for the library, and in a sandbox it cannot be found.
+/// What the program that can reach a chip starts has no use for the library, and in a sandbox it
+/// cannot be found. The command in front of it hands it on.
 struct NotHandedOn {
-    NotHandedOn() { ::unsetenv("LD_PRELOAD"); }
+    NotHandedOn() {
+        if (original<void*>("Tss2_TctiLdr_Initialize"))
+            ::unsetenv("LD_PRELOAD");
+    }
 };
 const NotHandedOn notHandedOn;
 

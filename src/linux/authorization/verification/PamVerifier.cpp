@@ -3,6 +3,7 @@
 #include "authenticator/keys/Cryptography.h"
 #include "base/Translation.h"
 #include "base/async/Cancellation.h"
+#include "bundle/ProgramPlace.h"
 #include "linux/authorization/verification/HelperProcess.h"
 
 #include <gio/gio.h>
@@ -162,10 +163,9 @@ VerificationMeans verificationMeans(const std::filesystem::path& helper) {
 
 std::filesystem::path verificationHelperPath() {
     constexpr const char* name = "kelo-verify-user";
-    std::error_code failure;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
-    if (!failure) {
+    if (const auto program = bundle::programPath(); !program.empty()) {
         const auto folder = program.parent_path();
+        std::error_code failure;
         // The first is for a build tree, the second for an installation that was moved.
         for (const auto& path : {folder / name, folder.parent_path() / "libexec" / "kelo" / name}) {
             if (std::filesystem::is_regular_file(path, failure))
