@@ -44,9 +44,7 @@ TEST_F(PanelClicksTest, AClickBringsTheKeyboardBack) {
     const auto place = windows.describe(other.window()).origin;
     pointer.click({place.x + 20, place.y + 20});
     // Not every manager gives the keyboard on a click into a window that it is still placing.
-    other.takeKeyboard();
-    until("the other program has the keyboard",
-          [&] { return windows.focused() == other.window(); });
+    giveKeyboardTo(other);
     EXPECT_TRUE(panel->isVisible());
     typeInto(other, "outside");
     pointer.click({box().x + 100, box().y + 100});

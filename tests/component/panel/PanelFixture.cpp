@@ -68,18 +68,22 @@ void PanelFixture::hide() {
     until("the panel is gone", [this] { return !windows.describe(panelWindow()).isMapped; });
 }
 
-void PanelFixture::settle(screen::OtherProgram& program) {
-    const auto shown = [&] {
-        program.listen();
-        return program.isExposed();
-    };
-    until("the other program is shown", shown);
+void PanelFixture::giveKeyboardTo(screen::OtherProgram& program) {
     program.takeKeyboard();
     until("the other program has the keyboard, and the manager knows", [&] {
         const auto active = windows.active();
         return windows.focused() == program.window() &&
                (!hasManager() || (active && active->identifier == program.window()));
     });
+}
+
+void PanelFixture::settle(screen::OtherProgram& program) {
+    const auto shown = [&] {
+        program.listen();
+        return program.isExposed();
+    };
+    until("the other program is shown", shown);
+    giveKeyboardTo(program);
     program.goToPlace();
     // This manager gives the first window the whole screen.
     if (manager() == "dwm")

@@ -41,6 +41,9 @@ protected:
     void hide();
     /// Waits until the program is on the screen and has the keyboard.
     void settle(screen::OtherProgram& program);
+    /// Waits until it has it, and until the window manager knows: one that has yet to act on an
+    /// earlier click would take it away again.
+    void giveKeyboardTo(screen::OtherProgram& program);
     /// Types and waits until it has arrived at the program.
     void typeInto(screen::OtherProgram& program, const std::string& text);
     void typeIntoPanel(const std::string& text);
