@@ -5,8 +5,8 @@
 namespace kelo::locale {
 
 /// Makes the C library and all that is built on it speak the user's language: the toolkit's texts
-/// and their direction, the texts of errors, the names of days and months. ProcessStart calls
-/// it, because it must run before the first thread.
+/// and their direction, the texts of errors, the names of days and months. Call it before the first
+/// thread.
 ///
 /// - Numbers keep their point (LC_NUMERIC is "C"), and the streams of C++ stay as they are: what
 ///   this program writes is read by other programs.

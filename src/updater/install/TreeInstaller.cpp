@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace kelo::updater {
@@ -111,8 +112,9 @@ void TreeInstaller::checkStaged(const std::string& version) const {
                            ", not " + version);
     // The command answers for itself, so the program behind it is asked as well.
     const auto program = bundle::programBehind(place);
+    std::error_code unseen;
     if (!printsHelp(place / "bin" / "kelo", probeDeadline) ||
-        (std::filesystem::exists(program) && !printsHelp(program, probeDeadline)))
+        (std::filesystem::exists(program, unseen) && !printsHelp(program, probeDeadline)))
         throw UpdateError(
             UpdateErrorKind::installing,
             translated("The new version does not start on this computer, so yours stays. It may "
