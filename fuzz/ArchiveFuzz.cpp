@@ -2,9 +2,9 @@
 #include "TarWriter.h"
 #include "posix/FileDescriptor.h"
 #include "updater/error/UpdateError.h"
+#include "updater/files/InstallFiles.h"
 #include "updater/install/ArchivePath.h"
 #include "updater/install/ArchiveReader.h"
-#include "updater/install/InstallFiles.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

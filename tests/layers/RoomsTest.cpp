@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
         Border{"TheUpdatersRoomsHideTheirWorkings",
                "linux/update",
                {"updater/UpdateCheck.h", "updater/notes/NotesBuilder.h",
-                "updater/install/InstallFiles.h", "updater/install/TreeInstaller.h"}},
+                "updater/files/InstallFiles.h", "updater/install/TreeInstaller.h"}},
         Border{"TheXmlOfTheFeedIsPrivate",
                "updater",
                {"updater/appcast/XmlDocument.h", "updater/appcast/AppcastReader.h"}},

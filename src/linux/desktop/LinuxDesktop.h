@@ -14,7 +14,7 @@
 #include "linux/window/OpenPages.h"
 #include "platform/Desktop.h"
 #include "posix/SystemClock.h"
-#include "updater/install/InstallRecovery.h"
+#include "updater/tree/InstallRecovery.h"
 
 #include <memory>
 #include <optional>

@@ -11,7 +11,7 @@
 #include "linux/integration/MadeFiles.h"
 #include "linux/integration/MenuFiles.h"
 #include "linux/login/StartAtLogin.h"
-#include "updater/install/InstalledCopy.h"
+#include "updater/tree/InstalledCopy.h"
 
 #include <gio/gio.h>
 

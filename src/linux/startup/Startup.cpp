@@ -7,7 +7,7 @@
 #include "linux/startup/RendererChoice.h"
 #include "linux/startup/UnsafeVariables.h"
 #include "posix/Moments.h"
-#include "updater/install/ProgramStart.h"
+#include "updater/tree/ProgramStart.h"
 
 #include <malloc.h>
 #include <unistd.h>

@@ -10,8 +10,8 @@
 #include "posix/SystemClock.h"
 #include "updater/Updater.h"
 #include "updater/appcast/Version.h"
-#include "updater/install/ProgramStart.h"
 #include "updater/install/SystemInstaller.h"
+#include "updater/tree/ProgramStart.h"
 
 #include <glib.h>
 #include <gnu/libc-version.h>

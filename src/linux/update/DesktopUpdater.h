@@ -4,7 +4,7 @@
 #include "platform/Bundle.h"
 #include "platform/StandardUpdaterController.h"
 #include "updater/driver/UserDriver.h"
-#include "updater/install/InstallRecovery.h"
+#include "updater/tree/InstallRecovery.h"
 
 #include <functional>
 #include <memory>

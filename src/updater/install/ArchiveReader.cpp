@@ -1,9 +1,9 @@
 #include "updater/install/ArchiveReader.h"
 
+#include "updater/files/InstallFailure.h"
+#include "updater/files/InstallFiles.h"
 #include "updater/install/ArchivePath.h"
 #include "updater/install/ArchiveSource.h"
-#include "updater/install/InstallFailure.h"
-#include "updater/install/InstallFiles.h"
 
 #include <archive.h>
 #include <archive_entry.h>

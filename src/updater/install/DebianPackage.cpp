@@ -1,8 +1,8 @@
 #include "updater/install/DebianPackage.h"
 
 #include "bundle/InformationFile.h"
+#include "updater/files/InstallFailure.h"
 #include "updater/install/ArchiveSource.h"
-#include "updater/install/InstallFailure.h"
 
 #include <archive_entry.h>
 

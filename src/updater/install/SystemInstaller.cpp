@@ -3,10 +3,10 @@
 #include "base/Translation.h"
 #include "updater/appcast/Version.h"
 #include "updater/archive/Download.h"
+#include "updater/files/InstallFailure.h"
 #include "updater/install/DebianPackage.h"
-#include "updater/install/InstallFailure.h"
-#include "updater/install/ProgramStart.h"
 #include "updater/install/TreeInstaller.h"
+#include "updater/tree/ProgramStart.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -2,7 +2,7 @@
 
 #include "base/async/Worker.h"
 #include "updater/archive/UpdateInstaller.h"
-#include "updater/install/InstalledCopy.h"
+#include "updater/tree/InstalledCopy.h"
 
 #include <functional>
 #include <memory>

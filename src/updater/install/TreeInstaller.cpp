@@ -3,12 +3,12 @@
 #include "base/Translation.h"
 #include "bundle/ProgramPlace.h"
 #include "updater/appcast/Version.h"
-#include "updater/install/InstallFailure.h"
-#include "updater/install/InstallFiles.h"
-#include "updater/install/InstallRecovery.h"
-#include "updater/install/InstalledCopy.h"
-#include "updater/install/ProgramStart.h"
-#include "updater/install/TreeState.h"
+#include "updater/files/InstallFailure.h"
+#include "updater/files/InstallFiles.h"
+#include "updater/tree/InstallRecovery.h"
+#include "updater/tree/InstalledCopy.h"
+#include "updater/tree/ProgramStart.h"
+#include "updater/tree/TreeState.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -2,7 +2,7 @@
 
 #include "posix/FileDescriptor.h"
 #include "updater/install/ArchiveReader.h"
-#include "updater/install/TreeExchange.h"
+#include "updater/tree/TreeExchange.h"
 
 #include <chrono>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "updater/install/StartWatch.h"
+#include "updater/tree/StartWatch.h"
 
 #include <string_view>
 #include <unistd.h>

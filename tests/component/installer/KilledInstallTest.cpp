@@ -1,7 +1,7 @@
 #include "component/installer/Trees.h"
-#include "updater/install/CutOffExchange.h"
-#include "updater/install/InstallRecovery.h"
 #include "updater/install/TreeInstaller.h"
+#include "updater/tree/CutOffExchange.h"
+#include "updater/tree/InstallRecovery.h"
 
 #include <gmock/gmock.h>
 

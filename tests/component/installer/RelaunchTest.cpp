@@ -1,5 +1,5 @@
 #include "component/installer/Trees.h"
-#include "updater/install/ProgramStart.h"
+#include "updater/tree/ProgramStart.h"
 
 #include <gmock/gmock.h>
 

@@ -2,7 +2,7 @@
 #include "component/installer/PrivateMount.h"
 #include "component/installer/Trees.h"
 #include "updater/error/UpdateError.h"
-#include "updater/install/InstallRecovery.h"
+#include "updater/tree/InstallRecovery.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "updater/install/WorkFolder.h"
+#include "updater/tree/WorkFolder.h"
 #include "component/installer/Trees.h"
-#include "updater/install/TreeState.h"
+#include "updater/tree/TreeState.h"
 
 #include <gmock/gmock.h>
 

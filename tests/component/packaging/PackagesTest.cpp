@@ -2,7 +2,7 @@
 
 #include "bundle/InformationFile.h"
 #include "testing/LocaleFolder.h"
-#include "updater/install/InstalledCopy.h"
+#include "updater/tree/InstalledCopy.h"
 
 #include <gmock/gmock.h>
 

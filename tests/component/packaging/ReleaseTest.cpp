@@ -7,9 +7,9 @@
 #include "updater/archive/SignedFeed.h"
 #include "updater/error/UpdateError.h"
 #include "updater/install/DebianPackage.h"
-#include "updater/install/InstallRecovery.h"
-#include "updater/install/InstalledCopy.h"
 #include "updater/install/TreeInstaller.h"
+#include "updater/tree/InstallRecovery.h"
+#include "updater/tree/InstalledCopy.h"
 
 #include <gmock/gmock.h>
 

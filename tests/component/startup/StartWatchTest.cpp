@@ -1,10 +1,10 @@
-#include "updater/install/StartWatch.h"
+#include "updater/tree/StartWatch.h"
 
 #include "component/installer/Trees.h"
 #include "layers/Command.h"
-#include "updater/install/InstallRecovery.h"
-#include "updater/install/ProgramStart.h"
 #include "updater/install/TreeInstaller.h"
+#include "updater/tree/InstallRecovery.h"
+#include "updater/tree/ProgramStart.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "updater/install/InstalledCopy.h"
+#include "updater/tree/InstalledCopy.h"
 #include "component/installer/Trees.h"
 
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 #include "linux/command/ProgramOptions.h"
 #include "linux/command/RunningProgram.h"
 #include "linux/locale/UserLocale.h"
-#include "updater/install/CutOffExchange.h"
+#include "updater/tree/CutOffExchange.h"
 
 #include <unistd.h>
 

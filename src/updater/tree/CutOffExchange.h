@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/install/TreeExchange.h"
+#include "updater/tree/TreeExchange.h"
 
 #include <filesystem>
 

@@ -1,7 +1,7 @@
-#include "updater/install/TreeExchange.h"
+#include "updater/tree/TreeExchange.h"
 
-#include "updater/install/InstallFailure.h"
-#include "updater/install/InstallFiles.h"
+#include "updater/files/InstallFailure.h"
+#include "updater/files/InstallFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

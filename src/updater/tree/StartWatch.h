@@ -1,7 +1,7 @@
 #pragma once
 
 #include "posix/FileDescriptor.h"
-#include "updater/install/TreeExchange.h"
+#include "updater/tree/TreeExchange.h"
 
 #include <chrono>
 #include <filesystem>

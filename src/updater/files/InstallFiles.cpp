@@ -1,4 +1,4 @@
-#include "updater/install/InstallFiles.h"
+#include "updater/files/InstallFiles.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "updater/install/InstallFailure.h"
+#include "updater/files/InstallFailure.h"
 
 #include "base/Translation.h"
 

@@ -1,6 +1,6 @@
-#include "updater/install/CutOffExchange.h"
+#include "updater/tree/CutOffExchange.h"
 
-#include "updater/install/WorkFolder.h"
+#include "updater/tree/WorkFolder.h"
 
 #include <exception>
 

@@ -1,7 +1,7 @@
-#include "updater/install/InstalledCopy.h"
+#include "updater/tree/InstalledCopy.h"
 
 #include "bundle/ProgramPlace.h"
-#include "updater/install/InstallFiles.h"
+#include "updater/files/InstallFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

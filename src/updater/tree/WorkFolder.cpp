@@ -1,6 +1,6 @@
-#include "updater/install/WorkFolder.h"
+#include "updater/tree/WorkFolder.h"
 
-#include "updater/install/InstallFiles.h"
+#include "updater/files/InstallFiles.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,10 +1,10 @@
-#include "updater/install/TreeState.h"
+#include "updater/tree/TreeState.h"
 
 #include "bundle/InformationFile.h"
 #include "bundle/ProgramPlace.h"
 #include "updater/appcast/Version.h"
-#include "updater/install/InstallFiles.h"
-#include "updater/install/WorkFolder.h"
+#include "updater/files/InstallFiles.h"
+#include "updater/tree/WorkFolder.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
-#include "updater/install/ProgramStart.h"
+#include "updater/tree/ProgramStart.h"
 
-#include "updater/install/StartWatch.h"
+#include "updater/tree/StartWatch.h"
 
 #include <fcntl.h>
 #include <poll.h>

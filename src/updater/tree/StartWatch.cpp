@@ -1,8 +1,8 @@
-#include "updater/install/StartWatch.h"
+#include "updater/tree/StartWatch.h"
 
-#include "updater/install/InstallFiles.h"
-#include "updater/install/TreeState.h"
-#include "updater/install/WorkFolder.h"
+#include "updater/files/InstallFiles.h"
+#include "updater/tree/TreeState.h"
+#include "updater/tree/WorkFolder.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "updater/install/InstallRecovery.h"
+#include "updater/tree/InstallRecovery.h"
 
 #include <filesystem>
 #include <optional>

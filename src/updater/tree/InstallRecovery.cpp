@@ -1,8 +1,8 @@
-#include "updater/install/InstallRecovery.h"
+#include "updater/tree/InstallRecovery.h"
 
-#include "updater/install/InstalledCopy.h"
-#include "updater/install/TreeState.h"
-#include "updater/install/WorkFolder.h"
+#include "updater/tree/InstalledCopy.h"
+#include "updater/tree/TreeState.h"
+#include "updater/tree/WorkFolder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
