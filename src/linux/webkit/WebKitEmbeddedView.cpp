@@ -5,6 +5,7 @@
 #include "linux/http/LoggedAddress.h"
 #include "linux/http/TransportErrors.h"
 #include "linux/webkit/CertificateProbe.h"
+#include "linux/webkit/KeptProcesses.h"
 #include "linux/webkit/NativeView.h"
 #include "linux/webkit/ScriptMessages.h"
 #include "linux/webkit/SwipeGestures.h"
@@ -37,6 +38,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
       downloads(session.get(), view.get(), shown),
       pageControls(view.get()),
       retries(view.get(), [this] { tryAgain(); }),
+      keptProcesses(std::make_unique<KeptProcesses>(session)),
       pageLoad(std::make_unique<PageLoad>([this] { loadTimedOut(); })),
       cookies(std::make_unique<WebKitCookieStore>(session.get())),
       policy(std::make_unique<NavigationPolicy>(shown, downloads, configuration.linksOpenInBrowser,
@@ -241,9 +243,11 @@ void WebKitEmbeddedView::loadChanged(WebKitLoadEvent event) {
     case WEBKIT_LOAD_FINISHED: {
         permissions->navigationEnded();
         const bool arrived = pageLoad->finished();
-        if (arrived)
+        if (arrived) {
             g_debug("page: %s has arrived",
                     http::loggedAddress(webkit_web_view_get_uri(view.get())).c_str());
+            keptProcesses->pageArrived(url());
+        }
         if (const auto listener = delegate.lock(); listener && arrived)
             listener->didFinishNavigation(*this);
         break;

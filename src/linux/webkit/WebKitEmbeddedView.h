@@ -20,6 +20,7 @@
 
 namespace kelo::webkit {
 
+class KeptProcesses;
 class NavigationPolicy;
 class PageLoad;
 class PagePermissions;
@@ -100,6 +101,7 @@ private:
     Downloads downloads;
     WebKitPageControls pageControls;
     Retries retries;
+    std::unique_ptr<KeptProcesses> keptProcesses;
     std::unique_ptr<PageLoad> pageLoad;
     std::unique_ptr<WebKitCookieStore> cookies;
     std::unique_ptr<NavigationPolicy> policy;

@@ -40,18 +40,26 @@ std::map<pid_t, Process> allProcesses() {
 
 } // namespace
 
-int killDescendants(const std::string& name) {
+std::set<pid_t> descendants(const std::string& name) {
     const auto processes = allProcesses();
-    int killed = 0;
+    std::set<pid_t> found;
     for (const auto& [number, process] : processes) {
         if (process.name != name)
             continue;
         pid_t ancestor = process.parent;
         while (ancestor > 1 && ancestor != getpid() && processes.contains(ancestor))
             ancestor = processes.at(ancestor).parent;
-        if (ancestor == getpid() && kill(number, SIGKILL) == 0)
-            ++killed;
+        if (ancestor == getpid())
+            found.insert(number);
     }
+    return found;
+}
+
+int killDescendants(const std::string& name) {
+    int killed = 0;
+    for (const pid_t number : descendants(name))
+        if (kill(number, SIGKILL) == 0)
+            ++killed;
     return killed;
 }
 

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <set>
 #include <string>
+#include <sys/types.h>
 
 namespace kelo::test {
 
-/// Kills all descendants of this process with that name (in the kernel: at most 15 characters).
-/// Returns how many there were.
+/// The descendants of this process with that name (in the kernel: at most 15 characters).
+std::set<pid_t> descendants(const std::string& name);
+
+/// Kills all of them. Returns how many there were.
 int killDescendants(const std::string& name);
 
 } // namespace kelo::test
