@@ -63,7 +63,7 @@ WebKitEmbeddedView::WebKitEmbeddedView(const WebKitSession& shared, platform::Re
     if (!configuration.linksOpenInBrowser)
         offerPopups(view.get(), {shown.service, openExternally, shared.settings().dialogs});
     prepareView(view.get(), shown.service);
-    checkSpelling(webkit_web_view_get_context(view.get()));
+    checkSpellingOfText(view.get());
 }
 
 WebKitEmbeddedView::~WebKitEmbeddedView() = default;
