@@ -1,5 +1,6 @@
 #include "linux/startup/RendererChoice.h"
 
+#include "linux/startup/EglDrivers.h"
 #include "linux/startup/OwnVariables.h"
 #include "linux/window/ToolkitVersion.h"
 
@@ -56,6 +57,7 @@ void chooseRenderer() {
     for (const auto& [name, value] :
          {std::pair{"GSK_RENDERER", "cairo"}, switchForOpenGl(), noSharedBuffers})
         setOwnVariable(name, value);
+    hideEglDrivers();
 }
 
 } // namespace kelo::startup
