@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -25,6 +26,15 @@ Candidate plain(std::string name, Command command, Environment more = {}) {
         return made;
     };
     return {std::move(name), launch};
+}
+
+// What a change has brought shows only in one run with what was before it.
+void addEarlierKelo(std::vector<Candidate>& all, Results& results) {
+    const char* const build = std::getenv("KELO_BENCH_EARLIER");
+    if (!build)
+        return;
+    all.push_back(plain("Kelo, earlier", {fs::path(build) / "kelo"}));
+    results.note("\"Kelo, earlier\" is the build in the folder that KELO_BENCH_EARLIER names.");
 }
 
 void addEngineBrowser(std::vector<Candidate>& all, Results& results) {
@@ -102,6 +112,7 @@ std::vector<Candidate> candidates(const fs::path& build, const fs::path& authori
         plain("floor: GTK 4 window", {build / "bench-floor-window"}, {{"GSK_RENDERER", "cairo"}}),
         plain("floor: WebKitGTK 6 view", {build / "bench-floor-view", measuredPage},
               {{"GSK_RENDERER", "cairo"}})};
+    addEarlierKelo(all, results);
     addEngineBrowser(all, results);
     addSurf(all, results);
     addEpiphany(all, systemTrusts, results);

@@ -14,6 +14,8 @@ using Clock = WindowWatch::Clock;
 
 constexpr std::chrono::seconds patience{60};
 constexpr std::chrono::seconds settling{4};
+/// GTK lets the caret of a text field rest ten seconds after the last key.
+constexpr std::chrono::seconds comingToRest{15};
 constexpr std::chrono::seconds idleWindow{10};
 
 /// The demo page's button: no toolkit of the candidates draws in this color.
@@ -49,7 +51,7 @@ public:
 
 IdleCost measureIdle(pid_t process) {
     constexpr double kibibytes = 1024;
-    std::this_thread::sleep_for(settling);
+    std::this_thread::sleep_for(comingToRest);
     const auto tree = rig::processTree(process);
     IdleCost cost;
     cost.interfaceMemory = static_cast<double>(rig::proportionalSetSize(process)) / kibibytes;
