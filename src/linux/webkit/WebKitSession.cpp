@@ -3,6 +3,7 @@
 #include "base/Invariant.h"
 #include "deployment/Deployment.h"
 #include "linux/webkit/CertificateProbe.h"
+#include "linux/webkit/SteadyCaret.h"
 #include "linux/webkit/content/UserLanguages.h"
 #include "linux/webkit/navigation/Downloads.h"
 #include "linux/webkit/navigation/SavedDownload.h"
@@ -44,7 +45,8 @@ WebKitSessionSettings WebKitSessionSettings::standard() {
             {}};
 }
 
-WebKitSession::WebKitSession(WebKitSessionSettings given) : settings_(std::move(given)) {
+WebKitSession::WebKitSession(WebKitSessionSettings given)
+    : settings_(std::move(given)), steadyCaret(std::make_shared<SteadyCaret>()) {
     makePrivateFolder(settings_.dataFolder);
     makePrivateFolder(settings_.cacheFolder);
     announceLanguages(webkit_web_context_get_default());

@@ -17,6 +17,7 @@
 namespace kelo::webkit {
 
 class CertificateProbe;
+class SteadyCaret;
 
 struct WebKitSessionSettings {
     std::string dataFolder;
@@ -59,6 +60,7 @@ private:
     gobject::GObjectPointer<WebKitNetworkSession> session;
     std::shared_ptr<CertificateProbe> probe;
     gobject::SignalConnection notificationChoice;
+    std::shared_ptr<SteadyCaret> steadyCaret;
 };
 
 } // namespace kelo::webkit
