@@ -8,7 +8,9 @@ protected:
     void SetUp() override {
         // Other tests may have had it switched on.
         webkit_web_context_set_spell_checking_enabled(context(), FALSE);
-        openInMainWindow({{"/", "<body><textarea id=field autofocus></textarea>"}});
+        openInMainWindow({{"/", "<body><textarea id=field></textarea>"}});
+        pointer.click(placeOf("#field"));
+        ASSERT_TRUE(waitForScript("document.activeElement.id", "field"));
     }
     void TearDown() override { webkit_web_context_set_spell_checking_enabled(context(), FALSE); }
 
