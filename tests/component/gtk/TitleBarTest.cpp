@@ -1,13 +1,16 @@
 #include "component/gtk/PageFixture.h"
+#include "linux/gobject/SignalHandler.h"
 
 #include <gmock/gmock.h>
 #include <gtkmm/progressbar.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace kelo::tests {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
@@ -25,6 +28,14 @@ protected:
     Gtk::ProgressBar* loadBar() {
         const auto bars = visibleIn<Gtk::ProgressBar>(shown());
         return bars.empty() ? nullptr : bars.front();
+    }
+    struct Frames {
+        int count = 0;
+        std::chrono::steady_clock::time_point last = std::chrono::steady_clock::now();
+    };
+    void untilLoadBar() {
+        RunningProgram::until("the bar of the load is shown",
+                              [this] { return loadBar() != nullptr; });
     }
 };
 
@@ -104,8 +115,8 @@ TEST_F(TitleBar, HasABarBelowItWhileAPageIsOnItsWay) {
         EXPECT_FALSE(loadBar());
         const auto before = program.boxOf(page().area);
         page().pageControls.setLoadProgress(0.25);
+        untilLoadBar();
         program.untilDrawn(main());
-        ASSERT_TRUE(loadBar());
         EXPECT_DOUBLE_EQ(loadBar()->get_fraction(), 0.25);
         const auto place = program.boxOf(*loadBar());
         EXPECT_EQ(place.y, before.y);
@@ -119,10 +130,51 @@ TEST_F(TitleBar, HasABarBelowItWhileAPageIsOnItsWay) {
     });
 }
 
+TEST_F(TitleBar, BarOfALoadIsWaitedForWithoutDrawingTheWindow) {
+    program.run([&] {
+        untilPageHasKeyboard();
+        Frames frames;
+        const auto counted = gobject::connectSignal(
+            gtk_widget_get_frame_clock(GTK_WIDGET(main().gobj())), "before-paint",
+            +[](GdkFrameClock*, Frames* frames) {
+                ++frames->count;
+                frames->last = std::chrono::steady_clock::now();
+            },
+            &frames);
+        // What the arrival of the window has begun ends first.
+        RunningProgram::until("the window is drawn no more", [&] {
+            return std::chrono::steady_clock::now() - frames.last > 200ms;
+        });
+        frames.count = 0;
+        const auto start = std::chrono::steady_clock::now();
+        page().pageControls.setLoadProgress(0.25);
+        // More of the page does not make the wait longer or shorter.
+        page().pageControls.setLoadProgress(0.5);
+        untilLoadBar();
+        EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
+        EXPECT_LE(frames.count, 3) << "300 ms are 18 frames";
+    });
+}
+
+TEST_F(TitleBar, BarOfALoadThatWasQuickIsNeverShown) {
+    program.run([&] {
+        page().pageControls.setLoadProgress(0.25);
+        page().pageControls.setLoadProgress(std::nullopt);
+        const auto start = std::chrono::steady_clock::now();
+        bool shown = false;
+        RunningProgram::until("longer has passed than a bar waits", [&] {
+            shown = shown || loadBar() != nullptr;
+            return std::chrono::steady_clock::now() - start > 400ms;
+        });
+        EXPECT_FALSE(shown);
+    });
+}
+
 TEST_F(TitleBar, BarOfALoadLiesBelowTheBarOfAForeignPageAndTakesNoClick) {
     program.run([&] {
         page().setForeignHost("accounts.example.com");
         page().pageControls.setLoadProgress(0.5);
+        untilLoadBar();
         program.untilDrawn(main());
         const auto notice = program.boxOf(*bar());
         const auto place = program.boxOf(*loadBar());

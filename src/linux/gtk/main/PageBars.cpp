@@ -11,6 +11,9 @@ namespace kelo::gtk {
 
 namespace {
 
+/// A load that takes no longer shows no bar.
+constexpr std::chrono::milliseconds quickLoad{300};
+
 /// Returns the bar's height, 0 if it is hidden.
 int allocateBar(Gtk::Widget& bar, int top, int width) {
     if (!bar.get_visible())
@@ -96,11 +99,17 @@ void PageBars::nameHost(const std::string& host) {
         announceNews(foreignBar, beginning + " " + name);
 }
 
+// The style could wait as well, but would have the window drawn 60 times a second meanwhile.
 void PageBars::drawLoad() {
     const auto progress = page ? page->controls().loadProgress() : std::nullopt;
-    if (progress)
-        loadBar.set_fraction(*progress);
-    loadBar.set_visible(progress.has_value());
+    if (!progress) {
+        loadBarAppears.cancel();
+        loadBar.set_visible(false);
+        return;
+    }
+    loadBar.set_fraction(*progress);
+    if (!loadBar.get_visible() && !loadBarAppears.isWaiting())
+        loadBarAppears.after(quickLoad, [this] { loadBar.set_visible(true); });
 }
 
 // A bar that goes leaves the keyboard to the page.

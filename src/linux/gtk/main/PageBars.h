@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/gobject/MainLoopSource.h"
 #include "linux/gtk/main/NoticeBar.h"
 #include "linux/window/InputWatch.h"
 
@@ -16,7 +17,8 @@ namespace kelo::gtk {
 
 /// The bars of a main window that say something about its page.
 ///
-/// While a page is on its way, a thin bar over the upper edge shows how much of it has arrived.
+/// While a page is on its way, and is not there quickly, a thin bar over the upper edge shows how
+/// much of it has arrived.
 /// While the page is not the service's, a bar above it names its host. While the page does not
 /// answer, a bar over its upper edge offers to load it again, or to wait; a user who waits is asked
 /// again when the page does not take a key or a click. The widget that shows the page is the bars'
@@ -51,6 +53,7 @@ private:
     std::optional<std::string> namedHost; ///< by the bar
     NoticeBar hangBar{GTK_ACCESSIBLE_ROLE_ALERT};
     Gtk::ProgressBar loadBar;
+    gobject::ScheduledJob loadBarAppears;
     bool userWaits = false;                  ///< for a page that does not answer
     std::optional<window::InputWatch> input; ///< of the page
 };
