@@ -8,6 +8,11 @@ constexpr const char* shownPage = "<title>page</title><body>the page<script>"
                                   "onhashchange = () => document.title = 'at ' + location.hash;"
                                   "</script>";
 
+constexpr const char* restlessPage =
+    "<title>restless</title><script>frames = 0; ticks = 0;"
+    "const frame = () => { ++frames; requestAnimationFrame(frame); };"
+    "frame(); setInterval(() => ++ticks, 10);</script>";
+
 } // namespace
 
 /// A page whose window is closed lives on, and goes where its scripts take it.
@@ -76,6 +81,61 @@ TEST_F(ClosedWindow, SwipesStayOffInAViewThatDoesNotAllowThem) {
     view->setAllowsBackForwardNavigationGestures(false);
     showInWindow();
     EXPECT_FALSE(gesturesAreOn());
+}
+
+/// A page that asks for every frame there is, and for a timer each 10 ms.
+class RestlessPage : public WindowFixture {
+protected:
+    void SetUp() override {
+        server = site({{"/", restlessPage}});
+        makeView(server->url());
+        showInWindow();
+        open(server->url("/"));
+    }
+
+    struct Seconds {
+        int frames;
+        int ticks;
+    };
+    /// What the page has had in two seconds of its own clock.
+    Seconds twoSeconds() {
+        const std::string over = "over " + std::to_string(++times);
+        evaluate("frames = ticks = 0;"
+                 "setTimeout(() => { document.title = '" +
+                 over + "' }, 2000); 1");
+        EXPECT_TRUE(waitForTitle(over));
+        return {std::stoi(evaluate("frames")), std::stoi(evaluate("ticks"))};
+    }
+    /// Waits until the page knows that nobody sees it.
+    bool waitUntilHidden() { return waitForScript("document.visibilityState", "hidden"); }
+
+    std::unique_ptr<MisbehavingServer> server;
+    int times = 0;
+};
+
+TEST_F(RestlessPage, MovesWhileItIsSeen) {
+    const Seconds seen = twoSeconds();
+    EXPECT_GT(seen.frames, 20);
+    EXPECT_GT(seen.ticks, 40);
+}
+
+TEST_F(RestlessPage, SleepsOnceItsWindowIsClosed) {
+    leaveWindow();
+    ASSERT_TRUE(waitUntilHidden());
+    const Seconds seen = twoSeconds();
+    EXPECT_EQ(seen.frames, 0);
+    EXPECT_LE(seen.ticks, 20) << "it has asked for 200";
+}
+
+TEST_F(RestlessPage, SleepsWhileItsWindowIsHiddenAndMovesInTheNextOne) {
+    gtk_widget_set_visible(window, FALSE);
+    ASSERT_TRUE(waitUntilHidden());
+    const Seconds hidden = twoSeconds();
+    EXPECT_EQ(hidden.frames, 0);
+    EXPECT_LE(hidden.ticks, 20) << "it has asked for 200";
+    gtk_widget_set_visible(window, TRUE);
+    ASSERT_TRUE(waitForScript("document.visibilityState", "visible"));
+    EXPECT_GT(twoSeconds().frames, 20);
 }
 
 } // namespace kelo::test
