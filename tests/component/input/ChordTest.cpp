@@ -2,6 +2,8 @@
 
 #include <X11/keysym.h>
 
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace kelo::tests {
@@ -118,6 +120,36 @@ TEST_F(Chord, ThatIsDownWhenTheWatchBeginsIsSeenToEnd) {
     until("the end is seen", [&] { return !seenLate.empty() && seenLate.back().flags == 0; });
     const Changes expected{{true, control}, {true, 0}};
     EXPECT_EQ(seenLate, expected);
+}
+
+class ChordInABusyProgram : public InputFixture {};
+
+TEST_F(ChordInABusyProgram, IsHeardBeforeAllElseThatIsReady) {
+    int others = 0;
+    // Older than the watch, so that of two equals it would come first.
+    const guint busy = g_idle_add_full(
+        G_PRIORITY_DEFAULT,
+        [](gpointer count) -> gboolean {
+            ++*static_cast<int*>(count);
+            return G_SOURCE_CONTINUE;
+        },
+        &others, nullptr);
+    std::optional<int> othersWhenHeard;
+    ASSERT_TRUE(monitors.addGlobalMonitor(platform::event_mask::flagsChanged,
+                                          [&](const platform::Event& event) {
+                                              if (event.modifierFlags == control)
+                                                  othersWhenHeard = others;
+                                          }));
+    keyboard.down(XK_Control_L);
+    int othersBefore = 0;
+    int othersSoFar = 0;
+    until("the key is heard", [&] {
+        othersBefore = std::exchange(othersSoFar, others);
+        return othersWhenHeard.has_value();
+    });
+    g_source_remove(busy);
+    keyboard.up(XK_Control_L);
+    EXPECT_EQ(othersWhenHeard, othersBefore) << "others had their turn before it";
 }
 
 } // namespace kelo::tests

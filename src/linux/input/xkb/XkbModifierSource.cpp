@@ -113,6 +113,9 @@ XkbWatch::XkbWatch(Connection display, int firstEvent, ModifierSource::Handler h
         g_source_add_unix_fd(source.get(), ConnectionNumber(connection.get()),
                              static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR));
     g_source_set_static_name(source.get(), "kelo keyboard modifiers");
+    // Ahead of all that the toolkit and the web engine have to do in the same turn of the loop:
+    // somebody has pressed the chord and waits.
+    g_source_set_priority(source.get(), G_PRIORITY_HIGH);
     g_source_attach(source.get(), nullptr);
 }
 
