@@ -21,6 +21,8 @@ public:
     PanelKeyboard(X11Connection connection, GtkWindow* window, bool mayHave,
                   std::function<void(bool)> setAside);
 
+    /// Whether a dialog of ours is open, for which the panel is set aside.
+    bool dialogNeedsPlace() const { return dialogs.anyShown(); }
     /// The panel has appeared on the screen, or is asked for again while it is there. Puts it in
     /// front with the keyboard, unless a dialog is open.
     void panelShown();

@@ -119,10 +119,21 @@ void X11Panel::makeKeyAndOrderFront() {
     g_debug("panel: shown");
     if (!window.surface())
         realize();
+    else if (!isVisible() && !keyboard->dialogNeedsPlace())
+        appear();
     move();
     gtk_widget_set_visible(window.widget(), TRUE);
     move();
     keyboard->panelShown();
+    XFlush(connection.xlib());
+}
+
+// The toolkit styles and measures the window before it asks the server to show it. From the second
+// show on, the window has its size and its properties, and the user need not wait for that.
+void X11Panel::appear() {
+    isAside = false;
+    move();
+    XMapRaised(connection.xlib(), xid());
     XFlush(connection.xlib());
 }
 

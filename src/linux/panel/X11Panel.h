@@ -36,6 +36,9 @@ public:
 private:
     void realize();
     void listen();
+    /// Puts the window in front of all others, before the toolkit does. It must have been shown
+    /// once, and be hidden.
+    void appear();
     /// Adapts shape and place to the scale, and to whether the display blends windows now.
     void reshape();
     void move() const;

@@ -97,6 +97,30 @@ TEST_F(PanelDialogsTest, ComesAfterADialogThatIsOpenAlready) {
     until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
 }
 
+TEST_F(PanelDialogsTest, IsNotSeenForAMomentWhileADialogIsOpen) {
+    show();
+    hide();
+    Dialog dialog;
+    until("the dialog is shown", [&] { return windows.describe(dialog.number()).isMapped; });
+    EXPECT_FALSE(showAndLookEarly());
+    dialog.close();
+    until("the panel is in front", [this] { return isPanelInFront(); });
+}
+
+TEST_F(PanelDialogsTest, IsInItsPlaceAtOnceAfterItWasHiddenAside) {
+    show();
+    const int left = corner().x;
+    {
+        Dialog dialog;
+        until("the panel is aside", [&] { return corner().x != left; });
+        hide();
+    }
+    digest();
+    const auto seen = showAndLookEarly();
+    ASSERT_TRUE(seen);
+    EXPECT_EQ(seen->x, left);
+}
+
 TEST_F(PanelDialogsTest, GetsTheKeyboardOnlyAfterTheLastOfSeveral) {
     if (hasManager())
         GTEST_SKIP() << "a window manager chooses who gets the keyboard of the upper dialog";

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace kelo::test {
 
@@ -61,6 +62,28 @@ void PanelFixture::show() {
     panel->makeFirstResponder(content);
     until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });
     until("the panel has the keyboard", [this] { return windows.focused() == panelWindow(); });
+}
+
+std::optional<screen::Point> PanelFixture::showAndLookEarly() {
+    struct Look {
+        const PanelFixture& fixture;
+        bool taken = false;
+        std::optional<screen::Point> seen = std::nullopt;
+    } look{*this};
+    GtkRoot* const root = gtk_widget_get_root(content->widget());
+    GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(root));
+    const auto take = +[](GdkToplevel*, GdkToplevelSize*, Look* look) {
+        if (std::exchange(look->taken, true))
+            return;
+        if (look->fixture.windows.describe(look->fixture.panelWindow()).isMapped)
+            look->seen = look->fixture.corner();
+    };
+    const gulong handler =
+        g_signal_connect(surface, "compute-size", reinterpret_cast<GCallback>(take), &look);
+    panel->makeKeyAndOrderFront();
+    g_signal_handler_disconnect(surface, handler);
+    EXPECT_TRUE(look.taken) << "the toolkit has not asked for the size";
+    return look.seen;
 }
 
 void PanelFixture::hide() {

@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kelo::test {
@@ -58,6 +59,11 @@ protected:
         friend bool operator==(const Box&, const Box&) = default;
     };
     Box box() const;
+    /// Where the server has the panel's window, its shadow included.
+    screen::Point corner() const { return windows.describe(panelWindow()).origin; }
+    /// Shows the hidden panel. Returns the window's corner at the moment when the toolkit asks how
+    /// large the window is to be, before it shows it itself; empty if it is not on the screen then.
+    std::optional<screen::Point> showAndLookEarly();
     unsigned colorAt(int x, int y) const { return screen::colorAt(connection, x, y); }
     /// Whether the panel's content is visible there.
     bool contentAt(int x, int y) const { return colorAt(x, y) == FakeContent::color; }

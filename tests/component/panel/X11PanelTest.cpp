@@ -12,6 +12,7 @@
 #include <array>
 #include <filesystem>
 #include <iterator>
+#include <optional>
 
 namespace kelo::test {
 
@@ -33,6 +34,39 @@ protected:
         };
         return place(panelWindow()) > place(other);
     }
+};
+
+/// What the server tells of the screen's windows, in its order.
+class ServerReports {
+public:
+    explicit ServerReports(const screen::XConnection& connection) : connection(connection) {
+        XSelectInput(connection.display(), connection.root(), SubstructureNotifyMask);
+        connection.sync();
+    }
+    ~ServerReports() { XSelectInput(connection.display(), connection.root(), NoEventMask); }
+    ServerReports(const ServerReports&) = delete;
+    ServerReports& operator=(const ServerReports&) = delete;
+
+    struct Placement {
+        screen::Point corner;
+        screen::WindowId below; ///< the window right below it
+    };
+    /// The last change of the window before it was mapped.
+    std::optional<Placement> untilMapped(screen::WindowId window) const {
+        std::optional<Placement> last;
+        while (XPending(connection.display()) > 0) {
+            XEvent event{};
+            XNextEvent(connection.display(), &event);
+            if (event.type == MapNotify && event.xmap.window == window)
+                return last;
+            if (event.type == ConfigureNotify && event.xconfigure.window == window)
+                last = {{event.xconfigure.x, event.xconfigure.y}, event.xconfigure.above};
+        }
+        return std::nullopt;
+    }
+
+private:
+    const screen::XConnection& connection;
 };
 
 TEST_F(X11PanelTest, IsTheWindowThatItsKeysAreAddressedTo) {
@@ -179,6 +213,30 @@ TEST_F(X11PanelTest, ShowingItAgainRaisesItAndChangesNothingElse) {
     hide();
     until("the other program has the keyboard again",
           [&] { return windows.focused() == other.window(); });
+}
+
+TEST_F(X11PanelTest, ShownAgainItIsOnTheScreenBeforeTheToolkitBeginsToShowIt) {
+    show();
+    hide();
+    EXPECT_TRUE(showAndLookEarly());
+    until("the panel is drawn", [this] { return contentAt(box().x + 20, box().y + 300); });
+    typeIntoPanel("soon");
+}
+
+TEST_F(X11PanelTest, ShownAgainItHasItsNewPlaceAndIsInFrontBeforeItCanBeSeen) {
+    show();
+    const screen::Point before = corner();
+    hide();
+    const Backdrop cover;
+    until("the screen is covered", [this] { return colorAt(5, 5) == Backdrop::color; });
+    panel->setFrameOrigin({300, 120});
+    const ServerReports reports(connection);
+    panel->makeKeyAndOrderFront();
+    digest();
+    const auto last = reports.untilMapped(panelWindow());
+    ASSERT_TRUE(last);
+    EXPECT_EQ(last->corner, (screen::Point{before.x - 20, before.y}));
+    EXPECT_EQ(last->below, cover.window());
 }
 
 TEST_F(X11PanelTest, GoesWithItsOwnerWhileShownAndLeavesTheKeyboardBehind) {
