@@ -1,5 +1,6 @@
 // bench-windows: how long what a user does with the main window takes to be on the screen, and how
-// long the longest frame of it kept the interface's thread.
+// long the longest frame of it kept the interface's thread: showing it again, loading its page
+// again, changing its colors, signing in.
 
 #include "common/BenchmarkMain.h"
 #include "common/Frames.h"
@@ -12,7 +13,9 @@
 #include "testing/rig/DemoService.h"
 #include "testing/screen/Keyboard.h"
 #include "windows/Portal.h"
+#include "windows/SignIn.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -30,10 +33,21 @@ constexpr std::chrono::milliseconds lookEvery{2};
 constexpr std::chrono::milliseconds quiet{250};
 constexpr std::chrono::seconds longestUnrest{4};
 
+constexpr const char* timesTitle = "from the wish to the screen";
+
+/// Each takes a start.
+constexpr int mostSignIns = 10;
+
 constexpr std::uint32_t darkAccentColor = 0x7fc2ac;
 
 double milliseconds(Clock::duration time) {
     return std::chrono::duration<double, std::milli>(time).count();
+}
+
+void addFrames(Results& results, const std::string& subject, const Frames& frames) {
+    results.add("longest frame", "ms", subject, milliseconds(frames.longest));
+    results.add("frames over 16 ms", "frames", subject, static_cast<double>(frames.janky));
+    results.add("all frames", "frames", subject, static_cast<double>(frames.count));
 }
 
 class Windows {
@@ -69,17 +83,13 @@ private:
 
     void add(const std::string& subject, Clock::duration time) {
         if (counts)
-            results.add("from the wish to the screen", "ms", subject, milliseconds(time));
+            results.add(timesTitle, "ms", subject, milliseconds(time));
     }
 
     void addFrames(const std::string& subject, Clock::time_point begun) {
         settle();
-        const auto frames = framesSince(moments.read(), begun);
-        if (!counts)
-            return;
-        results.add("longest frame", "ms", subject, milliseconds(frames.longest));
-        results.add("frames over 16 ms", "frames", subject, static_cast<double>(frames.janky));
-        results.add("all frames", "frames", subject, static_cast<double>(frames.count));
+        if (counts)
+            bench::addFrames(results, subject, framesSince(moments.read(), begun));
     }
 
     void reopen() {
@@ -137,12 +147,28 @@ private:
     bool counts = false;
 };
 
+void signIn(const fs::path& build, const fs::path& folder, int repetitions, Results& results) {
+    for (int start = 0; start < std::min(repetitions, mostSignIns); ++start) {
+        const fs::path own = folder / ("sign-in-" + std::to_string(start));
+        fs::create_directory(own);
+        const SignInTimes times = timeSignIn(build, own);
+        results.add(timesTitle, "ms", "sign-in, home's first bytes",
+                    milliseconds(times.toFirstBytes));
+        results.add(timesTitle, "ms", "sign-in, home painted", milliseconds(times.toPainted));
+        addFrames(results, "sign-in", times.frames);
+    }
+}
+
 void run(const fs::path& build, int repetitions) {
     awaitWindowManager();
     const test::TemporaryFolder folder;
     const rig::DemoService service(build, build / "demo-authority", folder.path() / "service.log");
     Results results("windows");
     Windows(build, folder.path(), results).perform(repetitions);
+    signIn(build, folder.path(), repetitions, results);
+    results.note(
+        "Signing in is with a password, from Enter on; the service takes its time to check "
+        "it, as it must.");
     results.note("A frame is what the toolkit's frame clock spends on it in the interface process, "
                  "from its beginning to the end of drawing; more than 16 ms is janky.");
     results.publish(resultFolder(build));
