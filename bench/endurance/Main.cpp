@@ -3,6 +3,7 @@
 
 #include "common/BenchmarkMain.h"
 #include "common/KeloWindow.h"
+#include "common/MomentFile.h"
 #include "common/PanelWatch.h"
 #include "common/Programs.h"
 #include "common/Results.h"
@@ -14,6 +15,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -33,7 +35,17 @@ constexpr std::chrono::milliseconds pause{60};
 constexpr std::chrono::seconds settling{10};
 constexpr int panelWidth = 640;
 constexpr int panelHeight = 620;
-constexpr double kibibytes = 1024;
+/// MiB that no other process has: what else runs meanwhile does not change it.
+double ownMemory(pid_t process) {
+    constexpr double kibibytes = 1024;
+    std::istringstream lines(
+        fileText(fs::path("/proc") / std::to_string(process) / "smaps_rollup"));
+    double sum = 0;
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with("Private_"))
+            sum += std::stod(line.substr(line.find(':') + 1));
+    return sum / kibibytes;
+}
 
 class Endurance {
 public:
@@ -88,21 +100,20 @@ private:
         const auto tree = rig::processTree(kelo.identifier());
         double all = 0;
         for (const pid_t process : tree)
-            all += static_cast<double>(rig::proportionalSetSize(process)) / kibibytes;
-        const auto own =
-            static_cast<double>(rig::proportionalSetSize(kelo.identifier())) / kibibytes;
+            all += ownMemory(process);
+        const double interface = ownMemory(kelo.identifier());
         std::size_t descriptors = 0;
         for (const auto& [name, count] : rig::openDescriptors(kelo.identifier()))
             descriptors += count;
+        const std::size_t threads = rig::threadCount(kelo.identifier());
         const std::string when = "after " + std::to_string(soFar) + " " + what;
-        results.add("memory, interface process", "MiB", when, own);
-        results.add("memory, all processes", "MiB", when, all);
+        results.add("own memory, interface process", "MiB", when, interface);
+        results.add("own memory, all processes", "MiB", when, all);
         results.add("descriptors, interface process", "", when, static_cast<double>(descriptors));
-        results.add("threads, interface process", "", when,
-                    static_cast<double>(rig::threadCount(kelo.identifier())));
-        std::printf(
-            "%-34s interface %7.2f MiB, %zu processes %7.2f MiB, %zu descriptors, %zu threads\n",
-            when.c_str(), own, tree.size(), all, descriptors, rig::threadCount(kelo.identifier()));
+        results.add("threads, interface process", "", when, static_cast<double>(threads));
+        std::printf("%-32s interface %6.2f MiB, %zu processes %6.2f MiB, %zu descriptors, "
+                    "%zu threads\n",
+                    when.c_str(), interface, tree.size(), all, descriptors, threads);
         std::fflush(stdout);
     }
 
