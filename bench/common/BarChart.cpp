@@ -1,7 +1,8 @@
 #include "common/BarChart.h"
 
+#include "common/Text.h"
+
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 namespace kelo::bench {
@@ -13,13 +14,6 @@ constexpr double barsBegin = 300;
 constexpr double barsEnd = 820;
 constexpr double line = 22;
 constexpr double thickness = 14;
-
-template <typename... Values>
-std::string formatted(const char* format, Values... values) {
-    char text[512];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 std::string drawn(const BarChart::Bar& bar, double scale, double y) {
     const double middle = y + thickness / 2;
@@ -40,29 +34,6 @@ std::string drawn(const BarChart::Bar& bar, double scale, double y) {
 }
 
 } // namespace
-
-std::string xmlText(const std::string& text) {
-    std::string escaped;
-    for (const char character : text) {
-        switch (character) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        case '"':
-            escaped += "&quot;";
-            break;
-        default:
-            escaped += character;
-        }
-    }
-    return escaped;
-}
 
 void BarChart::add(std::string title, std::vector<Bar> bars) {
     groups.push_back({std::move(title), std::move(bars)});

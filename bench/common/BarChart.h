@@ -28,7 +28,4 @@ private:
     std::vector<Group> groups;
 };
 
-/// The text with what XML gives a meaning escaped.
-std::string xmlText(const std::string& text);
-
 } // namespace kelo::bench

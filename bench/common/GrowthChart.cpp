@@ -1,13 +1,12 @@
 #include "common/GrowthChart.h"
 
-#include "common/BarChart.h"
+#include "common/Text.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 
 namespace kelo::bench {
 
@@ -17,13 +16,6 @@ constexpr double width = 900;
 constexpr double side = 480;
 constexpr double left = 60;
 constexpr double top = 20;
-
-template <typename... Values>
-std::string formatted(const char* format, Values... values) {
-    char text[512];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 bool isLinear(const GrowthSeries& series) {
     return growthExponent(series.points) <= linearLimit;

@@ -2,6 +2,7 @@
 
 #include "common/BarChart.h"
 #include "common/Distribution.h"
+#include "common/Text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,13 +15,6 @@
 namespace kelo::bench {
 
 namespace {
-
-template <typename... Values>
-std::string formatted(const char* format, Values... values) {
-    char text[256];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 nlohmann::json summary(const Distribution& values) {
     return {{"lowest", values.lowest},

@@ -1,6 +1,7 @@
 #include "common/Results.h"
 #include "common/BarChart.h"
 #include "common/MomentFile.h"
+#include "common/Text.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
