@@ -56,15 +56,24 @@ unsigned long refreshes() {
 /// A page whose field has the keyboard, for a user with settings of their own.
 class SteadyCaret : public MainWindowFixture {
 protected:
-    void openFor(const FakeSettingsManager::Values& user) {
+    void setUser(const FakeSettingsManager::Values& user) {
         desktop.emplace(user);
-        const Blinking expected{user.at("Net/CursorBlink") != 0, user.at("Net/CursorBlinkTime")};
-        ASSERT_TRUE(loop.runUntil([&] { return blinkingNow() == expected; }));
+        ASSERT_TRUE(
+            waitForBlinking({user.at("Net/CursorBlink") != 0, user.at("Net/CursorBlinkTime")}));
+    }
+    void openFor(const FakeSettingsManager::Values& user) {
+        setUser(user);
         openInMainWindow({{"/", R"(<body><input id=field autofocus style="font-size: 40px;
             width: 300px; outline: none; border: none; caret-color: #f00">)"}});
         ASSERT_TRUE(waitForScript("document.activeElement.id", "field"));
         place = placeOf("#field");
         ASSERT_TRUE(loop.runUntil([this] { return caretIsShown(); }));
+    }
+
+    /// The engine looks after the caret anew with what it draws next.
+    void type() {
+        press("a");
+        ASSERT_TRUE(waitForScript("document.getElementById('field').value", "a"));
     }
 
     bool caretIsShown() const {
@@ -139,6 +148,7 @@ TEST_F(SteadyCaret, IsShownWhereTheUserHasMovedIt) {
 TEST_F(SteadyCaret, DoesNotKeepTheEngineAwakeForAUserWhoWantsNoBlinking) {
     // However long they would have it blink.
     openFor(values(false, blinkTime, 3600));
+    type();
     watchForASecond();
     const Second seen = watchForASecond();
     EXPECT_EQ(seen.withoutCaret, 0);
@@ -179,6 +189,13 @@ TEST_F(SteadyCaret, KnowsWhatTheUserChangesMeanwhile) {
     settle();
     desktop->change(values(true, 700, 3600));
     EXPECT_TRUE(waitForBlinking({true, 700}));
+}
+
+TEST_F(SteadyCaret, BeginsWithTheSession) {
+    setUser(values(true, blinkTime));
+    server = site({});
+    sessionFor(server->url());
+    EXPECT_EQ(blinkingNow(), Blinking(true, never));
 }
 
 TEST_F(SteadyCaret, EndsWithTheSession) {
