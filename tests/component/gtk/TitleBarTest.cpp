@@ -147,10 +147,12 @@ TEST_F(TitleBar, BarOfALoadIsWaitedForWithoutDrawingTheWindow) {
         });
         frames.count = 0;
         const auto start = std::chrono::steady_clock::now();
-        page().pageControls.setLoadProgress(0.25);
+        double progress = 0.25;
         // More of the page does not make the wait longer or shorter.
-        page().pageControls.setLoadProgress(0.5);
-        untilLoadBar();
+        RunningProgram::until("the bar of a page that arrives bit by bit", [&] {
+            page().pageControls.setLoadProgress(progress += 0.0001);
+            return loadBar() != nullptr;
+        });
         EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
         EXPECT_LE(frames.count, 3) << "300 ms are 18 frames";
     });
