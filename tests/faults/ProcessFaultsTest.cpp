@@ -22,8 +22,10 @@ protected:
     /// lies next to it.
     void replaceHelper(const std::string& behaviour) {
         programs = folder.path() / "replaced";
-        fs::create_directories(programs);
+        const auto program = fs::path("libexec") / "kelo" / "kelo";
+        fs::create_directories((programs / program).parent_path());
         fs::copy_file(build() / "kelo", programs / "kelo");
+        fs::copy_file(build() / program, programs / program);
         fs::copy_file(KELO_MISBEHAVING_HELPER, programs / helper);
         environment["KELO_TEST_BEHAVIOUR"] = behaviour;
         startAgain();
