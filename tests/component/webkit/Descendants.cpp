@@ -38,6 +38,19 @@ std::map<pid_t, Process> allProcesses() {
     return processes;
 }
 
+// The engine gives up, and all of the program with it, if a process goes that it waits for.
+bool talksToTheEngine(pid_t process) {
+    std::error_code gone;
+    const auto threads = std::filesystem::path("/proc") / std::to_string(process) / "task";
+    for (const auto& thread : std::filesystem::directory_iterator(threads, gone)) {
+        std::ifstream file(thread.path() / "comm");
+        std::string name;
+        if (std::getline(file, name) && name == "ReceiveQueue")
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 std::set<pid_t> descendants(const std::string& name) {
@@ -58,7 +71,7 @@ std::set<pid_t> descendants(const std::string& name) {
 int killDescendants(const std::string& name) {
     int killed = 0;
     for (const pid_t number : descendants(name))
-        if (kill(number, SIGKILL) == 0)
+        if (talksToTheEngine(number) && kill(number, SIGKILL) == 0)
             ++killed;
     return killed;
 }

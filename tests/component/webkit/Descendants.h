@@ -9,7 +9,7 @@ namespace kelo::test {
 /// The descendants of this process with that name (in the kernel: at most 15 characters).
 std::set<pid_t> descendants(const std::string& name);
 
-/// Kills all of them. Returns how many there were.
+/// Kills all of those of the engine that have begun their work. Returns how many there were.
 int killDescendants(const std::string& name);
 
 } // namespace kelo::test
