@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <regex>
 
 namespace kelo::e2e {
 
@@ -18,6 +19,14 @@ protected:
         const auto found =
             std::ranges::find(windows, kelo->identifier(), &rig::ScreenWindow::process);
         return found == windows.end() ? std::nullopt : std::optional(*found);
+    }
+
+    /// WebKitGTK 2.54 lets a process of its own complain, on its way out, that the bus has gone
+    /// first.
+    static std::string withoutFarewells(const std::string& printed) {
+        static const std::regex farewell(
+            R"(\n\([^\n]*\): GLib-GIO-WARNING [^\n]*Error releasing name [^\n]*\.WebProcess-[^\n]*\n)");
+        return std::regex_replace(printed, farewell, "");
     }
 
     /// What happens when somebody starts Kelo once more: the second process hands over and ends.
@@ -135,7 +144,7 @@ TEST_F(MainWindow, GivesItsContentTheSizeOfTheScene) {
 }
 
 TEST_F(MainWindow, AppearsWithoutAComplaint) {
-    EXPECT_EQ(kelo->printed(), "");
+    EXPECT_EQ(withoutFarewells(kelo->printed()), "");
 }
 
 TEST_F(MainWindow, IsRaisedByASecondStart) {
