@@ -31,9 +31,13 @@ int FakeApp::count(const std::string& event) const {
 
 platform::WebContentDescription FakeApp::content() {
     if (!page) {
-        // Records whether windows exist already, for the rule that the page is made first.
-        events.push_back(Gtk::Window::list_toplevels().empty() ? "page before windows"
-                                                               : "page after windows");
+        // Records how far the window is, for the rules about what comes first.
+        for (const auto* const window : Gtk::Window::list_toplevels()) {
+            events.push_back(window->get_mapped() ? "page after its window"
+                                                  : "page before a window");
+            events.push_back(window->get_focus() ? "page after the focus"
+                                                 : "page before the focus");
+        }
         page = std::make_shared<FakePage>();
     }
     events.push_back("content");

@@ -13,13 +13,20 @@ namespace {
 
 constexpr Color pageColor{255, 0, 255};
 
-TEST(MainWindow, ContentIsAskedForBeforeAnyWindowIsBuilt) {
+TEST(MainWindow, IsOnItsWayToTheScreenBeforeItsContentIsComputed) {
     RunningProgram program;
     program.run([] {});
-    EXPECT_EQ(program.app.count("page before windows"), 1);
-    EXPECT_EQ(program.app.count("page after windows"), 0);
+    EXPECT_EQ(program.app.count("page after its window"), 1);
+    EXPECT_EQ(program.app.count("page before a window"), 0);
     EXPECT_EQ(program.app.events.front(), "body");
     EXPECT_EQ(program.status, 0);
+}
+
+TEST(MainWindow, GivesNothingTheKeyboardBeforeThePage) {
+    RunningProgram program;
+    program.run([] {});
+    EXPECT_EQ(program.app.count("page before the focus"), 1);
+    EXPECT_EQ(program.app.count("page after the focus"), 0);
 }
 
 TEST(MainWindow, OpensWithTheDefaultSizeOfItsContent) {

@@ -46,9 +46,12 @@ void MainWindowFixture::openInMainWindow(std::map<std::string, std::string> page
     server = site(std::move(pages));
     makeView(server->url(), std::move(configuration));
     group.defaultSize = {700, 500};
-    const platform::WebContentDescription content{view, overlay(), {300, 200}};
-    window = std::make_unique<gtk::MainWindow>(group, content, menu(), state, [] {});
+    group.content.body = [this] {
+        return platform::WebContentDescription{view, overlay(), {300, 200}};
+    };
+    window = std::make_unique<gtk::MainWindow>(group, menu(), state, [] {});
     window->present();
+    window->showContent();
     ASSERT_TRUE(loop.runUntil([this] { return gtk_widget_get_mapped(GTK_WIDGET(native())); }));
     open(server->url("/"));
     ASSERT_TRUE(loop.runUntil([this] {

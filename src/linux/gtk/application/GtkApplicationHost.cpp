@@ -275,19 +275,18 @@ void GtkApplicationHost::openWindow(std::string_view identifier) {
     const auto* group = windowGroup(identifier);
     if (!group)
         return;
-    // Before the window is built, because computing the content starts to load its page, which
-    // takes longer than building the window.
-    const auto description = group->content.body();
     addCommandMenus();
     const auto window =
-        std::make_shared<MainWindow>(*group, description, menuBar->model(), state,
+        std::make_shared<MainWindow>(*group, menuBar->model(), state,
                                      [this, name = group->identifier] { mainWindowClosed(name); });
     if (given.downloads)
         window->showDownloads(given.downloads);
     mainWindows.emplace(group->identifier, window);
     application->add_window(*window);
     stayingNotice->windowOpened();
+    // The window manager has its work with the window while the content's web view is made.
     present(*window);
+    window->showContent();
 }
 
 std::shared_ptr<notification::DesktopNotifications> GtkApplicationHost::pageNotifications() const {

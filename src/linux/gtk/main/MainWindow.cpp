@@ -19,12 +19,11 @@
 
 namespace kelo::gtk {
 
-MainWindow::MainWindow(const platform::WindowGroup& group,
-                       const platform::WebContentDescription& description,
-                       const Glib::RefPtr<Gio::MenuModel>& menu, StateFile& state,
-                       std::function<void()> closed)
+MainWindow::MainWindow(const platform::WindowGroup& group, const Glib::RefPtr<Gio::MenuModel>& menu,
+                       StateFile& state, std::function<void()> closed)
     : ProgramWindow(std::move(closed)),
       group(group),
+      state(state),
       content(std::make_unique<ContentArea>(group.defaultSize)),
       findBar(std::make_unique<FindBar>(*content)),
       titleBar(std::make_unique<TitleBar>(menu)) {
@@ -36,19 +35,26 @@ MainWindow::MainWindow(const platform::WindowGroup& group,
     set_titlebar(*titleBar);
     content->signalPageChanged().connect([this] { titleBar->draw(content->page()); });
     minimum = std::make_unique<FittingMinimum>(*this, *content);
-    draw(description);
-    viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar, state);
     column.append(*findBar);
     column.append(*content);
     set_child(column);
     memory = std::make_unique<WindowMemory>(*this, state);
-    if (group.content.observed)
-        redrawing.emplace(group.content.observed(), [this] { draw(this->group.content.body()); });
+    // The toolkit would focus the menu, and assistive technologies would tell of it.
+    titleBar->set_can_focus(false);
     signal_map().connect([this] { appear(); });
     property_focus_widget().signal_changed().connect([this] { followFocus(); });
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::showContent() {
+    draw(group.content.body());
+    viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar, state);
+    if (group.content.observed)
+        redrawing.emplace(group.content.observed(), [this] { draw(group.content.body()); });
+    titleBar->set_can_focus(true);
+    content->takeFocus();
+}
 
 void MainWindow::draw(const platform::WebContentDescription& description) {
     content->draw(description);
@@ -95,8 +101,6 @@ void MainWindow::closing() {
 
 void MainWindow::appear() {
     posix::mark(posix::Moment::windowMapped);
-    // The page has the keyboard focus from the start. The toolkit would focus the menu.
-    content->takeFocus();
     if (group.onAppear)
         MainLoop::main().post(group.onAppear);
 }

@@ -29,13 +29,16 @@ class WindowMemory;
 /// A window of a window group, with the main menu in its title bar and the group's content below.
 class MainWindow final : public ProgramWindow {
 public:
-    /// description: the group's content, computed before the window so that its web view is already
-    /// loading. The group and the state, which keeps how the window was, must outlive the window.
-    MainWindow(const platform::WindowGroup& group,
-               const platform::WebContentDescription& description,
-               const Glib::RefPtr<Gio::MenuModel>& menu, StateFile& state,
-               std::function<void()> closed);
+    /// The group and the state, which keeps how the window was, must outlive the window.
+    MainWindow(const platform::WindowGroup& group, const Glib::RefPtr<Gio::MenuModel>& menu,
+               StateFile& state, std::function<void()> closed);
     ~MainWindow() override;
+
+    /// Computes the group's content and shows it from now on, whatever becomes of it; the page gets
+    /// the keyboard focus. Call it once, in the same turn of the main loop as present(), and after
+    /// that: making a web view takes longer than making the window, whose first frame then has
+    /// both.
+    void showContent();
 
     /// Shows the downloads below the content from now on. Call it once.
     void showDownloads(const std::shared_ptr<downloads::DownloadList>& list);
@@ -56,6 +59,7 @@ private:
     bool switchToDownloads();
 
     const platform::WindowGroup& group;
+    StateFile& state;
     std::unique_ptr<ContentArea> content;
     std::unique_ptr<FittingMinimum> minimum;
     std::unique_ptr<FindBar> findBar;
