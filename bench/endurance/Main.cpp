@@ -35,14 +35,16 @@ constexpr std::chrono::milliseconds pause{60};
 constexpr std::chrono::seconds settling{10};
 constexpr int panelWidth = 640;
 constexpr int panelHeight = 620;
-/// MiB that no other process has: what else runs meanwhile does not change it.
+
+/// MiB that the process has written and shares with none. What it only read of a file is left out:
+/// that becomes its own when another program that has mapped the file ends.
 double ownMemory(pid_t process) {
     constexpr double kibibytes = 1024;
     std::istringstream lines(
         fileText(fs::path("/proc") / std::to_string(process) / "smaps_rollup"));
     double sum = 0;
     for (std::string line; std::getline(lines, line);)
-        if (line.starts_with("Private_"))
+        if (line.starts_with("Private_Dirty:") || line.starts_with("Swap:"))
             sum += std::stod(line.substr(line.find(':') + 1));
     return sum / kibibytes;
 }
