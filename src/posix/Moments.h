@@ -12,8 +12,8 @@ enum class Moment {
     mainEntered,
     busConnected,   ///< and the program's name taken there
     toolkitStarted, ///< the display is open
-    viewMade,       ///< a web view, with its web process asked for
     windowMapped,
+    viewMade,   ///< a web view, with its web process asked for
     frameBegan, ///< of a main window
     frameEnded, ///< so much of it as happens in this process
     loadStarted,
@@ -23,7 +23,7 @@ enum class Moment {
 };
 
 inline constexpr std::array<std::string_view, static_cast<std::size_t>(Moment::count)> momentNames{
-    "mainEntered", "busConnected", "toolkitStarted", "viewMade",      "windowMapped",
+    "mainEntered", "busConnected", "toolkitStarted", "windowMapped",  "viewMade",
     "frameBegan",  "frameEnded",   "loadStarted",    "loadCommitted", "loadFinished",
 };
 

@@ -56,7 +56,7 @@ TEST_F(Moments, OfAStartAreToldInTheirOrderAndHoldNothingElse) {
     };
     inOrder({"mainEntered", "busConnected", "toolkitStarted", "viewMade", "loadStarted",
              "loadCommitted", "loadFinished"});
-    inOrder({"viewMade", "windowMapped", "frameBegan", "frameEnded"});
+    inOrder({"toolkitStarted", "windowMapped", "viewMade", "frameBegan", "frameEnded"});
 }
 
 TEST_F(Moments, AreNotToldToWhoeverHasNotAsked) {

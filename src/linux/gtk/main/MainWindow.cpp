@@ -39,8 +39,6 @@ MainWindow::MainWindow(const platform::WindowGroup& group, const Glib::RefPtr<Gi
     column.append(*content);
     set_child(column);
     memory = std::make_unique<WindowMemory>(*this, state);
-    // The toolkit would focus the menu, and assistive technologies would tell of it.
-    titleBar->set_can_focus(false);
     signal_map().connect([this] { appear(); });
     property_focus_widget().signal_changed().connect([this] { followFocus(); });
 }
@@ -52,7 +50,7 @@ void MainWindow::showContent() {
     viewCommands = std::make_unique<ViewCommands>(*this, *content, *findBar, state);
     if (group.content.observed)
         redrawing.emplace(group.content.observed(), [this] { draw(group.content.body()); });
-    titleBar->set_can_focus(true);
+    // Before the toolkit, which would focus the menu.
     content->takeFocus();
 }
 
